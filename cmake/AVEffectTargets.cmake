@@ -1,0 +1,31 @@
+# What every target of the project is built with, in one place.
+
+# Assertions are part of the contract and stay active in every build type, so no type defines NDEBUG.
+set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g -D_GLIBCXX_ASSERTIONS")
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+add_library(aveffect_options INTERFACE)
+target_compile_options(aveffect_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+  # Results are the same on every processor: no fused multiply-add behind the formulas' back.
+  -ffp-contract=off
+  # Error records and assertions name files relative to the source tree, not one machine's paths.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(AVEFFECT_SANITIZE)
+  target_compile_options(aveffect_options INTERFACE
+    -fsanitize=${AVEFFECT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g -O1)
+  target_link_options(aveffect_options INTERFACE -fsanitize=${AVEFFECT_SANITIZE})
+endif()
+
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET
+  libavformat libavcodec libavfilter libswscale libswresample libavutil)
+
+# Places a program or library of the set that lies side by side: found through a run path of $ORIGIN.
+function(aveffect_side_by_side target)
+  set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")
+endfunction()

@@ -1,0 +1,19 @@
+#pragma once
+/// The host's media access for processors: IAVManager on libavformat and libavcodec.
+#include "aveffect/media.h"
+
+namespace aveffect {
+
+/// Opens anything the installed libraries read. A URL is a path or protocol URL, optionally followed by "?" and
+/// key=value pairs joined by "&", of which "vstreamid" and "astreamid" select streams by their index in the file (bit 29
+/// of the number is a flag and not part of the index). Pictures come in the frame table's nearest format, sound in one
+/// of the boundary's sample formats.
+///
+/// Stateless; different threads may open sources at the same time. Readers outlive it safely.
+class MediaManager final : public AVBased::IAVManager {
+public:
+    AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
+                                   unsigned* height, unsigned* duration) override;
+};
+
+} // namespace aveffect

@@ -1,0 +1,71 @@
+#pragma once
+/// The render pipeline: decoding, effects and encoding, each on its own thread, joined by bounded queues.
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/effect_chain.h"
+#include "host/error.h"
+
+namespace aveffect {
+
+struct RenderOptions {
+    std::string input;
+    std::string output;
+    std::vector<EffectSpec> effects;
+    std::optional<int64_t> fromMs;     ///< first moment of the input that is kept; the clip's start when absent
+    std::optional<int64_t> toMs;       ///< first moment that is no longer kept; the clip's end when absent
+    std::optional<int64_t> frameLimit; ///< no more pictures than this
+    std::string videoCodec;            ///< encoder or codec name; empty: the container's usual one
+    std::optional<double> crf;         ///< constant-quality factor; absent: the encoder's own
+    std::string preset;                ///< encoder preset; empty: the encoder's own
+    std::string pixelFormat = "auto";  ///< format that the effects work in: auto or a frame-table format by name
+    unsigned threads = 0;              ///< threads of the decoder and of the encoder; 0: as many as there are processors
+    bool overwrite = false;
+};
+
+struct RenderProgress {
+    int64_t framesDone = 0;
+    std::optional<int64_t> framesExpected; ///< absent when the input does not tell
+    double secondsElapsed = 0;
+    double framesPerSecond = 0;
+    std::optional<double> secondsLeft;
+};
+
+/// Told what happens, from the pipeline's threads, one call at a time.
+struct RenderObserver {
+    std::function<void(const RenderProgress&)> progress; ///< several times a second and once at the end
+    std::function<void(const std::string&)> note;        ///< a detail for the curious: the working format, for example
+    std::function<void(const std::string&)> warning;     ///< something the user should know
+};
+
+struct RenderResult {
+    int64_t frames = 0;
+    /// The input ended early or was damaged; what could be decoded is in the output. Says what was found.
+    std::optional<std::string> inputDamage;
+};
+
+/// Renders a clip or still picture. The output appears under its name only when it is whole: it is written beside it
+/// under a temporary name, which is removed on failure. Throws Error. Setting cancel ends the render soon with
+/// Error (Interrupted). Memory use does not grow with the length of the clip.
+RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
+                    const std::atomic<bool>& cancel);
+
+struct FrameOptions {
+    std::string input;
+    std::string output;
+    int64_t atMs = 0;
+    std::vector<EffectSpec> effects;
+    std::string pixelFormat = "auto";
+    bool overwrite = false;
+};
+
+/// Renders the picture shown at one moment of the input into a still picture (format by the output's extension), seeking
+/// straight to it. "duration" is the whole clip's and the effects see the picture's time in the clip. Throws Error.
+RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, const RenderObserver& observer,
+                         const std::atomic<bool>& cancel);
+
+} // namespace aveffect
