@@ -10,8 +10,8 @@ namespace AVBased {
 /// Converts pictures to one pixel format and size. Used by one thread at a time.
 class IImageConverter {
 public:
-    /// A new top-down frame, the caller's to Free(), with the source's time stamp, duration, field flags and view id.
-    /// Null with an error recorded on failure.
+    /// A new top-down frame, the caller's to Free(), with the source's time stamp, duration, field flags and
+    /// view id. Null with an error recorded on failure.
     virtual IRawVideoFrame* Convert(IRawVideoFrame* source) = 0;
     virtual void Release() = 0;
 
@@ -27,8 +27,8 @@ public:
     virtual void SetTop(unsigned pixels) = 0;
     virtual void SetRight(unsigned pixels) = 0;
     virtual void SetBottom(unsigned pixels) = 0;
-    /// A new frame, the caller's to Free(): the picture, unscaled, inside the margins. Null with an error recorded
-    /// on failure.
+    /// A new frame, the caller's to Free(): the picture, unscaled, inside the margins. Null with an error
+    /// recorded on failure.
     virtual IRawVideoFrame* Process(IRawVideoFrame* source) = 0;
     virtual void Release() = 0;
 
@@ -72,23 +72,25 @@ void* AVBasedMemCopy(void* dst, const void* src, size_t bytes);
 /// What the processor can do, see AVBased::CPUFeature, less what the mask takes away.
 unsigned AVBasedGetCPUFeatures();
 
-/// Hides features from AVBasedGetCPUFeatures(): only the mask's bits are reported from now on (all bits at start).
-/// Processors choose their kernels when they are made, so set this first. Safe from any thread.
+/// Hides features from AVBasedGetCPUFeatures(): only the mask's bits are reported from now on (all bits at
+/// start). Processors choose their kernels when they are made, so set this first. Safe from any thread.
 void AVBasedSetCPUFeatureMask(unsigned mask);
 
 /// As CreateImageConverterEx with quality 0.
 AVBased::IImageConverter* CreateImageConverter(unsigned format, unsigned width, unsigned height);
 
-/// A converter to the format (an id of pixel_format.h) and size in pixels; width and height 0 keep each source's own
-/// size. Quality: 0 fastest, 1 bilinear, 4 bicubic. Null with an error recorded when the format is not served.
-AVBased::IImageConverter* CreateImageConverterEx(unsigned format, unsigned width, unsigned height, unsigned quality);
+/// A converter to the format (an id of pixel_format.h) and size in pixels; width and height 0 keep each
+/// source's own size. Quality: 0 fastest, 1 bilinear, 4 bicubic. Null with an error recorded when the format
+/// is not served.
+AVBased::IImageConverter* CreateImageConverterEx(unsigned format, unsigned width, unsigned height,
+                                                 unsigned quality);
 
 /// A crop/pan frame with all margins 0.
 AVBased::IRawVideoFrameCropPan* CreateRawVideoFrameCropPan();
 
-/// A resampler from any audio frame to this sample format (see AVBased::SampleFormat), rate in Hz and channel count,
-/// interleaved or one buffer a channel, little-endian. The unnamed arguments are reserved, 0. Null with an error
-/// recorded when it can't be made.
-AVBased::IAudioResampler* CreateAudioResampler(int format, unsigned rate, int channels, int reserved1, bool interleaved,
-                                               int reserved2, int reserved3);
+/// A resampler from any audio frame to this sample format (see AVBased::SampleFormat), rate in Hz and channel
+/// count, interleaved or one buffer a channel, little-endian. The unnamed arguments are reserved, 0. Null
+/// with an error recorded when it can't be made.
+AVBased::IAudioResampler* CreateAudioResampler(int format, unsigned rate, int channels, int reserved1,
+                                               bool interleaved, int reserved2, int reserved3);
 }

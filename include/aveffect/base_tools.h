@@ -13,7 +13,7 @@ void ReleaseBaseException();
 /// The process's logger, never null. It writes to standard error.
 IBaseLogger* GetBaseLogger();
 
-/// Lets the logger write messages of this level and above (0 debug, 1 info, 2 warning, 3 error; 4 silences it).
-/// The level at start is 2. Safe from any thread.
+/// Lets the logger write messages of this level and above (0 debug, 1 info, 2 warning, 3 error; 4 silences
+/// it). The level at start is 2. Safe from any thread.
 void AVBasedSetLogLevel(int level);
 }

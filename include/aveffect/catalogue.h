@@ -1,6 +1,6 @@
 #pragma once
-/// The one description of every effect and its properties, for the plug-in and for hosts alike: the factory's order, the
-/// registered properties, listings, manuals and adapters come from it.
+/// The one description of every effect and its properties, for the plug-in and for hosts alike: the factory's
+/// order, the registered properties, listings, manuals and adapters come from it.
 ///
 /// Ranges and neutral values inform people and programs; the plug-in parses and stores any value.
 #include <array>
@@ -84,37 +84,46 @@ struct EffectInfo {
 };
 
 inline constexpr PropertyInfo kDurationProperty = {
-    PROP_NAME_DURATION, "1", kInt32, ValueKind::Number, "Duration", "Length of the effect's span.", "ms", 0, 2147483647};
+    PROP_NAME_DURATION, "1", kInt32, ValueKind::Number, "Duration", "Length of the effect's span.", "ms", 0,
+    2147483647};
 
 inline constexpr PropertyInfo kBlurProperties[] = {
-    {"blur_count", "1", kInt32, ValueKind::Number, "Passes", "How often the picture is blurred; each pass spreads it further.",
-     "", 0, 65535, 0},
+    {"blur_count", "1", kInt32, ValueKind::Number, "Passes",
+     "How often the picture is blurred; each pass spreads it further.", "", 0, 65535, 0},
 };
 inline constexpr PropertyInfo kSharpenProperties[] = {
-    {"sharpen_count", "1", kInt32, ValueKind::Number, "Passes", "How often the picture is sharpened.", "", 0, 65535, 0},
+    {"sharpen_count", "1", kInt32, ValueKind::Number, "Passes", "How often the picture is sharpened.", "", 0,
+     65535, 0},
 };
 inline constexpr PropertyInfo kBrightnessContrastProperties[] = {
-    {"brightness", "0", kDouble, ValueKind::Number, "Brightness", "Added to every sample.", "%", -100, 100, 0},
-    {"contrast", "0", kDouble, ValueKind::Number, "Contrast", "Spreads the samples about the middle grey.", "%", -100, 100, 0},
+    {"brightness", "0", kDouble, ValueKind::Number, "Brightness", "Added to every sample.", "%", -100, 100,
+     0},
+    {"contrast", "0", kDouble, ValueKind::Number, "Contrast", "Spreads the samples about the middle grey.",
+     "%", -100, 100, 0},
     {"saturation", "0", kDouble, ValueKind::Number, "Saturation",
-     "Gain of the colours: -100 none, -50 as they are, 100 fourfold. Exactly 0 leaves them alone.", "%", -100, 100, 0},
+     "Gain of the colours: -100 none, -50 as they are, 100 fourfold. Exactly 0 leaves them alone.", "%", -100,
+     100, 0},
 };
 
-// One row an effect, in the order in which the factory tests the names: the class that is made, then the fields of
-// EffectInfo. A new effect adds its row here; its source unit says AVEFFECT_CONSTRUCT_VIDEO or AVEFFECT_CONSTRUCT_AUDIO.
-#define AVEFFECT_VIDEO_EFFECTS(ROW)                                                                                        \
-    ROW(CSimpleGaussBlurEffect, effectNameSimpleGaussBlur, EffectKind::Filter, kPlain, "Gauss blur",                       \
-        "Softens the picture with a 1-2-1 kernel, alpha included.", kBlurProperties)                                       \
-    ROW(CSimpleLaplacianSharpenEffect, effectNameSimpleLaplacianSharpen, EffectKind::Filter, kPlain, "Laplacian sharpen",  \
-        "Brings out edges: nine times each sample less its eight neighbours.", kSharpenProperties)                         \
-    ROW(CGrayEffect, effectNameGray, EffectKind::Filter, kPlain, "Gray", "Takes the colours away.", {})                    \
-    ROW(CFlipColorEffect, effectNameFlipColor, EffectKind::Filter, kPlain, "Flip colour",                                  \
-        "Swaps blue with red, or the two chroma planes.", {})                                                              \
-    ROW(CInvertEffect, effectNameInvert, EffectKind::Filter, kPlain, "Invert", "Turns the picture into its negative.", {}) \
-    ROW(CAgedFilmEffect, effectNameAgedFilm, EffectKind::Filter, kPlain, "Aged film", "Tints the picture like old film.",  \
-        {})                                                                                                                \
-    ROW(CBrightnessContrastEffect, effectNameBrightnessContrast, EffectKind::Filter, kPlain, "Brightness and contrast",    \
-        "Adjusts brightness, contrast and saturation.", kBrightnessContrastProperties)
+// One row an effect, in the order in which the factory tests the names: the class that is made, then the
+// fields of EffectInfo. A new effect adds its row here; its source unit says AVEFFECT_CONSTRUCT_VIDEO or
+// AVEFFECT_CONSTRUCT_AUDIO.
+#define AVEFFECT_VIDEO_EFFECTS(ROW)                                                                          \
+    ROW(CSimpleGaussBlurEffect, effectNameSimpleGaussBlur, EffectKind::Filter, kPlain, "Gauss blur",         \
+        "Softens the picture with a 1-2-1 kernel, alpha included.", kBlurProperties)                         \
+    ROW(CSimpleLaplacianSharpenEffect, effectNameSimpleLaplacianSharpen, EffectKind::Filter, kPlain,         \
+        "Laplacian sharpen", "Brings out edges: nine times each sample less its eight neighbours.",          \
+        kSharpenProperties)                                                                                  \
+    ROW(CGrayEffect, effectNameGray, EffectKind::Filter, kPlain, "Gray", "Takes the colours away.", {})      \
+    ROW(CFlipColorEffect, effectNameFlipColor, EffectKind::Filter, kPlain, "Flip colour",                    \
+        "Swaps blue with red, or the two chroma planes.", {})                                                \
+    ROW(CInvertEffect, effectNameInvert, EffectKind::Filter, kPlain, "Invert",                               \
+        "Turns the picture into its negative.", {})                                                          \
+    ROW(CAgedFilmEffect, effectNameAgedFilm, EffectKind::Filter, kPlain, "Aged film",                        \
+        "Tints the picture like old film.", {})                                                              \
+    ROW(CBrightnessContrastEffect, effectNameBrightnessContrast, EffectKind::Filter, kPlain,                 \
+        "Brightness and contrast", "Adjusts brightness, contrast and saturation.",                           \
+        kBrightnessContrastProperties)
 
 #define AVEFFECT_AUDIO_EFFECTS(ROW)
 

@@ -1,6 +1,6 @@
 #pragma once
-/// Errors and logging as they cross the plug-in's boundary: the per-thread error record, the process's logger,
-/// and the codes that appear in the record.
+/// Errors and logging as they cross the plug-in's boundary: the per-thread error record, the process's
+/// logger, and the codes that appear in the record.
 
 /// The error record of one thread. Holds the most recent error only.
 ///
@@ -28,7 +28,8 @@ protected:
 /// The process's logger. Safe to call from any thread.
 class IBaseLogger {
 public:
-    /// Writes one message. Levels: 0 debug, 1 info, 2 warning, 3 error. The last two arguments are reserved, 0.
+    /// Writes one message. Levels: 0 debug, 1 info, 2 warning, 3 error. The last two arguments are reserved,
+    /// 0.
     virtual void Write(int level, const char* source, const char* message, int reserved1, int reserved2) = 0;
 
 protected:

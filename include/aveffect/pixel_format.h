@@ -1,8 +1,8 @@
 #pragma once
 /// Ids of the pixel formats that frames can have.
 ///
-/// The numbers follow libavutil 56's enumeration and are fixed here; an installed libavutil may number its formats
-/// otherwise, so formats are matched by name, never by casting the number.
+/// The numbers follow libavutil 56's enumeration and are fixed here; an installed libavutil may number its
+/// formats otherwise, so formats are matched by name, never by casting the number.
 
 namespace AVBased {
 

@@ -1,9 +1,10 @@
 #pragma once
 /// The plug-in (libAVEffect.so): processors and the two functions that make them.
 ///
-/// A processor lives until its Free(). Texts that it returns stay valid until the property changes. A processor and the
-/// frames given to it are used by one thread at a time; different processors may run on different threads. No operation
-/// throws: failures return null, false, 0 or -1 and leave an error in the calling thread's record.
+/// A processor lives until its Free(). Texts that it returns stay valid until the property changes. A
+/// processor and the frames given to it are used by one thread at a time; different processors may run on
+/// different threads. No operation throws: failures return null, false, 0 or -1 and leave an error in the
+/// calling thread's record.
 #include "aveffect/audio_frame.h"
 #include "aveffect/media.h"
 #include "aveffect/name_list.h"
@@ -14,7 +15,8 @@ namespace AVBased {
 /// What every processor can do.
 class IAVProc {
 public:
-    /// A further interface by name ("IVideoProc", "IAudioProc"), null with an error recorded when there is none.
+    /// A further interface by name ("IVideoProc", "IAudioProc"), null with an error recorded when there is
+    /// none.
     virtual void* GetInterface(const char* name) = 0;
     /// Deletes the processor.
     virtual void Free() = 0;
@@ -26,8 +28,9 @@ public:
     virtual const char* GetName() = 0;
     /// Sets a property from its text; false when there is no such property. Allowed between frames.
     virtual bool SetProperty(const char* name, const char* value) = 0;
-    /// A property's text as last set; its type code goes to *type unless type is null (0 text, 1 double, 2 64-bit
-    /// integer, 3 integer, 4 16-bit integer). Asking for a property that does not exist ends the process.
+    /// A property's text as last set; its type code goes to *type unless type is null (0 text, 1 double, 2
+    /// 64-bit integer, 3 integer, 4 16-bit integer). Asking for a property that does not exist ends the
+    /// process.
     virtual const char* GetProperty(const char* name, int* type) = 0;
     /// The property names in byte-wise order; the caller's to Free().
     virtual IStrings* GetPropertyNames() = 0;
@@ -50,8 +53,8 @@ public:
     virtual bool Seek(unsigned int position) = 0;
     /// The "duration" property.
     virtual unsigned int GetDuration() = 0;
-    /// Works on a copy of the frame, which stays the processor's and is valid until its next call. Null on failure.
-    /// Time is in the unit of "duration", or kTimeFromFrame.
+    /// Works on a copy of the frame, which stays the processor's and is valid until its next call. Null on
+    /// failure. Time is in the unit of "duration", or kTimeFromFrame.
     virtual IRawVideoFrame* ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) = 0;
     /// Changes the frame itself.
     virtual void ProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) = 0;
@@ -69,8 +72,8 @@ public:
     virtual bool Seek(long long position) = 0;
     /// The "duration" property.
     virtual int GetDuration() = 0;
-    /// Works on a copy of the frame, valid until the next call; the last one is left to the host to Release() when
-    /// the processor has been freed. Null on failure.
+    /// Works on a copy of the frame, valid until the next call; the last one is left to the host to Release()
+    /// when the processor has been freed. Null on failure.
     virtual IRawAudioFrame* ProcFrame(IRawAudioFrame* frame) = 0;
     /// Changes the frame itself.
     virtual void ProcFrameInPlace(IRawAudioFrame* frame) = 0;
@@ -83,8 +86,9 @@ protected:
 
 extern "C" {
 
-/// A new video processor by effect name (see catalogue.h), the caller's to Free(). The manager may be null except for
-/// transitions, which read their files through it. Null with an error recorded when there is no such effect.
+/// A new video processor by effect name (see catalogue.h), the caller's to Free(). The manager may be null
+/// except for transitions, which read their files through it. Null with an error recorded when there is no
+/// such effect.
 AVBased::IVideoProc* CreateVideoProc(AVBased::IAVManager* manager, const char* name);
 
 /// The same for audio processors.

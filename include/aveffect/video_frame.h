@@ -25,7 +25,8 @@ public:
     virtual unsigned GetTotalSize() = 0;
     /// One plane: the address of its first stored row; bytes of picture a row; bytes from row to row; rows.
     /// The index must be below GetBufferCount(). The memory stays the frame's.
-    virtual unsigned char* GetBuffer(unsigned index, unsigned* widthBytes, unsigned* pitch, unsigned* rows) = 0;
+    virtual unsigned char* GetBuffer(unsigned index, unsigned* widthBytes, unsigned* pitch,
+                                     unsigned* rows) = 0;
     /// Display aspect ratio, 0 when not known.
     virtual double GetDAR() = 0;
     /// Hides columns at the right and rows at the bottom; false when nothing would be left.
@@ -37,7 +38,8 @@ public:
     /// How often the frame is to be repeated; a second counter goes to *extra unless extra is null.
     virtual unsigned GetDuplicatedCount(unsigned* extra) = 0;
     virtual void SetDuplicatedCount(unsigned count, unsigned extra) = 0;
-    /// A new frame with its own copy of the pixels, the caller's to Free(). Null with an error recorded on failure.
+    /// A new frame with its own copy of the pixels, the caller's to Free(). Null with an error recorded on
+    /// failure.
     virtual IRawVideoFrame* Clone() = 0;
     /// Whether effects may write into the frame.
     virtual bool CanBeModified() = 0;

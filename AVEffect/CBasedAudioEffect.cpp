@@ -1,0 +1,51 @@
+#include "AVEffect/CBasedAudioEffect.h"
+
+#include <cassert>
+#include <utility>
+
+#include "BaseTools/guarded.h"
+
+namespace AVBased {
+
+using BaseTool::Guarded;
+using BaseTool::Raise;
+
+namespace {
+constexpr unsigned kTypeAudio = 2;
+constexpr unsigned kSubTypeAudio = 2;
+} // namespace
+
+CBasedAudioEffect::CBasedAudioEffect(const char* name)
+    : CBaseAVProc(name, kTypeAudio, kSubTypeAudio) {
+    AddInterface(IAudioProcName, static_cast<IAudioProc*>(this));
+    AddProperty(kDurationProperty);
+    Bind(PROP_NAME_DURATION, &m_nDuration);
+    if (const EffectInfo* info = FindEffect(name))
+        for (const PropertyInfo& property : info->properties) AddProperty(property);
+}
+
+void CBasedAudioEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBaseAVProc::OnSetProperty(name, node);
+}
+
+bool CBasedAudioEffect::Seek(long long) { return true; }
+
+IRawAudioFrame* CBasedAudioEffect::ProcFrame(IRawAudioFrame* frame) {
+    return Guarded(nullptr, [&] {
+        if (!frame) Raise(kBadPointer, "Bad pointer");
+        if (IRawAudioFrame* previous = std::exchange(m_pCurFrame, nullptr)) previous->Release();
+        m_pCurFrame = frame->Clone();
+        assert(m_pCurFrame);
+        InnerProcFrame(m_pCurFrame);
+        return m_pCurFrame;
+    });
+}
+
+void CBasedAudioEffect::ProcFrameInPlace(IRawAudioFrame* frame) {
+    Guarded([&] {
+        if (!frame) Raise(kBadPointer, "Bad pointer");
+        InnerProcFrame(frame);
+    });
+}
+
+} // namespace AVBased

@@ -1,0 +1,89 @@
+#include "AVEffect/CBasedVideoEffect.h"
+
+#include <cassert>
+#include <utility>
+
+#include "BaseTools/guarded.h"
+
+namespace AVBased {
+
+using BaseTool::Guarded;
+using BaseTool::Raise;
+
+namespace {
+
+constexpr unsigned kTypeVideo = 1;
+constexpr unsigned kSubTypeImage = 2;
+
+void CheckArguments(const ImagePostion* position, const IRawVideoFrame* frame) {
+    if (!position || !frame) Raise(kBadPointer, "Bad pointer");
+}
+
+} // namespace
+
+CBasedVideoEffect::CBasedVideoEffect(const char* name, unsigned subType)
+    : CBaseAVProc(name, kTypeVideo, subType) {
+    AddInterface(IVideoProcName, static_cast<IVideoProc*>(this));
+    AddProperty(kDurationProperty);
+    Bind(PROP_NAME_DURATION, &m_nDuration);
+}
+
+void CBasedVideoEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBaseAVProc::OnSetProperty(name, node);
+}
+
+bool CBasedVideoEffect::Seek(unsigned int) { return true; }
+
+IRawVideoFrame* CBasedVideoEffect::ProcFrame(ImagePostion*, int, IRawVideoFrame*) { return nullptr; }
+
+void CBasedVideoEffect::ProcFrameInPlace(ImagePostion*, int, IRawVideoFrame*) {}
+
+void CBasedVideoEffect::BlendFrame(const ImagePostion*, int, IRawVideoFrame*, IRawVideoFrame*) {}
+
+void CBasedVideoMotionXYEffect::ProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) {
+    Guarded([&] {
+        CheckArguments(position, frame);
+        InnerProcFrameInPlace(position, time, frame);
+    });
+}
+
+CBasedVideoImageEffect::CBasedVideoImageEffect(const char* name)
+    : CBasedVideoEffect(name, kSubTypeImage) {
+    if (const EffectInfo* info = FindEffect(name))
+        for (const PropertyInfo& property : info->properties) AddProperty(property);
+}
+
+CBasedVideoImageEffect::~CBasedVideoImageEffect() {
+    if (m_pCurFrame) m_pCurFrame->Free();
+}
+
+IRawVideoFrame* CBasedVideoImageEffect::ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) {
+    return Guarded(nullptr, [&] {
+        CheckArguments(position, frame);
+        // Emptied before the old frame goes and the new one comes: whichever of the two throws, nothing is
+        // freed twice.
+        if (IRawVideoFrame* previous = std::exchange(m_pCurFrame, nullptr)) previous->Free();
+        m_pCurFrame = frame->Clone();
+        assert(m_pCurFrame);
+        InnerProcFrame(position, time, m_pCurFrame);
+        return m_pCurFrame;
+    });
+}
+
+void CBasedVideoImageEffect::ProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) {
+    Guarded([&] {
+        CheckArguments(position, frame);
+        InnerProcFrame(position, time, frame);
+    });
+}
+
+IRawVideoFrame* CBasedVideoMotionSizingEffect::ProcFrame(ImagePostion*, int, IRawVideoFrame*) {
+    assert(false);
+    return nullptr;
+}
+
+void CBasedVideoBlender::BlendFrame(const ImagePostion*, int, IRawVideoFrame*, IRawVideoFrame*) {
+    assert(false);
+}
+
+} // namespace AVBased

@@ -1,0 +1,91 @@
+#pragma once
+/// The bases of video effects. A derived effect registers its interfaces and properties in its constructor,
+/// follows property changes, and changes frames in InnerProcFrame; checks, copies and the error boundary are
+/// here.
+#include <string>
+
+#include "avbase/avbase_srcutils/avbase_cbaseavproc.h"
+
+namespace AVBased {
+
+/// A video processor with the "duration" property that does nothing yet.
+class CBasedVideoEffect : public CBaseAVProc, public IVideoProc {
+public:
+    CBasedVideoEffect(const char* name, unsigned subType);
+
+    void* GetInterface(const char* name) override { return CBaseAVProc::GetInterface(name); }
+    void Free() override { CBaseAVProc::Free(); }
+    unsigned GetType() override { return CBaseAVProc::GetType(); }
+    unsigned GetSubType() override { return CBaseAVProc::GetSubType(); }
+    const char* GetName() override { return CBaseAVProc::GetName(); }
+    bool SetProperty(const char* name, const char* value) override {
+        return CBaseAVProc::SetProperty(name, value);
+    }
+    const char* GetProperty(const char* name, int* type) override {
+        return CBaseAVProc::GetProperty(name, type);
+    }
+    IStrings* GetPropertyNames() override { return CBaseAVProc::GetPropertyNames(); }
+
+    ~CBasedVideoEffect() override = default;
+
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+
+    bool Seek(unsigned int position) override;
+    unsigned int GetDuration() override { return m_nDuration; }
+    IRawVideoFrame* ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
+    void ProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) override;
+    void BlendFrame(const ImagePostion* position, int time, IRawVideoFrame* first,
+                    IRawVideoFrame* second) override;
+
+protected:
+    using CBaseAVProc::GetProperty;
+
+    unsigned m_nDuration = 1;
+};
+
+/// Effects that move a picture in place.
+class CBasedVideoMotionXYEffect : public CBasedVideoEffect {
+public:
+    explicit CBasedVideoMotionXYEffect(const char* name)
+        : CBasedVideoEffect(name, 1) {}
+    void ProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) override;
+
+protected:
+    virtual void InnerProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) = 0;
+};
+
+/// Effects that change a picture's bytes: all of this plug-in's. The catalogue's properties are registered
+/// under the effect's name.
+class CBasedVideoImageEffect : public CBasedVideoEffect {
+public:
+    explicit CBasedVideoImageEffect(const char* name);
+    ~CBasedVideoImageEffect() override;
+
+    IRawVideoFrame* ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
+    void ProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) override;
+
+    /// Changes the frame, which is not null. Formats that the effect does not serve are left as they are.
+    virtual void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) = 0;
+
+private:
+    IRawVideoFrame* m_pCurFrame = nullptr; // the copy that the last ProcFrame returned, owned
+};
+
+/// Effects that change a picture's size; they can't work on a copy.
+class CBasedVideoMotionSizingEffect : public CBasedVideoEffect {
+public:
+    explicit CBasedVideoMotionSizingEffect(const char* name)
+        : CBasedVideoEffect(name, 4) {}
+    IRawVideoFrame* ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
+};
+
+/// Effects that blend two pictures; a derived class must say how.
+class CBasedVideoBlender : public CBasedVideoEffect {
+public:
+    explicit CBasedVideoBlender(const char* name)
+        : CBasedVideoEffect(name, 8) {}
+    void BlendFrame(const ImagePostion* position, int time, IRawVideoFrame* first,
+                    IRawVideoFrame* second) override;
+};
+
+} // namespace AVBased

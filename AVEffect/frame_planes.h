@@ -1,0 +1,78 @@
+#pragma once
+/// Which pixel formats the effects serve and how: the one place that turns a frame into plane views.
+#include <array>
+
+#include "AVEffect/kernels/planes.h"
+#include "aveffect/pixel_format.h"
+#include "aveffect/video_frame.h"
+
+namespace AVBased {
+
+using kernels::Plane32;
+using kernels::Plane8;
+
+/// A planar frame. Chroma sample (x >> horizontalShift, y >> verticalShift) belongs to luma sample (x, y).
+struct PlanarView {
+    Plane8 y, u, v;
+    Plane8 alpha; ///< only when hasAlpha
+    bool hasAlpha;
+    unsigned horizontalShift;
+    unsigned verticalShift;
+};
+
+/// What a served format looks like.
+struct FormatLayout {
+    unsigned id;
+    bool packed;
+    bool hasAlphaPlane;
+    unsigned char horizontalShift;
+    unsigned char verticalShift;
+};
+
+/// Every format that the effects serve; some serve fewer.
+inline constexpr std::array<FormatLayout, 9> kServedFormats = {{
+    {BGRA, true, false, 0, 0},
+    {YUV420P, false, false, 1, 1},
+    {YUVJ420P, false, false, 1, 1},
+    {YUVA420P, false, true, 1, 1},
+    {YUV422P, false, false, 1, 0},
+    {YUVJ422P, false, false, 1, 0},
+    {YUV410P, false, false, 2, 2},
+    {YUV411P, false, false, 2, 0},
+    {YUVA444P, false, true, 0, 0},
+}};
+
+constexpr const FormatLayout* FindLayout(unsigned format) {
+    for (const FormatLayout& layout : kServedFormats)
+        if (layout.id == format) return &layout;
+    return nullptr;
+}
+
+/// One plane of a frame as bytes.
+inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {
+    unsigned width = 0, pitch = 0, rows = 0;
+    unsigned char* data = frame->GetBuffer(index, &width, &pitch, &rows);
+    return {data, width, pitch, rows};
+}
+
+/// The plane of a BGRA frame. A trailing part of a pixel does not count.
+inline Plane32 PixelPlane(IRawVideoFrame* frame) {
+    const Plane8 bytes = BytePlane(frame, 0);
+    return {bytes.data, bytes.width / 4, bytes.pitch, bytes.rows};
+}
+
+/// Calls packed(Plane32) for BGRA, planar(PlanarView) for the planar formats, and nothing for any other.
+template <class Packed, class Planar>
+void ForFormat(IRawVideoFrame* frame, Packed&& packed, Planar&& planar) {
+    const FormatLayout* layout = FindLayout(frame->GetPixelFormat());
+    if (!layout) return;
+    if (layout->packed) {
+        packed(PixelPlane(frame));
+        return;
+    }
+    planar(PlanarView{BytePlane(frame, 0), BytePlane(frame, 1), BytePlane(frame, 2),
+                      layout->hasAlphaPlane ? BytePlane(frame, 3) : Plane8{}, layout->hasAlphaPlane,
+                      layout->horizontalShift, layout->verticalShift});
+}
+
+} // namespace AVBased

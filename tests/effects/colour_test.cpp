@@ -1,0 +1,174 @@
+// Each effect against a plain computation from its formula, and against values worked out by hand.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "tests/support/effect_cases.h"
+
+namespace {
+
+using namespace AVBased;
+using test::ExpectComputes;
+using test::ForPixels;
+using test::ForSamples;
+using test::HostFrame;
+using test::kPacked;
+using test::kPlanarFormats;
+using test::MakeVideo;
+using Byte = unsigned char;
+
+Byte Clamp(long long value) { return static_cast<Byte>(std::clamp(value, 0LL, 255LL)); }
+long long FloorShift8(long long value) {
+    return static_cast<long long>(std::floor(static_cast<double>(value) / 256));
+}
+
+TEST(Gray, TakesTheMeanOrFillsChroma) {
+    const auto proc = MakeVideo("gray");
+    ExpectComputes(*proc, kPacked, [](HostFrame& frame) {
+        ForPixels(frame, [](Byte* p) { p[0] = p[1] = p[2] = static_cast<Byte>((p[0] + p[1] + p[2]) / 3); });
+    });
+    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+        test::FillPitch(frame.planes[1], 127);
+        test::FillPitch(frame.planes[2], 127);
+    });
+}
+
+TEST(FlipColor, SwapsBlueAndRedOrThePlanes) {
+    const auto proc = MakeVideo("flip_color");
+    ExpectComputes(*proc, kPacked,
+                   [](HostFrame& frame) { ForPixels(frame, [](Byte* p) { std::swap(p[0], p[2]); }); });
+    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+        for (unsigned y = 0; y < frame.planes[1].rows; ++y)
+            for (unsigned x = 0; x < frame.planes[1].width; ++x)
+                std::swap(frame.planes[1].At(x, y), frame.planes[2].At(x, y));
+    });
+}
+
+TEST(Invert, ComplementsAllButAlpha) {
+    const auto proc = MakeVideo("invert");
+    ExpectComputes(*proc, kPacked, [](HostFrame& frame) {
+        ForPixels(frame, [](Byte* p) {
+            for (int i = 0; i < 3; ++i) p[i] = static_cast<Byte>(255 - p[i]);
+        });
+    });
+    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+        for (int i = 0; i < 3; ++i)
+            ForSamples(frame.planes[static_cast<size_t>(i)], [](Byte& x) { x = static_cast<Byte>(255 - x); });
+    });
+}
+
+TEST(AgedFilm, TintsAndLiftsTheDark) {
+    const auto proc = MakeVideo("aged_film");
+    ExpectComputes(*proc, kPacked, [](HostFrame& frame) {
+        ForPixels(frame, [](Byte* p) {
+            int mean = (p[0] + p[1] + p[2]) / 3;
+            if (mean < 36) mean = 35;
+            p[0] = static_cast<Byte>(mean - 35);
+            p[1] = static_cast<Byte>(mean - 15);
+            p[2] = static_cast<Byte>(mean);
+        });
+    });
+    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+        test::FillPitch(frame.planes[1], 117);
+        test::FillPitch(frame.planes[2], 136);
+    });
+    auto frame = test::MakeFrame({BGRA, 2, 1});
+    std::memcpy(frame->planes[0].Data(), "\0\0\0\x07\x24\x24\x24\x08",
+                8); // black, and the first grey above the lift
+    test::Run(*proc, *frame);
+    EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\x00\x14\x23\x07\x01\x15\x24\x08", 8), 0);
+}
+
+// The definition in wide integers and doubles.
+struct BrightnessContrast {
+    double brightness, contrast, saturation;
+
+    Byte Table(int i, long long offset) const {
+        const auto gain = static_cast<long long>((contrast / 100 + 1) * 256);
+        return Clamp(FloorShift8((i - 127) * gain) + offset);
+    }
+    Byte Packed(int i) const { return Table(i, static_cast<long long>(brightness * 255 / 100) + 127); }
+    void operator()(HostFrame& frame) const {
+        const auto gain = static_cast<long long>((saturation + 100) * 5.12);
+        if (frame.GetPixelFormat() == BGRA) {
+            ForPixels(frame, [&](Byte* p) {
+                for (int i = 0; i < 3; ++i) p[i] = Packed(p[i]);
+                if (saturation == 0) return;
+                const int mean = (p[0] + p[1] + p[2]) / 3;
+                for (int i = 0; i < 3; ++i) p[i] = Clamp(mean + FloorShift8((p[i] - mean) * gain));
+            });
+            return;
+        }
+        if (brightness != 0 || contrast != 0)
+            ForSamples(frame.planes[0],
+                       [&](Byte& y) { y = Table(y, static_cast<long long>(brightness * 1.27) + 127); });
+        if (saturation == 0) return;
+        for (size_t i = 1; i < 3; ++i)
+            ForSamples(frame.planes[i], [&](Byte& u) { u = Clamp(FloorShift8((u - 127) * gain) + 127); });
+    }
+};
+
+TEST(BrightnessContrastEffect, ComputesItsFormulas) {
+    for (const BrightnessContrast& c : {BrightnessContrast{0, 0, 0},
+                                        {30, 0, 0},
+                                        {-100, 0, 0},
+                                        {100, 100, 0},
+                                        {0, -100, 0},
+                                        {0, 37.5, 0},
+                                        {0, 0, 100},
+                                        {0, 0, -100},
+                                        {0, 0, -50},
+                                        {0, 0, 0.001},
+                                        {-12.3, 45.6, -78.9},
+                                        {64, -20, 33}}) {
+        const auto proc = MakeVideo("brightness_contrast");
+        proc->SetProperty("brightness", std::to_string(c.brightness).c_str());
+        proc->SetProperty("contrast", std::to_string(c.contrast).c_str());
+        proc->SetProperty("saturation", std::to_string(c.saturation).c_str());
+        SCOPED_TRACE(testing::Message() << c.brightness << ' ' << c.contrast << ' ' << c.saturation);
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes(*proc, kPacked, c));
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes(*proc, kPlanarFormats, c));
+    }
+}
+
+TEST(BrightnessContrastEffect, ClampsWhatItStoresAndKeepsTheText) {
+    const auto clamped = MakeVideo("brightness_contrast",
+                                   {{"brightness", "250"}, {"contrast", "-101"}, {"saturation", "1e9"}});
+    ExpectComputes(*clamped, kPacked, BrightnessContrast{100, -100, 100});
+    EXPECT_STREQ(clamped->GetProperty("brightness", nullptr), "250");
+    // Setting something else must not disturb them; text that is no number keeps the stored, clamped number.
+    clamped->SetProperty("duration", "-5");
+    clamped->SetProperty("brightness", "x");
+    ExpectComputes(*clamped, kPlanarFormats, BrightnessContrast{100, -100, 100});
+}
+
+TEST(BrightnessContrastEffect, HandWorkedValues) {
+    auto frame = test::MakeFrame({BGRA, 1, 1});
+    // Contrast 100 doubles the distance from 127: 100 -> 73, 150 -> 173, 250 -> 255. Brightness 10 adds 25.
+    std::memcpy(frame->planes[0].Data(), "\x64\x96\xFA\x05", 4);
+    test::Run(*MakeVideo("brightness_contrast", {{"contrast", "100"}}), *frame);
+    EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\x49\xAD\xFF\x05", 4), 0);
+    test::Run(*MakeVideo("brightness_contrast", {{"brightness", "10"}}), *frame);
+    EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\x62\xC6\xFF\x05", 4), 0);
+    // Saturation -100 leaves the mean, (98 + 198 + 255) / 3 = 183.
+    test::Run(*MakeVideo("brightness_contrast", {{"saturation", "-100"}}), *frame);
+    EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\xB7\xB7\xB7\x05", 4), 0);
+    // Luma: brightness 10 adds 12 only.
+    auto planar = test::MakeFrame({YUV420P, 2, 2});
+    std::memset(planar->planes[0].Data(), 100, 4);
+    test::Run(*MakeVideo("brightness_contrast", {{"brightness", "10"}}), *planar);
+    EXPECT_EQ(planar->planes[0].At(1, 1), 112);
+}
+
+TEST(BrightnessContrastEffect, NotANumberIsNoReasonToFail) {
+    const auto proc =
+        MakeVideo("brightness_contrast", {{"brightness", "nan"}, {"contrast", "nan"}, {"saturation", "nan"}});
+    for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}}) {
+        auto frame = test::MakeFrame({format, 33, 5}, 3);
+        test::Run(*proc, *frame);
+    }
+}
+
+} // namespace

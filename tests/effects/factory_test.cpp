@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+
+#include "aveffect/catalogue.h"
+#include "tests/support/effect_cases.h"
+
+namespace {
+
+using namespace AVBased;
+
+int Code() { return GetBaseException()->GetExceptionCode(); }
+std::string Message() { return GetBaseException()->GetExceptionMsg(); }
+
+TEST(Factory, RefusesWhatIsNotExactlyAName) {
+    for (const char* name : {"Gray", "gray ", "", "gra", "EffectNameMkBaseTransition"}) {
+        GetBaseException()->Clear();
+        EXPECT_EQ(test::CreateVideo(name), nullptr) << name;
+        EXPECT_EQ(Code(), 10021005);
+        EXPECT_EQ(Message(), "Effect with the name does not exist");
+    }
+    EXPECT_EQ(test::CreateAudio("gray"), nullptr);
+    EXPECT_EQ(Code(), 10021005);
+    EXPECT_EQ(test::CreateVideo("audio_volume"), nullptr);
+    EXPECT_EQ(test::CreateVideo(nullptr), nullptr);
+    EXPECT_EQ(Code(), 10021003);
+    EXPECT_EQ(Message(), "Bad pointer");
+    EXPECT_EQ(test::CreateAudio(nullptr), nullptr);
+    const test::VideoProc proc = test::MakeVideo("gray");
+    EXPECT_EQ(Code(), 10021003) << "a success leaves the older error";
+}
+
+TEST(Factory, MakesEveryCataloguedEffectWithItsProperties) {
+    for (const EffectInfo& effect : kVideoEffects) {
+        const test::VideoProc proc = test::MakeVideo(effect.name);
+        EXPECT_STREQ(proc->GetName(), effect.name);
+        EXPECT_EQ(proc->GetType(), 1u);
+        EXPECT_EQ(proc->GetSubType(), 2u);
+        EXPECT_EQ(proc->GetInterface("IVideoProc"), static_cast<void*>(proc.get()));
+        std::set<std::string> expected = {"duration"};
+        for (const PropertyInfo& property : effect.properties) {
+            expected.insert(property.name);
+            int type = -1;
+            EXPECT_STREQ(proc->GetProperty(property.name, &type), property.defaultText);
+            EXPECT_EQ(type, property.type);
+        }
+        IStrings* names = proc->GetPropertyNames();
+        std::set<std::string> actual;
+        for (int i = 0; i < names->GetCount(); ++i) actual.insert(names->GetString(i)->GetStr());
+        names->Free();
+        EXPECT_EQ(actual, expected) << effect.name;
+    }
+}
+
+TEST(Factory, TheCatalogueIsWhatTheContractLists) {
+    struct Property {
+        const char *effect, *name, *text;
+        int type;
+    };
+    for (const Property& p : {Property{"simple_gauss_blur", "blur_count", "1", 3},
+                              {"simple_laplacian_sharpen", "sharpen_count", "1", 3},
+                              {"brightness_contrast", "brightness", "0", 1},
+                              {"brightness_contrast", "contrast", "0", 1},
+                              {"brightness_contrast", "saturation", "0", 1},
+                              {"gray", "duration", "1", 3}}) {
+        int type = -1;
+        EXPECT_STREQ(test::MakeVideo(p.effect)->GetProperty(p.name, &type), p.text);
+        EXPECT_EQ(type, p.type);
+    }
+    for (const char* name : {"flip_color", "invert", "aged_film"}) {
+        IStrings* names = test::MakeVideo(name)->GetPropertyNames();
+        EXPECT_EQ(names->GetCount(), 1) << name;
+        names->Free();
+    }
+}
+
+TEST(Factory, ObjectsAreIndependent) {
+    const test::VideoProc a = test::MakeVideo("simple_gauss_blur"), b = test::MakeVideo("simple_gauss_blur");
+    EXPECT_NE(a.get(), b.get());
+    a->SetProperty("blur_count", "3");
+    EXPECT_STREQ(b->GetProperty("blur_count", nullptr), "1");
+}
+
+// A host calls by slot: the same processor through raw vtable access only.
+TEST(Factory, ProcessorsAnswerBySlot) {
+    test::VideoProc owner = test::MakeVideo("gray");
+    void* proc = owner.release();
+    void** table = *static_cast<void***>(proc);
+    const auto setProperty = reinterpret_cast<bool (*)(void*, const char*, const char*)>(table[5]);
+    const auto getDuration = reinterpret_cast<unsigned (*)(void*)>(table[9]);
+    const auto procInPlace = reinterpret_cast<void (*)(void*, void*, int, void*)>(table[11]);
+    const auto free = reinterpret_cast<void (*)(void*)>(table[1]);
+    EXPECT_TRUE(setProperty(proc, "duration", "321"));
+    EXPECT_EQ(getDuration(proc), 321u);
+    auto frame = test::MakeFrame({BGRA, 1, 1});
+    std::memcpy(frame->planes[0].Data(), "\x01\x02\x06\x09", 4);
+    ImagePostion position{};
+    procInPlace(proc, &position, 0, static_cast<IRawVideoFrame*>(frame.get()));
+    EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\x03\x03\x03\x09", 4), 0);
+    free(proc);
+}
+
+TEST(Effects, LeaveOtherFormatsAlone) {
+    for (const EffectInfo& effect : kVideoEffects)
+        for (const unsigned format : {unsigned{RGB24}, unsigned{YUV444P}}) {
+            GetBaseException()->Clear();
+            const test::VideoProc proc = test::MakeVideo(effect.name);
+            auto frame = test::MakeFrame({format, 20, 10, 3}, 4);
+            const test::HostFrame original = *frame;
+            test::Run(*proc, *frame);
+            ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, original, effect.name));
+            EXPECT_EQ(Code(), 0) << "quietly";
+        }
+}
+
+} // namespace

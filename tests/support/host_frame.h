@@ -1,0 +1,167 @@
+#pragma once
+/// A host's own frames for tests: any pitch, any base offset, chroma rounded down or up, every byte outside
+/// the picture watched.
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <vector>
+
+#include "aveffect/pixel_format.h"
+#include "aveffect/video_frame.h"
+
+namespace test {
+
+/// The layout of a planar or packed format, written down here once more so that tests do not lean on the code
+/// they try.
+struct Layout {
+    unsigned planes;
+    unsigned pixelBytes; ///< of plane 0
+    unsigned hShift, vShift;
+};
+
+inline Layout LayoutOf(unsigned format) {
+    switch (format) {
+    case AVBased::BGRA:
+        return {1, 4, 0, 0};
+    case AVBased::RGB24:
+        return {1, 3, 0, 0};
+    case AVBased::YUV420P:
+    case AVBased::YUVJ420P:
+        return {3, 1, 1, 1};
+    case AVBased::YUV422P:
+    case AVBased::YUVJ422P:
+        return {3, 1, 1, 0};
+    case AVBased::YUV410P:
+        return {3, 1, 2, 2};
+    case AVBased::YUV411P:
+        return {3, 1, 2, 0};
+    case AVBased::YUV444P:
+        return {3, 1, 0, 0};
+    case AVBased::YUVA420P:
+        return {4, 1, 1, 1};
+    case AVBased::YUVA444P:
+        return {4, 1, 0, 0};
+    default:
+        throw std::invalid_argument("no layout for this format");
+    }
+}
+
+struct Shape {
+    unsigned format = AVBased::BGRA;
+    unsigned width = 0, height = 0;
+    unsigned extraPitch = 0; ///< bytes from the end of a row to the next one
+    unsigned offset = 0;     ///< bytes from an aligned address to the first byte
+    bool roundUp = false;    ///< chroma of odd sizes
+};
+
+class HostFrame final : public AVBased::IRawVideoFrame {
+public:
+    struct Plane {
+        unsigned width = 0, pitch = 0, rows = 0;
+        size_t offset = 0;
+        std::vector<unsigned char> bytes; ///< offset, then rows x pitch
+
+        unsigned char* Data() { return bytes.data() + offset; }
+        unsigned char& At(unsigned x, unsigned y) { return Data()[size_t{y} * pitch + x]; }
+    };
+
+    explicit HostFrame(Shape shape)
+        : m_shape(shape) {
+        const Layout layout = LayoutOf(shape.format);
+        for (unsigned i = 0; i < layout.planes; ++i) {
+            const bool chroma = i == 1 || i == 2;
+            Plane plane;
+            plane.width = Shifted(shape.width, chroma ? layout.hShift : 0) * layout.pixelBytes;
+            plane.rows = Shifted(shape.height, chroma ? layout.vShift : 0);
+            plane.pitch = plane.width + shape.extraPitch;
+            plane.offset = shape.offset;
+            plane.bytes.resize(shape.offset + size_t{plane.pitch} * plane.rows);
+            planes.push_back(std::move(plane));
+        }
+    }
+
+    /// Every byte random, padding included.
+    void Randomise(unsigned seed) {
+        std::mt19937 random(seed);
+        for (Plane& plane : planes)
+            for (unsigned char& byte : plane.bytes) byte = static_cast<unsigned char>(random());
+    }
+
+    std::vector<Plane> planes;
+    std::function<AVBased::IRawVideoFrame*(HostFrame&)> onClone; ///< stands in for Clone() when set
+    int* freed = nullptr;                                        ///< counts Free() when set
+
+    unsigned GetPixelFormat() override { return m_shape.format; }
+    void GetDimension(unsigned* width, unsigned* height) override {
+        if (width) *width = m_shape.width;
+        if (height) *height = m_shape.height;
+    }
+    int GetTimeStamp() override { return m_timeStamp; }
+    void SetTimeStamp(int timeStamp) override { m_timeStamp = timeStamp; }
+    bool IsTopDown() override { return true; }
+    bool IsPacked() override { return planes.size() == 1; }
+    unsigned GetBufferCount() override { return static_cast<unsigned>(planes.size()); }
+    unsigned GetTotalSize() override {
+        unsigned total = 0;
+        for (const Plane& plane : planes) total += plane.rows * plane.pitch;
+        return total;
+    }
+    unsigned char* GetBuffer(unsigned index, unsigned* width, unsigned* pitch, unsigned* rows) override {
+        Plane& plane = planes.at(index);
+        *width = plane.width;
+        *pitch = plane.pitch;
+        *rows = plane.rows;
+        return plane.Data();
+    }
+    double GetDAR() override { return 0; }
+    bool CropRightAndBottom(unsigned, unsigned) override { return false; }
+    void Free() override {
+        if (freed) ++*freed;
+        delete this;
+    }
+    unsigned GetDuration() override { return 1; }
+    void SetDuration(unsigned) override {}
+    unsigned GetDuplicatedCount(unsigned*) override { return 1; }
+    void SetDuplicatedCount(unsigned, unsigned) override {}
+    AVBased::IRawVideoFrame* Clone() override {
+        if (onClone) return onClone(*this);
+        auto* copy = new HostFrame(*this);
+        return copy;
+    }
+    bool CanBeModified() override { return true; }
+    void SetCanBeModified(bool) override {}
+    bool IsInterlaced() override { return false; }
+    void SetInterlaced(bool) override {}
+    bool IsTopFieldFirst() override { return false; }
+    void SetTopFieldFirst(bool) override {}
+    void SetBorderData(void*, int) override {}
+    void GetBorderData(void** data, int* bytes) override {
+        *data = nullptr;
+        *bytes = 0;
+    }
+    void* GetInterface(const char*) override { return nullptr; }
+
+private:
+    unsigned Shifted(unsigned size, unsigned shift) const {
+        return m_shape.roundUp ? (size + (1u << shift) - 1) >> shift : size >> shift;
+    }
+
+    Shape m_shape;
+    int m_timeStamp = 0;
+};
+
+struct Freer {
+    void operator()(HostFrame* frame) const { frame->Free(); }
+};
+using FramePtr = std::unique_ptr<HostFrame, Freer>;
+
+inline FramePtr MakeFrame(Shape shape, unsigned seed = 1) {
+    FramePtr frame(new HostFrame(shape));
+    frame->Randomise(seed);
+    return frame;
+}
+
+} // namespace test
