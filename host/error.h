@@ -6,16 +6,18 @@
 namespace aveffect {
 
 enum class ErrorKind {
-    Usage,       ///< the request is wrong: unknown effect or property, value out of range, impossible combination
-    Input,       ///< the input is missing, unreadable, or no media
-    Output,      ///< the output exists, can't be written, or the disk is full
-    Effect,      ///< the plug-in is missing or an effect failed
+    Usage,  ///< the request is wrong: unknown effect or property, value out of range, impossible combination
+    Input,  ///< the input is missing, unreadable, or no media
+    Output, ///< the output exists, can't be written, or the disk is full
+    Effect, ///< the plug-in is missing or an effect failed
     Interrupted, ///< the user asked to stop
 };
 
 class Error : public std::runtime_error {
 public:
-    Error(ErrorKind kind, const std::string& message) : std::runtime_error(message), m_kind(kind) {}
+    Error(ErrorKind kind, const std::string& message)
+        : std::runtime_error(message)
+        , m_kind(kind) {}
     ErrorKind Kind() const noexcept { return m_kind; }
 
 private:
