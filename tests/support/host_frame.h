@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
-#include "aveffect/video_frame.h"
 
 namespace test {
 
@@ -57,7 +57,7 @@ struct Shape {
     bool roundUp = false;    ///< chroma of odd sizes
 };
 
-class HostFrame final : public AVBased::IRawVideoFrame {
+class HostFrame final : public AVBased::MemoryFrame {
 public:
     struct Plane {
         unsigned width = 0, pitch = 0, rows = 0;
@@ -69,13 +69,13 @@ public:
     };
 
     explicit HostFrame(Shape shape)
-        : m_shape(shape) {
+        : MemoryFrame(shape.format, shape.width, shape.height, {}) {
         const Layout layout = LayoutOf(shape.format);
         for (unsigned i = 0; i < layout.planes; ++i) {
             const bool chroma = i == 1 || i == 2;
             Plane plane;
-            plane.width = Shifted(shape.width, chroma ? layout.hShift : 0) * layout.pixelBytes;
-            plane.rows = Shifted(shape.height, chroma ? layout.vShift : 0);
+            plane.width = Shifted(shape, shape.width, chroma ? layout.hShift : 0) * layout.pixelBytes;
+            plane.rows = Shifted(shape, shape.height, chroma ? layout.vShift : 0);
             plane.pitch = plane.width + shape.extraPitch;
             plane.offset = shape.offset;
             plane.bytes.resize(shape.offset + size_t{plane.pitch} * plane.rows);
@@ -94,21 +94,7 @@ public:
     std::function<AVBased::IRawVideoFrame*(HostFrame&)> onClone; ///< stands in for Clone() when set
     int* freed = nullptr;                                        ///< counts Free() when set
 
-    unsigned GetPixelFormat() override { return m_shape.format; }
-    void GetDimension(unsigned* width, unsigned* height) override {
-        if (width) *width = m_shape.width;
-        if (height) *height = m_shape.height;
-    }
-    int GetTimeStamp() override { return m_timeStamp; }
-    void SetTimeStamp(int timeStamp) override { m_timeStamp = timeStamp; }
-    bool IsTopDown() override { return true; }
-    bool IsPacked() override { return planes.size() == 1; }
     unsigned GetBufferCount() override { return static_cast<unsigned>(planes.size()); }
-    unsigned GetTotalSize() override {
-        unsigned total = 0;
-        for (const Plane& plane : planes) total += plane.rows * plane.pitch;
-        return total;
-    }
     unsigned char* GetBuffer(unsigned index, unsigned* width, unsigned* pitch, unsigned* rows) override {
         Plane& plane = planes.at(index);
         *width = plane.width;
@@ -116,41 +102,16 @@ public:
         *rows = plane.rows;
         return plane.Data();
     }
-    double GetDAR() override { return 0; }
-    bool CropRightAndBottom(unsigned, unsigned) override { return false; }
     void Free() override {
         if (freed) ++*freed;
         delete this;
     }
-    unsigned GetDuration() override { return 1; }
-    void SetDuration(unsigned) override {}
-    unsigned GetDuplicatedCount(unsigned*) override { return 1; }
-    void SetDuplicatedCount(unsigned, unsigned) override {}
-    AVBased::IRawVideoFrame* Clone() override {
-        if (onClone) return onClone(*this);
-        auto* copy = new HostFrame(*this);
-        return copy;
-    }
-    bool CanBeModified() override { return true; }
-    void SetCanBeModified(bool) override {}
-    bool IsInterlaced() override { return false; }
-    void SetInterlaced(bool) override {}
-    bool IsTopFieldFirst() override { return false; }
-    void SetTopFieldFirst(bool) override {}
-    void SetBorderData(void*, int) override {}
-    void GetBorderData(void** data, int* bytes) override {
-        *data = nullptr;
-        *bytes = 0;
-    }
-    void* GetInterface(const char*) override { return nullptr; }
+    AVBased::IRawVideoFrame* Clone() override { return onClone ? onClone(*this) : new HostFrame(*this); }
 
 private:
-    unsigned Shifted(unsigned size, unsigned shift) const {
-        return m_shape.roundUp ? (size + (1u << shift) - 1) >> shift : size >> shift;
+    static unsigned Shifted(const Shape& shape, unsigned size, unsigned shift) {
+        return shape.roundUp ? (size + (1u << shift) - 1) >> shift : size >> shift;
     }
-
-    Shape m_shape;
-    int m_timeStamp = 0;
 };
 
 struct Freer {

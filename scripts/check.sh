@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# The checks beside the tests: format, lint, the other compiler, sanitizers. Expects a release build.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+echo "== format"
+git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
+
+echo "== lint"
+git ls-files '*.cpp' | grep -v '^tests/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
+
+echo "== clang"
+scripts/build.sh clang
+
+echo "== sanitizers"
+scripts/build.sh sanitize
+ctest --preset sanitize

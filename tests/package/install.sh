@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Installs into a new directory, builds a host against the package, and runs it and the installed program.
+set -euo pipefail
+build=$1
+consumer=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+cmake -S "$consumer" -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake --build "$work/consumer" >/dev/null
+[ "$("$work/consumer/host")" = "255 254 253 9" ] || { echo "the host's pixel came out wrong"; exit 1; }
+# Found through a link in bin/, the program still finds the libraries beside it.
+"$work/prefix/bin/aveffect" list | grep -q simple_gauss_blur || { echo "the installed program lists no effects"; exit 1; }

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# The plug-in exports its two factories; what it asks for is the runtime's and the companions' alone.
+set -euo pipefail
+bin=$1
+failed=0
+fail() { echo "$*"; failed=1; }
+
+# An exported version name counts as the factories' own.
+exports=$(nm -D --defined-only --without-symbol-versions "$bin/libAVEffect.so" | awk '$2 != "A" {print $3}' | sort | tr '\n' ' ')
+[ "$exports" = "CreateAudioProc CreateVideoProc " ] || fail "the plug-in exports: $exports"
+
+companions=$(nm -D --defined-only --without-symbol-versions "$bin/libAVBaseTools.so" "$bin/libAVBaseMedia.so" | awk 'NF == 3 {print $3}')
+while read -r kind symbol; do
+  [ "$kind" = w ] && continue
+  case $symbol in *@GLIBC_* | *@GLIBCXX_* | *@CXXABI_* | *@GCC_*) continue ;; esac
+  grep -qxF "$symbol" <<<"$companions" || fail "the plug-in needs $symbol, which is neither the runtime's nor a companion's"
+done < <(nm -D --undefined-only "$bin/libAVEffect.so" | awk '{print $(NF-1), $NF}')
+
+for library in libAVEffect libAVBaseTools libAVBaseMedia; do
+  readelf -d "$bin/$library.so" | grep -q "SONAME.*\[$library.so\]" || fail "$library.so has another SONAME"
+done
+for file in libAVEffect.so libAVBaseMedia.so aveffect; do
+  readelf -d "$bin/$file" | grep -qE '(RUNPATH|RPATH).*\[\$ORIGIN\]' || fail "$file has no run path of \$ORIGIN"
+done
+for name in GetBaseException ReleaseBaseException GetBaseLogger AVBasedMemCopy AVBasedGetCPUFeatures \
+  AVBasedSetCPUFeatureMask CreateImageConverter CreateImageConverterEx CreateRawVideoFrameCropPan CreateAudioResampler; do
+  grep -qxF "$name" <<<"$companions" || fail "no companion exports $name"
+done
+exit $failed
