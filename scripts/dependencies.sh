@@ -6,7 +6,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev libswresample-dev
   libcli11-dev nlohmann-json3-dev
-  libgtest-dev libbenchmark-dev ffmpeg
+  libgtest-dev libbenchmark-dev ffmpeg time
   clang-14 clang-format-14 clang-tidy-14
 )
 
