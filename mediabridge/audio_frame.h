@@ -8,6 +8,9 @@
 
 namespace mediabridge {
 
+/// Bytes a sample of an AVBased::SampleFormat, 0 for other codes.
+unsigned SampleBytes(int format);
+
 /// An IRawAudioFrame with its own samples. Always on the heap and released with Release().
 class AudioFrame final : public AVBased::IRawAudioFrame {
 public:
@@ -26,7 +29,8 @@ public:
         unsigned samples = 0; ///< a channel
     };
 
-    /// A silent frame of that shape; null for a format without a sample size or when memory is short.
+    /// A silent frame of that shape; null for other format codes, for less than one channel or when memory is
+    /// short.
     static Ptr Allocate(const Shape& shape, unsigned timeStampMs);
 
     /// Copies decoded sound. Null for sample formats that the boundary has no code for.
@@ -47,6 +51,7 @@ public:
 
 private:
     AudioFrame() = default;
+    AudioFrame(const AudioFrame&) = default;
     ~AudioFrame() = default;
 
     Shape m_shape;

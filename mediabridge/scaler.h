@@ -8,29 +8,55 @@ namespace mediabridge {
 
 enum class ScaleQuality { Fastest, Bilinear, Bicubic };
 
-/// Converts pictures to one format and size, honouring each picture's colour range and matrix, dithering when depth is
-/// lost. Keeps its context between pictures of the same shape. Used by one thread at a time.
+/// Converts pictures to one format and size, honouring each picture's colour range and matrix, dithering when
+/// depth is lost; a picture that already has the format, size and range is copied byte for byte. Keeps its
+/// context between pictures of the same shape. Used by one thread at a time.
+///
+/// The matrix is the picture's own (AVFrame::colorspace) on the way to RGB and back; a picture that has none,
+/// or says RGB, counts as BT.601 whatever its size. A converted picture keeps the matrix tag on RGB too, so
+/// that the way back uses it.
 class Scaler {
 public:
-    /// Width or height 0 keep each source's own. A range of AVCOL_RANGE_UNSPECIFIED keeps the source's where both
-    /// formats are YUV, else takes the usual range of the target format.
+    /// Width or height 0 keep each source's own. A range of AVCOL_RANGE_UNSPECIFIED keeps the source's where
+    /// both formats are YUV or grey, else takes the usual range of the target format; J formats are always
+    /// full range.
     Scaler(AVPixelFormat format, int width, int height, ScaleQuality quality,
            AVColorRange range = AVCOL_RANGE_UNSPECIFIED);
 
-    /// Converts into a new picture from this scaler's pool of blocks, with the source's properties (time, aspect ratio,
-    /// field flags, colour description). Null when libswscale can't; Error() then says why.
+    /// Converts into a new picture from recycled memory, with the source's properties (time, display aspect
+    /// ratio, field flags, colour description) and the range that it really has. Null when libswscale can't;
+    /// Error() then says why.
     AVFramePtr Convert(const AVFrame* source);
 
     const std::string& Error() const noexcept { return m_error; }
 
 private:
-    bool Prepare(const AVFrame* source, int width, int height);
+    /// What a context is made for. J formats are stored as their plain twins.
+    struct Side {
+        AVPixelFormat format = AV_PIX_FMT_NONE;
+        int width = 0;
+        int height = 0;
+        AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+        bool operator==(const Side&) const = default;
+    };
+    struct Shape {
+        Side source;
+        Side target;
+        AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
+        bool operator==(const Shape&) const = default;
+    };
+
+    Shape ShapeFor(const AVFrame* source) const;
+    AVColorRange TargetRange(const Side& source) const;
+    bool Prepare(const Shape& shape);
+    AVFramePtr Fail(const std::string& reason);
 
     AVPixelFormat m_format;
     int m_width;
     int m_height;
     ScaleQuality m_quality;
     AVColorRange m_range;
+    Shape m_shape; ///< the context's
     SwsContextPtr m_context;
     std::string m_error;
 };

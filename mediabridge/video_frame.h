@@ -5,11 +5,13 @@
 
 #include "aveffect/video_frame.h"
 #include "mediabridge/av_ptr.h"
+#include "mediabridge/pixel_formats.h"
 
 namespace mediabridge {
 
-/// An IRawVideoFrame over a reference-counted AVFrame. Nothing is copied on wrapping; Clone() copies every byte of the
-/// picture, the last chroma column and row of odd sizes included, though GetBuffer() reports the frame table's sizes.
+/// An IRawVideoFrame over a reference-counted AVFrame. Nothing is copied on wrapping; Clone() copies every
+/// byte of the picture, the last chroma column and row of odd sizes included, though GetBuffer() reports the
+/// frame table's sizes.
 ///
 /// Always on the heap and released with Free(), as the interface demands.
 class VideoFrame final : public AVBased::IRawVideoFrame, public AVBased::IMVCRawVideoFrame {
@@ -19,11 +21,13 @@ public:
     };
     using Ptr = std::unique_ptr<VideoFrame, Release>;
 
-    /// Wraps a new reference to a picture in one of the frame table's formats; null when it has another format or
-    /// memory is short. Whoever writes into the frame makes the picture writable first.
+    /// Wraps a new reference to a picture in one of the frame table's formats; null when it has another
+    /// format or memory is short. Whoever writes into the frame makes the picture writable first. Frames are
+    /// always top-down: a picture that is stored bottom-up (negative line sizes) is copied.
     static Ptr Wrap(const AVFrame* picture, int timeStampMs, unsigned durationMs);
 
-    /// A frame with new pixels, undefined. Null when the format is not the table's or memory is short.
+    /// A frame with new pixels, undefined, from recycled memory. Null when the format is not the table's, the
+    /// size is impossible or memory is short.
     static Ptr Allocate(unsigned format, unsigned width, unsigned height);
 
     /// The picture, still this frame's.
@@ -67,6 +71,11 @@ public:
 private:
     VideoFrame(AVFramePtr picture, unsigned format);
     ~VideoFrame() = default;
+
+    static Ptr Own(AVFramePtr picture, unsigned format);
+    /// What Clone() returns; null when memory is short for the pixels.
+    Ptr Copy() const;
+    PlaneSize UncroppedPlane(unsigned index) const;
 
     AVFramePtr m_picture;
     Ptr m_subset;

@@ -1,0 +1,18 @@
+#pragma once
+/// New pictures from recycled memory: a fresh block of a few megabytes costs more in page faults than copying
+/// a picture into it.
+#include "mediabridge/av_ptr.h"
+
+namespace mediabridge {
+
+/// A writable picture of that format and size with undefined pixels, each row at a multiple of 64 bytes with
+/// room for wide registers behind the last one. Its block returns to the process's pool with the last
+/// reference; the pool keeps a bounded number of bytes. Null for impossible sizes or when memory is short.
+/// Safe from any thread.
+AVFramePtr AllocatePicture(AVPixelFormat format, int width, int height);
+
+/// A new picture with the same pixels, every byte of every plane, and the same properties. Null when memory
+/// is short.
+AVFramePtr CopyPicture(const AVFrame* picture);
+
+} // namespace mediabridge

@@ -1,0 +1,139 @@
+#include "mediabridge/scaler.h"
+
+#include <utility>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include "mediabridge/picture_pool.h"
+#include "mediabridge/pixel_formats.h"
+
+namespace mediabridge {
+namespace {
+
+constexpr int kUnity = 1 << 16; ///< libswscale's contrast and saturation of 1
+
+int Flags(ScaleQuality quality) {
+    // Accurate rounding everywhere: without it exact conversions come out one off in places.
+    switch (quality) {
+    case ScaleQuality::Fastest:
+        return SWS_FAST_BILINEAR;
+    case ScaleQuality::Bilinear:
+        return SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+    case ScaleQuality::Bicubic:
+        break;
+    }
+    return SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+}
+
+std::string Describe(AVPixelFormat format, int width, int height) {
+    const char* name = av_get_pix_fmt_name(format);
+    return std::string(name ? name : "unknown format") + " " + std::to_string(width) + "x" +
+           std::to_string(height);
+}
+
+/// The display aspect ratio stays, so the pixels' changes with the size.
+AVRational ScaledPixelAspect(const AVFrame* source, int width, int height) {
+    const AVRational pixel = source->sample_aspect_ratio;
+    if (pixel.num <= 0 || pixel.den <= 0 || (width == source->width && height == source->height))
+        return pixel;
+    const AVRational horizontal = av_make_q(source->width, width);
+    const AVRational vertical = av_make_q(height, source->height);
+    return av_mul_q(pixel, av_mul_q(horizontal, vertical));
+}
+
+} // namespace
+
+Scaler::Scaler(AVPixelFormat format, int width, int height, ScaleQuality quality, AVColorRange range)
+    : m_format(format)
+    , m_width(width)
+    , m_height(height)
+    , m_quality(quality)
+    , m_range(range) {}
+
+AVColorRange Scaler::TargetRange(const Side& source) const {
+    if (!HasColourRange(m_format) || WithoutRange(m_format) != m_format) return AVCOL_RANGE_JPEG;
+    if (m_range != AVCOL_RANGE_UNSPECIFIED) return m_range;
+    return HasColourRange(source.format) ? source.range : UsualRange(m_format);
+}
+
+Scaler::Shape Scaler::ShapeFor(const AVFrame* source) const {
+    Shape shape;
+    const auto format = static_cast<AVPixelFormat>(source->format);
+    const bool saysRange = HasColourRange(format) && WithoutRange(format) == format &&
+                           source->color_range != AVCOL_RANGE_UNSPECIFIED;
+    shape.source = {WithoutRange(format), source->width, source->height,
+                    saysRange ? source->color_range : UsualRange(format)};
+    shape.target = {WithoutRange(m_format), m_width ? m_width : source->width,
+                    m_height ? m_height : source->height, TargetRange(shape.source)};
+    shape.matrix = source->colorspace;
+    return shape;
+}
+
+AVFramePtr Scaler::Fail(const std::string& reason) {
+    m_error = reason;
+    return nullptr;
+}
+
+bool Scaler::Prepare(const Shape& shape) {
+    if (m_context && shape == m_shape) return true;
+    m_context.reset();
+    if (shape.source.format == AV_PIX_FMT_NONE || !sws_isSupportedInput(shape.source.format) ||
+        !sws_isSupportedOutput(shape.target.format))
+        return false;
+    SwsContextPtr context(sws_alloc_context());
+    if (!context) return false;
+    const std::pair<const char*, int> options[] = {
+        {"srcw", shape.source.width},        {"srch", shape.source.height},
+        {"src_format", shape.source.format}, {"src_range", shape.source.range == AVCOL_RANGE_JPEG},
+        {"dstw", shape.target.width},        {"dsth", shape.target.height},
+        {"dst_format", shape.target.format}, {"dst_range", shape.target.range == AVCOL_RANGE_JPEG},
+        {"sws_flags", Flags(m_quality)},
+    };
+    for (const auto& [name, value] : options)
+        if (av_opt_set_int(context.get(), name, value, 0) < 0) return false;
+    if (av_opt_set(context.get(), "sws_dither", "bayer", 0) < 0) return false;
+    if (sws_init_context(context.get(), nullptr, nullptr) < 0) return false;
+    // After the start, which takes grey for full range whatever was asked.
+    const int* matrix = sws_getCoefficients(shape.matrix);
+    if (sws_setColorspaceDetails(context.get(), matrix, shape.source.range == AVCOL_RANGE_JPEG, matrix,
+                                 shape.target.range == AVCOL_RANGE_JPEG, 0, kUnity, kUnity) < 0)
+        return false;
+    m_context = std::move(context);
+    m_shape = shape;
+    return true;
+}
+
+AVFramePtr Scaler::Convert(const AVFrame* source) {
+    m_error.clear();
+    const Shape shape = ShapeFor(source);
+    const int width = shape.target.width;
+    const int height = shape.target.height;
+    AVFramePtr result = AllocatePicture(m_format, width, height);
+    if (!result) return Fail("no memory for a picture of " + Describe(m_format, width, height));
+    if (av_frame_copy_props(result.get(), source) < 0) return Fail("no memory for a picture's properties");
+    result->sample_aspect_ratio = ScaledPixelAspect(source, width, height);
+    result->color_range = shape.target.range;
+    // "RGB" as a matrix would make encoders write the planes as G, B and R.
+    if (HasColourRange(m_format) && source->colorspace == AVCOL_SPC_RGB)
+        result->colorspace = AVCOL_SPC_SMPTE170M;
+
+    if (shape.source == shape.target) {
+        av_image_copy(result->data, result->linesize, const_cast<const std::uint8_t**>(source->data),
+                      source->linesize, shape.source.format, width, height);
+        return result;
+    }
+    if (!Prepare(shape))
+        return Fail("can't convert " +
+                    Describe(static_cast<AVPixelFormat>(source->format), source->width, source->height) +
+                    " to " + Describe(m_format, width, height));
+    if (sws_scale(m_context.get(), source->data, source->linesize, 0, source->height, result->data,
+                  result->linesize) < 0)
+        return Fail("conversion to " + Describe(m_format, width, height) + " failed");
+    return result;
+}
+
+} // namespace mediabridge
