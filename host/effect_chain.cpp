@@ -1,0 +1,99 @@
+#include "host/effect_chain.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "aveffect/base_tools.h"
+#include "aveffect/catalogue.h"
+#include "host/catalogue_lookup.h"
+#include "host/error.h"
+#include "host/value_text.h"
+
+namespace aveffect {
+
+namespace {
+
+/// Cuts at colons that no backslash protects. The escapes stay in the parts, for names have none.
+std::vector<std::string> SplitAtColons(const std::string& text) {
+    std::vector<std::string> parts(1);
+    for (size_t index = 0; index < text.size(); ++index) {
+        if (text[index] == ':') {
+            parts.emplace_back();
+            continue;
+        }
+        parts.back() += text[index];
+        if (text[index] == '\\' && index + 1 < text.size()) parts.back() += text[++index];
+    }
+    return parts;
+}
+
+/// "\:" and "\\" lose their backslash; a backslash before anything else is meant.
+std::string Unescape(const std::string& text) {
+    std::string result;
+    for (size_t index = 0; index < text.size(); ++index) {
+        const bool escape = text[index] == '\\' && index + 1 < text.size();
+        if (escape && (text[index + 1] == ':' || text[index + 1] == '\\')) ++index;
+        result += text[index];
+    }
+    return result;
+}
+
+void SetProperty(AVBased::IVideoProc& proc, const std::string& name, const std::string& value) {
+    GetBaseException()->Clear();
+    if (proc.SetProperty(name.c_str(), value.c_str())) return;
+    const std::string reason = GetBaseException()->GetExceptionMsg();
+    throw Error(ErrorKind::Usage, std::string(proc.GetName()) + " does not take " + name + "='" + value +
+                                      "'" + (reason.empty() ? "" : ": " + reason));
+}
+
+} // namespace
+
+EffectSpec ParseEffect(const std::string& text, bool lenient) {
+    const auto parts = SplitAtColons(text);
+    if (parts.front().empty())
+        throw Error(ErrorKind::Usage, "'" + text + "' names no effect; write NAME[:property=value...]");
+    const AVBased::EffectInfo& effect = RequireEffect(parts.front());
+
+    EffectSpec spec{parts.front(), {}};
+    for (size_t index = 1; index < parts.size(); ++index) {
+        const std::string& setting = parts[index];
+        const size_t equals = setting.find('=');
+        const std::string name = setting.substr(0, equals);
+        if (name.empty())
+            throw Error(ErrorKind::Usage, "a setting in '" + text + "' has no name; write property=value");
+        const AVBased::PropertyInfo& property = RequireProperty(effect, name);
+        if (equals == std::string::npos)
+            throw Error(ErrorKind::Usage,
+                        name + " of " + spec.name + " has no value; write " + name + "=value");
+        const std::string value = Unescape(setting.substr(equals + 1));
+        spec.properties.emplace_back(name, lenient ? value : TranslateValue(effect, property, value));
+    }
+    return spec;
+}
+
+EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
+                         const std::vector<EffectSpec>& effects, uint32_t durationMs) {
+    // The property is a signed integer; longer spans stop at its end.
+    const uint32_t longest = std::numeric_limits<int32_t>::max();
+    const std::string duration = std::to_string(std::min(durationMs, longest));
+    for (const EffectSpec& effect : effects) {
+        m_procs.push_back(plugin.MakeVideo(manager, effect.name));
+        AVBased::IVideoProc& proc = *m_procs.back();
+        SetProperty(proc, AVBased::PROP_NAME_DURATION, duration);
+        for (const auto& [name, value] : effect.properties) SetProperty(proc, name, value);
+    }
+}
+
+void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs) {
+    AVBased::ImagePostion position{};
+    for (const VideoProcPtr& proc : m_procs) {
+        IBaseException* const record = GetBaseException();
+        record->Clear();
+        proc->ProcFrameInPlace(&position, timeMs, frame);
+        if (record->GetExceptionCode() != AVBased::kNoError)
+            throw Error(ErrorKind::Effect,
+                        "effect " + std::string(proc->GetName()) + " failed: " + record->GetExceptionMsg());
+    }
+}
+
+} // namespace aveffect
