@@ -1,34 +1,46 @@
 #include "AVEffect/ImageEffects.h"
 
-#include <algorithm>
 #include <cassert>
+#include <cmath>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/kernels/arithmetic.h"
-#include "AVEffect/kernels/filter3x3.h"
 #include "BaseTools/guarded.h"
+#include "aveffect/base_media.h"
 
 namespace AVBased {
 
 using BaseTool::Raise;
-using kernels::TruncToInt32;
 
 namespace {
 
 // More passes than this would keep the host waiting for hours; no picture of any size needs them.
 constexpr unsigned kMostPasses = 65535;
 
-// One pass of a 3x3 filter over every plane of a frame, alpha included. True when a byte changed.
-template <class Packed, class Planar>
-bool FilterPlanes(IRawVideoFrame* frame, Scratch& scratch, Packed packed, Planar planar) {
+const kernels::FilterKernels& FilterKernels() {
+    return kernels::SelectFilterKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+CFilterEffect::CFilterEffect(const char* name, const char* countName, PackedKernel packed,
+                             PlanarKernel planar)
+    : CBasedVideoImageEffect(name)
+    , m_strCountName(countName)
+    , m_pPacked(packed)
+    , m_pPlanar(planar) {
+    Bind(countName, &m_nCount);
+}
+
+// One pass over every plane, alpha included. True when a byte changed.
+bool CFilterEffect::FilterFrame(IRawVideoFrame* frame) {
     bool changed = false;
     const auto filterPlane = [&](Plane8 plane) {
-        if (planar(plane, scratch.Require(kernels::FilterScratchBytes(plane.width)))) changed = true;
+        changed |= m_pPlanar(plane, m_Scratch.Require(kernels::FilterScratchBytes(plane.width)));
     };
     ForFormat(
         frame,
         [&](Plane32 plane) {
-            changed = packed(plane, scratch.Require(kernels::FilterScratchBytes(plane.width * 4)));
+            changed = m_pPacked(plane, m_Scratch.Require(kernels::FilterScratchBytes(plane.width * 4)));
         },
         [&](const PlanarView& view) {
             filterPlane(view.y);
@@ -37,14 +49,6 @@ bool FilterPlanes(IRawVideoFrame* frame, Scratch& scratch, Packed packed, Planar
             if (view.hasAlpha) filterPlane(view.alpha);
         });
     return changed;
-}
-
-} // namespace
-
-CFilterEffect::CFilterEffect(const char* name, const char* countName)
-    : CBasedVideoImageEffect(name)
-    , m_strCountName(countName) {
-    Bind(countName, &m_nCount);
 }
 
 void CFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
@@ -58,79 +62,73 @@ void CFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
 }
 
 CSimpleGaussBlurEffect::CSimpleGaussBlurEffect()
-    : CFilterEffect(effectNameSimpleGaussBlur, "blur_count") {}
-
-bool CSimpleGaussBlurEffect::FilterFrame(IRawVideoFrame* frame) {
-    return FilterPlanes(frame, m_Scratch, kernels::BlurRgba32, kernels::BlurComponent);
-}
+    : CFilterEffect(effectNameSimpleGaussBlur, "blur_count", FilterKernels().blurRgba32,
+                    FilterKernels().blurComponent) {}
 
 CSimpleLaplacianSharpenEffect::CSimpleLaplacianSharpenEffect()
-    : CFilterEffect(effectNameSimpleLaplacianSharpen, "sharpen_count") {}
-
-bool CSimpleLaplacianSharpenEffect::FilterFrame(IRawVideoFrame* frame) {
-    return FilterPlanes(frame, m_Scratch, kernels::SharpenRgba32, kernels::SharpenComponent);
-}
+    : CFilterEffect(effectNameSimpleLaplacianSharpen, "sharpen_count", FilterKernels().sharpenRgba32,
+                    FilterKernels().sharpenComponent) {}
 
 void gauss_blur_component_c(unsigned char* plane, unsigned width, unsigned pitch, unsigned height) {
     Scratch scratch;
-    kernels::BlurComponent({plane, width, pitch, height},
-                           scratch.Require(kernels::FilterScratchBytes(width)));
+    FilterKernels().blurComponent({plane, width, pitch, height},
+                                  scratch.Require(kernels::FilterScratchBytes(width)));
 }
 
 void laplacian_sharpen_component_c(unsigned char* plane, unsigned width, unsigned pitch, unsigned height) {
     Scratch scratch;
-    kernels::SharpenComponent({plane, width, pitch, height},
-                              scratch.Require(kernels::FilterScratchBytes(width)));
+    FilterKernels().sharpenComponent({plane, width, pitch, height},
+                                     scratch.Require(kernels::FilterScratchBytes(width)));
 }
 
+CColourEffect::CColourEffect(const char* name)
+    : CBasedVideoImageEffect(name)
+    , m_Kernels(kernels::SelectColourKernels(AVBasedGetCPUFeatures())) {}
+
 CGrayEffect::CGrayEffect()
-    : CBasedVideoImageEffect(effectNameGray) {}
+    : CColourEffect(effectNameGray) {}
 
 void CGrayEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
     // 127 and not 128: the middle that this plug-in's colour effects share.
-    ForFormat(frame, kernels::GrayRgba32, [](const PlanarView& view) {
+    ForFormat(frame, m_Kernels.grayRgba32, [](const PlanarView& view) {
         kernels::FillPitch(view.u, 127);
         kernels::FillPitch(view.v, 127);
     });
 }
 
 CFlipColorEffect::CFlipColorEffect()
-    : CBasedVideoImageEffect(effectNameFlipColor) {}
+    : CColourEffect(effectNameFlipColor) {}
 
 void CFlipColorEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    ForFormat(frame, kernels::FlipColorRgba32,
-              [](const PlanarView& view) { kernels::SwapPlanes(view.u, view.v); });
+    ForFormat(frame, m_Kernels.flipColorRgba32,
+              [this](const PlanarView& view) { m_Kernels.swapPlanes(view.u, view.v); });
 }
 
 CInvertEffect::CInvertEffect()
-    : CBasedVideoImageEffect(effectNameInvert) {}
+    : CColourEffect(effectNameInvert) {}
 
 void CInvertEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    ForFormat(frame, kernels::InvertRgba32, [](const PlanarView& view) {
-        kernels::InvertComponent(view.y);
-        kernels::InvertComponent(view.u);
-        kernels::InvertComponent(view.v);
+    ForFormat(frame, m_Kernels.invertRgba32, [this](const PlanarView& view) {
+        for (const Plane8& plane : {view.y, view.u, view.v}) m_Kernels.invertComponent(plane);
     });
 }
 
 CAgedFilmEffect::CAgedFilmEffect()
-    : CBasedVideoImageEffect(effectNameAgedFilm) {}
+    : CColourEffect(effectNameAgedFilm) {}
 
 void CAgedFilmEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    ForFormat(frame, kernels::AgedFilmRgba32, [](const PlanarView& view) {
+    ForFormat(frame, m_Kernels.agedFilmRgba32, [](const PlanarView& view) {
         kernels::FillPitch(view.u, 117);
         kernels::FillPitch(view.v, 136);
     });
 }
 
 CBrightnessContrastEffect::CBrightnessContrastEffect()
-    : CBasedVideoImageEffect(effectNameBrightnessContrast) {
-    RebuildTable();
-}
+    : CColourEffect(effectNameBrightnessContrast) {}
 
 void CBrightnessContrastEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -143,45 +141,43 @@ void CBrightnessContrastEffect::OnSetProperty(const std::string& name, PropertyN
     m_dBrightness = GetProperty(std::string("brightness"))->value.number;
     m_dContrast = GetProperty(std::string("contrast"))->value.number;
     m_dSaturation = GetProperty(std::string("saturation"))->value.number;
-    RebuildTable();
 }
 
 namespace {
 
-int32_t ContrastGain(double contrast) { return TruncToInt32((contrast / 100 + 1) * 256); }
-
 // Twice as steep as it looks: 1 at -50, 0 at -100, 4 at 100.
-int32_t SaturationGain(double saturation) { return TruncToInt32((saturation + 100) * 5.12); }
+int32_t SaturationGain(double saturation) { return static_cast<int32_t>((saturation + 100) * 5.12); }
 
 } // namespace
 
-void CBrightnessContrastEffect::RebuildTable() {
-    m_bTableActive = m_dBrightness != 0 || m_dContrast != 0;
-    const kernels::MiddleGain map = {ContrastGain(m_dContrast),
-                                     kernels::WrappingAdd(TruncToInt32(m_dBrightness * 255 / 100), 127)};
-    for (int i = 0; i < 256; ++i) m_Table[i] = Apply(map, kernels::TruncToByte(i));
+kernels::MiddleGain CBrightnessContrastEffect::Map(double brightnessOffset) const {
+    return {static_cast<int32_t>((m_dContrast / 100 + 1) * 256),
+            static_cast<int32_t>(brightnessOffset) + 127};
 }
 
+// With brightness and contrast 0 the gain is the identity.
 void CBrightnessContrastEffect::ProcPacked(Plane32 plane) const {
+    const kernels::MiddleGain map = Map(m_dBrightness * 255 / 100);
     if (m_dSaturation != 0)
-        kernels::SaturateRgba32(plane, m_Table, SaturationGain(m_dSaturation));
-    else if (m_bTableActive)
-        kernels::TableRgba32(plane, m_Table);
+        m_Kernels.saturateRgba32(plane, map, SaturationGain(m_dSaturation));
+    else if (Active())
+        m_Kernels.middleGainRgba32(plane, map);
 }
 
 void CBrightnessContrastEffect::ProcPlanar(const PlanarView& view) const {
-    // A unit of brightness counts 1.27 here and 2.55 in the packed table.
-    if (m_bTableActive)
-        kernels::MiddleGainComponent(view.y, {ContrastGain(m_dContrast),
-                                              kernels::WrappingAdd(TruncToInt32(m_dBrightness * 1.27), 127)});
+    // A unit of brightness counts 1.27 here and 2.55 in packed pictures.
+    if (Active()) m_Kernels.middleGainComponent(view.y, Map(m_dBrightness * 1.27));
     if (m_dSaturation == 0) return;
     const kernels::MiddleGain chroma = {SaturationGain(m_dSaturation), 127};
-    kernels::MiddleGainComponent(view.u, chroma);
-    kernels::MiddleGainComponent(view.v, chroma);
+    m_Kernels.middleGainComponent(view.u, chroma);
+    m_Kernels.middleGainComponent(view.v, chroma);
 }
 
 void CBrightnessContrastEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
+    if (std::isnan(m_dBrightness) || std::isnan(m_dContrast) || std::isnan(m_dSaturation))
+        Raise(kUnknownException,
+              "brightness, contrast and saturation must lie in -100 to 100; the frame is left as it is");
     ForFormat(
         frame, [this](Plane32 plane) { ProcPacked(plane); },
         [this](const PlanarView& view) { ProcPlanar(view); });

@@ -3,6 +3,7 @@
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/frame_planes.h"
 #include "AVEffect/kernels/colour.h"
+#include "AVEffect/kernels/filter3x3.h"
 #include "AVEffect/scratch.h"
 
 namespace AVBased {
@@ -10,74 +11,79 @@ namespace AVBased {
 /// A 3x3 filter that runs over every plane, alpha included, a number of times ("..._count").
 class CFilterEffect : public CBasedVideoImageEffect {
 public:
-    /// Runs one pass over the frame's planes; true when a byte changed.
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
 
 protected:
-    CFilterEffect(const char* name, const char* countName);
-    virtual bool FilterFrame(IRawVideoFrame* frame) = 0;
+    using PackedKernel = bool (*)(Plane32 plane, uint8_t* scratch) noexcept;
+    using PlanarKernel = bool (*)(Plane8 plane, uint8_t* scratch) noexcept;
 
-    Scratch m_Scratch;
+    CFilterEffect(const char* name, const char* countName, PackedKernel packed, PlanarKernel planar);
 
 private:
+    bool FilterFrame(IRawVideoFrame* frame);
+
     const char* m_strCountName;
+    PackedKernel m_pPacked;
+    PlanarKernel m_pPlanar;
+    Scratch m_Scratch;
     unsigned m_nCount = 1;
 };
 
 class CSimpleGaussBlurEffect : public CFilterEffect {
 public:
     CSimpleGaussBlurEffect();
-
-protected:
-    bool FilterFrame(IRawVideoFrame* frame) override;
 };
 
 class CSimpleLaplacianSharpenEffect : public CFilterEffect {
 public:
     CSimpleLaplacianSharpenEffect();
-
-protected:
-    bool FilterFrame(IRawVideoFrame* frame) override;
 };
 
-class CGrayEffect : public CBasedVideoImageEffect {
+/// An effect that changes every sample on its own.
+class CColourEffect : public CBasedVideoImageEffect {
+protected:
+    explicit CColourEffect(const char* name);
+
+    const kernels::ColourKernels& m_Kernels;
+};
+
+class CGrayEffect : public CColourEffect {
 public:
     CGrayEffect();
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
 };
 
-class CFlipColorEffect : public CBasedVideoImageEffect {
+class CFlipColorEffect : public CColourEffect {
 public:
     CFlipColorEffect();
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
 };
 
-class CInvertEffect : public CBasedVideoImageEffect {
+class CInvertEffect : public CColourEffect {
 public:
     CInvertEffect();
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
 };
 
-class CAgedFilmEffect : public CBasedVideoImageEffect {
+class CAgedFilmEffect : public CColourEffect {
 public:
     CAgedFilmEffect();
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
 };
 
 /// "brightness", "contrast" and "saturation" from -100 to 100.
-class CBrightnessContrastEffect : public CBasedVideoImageEffect {
+class CBrightnessContrastEffect : public CColourEffect {
 public:
     CBrightnessContrastEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
 
 private:
-    void RebuildTable();
+    bool Active() const { return m_dBrightness != 0 || m_dContrast != 0; }
+    kernels::MiddleGain Map(double brightnessOffset) const;
     void ProcPacked(Plane32 plane) const;
     void ProcPlanar(const PlanarView& view) const;
 
-    kernels::ByteTable m_Table; // packed samples through brightness and contrast
-    bool m_bTableActive = false;
     double m_dSaturation = 0;
     double m_dBrightness = 0;
     double m_dContrast = 0;

@@ -4,18 +4,24 @@
 
 namespace AVBased::kernels {
 
-/// Bytes of scratch that a filter needs for rows of that many bytes: the unchanged row above, and the column
-/// sums of the row in work. Any alignment of 2 or more will do.
-constexpr size_t FilterScratchBytes(size_t widthBytes) noexcept { return 3 * widthBytes + 1; }
+/// Bytes of scratch that a filter needs for rows of that many bytes: the horizontal sums of three rows, 16
+/// bits each. The scratch is aligned to 64 bytes.
+constexpr size_t FilterScratchBytes(size_t widthBytes) noexcept {
+    return 3 * 2 * ((widthBytes + 63) / 64 * 64);
+}
 
-/// 1-2-1 by 1-2-1, divided by 16, rounded down. Planes smaller than 3x3 stay as they are. True when a byte
-/// changed.
-bool BlurComponent(Plane8 plane, uint8_t* scratch) noexcept;
-/// The same for each byte of the pixels, alpha included.
-bool BlurRgba32(Plane32 plane, uint8_t* scratch) noexcept;
+/// One level's kernels. All return whether a byte changed; planes smaller than 3x3 stay as they are.
+struct FilterKernels {
+    /// 1-2-1 by 1-2-1, divided by 16, rounded down.
+    bool (*blurComponent)(Plane8 plane, uint8_t* scratch) noexcept;
+    /// The same for each byte of the pixels, alpha included.
+    bool (*blurRgba32)(Plane32 plane, uint8_t* scratch) noexcept;
+    /// Nine times the sample less its eight neighbours, limited to 0..255.
+    bool (*sharpenComponent)(Plane8 plane, uint8_t* scratch) noexcept;
+    bool (*sharpenRgba32)(Plane32 plane, uint8_t* scratch) noexcept;
+};
 
-/// Nine times the sample less its eight neighbours, limited to 0..255.
-bool SharpenComponent(Plane8 plane, uint8_t* scratch) noexcept;
-bool SharpenRgba32(Plane32 plane, uint8_t* scratch) noexcept;
+/// The fastest kernels for a feature word (see AVBased::CPUFeature); those of the baseline for 0.
+const FilterKernels& SelectFilterKernels(unsigned features) noexcept;
 
 } // namespace AVBased::kernels

@@ -2,6 +2,8 @@
 /// The one description of every effect and its properties, for the plug-in and for hosts alike: the factory's
 /// order, the registered properties, listings, manuals and adapters come from it.
 ///
+/// Everything here has internal linkage: each source unit that uses a name or a table has its own copy.
+///
 /// Ranges and neutral values inform people and programs; the plug-in parses and stores any value.
 #include <array>
 #include <limits>
@@ -47,7 +49,7 @@ struct PropertyChoice {
 };
 
 /// No neutral value: nothing makes this property do nothing.
-inline constexpr double kNoNeutral = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNoNeutral = std::numeric_limits<double>::quiet_NaN();
 
 struct PropertyInfo {
     const char* name;
@@ -83,19 +85,19 @@ struct EffectInfo {
     std::span<const PropertyInfo> properties; ///< besides "duration", in the order of registration
 };
 
-inline constexpr PropertyInfo kDurationProperty = {
+constexpr PropertyInfo kDurationProperty = {
     PROP_NAME_DURATION, "1", kInt32, ValueKind::Number, "Duration", "Length of the effect's span.", "ms", 0,
     2147483647};
 
-inline constexpr PropertyInfo kBlurProperties[] = {
+constexpr PropertyInfo kBlurProperties[] = {
     {"blur_count", "1", kInt32, ValueKind::Number, "Passes",
      "How often the picture is blurred; each pass spreads it further.", "", 0, 65535, 0},
 };
-inline constexpr PropertyInfo kSharpenProperties[] = {
+constexpr PropertyInfo kSharpenProperties[] = {
     {"sharpen_count", "1", kInt32, ValueKind::Number, "Passes", "How often the picture is sharpened.", "", 0,
      65535, 0},
 };
-inline constexpr PropertyInfo kBrightnessContrastProperties[] = {
+constexpr PropertyInfo kBrightnessContrastProperties[] = {
     {"brightness", "0", kDouble, ValueKind::Number, "Brightness", "Added to every sample.", "%", -100, 100,
      0},
     {"contrast", "0", kDouble, ValueKind::Number, "Contrast", "Spreads the samples about the middle grey.",
@@ -131,18 +133,18 @@ inline constexpr PropertyInfo kBrightnessContrastProperties[] = {
 #define AVEFFECT_INFO_ROW(Class, ...) EffectInfo{__VA_ARGS__},
 
 /// Every video effect, in the factory's order.
-inline constexpr std::array<EffectInfo, 0 AVEFFECT_VIDEO_EFFECTS(AVEFFECT_COUNT_ROW)> kVideoEffects = {
+constexpr std::array<EffectInfo, 0 AVEFFECT_VIDEO_EFFECTS(AVEFFECT_COUNT_ROW)> kVideoEffects = {
     {AVEFFECT_VIDEO_EFFECTS(AVEFFECT_INFO_ROW)}};
 
 /// Every audio effect, in the factory's order.
-inline constexpr std::array<EffectInfo, 0 AVEFFECT_AUDIO_EFFECTS(AVEFFECT_COUNT_ROW)> kAudioEffects = {
+constexpr std::array<EffectInfo, 0 AVEFFECT_AUDIO_EFFECTS(AVEFFECT_COUNT_ROW)> kAudioEffects = {
     AVEFFECT_AUDIO_EFFECTS(AVEFFECT_INFO_ROW)};
 
 #undef AVEFFECT_COUNT_ROW
 #undef AVEFFECT_INFO_ROW
 
 /// The effect of that name, null when there is none.
-constexpr const EffectInfo* FindEffect(std::string_view name) {
+static constexpr const EffectInfo* FindEffect(std::string_view name) {
     for (const EffectInfo& effect : kVideoEffects)
         if (name == effect.name) return &effect;
     for (const EffectInfo& effect : kAudioEffects)
@@ -151,7 +153,7 @@ constexpr const EffectInfo* FindEffect(std::string_view name) {
 }
 
 /// The property of that name ("duration" included), null when the effect has none.
-constexpr const PropertyInfo* FindProperty(const EffectInfo& effect, std::string_view name) {
+static constexpr const PropertyInfo* FindProperty(const EffectInfo& effect, std::string_view name) {
     if (name == kDurationProperty.name) return &kDurationProperty;
     for (const PropertyInfo& property : effect.properties)
         if (name == property.name) return &property;

@@ -162,13 +162,18 @@ TEST(BrightnessContrastEffect, HandWorkedValues) {
     EXPECT_EQ(planar->planes[0].At(1, 1), 112);
 }
 
-TEST(BrightnessContrastEffect, NotANumberIsNoReasonToFail) {
-    const auto proc =
-        MakeVideo("brightness_contrast", {{"brightness", "nan"}, {"contrast", "nan"}, {"saturation", "nan"}});
-    for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}}) {
-        auto frame = test::MakeFrame({format, 33, 5}, 3);
-        test::Run(*proc, *frame);
-    }
+TEST(BrightnessContrastEffect, RefusesWhatIsNoNumber) {
+    for (const char* property : {"brightness", "contrast", "saturation"})
+        for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}}) {
+            const auto proc = MakeVideo("brightness_contrast", {{"brightness", "5"}, {property, "nan"}});
+            auto frame = test::MakeFrame({format, 33, 5}, 3);
+            const HostFrame original = *frame;
+            GetBaseException()->Clear();
+            test::Run(*proc, *frame);
+            test::ExpectSame(*frame, original, property);
+            EXPECT_EQ(GetBaseException()->GetExceptionCode(), 10021008);
+            EXPECT_NE(std::string(GetBaseException()->GetExceptionMsg()).find(property), std::string::npos);
+        }
 }
 
 } // namespace

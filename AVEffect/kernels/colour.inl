@@ -1,0 +1,116 @@
+// Bodies of the colour kernels, for one level.
+
+// Alpha's bits of a register of pixels.
+AVEFFECT_INLINE U8 AlphaMask() { return (U8)Splat32(0xFF000000u); }
+
+// (B + G + R) / 3 of each pixel, in its low byte. 43691 / 2^17 divides sums up to 765 exactly.
+AVEFFECT_INLINE U32 MeanOfPixels(U8 pixels) {
+    const U32 words = (U32)pixels;
+    const U32 blueAndRed = (U32)MultiplyAddPairs((I16)(words & 0x00FF00FFu), SplatI16(1));
+    const U32 sum = blueAndRed + ((words >> 8) & 0xFFu);
+    return (U32)(MultiplyHigh((U16)sum, Splat16(43691)) >> 1);
+}
+
+struct Gray {
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const {
+        const U32 mean = MeanOfPixels(pixels);
+        return (U8)(mean | (mean << 8) | (mean << 16)) | (pixels & AlphaMask());
+    }
+};
+
+struct FlipColor {
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const {
+        const U32 words = (U32)pixels;
+        const U32 swapped = ((words >> 16) & 0xFFu) | ((words & 0xFFu) << 16);
+        return (U8)((words & 0xFF00FF00u) | swapped);
+    }
+};
+
+struct InvertPixels {
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const { return (U8)((U32)pixels ^ 0x00FFFFFFu); }
+};
+
+struct InvertSamples {
+    AVEFFECT_INLINE U8 operator()(U8 samples) const { return ~samples; }
+};
+
+struct AgedFilm {
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const {
+        // B = R - 35 and G = R - 15; dark pixels are lifted so that B does not fall below 0.
+        const U32 mean = (U32)Max((I16)MeanOfPixels(pixels), (I16)Splat32(35));
+        const U32 grey = mean | (mean << 8) | (mean << 16);
+        return (U8)(grey - Splat32(0x000F23u)) | (pixels & AlphaMask());
+    }
+};
+
+// ((x - 127) * gain >> 8) + offset in 16 bits: (x - 127) * 2^7 times gain * 2 has the result in its high
+// half, exactly, for gains from 0 to 4096.
+struct Gain16 {
+    I16 gain, offset;
+
+    AVEFFECT_INLINE explicit Gain16(MiddleGain map)
+        : gain(SplatI16(static_cast<int16_t>(2 * map.gain)))
+        , offset(SplatI16(static_cast<int16_t>(map.offset))) {}
+    AVEFFECT_INLINE I16 Apply16(I16 x) const { return MultiplyHigh((x << 7) - (127 << 7), gain) + offset; }
+    AVEFFECT_INLINE U8 operator()(U8 samples) const {
+        return Pack(Apply16(WidenLow(samples)), Apply16(WidenHigh(samples)));
+    }
+};
+
+struct GainPixels {
+    Gain16 map;
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const { return Select(AlphaMask(), pixels, map(pixels)); }
+};
+
+// mean + ((c - mean) * gain >> 8): the difference times 2^6, the gain times 2^2.
+struct Saturate {
+    Gain16 map;
+    I16 gain;
+
+    AVEFFECT_INLINE I16 Spread(I16 c, I16 mean) const { return MultiplyHigh((c - mean) << 6, gain) + mean; }
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const {
+        const U8 mapped = map(pixels);
+        const U32 mean = MeanOfPixels(mapped);
+        const U8 means = (U8)(mean | (mean << 8) | (mean << 16));
+        const U8 spread =
+            Pack(Spread(WidenLow(mapped), WidenLow(means)), Spread(WidenHigh(mapped), WidenHigh(means)));
+        return Select(AlphaMask(), pixels, spread);
+    }
+};
+
+void GrayRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), Gray{}); }
+void FlipColorRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), FlipColor{}); }
+void InvertRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), InvertPixels{}); }
+void AgedFilmRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), AgedFilm{}); }
+void MiddleGainRgba32(Plane32 plane, MiddleGain map) noexcept {
+    ForPlane(plane.Bytes(), GainPixels{Gain16(map)});
+}
+void SaturateRgba32(Plane32 plane, MiddleGain map, int32_t gain) noexcept {
+    ForPlane(plane.Bytes(), Saturate{Gain16(map), SplatI16(static_cast<int16_t>(4 * gain))});
+}
+void InvertComponent(Plane8 plane) noexcept { ForPlane(plane, InvertSamples{}); }
+void MiddleGainComponent(Plane8 plane, MiddleGain map) noexcept { ForPlane(plane, Gain16(map)); }
+
+void SwapPlanes(Plane8 first, Plane8 second) noexcept {
+    const size_t width = first.width < second.width ? first.width : second.width;
+    const size_t rows = first.rows < second.rows ? first.rows : second.rows;
+    for (size_t y = 0; y < rows; ++y) {
+        uint8_t* a = first.Row(y);
+        uint8_t* b = second.Row(y);
+        size_t x = 0;
+        for (; x + kLanes <= width; x += kLanes) {
+            const U8 kept = Load<U8>(a + x);
+            Store(a + x, Load<U8>(b + x));
+            Store(b + x, kept);
+        }
+        for (; x < width; ++x) {
+            const uint8_t kept = a[x];
+            a[x] = b[x];
+            b[x] = kept;
+        }
+    }
+}
+
+constexpr ColourKernels kKernels = {GrayRgba32,      FlipColorRgba32,     InvertRgba32,
+                                    AgedFilmRgba32,  MiddleGainRgba32,    SaturateRgba32,
+                                    InvertComponent, MiddleGainComponent, SwapPlanes};

@@ -1,0 +1,56 @@
+// Compiles one kernel body once for each instruction-set level. No include guard: a source file defines
+// AVEFFECT_KERNEL_BODY as the name of its body and includes this once.
+//
+// The body stands in namespace sse2, avx2 and avx512 in turn, compiled for that level alone, with the vector
+// layer of lanes.inl for registers of 16, 32 and 64 bytes. Bodies hold no lambdas and call no library
+// templates: a lambda does not take the level's target with every compiler, and a library template compiled
+// above the baseline could replace the baseline's copy at link time.
+#include <immintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "AVEffect/kernels/arithmetic.h"
+#include "AVEffect/kernels/planes.h"
+
+#define AVEFFECT_PRAGMA(text) _Pragma(#text)
+#ifdef __clang__
+#define AVEFFECT_BEGIN_TARGET(features)                                                                      \
+    AVEFFECT_PRAGMA(clang attribute push(__attribute__((target(features))), apply_to = function))
+#define AVEFFECT_END_TARGET AVEFFECT_PRAGMA(clang attribute pop)
+#else
+// Vectors wider than the baseline's pass between inlined functions only, so their calling convention does not
+// matter.
+#pragma GCC diagnostic ignored "-Wpsabi"
+#define AVEFFECT_BEGIN_TARGET(features)                                                                      \
+    AVEFFECT_PRAGMA(GCC push_options) AVEFFECT_PRAGMA(GCC target(features))
+#define AVEFFECT_END_TARGET AVEFFECT_PRAGMA(GCC pop_options)
+#endif
+
+#define AVEFFECT_LANE_BYTES 16
+AVEFFECT_BEGIN_TARGET("sse2")
+namespace AVBased::kernels::sse2 {
+#include "AVEffect/kernels/lanes.inl"
+#include AVEFFECT_KERNEL_BODY
+} // namespace AVBased::kernels::sse2
+AVEFFECT_END_TARGET
+#undef AVEFFECT_LANE_BYTES
+
+#define AVEFFECT_LANE_BYTES 32
+AVEFFECT_BEGIN_TARGET("avx2")
+namespace AVBased::kernels::avx2 {
+#include "AVEffect/kernels/lanes.inl"
+#include AVEFFECT_KERNEL_BODY
+} // namespace AVBased::kernels::avx2
+AVEFFECT_END_TARGET
+#undef AVEFFECT_LANE_BYTES
+
+#define AVEFFECT_LANE_BYTES 64
+AVEFFECT_BEGIN_TARGET("avx512f,avx512bw,avx512dq,avx512vl")
+namespace AVBased::kernels::avx512 {
+#include "AVEffect/kernels/lanes.inl"
+#include AVEFFECT_KERNEL_BODY
+} // namespace AVBased::kernels::avx512
+AVEFFECT_END_TARGET
+#undef AVEFFECT_LANE_BYTES

@@ -1,0 +1,112 @@
+// The vector layer for one register width, AVEFFECT_LANE_BYTES. Arithmetic (+ - * & | ^ << >> and
+// comparisons) is the compilers' own on these types and wraps; what they lack is here.
+
+constexpr size_t kLanes = AVEFFECT_LANE_BYTES; // bytes of a register
+
+#undef AVEFFECT_INLINE
+#define AVEFFECT_INLINE [[gnu::always_inline]] inline
+
+typedef uint8_t U8 __attribute__((vector_size(kLanes)));
+typedef uint16_t U16 __attribute__((vector_size(kLanes)));
+typedef int16_t I16 __attribute__((vector_size(kLanes)));
+typedef uint32_t U32 __attribute__((vector_size(kLanes)));
+typedef int32_t I32 __attribute__((vector_size(kLanes)));
+typedef uint8_t U8Half __attribute__((vector_size(kLanes / 2)));
+
+#undef AVEFFECT_OP
+#if AVEFFECT_LANE_BYTES == 16
+typedef __m128i Register;
+#define AVEFFECT_OP(name) _mm_##name
+#elif AVEFFECT_LANE_BYTES == 32
+typedef __m256i Register;
+#define AVEFFECT_OP(name) _mm256_##name
+#else
+typedef __m512i Register;
+#define AVEFFECT_OP(name) _mm512_##name
+#endif
+
+template <class Vector>
+AVEFFECT_INLINE Vector Load(const void* from) {
+    Vector result;
+    std::memcpy(&result, from, sizeof result);
+    return result;
+}
+
+template <class Vector>
+AVEFFECT_INLINE void Store(void* to, Vector value) {
+    std::memcpy(to, &value, sizeof value);
+}
+
+AVEFFECT_INLINE U8 Splat8(uint8_t x) { return U8{} + x; }
+AVEFFECT_INLINE U16 Splat16(uint16_t x) { return U16{} + x; }
+AVEFFECT_INLINE I16 SplatI16(int16_t x) { return I16{} + x; }
+AVEFFECT_INLINE U32 Splat32(uint32_t x) { return U32{} + x; }
+
+#undef AVEFFECT_BINARY
+#define AVEFFECT_BINARY(Name, Type, operation)                                                               \
+    AVEFFECT_INLINE Type Name(Type a, Type b) {                                                              \
+        return (Type)AVEFFECT_OP(operation)((Register)a, (Register)b);                                       \
+    }
+
+AVEFFECT_BINARY(AddSaturated, U8, adds_epu8)
+AVEFFECT_BINARY(SubSaturated, U8, subs_epu8)
+AVEFFECT_BINARY(AddSaturated, I16, adds_epi16)
+AVEFFECT_BINARY(SubSaturated, I16, subs_epi16)
+AVEFFECT_BINARY(Max, U8, max_epu8)
+AVEFFECT_BINARY(Min, U8, min_epu8)
+AVEFFECT_BINARY(Max, I16, max_epi16)
+AVEFFECT_BINARY(Min, I16, min_epi16)
+// The high halves of the products.
+AVEFFECT_BINARY(MultiplyHigh, U16, mulhi_epu16)
+AVEFFECT_BINARY(MultiplyHigh, I16, mulhi_epi16)
+
+// Sums of the products of neighbouring 16-bit numbers.
+AVEFFECT_INLINE I32 MultiplyAddPairs(I16 a, I16 b) {
+    return (I32)AVEFFECT_OP(madd_epi16)((Register)a, (Register)b);
+}
+
+// Bytes widened to 16 bits. Low and high halves are those of each 128 bits, so the order is odd; Pack undoes
+// it.
+AVEFFECT_INLINE I16 WidenLow(U8 x) { return (I16)AVEFFECT_OP(unpacklo_epi8)((Register)x, (Register)U8{}); }
+AVEFFECT_INLINE I16 WidenHigh(U8 x) { return (I16)AVEFFECT_OP(unpackhi_epi8)((Register)x, (Register)U8{}); }
+// Limits to 0..255 and joins what WidenLow and WidenHigh took apart.
+AVEFFECT_INLINE U8 Pack(I16 low, I16 high) {
+    return (U8)AVEFFECT_OP(packus_epi16)((Register)low, (Register)high);
+}
+
+// Half a register of bytes as 16-bit numbers, in memory's order, and back (low bytes).
+AVEFFECT_INLINE U16 Widen(U8Half x) { return __builtin_convertvector(x, U16); }
+AVEFFECT_INLINE U8Half Narrow(U16 x) { return __builtin_convertvector(x, U8Half); }
+
+// Where the mask's bits are set a, elsewhere b.
+AVEFFECT_INLINE U8 Select(U8 mask, U8 a, U8 b) { return (a & mask) | (b & ~mask); }
+
+// A plane whose rows follow each other without padding is one long row.
+AVEFFECT_INLINE Plane8 Joined(Plane8 plane) {
+    if (plane.pitch != plane.width) return plane;
+    return {plane.data, plane.width * plane.rows, 0, plane.rows ? size_t{1} : size_t{0}};
+}
+
+// Replaces each register of a row by op(register). The last one overlaps its neighbour, both computed from
+// the old bytes; shorter rows go through a buffer. Positions of bytes within a register keep their remainder
+// by 4.
+template <class Op>
+AVEFFECT_INLINE void ForRow(uint8_t* row, size_t width, const Op& op) {
+    if (width < kLanes) {
+        U8 whole{};
+        std::memcpy(&whole, row, width);
+        whole = op(whole);
+        std::memcpy(row, &whole, width);
+        return;
+    }
+    uint8_t* const end = row + width - kLanes;
+    const U8 last = op(Load<U8>(end));
+    for (uint8_t* at = row; at < end; at += kLanes) Store(at, op(Load<U8>(at)));
+    Store(end, last);
+}
+
+template <class Op>
+AVEFFECT_INLINE void ForPlane(Plane8 plane, const Op& op) {
+    plane = Joined(plane);
+    for (size_t y = 0; y < plane.rows; ++y) ForRow(plane.Row(y), plane.width, op);
+}
