@@ -1,0 +1,79 @@
+#include "cli/catalogue_json.h"
+
+#include <cmath>
+
+#include "cli/catalogue_text.h"
+#include "host/value_text.h"
+
+namespace aveffect {
+
+using AVBased::EffectInfo;
+using AVBased::PropertyInfo;
+using nlohmann::ordered_json;
+
+namespace {
+
+ordered_json NumberJson(double number) {
+    // Whole numbers without a point, for readers that tell the two apart.
+    constexpr double kExactlyWhole = 9007199254740992.0; // 2^53
+    if (!std::isfinite(number)) return nullptr;
+    if (std::abs(number) <= kExactlyWhole && number == std::floor(number))
+        return static_cast<int64_t>(number);
+    return number;
+}
+
+ordered_json DefaultJson(const PropertyInfo& property) {
+    if (property.kind == AVBased::ValueKind::Switch) return property.defaultText == std::string_view("1");
+    if (property.type == AVBased::kText) return property.defaultText;
+    if (const auto whole = ParseWhole(property.defaultText)) return *whole;
+    if (const auto real = ParseReal(property.defaultText)) return NumberJson(*real);
+    return property.defaultText;
+}
+
+ordered_json PropertyJson(const PropertyInfo& property) {
+    ordered_json choices = ordered_json::array();
+    for (const auto& choice : property.choices)
+        choices.push_back({{"value", choice.value}, {"name", choice.name}, {"help", choice.help}});
+    return {
+        {"name", property.name},
+        {"title", property.title},
+        {"help", property.help},
+        {"type", TypeName(property.type)},
+        {"kind", ValueKindName(property.kind)},
+        {"default", DefaultJson(property)},
+        {"unit", property.unit},
+        {"minimum", NumberJson(property.minimum)},
+        {"maximum", NumberJson(property.maximum)},
+        {"neutral", NumberJson(property.neutral)},
+        {"countsPixels", property.countsPixels},
+        {"choices", choices},
+    };
+}
+
+} // namespace
+
+ordered_json EffectJson(const EffectInfo& effect) {
+    ordered_json properties = ordered_json::array();
+    for (const auto& property : effect.properties) properties.push_back(PropertyJson(property));
+    properties.push_back(PropertyJson(AVBased::kDurationProperty));
+    return {
+        {"name", effect.name},
+        {"kind", KindName(effect.kind)},
+        {"media", IsVideoEffect(effect) ? "video" : "audio"},
+        {"title", effect.title},
+        {"help", effect.help},
+        {"followsTime", (effect.traits & AVBased::kFollowsTime) != 0},
+        {"keepsState", (effect.traits & AVBased::kKeepsState) != 0},
+        {"drawsRandom", (effect.traits & AVBased::kDrawsRandom) != 0},
+        {"properties", properties},
+    };
+}
+
+ordered_json CatalogueJson() {
+    ordered_json effects = ordered_json::array();
+    for (const auto& effect : AVBased::kVideoEffects) effects.push_back(EffectJson(effect));
+    for (const auto& effect : AVBased::kAudioEffects) effects.push_back(EffectJson(effect));
+    return {{"effects", effects}};
+}
+
+} // namespace aveffect

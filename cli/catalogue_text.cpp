@@ -1,0 +1,250 @@
+#include "cli/catalogue_text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "host/value_text.h"
+
+namespace aveffect {
+
+using AVBased::EffectInfo;
+using AVBased::EffectKind;
+using AVBased::PropertyInfo;
+using AVBased::PropertyType;
+using AVBased::ValueKind;
+
+namespace {
+
+constexpr size_t kTextWidth = 100; // long sentences are broken here
+
+constexpr EffectKind kKinds[] = {EffectKind::Filter, EffectKind::Fade,       EffectKind::Distortion,
+                                 EffectKind::Look,   EffectKind::Transition, EffectKind::Stereo,
+                                 EffectKind::Audio};
+
+std::string_view KindHeading(EffectKind kind) {
+    switch (kind) {
+    case EffectKind::Filter:
+        return "Filters";
+    case EffectKind::Fade:
+        return "Fades";
+    case EffectKind::Distortion:
+        return "Distortions";
+    case EffectKind::Look:
+        return "Looks";
+    case EffectKind::Transition:
+        return "Transitions";
+    case EffectKind::Stereo:
+        return "Stereo";
+    case EffectKind::Audio:
+        break;
+    }
+    return "Audio";
+}
+
+std::vector<const EffectInfo*> AllEffects() {
+    std::vector<const EffectInfo*> effects;
+    for (const auto& effect : AVBased::kVideoEffects) effects.push_back(&effect);
+    for (const auto& effect : AVBased::kAudioEffects) effects.push_back(&effect);
+    return effects;
+}
+
+std::string Padded(std::string_view text, size_t width) {
+    std::string result(text);
+    result.resize(std::max(width, result.size()), ' ');
+    return result;
+}
+
+/// The text in lines of kTextWidth, each but the first indented; words stay whole.
+std::string Wrapped(const std::string& text, size_t indent) {
+    std::string result;
+    size_t column = indent;
+    for (size_t start = 0; start < text.size();) {
+        const size_t end = std::min(text.find(' ', start), text.size());
+        const size_t length = end - start;
+        if (!result.empty()) {
+            const bool full = column + 1 + length > kTextWidth;
+            result += full ? "\n" + std::string(indent, ' ') : " ";
+            column = full ? indent : column + 1;
+        }
+        result.append(text, start, length);
+        column += length;
+        start = end + 1;
+    }
+    return result;
+}
+
+std::string TraitsText(unsigned traits) {
+    std::string text;
+    const auto add = [&text](const char* part) { text += (text.empty() ? "" : "; ") + std::string(part); };
+    if (traits & AVBased::kFollowsTime) add("changes with the time in its span");
+    if (traits & AVBased::kKeepsState) add("a frame can depend on the frames before it");
+    if (traits & AVBased::kDrawsRandom) add("draws random numbers");
+    if (text.empty()) add("treats every frame alike, for itself");
+    return text;
+}
+
+/// The name that people would write for a value that is stored as a number.
+std::string ValueName(const PropertyInfo& property, const std::string& stored) {
+    if (property.kind == ValueKind::Switch) return stored == "1" ? "on" : "off";
+    for (const auto& choice : property.choices)
+        if (std::to_string(choice.value) == stored) return std::string(choice.name);
+    return stored.empty() ? "empty" : stored;
+}
+
+std::string PropertyDetails(const PropertyInfo& property) {
+    std::string text = ValueRule(property) + "; default " + ValueName(property, property.defaultText);
+    if (!std::isnan(property.neutral))
+        text += "; neutral " + ValueName(property, NumberText(property.neutral));
+    if (property.countsPixels) text += "; counts pixels of the picture";
+    return text + "; type " + std::string(TypeName(property.type));
+}
+
+std::string PropertyText(const PropertyInfo& property, size_t nameWidth) {
+    constexpr size_t kMargin = 2;
+    constexpr size_t kGap = 2;
+    const size_t indent = kMargin + nameWidth + kGap;
+    const std::string title = std::string(property.title) + ". " + std::string(property.help);
+    std::string text = std::string(kMargin, ' ') + Padded(property.name, nameWidth + kGap);
+    text += Wrapped(title, indent) + "\n" + std::string(indent, ' ');
+    text += Wrapped(PropertyDetails(property), indent) + "\n";
+
+    size_t choiceWidth = 0;
+    for (const auto& choice : property.choices) choiceWidth = std::max(choiceWidth, choice.name.size());
+    for (const auto& choice : property.choices)
+        if (!choice.help.empty())
+            text += std::string(indent + kMargin, ' ') + Padded(choice.name, choiceWidth + kGap) +
+                    Wrapped(std::string(choice.help), indent + kMargin + choiceWidth + kGap) + "\n";
+    return text;
+}
+
+/// A value that shows: away from the default, inside the range.
+std::string ExampleValue(const PropertyInfo& property) {
+    constexpr double kSmallRange = 1000; // half way through; in wider ranges a small step is likelier meant
+    const bool isSet = property.defaultText == std::string_view("1");
+    switch (property.kind) {
+    case ValueKind::Switch:
+        return isSet ? "off" : "on";
+    case ValueKind::Choice:
+        return property.choices.empty() ? "" : std::string(property.choices.back().name);
+    case ValueKind::Colour:
+        return "#FF8000";
+    case ValueKind::Path:
+        return "other.mp4";
+    case ValueKind::Text:
+        return "";
+    case ValueKind::Number:
+        break;
+    }
+    const double usual = ParseReal(property.defaultText).value_or(property.minimum);
+    const double room = property.maximum - usual;
+    const double value = room > kSmallRange ? usual + 2 : std::floor(usual + room / 2);
+    return NumberText(std::clamp(value, property.minimum, property.maximum));
+}
+
+} // namespace
+
+std::string_view KindName(EffectKind kind) {
+    switch (kind) {
+    case EffectKind::Filter:
+        return "filter";
+    case EffectKind::Fade:
+        return "fade";
+    case EffectKind::Distortion:
+        return "distortion";
+    case EffectKind::Look:
+        return "look";
+    case EffectKind::Transition:
+        return "transition";
+    case EffectKind::Stereo:
+        return "stereo";
+    case EffectKind::Audio:
+        break;
+    }
+    return "audio";
+}
+
+std::string_view ValueKindName(ValueKind kind) {
+    switch (kind) {
+    case ValueKind::Number:
+        return "number";
+    case ValueKind::Switch:
+        return "switch";
+    case ValueKind::Choice:
+        return "choice";
+    case ValueKind::Colour:
+        return "colour";
+    case ValueKind::Path:
+        return "path";
+    case ValueKind::Text:
+        break;
+    }
+    return "text";
+}
+
+std::string_view TypeName(PropertyType type) {
+    switch (type) {
+    case PropertyType::kDouble:
+        return "double";
+    case PropertyType::kInt64:
+        return "int64";
+    case PropertyType::kInt32:
+        return "int32";
+    case PropertyType::kInt16:
+        return "int16";
+    case PropertyType::kText:
+        break;
+    }
+    return "text";
+}
+
+bool IsVideoEffect(const EffectInfo& effect) {
+    return std::any_of(AVBased::kVideoEffects.begin(), AVBased::kVideoEffects.end(),
+                       [&effect](const EffectInfo& other) { return &other == &effect; });
+}
+
+std::string ListText() {
+    const auto effects = AllEffects();
+    size_t width = 0;
+    for (const auto* effect : effects) width = std::max(width, std::strlen(effect->name));
+    std::string text;
+    for (const EffectKind kind : kKinds) {
+        std::string lines;
+        for (const auto* effect : effects)
+            if (effect->kind == kind)
+                lines += "  " + Padded(effect->name, width + 2) +
+                         Wrapped(std::string(effect->help), width + 4) + "\n";
+        if (!lines.empty()) text += std::string(KindHeading(kind)) + "\n" + lines + "\n";
+    }
+    return text + "`aveffect describe NAME` shows an effect's properties.\n";
+}
+
+std::string ExampleSetting(const EffectInfo& effect) {
+    constexpr size_t kEnough = 2;
+    std::string text = effect.name;
+    size_t count = 0;
+    for (const auto& property : effect.properties) {
+        const std::string value = ExampleValue(property);
+        if (value.empty() || count == kEnough) continue;
+        text += std::string(":") + property.name + "=" + value;
+        ++count;
+    }
+    return text;
+}
+
+std::string DescribeText(const EffectInfo& effect) {
+    size_t width = std::strlen(AVBased::kDurationProperty.name);
+    for (const auto& property : effect.properties) width = std::max(width, std::strlen(property.name));
+
+    std::string text = std::string(effect.name) + " - " + std::string(effect.title) + " (" +
+                       std::string(KindName(effect.kind)) + ")\n";
+    text += "  " + Wrapped(std::string(effect.help), 2) + "\n";
+    text += "  " + Wrapped("The effect " + TraitsText(effect.traits) + ".", 2) + "\n\nProperties\n";
+    for (const auto& property : effect.properties) text += PropertyText(property, width);
+    text += PropertyText(AVBased::kDurationProperty, width);
+    text += std::string(width + 4, ' ') + "(set by the program to the length of what is rendered)\n";
+    return text + "\nExample\n  aveffect render in.mp4 out.mp4 -e '" + ExampleSetting(effect) + "'\n";
+}
+
+} // namespace aveffect

@@ -1,0 +1,27 @@
+#pragma once
+/// The catalogue for people: what `list` and `describe` print.
+#include <string>
+#include <string_view>
+
+#include "aveffect/catalogue.h"
+
+namespace aveffect {
+
+/// Names of the catalogue's codes, in lower case, as texts and JSON show them.
+std::string_view KindName(AVBased::EffectKind kind);
+std::string_view ValueKindName(AVBased::ValueKind kind);
+std::string_view TypeName(AVBased::PropertyType type);
+
+/// Whether the effect is one of the video effects.
+bool IsVideoEffect(const AVBased::EffectInfo& effect);
+
+/// All effects by kind, a line each.
+std::string ListText();
+
+/// One effect with its properties and an example of its use.
+std::string DescribeText(const AVBased::EffectInfo& effect);
+
+/// The effect with some settings, as the option -e takes it.
+std::string ExampleSetting(const AVBased::EffectInfo& effect);
+
+} // namespace aveffect

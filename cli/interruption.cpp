@@ -1,0 +1,41 @@
+#include "cli/interruption.h"
+
+#include <csignal>
+
+namespace aveffect {
+
+namespace {
+
+std::atomic<bool> g_interrupted{false};
+std::atomic<int> g_signal{0};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
+              "signal handlers may touch lock-free atomics only");
+
+void Note(int signal) {
+    int none = 0;
+    g_signal.compare_exchange_strong(none, signal);
+    g_interrupted = true;
+}
+
+} // namespace
+
+void CatchInterruptions() {
+    struct sigaction action {};
+    action.sa_handler = Note;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+
+    struct sigaction old {};
+    sigaction(SIGHUP, nullptr, &old);
+    if (old.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);
+
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
+const std::atomic<bool>& Interrupted() { return g_interrupted; }
+
+int InterruptingSignal() { return g_signal; }
+
+} // namespace aveffect

@@ -1,0 +1,19 @@
+#pragma once
+/// Requests to stop: SIGINT, SIGTERM and SIGHUP.
+#include <atomic>
+
+namespace aveffect {
+
+/// From now on these signals set a flag and nothing else, so that a second one does not end the program in
+/// the middle of its cleaning up. A hang-up that was ignored at start (nohup) stays ignored. SIGPIPE is
+/// ignored: writing to a closed pipe fails instead. Call once, from the main thread, before others are
+/// started.
+void CatchInterruptions();
+
+/// Set as soon as one of the signals came.
+const std::atomic<bool>& Interrupted();
+
+/// The number of the first signal that came, 0 for none.
+int InterruptingSignal();
+
+} // namespace aveffect

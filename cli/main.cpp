@@ -1,0 +1,126 @@
+/// The program `aveffect`: lists effects, renders clips and pictures through them.
+#include <cstdio>
+#include <exception>
+
+#include "aveffect/base_tools.h"
+#include "cli/arguments.h"
+#include "cli/catalogue_json.h"
+#include "cli/catalogue_text.h"
+#include "cli/exit_code.h"
+#include "cli/interruption.h"
+#include "cli/messages.h"
+#include "cli/progress.h"
+#include "host/catalogue_lookup.h"
+
+namespace aveffect {
+
+namespace {
+
+constexpr int kJsonIndent = 2;
+
+int PrintText(const std::string& text) {
+    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (!written || std::fflush(stdout) != 0)
+        throw Error(ErrorKind::Output, "can't write to standard output");
+    return kDone;
+}
+
+/// What a failure means to the outside.
+struct Failure {
+    std::string message;
+    int exitCode;
+};
+
+/// Call from a catch block.
+Failure CurrentFailure() {
+    try {
+        throw;
+    } catch (const Error& error) {
+        return {error.what(), ExitCodeFor(error.Kind(), InterruptingSignal())};
+    } catch (const std::bad_alloc&) {
+        return {"out of memory", kUnexpected};
+    } catch (const std::exception& error) {
+        return {std::string("unexpected error: ") + error.what(), kUnexpected};
+    } catch (...) {
+        return {"unexpected error", kUnexpected};
+    }
+}
+
+RenderObserver MakeObserver(Progress& progress, int verbosity) {
+    const auto say = [&progress](const std::string& text) {
+        progress.Clear();
+        PrintMessage(text);
+    };
+    RenderObserver observer;
+    observer.progress = [&progress](const RenderProgress& state) { progress.Update(state); };
+    observer.warning = [say](const std::string& text) { say("warning: " + text); };
+    observer.note = [say, verbosity](const std::string& text) {
+        if (verbosity > 0) say(text);
+    };
+    return observer;
+}
+
+/// Sets up what `render` and `frame` share, runs the work (which takes plug-in and observer) and tells how it
+/// ended.
+template <typename Work>
+int RunMedia(const MediaArguments& media, ProgressStyle style, Work work) {
+    CatchInterruptions();
+    const auto progress = MakeProgress(style);
+    try {
+        if (media.verbosity > 1) AVBasedSetLogLevel(0);
+        const RenderObserver observer = MakeObserver(*progress, media.verbosity);
+        if (const std::string warning = ApplyCpuLevel(media.cpuLevel); !warning.empty())
+            observer.warning(warning);
+        const RenderResult result = work(observer);
+        const int exitCode = result.inputDamage ? kDamagedInput : kDone;
+        progress->Done(result, exitCode);
+        if (result.inputDamage)
+            PrintMessage(*result.inputDamage + "; the output holds what could be decoded");
+        return exitCode;
+    } catch (...) {
+        const Failure failure = CurrentFailure();
+        progress->Failed(failure.message, failure.exitCode);
+        PrintMessage(failure.message);
+        return failure.exitCode;
+    }
+}
+
+int Run(const TextCommand& command) { return PrintText(command.text); }
+
+int Run(const ListCommand& command) {
+    return PrintText(command.json ? CatalogueJson().dump(kJsonIndent) + "\n" : ListText());
+}
+
+int Run(const DescribeCommand& command) {
+    const AVBased::EffectInfo& effect = RequireEffect(command.effect);
+    return PrintText(command.json ? EffectJson(effect).dump(kJsonIndent) + "\n" : DescribeText(effect));
+}
+
+int Run(const RenderCommand& command) {
+    return RunMedia(command.media, command.progress, [&command](const RenderObserver& observer) {
+        const RenderOptions options = MakeRenderOptions(command);
+        return Render(Plugin(), options, observer, Interrupted());
+    });
+}
+
+int Run(const FrameCommand& command) {
+    return RunMedia(command.media, ProgressStyle::None, [&command](const RenderObserver& observer) {
+        const FrameOptions options = MakeFrameOptions(command);
+        return RenderFrame(Plugin(), options, observer, Interrupted());
+    });
+}
+
+} // namespace
+
+} // namespace aveffect
+
+int main(int count, char** arguments) {
+    try {
+        const aveffect::Command command = aveffect::ParseCommandLine(count, arguments);
+        return std::visit([](const auto& chosen) { return aveffect::Run(chosen); }, command);
+    } catch (...) {
+        const aveffect::Failure failure = aveffect::CurrentFailure();
+        aveffect::PrintMessage(failure.message);
+        return failure.exitCode;
+    }
+}
