@@ -4,10 +4,11 @@
 
 namespace AVBased::kernels {
 
-/// Bytes of scratch that a filter needs for rows of that many bytes: the horizontal sums of three rows, 16
-/// bits each. The scratch is aligned to 64 bytes.
+/// Bytes of scratch that a filter needs for rows of that many bytes: two 16-bit sums a byte and a register
+/// more, or two 32-bit sums a byte of rows shorter than that. The scratch is aligned to 64 bytes.
 constexpr size_t FilterScratchBytes(size_t widthBytes) noexcept {
-    return 3 * 2 * ((widthBytes + 63) / 64 * 64);
+    constexpr size_t kWidestRegister = 64;
+    return 4 * (widthBytes + kWidestRegister) + 4 * kWidestRegister;
 }
 
 /// One level's kernels. All return whether a byte changed; planes smaller than 3x3 stay as they are.

@@ -1,113 +1,148 @@
-// Bodies of the 3x3 filters, for one level. Each filter is a sum across of three neighbours, kept for three
-// rows at a time, and a sum down of three such sums, so that a plane is read and written once. Values have 16
-// bits.
-
-constexpr size_t kHalf = kLanes / 2; // samples of a register of 16-bit values
+// Bodies of the 3x3 filters, for one level. Each filter is a sum across of three neighbours and a sum down of
+// three such sums, so that a plane is read and written once. Kept from row to row, for each column: the sum
+// across of the row in work, and that sum with the one above it as the filter weighs them. Sums have 16 bits;
+// a register of samples makes two registers of sums, one of its even bytes and one of its odd bytes, which
+// needs no shuffling.
 
 struct Blur {
     template <class Value>
     AVEFFECT_INLINE static Value Across(Value left, Value middle, Value right) {
         return left + middle + middle + right;
     }
+    // 1-2-1 down is the pair above and here and the pair here and below.
     template <class Value>
-    AVEFFECT_INLINE static Value Down(Value above, Value here, Value below, Value) {
-        return (above + here + here + below) >> 4;
+    AVEFFECT_INLINE static Value Down(Value pair, Value nextPair, Value, Value) {
+        return (pair + nextPair) >> 4;
     }
-    AVEFFECT_INLINE static uint8_t Finish(int value) { return TruncToByte(value); }
-    AVEFFECT_INLINE static U16 Finish(U16 values) { return values; }
 };
 
+// Nine times the sample less its neighbours is ten times the sample less all nine.
 struct Sharpen {
     template <class Value>
     AVEFFECT_INLINE static Value Across(Value left, Value middle, Value right) {
         return left + middle + right;
     }
-    // Ten times the sample less all nine; below 0 it wraps in 16 bits.
-    template <class Value>
-    AVEFFECT_INLINE static Value Down(Value above, Value here, Value below, Value sample) {
-        return sample * 10 - (above + here + below);
+    AVEFFECT_INLINE static int Down(int pair, int, int below, int sample) {
+        return ClampToByte(10 * sample - (pair + below));
     }
-    AVEFFECT_INLINE static uint8_t Finish(int value) { return ClampToByte(value); }
-    AVEFFECT_INLINE static U16 Finish(U16 values) {
-        return (U16)Max(Min((I16)values, SplatI16(255)), SplatI16(0));
+    AVEFFECT_INLINE static U16 Down(U16 pair, U16, U16 below, U16 sample) {
+        return (U16)Min((I16)SubSaturated(sample * 10, pair + below), SplatI16(255));
     }
 };
 
-// Sums across for the columns from step to width - step - 1.
-template <class Filter, size_t Step>
-AVEFFECT_INLINE void SumAcross(const uint8_t* row, uint16_t* sums, size_t width) {
-    const size_t end = width - Step;
-    if (end - Step < kHalf) {
-        for (size_t x = Step; x < end; ++x)
-            sums[x] =
-                static_cast<uint16_t>(Filter::template Across<int>(row[x - Step], row[x], row[x + Step]));
-        return;
-    }
-    for (size_t x = Step;; x += kHalf) {
-        if (x > end - kHalf) x = end - kHalf;
-        Store(sums + x,
-              Filter::template Across<U16>(Widen(Load<U8Half>(row + x - Step)), Widen(Load<U8Half>(row + x)),
-                                           Widen(Load<U8Half>(row + x + Step))));
-        if (x == end - kHalf) break;
-    }
+// What is kept for one column, or for the even or odd bytes of a register.
+template <class Value>
+struct Kept {
+    Value here; // sum across of the row in work
+    Value pair; // that and the sum across of the row above, added
+};
+
+template <class Filter, class Value>
+AVEFFECT_INLINE Value Advance(Kept<Value>& kept, Value below, Value sample) {
+    const Value nextPair = kept.here + below;
+    const Value result = Filter::Down(kept.pair, nextPair, below, sample);
+    kept.here = below;
+    kept.pair = nextPair;
+    return result;
 }
 
-template <class Filter>
-AVEFFECT_INLINE U8Half FilterHalf(const uint8_t* row, const uint16_t* above, const uint16_t* here,
-                                  const uint16_t* below) {
-    return Narrow(Filter::Finish(Filter::template Down<U16>(Load<U16>(above), Load<U16>(here),
-                                                            Load<U16>(below), Widen(Load<U8Half>(row)))));
-}
+AVEFFECT_INLINE U16 Even(U8 samples) { return (U16)samples & 0xFF; }
+AVEFFECT_INLINE U16 Odd(U8 samples) { return (U16)samples >> 8; }
 
-// Writes the row from three rows of sums; true when a byte changed.
+struct KeptRegister {
+    Kept<U16> even, odd;
+};
+
+// The columns of a plane as registers: one after another from the first inner column, and a last one that
+// ends at the last inner column and so overlaps its neighbour. Each keeps sums of its own.
 template <class Filter, size_t Step>
-AVEFFECT_INLINE bool SumDown(uint8_t* row, const uint16_t* above, const uint16_t* here, const uint16_t* below,
-                             size_t width) {
-    const size_t end = width - Step;
-    if (end - Step < kHalf) {
+struct Columns {
+    using Sums = KeptRegister;
+
+    size_t last;  // column of the last register
+    size_t count; // registers before the last
+
+    AVEFFECT_INLINE explicit Columns(size_t width)
+        : last(width - Step - kLanes)
+        , count((last - Step + kLanes - 1) / kLanes) {}
+
+    AVEFFECT_INLINE static U8 AdvanceRegister(Sums& kept, const uint8_t* next, U8 samples) {
+        const U8 left = Load<U8>(next - Step), middle = Load<U8>(next), right = Load<U8>(next + Step);
+        const U16 even = Filter::template Across<U16>(Even(left), Even(middle), Even(right));
+        const U16 odd = Filter::template Across<U16>(Odd(left), Odd(middle), Odd(right));
+        return (U8)(Advance<Filter>(kept.even, even, Even(samples)) |
+                    (Advance<Filter>(kept.odd, odd, Odd(samples)) << 8));
+    }
+
+    AVEFFECT_INLINE void Feed(const uint8_t* next, Sums* sums) const {
+        for (size_t i = 0; i < count; ++i) AdvanceRegister(sums[i], next + Step + i * kLanes, U8{});
+        AdvanceRegister(sums[count], next + last, U8{});
+    }
+
+    AVEFFECT_INLINE bool FilterRow(uint8_t* row, const uint8_t* next, Sums* sums) const {
+        const U8 oldLast = Load<U8>(row + last);
+        const U8 newLast = AdvanceRegister(sums[count], next + last, oldLast);
+        U8 difference = oldLast ^ newLast;
+        for (size_t i = 0; i < count; ++i) {
+            const size_t x = Step + i * kLanes;
+            const U8 old = Load<U8>(row + x);
+            const U8 result = AdvanceRegister(sums[i], next + x, old);
+            difference |= old ^ result;
+            Store(row + x, result);
+        }
+        Store(row + last, newLast);
+        return !IsZero(difference);
+    }
+};
+
+// The same for rows too short for a register, column by column.
+template <class Filter, size_t Step>
+struct NarrowColumns {
+    using Sums = Kept<int>;
+
+    size_t end; // past the last inner column
+
+    explicit NarrowColumns(size_t width)
+        : end(width - Step) {}
+
+    static int AdvanceColumn(Sums& kept, const uint8_t* next, int sample) {
+        return Advance<Filter>(
+            kept, Filter::template Across<int>(next[-ptrdiff_t{Step}], next[0], next[Step]), sample);
+    }
+
+    void Feed(const uint8_t* next, Sums* sums) const {
+        for (size_t x = Step; x < end; ++x) AdvanceColumn(sums[x], next + x, 0);
+    }
+
+    bool FilterRow(uint8_t* row, const uint8_t* next, Sums* sums) const {
         bool changed = false;
         for (size_t x = Step; x < end; ++x) {
-            const uint8_t result =
-                Filter::Finish(Filter::template Down<int>(above[x], here[x], below[x], row[x]));
+            const uint8_t result = TruncToByte(AdvanceColumn(sums[x], next + x, row[x]));
             changed |= result != row[x];
             row[x] = result;
         }
         return changed;
     }
-    // The last half register overlaps its neighbour, both computed from the old bytes.
-    const size_t last = end - kHalf;
-    const U8Half oldLast = Load<U8Half>(row + last);
-    const U8Half newLast = FilterHalf<Filter>(row + last, above + last, here + last, below + last);
-    U8Half difference = oldLast ^ newLast;
-    for (size_t x = Step; x < last; x += kHalf) {
-        const U8Half result = FilterHalf<Filter>(row + x, above + x, here + x, below + x);
-        difference |= result ^ Load<U8Half>(row + x);
-        Store(row + x, result);
-    }
-    Store(row + last, newLast);
-    static constexpr U8Half kZero{};
-    return std::memcmp(&difference, &kZero, sizeof difference) != 0;
+};
+
+template <class Columns>
+AVEFFECT_INLINE bool FilterRows(Plane8 plane, uint8_t* scratch) {
+    const Columns columns(plane.width);
+    auto* sums = reinterpret_cast<typename Columns::Sums*>(scratch);
+    std::memset(scratch, 0, FilterScratchBytes(plane.width));
+    columns.Feed(plane.Row(0), sums);
+    columns.Feed(plane.Row(1), sums);
+    bool changed = false;
+    for (size_t y = 1; y + 1 < plane.rows; ++y)
+        changed |= columns.FilterRow(plane.Row(y), plane.Row(y + 1), sums);
+    return changed;
 }
 
 template <class Filter, size_t Step>
 AVEFFECT_INLINE bool FilterPlane(Plane8 plane, uint8_t* scratch) {
     if (plane.width < 3 * Step || plane.rows < 3) return false;
-    const size_t stride = FilterScratchBytes(plane.width) / 6;
-    uint16_t* above = reinterpret_cast<uint16_t*>(scratch);
-    uint16_t* here = above + stride;
-    uint16_t* below = here + stride;
-    SumAcross<Filter, Step>(plane.Row(0), above, plane.width);
-    SumAcross<Filter, Step>(plane.Row(1), here, plane.width);
-    bool changed = false;
-    for (size_t y = 1; y + 1 < plane.rows; ++y) {
-        SumAcross<Filter, Step>(plane.Row(y + 1), below, plane.width);
-        changed |= SumDown<Filter, Step>(plane.Row(y), above, here, below, plane.width);
-        uint16_t* free = above;
-        above = here;
-        here = below;
-        below = free;
-    }
-    return changed;
+    if (plane.width < kLanes + 2 * Step) return FilterRows<NarrowColumns<Filter, Step>>(plane, scratch);
+    return FilterRows<Columns<Filter, Step>>(plane, scratch);
 }
 
 bool BlurComponent(Plane8 plane, uint8_t* scratch) noexcept { return FilterPlane<Blur, 1>(plane, scratch); }

@@ -11,7 +11,6 @@ typedef uint16_t U16 __attribute__((vector_size(kLanes)));
 typedef int16_t I16 __attribute__((vector_size(kLanes)));
 typedef uint32_t U32 __attribute__((vector_size(kLanes)));
 typedef int32_t I32 __attribute__((vector_size(kLanes)));
-typedef uint8_t U8Half __attribute__((vector_size(kLanes / 2)));
 
 #undef AVEFFECT_OP
 #if AVEFFECT_LANE_BYTES == 16
@@ -50,6 +49,7 @@ AVEFFECT_INLINE U32 Splat32(uint32_t x) { return U32{} + x; }
 
 AVEFFECT_BINARY(AddSaturated, U8, adds_epu8)
 AVEFFECT_BINARY(SubSaturated, U8, subs_epu8)
+AVEFFECT_BINARY(SubSaturated, U16, subs_epu16)
 AVEFFECT_BINARY(AddSaturated, I16, adds_epi16)
 AVEFFECT_BINARY(SubSaturated, I16, subs_epi16)
 AVEFFECT_BINARY(Max, U8, max_epu8)
@@ -74,9 +74,10 @@ AVEFFECT_INLINE U8 Pack(I16 low, I16 high) {
     return (U8)AVEFFECT_OP(packus_epi16)((Register)low, (Register)high);
 }
 
-// Half a register of bytes as 16-bit numbers, in memory's order, and back (low bytes).
-AVEFFECT_INLINE U16 Widen(U8Half x) { return __builtin_convertvector(x, U16); }
-AVEFFECT_INLINE U8Half Narrow(U16 x) { return __builtin_convertvector(x, U8Half); }
+AVEFFECT_INLINE bool IsZero(U8 x) {
+    static constexpr U8 kZero{};
+    return std::memcmp(&x, &kZero, sizeof x) == 0;
+}
 
 // Where the mask's bits are set a, elsewhere b.
 AVEFFECT_INLINE U8 Select(U8 mask, U8 a, U8 b) { return (a & mask) | (b & ~mask); }
