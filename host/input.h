@@ -1,0 +1,57 @@
+#pragma once
+/// Opening media files and decoding their streams.
+#include <atomic>
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "host/av_owner.h"
+
+namespace aveffect {
+
+/// Ends blocking reads: when the flag is set, or when the deadline passes. Outlives the input that was opened
+/// with it.
+struct ReadInterrupt {
+    const std::atomic<bool>* cancel = nullptr;
+    std::optional<std::chrono::steady_clock::time_point> deadline;
+
+    bool Due() const noexcept;
+    AVIOInterruptCB Callback() noexcept;
+};
+
+/// Whether the text names a file of this machine rather than a protocol's resource.
+bool IsLocalPath(const std::string& path);
+
+/// Opens a file (or a protocol URL) and finds out its streams. Throws Error (Input), one line that names the
+/// file.
+InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt);
+
+/// The stream of pictures that a player would show; cover art does not count. Null when there is none.
+AVStream* FindPictures(AVFormatContext& input);
+
+/// One stream's decoder. Used by one thread at a time.
+class Decoder {
+public:
+    /// Threads 0: as many as there are processors. Throws Error (Input).
+    Decoder(const AVStream& stream, unsigned threads, const std::string& path);
+
+    /// Hands over the next packet, null at the end. Receive() everything before the next Send().
+    void Send(const AVPacket* packet);
+
+    /// The next decoded frame; null when the decoder wants more, or at the end.
+    mediabridge::AVFramePtr Receive();
+
+    /// Forgets what it has in work, before reading on elsewhere.
+    void Flush();
+
+    /// How often decoding failed so far.
+    int64_t Failures() const noexcept { return m_failures; }
+
+    const AVCodecContext& Context() const noexcept { return *m_context; }
+
+private:
+    mediabridge::AVCodecContextPtr m_context;
+    int64_t m_failures = 0;
+};
+
+} // namespace aveffect

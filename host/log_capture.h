@@ -1,0 +1,14 @@
+#pragma once
+/// Keeps the media libraries' log off standard error and at hand for messages.
+#include <string>
+
+namespace aveffect {
+
+/// Replaces the libraries' log callback of the whole process, once: from then on nothing is printed and the
+/// last error line of each thread is kept. Safe from any thread.
+void CaptureLibraryLog();
+
+/// The calling thread's last error line, which is forgotten. Empty when there is none.
+std::string TakeLibraryError();
+
+} // namespace aveffect

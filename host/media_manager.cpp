@@ -1,0 +1,24 @@
+#include "host/media_manager.h"
+
+#include "host/error_record.h"
+#include "host/media_reader.h"
+
+namespace aveffect {
+
+AVBased::IAVReader* MediaManager::OpenSource(const char* url, const char* /*options*/, unsigned* streams,
+                                             unsigned* width, unsigned* height, unsigned* duration) {
+    if (!url) {
+        GetBaseException()->SetException(AVBased::kBadPointer, "Bad pointer", __LINE__, __FILE__);
+        return nullptr;
+    }
+    return Recorded([&]() -> AVBased::IAVReader* {
+        auto* reader = new MediaReader(url);
+        if (streams) *streams = reader->Streams();
+        if (width) *width = reader->Width();
+        if (height) *height = reader->Height();
+        if (duration) *duration = reader->GetDuration();
+        return reader;
+    });
+}
+
+} // namespace aveffect

@@ -1,0 +1,74 @@
+#pragma once
+/// One opened source of the media manager.
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "aveffect/media.h"
+#include "host/input.h"
+#include "mediabridge/audio_frame.h"
+#include "mediabridge/scaler.h"
+#include "mediabridge/video_frame.h"
+
+namespace aveffect {
+
+/// What a source URL asks for: the file, and streams by their index in it.
+struct SourceRequest {
+    std::string path;
+    std::optional<int> videoStream, audioStream;
+};
+
+/// Takes a URL apart. A '?' that belongs to an existing file's name stays part of it.
+SourceRequest ParseSourceUrl(const std::string& url);
+
+/// Items in the order in which the file's pictures and sound come out of their decoders. On the heap;
+/// Release() frees it.
+class MediaReader final : public AVBased::IAVReader {
+public:
+    /// Throws Error (Input).
+    explicit MediaReader(const std::string& url);
+
+    bool ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeout) override;
+    bool Seek(unsigned milliseconds) override;
+    unsigned GetDuration() override;
+    void Release() override;
+
+    unsigned Streams() const noexcept { return m_input->nb_streams; }
+    /// Size of the pictures, 0 when there are none.
+    unsigned Width() const noexcept;
+    unsigned Height() const noexcept;
+
+private:
+    struct Stream {
+        AVStream* stream = nullptr;
+        std::unique_ptr<Decoder> decoder;
+    };
+    ~MediaReader() = default;
+
+    void Open(Stream& target, AVMediaType type, std::optional<int> index);
+    bool Read(AVBased::AVItem& item, bool wantsVideo);
+    bool TakeDecoded(AVBased::AVItem& item, Stream& from, bool video);
+    bool ReadPacket(bool wantsVideo);
+    void Drain();
+    bool FillVideo(AVBased::AVItem& item, mediabridge::AVFramePtr picture);
+    bool FillAudio(AVBased::AVItem& item, mediabridge::AVFramePtr sound);
+    bool Locate(AVBased::AVItem& item, const AVFrame& frame, const AVStream& stream, int64_t lengthTicks,
+                AVRational lengthBase);
+
+    std::string m_path;
+    ReadInterrupt m_interrupt;
+    InputContextPtr m_input;
+    Stream m_video, m_audio;
+    mediabridge::AVPacketPtr m_packet;
+    mediabridge::VideoFrame::Ptr m_picture;
+    mediabridge::AudioFrame::Ptr m_sound;
+    std::optional<mediabridge::Scaler> m_scaler;
+    AVPixelFormat m_scaledFrom = AV_PIX_FMT_NONE;
+    mediabridge::SwrContextPtr m_resampler;
+    int64_t m_skipBeforeMs = 0; ///< items that end by then lie before the last Seek()
+    bool m_skippedVideo = false;
+    bool m_atEnd = false;
+};
+
+} // namespace aveffect

@@ -1,0 +1,62 @@
+#pragma once
+/// A file that appears under its name only when it is whole.
+#include <memory>
+#include <string>
+
+#include "host/av_owner.h"
+
+namespace aveffect {
+
+/// Writes to a temporary file beside the target (".NAME.XXXXXX.part"), which is renamed to the target by
+/// Publish() and removed by the destructor otherwise. Devices and pipes are written to directly. Used by one
+/// thread at a time.
+class OutputFile {
+public:
+    /// Refuses a target that exists unless overwrite is set, and one that is the input itself in any case.
+    /// Throws Error (Output). Writes nothing yet.
+    static void Check(const std::string& target, const std::string& input, bool overwrite);
+
+    /// Whether the target exists and is no ordinary file.
+    static bool IsDevice(const std::string& target);
+
+    /// Creates the temporary file. Throws Error (Output).
+    OutputFile(const std::string& target, bool overwrite);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// The file as the container library writes to it; this object's.
+    AVIOContext* Io() noexcept { return m_io.get(); }
+
+    /// Throws Error (Output) when any write has failed so far; otherwise with the code's text when code is
+    /// negative.
+    void Require(int code, const char* doing);
+
+    /// Writes what is buffered, closes the file and gives it its name, in one step: no other program's file
+    /// is replaced unless overwrite is set, whenever it came into being. Throws Error (Output).
+    void Publish();
+
+private:
+    struct IoDeleter {
+        void operator()(AVIOContext* io) const noexcept {
+            av_freep(&io->buffer);
+            avio_context_free(&io);
+        }
+    };
+    void CreateTemporary();
+    void OpenIo();
+    void Rename();
+    [[noreturn]] void Fail(const char* doing, int error) const;
+    static int Write(void* self, uint8_t* data, int bytes);
+    static int64_t Seek(void* self, int64_t offset, int whence);
+
+    std::string m_target;   ///< as the user wrote it
+    std::string m_resolved; ///< symbolic links followed
+    std::string m_temporary;
+    bool m_overwrite;
+    int m_file = -1;
+    int m_error = 0; ///< errno of the first write that failed
+    std::unique_ptr<AVIOContext, IoDeleter> m_io;
+};
+
+} // namespace aveffect

@@ -1,0 +1,49 @@
+#pragma once
+/// What an output's name and the options say about how it is written, checked before anything is read.
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/av_owner.h"
+
+namespace aveffect {
+
+/// The encoder and its settings.
+struct EncoderChoice {
+    const AVCodec* codec = nullptr;
+    std::optional<double> crf;
+    std::string preset;
+    unsigned threads = 0;
+};
+
+struct OutputPlan {
+    std::string target;
+    const AVOutputFormat* muxer = nullptr; ///< null for a still picture
+    EncoderChoice encoder;
+
+    bool IsStill() const noexcept { return muxer == nullptr; }
+    /// The container's or picture format's name as people know it: the extension.
+    std::string Kind() const;
+    /// Whether the container carries a display matrix, so that players turn the picture.
+    bool CarriesRotation() const;
+    /// Whether the container says the colour range of its pictures.
+    bool CarriesRange() const;
+    /// Whether all pictures last equally long in the container.
+    bool NeedsConstantRate() const;
+};
+
+/// Throws Error: Output for a name without a known extension, Usage for an encoder that is unknown, does not
+/// fit the container or lacks an option that is asked for.
+OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
+                      const std::string& preset, unsigned threads);
+
+/// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
+OutputPlan PlanStill(const std::string& target);
+
+/// Whether the container takes streams of that codec; what it does not know itself counts as taken.
+bool Takes(const OutputPlan& plan, AVCodecID codec);
+
+/// Extensions of usual containers that take streams of that codec, for messages: ".mkv, .mov".
+std::string ContainersFor(AVCodecID codec);
+
+} // namespace aveffect

@@ -1,0 +1,134 @@
+#include "host/picture_stage.h"
+
+#include <utility>
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+#include "host/error.h"
+#include "mediabridge/picture_pool.h"
+#include "mediabridge/pixel_formats.h"
+#include "mediabridge/video_frame.h"
+
+namespace aveffect {
+namespace {
+
+using mediabridge::AVFramePtr;
+using mediabridge::HasColourRange;
+using mediabridge::ScaleQuality;
+using mediabridge::Scaler;
+
+AVPixelFormat FormatOf(const AVFrame& picture) { return static_cast<AVPixelFormat>(picture.format); }
+
+AVFramePtr ConvertWith(Scaler& scaler, const AVFrame& picture) {
+    AVFramePtr converted = scaler.Convert(&picture);
+    if (!converted) throw Error(ErrorKind::Output, "a picture can't be converted: " + scaler.Error());
+    return converted;
+}
+
+bool Is601(AVColorSpace matrix) {
+    return matrix == AVCOL_SPC_UNSPECIFIED || matrix == AVCOL_SPC_BT470BG || matrix == AVCOL_SPC_SMPTE170M;
+}
+
+} // namespace
+
+PictureStage::PictureStage(EffectChain& chain, std::string pixelFormat, const std::string& turnFilter,
+                           Reporter& reporter)
+    : m_chain(chain)
+    , m_pixelFormat(std::move(pixelFormat))
+    , m_reporter(reporter) {
+    if (!turnFilter.empty()) m_turner.emplace(turnFilter);
+}
+
+void PictureStage::LearnFrom(const AVFrame& first) {
+    m_clip = ClipKind{FormatOf(first), first.color_range};
+    m_width = first.width;
+    m_height = first.height;
+    if (m_chain.Empty()) {
+        m_working = {0, FormatOf(first), AVCOL_RANGE_UNSPECIFIED};
+        return;
+    }
+    m_working = ChooseWorkingFormat(m_pixelFormat, first);
+    const std::string own = FormatName(m_clip->format);
+    const std::string working = mediabridge::FrameFormatName(m_working.id);
+    const int depth = av_pix_fmt_desc_get(m_clip->format)->comp[0].depth;
+    m_reporter.Note(own == working ? "effects work in " + working + ", as the pictures are"
+                                   : "pictures are " + own + "; effects work in " + working +
+                                         (depth > 8 ? " (8 bits)" : ""));
+}
+
+AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
+    const bool sameSize = picture->width == m_width && picture->height == m_height;
+    if (!sameSize && !std::exchange(m_saidSizeChange, true))
+        m_reporter.Warn("pictures change from " + std::to_string(m_width) + "x" + std::to_string(m_height) +
+                        " to " + std::to_string(picture->width) + "x" + std::to_string(picture->height) +
+                        "; they are scaled to the first size");
+    const bool sameFormat =
+        m_chain.Empty() ? FormatOf(*picture) == m_working.format
+                        : mediabridge::FrameFormat(FormatOf(*picture), picture->color_range) == m_working.id;
+    if (sameSize && sameFormat) return picture;
+    if (!m_toWorking)
+        m_toWorking.emplace(m_working.format, m_width, m_height, ScaleQuality::Bicubic, m_working.range);
+    return ConvertWith(*m_toWorking, *picture);
+}
+
+AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned durationMs) {
+    if (!m_clip) LearnFrom(*picture);
+    picture = ToWorkingFormat(std::move(picture));
+    if (!m_chain.Empty()) {
+        if (!av_frame_is_writable(picture.get())) picture = mediabridge::CopyPicture(picture.get());
+        const auto frame =
+            picture ? mediabridge::VideoFrame::Wrap(picture.get(), timeMs, durationMs) : nullptr;
+        if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
+        m_chain.Process(frame.get(), timeMs);
+    }
+    return m_turner ? m_turner->Turn(std::move(picture)) : std::move(picture);
+}
+
+// The output looks like the clip, in the bits that the effects worked in. Grey clips may have been given
+// colour.
+AVPixelFormat PictureStage::WantedFormat() const {
+    if (m_chain.Empty()) return m_clip->format;
+    const AVPixelFormat kind = EightBitKind(m_clip->format);
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(kind);
+    const bool grey = descriptor->nb_components <= 2;
+    return grey ? m_working.format : kind;
+}
+
+void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture) {
+    m_output = ChooseEncoderFormat(plan, WantedFormat(), *m_clip, picture);
+    if (m_output.losesAlpha)
+        m_reporter.Warn(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
+                        " files; the pictures become opaque");
+    m_reporter.Note("the encoder " + std::string(plan.encoder.codec->name) + " takes " +
+                    FormatName(m_output.format));
+    m_toEncoder.emplace(m_output.format, 0, 0, ScaleQuality::Bicubic, m_output.range);
+    m_viaRgb = plan.IsStill() && HasColourRange(m_output.format) && HasColourRange(FormatOf(picture)) &&
+               !Is601(picture.colorspace);
+    if (m_viaRgb) m_toRgb.emplace(AV_PIX_FMT_BGRA, 0, 0, ScaleQuality::Bicubic);
+}
+
+AVFramePtr PictureStage::ConvertForEncoder(AVFramePtr picture) {
+    if (m_viaRgb) {
+        // Pictures in files are read with the BT.601 matrix whatever they say.
+        picture = ConvertWith(*m_toRgb, *picture);
+        picture->colorspace = AVCOL_SPC_SMPTE170M;
+    }
+    if (m_output.Converts(*picture)) {
+        const bool fromRgb = !HasColourRange(FormatOf(*picture)) && HasColourRange(m_output.format);
+        picture = ConvertWith(*m_toEncoder, *picture);
+        // Unsaid counts as BT.601 here, but players guess BT.709 for large pictures.
+        if (fromRgb && !HasColourRange(m_clip->format) && picture->colorspace == AVCOL_SPC_UNSPECIFIED)
+            picture->colorspace = AVCOL_SPC_SMPTE170M;
+    }
+    picture->format = m_output.format;
+    if (m_output.range != AVCOL_RANGE_UNSPECIFIED && HasColourRange(m_output.format)) {
+        const bool saysLimited =
+            m_output.range == AVCOL_RANGE_MPEG && picture->color_range == AVCOL_RANGE_UNSPECIFIED;
+        if (!saysLimited) picture->color_range = m_output.range;
+    }
+    return picture;
+}
+
+} // namespace aveffect

@@ -1,0 +1,295 @@
+#include "host/render.h"
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <deque>
+#include <memory>
+#include <utility>
+
+#include "host/bounded_queue.h"
+#include "host/media_manager.h"
+#include "host/output_file.h"
+#include "host/output_plan.h"
+#include "host/picture_stage.h"
+#include "host/reporter.h"
+#include "host/sink.h"
+#include "host/span.h"
+#include "host/stages.h"
+
+namespace aveffect {
+namespace {
+
+using mediabridge::AVFramePtr;
+using Clock = std::chrono::steady_clock;
+
+// A queue holds four pictures; packets of sound weigh next to nothing.
+constexpr unsigned kPictureWeight = 64;
+constexpr unsigned kPacketWeight = 1;
+constexpr unsigned kQueueWeight = 4 * kPictureWeight;
+constexpr auto kProgressInterval = std::chrono::milliseconds(200);
+/// The span that effects are told of when a clip does not tell its length.
+constexpr int64_t kUnknownLengthMs = 3600 * 1000;
+
+void CheckCancel(const std::atomic<bool>& cancel) {
+    if (cancel.load(std::memory_order_relaxed))
+        throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+}
+
+int ToMs(int64_t ticks, AVRational base) {
+    return static_cast<int>(std::clamp<int64_t>(av_rescale_q(ticks, base, kMilliseconds), 0, INT_MAX));
+}
+
+unsigned WeightOf(const SpanItem& item) { return item.picture ? kPictureWeight : kPacketWeight; }
+
+// Which way pictures have to be turned for an output that can't say so itself.
+std::string TurnFor(const Source& source, const OutputPlan& plan, Reporter& reporter) {
+    const int32_t* matrix = DisplayMatrix(source.Pictures());
+    if (!matrix || plan.CarriesRotation()) return {};
+    const auto filter = TurnFilter(matrix);
+    if (!filter)
+        reporter.Warn("the clip is shown at an angle, which ." + plan.Kind() +
+                      " files can't say; it is lost");
+    return filter.value_or("");
+}
+
+uint32_t EffectLength(std::optional<int64_t> lengthMs, const Source& source, Reporter& reporter) {
+    if (!lengthMs) {
+        // A picture in a file lasts as long as its one packet says.
+        const bool still =
+            source.Format().duration == AV_NOPTS_VALUE && source.Pictures().nb_frames <= 1 &&
+            (avcodec_descriptor_get(source.Pictures().codecpar->codec_id)->props & AV_CODEC_PROP_INTRA_ONLY);
+        const AVRational rate = source.FrameRate();
+        lengthMs = still ? av_rescale(1000, rate.den, rate.num) : kUnknownLengthMs;
+        if (!still) reporter.Note("the clip does not tell its length; effects take it for one hour");
+    }
+    return static_cast<uint32_t>(std::clamp<int64_t>(*lengthMs, 0, INT_MAX));
+}
+
+/// One render of a clip, from its options to its result.
+class RenderJob {
+public:
+    RenderJob(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
+              const std::atomic<bool>& cancel)
+        : m_options(options)
+        , m_cancel(cancel)
+        , m_reporter(observer)
+        , m_plan(Plan(options))
+        , m_source(options.input, m_plan.IsStill() ? Source::Others::None : Source::Others::Copied,
+                   options.threads, cancel)
+        , m_limits{options.fromMs, options.toMs, options.frameLimit}
+        , m_span(m_source, m_limits)
+        , m_chain(plugin, &m_manager, options.effects, EffectLength(m_span.LengthMs(), m_source, m_reporter))
+        , m_turn(TurnFor(m_source, m_plan, m_reporter))
+        , m_stage(m_chain, options.pixelFormat, m_turn, m_reporter) {}
+
+    RenderResult Run() {
+        AVFramePtr first = ReadFirst();
+        if (m_plan.IsStill()) {
+            RequireOnePicture();
+            first = ApplyEffects(std::move(first));
+            m_stage.PrepareOutput(m_plan, *first);
+            WriteStill(m_plan, m_stage.ConvertForEncoder(std::move(first)), m_options.overwrite, m_cancel);
+            ReportProgress(1, true);
+            return {1, m_span.Damage()};
+        }
+        first = ApplyEffects(std::move(first));
+        m_stage.PrepareOutput(m_plan, *first);
+        first = m_stage.ConvertForEncoder(std::move(first));
+        m_sink = std::make_unique<Sink>(
+            Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite, !m_turn.empty()}, *first,
+            m_reporter);
+        m_head.push_back({std::move(first), nullptr});
+        RunStages();
+        CheckCancel(m_cancel);
+        m_sink->Publish();
+        ReportProgress(m_sink->Pictures(), true);
+        return {m_sink->Pictures(), m_span.Damage()};
+    }
+
+private:
+    static OutputPlan Plan(const RenderOptions& options) {
+        CheckPixelFormatName(options.pixelFormat);
+        OutputPlan plan =
+            PlanOutput(options.output, options.videoCodec, options.crf, options.preset, options.threads);
+        OutputFile::Check(options.output, options.input, options.overwrite);
+        return plan;
+    }
+
+    // The first picture tells what the output looks like; packets before it wait in m_head.
+    AVFramePtr ReadFirst() {
+        while (std::optional<SpanItem> item = m_span.Next()) {
+            CheckCancel(m_cancel);
+            if (item->picture) return std::move(item->picture);
+            m_head.push_back(std::move(*item));
+        }
+        const bool part = m_limits.fromMs || m_limits.toMs;
+        if (part && !m_span.Damage())
+            throw Error(ErrorKind::Usage, m_options.input + " has no picture between " +
+                                              SecondsText(m_limits.fromMs.value_or(0)) + " and " +
+                                              (m_limits.toMs ? SecondsText(*m_limits.toMs) : "its end"));
+        throw Error(ErrorKind::Input, m_options.input + " holds no picture that can be decoded");
+    }
+
+    void RequireOnePicture() {
+        if (m_limits.frameLimit == 1) return;
+        while (const std::optional<SpanItem> item = m_span.Next())
+            if (item->picture)
+                throw Error(ErrorKind::Usage,
+                            m_options.output + " holds one picture, but " + m_options.input +
+                                " has more; choose one with \"aveffect frame\" or --frames 1");
+    }
+
+    AVFramePtr ApplyEffects(AVFramePtr picture) {
+        const AVRational base = m_source.Pictures().time_base;
+        const int time = ToMs(picture->pts, base);
+        const int duration = ToMs(picture->pkt_duration, base);
+        return m_stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration));
+    }
+
+    void RunStages() {
+        StageGroup stages([this] {
+            m_decoded.Stop();
+            m_processed.Stop();
+        });
+        stages.Start([this] { Decode(); });
+        stages.Start([this] { Process(); });
+        stages.Start([this] { Encode(); });
+        stages.Join();
+    }
+
+    void Decode() {
+        while (std::optional<SpanItem> item = m_span.Next()) {
+            CheckCancel(m_cancel);
+            const unsigned weight = WeightOf(*item);
+            if (!m_decoded.Push(std::move(*item), weight)) return;
+        }
+        m_decoded.Finish();
+    }
+
+    void Process() {
+        for (SpanItem& item : m_head) {
+            const unsigned weight = WeightOf(item);
+            if (!m_processed.Push(std::move(item), weight)) return;
+        }
+        m_head.clear();
+        while (std::optional<SpanItem> item = m_decoded.Pop()) {
+            CheckCancel(m_cancel);
+            if (item->picture)
+                item->picture = m_stage.ConvertForEncoder(ApplyEffects(std::move(item->picture)));
+            const unsigned weight = WeightOf(*item);
+            if (!m_processed.Push(std::move(*item), weight)) return;
+        }
+        if (!m_decoded.Stopped()) m_processed.Finish();
+    }
+
+    void Encode() {
+        while (std::optional<SpanItem> item = m_processed.Pop()) {
+            CheckCancel(m_cancel);
+            if (item->packet) {
+                m_sink->WritePacket(std::move(item->packet));
+                continue;
+            }
+            m_sink->WritePicture(std::move(item->picture));
+            ReportProgress(m_sink->Pictures(), false);
+        }
+        if (!m_processed.Stopped()) m_sink->Complete();
+    }
+
+    void ReportProgress(int64_t done, bool last) {
+        const Clock::time_point now = Clock::now();
+        if (!last && now - m_lastProgress < kProgressInterval) return;
+        m_lastProgress = now;
+        RenderProgress progress;
+        progress.framesDone = done;
+        progress.framesExpected = last ? done : m_span.ExpectedPictures();
+        progress.secondsElapsed = std::chrono::duration<double>(now - m_started).count();
+        if (progress.secondsElapsed > 0)
+            progress.framesPerSecond = static_cast<double>(done) / progress.secondsElapsed;
+        if (progress.framesExpected && progress.framesPerSecond > 0)
+            progress.secondsLeft =
+                static_cast<double>(std::max<int64_t>(0, *progress.framesExpected - done)) /
+                progress.framesPerSecond;
+        m_reporter.Progress(progress);
+    }
+
+    const RenderOptions& m_options;
+    const std::atomic<bool>& m_cancel;
+    Reporter m_reporter;
+    OutputPlan m_plan;
+    Source m_source;
+    SpanLimits m_limits;
+    SpanReader m_span;
+    MediaManager m_manager;
+    EffectChain m_chain;
+    std::string m_turn;
+    PictureStage m_stage;
+    std::unique_ptr<Sink> m_sink;
+    std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
+    BoundedQueue<SpanItem> m_decoded{kQueueWeight};
+    BoundedQueue<SpanItem> m_processed{kQueueWeight};
+    Clock::time_point m_started = Clock::now();
+    Clock::time_point m_lastProgress = m_started;
+};
+
+// The picture shown at a moment: the last one that starts at or before it, or the clip's first.
+AVFramePtr FindPicture(Source& source, int64_t atMs, const std::atomic<bool>& cancel) {
+    const AVRational base = source.Pictures().time_base;
+    source.SeekBefore(atMs);
+    AVFramePtr shown;
+    while (std::optional<SourceItem> item = source.Next()) {
+        CheckCancel(cancel);
+        if (!item->picture) continue;
+        if (shown && av_compare_ts(item->picture->pts, base, atMs, kMilliseconds) > 0) return shown;
+        shown = std::move(item->picture);
+    }
+    if (!shown) throw Error(ErrorKind::Input, source.Path() + " holds no picture that can be decoded");
+    const int64_t end = av_rescale_q(shown->pts + shown->pkt_duration, base, kMilliseconds);
+    if (!source.EndMs() && atMs > 0 && atMs >= end)
+        throw Error(ErrorKind::Usage, SecondsText(atMs) + " is beyond the end of " + source.Path() +
+                                          ", which lasts " + SecondsText(end));
+    return shown;
+}
+
+} // namespace
+
+RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
+                    const std::atomic<bool>& cancel) {
+    return RenderJob(plugin, options, observer, cancel).Run();
+}
+
+RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, const RenderObserver& observer,
+                         const std::atomic<bool>& cancel) {
+    Reporter reporter(observer);
+    CheckPixelFormatName(options.pixelFormat);
+    const OutputPlan plan = PlanStill(options.output);
+    OutputFile::Check(options.output, options.input, options.overwrite);
+    if (options.atMs < 0) throw Error(ErrorKind::Usage, "the time of the picture is negative");
+    Source source(options.input, Source::Others::None, 0, cancel);
+    if (source.EndMs() && options.atMs > 0 && options.atMs >= *source.EndMs())
+        throw Error(ErrorKind::Usage, SecondsText(options.atMs) + " is beyond the end of " + options.input +
+                                          ", which lasts " + SecondsText(*source.EndMs()));
+    MediaManager manager;
+    EffectChain chain(plugin, &manager, options.effects, EffectLength(source.EndMs(), source, reporter));
+    PictureStage stage(chain, options.pixelFormat, TurnFor(source, plan, reporter), reporter);
+
+    AVFramePtr picture = FindPicture(source, options.atMs, cancel);
+    RenderResult result;
+    result.frames = 1;
+    if (picture->decode_error_flags || (picture->flags & AV_FRAME_FLAG_CORRUPT))
+        result.inputDamage = "the picture is damaged";
+    const AVRational base = source.Pictures().time_base;
+    const int time = ToMs(picture->pts, base);
+    const int duration = ToMs(picture->pkt_duration, base);
+    picture = stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration));
+    stage.PrepareOutput(plan, *picture);
+    WriteStill(plan, stage.ConvertForEncoder(std::move(picture)), options.overwrite, cancel);
+    RenderProgress progress;
+    progress.framesDone = 1;
+    progress.framesExpected = 1;
+    progress.secondsLeft = 0.0;
+    reporter.Progress(progress);
+    return result;
+}
+
+} // namespace aveffect

@@ -1,0 +1,251 @@
+#include "host/sink.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "host/error.h"
+#include "host/log_capture.h"
+#include "host/orientation.h"
+
+namespace aveffect {
+namespace {
+
+using mediabridge::AVFramePtr;
+using mediabridge::AVPacketPtr;
+
+// Tags that describe the input file rather than the work.
+constexpr std::array<std::string_view, 9> kFileTags = {"encoder",           "major_brand", "minor_version",
+                                                       "compatible_brands", "rotate",      "BPS",
+                                                       "alpha_mode",        "vendor_id",   "timecode"};
+
+bool IsFileTag(std::string_view key) {
+    return std::ranges::find(kFileTags, key) != kFileTags.end() || key.starts_with("DURATION") ||
+           key.starts_with("NUMBER_OF_") || key.starts_with("_STATISTICS") || key.starts_with("BPS-");
+}
+
+void CopyTags(AVDictionary** to, const AVDictionary* from) {
+    const AVDictionaryEntry* tag = nullptr;
+    while ((tag = av_dict_get(from, "", tag, AV_DICT_IGNORE_SUFFIX)))
+        if (!IsFileTag(tag->key)) av_dict_set(to, tag->key, tag->value, 0);
+}
+
+int LargestDenominator(AVCodecID id) {
+    return id == AV_CODEC_ID_MPEG4 || id == AV_CODEC_ID_H263 || id == AV_CODEC_ID_H263P ||
+                   id == AV_CODEC_ID_MSMPEG4V3
+               ? 65535
+               : 0;
+}
+
+// In a container of constant rate the ticks of a variable-rate clip are those that all its times fall on, if
+// few enough.
+OutputClock::Rate ClipRate(const Source& source, bool needsConstantRate) {
+    OutputClock::Rate rate{source.FrameRate(), source.IsConstantRate()};
+    const AVRational common = source.Pictures().r_frame_rate;
+    if (needsConstantRate && !rate.constant && common.num > 0 && av_q2d(common) <= 240 &&
+        av_cmp_q(common, rate.picturesPerSecond) > 0)
+        rate.picturesPerSecond = common;
+    return rate;
+}
+
+OutputClock MakeClock(const Sink::Setup& setup) {
+    const bool constant = setup.plan.NeedsConstantRate();
+    return {setup.source.Pictures().time_base, ClipRate(setup.source, constant), constant,
+            LargestDenominator(setup.plan.encoder.codec->id)};
+}
+
+void CopySideData(AVStream* to, const AVStream& from, bool withRotation) {
+    for (int index = 0; index < from.nb_side_data; ++index) {
+        const AVPacketSideData& data = from.side_data[index];
+        const bool wanted = data.type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
+                            data.type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL ||
+                            data.type == AV_PKT_DATA_STEREO3D || data.type == AV_PKT_DATA_SPHERICAL ||
+                            (withRotation && data.type == AV_PKT_DATA_DISPLAYMATRIX);
+        if (!wanted) continue;
+        if (uint8_t* copy = av_stream_new_side_data(to, data.type, data.size))
+            std::memcpy(copy, data.data, data.size);
+    }
+}
+
+} // namespace
+
+Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter)
+    : m_source(setup.source)
+    , m_target(setup.plan.target)
+    , m_clock(MakeClock(setup))
+    , m_encoder(setup.plan, sample,
+                {m_clock.Base(), ClipRate(setup.source, setup.plan.NeedsConstantRate()).picturesPerSecond,
+                 setup.source.Pictures().codecpar->field_order})
+    , m_packet(av_packet_alloc()) {
+    AVFormatContext* output = nullptr;
+    avformat_alloc_output_context2(&output, setup.plan.muxer, nullptr, m_target.c_str());
+    m_output.reset(output);
+    if (!m_output || !m_packet) throw Error(ErrorKind::Output, "out of memory");
+    AddPictureStream(setup);
+    MapStreams(setup, reporter);
+    CopyTags(&m_output->metadata, m_source.Format().metadata);
+    CopyChapters(setup);
+    m_file = std::make_unique<OutputFile>(m_target, setup.overwrite);
+    m_output->pb = m_file->Io();
+    m_output->flags |= AVFMT_FLAG_CUSTOM_IO;
+    TakeLibraryError();
+    const int code = avformat_write_header(m_output.get(), nullptr);
+    if (code < 0) Fail(code);
+}
+
+void Sink::AddPictureStream(const Setup& setup) {
+    m_pictureStream = avformat_new_stream(m_output.get(), nullptr);
+    if (!m_pictureStream) throw Error(ErrorKind::Output, "out of memory");
+    const AVCodecContext& encoder = m_encoder.Context();
+    const AVStream& source = m_source.Pictures();
+    avcodec_parameters_from_context(m_pictureStream->codecpar, &encoder);
+    m_pictureStream->time_base = encoder.time_base;
+    m_pictureStream->avg_frame_rate = encoder.framerate;
+    m_pictureStream->sample_aspect_ratio = encoder.sample_aspect_ratio;
+    m_pictureStream->disposition = source.disposition;
+    CopyTags(&m_pictureStream->metadata, source.metadata);
+    CopySideData(m_pictureStream, source, !setup.turned);
+    for (int index = 0; index < encoder.nb_coded_side_data; ++index) {
+        const AVPacketSideData& data = encoder.coded_side_data[index];
+        if (uint8_t* copy = av_stream_new_side_data(m_pictureStream, data.type, data.size))
+            std::memcpy(copy, data.data, data.size);
+    }
+}
+
+void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
+    m_streamMap.assign(m_source.Format().nb_streams, -1);
+    for (const AVStream* stream : m_source.CopiedStreams()) {
+        const AVCodecID codec = stream->codecpar->codec_id;
+        const AVMediaType type = stream->codecpar->codec_type;
+        const std::string what = std::string(avcodec_get_name(codec)) + " " + av_get_media_type_string(type);
+        const bool holdsSound = setup.plan.muxer->audio_codec != AV_CODEC_ID_NONE;
+        const bool taken =
+            type == AVMEDIA_TYPE_ATTACHMENT ? setup.plan.Kind() == "mkv" : Takes(setup.plan, codec);
+        if (type == AVMEDIA_TYPE_AUDIO && !taken && holdsSound)
+            throw Error(ErrorKind::Usage,
+                        "." + setup.plan.Kind() + " files can't hold " + what +
+                            ", which is copied as it is; these can: " + ContainersFor(codec));
+        if (taken && (type != AVMEDIA_TYPE_AUDIO || holdsSound)) {
+            m_streamMap[static_cast<size_t>(stream->index)] = static_cast<int>(m_output->nb_streams);
+            AddCopiedStream(*stream);
+        } else {
+            reporter.Warn("." + setup.plan.Kind() + " files can't hold " + what + "; it is left out");
+        }
+    }
+}
+
+void Sink::AddCopiedStream(const AVStream& stream) {
+    AVStream* copy = avformat_new_stream(m_output.get(), nullptr);
+    if (!copy || avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0)
+        throw Error(ErrorKind::Output, "out of memory");
+    // The tag is the container's name for the codec; another container has its own.
+    const AVCodecTag* const* tags = m_output->oformat->codec_tag;
+    unsigned tag = 0;
+    if (tags && av_codec_get_id(tags, stream.codecpar->codec_tag) != stream.codecpar->codec_id &&
+        av_codec_get_tag2(tags, stream.codecpar->codec_id, &tag))
+        copy->codecpar->codec_tag = 0;
+    copy->time_base = stream.time_base;
+    copy->disposition = stream.disposition;
+    CopyTags(&copy->metadata, stream.metadata);
+}
+
+// Chapters keep to their pictures: they are moved with the span and cut to it.
+void Sink::CopyChapters(const Setup& setup) {
+    const AVFormatContext& input = m_source.Format();
+    if (input.nb_chapters == 0 || setup.limits.frameLimit) return;
+    auto** chapters = static_cast<AVChapter**>(av_calloc(input.nb_chapters, sizeof(AVChapter*)));
+    if (!chapters) return;
+    m_output->chapters = chapters;
+    const int64_t start =
+        input.start_time == AV_NOPTS_VALUE ? 0 : av_rescale_q(input.start_time, kMicroseconds, kMilliseconds);
+    for (unsigned index = 0; index < input.nb_chapters; ++index) {
+        const AVChapter& source = *input.chapters[index];
+        const int64_t from = setup.limits.fromMs.value_or(0);
+        const int64_t to = setup.limits.toMs.value_or(INT64_MAX);
+        const int64_t begin = av_rescale_q(source.start, source.time_base, kMilliseconds) - start;
+        const int64_t end = std::min(to, av_rescale_q(source.end, source.time_base, kMilliseconds) - start);
+        if (begin >= to || end <= from) continue;
+        auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
+        if (!chapter) return;
+        chapter->id = source.id;
+        chapter->time_base = kMilliseconds;
+        chapter->start = std::max<int64_t>(0, begin - from);
+        chapter->end = end - from;
+        CopyTags(&chapter->metadata, source.metadata);
+        chapters[m_output->nb_chapters++] = chapter;
+    }
+}
+
+void Sink::WritePicture(AVFramePtr picture) {
+    const int64_t clipTime = picture->pts;
+    picture->pts = m_clock.Convert(clipTime);
+    picture->pkt_duration = m_clock.ConvertDuration(clipTime, picture->pkt_duration);
+    m_durations[picture->pts] = picture->pkt_duration;
+    m_encoder.Send(picture.get());
+    ++m_pictures;
+    DrainEncoder();
+}
+
+// Not all encoders hand a picture's duration on to its packet, and the last one's would be lost.
+void Sink::DrainEncoder() {
+    while (m_encoder.Receive(m_packet.get())) {
+        if (const auto duration = m_durations.find(m_packet->pts); duration != m_durations.end()) {
+            m_packet->duration = duration->second;
+            m_durations.erase(duration);
+        }
+        m_packet->stream_index = m_pictureStream->index;
+        av_packet_rescale_ts(m_packet.get(), m_clock.Base(), m_pictureStream->time_base);
+        WriteInterleaved(m_packet.get());
+    }
+}
+
+void Sink::WritePacket(AVPacketPtr packet) {
+    const int target = m_streamMap[static_cast<size_t>(packet->stream_index)];
+    if (target < 0) return;
+    const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
+    packet->stream_index = target;
+    packet->pos = -1;
+    av_packet_rescale_ts(packet.get(), base, m_output->streams[target]->time_base);
+    WriteInterleaved(packet.get());
+}
+
+void Sink::WriteInterleaved(AVPacket* packet) {
+    const int code = av_interleaved_write_frame(m_output.get(), packet);
+    if (code < 0) Fail(code);
+}
+
+void Sink::Complete() {
+    m_encoder.Send(nullptr);
+    DrainEncoder();
+    const int code = av_write_trailer(m_output.get());
+    if (code < 0) Fail(code);
+    m_file->Require(0, "can't be written");
+}
+
+void Sink::Fail(int code) {
+    m_file->Require(0, "can't be written");
+    const std::string detail = TakeLibraryError();
+    throw Error(ErrorKind::Output, m_target + " can't be written: " + AvText(code) +
+                                       (detail.empty() ? "" : " (" + detail + ")"));
+}
+
+void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {
+    picture->pts = 0;
+    Encoder encoder(plan, *picture, {{1, 25}, {25, 1}});
+    AVPacketPtr packet(av_packet_alloc());
+    if (!packet) throw Error(ErrorKind::Output, "out of memory");
+    encoder.Send(picture.get());
+    if (!encoder.Receive(packet.get())) {
+        encoder.Send(nullptr);
+        if (!encoder.Receive(packet.get()))
+            throw Error(ErrorKind::Output, plan.target + ": the encoder gave nothing out");
+    }
+    if (cancel.load()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+    OutputFile file(plan.target, overwrite);
+    avio_write(file.Io(), packet->data, packet->size);
+    file.Publish();
+}
+
+} // namespace aveffect

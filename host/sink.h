@@ -1,0 +1,69 @@
+#pragma once
+/// Writing the output: a container with encoded pictures and copied streams, or one still picture.
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/encoder.h"
+#include "host/output_clock.h"
+#include "host/output_file.h"
+#include "host/reporter.h"
+#include "host/source.h"
+#include "host/span.h"
+
+namespace aveffect {
+
+/// A container file in the making. Used by one thread at a time.
+class Sink {
+public:
+    struct Setup {
+        const OutputPlan& plan;
+        const Source& source;
+        const SpanLimits& limits;
+        bool overwrite;
+        bool turned; ///< the pictures were turned upright, so the container must not say to turn them
+    };
+
+    /// Opens the encoder for pictures like the sample, creates the file and writes its header. The source
+    /// outlives the sink. Throws Error: Usage for an encoder or a copied stream that does not fit, Output.
+    Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter);
+
+    /// Encodes a picture; pts and pkt_duration as SpanReader gives them.
+    void WritePicture(mediabridge::AVFramePtr picture);
+    /// Copies a packet, whose stream_index and times are the source's.
+    void WritePacket(mediabridge::AVPacketPtr packet);
+    /// Writes what the encoder still holds, and the container's end.
+    void Complete();
+    /// Gives the file its name.
+    void Publish() { m_file->Publish(); }
+
+    int64_t Pictures() const noexcept { return m_pictures; }
+
+private:
+    void MapStreams(const Setup& setup, Reporter& reporter);
+    void AddPictureStream(const Setup& setup);
+    void AddCopiedStream(const AVStream& stream);
+    void CopyChapters(const Setup& setup);
+    void DrainEncoder();
+    void WriteInterleaved(AVPacket* packet);
+    [[noreturn]] void Fail(int code);
+
+    const Source& m_source;
+    std::string m_target;
+    OutputClock m_clock;
+    Encoder m_encoder;
+    std::unique_ptr<OutputFile> m_file;
+    OutputContextPtr m_output; ///< after m_file, whose AVIOContext it writes to
+    AVStream* m_pictureStream = nullptr;
+    std::vector<int> m_streamMap; ///< source index to output index, -1 for none
+    mediabridge::AVPacketPtr m_packet;
+    std::map<int64_t, int64_t> m_durations; ///< of pictures in the encoder, by time
+    int64_t m_pictures = 0;
+};
+
+/// Encodes one picture, which has the encoder's format, and writes it as a file. Throws Error.
+void WriteStill(const OutputPlan& plan, mediabridge::AVFramePtr picture, bool overwrite,
+                const std::atomic<bool>& cancel);
+
+} // namespace aveffect

@@ -1,0 +1,186 @@
+#include "host/span.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/error.h"
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+using mediabridge::AVPacketPtr;
+
+SpanReader::SpanReader(Source& source, const SpanLimits& limits)
+    : m_source(source)
+    , m_limits(limits) {
+    CheckLimits();
+    std::optional<int64_t> end = source.EndMs();
+    if (limits.toMs) end = end ? std::min(*end, *limits.toMs) : *limits.toMs;
+    if (end) m_lengthMs = *end - limits.fromMs.value_or(0);
+    if (limits.fromMs)
+        source.SeekBefore(*limits.fromMs);
+    else
+        m_start = 0;
+    for (const AVStream* stream : source.CopiedStreams())
+        if (stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) m_soundBeforeEnd.push_back(stream->index);
+}
+
+void SpanReader::CheckLimits() {
+    const int64_t from = m_limits.fromMs.value_or(0);
+    if (from < 0) throw Error(ErrorKind::Usage, "the start of the span is negative");
+    if (m_limits.toMs && *m_limits.toMs <= from)
+        throw Error(ErrorKind::Usage, "the span ends at " + SecondsText(*m_limits.toMs) +
+                                          ", which is not after its start at " + SecondsText(from));
+    if (m_limits.frameLimit && *m_limits.frameLimit < 1)
+        throw Error(ErrorKind::Usage, "the number of frames is " + std::to_string(*m_limits.frameLimit) +
+                                          "; it must be at least 1");
+    if (from > 0 && m_source.EndMs() && from >= *m_source.EndMs())
+        throw Error(ErrorKind::Usage, "the span starts at " + SecondsText(from) + ", but " + m_source.Path() +
+                                          " lasts only " + SecondsText(*m_source.EndMs()));
+}
+
+std::optional<SpanItem> SpanReader::Next() {
+    while (m_ready.empty() && !m_finished) {
+        std::optional<SourceItem> item = m_source.Next();
+        if (!item)
+            EndOfClip();
+        else if (item->picture)
+            TakePicture(std::move(item->picture));
+        else
+            TakePacket(std::move(item->packet));
+    }
+    if (m_ready.empty()) return std::nullopt;
+    SpanItem item = std::move(m_ready.front());
+    m_ready.pop_front();
+    if (item.picture) ++m_emitted;
+    return item;
+}
+
+void SpanReader::TakePicture(AVFramePtr picture) {
+    if (m_end) return;
+    const Moment time{picture->pts, Base()};
+    if (m_limits.fromMs && time < Moment{*m_limits.fromMs, kMilliseconds}) return;
+    const bool past = m_limits.toMs && time >= Moment{*m_limits.toMs, kMilliseconds};
+    if (!m_start && !past) {
+        m_start = picture->pts;
+        m_source.ForgetDamage();
+    }
+    if (m_pending) EmitPending(picture->pts - m_pending->pts);
+    if (past) {
+        EndPictures({*m_limits.toMs, kMilliseconds});
+    } else if (m_limits.frameLimit && m_taken == *m_limits.frameLimit) {
+        EndPictures(time);
+    } else {
+        ++m_taken;
+        if (picture->decode_error_flags || (picture->flags & AV_FRAME_FLAG_CORRUPT)) ++m_damagedPictures;
+        m_pending = std::move(picture);
+        ReleaseHeld(false);
+    }
+}
+
+void SpanReader::EmitPending(int64_t duration) {
+    m_lastInterval = duration;
+    m_lastEnd = {m_pending->pts + duration, Base()};
+    if (m_limits.toMs) {
+        const int64_t to = av_rescale_q_rnd(*m_limits.toMs, kMilliseconds, Base(), AV_ROUND_UP);
+        duration = std::min(duration, to - m_pending->pts);
+    }
+    m_pending->pts -= *m_start;
+    m_pending->pkt_duration = duration;
+    m_ready.push_back({std::move(m_pending), nullptr});
+}
+
+// The pictures are complete; the sound that lies beside them may come later in the file.
+void SpanReader::EndPictures(const Moment& end) {
+    m_end = end;
+    ReleaseHeld(true);
+    m_source.StopPictures(end);
+    m_finished = m_soundBeforeEnd.empty() || !m_start;
+}
+
+void SpanReader::TakePacket(AVPacketPtr packet) {
+    const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
+    const bool late = m_limits.frameLimit && !m_end && packet->pts != AV_NOPTS_VALUE &&
+                      !(m_pending && Moment{packet->pts, base} < Moment{m_pending->pts, Base()});
+    if (!m_start || late) {
+        m_held.push_back(std::move(packet));
+        return;
+    }
+    const int stream = packet->stream_index;
+    if (m_end && packet->pts != AV_NOPTS_VALUE && Moment{packet->pts, base} >= *m_end) {
+        std::erase(m_soundBeforeEnd, stream);
+        m_finished = m_soundBeforeEnd.empty();
+    }
+    PassPacket(std::move(packet));
+}
+
+// Hands the packet out when it starts inside the span.
+void SpanReader::PassPacket(AVPacketPtr packet) {
+    const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
+    const int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts;
+    if (time != AV_NOPTS_VALUE) {
+        const Moment moment{time, base};
+        if (m_limits.fromMs && moment < Moment{*m_start, Base()}) return;
+        if (m_limits.toMs && moment >= Moment{*m_limits.toMs, kMilliseconds}) return;
+        if (m_end && moment >= *m_end) return;
+    }
+    const int64_t shift = av_rescale_q(*m_start, Base(), base);
+    if (packet->pts != AV_NOPTS_VALUE) packet->pts -= shift;
+    if (packet->dts != AV_NOPTS_VALUE) packet->dts -= shift;
+    m_ready.push_back({nullptr, std::move(packet)});
+}
+
+// Packets held back are decided on again, now that more is known.
+void SpanReader::ReleaseHeld(bool all) {
+    std::deque<AVPacketPtr> held = std::exchange(m_held, {});
+    if (!m_start) return;
+    for (AVPacketPtr& packet : held) {
+        if (all)
+            PassPacket(std::move(packet));
+        else
+            TakePacket(std::move(packet));
+    }
+}
+
+void SpanReader::EndOfClip() {
+    m_finished = true;
+    m_readToEnd = !m_end;
+    if (m_pending) EmitPending(LastDuration());
+    ReleaseHeld(true);
+}
+
+// The last picture has no successor: its packet's duration, else what the container's end leaves, else the
+// last interval.
+int64_t SpanReader::LastDuration() const {
+    if (m_pending->pkt_duration > 0) return m_pending->pkt_duration;
+    if (m_source.EndMs()) {
+        const int64_t rest = av_rescale_q(*m_source.EndMs(), kMilliseconds, Base()) - m_pending->pts;
+        const int64_t tenSeconds = av_rescale_q(10000, kMilliseconds, Base());
+        if (rest > 0 && rest <= tenSeconds) return rest;
+    }
+    if (m_lastInterval > 0) return m_lastInterval;
+    return std::max<int64_t>(1, av_rescale_q(1, av_inv_q(m_source.FrameRate()), Base()));
+}
+
+std::optional<int64_t> SpanReader::ExpectedPictures() const {
+    std::optional<int64_t> count = m_source.PictureCount();
+    if ((m_limits.fromMs || m_limits.toMs) && m_lengthMs) {
+        const AVRational rate = m_source.FrameRate();
+        const int64_t inSpan = av_rescale(*m_lengthMs, rate.num, int64_t{1000} * rate.den);
+        count = count ? std::min(*count, inSpan) : inSpan;
+    }
+    if (m_limits.frameLimit) count = count ? std::min(*count, *m_limits.frameLimit) : *m_limits.frameLimit;
+    return count;
+}
+
+std::optional<std::string> SpanReader::Damage() const {
+    std::optional<std::string> found = m_source.Damage(m_emitted, m_lastEnd, m_readToEnd);
+    if (m_damagedPictures > 0) {
+        const std::string text = std::to_string(m_damagedPictures) +
+                                 (m_damagedPictures == 1 ? " picture is damaged" : " pictures are damaged");
+        found = found ? *found + "; " + text : text;
+    }
+    return found;
+}
+
+} // namespace aveffect

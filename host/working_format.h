@@ -1,0 +1,38 @@
+#pragma once
+/// The pixel format in which effects see the pictures, and the nearest ones on the way in and out.
+#include <string>
+
+#include "host/av_owner.h"
+
+namespace aveffect {
+
+/// A frame-table format that the effects serve.
+struct WorkingFormat {
+    unsigned id = 0; ///< frame-table id
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    AVColorRange range = AVCOL_RANGE_UNSPECIFIED; ///< unspecified: the pictures' own
+};
+
+/// The served format nearest to these pictures; their own when it is served.
+WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range);
+
+/// As NearestServed, or the one of that name. Throws Error (Usage) that lists the names.
+WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture);
+
+/// Checks the name alone, before any file is opened. Throws Error (Usage).
+void CheckPixelFormatName(const std::string& wanted);
+
+/// The 8-bit format with the same components and subsampling: what pictures are "really" after effects worked
+/// in 8 bits.
+AVPixelFormat EightBitKind(AVPixelFormat format);
+
+/// Whether two formats lay the same bytes out in the same way, J formats and their plain twins included.
+bool SameLayout(AVPixelFormat a, AVPixelFormat b);
+
+/// Whether a format has an alpha channel.
+bool HasAlpha(AVPixelFormat format);
+
+/// The library's name of a format, for messages.
+std::string FormatName(AVPixelFormat format);
+
+} // namespace aveffect
