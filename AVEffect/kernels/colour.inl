@@ -3,26 +3,44 @@
 // Alpha's bits of a register of pixels.
 AVEFFECT_INLINE U8 AlphaMask() { return (U8)Splat32(0xFF000000u); }
 
-// (B + G + R) / 3 of each pixel, in its low byte. 43691 / 2^17 divides sums up to 765 exactly.
-AVEFFECT_INLINE U32 MeanOfPixels(U8 pixels) {
+#if AVEFFECT_LANE_BYTES > 16
+// The index within 128 bits of each pixel's first byte: 0, 4, 8, 12, again and again.
+AVEFFECT_INLINE U32 PixelStarts() {
+    U32 starts{};
+    for (unsigned i = 0; i < kLanes / 4; ++i) starts[i] = i % 4 * 4;
+    return starts;
+}
+#endif
+
+// (B + G + R) / 3 of each pixel in B, G and R; A is 0. For sums up to 765, sum * 21846 has sum / 3 in its
+// third byte.
+AVEFFECT_INLINE U8 MeanOfPixels(U8 pixels) {
+#if AVEFFECT_LANE_BYTES == 16
     const U32 words = (U32)pixels;
-    const U32 blueAndRed = (U32)MultiplyAddPairs((I16)(words & 0x00FF00FFu), SplatI16(1));
-    const U32 sum = blueAndRed + ((words >> 8) & 0xFFu);
-    return (U32)(MultiplyHigh((U16)sum, Splat16(43691)) >> 1);
+    const U32 scaled = (U32)(MultiplyAddPairs((I16)(words & 0x00FF00FFu), SplatI16(21846)) +
+                             MultiplyAddPairs((I16)((words >> 8) & 0xFFu), SplatI16(21846)));
+    const U32 mean = scaled >> 16;
+    return (U8)(mean | (mean << 8) | (mean << 16));
+#else
+    const I16 pairs = MultiplyAddPairs(pixels, (U8)Splat32(0x00010101u)); // B + G, R
+    const U8 scaled = (U8)MultiplyAddPairs(pairs, SplatI16(21846));
+    return PickBytes(scaled, (U8)(Splat32(0x80020202u) + PixelStarts() * 0x00010101u));
+#endif
 }
 
 struct Gray {
-    AVEFFECT_INLINE U8 operator()(U8 pixels) const {
-        const U32 mean = MeanOfPixels(pixels);
-        return (U8)(mean | (mean << 8) | (mean << 16)) | (pixels & AlphaMask());
-    }
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const { return MeanOfPixels(pixels) | (pixels & AlphaMask()); }
 };
 
 struct FlipColor {
     AVEFFECT_INLINE U8 operator()(U8 pixels) const {
+#if AVEFFECT_LANE_BYTES == 16
         const U32 words = (U32)pixels;
         const U32 swapped = ((words >> 16) & 0xFFu) | ((words & 0xFFu) << 16);
         return (U8)((words & 0xFF00FF00u) | swapped);
+#else
+        return PickBytes(pixels, (U8)(Splat32(0x03000102u) + PixelStarts() * 0x01010101u));
+#endif
     }
 };
 
@@ -37,9 +55,8 @@ struct InvertSamples {
 struct AgedFilm {
     AVEFFECT_INLINE U8 operator()(U8 pixels) const {
         // B = R - 35 and G = R - 15; dark pixels are lifted so that B does not fall below 0.
-        const U32 mean = (U32)Max((I16)MeanOfPixels(pixels), (I16)Splat32(35));
-        const U32 grey = mean | (mean << 8) | (mean << 16);
-        return (U8)(grey - Splat32(0x000F23u)) | (pixels & AlphaMask());
+        const U8 mean = Max(MeanOfPixels(pixels), (U8)Splat32(0x00232323u));
+        return (mean - (U8)Splat32(0x00000F23u)) | (pixels & AlphaMask());
     }
 };
 
@@ -70,8 +87,7 @@ struct Saturate {
     AVEFFECT_INLINE I16 Spread(I16 c, I16 mean) const { return MultiplyHigh((c - mean) << 6, gain) + mean; }
     AVEFFECT_INLINE U8 operator()(U8 pixels) const {
         const U8 mapped = map(pixels);
-        const U32 mean = MeanOfPixels(mapped);
-        const U8 means = (U8)(mean | (mean << 8) | (mean << 16));
+        const U8 means = MeanOfPixels(mapped);
         const U8 spread =
             Pack(Spread(WidenLow(mapped), WidenLow(means)), Spread(WidenHigh(mapped), WidenHigh(means)));
         return Select(AlphaMask(), pixels, spread);

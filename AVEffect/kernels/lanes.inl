@@ -74,6 +74,17 @@ AVEFFECT_INLINE U8 Pack(I16 low, I16 high) {
     return (U8)AVEFFECT_OP(packus_epi16)((Register)low, (Register)high);
 }
 
+// Bytes picked within each 128 bits by an index each; an index of 128 or more gives 0. The baseline has no
+// such instruction: kernels that want it offer another way there.
+#if AVEFFECT_LANE_BYTES > 16
+AVEFFECT_BINARY(PickBytes, U8, shuffle_epi8)
+
+// Sums of the products of neighbouring bytes, a unsigned and b signed.
+AVEFFECT_INLINE I16 MultiplyAddPairs(U8 a, U8 b) {
+    return (I16)AVEFFECT_OP(maddubs_epi16)((Register)a, (Register)b);
+}
+#endif
+
 AVEFFECT_INLINE bool IsZero(U8 x) {
     static constexpr U8 kZero{};
     return std::memcmp(&x, &kZero, sizeof x) == 0;
