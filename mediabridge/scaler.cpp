@@ -17,7 +17,7 @@ namespace {
 constexpr int kUnity = 1 << 16; ///< libswscale's contrast and saturation of 1
 
 int Flags(ScaleQuality quality) {
-    // Accurate rounding everywhere: without it exact conversions come out one off in places.
+    // The fastest way may be off by two; the others round as they should and take chroma at every pixel.
     switch (quality) {
     case ScaleQuality::Fastest:
         return SWS_FAST_BILINEAR;
