@@ -25,21 +25,21 @@ long long FloorShift8(long long value) {
 }
 
 TEST(Gray, TakesTheMeanOrFillsChroma) {
-    const auto proc = MakeVideo("gray");
-    ExpectComputes(*proc, kPacked, [](HostFrame& frame) {
+    const test::Setting setting{"gray"};
+    ExpectComputes(setting, kPacked, [](HostFrame& frame) {
         ForPixels(frame, [](Byte* p) { p[0] = p[1] = p[2] = static_cast<Byte>((p[0] + p[1] + p[2]) / 3); });
     });
-    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
         test::FillPitch(frame.planes[1], 127);
         test::FillPitch(frame.planes[2], 127);
     });
 }
 
 TEST(FlipColor, SwapsBlueAndRedOrThePlanes) {
-    const auto proc = MakeVideo("flip_color");
-    ExpectComputes(*proc, kPacked,
+    const test::Setting setting{"flip_color"};
+    ExpectComputes(setting, kPacked,
                    [](HostFrame& frame) { ForPixels(frame, [](Byte* p) { std::swap(p[0], p[2]); }); });
-    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
         for (unsigned y = 0; y < frame.planes[1].rows; ++y)
             for (unsigned x = 0; x < frame.planes[1].width; ++x)
                 std::swap(frame.planes[1].At(x, y), frame.planes[2].At(x, y));
@@ -47,21 +47,21 @@ TEST(FlipColor, SwapsBlueAndRedOrThePlanes) {
 }
 
 TEST(Invert, ComplementsAllButAlpha) {
-    const auto proc = MakeVideo("invert");
-    ExpectComputes(*proc, kPacked, [](HostFrame& frame) {
+    const test::Setting setting{"invert"};
+    ExpectComputes(setting, kPacked, [](HostFrame& frame) {
         ForPixels(frame, [](Byte* p) {
             for (int i = 0; i < 3; ++i) p[i] = static_cast<Byte>(255 - p[i]);
         });
     });
-    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
         for (int i = 0; i < 3; ++i)
             ForSamples(frame.planes[static_cast<size_t>(i)], [](Byte& x) { x = static_cast<Byte>(255 - x); });
     });
 }
 
 TEST(AgedFilm, TintsAndLiftsTheDark) {
-    const auto proc = MakeVideo("aged_film");
-    ExpectComputes(*proc, kPacked, [](HostFrame& frame) {
+    const test::Setting setting{"aged_film"};
+    ExpectComputes(setting, kPacked, [](HostFrame& frame) {
         ForPixels(frame, [](Byte* p) {
             int mean = (p[0] + p[1] + p[2]) / 3;
             if (mean < 36) mean = 35;
@@ -70,14 +70,14 @@ TEST(AgedFilm, TintsAndLiftsTheDark) {
             p[2] = static_cast<Byte>(mean);
         });
     });
-    ExpectComputes(*proc, kPlanarFormats, [](HostFrame& frame) {
+    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
         test::FillPitch(frame.planes[1], 117);
         test::FillPitch(frame.planes[2], 136);
     });
     auto frame = test::MakeFrame({BGRA, 2, 1});
     std::memcpy(frame->planes[0].Data(), "\0\0\0\x07\x24\x24\x24\x08",
                 8); // black, and the first grey above the lift
-    test::Run(*proc, *frame);
+    test::Run(*test::MakeVideo(setting), *frame);
     EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\x00\x14\x23\x07\x01\x15\x24\x08", 8), 0);
 }
 
@@ -123,25 +123,25 @@ TEST(BrightnessContrastEffect, ComputesItsFormulas) {
                                         {0, 0, 0.001},
                                         {-12.3, 45.6, -78.9},
                                         {64, -20, 33}}) {
-        const auto proc = MakeVideo("brightness_contrast");
-        proc->SetProperty("brightness", std::to_string(c.brightness).c_str());
-        proc->SetProperty("contrast", std::to_string(c.contrast).c_str());
-        proc->SetProperty("saturation", std::to_string(c.saturation).c_str());
+        const test::Setting setting{"brightness_contrast",
+                                    {{"brightness", std::to_string(c.brightness)},
+                                     {"contrast", std::to_string(c.contrast)},
+                                     {"saturation", std::to_string(c.saturation)}}};
         SCOPED_TRACE(testing::Message() << c.brightness << ' ' << c.contrast << ' ' << c.saturation);
-        ASSERT_NO_FATAL_FAILURE(ExpectComputes(*proc, kPacked, c));
-        ASSERT_NO_FATAL_FAILURE(ExpectComputes(*proc, kPlanarFormats, c));
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, kPacked, c));
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, kPlanarFormats, c));
     }
 }
 
 TEST(BrightnessContrastEffect, ClampsWhatItStoresAndKeepsTheText) {
-    const auto clamped = MakeVideo("brightness_contrast",
-                                   {{"brightness", "250"}, {"contrast", "-101"}, {"saturation", "1e9"}});
-    ExpectComputes(*clamped, kPacked, BrightnessContrast{100, -100, 100});
-    EXPECT_STREQ(clamped->GetProperty("brightness", nullptr), "250");
+    using Texts = std::vector<std::pair<std::string, std::string>>;
+    const Texts beyond = {{"brightness", "250"}, {"contrast", "-101"}, {"saturation", "1e9"}};
+    ExpectComputes({"brightness_contrast", beyond}, kPacked, BrightnessContrast{100, -100, 100});
+    EXPECT_STREQ(test::MakeVideo({"brightness_contrast", beyond})->GetProperty("brightness", nullptr), "250");
     // Setting something else must not disturb them; text that is no number keeps the stored, clamped number.
-    clamped->SetProperty("duration", "-5");
-    clamped->SetProperty("brightness", "x");
-    ExpectComputes(*clamped, kPlanarFormats, BrightnessContrast{100, -100, 100});
+    Texts more = beyond;
+    more.insert(more.end(), {{"duration", "-5"}, {"brightness", "x"}});
+    ExpectComputes({"brightness_contrast", more}, kPlanarFormats, BrightnessContrast{100, -100, 100});
 }
 
 TEST(BrightnessContrastEffect, HandWorkedValues) {

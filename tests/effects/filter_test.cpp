@@ -49,12 +49,12 @@ auto Passes(int count, Combine combine) {
 TEST(Filters, ComputeTheTextbookResultInEveryPlane) {
     for (const int count : {0, 1, 3}) {
         const std::string text = std::to_string(count);
-        const auto blur = test::MakeVideo("simple_gauss_blur", {{"blur_count", text.c_str()}});
-        const auto sharpen = test::MakeVideo("simple_laplacian_sharpen", {{"sharpen_count", text.c_str()}});
+        const test::Setting blur{"simple_gauss_blur", {{"blur_count", text}}};
+        const test::Setting sharpen{"simple_laplacian_sharpen", {{"sharpen_count", text}}};
         for (const auto formats :
              {std::span<const unsigned>(test::kPacked), std::span<const unsigned>(test::kPlanarFormats)}) {
-            ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(*blur, formats, Passes(count, Blur)));
-            ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(*sharpen, formats, Passes(count, Sharpen)));
+            ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(blur, formats, Passes(count, Blur)));
+            ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(sharpen, formats, Passes(count, Sharpen)));
         }
     }
 }

@@ -2,6 +2,9 @@
 // access. The numbers beside the operations below are the binary contract.
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstring>
+
 #include "aveffect/base_media.h"
 #include "aveffect/base_tools.h"
 #include "aveffect/plugin.h"
@@ -24,7 +27,8 @@ void ExpectSlots(int count) {
     Probe probe;
     Interface* object = &probe;
     using Function = void (*)(void*, void*, void*, void*, void*, void*, void*);
-    Function* table = *reinterpret_cast<Function**>(object);
+    Function* table = nullptr;
+    std::memcpy(&table, static_cast<const void*>(object), sizeof table);
     for (int slot = 1; slot <= count; ++slot) {
         g_called = 0;
         table[slot - 1](object, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);

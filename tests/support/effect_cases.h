@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "aveffect/base_media.h"
 #include "tests/support/host_frame.h"
 #include "tests/support/plugin.h"
 
@@ -59,24 +60,46 @@ inline void ExpectSame(const HostFrame& actual, const HostFrame& expected, const
     }
 }
 
-/// Holds an effect to a plain computation on random frames of the formats: in place, and through a copy that
-/// must leave the host's frame alone.
-inline void ExpectComputes(AVBased::IVideoProc& proc, std::span<const unsigned> formats,
+/// An effect and its settings.
+struct Setting {
+    std::string effect;
+    std::vector<std::pair<std::string, std::string>> properties = {};
+};
+
+inline VideoProc MakeVideo(const Setting& setting) {
+    VideoProc proc = MakeVideo(setting.effect);
+    for (const auto& [name, value] : setting.properties)
+        if (!proc->SetProperty(name.c_str(), value.c_str())) throw std::runtime_error("no property " + name);
+    return proc;
+}
+
+/// Feature masks that leave one level of kernels each: SSE2, AVX2, AVX-512, everything.
+inline constexpr unsigned kLevelMasks[] = {0x7, 0x1FF, 0x3FF, ~0u};
+
+/// Holds an effect to a plain computation on random frames of the formats, at every level of the machine: in
+/// place, and through a copy that must leave the host's frame alone.
+inline void ExpectComputes(const Setting& setting, std::span<const unsigned> formats,
                            const std::function<void(HostFrame&)>& plain, int time = 0) {
-    unsigned seed = 0;
-    for (const unsigned format : formats)
-        for (const Shape& shape : AwkwardShapes(format)) {
-            auto frame = MakeFrame(shape, ++seed);
-            HostFrame original = *frame, expected = *frame;
-            plain(expected);
-            AVBased::ImagePostion position{};
-            auto* copy = static_cast<HostFrame*>(proc.ProcFrame(&position, time, frame.get()));
-            ASSERT_NE(copy, nullptr);
-            ASSERT_NO_FATAL_FAILURE(ExpectSame(*copy, expected, "copy, " + Describe(shape)));
-            ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, original, "host's frame, " + Describe(shape)));
-            Run(proc, *frame, time);
-            ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, expected, Describe(shape)));
-        }
+    for (const unsigned mask : kLevelMasks) {
+        AVBasedSetCPUFeatureMask(mask);
+        const VideoProc proc = MakeVideo(setting);
+        AVBasedSetCPUFeatureMask(~0u);
+        unsigned seed = 0;
+        for (const unsigned format : formats)
+            for (const Shape& shape : AwkwardShapes(format)) {
+                const std::string what = "mask " + std::to_string(mask) + ", " + Describe(shape);
+                auto frame = MakeFrame(shape, ++seed);
+                HostFrame original = *frame, expected = *frame;
+                plain(expected);
+                AVBased::ImagePostion position{};
+                auto* copy = static_cast<HostFrame*>(proc->ProcFrame(&position, time, frame.get()));
+                ASSERT_NE(copy, nullptr);
+                ASSERT_NO_FATAL_FAILURE(ExpectSame(*copy, expected, "copy, " + what));
+                ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, original, "host's frame, " + what));
+                Run(*proc, *frame, time);
+                ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, expected, what));
+            }
+    }
 }
 
 inline constexpr unsigned kPacked[] = {AVBased::BGRA};
