@@ -6,6 +6,7 @@
 
 #include "aveffect/base_media.h"
 #include "cli/exit_code.h"
+#include "host/catalogue_lookup.h"
 #include "host/value_text.h"
 
 namespace aveffect {
@@ -128,6 +129,36 @@ CLI::App* AddDescribe(CLI::App& app, DescribeCommand& command) {
     return describe;
 }
 
+/// The command that was chosen, the program itself when there is none.
+const CLI::App& Chosen(const CLI::App& app) {
+    const auto chosen = app.get_subcommands();
+    return chosen.empty() ? app : *chosen.back();
+}
+
+/// What an argument that was not expected was probably meant to be; empty when nothing is near.
+std::string Guess(const CLI::App& app, const std::string& argument) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    const std::vector<std::string_view> candidates(names.begin(), names.end());
+    return std::string(NearestName(argument.substr(0, argument.find('=')), candidates));
+}
+
+std::string Complaint(const CLI::App& app, const CLI::ParseError& wrong) {
+    const CLI::App& chosen = Chosen(app);
+    const auto unexpected = app.remaining(true);
+    std::string text = wrong.what();
+    if (!unexpected.empty()) {
+        text = "'" + unexpected.front() + "' is not expected here";
+        const std::string guess = Guess(chosen, unexpected.front());
+        if (!guess.empty()) text += "; did you mean '" + guess + "'?";
+    }
+    const std::string command = &chosen == &app ? "" : chosen.get_name() + " ";
+    return text + " (see `aveffect " + command + "--help`)";
+}
+
 } // namespace
 
 Command ParseCommandLine(int count, const char* const* arguments) {
@@ -138,7 +169,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
 
     CLI::App app("Renders clips and pictures through video effects.", "aveffect");
     app.set_version_flag("--version", "aveffect " AVEFFECT_VERSION);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e invert\n"
                            "`aveffect COMMAND --help` tells more.\n\n") +
                kExitCodeHelp);
@@ -154,10 +185,11 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     } catch (const CLI::CallForHelp&) {
         return TextCommand{app.help()};
     } catch (const CLI::ParseError& wrong) {
-        const auto chosen = app.get_subcommands();
-        const std::string about = chosen.empty() ? "" : chosen.back()->get_name() + " ";
-        throw Error(ErrorKind::Usage, std::string(wrong.what()) + " (see `aveffect " + about + "--help`)");
+        throw Error(ErrorKind::Usage, Complaint(app, wrong));
     }
+    if (app.get_subcommands().empty())
+        throw Error(ErrorKind::Usage,
+                    "no command given: list, describe, render or frame (see `aveffect --help`)");
     if (listApp->parsed()) return list;
     if (describeApp->parsed()) return describe;
     if (renderApp->parsed()) return render;

@@ -200,8 +200,9 @@ std::string_view TypeName(PropertyType type) {
 }
 
 bool IsVideoEffect(const EffectInfo& effect) {
-    return std::any_of(AVBased::kVideoEffects.begin(), AVBased::kVideoEffects.end(),
-                       [&effect](const EffectInfo& other) { return &other == &effect; });
+    return std::any_of(
+        AVBased::kVideoEffects.begin(), AVBased::kVideoEffects.end(),
+        [&effect](const EffectInfo& other) { return std::strcmp(other.name, effect.name) == 0; });
 }
 
 std::string ListText() {

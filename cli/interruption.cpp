@@ -32,6 +32,7 @@ void CatchInterruptions() {
 
     action.sa_handler = SIG_IGN;
     sigaction(SIGPIPE, &action, nullptr);
+    sigaction(SIGXFSZ, &action, nullptr);
 }
 
 const std::atomic<bool>& Interrupted() { return g_interrupted; }

@@ -5,9 +5,9 @@
 namespace aveffect {
 
 /// From now on these signals set a flag and nothing else, so that a second one does not end the program in
-/// the middle of its cleaning up. A hang-up that was ignored at start (nohup) stays ignored. SIGPIPE is
-/// ignored: writing to a closed pipe fails instead. Call once, from the main thread, before others are
-/// started.
+/// the middle of its cleaning up. A hang-up that was ignored at start (nohup) stays ignored. SIGPIPE and
+/// SIGXFSZ are ignored: writing to a closed pipe or beyond the file size limit fails instead. Call once, from
+/// the main thread, before others are started.
 void CatchInterruptions();
 
 /// Set as soon as one of the signals came.

@@ -1,0 +1,114 @@
+// What `list` and `describe` print agrees with the catalogue.
+#include <cmath>
+
+#include <nlohmann/json.hpp>
+
+#include "aveffect/catalogue.h"
+#include "cli/catalogue_text.h"
+#include "host/effect_chain.h"
+#include "tests/cli/program.h"
+
+namespace {
+
+using nlohmann::json;
+using test::IsOneMessage;
+using test::Outcome;
+
+class CatalogueOutput : public test::ProgramTest {};
+
+std::vector<const AVBased::EffectInfo*> Effects() {
+    std::vector<const AVBased::EffectInfo*> effects;
+    for (const auto& effect : AVBased::kVideoEffects) effects.push_back(&effect);
+    for (const auto& effect : AVBased::kAudioEffects) effects.push_back(&effect);
+    return effects;
+}
+
+void ExpectNumber(const json& value, double number) {
+    if (std::isfinite(number)) {
+        EXPECT_EQ(value.get<double>(), number);
+    } else {
+        EXPECT_TRUE(value.is_null());
+    }
+}
+
+void ExpectProperty(const json& property, const AVBased::PropertyInfo& info) {
+    SCOPED_TRACE(info.name);
+    EXPECT_EQ(property["name"], info.name);
+    EXPECT_EQ(property["unit"], info.unit);
+    EXPECT_EQ(property["help"], info.help);
+    EXPECT_EQ(property["countsPixels"], info.countsPixels);
+    EXPECT_EQ(property["choices"].size(), info.choices.size());
+    ExpectNumber(property["minimum"], info.minimum);
+    ExpectNumber(property["maximum"], info.maximum);
+    ExpectNumber(property["neutral"], info.neutral);
+    if (info.kind == AVBased::ValueKind::Number) {
+        EXPECT_EQ(property["default"].get<double>(), std::stod(info.defaultText));
+    }
+}
+
+TEST_F(CatalogueOutput, JsonHoldsEveryEffectAndProperty) {
+    const Outcome outcome = Aveffect({"list", "--json"});
+    ASSERT_EQ(outcome.exitCode, 0);
+    const json list = json::parse(outcome.output)["effects"];
+    ASSERT_EQ(list.size(), Effects().size());
+    for (size_t index = 0; index < list.size(); ++index) {
+        const auto& info = *Effects()[index];
+        SCOPED_TRACE(info.name);
+        EXPECT_EQ(list[index]["name"], info.name);
+        EXPECT_EQ(list[index]["media"], index < AVBased::kVideoEffects.size() ? "video" : "audio");
+        EXPECT_EQ(list[index]["followsTime"], (info.traits & AVBased::kFollowsTime) != 0);
+        const json& properties = list[index]["properties"];
+        ASSERT_EQ(properties.size(), info.properties.size() + 1);
+        for (size_t place = 0; place < info.properties.size(); ++place)
+            ExpectProperty(properties[place], info.properties[place]);
+        ExpectProperty(properties.back(), AVBased::kDurationProperty);
+    }
+    const json one = json::parse(Aveffect({"describe", list.back()["name"], "--json"}).output);
+    EXPECT_EQ(one, list.back());
+}
+
+TEST_F(CatalogueOutput, TextNamesEveryEffectOnceAndEveryProperty) {
+    const Outcome outcome = Aveffect({"list"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.messages, "");
+    for (const auto* effect : Effects()) {
+        const std::string line = std::string("\n  ") + effect->name + " ";
+        const size_t place = outcome.output.find(line);
+        ASSERT_NE(place, std::string::npos) << effect->name;
+        EXPECT_EQ(outcome.output.find(line, place + 1), std::string::npos) << effect->name;
+        const std::string description = aveffect::DescribeText(*effect);
+        for (const auto& property : effect->properties)
+            EXPECT_NE(description.find(std::string("\n  ") + property.name + " "), std::string::npos);
+    }
+    const Outcome described = Aveffect({"describe", "simple_gauss_blur"});
+    for (const char* part :
+         {"blur_count", "whole number from 0 to 65535", "default 1", "neutral 0", "duration", "ms"})
+        EXPECT_NE(described.output.find(part), std::string::npos) << part;
+}
+
+TEST_F(CatalogueOutput, ExamplesAreTaken) {
+    for (const auto* effect : Effects()) {
+        const std::string example = aveffect::ExampleSetting(*effect);
+        EXPECT_NO_THROW(aveffect::ParseEffect(example, false)) << example;
+    }
+}
+
+TEST_F(CatalogueOutput, HelpAndVersionAreAnswered) {
+    EXPECT_EQ(Aveffect({"--version"}).exitCode, 0);
+    for (const char* command : {"list", "describe", "render", "frame"}) {
+        const Outcome outcome = Aveffect({command, "--help"});
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_NE(outcome.output.find("Exit codes:"), std::string::npos) << command;
+        EXPECT_NE(outcome.output.find(std::string("aveffect ") + command), std::string::npos) << command;
+    }
+}
+
+TEST_F(CatalogueOutput, UnknownNameIsAUsageError) {
+    const Outcome outcome = Aveffect({"describe", "grey"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(IsOneMessage(outcome.messages));
+    EXPECT_NE(outcome.messages.find("'gray'"), std::string::npos);
+}
+
+} // namespace

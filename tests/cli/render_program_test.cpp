@@ -1,0 +1,162 @@
+// The program renders clips and pictures, in order, and stops when asked.
+#include <chrono>
+#include <csignal>
+#include <sstream>
+#include <thread>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/program.h"
+
+namespace {
+
+using nlohmann::json;
+using test::IsOneMessage;
+using test::Outcome;
+using Strings = std::vector<std::string>;
+
+class RenderProgram : public test::ProgramTest {
+protected:
+    /// Runs and expects success without a word.
+    void Run(const Strings& arguments) const {
+        const Outcome outcome = Aveffect(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.messages, "");
+    }
+
+    /// Starts a render that takes long, sends the signals once it is under way, and tells how it ended.
+    Outcome Interrupt(const std::vector<int>& signals) const {
+        test::RunningProgram program(
+            AveffectCommand({"render", "in.mkv", "out.mkv", "-e", "simple_gauss_blur:blur_count=2000",
+                             "--progress", "json"}),
+            m_directory);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (program.Output().find("\"running\"") == std::string::npos &&
+               std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        for (const int signal : signals) program.Signal(signal);
+        return program.Wait();
+    }
+};
+
+std::vector<json> JsonLines(const std::string& text) {
+    std::vector<json> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(json::parse(line));
+    return lines;
+}
+
+std::string Inverted(std::string pixels) {
+    for (char& sample : pixels) sample = static_cast<char>(~sample);
+    return pixels;
+}
+
+TEST_F(RenderProgram, StillsInAndOut) {
+    MakeStill("in.png", "204060");
+    Run({"render", "in.png", "render.png", "-e", "invert"});
+    Run({"frame", "in.png", "frame.png", "-e", "invert"});
+    Run({"render", "in.png", "gray.png", "-e", "gray"});
+    const std::string inverted = Inverted(Pixels("in.png"));
+    ASSERT_EQ(inverted.size(), 8u * 6 * 3);
+    EXPECT_EQ(Pixels("render.png"), inverted);
+    EXPECT_EQ(Pixels("frame.png"), inverted);
+    const std::string gray = Pixels("gray.png");
+    EXPECT_EQ(gray, std::string(inverted.size(), gray[0]));
+    EXPECT_EQ(Names(), (Strings{"frame.png", "gray.png", "in.png", "render.png"}));
+}
+
+TEST_F(RenderProgram, EffectsWorkInTheOrderGiven) {
+    MakeStill("in.png", "204060");
+    const std::string brighter = "brightness_contrast:brightness=30";
+    Run({"render", "in.png", "both.png", "-e", brighter, "-e", "invert"});
+    Run({"render", "in.png", "first.png", "-e", brighter});
+    Run({"render", "first.png", "second.png", "-e", "invert"});
+    Run({"render", "-e", "invert", "-e", brighter, "in.png", "swapped.png"});
+    EXPECT_NE(Pixels("first.png"), Pixels("in.png"));
+    EXPECT_EQ(Pixels("both.png"), Pixels("second.png"));
+    EXPECT_NE(Pixels("both.png"), Pixels("swapped.png"));
+}
+
+TEST_F(RenderProgram, EveryCpuLevelGivesTheSame) {
+    MakeClip("in.mkv", "37x23", 3);
+    for (const char* level : {"auto", "sse2", "avx2", "avx512"}) {
+        const Outcome outcome =
+            Aveffect({"render", "in.mkv", std::string(level) + ".mkv", "--codec", "ffv1", "-e",
+                      "simple_gauss_blur:blur_count=3", "-e", "gray", "--cpu-level", level});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+        EXPECT_EQ(Pixels(std::string(level) + ".mkv"), Pixels("auto.mkv")) << level;
+    }
+}
+
+TEST_F(RenderProgram, SpanAndFrameLimitChooseTheFrames) {
+    MakeClip("in.mkv", "64x48", 50);
+    const std::string all = Pixels("in.mkv");
+    constexpr size_t kFrame = 64 * 48 * 3;
+    ASSERT_EQ(all.size(), 50 * kFrame);
+    Run({"render", "in.mkv", "span.mkv", "--codec", "ffv1", "--from", "0.4", "--to", "0:01.2"});
+    EXPECT_EQ(Pixels("span.mkv"), all.substr(10 * kFrame, 20 * kFrame));
+    Run({"render", "in.mkv", "limit.mkv", "--codec", "ffv1", "--from", "0.4", "--frames", "3"});
+    EXPECT_EQ(Pixels("limit.mkv"), all.substr(10 * kFrame, 3 * kFrame));
+    Run({"frame", "in.mkv", "at.png", "--at", "00:00:01"});
+    Run({"frame", "in.mkv", "first.png"});
+    // The PNG was made from 4:2:0 by another scaler than the reference: its own neighbours tell the moments
+    // apart.
+    const auto distance = [&](const std::string& picture, size_t frame) {
+        const std::string pixels = Pixels(picture);
+        long long sum = 0;
+        for (size_t index = 0; index < kFrame; ++index)
+            sum += std::abs(static_cast<unsigned char>(pixels[index]) -
+                            static_cast<unsigned char>(all[frame * kFrame + index]));
+        return sum;
+    };
+    for (const auto& [name, frame] : {std::pair<const char*, size_t>{"at.png", 25}, {"first.png", 0}})
+        for (const size_t other : {frame + 1, frame + 2, frame + 20})
+            EXPECT_LT(distance(name, frame), distance(name, other)) << name << " " << other;
+}
+
+TEST_F(RenderProgram, JsonProgressEndsAtTheWhole) {
+    MakeClip("in.mkv", "64x48", 50);
+    const Outcome outcome = Aveffect({"render", "in.mkv", "out.mkv", "-e", "invert", "--progress", "json"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_FALSE(lines.empty());
+    for (size_t index = 0; index + 1 < lines.size(); ++index) EXPECT_EQ(lines[index]["state"], "running");
+    EXPECT_EQ(lines.back()["state"], "done");
+    EXPECT_EQ(lines.back()["percent"], 100);
+    EXPECT_EQ(lines.back()["frames"], 50);
+    EXPECT_EQ(outcome.messages, "");
+}
+
+TEST_F(RenderProgram, BarEndsItsLine) {
+    MakeClip("in.mkv", "64x48", 50);
+    const Outcome outcome = Aveffect({"render", "in.mkv", "out.mkv", "--progress", "bar"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_NE(outcome.messages.find("100 %  50/50 frames"), std::string::npos) << outcome.messages;
+    EXPECT_EQ(outcome.messages.find('\n'), outcome.messages.size() - 1) << outcome.messages;
+}
+
+TEST_F(RenderProgram, SignalsLeaveNothingBehind) {
+    MakeClip("in.mkv", "320x240", 100);
+    const std::pair<std::vector<int>, int> cases[] = {
+        {{SIGINT}, 130}, {{SIGTERM, SIGINT, SIGTERM}, 143}, {{SIGHUP}, 129}};
+    for (const auto& [signals, exitCode] : cases) {
+        const Outcome outcome = Interrupt(signals);
+        EXPECT_EQ(outcome.exitCode, exitCode);
+        EXPECT_TRUE(IsOneMessage(outcome.messages));
+        EXPECT_EQ(Names(), Strings{"in.mkv"});
+        const json last = JsonLines(outcome.output).back();
+        EXPECT_EQ(last["state"], "failed");
+        EXPECT_EQ(last["exitCode"], exitCode);
+    }
+}
+
+TEST_F(RenderProgram, VerboseTellsTheWorkingFormat) {
+    MakeClip("in.mkv", "64x48", 2);
+    const Outcome outcome = Aveffect({"render", "in.mkv", "out.mkv", "-e", "invert", "-v"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_NE(outcome.messages.find("yuv420p"), std::string::npos) << outcome.messages;
+}
+
+} // namespace
