@@ -21,8 +21,8 @@ void Note(int signal) {
 
 void CatchInterruptions() {
     struct sigaction action {};
+    // No SA_RESTART: waiting for a pipe that nobody writes to has to end too.
     action.sa_handler = Note;
-    action.sa_flags = SA_RESTART;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 

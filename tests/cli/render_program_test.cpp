@@ -2,6 +2,7 @@
 #include <chrono>
 #include <csignal>
 #include <sstream>
+#include <sys/stat.h>
 #include <thread>
 
 #include <nlohmann/json.hpp>
@@ -149,6 +150,17 @@ TEST_F(RenderProgram, SignalsLeaveNothingBehind) {
         const json last = JsonLines(outcome.output).back();
         EXPECT_EQ(last["state"], "failed");
         EXPECT_EQ(last["exitCode"], exitCode);
+    }
+}
+
+TEST_F(RenderProgram, SignalEndsTheWaitForAnInput) {
+    ASSERT_EQ(mkfifo(Path("in.mkv").c_str(), 0600), 0);
+    for (const char* command : {"render", "frame"}) {
+        test::RunningProgram program(AveffectCommand({command, "in.mkv", "out.png"}), m_directory);
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        program.Signal(SIGTERM);
+        EXPECT_EQ(program.Wait().exitCode, 143) << command;
+        EXPECT_EQ(Names(), Strings{"in.mkv"});
     }
 }
 
