@@ -1,6 +1,8 @@
 #include "host/encoder.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -24,6 +26,9 @@ AVColorRange RangeOf(AVPixelFormat format, AVColorRange said) {
     if (WithoutRange(format) != format) return AVCOL_RANGE_JPEG;
     return said == AVCOL_RANGE_UNSPECIFIED ? UsualRange(format) : said;
 }
+
+constexpr std::string_view kX26Presets[] = {"ultrafast", "superfast", "veryfast", "faster",   "fast",
+                                            "medium",    "slow",      "slower",   "veryslow", "placebo"};
 
 bool IsJpeg(AVCodecID id) {
     return id == AV_CODEC_ID_MJPEG || id == AV_CODEC_ID_LJPEG || id == AV_CODEC_ID_AMV;
@@ -142,7 +147,7 @@ EncoderFormat ChooseEncoderFormat(const OutputPlan& plan, AVPixelFormat wanted, 
 }
 
 Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing)
-    : m_target(plan.target)
+    : m_codec(plan.encoder.codec)
     , m_context(avcodec_alloc_context3(plan.encoder.codec)) {
     CheckSize(*plan.encoder.codec, sample);
     if (!m_context) throw Error(ErrorKind::Output, "out of memory");
@@ -175,13 +180,17 @@ void Encoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
     const AVFieldOrder fromFrame = sample.top_field_first ? AV_FIELD_TT : AV_FIELD_BB;
     const bool said = order != AV_FIELD_UNKNOWN && order != AV_FIELD_PROGRESSIVE;
     m_context->field_order = said ? order : fromFrame;
-    const AVCodecID id = m_context->codec->id;
+    const AVCodecID id = m_codec->id;
     if (id == AV_CODEC_ID_H264 || id == AV_CODEC_ID_MPEG2VIDEO || id == AV_CODEC_ID_MPEG4)
         m_context->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
 }
 
 void Encoder::SetQuality(const EncoderChoice& choice) {
-    if (!choice.preset.empty() && av_opt_set(m_context->priv_data, "preset", choice.preset.c_str(), 0) < 0)
+    // x264 prints a complaint of its own about a preset that it does not know.
+    const bool x26 = std::string_view(m_codec->name).starts_with("libx26");
+    const bool known = !x26 || std::ranges::find(kX26Presets, choice.preset) != std::end(kX26Presets);
+    if (!choice.preset.empty() &&
+        (!known || av_opt_set(m_context->priv_data, "preset", choice.preset.c_str(), 0) < 0))
         throw Error(ErrorKind::Usage, std::string("the encoder ") + choice.codec->name + " has no preset \"" +
                                           choice.preset + "\"");
     if (choice.crf) {
@@ -197,7 +206,7 @@ void Encoder::SetQuality(const EncoderChoice& choice) {
 void Encoder::Fail(const std::string& doing, int code) const {
     const std::string detail = TakeLibraryError();
     throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
-                std::string("the encoder ") + m_context->codec->name + " " + doing + ": " +
+                std::string("the encoder ") + m_codec->name + " " + doing + ": " +
                     (detail.empty() ? AvText(code) : detail));
 }
 

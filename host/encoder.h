@@ -53,7 +53,7 @@ private:
     void SetInterlacing(const AVFrame& sample, AVFieldOrder order);
     [[noreturn]] void Fail(const std::string& doing, int code) const;
 
-    std::string m_target;
+    const AVCodec* m_codec; ///< the context forgets it when it fails to open
     mediabridge::AVCodecContextPtr m_context;
 };
 

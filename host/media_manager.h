@@ -4,10 +4,10 @@
 
 namespace aveffect {
 
-/// Opens anything the installed libraries read. A URL is a path or protocol URL, optionally followed by "?" and
-/// key=value pairs joined by "&", of which "vstreamid" and "astreamid" select streams by their index in the file (bit 29
-/// of the number is a flag and not part of the index). Pictures come in the frame table's nearest format, sound in one
-/// of the boundary's sample formats.
+/// Opens anything the installed libraries read. A URL is a path or protocol URL, optionally followed by "?"
+/// and key=value pairs joined by "&", of which "vstreamid" and "astreamid" select streams by their index in
+/// the file (bit 29 of the number is a flag and not part of the index). Pictures come in the frame table's
+/// nearest format, sound in one of the boundary's sample formats.
 ///
 /// Stateless; different threads may open sources at the same time. Readers outlive it safely.
 class MediaManager final : public AVBased::IAVManager {

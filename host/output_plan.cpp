@@ -126,8 +126,11 @@ bool OutputPlan::CarriesRotation() const {
 
 bool OutputPlan::CarriesRange() const { return IsOneOf(muxer, {"matroska", "webm", "yuv4mpegpipe"}); }
 
+// The library's own flag for variable rates is missing from containers that do hold them (mp4), so these are
+// named.
 bool OutputPlan::NeedsConstantRate() const {
-    return muxer && (!(muxer->flags & AVFMT_VARIABLE_FPS) || encoder.codec->supported_framerates);
+    return muxer && (IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}) ||
+                     (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
 }
 
 OutputPlan PlanStill(const std::string& target) {

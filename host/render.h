@@ -16,14 +16,15 @@ struct RenderOptions {
     std::string input;
     std::string output;
     std::vector<EffectSpec> effects;
-    std::optional<int64_t> fromMs;     ///< first moment of the input that is kept; the clip's start when absent
-    std::optional<int64_t> toMs;       ///< first moment that is no longer kept; the clip's end when absent
+    std::optional<int64_t> fromMs; ///< first moment of the input that is kept; the clip's start when absent
+    std::optional<int64_t> toMs;   ///< first moment that is no longer kept; the clip's end when absent
     std::optional<int64_t> frameLimit; ///< no more pictures than this
     std::string videoCodec;            ///< encoder or codec name; empty: the container's usual one
     std::optional<double> crf;         ///< constant-quality factor; absent: the encoder's own
     std::string preset;                ///< encoder preset; empty: the encoder's own
-    std::string pixelFormat = "auto";  ///< format that the effects work in: auto or a frame-table format by name
-    unsigned threads = 0;              ///< threads of the decoder and of the encoder; 0: as many as there are processors
+    std::string pixelFormat =
+        "auto";           ///< format that the effects work in: auto or a frame-table format by name
+    unsigned threads = 0; ///< threads of the decoder and of the encoder; 0: as many as there are processors
     bool overwrite = false;
 };
 
@@ -38,8 +39,9 @@ struct RenderProgress {
 /// Told what happens, from the pipeline's threads, one call at a time.
 struct RenderObserver {
     std::function<void(const RenderProgress&)> progress; ///< several times a second and once at the end
-    std::function<void(const std::string&)> note;        ///< a detail for the curious: the working format, for example
-    std::function<void(const std::string&)> warning;     ///< something the user should know
+    std::function<void(const std::string&)>
+        note; ///< a detail for the curious: the working format, for example
+    std::function<void(const std::string&)> warning; ///< something the user should know
 };
 
 struct RenderResult {
@@ -48,9 +50,9 @@ struct RenderResult {
     std::optional<std::string> inputDamage;
 };
 
-/// Renders a clip or still picture. The output appears under its name only when it is whole: it is written beside it
-/// under a temporary name, which is removed on failure. Throws Error. Setting cancel ends the render soon with
-/// Error (Interrupted). Memory use does not grow with the length of the clip.
+/// Renders a clip or still picture. The output appears under its name only when it is whole: it is written
+/// beside it under a temporary name, which is removed on failure. Throws Error. Setting cancel ends the
+/// render soon with Error (Interrupted). Memory use does not grow with the length of the clip.
 RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
                     const std::atomic<bool>& cancel);
 
@@ -63,8 +65,9 @@ struct FrameOptions {
     bool overwrite = false;
 };
 
-/// Renders the picture shown at one moment of the input into a still picture (format by the output's extension), seeking
-/// straight to it. "duration" is the whole clip's and the effects see the picture's time in the clip. Throws Error.
+/// Renders the picture shown at one moment of the input into a still picture (format by the output's
+/// extension), seeking straight to it. "duration" is the whole clip's and the effects see the picture's time
+/// in the clip. Throws Error.
 RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, const RenderObserver& observer,
                          const std::atomic<bool>& cancel);
 

@@ -1,0 +1,134 @@
+#include "tests/host/clips.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+namespace clips {
+
+namespace fs = std::filesystem;
+
+TemporaryDirectory::TemporaryDirectory() {
+    std::string pattern = (fs::temp_directory_path() / "host_test_XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary directory");
+    m_path = pattern;
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
+}
+
+std::vector<std::string> TemporaryDirectory::Entries() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(m_path))
+        names.push_back(entry.path().filename().string());
+    std::ranges::sort(names);
+    return names;
+}
+
+Bytes Run(const std::string& command) {
+    struct Closer {
+        void operator()(FILE* pipe) const { pclose(pipe); }
+    };
+    std::unique_ptr<FILE, Closer> pipe(popen(command.c_str(), "r"));
+    if (!pipe) throw std::runtime_error("can't run " + command);
+    Bytes output;
+    std::array<unsigned char, 65536> part{};
+    while (const size_t count = fread(part.data(), 1, part.size(), pipe.get()))
+        output.insert(output.end(), part.data(), part.data() + count);
+    if (pclose(pipe.release()) != 0) throw std::runtime_error("failed: " + command);
+    return output;
+}
+
+std::string RunText(const std::string& command) {
+    const Bytes output = Run(command);
+    std::string text(output.begin(), output.end());
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    return text;
+}
+
+std::string Make(const std::string& path, const std::string& size, int rate, double seconds,
+                 const std::string& options, bool sound) {
+    // The test picture is only made in even sizes, so it is cut to the wanted one where no chroma gets in the
+    // way.
+    int width = 0, height = 0;
+    char by = 0;
+    std::istringstream(size) >> width >> by >> height;
+    std::ostringstream command;
+    command << "ffmpeg -v error -nostdin -y -f lavfi -i testsrc2=s=" << width + 16 - width % 2 << "x"
+            << height + 16 - height % 2 << ":r=" << rate << ":d=" << seconds << ",format=gbrp,crop=" << width
+            << ":" << height << ":0:0";
+    if (sound) command << " -f lavfi -i sine=f=440:d=" << seconds;
+    command << " " << options << " " << path;
+    Run(command.str());
+    return path;
+}
+
+Bytes Decode(const std::string& path, const std::string& inputOptions) {
+    return Run("ffmpeg -v error -nostdin -noautorotate " + inputOptions + " -i " + path +
+               " -map 0:v -fps_mode passthrough -f rawvideo -");
+}
+
+std::string Probe(const std::string& path, const std::string& entry) {
+    return RunText("ffprobe -v error -select_streams v:0 -show_entries stream=" + entry +
+                   " -of default=nw=1:nk=1 " + path);
+}
+
+std::vector<std::string> Packets(const std::string& path, const std::string& stream,
+                                 const std::string& entries) {
+    std::istringstream text(RunText("ffprobe -v error -select_streams " + stream +
+                                    " -show_entries packet=" + entries + " -of csv=p=0 " + path));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) lines.push_back(line);
+    return lines;
+}
+
+std::string PacketSum(const std::string& path, const std::string& stream) {
+    return RunText("ffmpeg -v error -nostdin -i " + path + " -map 0:" + stream + " -c copy -f md5 -");
+}
+
+Bytes InvertYuv(Bytes pictures, int width, int height, int chromaShiftX, int chromaShiftY, bool alpha) {
+    struct Plane {
+        int width, height, changedWidth, changedHeight;
+    };
+    const auto up = [](int size, int shift) { return (size + (1 << shift) - 1) >> shift; };
+    const Plane luma{width, height, width, height};
+    const Plane chroma{up(width, chromaShiftX), up(height, chromaShiftY), width >> chromaShiftX,
+                       height >> chromaShiftY};
+    std::vector<Plane> planes{luma, chroma, chroma};
+    if (alpha) planes.push_back({width, height, 0, 0});
+    for (auto sample = pictures.begin(); sample != pictures.end();)
+        for (const Plane& plane : planes)
+            for (int y = 0; y < plane.height; ++y)
+                for (int x = 0; x < plane.width; ++x, ++sample)
+                    if (x < plane.changedWidth && y < plane.changedHeight)
+                        *sample = static_cast<unsigned char>(255 - *sample);
+    return pictures;
+}
+
+const aveffect::Plugin& ThePlugin() {
+    static const aveffect::Plugin plugin(AVEFFECT_BIN_DIR);
+    return plugin;
+}
+
+aveffect::RenderResult Render(const aveffect::RenderOptions& options, const std::atomic<bool>& cancel) {
+    return aveffect::Render(ThePlugin(), options, {}, cancel);
+}
+
+aveffect::RenderResult Render(const std::string& input, const std::string& output, const std::string& codec,
+                              const std::vector<std::string>& effects) {
+    aveffect::RenderOptions options;
+    options.input = input;
+    options.output = output;
+    options.videoCodec = codec;
+    for (const std::string& effect : effects) options.effects.push_back(aveffect::ParseEffect(effect, false));
+    const std::atomic<bool> cancel{false};
+    return Render(options, cancel);
+}
+
+} // namespace clips

@@ -1,0 +1,128 @@
+/// Colour description, shape, rotation, tags and containers.
+#include <gtest/gtest.h>
+
+#include "tests/host/clips.h"
+
+namespace {
+
+using aveffect::ErrorKind;
+
+TEST(Properties, ColourAndShapeReachTheOutput) {
+    const clips::TemporaryDirectory directory;
+    const std::string input =
+        clips::Make(directory / "in.mp4", "64x48", 25, 0.2,
+                    "-c:v libx264 -pix_fmt yuv420p -color_range tv -colorspace bt709 -color_primaries bt709 "
+                    "-color_trc bt709 -chroma_sample_location left -vf setsar=16/11 -metadata title=Sea");
+    for (const std::string output : {"out.mp4", "out.mkv"}) {
+        clips::Render(input, directory / output);
+        for (const char* entry : {"color_range", "color_space", "color_primaries", "color_transfer",
+                                  "chroma_location", "sample_aspect_ratio", "pix_fmt"})
+            EXPECT_EQ(clips::Probe(directory / output, entry), clips::Probe(input, entry)) << entry;
+        EXPECT_EQ(clips::RunText("ffprobe -v error -show_entries format_tags=title -of csv=p=0 " +
+                                 (directory / output)),
+                  "Sea");
+    }
+}
+
+TEST(Properties, FullRangeStaysWhereItCanBeSaid) {
+    const clips::TemporaryDirectory directory;
+    const std::string input =
+        clips::Make(directory / "in.mov", "64x48", 25, 0.2, "-c:v mjpeg -pix_fmt yuvj422p");
+    clips::Render(input, directory / "out.mp4", "libx264");
+    EXPECT_EQ(clips::Probe(directory / "out.mp4", "color_range"), "pc");
+    EXPECT_EQ(clips::Probe(directory / "out.mp4", "pix_fmt"), "yuvj422p");
+    // MPEG-4 in AVI has no place for it: the samples are brought to the range that players take for granted.
+    clips::Make(directory / "white.mov", "64x48", 25, 0.2,
+                "-vf drawbox=c=white:t=fill,format=yuv420p -c:v mjpeg -pix_fmt yuvj420p");
+    clips::Render(directory / "white.mov", directory / "out.avi", "", {});
+    const clips::Bytes limited = clips::Decode(directory / "out.avi");
+    EXPECT_NEAR(limited.front(), 235, 2);
+}
+
+TEST(Properties, RotationIsCopiedOrCarriedOut) {
+    const clips::TemporaryDirectory directory;
+    clips::Make(directory / "flat.mp4", "64x48", 25, 0.2, "-c:v libx264 -pix_fmt yuv420p");
+    const std::string input = directory / "in.mp4";
+    clips::Run("ffmpeg -v error -nostdin -i " + (directory / "flat.mp4") +
+               " -c copy -metadata:s:v rotate=90 " + input);
+    const std::string matrix = "ffprobe -v error -show_entries stream_side_data=rotation -of csv=p=0 ";
+    ASSERT_FALSE(clips::RunText(matrix + input).empty());
+
+    clips::Render(input, directory / "out.mov", "libx264");
+    EXPECT_EQ(clips::RunText(matrix + (directory / "out.mov")), clips::RunText(matrix + input));
+    EXPECT_EQ(clips::Probe(directory / "out.mov", "width"), "64");
+
+    clips::Render(input, directory / "out.mkv", "ffv1", {});
+    EXPECT_EQ(clips::Probe(directory / "out.mkv", "width"), "48");
+    EXPECT_TRUE(clips::RunText(matrix + (directory / "out.mkv")).empty());
+    // The ffmpeg program turns pictures on its own.
+    EXPECT_TRUE(clips::Decode(directory / "out.mkv") ==
+                clips::Run("ffmpeg -v error -nostdin -i " + input + " -f rawvideo -"));
+}
+
+TEST(Properties, AlphaGoesToWebmAndBack) {
+    const clips::TemporaryDirectory directory;
+    const std::string input =
+        clips::Make(directory / "in.mkv", "64x48", 25, 0.12,
+                    "-vf format=rgba,geq=r=200:g='Y*4':b=10:a='255*floor(X/32)' -c:v ffv1 -pix_fmt yuva420p");
+    clips::Render(input, directory / "out.webm");
+    EXPECT_EQ(clips::RunText("ffprobe -v error -show_entries stream_tags=alpha_mode -of csv=p=0 " +
+                             (directory / "out.webm")),
+              "1");
+    clips::Render(directory / "out.webm", directory / "back.mkv", "ffv1", {});
+    ASSERT_EQ(clips::Probe(directory / "back.mkv", "pix_fmt"), "yuva420p");
+    const clips::Bytes back = clips::Decode(directory / "back.mkv");
+    const size_t alpha = 64 * 48 * 3 / 2 + 64 * 24;
+    EXPECT_NEAR(back[alpha + 8], 0, 8);
+    EXPECT_NEAR(back[alpha + 56], 255, 8);
+}
+
+TEST(Containers, WhatDoesNotFitIsSaidBeforeAnythingIsWritten) {
+    const clips::TemporaryDirectory directory;
+    const std::string odd =
+        clips::Make(directory / "odd.mkv", "33x21", 25, 0.12, "-c:v ffv1 -pix_fmt yuv420p");
+    const std::string pcm = clips::Make(directory / "pcm.mkv", "64x48", 25, 0.2,
+                                        "-c:v libx264 -pix_fmt yuv420p -c:a pcm_s16le", true);
+    const auto before = directory.Entries();
+    const auto refused = [&](const std::string& input, const std::string& output, const std::string& codec,
+                             ErrorKind kind, const std::string& word) {
+        const auto failure = clips::FailureOf([&] { clips::Render(input, directory / output, codec); });
+        EXPECT_TRUE(failure.failed) << output;
+        EXPECT_EQ(failure.kind, kind) << failure.text;
+        EXPECT_NE(failure.text.find(word), std::string::npos) << failure.text;
+        EXPECT_EQ(failure.text.find('\n'), std::string::npos);
+    };
+    refused(odd, "out.mp4", "", ErrorKind::Usage, "33x21");
+    refused(odd, "out.webm", "ffv1", ErrorKind::Usage, ".mkv");
+    refused(odd, "out.mkv", "no_such_codec", ErrorKind::Usage, "no_such_codec");
+    refused(odd, "out.xyz", "", ErrorKind::Output, "mp4");
+    refused(odd, "out", "", ErrorKind::Output, "mkv");
+    refused(odd, "out.png", "", ErrorKind::Usage, "--frames 1");
+    refused(pcm, "out.mp4", "", ErrorKind::Usage, ".mov");
+    EXPECT_EQ(directory.Entries(), before);
+}
+
+TEST(Containers, EncoderOptionsAreChecked) {
+    const clips::TemporaryDirectory directory;
+    aveffect::RenderOptions options;
+    options.input = clips::Make(directory / "in.mkv", "64x48", 25, 0.12, "-c:v ffv1 -pix_fmt yuv420p");
+    options.output = directory / "out.mkv";
+    const std::atomic<bool> cancel{false};
+    const auto failure = [&] { return clips::FailureOf([&] { clips::Render(options, cancel); }); };
+    options.videoCodec = "ffv1";
+    options.crf = 20;
+    EXPECT_NE(failure().text.find("ffv1"), std::string::npos);
+    options.crf.reset();
+    options.preset = "fast";
+    EXPECT_NE(failure().text.find("preset"), std::string::npos);
+    options.videoCodec = "h264"; // a codec's name stands for its encoder
+    options.preset = "no_such_preset";
+    EXPECT_EQ(failure().kind, ErrorKind::Usage);
+    EXPECT_EQ(directory.Entries(), std::vector<std::string>{"in.mkv"});
+    options.preset = "ultrafast";
+    options.crf = 30;
+    EXPECT_FALSE(failure().failed);
+    EXPECT_EQ(clips::Probe(options.output, "codec_name"), "h264");
+}
+
+} // namespace
