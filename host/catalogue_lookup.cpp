@@ -43,6 +43,14 @@ std::string Unknown(const std::string& what, std::string_view nearest, const std
 
 } // namespace
 
+std::vector<const AVBased::EffectInfo*> AllEffects() {
+    std::vector<const AVBased::EffectInfo*> effects;
+    effects.reserve(AVBased::kVideoEffects.size() + AVBased::kAudioEffects.size());
+    for (const auto& effect : AVBased::kVideoEffects) effects.push_back(&effect);
+    for (const auto& effect : AVBased::kAudioEffects) effects.push_back(&effect);
+    return effects;
+}
+
 std::string_view NearestName(std::string_view text, const std::vector<std::string_view>& candidates) {
     constexpr size_t kLettersPerError = 3;  // one slip in "grey", two in "brigthnes"
     constexpr size_t kSmallestFragment = 3; // "blur" is enough for simple_gauss_blur
@@ -69,8 +77,9 @@ std::string_view NearestName(std::string_view text, const std::vector<std::strin
 const AVBased::EffectInfo& RequireEffect(const std::string& name) {
     if (const auto* effect = AVBased::FindEffect(name)) return *effect;
     std::vector<std::string_view> names;
-    for (const auto& effect : AVBased::kVideoEffects) names.emplace_back(effect.name);
-    for (const auto& effect : AVBased::kAudioEffects) names.emplace_back(effect.name);
+    const auto effects = AllEffects();
+    names.reserve(effects.size());
+    for (const auto* effect : effects) names.emplace_back(effect->name);
     throw Error(ErrorKind::Usage,
                 Unknown("effect '" + name + "'", NearestName(name, names), "`aveffect list` shows them all"));
 }
@@ -78,6 +87,7 @@ const AVBased::EffectInfo& RequireEffect(const std::string& name) {
 const AVBased::PropertyInfo& RequireProperty(const AVBased::EffectInfo& effect, const std::string& name) {
     if (const auto* property = AVBased::FindProperty(effect, name)) return *property;
     std::vector<std::string_view> names;
+    names.reserve(effect.properties.size() + 1);
     for (const auto& property : effect.properties) names.emplace_back(property.name);
     names.emplace_back(AVBased::kDurationProperty.name);
     throw Error(ErrorKind::Usage,

@@ -8,6 +8,9 @@
 
 namespace aveffect {
 
+/// Every effect, video before audio, each in its factory's order.
+std::vector<const AVBased::EffectInfo*> AllEffects();
+
 /// The candidate that the text was probably meant to be: few typing errors away, or containing it. Empty when
 /// none is near. Letter case does not count; among equals the first wins.
 std::string_view NearestName(std::string_view text, const std::vector<std::string_view>& candidates);

@@ -41,9 +41,10 @@ std::string Unescape(const std::string& text) {
 void SetProperty(AVBased::IVideoProc& proc, const std::string& name, const std::string& value) {
     GetBaseException()->Clear();
     if (proc.SetProperty(name.c_str(), value.c_str())) return;
+    std::string message = std::string(proc.GetName()) + " does not take " + name + "='" + value + "'";
     const std::string reason = GetBaseException()->GetExceptionMsg();
-    throw Error(ErrorKind::Usage, std::string(proc.GetName()) + " does not take " + name + "='" + value +
-                                      "'" + (reason.empty() ? "" : ": " + reason));
+    if (!reason.empty()) message += ": " + reason;
+    throw Error(ErrorKind::Usage, message);
 }
 
 } // namespace
@@ -64,7 +65,7 @@ EffectSpec ParseEffect(const std::string& text, bool lenient) {
         const AVBased::PropertyInfo& property = RequireProperty(effect, name);
         if (equals == std::string::npos)
             throw Error(ErrorKind::Usage,
-                        name + " of " + spec.name + " has no value; write " + name + "=value");
+                        name + " of " + effect.name + " has no value; write property=value");
         const std::string value = Unescape(setting.substr(equals + 1));
         spec.properties.emplace_back(name, lenient ? value : TranslateValue(effect, property, value));
     }

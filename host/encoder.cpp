@@ -193,6 +193,8 @@ void Encoder::SetQuality(const EncoderChoice& choice) {
         (!known || av_opt_set(m_context->priv_data, "preset", choice.preset.c_str(), 0) < 0))
         throw Error(ErrorKind::Usage, std::string("the encoder ") + choice.codec->name + " has no preset \"" +
                                           choice.preset + "\"");
+    // x265 prints on its own unless told not to.
+    av_opt_set(m_context->priv_data, "x265-params", "log-level=none", 0);
     if (choice.crf) {
         m_context->bit_rate = 0; // libvpx keeps to a bit rate otherwise
         const int code = av_opt_set_double(m_context->priv_data, "crf", *choice.crf, 0);

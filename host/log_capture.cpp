@@ -14,21 +14,21 @@ extern "C" {
 namespace aveffect {
 namespace {
 
-thread_local std::string lastError;
+thread_local std::string firstError;
 
 // Called from C: nothing may be thrown, so the line is cut to a fixed size and an allocation failure loses
 // it.
 void Keep(void* /*origin*/, int level, const char* format, va_list arguments) noexcept {
-    if (level > AV_LOG_ERROR) return;
+    if (level > AV_LOG_ERROR || !firstError.empty()) return;
     char line[512];
     if (std::vsnprintf(line, sizeof line, format, arguments) < 0) return;
     try {
         std::string text = line;
-        while (!text.empty() && (text.back() == '\n' || text.back() == '.' || text.back() == ' '))
-            text.pop_back();
-        if (!text.empty()) lastError = std::move(text);
+        text = text.substr(0, text.find('\n')); // some errors go on for lines
+        text.erase(text.find_last_not_of(" .:") + 1);
+        firstError = std::move(text);
     } catch (...) {
-        lastError.clear();
+        firstError.clear();
     }
 }
 
@@ -39,7 +39,7 @@ void CaptureLibraryLog() {
     std::call_once(once, [] { av_log_set_callback(Keep); });
 }
 
-std::string TakeLibraryError() { return std::exchange(lastError, {}); }
+std::string TakeLibraryError() { return std::exchange(firstError, {}); }
 
 std::string AvText(int code) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};

@@ -8,7 +8,8 @@ namespace aveffect {
 /// last error line of each thread is kept. Safe from any thread.
 void CaptureLibraryLog();
 
-/// The calling thread's last error line, which is forgotten. Empty when there is none.
+/// The calling thread's error line, which is then forgotten. Empty when there is none. Call it before an
+/// operation too, so that what it returns afterwards is about that operation.
 std::string TakeLibraryError();
 
 } // namespace aveffect

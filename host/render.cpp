@@ -79,6 +79,8 @@ public:
                    options.threads, cancel)
         , m_limits{options.fromMs, options.toMs, options.frameLimit}
         , m_span(m_source, m_limits)
+        , m_base(m_source.Pictures().time_base)
+        , m_expected(m_span.ExpectedPictures())
         , m_chain(plugin, &m_manager, options.effects, EffectLength(m_span.LengthMs(), m_source, m_reporter))
         , m_turn(TurnFor(m_source, m_plan, m_reporter))
         , m_stage(m_chain, options.pixelFormat, m_turn, m_reporter) {}
@@ -141,9 +143,8 @@ private:
     }
 
     AVFramePtr ApplyEffects(AVFramePtr picture) {
-        const AVRational base = m_source.Pictures().time_base;
-        const int time = ToMs(picture->pts, base);
-        const int duration = ToMs(picture->pkt_duration, base);
+        const int time = ToMs(picture->pts, m_base);
+        const int duration = ToMs(picture->pkt_duration, m_base);
         return m_stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration));
     }
 
@@ -202,7 +203,7 @@ private:
         m_lastProgress = now;
         RenderProgress progress;
         progress.framesDone = done;
-        progress.framesExpected = last ? done : m_span.ExpectedPictures();
+        progress.framesExpected = last ? done : m_expected;
         progress.secondsElapsed = std::chrono::duration<double>(now - m_started).count();
         if (progress.secondsElapsed > 0)
             progress.framesPerSecond = static_cast<double>(done) / progress.secondsElapsed;
@@ -220,6 +221,8 @@ private:
     Source m_source;
     SpanLimits m_limits;
     SpanReader m_span;
+    const AVRational m_base; ///< of the pictures' times
+    const std::optional<int64_t> m_expected;
     MediaManager m_manager;
     EffectChain m_chain;
     std::string m_turn;

@@ -115,7 +115,7 @@ void Sink::AddPictureStream(const Setup& setup) {
 }
 
 void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
-    m_streamMap.assign(m_source.Format().nb_streams, -1);
+    m_copies.resize(m_source.Format().nb_streams);
     for (const AVStream* stream : m_source.CopiedStreams()) {
         const AVCodecID codec = stream->codecpar->codec_id;
         const AVMediaType type = stream->codecpar->codec_type;
@@ -128,15 +128,14 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
                         "." + setup.plan.Kind() + " files can't hold " + what +
                             ", which is copied as it is; these can: " + ContainersFor(codec));
         if (taken && (type != AVMEDIA_TYPE_AUDIO || holdsSound)) {
-            m_streamMap[static_cast<size_t>(stream->index)] = static_cast<int>(m_output->nb_streams);
-            AddCopiedStream(*stream);
+            m_copies[static_cast<size_t>(stream->index)] = {AddCopiedStream(*stream), stream->time_base};
         } else {
             reporter.Warn("." + setup.plan.Kind() + " files can't hold " + what + "; it is left out");
         }
     }
 }
 
-void Sink::AddCopiedStream(const AVStream& stream) {
+AVStream* Sink::AddCopiedStream(const AVStream& stream) {
     AVStream* copy = avformat_new_stream(m_output.get(), nullptr);
     if (!copy || avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0)
         throw Error(ErrorKind::Output, "out of memory");
@@ -149,6 +148,7 @@ void Sink::AddCopiedStream(const AVStream& stream) {
     copy->time_base = stream.time_base;
     copy->disposition = stream.disposition;
     CopyTags(&copy->metadata, stream.metadata);
+    return copy;
 }
 
 // Chapters keep to their pictures: they are moved with the span and cut to it.
@@ -202,12 +202,11 @@ void Sink::DrainEncoder() {
 }
 
 void Sink::WritePacket(AVPacketPtr packet) {
-    const int target = m_streamMap[static_cast<size_t>(packet->stream_index)];
-    if (target < 0) return;
-    const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
-    packet->stream_index = target;
+    const Copy& copy = m_copies[static_cast<size_t>(packet->stream_index)];
+    if (!copy.target) return;
+    packet->stream_index = copy.target->index;
     packet->pos = -1;
-    av_packet_rescale_ts(packet.get(), base, m_output->streams[target]->time_base);
+    av_packet_rescale_ts(packet.get(), copy.base, copy.target->time_base);
     WriteInterleaved(packet.get());
 }
 

@@ -41,9 +41,13 @@ public:
     int64_t Pictures() const noexcept { return m_pictures; }
 
 private:
+    struct Copy {
+        AVStream* target = nullptr; ///< null for streams that are left out
+        AVRational base{1, 1}; ///< of the packets; kept, since the source's own lists change while it is read
+    };
     void MapStreams(const Setup& setup, Reporter& reporter);
     void AddPictureStream(const Setup& setup);
-    void AddCopiedStream(const AVStream& stream);
+    AVStream* AddCopiedStream(const AVStream& stream);
     void CopyChapters(const Setup& setup);
     void DrainEncoder();
     void WriteInterleaved(AVPacket* packet);
@@ -56,7 +60,7 @@ private:
     std::unique_ptr<OutputFile> m_file;
     OutputContextPtr m_output; ///< after m_file, whose AVIOContext it writes to
     AVStream* m_pictureStream = nullptr;
-    std::vector<int> m_streamMap; ///< source index to output index, -1 for none
+    std::vector<Copy> m_copies; ///< by source index
     mediabridge::AVPacketPtr m_packet;
     std::map<int64_t, int64_t> m_durations; ///< of pictures in the encoder, by time
     int64_t m_pictures = 0;

@@ -114,9 +114,11 @@ void SpanReader::TakePacket(AVPacketPtr packet) {
     PassPacket(std::move(packet));
 }
 
-// Hands the packet out when it starts inside the span.
+// Hands the packet out when it starts inside the span; a subtitle that is being shown when the span starts
+// stays too.
 void SpanReader::PassPacket(AVPacketPtr packet) {
     const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
+    KeepShownSubtitle(*packet);
     const int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts;
     if (time != AV_NOPTS_VALUE) {
         const Moment moment{time, base};
@@ -128,6 +130,17 @@ void SpanReader::PassPacket(AVPacketPtr packet) {
     if (packet->pts != AV_NOPTS_VALUE) packet->pts -= shift;
     if (packet->dts != AV_NOPTS_VALUE) packet->dts -= shift;
     m_ready.push_back({nullptr, std::move(packet)});
+}
+
+void SpanReader::KeepShownSubtitle(AVPacket& packet) const {
+    const AVStream& stream = *m_source.Format().streams[packet.stream_index];
+    if (!m_limits.fromMs || stream.codecpar->codec_type != AVMEDIA_TYPE_SUBTITLE ||
+        packet.pts == AV_NOPTS_VALUE)
+        return;
+    const int64_t start = av_rescale_q(*m_start, Base(), stream.time_base);
+    if (packet.pts >= start || packet.pts + packet.duration <= start) return;
+    packet.duration -= start - packet.pts;
+    packet.pts = packet.dts = start;
 }
 
 // Packets held back are decided on again, now that more is known.

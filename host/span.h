@@ -48,6 +48,7 @@ private:
     void TakePicture(mediabridge::AVFramePtr picture);
     void TakePacket(mediabridge::AVPacketPtr packet);
     void PassPacket(mediabridge::AVPacketPtr packet);
+    void KeepShownSubtitle(AVPacket& packet) const;
     void ReleaseHeld(bool all);
     void EmitPending(int64_t duration);
     void EndPictures(const Moment& end);

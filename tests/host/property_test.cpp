@@ -41,23 +41,26 @@ TEST(Properties, FullRangeStaysWhereItCanBeSaid) {
 
 TEST(Properties, RotationIsCopiedOrCarriedOut) {
     const clips::TemporaryDirectory directory;
-    clips::Make(directory / "flat.mp4", "64x48", 25, 0.2, "-c:v libx264 -pix_fmt yuv420p");
-    const std::string input = directory / "in.mp4";
-    clips::Run("ffmpeg -v error -nostdin -i " + (directory / "flat.mp4") +
-               " -c copy -metadata:s:v rotate=90 " + input);
-    const std::string matrix = "ffprobe -v error -show_entries stream_side_data=rotation -of csv=p=0 ";
-    ASSERT_FALSE(clips::RunText(matrix + input).empty());
+    clips::Make(directory / "flat.mp4", "64x48", 25, 0.12, "-c:v libx264 -pix_fmt yuv420p");
+    const std::string rotation = "ffprobe -v error -show_entries stream_side_data=rotation -of csv=p=0 ";
+    for (const std::string angle : {"90", "180", "270"}) {
+        const std::string input = directory / (angle + ".mp4");
+        clips::Run("ffmpeg -v error -nostdin -i " + (directory / "flat.mp4") +
+                   " -c copy -metadata:s:v rotate=" + angle + " " + input);
+        ASSERT_FALSE(clips::RunText(rotation + input).empty());
+        const std::string said = directory / (angle + ".mov");
+        clips::Render(input, said, "libx264");
+        EXPECT_EQ(clips::RunText(rotation + said), clips::RunText(rotation + input));
+        EXPECT_EQ(clips::Probe(said, "width"), "64");
 
-    clips::Render(input, directory / "out.mov", "libx264");
-    EXPECT_EQ(clips::RunText(matrix + (directory / "out.mov")), clips::RunText(matrix + input));
-    EXPECT_EQ(clips::Probe(directory / "out.mov", "width"), "64");
-
-    clips::Render(input, directory / "out.mkv", "ffv1", {});
-    EXPECT_EQ(clips::Probe(directory / "out.mkv", "width"), "48");
-    EXPECT_TRUE(clips::RunText(matrix + (directory / "out.mkv")).empty());
-    // The ffmpeg program turns pictures on its own.
-    EXPECT_TRUE(clips::Decode(directory / "out.mkv") ==
-                clips::Run("ffmpeg -v error -nostdin -i " + input + " -f rawvideo -"));
+        const std::string turned = directory / (angle + ".mkv");
+        clips::Render(input, turned, "ffv1", {});
+        EXPECT_TRUE(clips::RunText(rotation + turned).empty());
+        EXPECT_EQ(clips::Probe(turned, "width"), angle == "180" ? "64" : "48");
+        // The ffmpeg program turns pictures on its own.
+        EXPECT_TRUE(clips::Decode(turned) ==
+                    clips::Run("ffmpeg -v error -nostdin -i " + input + " -f rawvideo -"));
+    }
 }
 
 TEST(Properties, AlphaGoesToWebmAndBack) {
