@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "cli/catalogue_text.h"
+#include "host/catalogue_lookup.h"
 #include "host/value_text.h"
 
 namespace aveffect {
@@ -71,8 +72,7 @@ ordered_json EffectJson(const EffectInfo& effect) {
 
 ordered_json CatalogueJson() {
     ordered_json effects = ordered_json::array();
-    for (const auto& effect : AVBased::kVideoEffects) effects.push_back(EffectJson(effect));
-    for (const auto& effect : AVBased::kAudioEffects) effects.push_back(EffectJson(effect));
+    for (const EffectInfo* effect : AllEffects()) effects.push_back(EffectJson(*effect));
     return {{"effects", effects}};
 }
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <vector>
 
+#include "host/catalogue_lookup.h"
 #include "host/value_text.h"
 
 namespace aveffect {
@@ -41,13 +41,6 @@ std::string_view KindHeading(EffectKind kind) {
         break;
     }
     return "Audio";
-}
-
-std::vector<const EffectInfo*> AllEffects() {
-    std::vector<const EffectInfo*> effects;
-    for (const auto& effect : AVBased::kVideoEffects) effects.push_back(&effect);
-    for (const auto& effect : AVBased::kAudioEffects) effects.push_back(&effect);
-    return effects;
 }
 
 std::string Padded(std::string_view text, size_t width) {

@@ -18,6 +18,7 @@ class CatalogueOutput : public test::ProgramTest {};
 
 std::vector<const AVBased::EffectInfo*> Effects() {
     std::vector<const AVBased::EffectInfo*> effects;
+    effects.reserve(AVBased::kVideoEffects.size() + AVBased::kAudioEffects.size());
     for (const auto& effect : AVBased::kVideoEffects) effects.push_back(&effect);
     for (const auto& effect : AVBased::kAudioEffects) effects.push_back(&effect);
     return effects;

@@ -33,6 +33,7 @@ void Redirect(const fs::path& file, int descriptor) {
 RunningProgram::RunningProgram(const std::vector<std::string>& command, const fs::path& workingDirectory)
     : m_files(MakeDirectory() / "program") {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     const fs::path out = m_files.string() + ".out", err = m_files.string() + ".err";
