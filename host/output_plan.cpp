@@ -49,10 +49,10 @@ const StillFormat* FindStill(const std::string& target) {
 
 [[noreturn]] void ThrowUnknownExtension(const std::string& target, bool stillsOnly) {
     const std::string extension = Extension(target);
-    std::string known = kStillNames;
+    std::string known;
     if (!stillsOnly)
-        for (auto container = kContainers.rbegin(); container != kContainers.rend(); ++container)
-            known = std::string(*container) + ", " + known;
+        for (const char* container : kContainers) known.append(container).append(", ");
+    known += kStillNames;
     throw Error(ErrorKind::Output,
                 target + ": " +
                     (extension.empty() ? "no extension tells the format"
