@@ -11,6 +11,10 @@ extern "C" {
 
 namespace mediabridge {
 
+/// Log offset for the libraries' functions that take one: nothing they say is shown, their results tell
+/// enough. (Beyond 255 minus the quietest level it would wrap round.)
+inline constexpr int kSilent = 100;
+
 struct FrameDeleter {
     void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
 };

@@ -107,8 +107,8 @@ struct PictureLayout {
 };
 
 bool LayOut(AVPixelFormat format, int width, int height, PictureLayout& layout) {
-    if (av_image_check_size2(static_cast<unsigned>(width), static_cast<unsigned>(height), INT64_MAX, format,
-                             0, nullptr) < 0 ||
+    if (av_image_check_size(static_cast<unsigned>(width), static_cast<unsigned>(height), kSilent, nullptr) <
+            0 ||
         av_image_fill_linesizes(layout.lineSizes.data(), format, width) < 0)
         return false;
     std::array<std::ptrdiff_t, 4> pitches{};

@@ -16,17 +16,27 @@ namespace {
 
 constexpr int kUnity = 1 << 16; ///< libswscale's contrast and saturation of 1
 
-int Flags(ScaleQuality quality) {
-    // The fastest way may be off by two; the others round as they should and take chroma at every pixel.
-    switch (quality) {
-    case ScaleQuality::Fastest:
-        return SWS_FAST_BILINEAR;
-    case ScaleQuality::Bilinear:
-        return SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
-    case ScaleQuality::Bicubic:
-        break;
-    }
-    return SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+/// libswscale takes chroma at every pixel for these alone, and complains about the others.
+bool TakesChromaAtEveryPixel(AVPixelFormat target) {
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(target);
+    return (descriptor->flags & AV_PIX_FMT_FLAG_RGB) && descriptor->comp[0].depth >= 8;
+}
+
+/// Bicubic needs four rows and columns of every plane around a sample; on planes with less than six,
+/// libswscale drops some of its taps.
+bool IsTooSmallForBicubic(AVPixelFormat format, int width, int height) {
+    constexpr int kLeast = 6;
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+    return AV_CEIL_RSHIFT(width, descriptor->log2_chroma_w) < kLeast ||
+           AV_CEIL_RSHIFT(height, descriptor->log2_chroma_h) < kLeast;
+}
+
+/// The fastest way may be off by two; the others round as they should.
+int Flags(ScaleQuality quality, AVPixelFormat source, int width, int height, AVPixelFormat target) {
+    if (quality == ScaleQuality::Fastest) return SWS_FAST_BILINEAR;
+    const bool bicubic = quality == ScaleQuality::Bicubic && !IsTooSmallForBicubic(source, width, height);
+    return (bicubic ? SWS_BICUBIC : SWS_BILINEAR) | SWS_ACCURATE_RND |
+           (TakesChromaAtEveryPixel(target) ? SWS_FULL_CHR_H_INT : 0);
 }
 
 std::string Describe(AVPixelFormat format, int width, int height) {
@@ -87,11 +97,16 @@ bool Scaler::Prepare(const Shape& shape) {
     SwsContextPtr context(sws_alloc_context());
     if (!context) return false;
     const std::pair<const char*, int> options[] = {
-        {"srcw", shape.source.width},        {"srch", shape.source.height},
-        {"src_format", shape.source.format}, {"src_range", shape.source.range == AVCOL_RANGE_JPEG},
-        {"dstw", shape.target.width},        {"dsth", shape.target.height},
-        {"dst_format", shape.target.format}, {"dst_range", shape.target.range == AVCOL_RANGE_JPEG},
-        {"sws_flags", Flags(m_quality)},
+        {"srcw", shape.source.width},
+        {"srch", shape.source.height},
+        {"src_format", shape.source.format},
+        {"src_range", shape.source.range == AVCOL_RANGE_JPEG},
+        {"dstw", shape.target.width},
+        {"dsth", shape.target.height},
+        {"dst_format", shape.target.format},
+        {"dst_range", shape.target.range == AVCOL_RANGE_JPEG},
+        {"sws_flags",
+         Flags(m_quality, shape.source.format, shape.source.width, shape.source.height, shape.target.format)},
     };
     for (const auto& [name, value] : options)
         if (av_opt_set_int(context.get(), name, value, 0) < 0) return false;

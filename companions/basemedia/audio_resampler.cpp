@@ -23,9 +23,6 @@ namespace {
 using mediabridge::AudioFrame;
 using Planes = std::vector<std::vector<unsigned char>>;
 
-/// Raises the level of libswresample's messages beyond all that are shown: failures are reported by the
-/// record.
-constexpr int kSilent = 1000;
 constexpr int kMaxChannels = 64;
 
 AVChannelLayout SpeakersFor(unsigned mask, int channels) {
@@ -146,9 +143,10 @@ private:
         // As many channels as there are stay as they are, whatever speakers they are for.
         AVChannelLayout to = shape.channels == m_target.channels ? from : SpeakersFor(0, m_target.channels);
         SwrContext* made = nullptr;
-        const int result = swr_alloc_set_opts2(
-            &made, &to, m_layout.LibraryFormat(m_target.interleaved), static_cast<int>(m_target.rate), &from,
-            layout.LibraryFormat(shape.interleaved), static_cast<int>(shape.rate), kSilent, nullptr);
+        const int result = swr_alloc_set_opts2(&made, &to, m_layout.LibraryFormat(m_target.interleaved),
+                                               static_cast<int>(m_target.rate), &from,
+                                               layout.LibraryFormat(shape.interleaved),
+                                               static_cast<int>(shape.rate), mediabridge::kSilent, nullptr);
         mediabridge::SwrContextPtr context(made);
         if (result < 0 || swr_init(context.get()) < 0)
             throw Failure(AVBased::kUnknownException,

@@ -164,9 +164,9 @@ private:
             std::uint64_t{m_margins.left} + m_margins.right + static_cast<unsigned>(picture->width);
         const std::uint64_t height =
             std::uint64_t{m_margins.top} + m_margins.bottom + static_cast<unsigned>(picture->height);
-        const bool possible =
-            width <= INT_MAX && height <= INT_MAX &&
-            av_image_check_size(static_cast<unsigned>(width), static_cast<unsigned>(height), 0, nullptr) >= 0;
+        const bool possible = width <= INT_MAX && height <= INT_MAX &&
+                              av_image_check_size(static_cast<unsigned>(width), static_cast<unsigned>(height),
+                                                  mediabridge::kSilent, nullptr) >= 0;
         if (!possible)
             throw Failure(AVBased::kUnknownException, "Margins make a picture of " + std::to_string(width) +
                                                           "x" + std::to_string(height) +

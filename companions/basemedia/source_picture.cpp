@@ -149,7 +149,7 @@ mediabridge::AVFramePtr ReadPicture(AVBased::IRawVideoFrame* source) {
     unsigned width = 0;
     unsigned height = 0;
     source->GetDimension(&width, &height);
-    if (av_image_check_size(width, height, 0, nullptr) < 0)
+    if (av_image_check_size(width, height, mediabridge::kSilent, nullptr) < 0)
         throw Failure(AVBased::kUnknownException, "A picture of " + std::to_string(width) + "x" +
                                                       std::to_string(height) + " pixels can't be read");
     mediabridge::AVFramePtr picture =

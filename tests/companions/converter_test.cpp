@@ -1,0 +1,230 @@
+/// Image converters on any host's frames.
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "aveffect/base_media.h"
+#include "aveffect/errors.h"
+#include "tests/companions/guarded_frame.h"
+
+namespace {
+
+using namespace test;
+using namespace AVBased;
+
+struct Releaser {
+    void operator()(IImageConverter* converter) const { converter->Release(); }
+};
+using ConverterPtr = std::unique_ptr<IImageConverter, Releaser>;
+
+FramePtr ConvertTo(unsigned format, IRawVideoFrame& source, unsigned quality = 4, unsigned width = 0,
+                   unsigned height = 0) {
+    const ConverterPtr converter(CreateImageConverterEx(format, width, height, quality));
+    if (!converter) throw std::runtime_error(GetBaseException()->GetExceptionMsg());
+    FramePtr result(converter->Convert(&source));
+    if (!result) throw std::runtime_error(GetBaseException()->GetExceptionMsg());
+    return result;
+}
+
+/// Every id of the frame table but PAL8 (its palette is no part of a frame) and UYYVYY411 (which libswscale
+/// lacks).
+std::vector<unsigned> ServedFormats() {
+    std::vector<unsigned> formats;
+    for (unsigned id = 0; id <= 101; ++id)
+        if (mediabridge::TablePlaneCount(id) && id != PAL8 && id != UYYVYY411) formats.push_back(id);
+    return formats;
+}
+
+bool IsBitmap(unsigned format) { return format == MONOWHITE || format == MONOBLACK; }
+
+class ConverterTest : public testing::Test {
+protected:
+    void SetUp() override {
+        GetBaseException()->Clear();
+        testing::internal::CaptureStderr();
+    }
+    /// The media libraries talk on standard error by default; ours must not make them.
+    void TearDown() override { EXPECT_EQ(testing::internal::GetCapturedStderr(), ""); }
+};
+
+TEST_F(ConverterTest, ColoursAreThoseOfBT601) {
+    struct Known {
+        unsigned bgr[3], yuv[3];
+    };
+    const Known colours[] = {{{255, 255, 255}, {235, 128, 128}},
+                             {{0, 0, 0}, {16, 128, 128}},
+                             {{0, 0, 255}, {81, 90, 240}},
+                             {{0, 255, 0}, {145, 54, 34}},
+                             {{255, 0, 0}, {41, 240, 110}}};
+    for (const unsigned quality : {0u, 1u, 4u})
+        for (const Known& known : colours) {
+            GuardedFrame frame({.format = BGRA, .width = 16, .height = 8});
+            frame.Fill([&](unsigned, unsigned x, unsigned) { return x % 4 == 3 ? 255 : known.bgr[x % 4]; });
+            const FramePtr yuv = ConvertTo(YUV420P, frame, quality);
+            ASSERT_EQ(yuv->GetPixelFormat(), YUV420P);
+            for (unsigned plane = 0; plane < 3; ++plane)
+                EXPECT_NEAR(Row(*yuv, plane, 2)[3], known.yuv[plane], 1.01);
+            const FramePtr back = ConvertTo(BGRA, *yuv, quality);
+            for (unsigned i = 0; i < 3; ++i) EXPECT_NEAR(Row(*back, 0, 3)[8 + i], known.bgr[i], 4);
+            EXPECT_EQ(Row(*back, 0, 3)[11], 255u);
+        }
+    GuardedFrame white({.format = BGRA, .width = 4, .height = 4});
+    white.Fill([](unsigned, unsigned, unsigned) { return 255; });
+    EXPECT_NEAR(Row(*ConvertTo(YUVJ420P, white), 0, 0)[0], 255, 1);
+    EXPECT_NEAR(Row(*ConvertTo(GRAY8, white), 0, 0)[0], 255, 1);
+}
+
+/// A smooth picture in which every corner has another colour comes back through every format: ids that were
+/// taken for each other, swapped components, and wrong ranges all show.
+TEST_F(ConverterTest, EveryFormatThereAndBack) {
+    constexpr unsigned kSide = 64;
+    GuardedFrame picture({.format = BGRA, .width = kSide, .height = kSide});
+    GuardedFrame grey({.format = BGRA, .width = kSide, .height = kSide});
+    picture.Fill([](unsigned, unsigned x, unsigned y) {
+        const unsigned ramps[] = {40 + 2 * y, 60 + x / 4 * 2, 200 - y - x / 4, 255};
+        return ramps[x % 4];
+    });
+    grey.Fill([](unsigned, unsigned x, unsigned y) { return x % 4 == 3 ? 255 : 30 + x / 4 * 2 + y; });
+    for (const unsigned format : ServedFormats()) {
+        if (IsBitmap(format)) continue; // see OneBitPictures
+        SCOPED_TRACE(mediabridge::FrameFormatName(format));
+        GuardedFrame& source = format == GRAY8 ? grey : picture;
+        const FramePtr there = ConvertTo(format, source);
+        EXPECT_EQ(there->GetPixelFormat(), format);
+        const FramePtr back = ConvertTo(BGRA, *there);
+        const std::vector<unsigned> before = Pixels(source), after = Pixels(*back);
+        ASSERT_EQ(before.size(), after.size());
+        double sum = 0;
+        for (std::size_t i = 0; i < before.size(); ++i)
+            sum += std::abs(static_cast<int>(before[i]) - static_cast<int>(after[i]));
+        // Five bits a component alone cost two on average.
+        EXPECT_LT(sum / static_cast<double>(before.size()), 3.2);
+    }
+}
+
+TEST_F(ConverterTest, OneBitPictures) {
+    GuardedFrame halves({.format = BGRA, .width = 18, .height = 2});
+    halves.Fill([](unsigned, unsigned x, unsigned) { return x % 4 == 3 || x / 4 >= 8 ? 255 : 0; });
+    EXPECT_EQ(Row(*ConvertTo(MONOBLACK, halves), 0, 0), (std::vector<unsigned>{0x00, 0xFF}));
+    EXPECT_EQ(Row(*ConvertTo(MONOWHITE, halves), 0, 0), (std::vector<unsigned>{0xFF, 0x00}));
+    EXPECT_EQ(Pixels(*ConvertTo(BGRA, *ConvertTo(MONOWHITE, halves))), Pixels(halves));
+}
+
+/// Whatever the size, the rounding of chroma, the order of rows and the place in memory: nothing outside is
+/// read, and the picture is the same.
+TEST_F(ConverterTest, ReadsNothingOutsideAndAllInside) {
+    const unsigned sizes[][2] = {{1, 1}, {2, 3}, {3, 2}, {5, 1}, {7, 5}, {17, 9}, {33, 31}};
+    for (const unsigned format : ServedFormats())
+        for (const auto& size : sizes) {
+            SCOPED_TRACE(mediabridge::FrameFormatName(format) + " " + std::to_string(size[0]) + "x" +
+                         std::to_string(size[1]));
+            std::vector<std::vector<unsigned>> results;
+            for (unsigned variant = 0; variant < 8; ++variant) {
+                GuardedFrame frame({.format = format,
+                                    .width = size[0],
+                                    .height = size[1],
+                                    .extraPitch = variant & 4 ? 5u : 0u,
+                                    .roundUp = false,
+                                    .bottomUp = (variant & 1) != 0,
+                                    .atEnd = (variant & 2) != 0});
+                frame.Fill([](unsigned plane, unsigned x, unsigned y) { return plane * 50 + x * 7 + y * 3; });
+                results.push_back(Pixels(*ConvertTo(BGRA, frame)));
+                EXPECT_EQ(results.back().size(), std::size_t{size[0]} * size[1] * 4);
+                EXPECT_EQ(results.back(), results.front()) << "variant " << variant;
+            }
+        }
+}
+
+TEST_F(ConverterTest, MissingChromaRepeatsAndPresentChromaCounts) {
+    for (const unsigned format : {YUV420P, YUV410P, NV12, YUV420P10LE, YUYV422}) {
+        SCOPED_TRACE(mediabridge::FrameFormatName(format));
+        const unsigned unit = format == NV12 || format == YUV420P10LE ? 2 : format == YUYV422 ? 4 : 1;
+        std::vector<unsigned> results[3];
+        for (const int kind : {0, 1, 2}) {
+            GuardedFrame frame({.format = format, .width = 13, .height = 13, .roundUp = kind != 0});
+            GuardedFrame rounded({.format = format, .width = 13, .height = 13});
+            frame.Fill([&](unsigned plane, unsigned x, unsigned y) {
+                const bool tenBitTop = format == YUV420P10LE && x % 2;
+                if (tenBitTop) return 1u;
+                const bool chroma = plane > 0 || (format == YUYV422 && x % 2);
+                const auto& there = rounded.PlaneAt(plane);
+                if (kind == 1 && chroma) { // what a frame that rounds down is completed to
+                    if (x >= there.bytes) x -= unit;
+                    y = std::min(y, there.rows - 1);
+                }
+                if (kind == 2 && chroma && (x >= there.bytes || y >= there.rows)) return 250u;
+                return 60 + 40 * plane + 3 * (x % unit) + 5 * (x / unit) + 2 * y;
+            });
+            results[kind] = Pixels(*ConvertTo(BGRA, frame));
+        }
+        EXPECT_EQ(results[0], results[1]);
+        EXPECT_NE(results[0], results[2]);
+    }
+}
+
+TEST_F(ConverterTest, ScalesAndKeepsProperties) {
+    GuardedFrame frame({.format = YUV422P, .width = 40, .height = 30});
+    frame.Fill([](unsigned plane, unsigned, unsigned) { return plane ? 128 : 100; });
+    frame.SetTimeStamp(-5);
+    frame.SetDuration(33);
+    frame.SetInterlaced(true);
+    frame.SetTopFieldFirst(true);
+    for (const unsigned quality : {0u, 1u, 4u}) {
+        const FramePtr result = ConvertTo(YUV420P, frame, quality, 21, 0);
+        unsigned width = 0, height = 0;
+        result->GetDimension(&width, &height);
+        EXPECT_EQ(width, 21u);
+        EXPECT_EQ(height, 30u);
+        EXPECT_EQ(result->GetTimeStamp(), -5);
+        EXPECT_EQ(result->GetDuration(), 33u);
+        EXPECT_TRUE(result->IsInterlaced() && result->IsTopFieldFirst() && result->IsTopDown());
+        EXPECT_NEAR(result->GetDAR(), 1.5, 1e-6);
+        auto* views = static_cast<IMVCRawVideoFrame*>(result->GetInterface(kMVCInterface));
+        EXPECT_EQ(views->GetViewID(), 5);
+        for (const unsigned luma : Row(*result, 0, 15)) EXPECT_NEAR(luma, 100, 1);
+    }
+    const FramePtr same = ConvertTo(YUV422P, frame);
+    EXPECT_EQ(Pixels(*same), Pixels(frame));
+}
+
+TEST_F(ConverterTest, RefusesWithAReason) {
+    for (const unsigned format : {unsigned{PAL8}, unsigned{UYYVYY411}, 17u, 62u, 4000000000u}) {
+        EXPECT_EQ(CreateImageConverter(format, 0, 0), nullptr);
+        EXPECT_NE(std::string(GetBaseException()->GetExceptionMsg()).find(std::to_string(format)),
+                  std::string::npos);
+        EXPECT_EQ(TakeError(), kUnknownException);
+    }
+    EXPECT_EQ(CreateImageConverter(BGRA, 0x80000000u, 1), nullptr);
+    EXPECT_EQ(TakeError(), kUnknownException);
+
+    const ConverterPtr converter(CreateImageConverter(BGRA, 0, 0));
+    EXPECT_EQ(converter->Convert(nullptr), nullptr);
+    EXPECT_EQ(TakeError(), kBadPointer);
+    GuardedFrame palette({.format = PAL8, .width = 4, .height = 4});
+    EXPECT_EQ(converter->Convert(&palette), nullptr);
+    EXPECT_EQ(TakeError(), kUnknownException);
+    GuardedFrame empty({.format = BGRA, .width = 0, .height = 4});
+    EXPECT_EQ(converter->Convert(&empty), nullptr);
+    EXPECT_EQ(TakeError(), kUnknownException);
+    GuardedFrame narrow({.format = BGRA, .width = 4, .height = 4});
+    --narrow.PlaneAt(0).reported;
+    EXPECT_EQ(converter->Convert(&narrow), nullptr);
+    EXPECT_EQ(TakeError(), kUnknownException);
+    GuardedFrame noMemory({.format = BGRA, .width = 4, .height = 4});
+    noMemory.PlaneAt(0).data = nullptr;
+    EXPECT_EQ(converter->Convert(&noMemory), nullptr);
+    EXPECT_EQ(TakeError(), kBadPointer);
+    GuardedFrame tight({.format = YUV420P10LE, .width = 4, .height = 4});
+    tight.PlaneAt(0).pitch = 4; // room for one byte a sample alone
+    EXPECT_EQ(converter->Convert(&tight), nullptr);
+    EXPECT_EQ(TakeError(), kUnknownException);
+    const ConverterPtr huge(CreateImageConverter(BGRA, 0x7FFFFFFF, 0x7FFFFFFF));
+    GuardedFrame small({.format = BGRA, .width = 4, .height = 4});
+    EXPECT_EQ(huge->Convert(&small), nullptr);
+    EXPECT_NE(TakeError(), kNoError);
+}
+
+} // namespace
