@@ -89,7 +89,7 @@ AVBufferRef* BorrowBuffer(std::size_t size) try {
     if (loan->block.empty()) return nullptr;
     std::uint8_t* data = loan->block.front().data.get();
     AVBufferRef* buffer = av_buffer_create(data, size, EndLoan, loan.get(), 0);
-    if (buffer) loan.release(); // the buffer's now; EndLoan frees it
+    if (buffer) static_cast<void>(loan.release()); // the buffer's now; EndLoan frees it
     return buffer;
 } catch (const std::bad_alloc&) {
     return nullptr;

@@ -142,13 +142,6 @@ TEST(VideoFrame, TurnsBottomUpPicturesRound) {
     EXPECT_EQ(luma[pitch * 3 + 5], 5);
 }
 
-TEST(VideoFrame, RefusesWhatTheTableLacks) {
-    EXPECT_FALSE(VideoFrame::Wrap(AllocatePicture(AV_PIX_FMT_YUV444P10LE, 4, 4).get(), 0, 1));
-    EXPECT_FALSE(VideoFrame::Allocate(17, 4, 4));
-    EXPECT_FALSE(VideoFrame::Allocate(BGRA, 0, 4));
-    EXPECT_FALSE(VideoFrame::Allocate(BGRA, 0xFFFFFFFF, 4));
-}
-
 TEST(PicturePool, GivesBlocksBackOut) {
     AVFramePtr first = AllocatePicture(AV_PIX_FMT_BGRA, 1231, 77);
     const auto* block = first->data[0];
