@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build pkg-config
+  git g++ cmake ninja-build pkg-config
   libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev libswresample-dev
   libcli11-dev nlohmann-json3-dev
   libgtest-dev libbenchmark-dev ffmpeg time
