@@ -87,6 +87,7 @@ TEST_F(LoggerTest, KeepsLinesOfThreadsApart) {
     const std::string text(200, 'x');
     testing::internal::CaptureStderr();
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i)
         threads.emplace_back([&text] {
             for (int line = 0; line < kLines; ++line) GetBaseLogger()->Write(3, "t", text.c_str(), 0, 0);
