@@ -31,7 +31,7 @@ void CBaseException::Copy(IBaseException* other) {
     if (other == this) return;
     int line = 0;
     const char* file = other->GetExceptionSource(&line);
-    SetException(other->GetExceptionCode(), other->GetExceptionMsg(), line, file);
+    CBaseException::SetException(other->GetExceptionCode(), other->GetExceptionMsg(), line, file);
 }
 
 namespace BaseTool {

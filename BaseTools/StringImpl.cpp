@@ -62,7 +62,7 @@ int CStringsImpl::InsertString(int iIndex, const char* pStr) {
     return Guarded(-1, [&] {
         auto string = std::make_unique<CStringImpl>(pStr);
         const int index = Insert(iIndex, string.get());
-        if (index >= 0) string.release();
+        if (index >= 0) static_cast<void>(string.release()); // the list's now
         return index;
     });
 }

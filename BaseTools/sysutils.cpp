@@ -18,6 +18,7 @@ std::string GetLastCommonExpAsText() {
            " !!!]";
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers of the library rely on this signature
 std::string FormatCommonExp(const CBaseException& e, std::string format) {
     int line = 0;
     const char* path = e.GetExceptionSource(&line);

@@ -86,8 +86,11 @@ AVEFFECT_INLINE I16 MultiplyAddPairs(U8 a, U8 b) {
 #endif
 
 AVEFFECT_INLINE bool IsZero(U8 x) {
-    static constexpr U8 kZero{};
-    return std::memcmp(&x, &kZero, sizeof x) == 0;
+    uint64_t words[kLanes / 8];
+    std::memcpy(words, &x, sizeof x);
+    uint64_t any = 0;
+    for (const uint64_t word : words) any |= word;
+    return any == 0;
 }
 
 // Where the mask's bits are set a, elsewhere b.
