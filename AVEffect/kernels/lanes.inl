@@ -123,5 +123,6 @@ AVEFFECT_INLINE void ForRow(uint8_t* row, size_t width, const Op& op) {
 template <class Op>
 AVEFFECT_INLINE void ForPlane(Plane8 plane, const Op& op) {
     plane = Joined(plane);
+    if (plane.width == 0) return; // an empty plane may have no address
     for (size_t y = 0; y < plane.rows; ++y) ForRow(plane.Row(y), plane.width, op);
 }

@@ -121,7 +121,7 @@ void ForSamples(HostFrame::Plane& plane, Change change) {
 
 /// Every byte of a plane, from the first row's start to the last row's end of pitch.
 inline void FillPitch(HostFrame::Plane& plane, unsigned char value) {
-    std::memset(plane.Data(), value, size_t{plane.pitch} * plane.rows);
+    std::fill_n(plane.Data(), size_t{plane.pitch} * plane.rows, value);
 }
 
 } // namespace test
