@@ -16,16 +16,9 @@ constexpr unsigned kSubTypeAudio = 2;
 } // namespace
 
 CBasedAudioEffect::CBasedAudioEffect(const char* name)
-    : CBaseAVProc(name, kTypeAudio, kSubTypeAudio) {
-    AddInterface(IAudioProcName, static_cast<IAudioProc*>(this));
-    AddProperty(kDurationProperty);
+    : CProcessor(name, kTypeAudio, kSubTypeAudio, IAudioProcName) {
     Bind(PROP_NAME_DURATION, &m_nDuration);
-    if (const EffectInfo* info = FindEffect(name))
-        for (const PropertyInfo& property : info->properties) AddProperty(property);
-}
-
-void CBasedAudioEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBaseAVProc::OnSetProperty(name, node);
+    AddCataloguedProperties(name);
 }
 
 bool CBasedAudioEffect::Seek(long long) { return true; }

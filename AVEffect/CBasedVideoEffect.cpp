@@ -22,14 +22,8 @@ void CheckArguments(const ImagePostion* position, const IRawVideoFrame* frame) {
 } // namespace
 
 CBasedVideoEffect::CBasedVideoEffect(const char* name, unsigned subType)
-    : CBaseAVProc(name, kTypeVideo, subType) {
-    AddInterface(IVideoProcName, static_cast<IVideoProc*>(this));
-    AddProperty(kDurationProperty);
+    : CProcessor(name, kTypeVideo, subType, IVideoProcName) {
     Bind(PROP_NAME_DURATION, &m_nDuration);
-}
-
-void CBasedVideoEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBaseAVProc::OnSetProperty(name, node);
 }
 
 bool CBasedVideoEffect::Seek(unsigned int) { return true; }
@@ -49,8 +43,7 @@ void CBasedVideoMotionXYEffect::ProcFrameInPlace(ImagePostion* position, int tim
 
 CBasedVideoImageEffect::CBasedVideoImageEffect(const char* name)
     : CBasedVideoEffect(name, kSubTypeImage) {
-    if (const EffectInfo* info = FindEffect(name))
-        for (const PropertyInfo& property : info->properties) AddProperty(property);
+    AddCataloguedProperties(name);
 }
 
 CBasedVideoImageEffect::~CBasedVideoImageEffect() {

@@ -2,33 +2,16 @@
 /// The bases of video effects. A derived effect registers its interfaces and properties in its constructor,
 /// follows property changes, and changes frames in InnerProcFrame; checks, copies and the error boundary are
 /// here.
-#include <string>
-
-#include "avbase/avbase_srcutils/avbase_cbaseavproc.h"
+#include "AVEffect/CProcessor.h"
 
 namespace AVBased {
 
 /// A video processor with the "duration" property that does nothing yet.
-class CBasedVideoEffect : public CBaseAVProc, public IVideoProc {
+class CBasedVideoEffect : public CProcessor<IVideoProc> {
 public:
     CBasedVideoEffect(const char* name, unsigned subType);
 
-    void* GetInterface(const char* name) override { return CBaseAVProc::GetInterface(name); }
-    void Free() override { CBaseAVProc::Free(); }
-    unsigned GetType() override { return CBaseAVProc::GetType(); }
-    unsigned GetSubType() override { return CBaseAVProc::GetSubType(); }
-    const char* GetName() override { return CBaseAVProc::GetName(); }
-    bool SetProperty(const char* name, const char* value) override {
-        return CBaseAVProc::SetProperty(name, value);
-    }
-    const char* GetProperty(const char* name, int* type) override {
-        return CBaseAVProc::GetProperty(name, type);
-    }
-    IStrings* GetPropertyNames() override { return CBaseAVProc::GetPropertyNames(); }
-
     ~CBasedVideoEffect() override = default;
-
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
 
     bool Seek(unsigned int position) override;
     unsigned int GetDuration() override { return m_nDuration; }
@@ -38,8 +21,6 @@ public:
                     IRawVideoFrame* second) override;
 
 protected:
-    using CBaseAVProc::GetProperty;
-
     unsigned m_nDuration = 1;
 };
 
