@@ -1,0 +1,25 @@
+#pragma once
+/// The yardstick: what is timed is reported as a ratio to copying the same bytes.
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+
+namespace bench {
+
+/// Page-aligned memory whose pages are in place.
+using Memory = std::unique_ptr<unsigned char, void (*)(void*)>;
+Memory MakeMemory(size_t bytes);
+
+/// Seconds that memcpy takes for so many bytes between two warm buffers on this thread: the median of many.
+double CopySeconds(size_t bytes);
+
+/// Runs body once an iteration, timed by itself. Reports the median as "ms" and, as "ratio", what it is to
+/// copying so many bytes, measured in the same call right before and after.
+void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<void()>& body);
+
+void RegisterKernelBenchmarks();
+void RegisterEffectBenchmarks();
+
+} // namespace bench

@@ -1,0 +1,83 @@
+// Each effect through the loaded plug-in, in place, with the settings that make it work hardest.
+#include <map>
+
+#include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
+#include "aveffect/catalogue.h"
+#include "bench/copy_time.h"
+#include "tests/support/plugin.h"
+
+namespace bench {
+
+namespace {
+
+using Settings = std::vector<std::pair<const char*, const char*>>;
+
+// Effects that do nothing, or too little, with their defaults.
+std::vector<Settings> SettingsOf(const std::string& effect) {
+    static const std::map<std::string, std::vector<Settings>> kSettings = {
+        {"brightness_contrast",
+         {{{"brightness", "10"}, {"contrast", "20"}},
+          {{"brightness", "10"}, {"contrast", "20"}, {"saturation", "30"}}}},
+    };
+    const auto found = kSettings.find(effect);
+    return found == kSettings.end() ? std::vector<Settings>{{}} : found->second;
+}
+
+struct Picture {
+    unsigned format;
+    const char* name;
+    unsigned width, height;
+};
+
+// A picture in one block, rows without padding.
+class BenchFrame {
+public:
+    explicit BenchFrame(const Picture& picture)
+        : m_frame(false, picture.format, picture.width, picture.height, true)
+        , m_memory(MakeMemory(m_frame.GetRequireSize())) {
+        unsigned char* place = m_memory.get();
+        for (unsigned i = 0; i < m_frame.GetBufferCount(); ++i) {
+            auto* buffer = m_frame.GetBuffer(i);
+            buffer->pitch = buffer->widthBytes;
+            buffer->data = place;
+            place += size_t{buffer->pitch} * buffer->rows;
+        }
+    }
+    AVBased::IRawVideoFrame& Frame() { return m_frame; }
+    size_t Bytes() const { return m_frame.GetRequireSize(); }
+
+private:
+    AVBased::CRawVideoFrame m_frame;
+    Memory m_memory;
+};
+
+void RunEffect(benchmark::State& state, const std::string& effect, const Settings& settings,
+               const Picture& picture) {
+    const test::VideoProc proc = test::MakeVideo(effect);
+    for (const auto& [name, value] : settings) proc->SetProperty(name, value);
+    BenchFrame frame(picture);
+    TimeAgainstCopy(state, frame.Bytes(), [&] { test::Run(*proc, frame.Frame()); });
+}
+
+} // namespace
+
+void RegisterEffectBenchmarks() {
+    constexpr Picture kPictures[] = {{AVBased::BGRA, "BGRA", 1920, 1080},
+                                     {AVBased::YUV420P, "YUV420P", 1920, 1080},
+                                     {AVBased::BGRA, "BGRA", 3840, 2160},
+                                     {AVBased::YUV420P, "YUV420P", 3840, 2160}};
+    for (const AVBased::EffectInfo& effect : AVBased::kVideoEffects)
+        for (const Settings& settings : SettingsOf(effect.name))
+            for (const Picture& picture : kPictures) {
+                std::string name = effect.name;
+                for (const auto& [property, value] : settings)
+                    name += std::string(" ") + property + "=" + value;
+                name += std::string(", ") + picture.name + " " + std::to_string(picture.height) + "p";
+                benchmark::RegisterBenchmark(name.c_str(), [=, effectName = std::string(effect.name)](
+                                                               benchmark::State& state) {
+                    RunEffect(state, effectName, settings, picture);
+                })->UseManualTime();
+            }
+}
+
+} // namespace bench

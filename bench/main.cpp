@@ -1,0 +1,33 @@
+// Prints one table: each benchmark's milliseconds and its ratio to copying the same bytes.
+#include <cstdio>
+
+#include "bench/copy_time.h"
+
+namespace {
+
+class Table : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context&) override {
+        std::printf("%-72s %9s %7s\n", "", "ms", "ratio");
+        return true;
+    }
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs)
+            std::printf("%-72s %9.3f %7.2f\n", run.run_name.function_name.c_str(),
+                        run.counters.at("ms").value, run.counters.at("ratio").value);
+        std::fflush(stdout);
+    }
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    bool json = false;
+    for (int i = 1; i < argc; ++i) json = json || std::string_view(argv[i]) == "--benchmark_format=json";
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    bench::RegisterEffectBenchmarks();
+    bench::RegisterKernelBenchmarks();
+    Table table;
+    benchmark::RunSpecifiedBenchmarks(json ? nullptr : &table);
+}
