@@ -31,16 +31,17 @@ CFilterEffect::CFilterEffect(const char* name, const char* countName, PackedKern
     Bind(countName, &m_nCount);
 }
 
-// One pass over every plane, alpha included. True when a byte changed.
-bool CFilterEffect::FilterFrame(IRawVideoFrame* frame) {
+// One pass over every plane, alpha included. False when no byte changed, which only track finds out.
+bool CFilterEffect::FilterFrame(IRawVideoFrame* frame, bool track) {
     bool changed = false;
     const auto filterPlane = [&](Plane8 plane) {
-        changed |= m_pPlanar(plane, m_Scratch.Require(kernels::FilterScratchBytes(plane.width)));
+        changed |= m_pPlanar(plane, m_Scratch.Require(kernels::FilterScratchBytes(plane.width)), track);
     };
     ForFormat(
         frame,
         [&](Plane32 plane) {
-            changed = m_pPacked(plane, m_Scratch.Require(kernels::FilterScratchBytes(plane.width * 4)));
+            changed =
+                m_pPacked(plane, m_Scratch.Require(kernels::FilterScratchBytes(plane.width * 4)), track);
         },
         [&](const PlanarView& view) {
             filterPlane(view.y);
@@ -58,7 +59,7 @@ void CFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
               std::string(m_strCountName) + " must lie in 0 to 65535; the frame is left as it is");
     // Once a pass changes nothing, no later one does.
     for (unsigned pass = 0; pass < m_nCount; ++pass)
-        if (!FilterFrame(frame)) break;
+        if (!FilterFrame(frame, pass + 1 < m_nCount)) break;
 }
 
 CSimpleGaussBlurEffect::CSimpleGaussBlurEffect()
@@ -72,13 +73,13 @@ CSimpleLaplacianSharpenEffect::CSimpleLaplacianSharpenEffect()
 void gauss_blur_component_c(unsigned char* plane, unsigned width, unsigned pitch, unsigned height) {
     Scratch scratch;
     FilterKernels().blurComponent({plane, width, pitch, height},
-                                  scratch.Require(kernels::FilterScratchBytes(width)));
+                                  scratch.Require(kernels::FilterScratchBytes(width)), false);
 }
 
 void laplacian_sharpen_component_c(unsigned char* plane, unsigned width, unsigned pitch, unsigned height) {
     Scratch scratch;
     FilterKernels().sharpenComponent({plane, width, pitch, height},
-                                     scratch.Require(kernels::FilterScratchBytes(width)));
+                                     scratch.Require(kernels::FilterScratchBytes(width)), false);
 }
 
 CColourEffect::CColourEffect(const char* name)

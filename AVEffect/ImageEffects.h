@@ -14,13 +14,13 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
 
 protected:
-    using PackedKernel = bool (*)(Plane32 plane, uint8_t* scratch) noexcept;
-    using PlanarKernel = bool (*)(Plane8 plane, uint8_t* scratch) noexcept;
+    using PackedKernel = bool (*)(Plane32 plane, uint8_t* scratch, bool track) noexcept;
+    using PlanarKernel = bool (*)(Plane8 plane, uint8_t* scratch, bool track) noexcept;
 
     CFilterEffect(const char* name, const char* countName, PackedKernel packed, PlanarKernel planar);
 
 private:
-    bool FilterFrame(IRawVideoFrame* frame);
+    bool FilterFrame(IRawVideoFrame* frame, bool track);
 
     const char* m_strCountName;
     PackedKernel m_pPacked;

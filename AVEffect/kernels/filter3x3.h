@@ -11,15 +11,16 @@ constexpr size_t FilterScratchBytes(size_t widthBytes) noexcept {
     return 4 * (widthBytes + kWidestRegister) + 4 * kWidestRegister;
 }
 
-/// One level's kernels. All return whether a byte changed; planes smaller than 3x3 stay as they are.
+/// One level's kernels. Planes smaller than 3x3 stay as they are. With track, which costs a little, false
+/// comes back when no byte changed; without it, true may come back then too.
 struct FilterKernels {
     /// 1-2-1 by 1-2-1, divided by 16, rounded down.
-    bool (*blurComponent)(Plane8 plane, uint8_t* scratch) noexcept;
+    bool (*blurComponent)(Plane8 plane, uint8_t* scratch, bool track) noexcept;
     /// The same for each byte of the pixels, alpha included.
-    bool (*blurRgba32)(Plane32 plane, uint8_t* scratch) noexcept;
+    bool (*blurRgba32)(Plane32 plane, uint8_t* scratch, bool track) noexcept;
     /// Nine times the sample less its eight neighbours, limited to 0..255.
-    bool (*sharpenComponent)(Plane8 plane, uint8_t* scratch) noexcept;
-    bool (*sharpenRgba32)(Plane32 plane, uint8_t* scratch) noexcept;
+    bool (*sharpenComponent)(Plane8 plane, uint8_t* scratch, bool track) noexcept;
+    bool (*sharpenRgba32)(Plane32 plane, uint8_t* scratch, bool track) noexcept;
 };
 
 /// The fastest kernels for a feature word (see AVBased::CPUFeature); those of the baseline for 0.

@@ -79,6 +79,7 @@ struct Columns {
         AdvanceRegister(sums[count], next + last, U8{});
     }
 
+    template <bool Track>
     AVEFFECT_INLINE bool FilterRow(uint8_t* row, const uint8_t* next, Sums* sums) const {
         const U8 oldLast = Load<U8>(row + last);
         const U8 newLast = AdvanceRegister(sums[count], next + last, oldLast);
@@ -87,11 +88,11 @@ struct Columns {
             const size_t x = Step + i * kLanes;
             const U8 old = Load<U8>(row + x);
             const U8 result = AdvanceRegister(sums[i], next + x, old);
-            difference |= old ^ result;
+            if constexpr (Track) difference |= old ^ result;
             Store(row + x, result);
         }
         Store(row + last, newLast);
-        return !IsZero(difference);
+        return !Track || !IsZero(difference);
     }
 };
 
@@ -114,8 +115,9 @@ struct NarrowColumns {
         for (size_t x = Step; x < end; ++x) AdvanceColumn(sums[x], next + x, 0);
     }
 
+    template <bool Track>
     bool FilterRow(uint8_t* row, const uint8_t* next, Sums* sums) const {
-        bool changed = false;
+        bool changed = !Track;
         for (size_t x = Step; x < end; ++x) {
             const uint8_t result = TruncToByte(AdvanceColumn(sums[x], next + x, row[x]));
             changed |= result != row[x];
@@ -125,7 +127,7 @@ struct NarrowColumns {
     }
 };
 
-template <class Columns>
+template <class Columns, bool Track>
 AVEFFECT_INLINE bool FilterRows(Plane8 plane, uint8_t* scratch) {
     const Columns columns(plane.width);
     auto* sums = reinterpret_cast<typename Columns::Sums*>(scratch);
@@ -134,26 +136,30 @@ AVEFFECT_INLINE bool FilterRows(Plane8 plane, uint8_t* scratch) {
     columns.Feed(plane.Row(1), sums);
     bool changed = false;
     for (size_t y = 1; y + 1 < plane.rows; ++y)
-        changed |= columns.FilterRow(plane.Row(y), plane.Row(y + 1), sums);
+        changed |= columns.template FilterRow<Track>(plane.Row(y), plane.Row(y + 1), sums);
     return changed;
 }
 
 template <class Filter, size_t Step>
-AVEFFECT_INLINE bool FilterPlane(Plane8 plane, uint8_t* scratch) {
+AVEFFECT_INLINE bool FilterPlane(Plane8 plane, uint8_t* scratch, bool track) {
     if (plane.width < 3 * Step || plane.rows < 3) return false;
-    if (plane.width < kLanes + 2 * Step) return FilterRows<NarrowColumns<Filter, Step>>(plane, scratch);
-    return FilterRows<Columns<Filter, Step>>(plane, scratch);
+    using Narrow = NarrowColumns<Filter, Step>;
+    using Wide = Columns<Filter, Step>;
+    if (plane.width < kLanes + 2 * Step) return FilterRows<Narrow, true>(plane, scratch);
+    return track ? FilterRows<Wide, true>(plane, scratch) : FilterRows<Wide, false>(plane, scratch);
 }
 
-bool BlurComponent(Plane8 plane, uint8_t* scratch) noexcept { return FilterPlane<Blur, 1>(plane, scratch); }
-bool BlurRgba32(Plane32 plane, uint8_t* scratch) noexcept {
-    return FilterPlane<Blur, 4>(plane.Bytes(), scratch);
+bool BlurComponent(Plane8 plane, uint8_t* scratch, bool track) noexcept {
+    return FilterPlane<Blur, 1>(plane, scratch, track);
 }
-bool SharpenComponent(Plane8 plane, uint8_t* scratch) noexcept {
-    return FilterPlane<Sharpen, 1>(plane, scratch);
+bool BlurRgba32(Plane32 plane, uint8_t* scratch, bool track) noexcept {
+    return FilterPlane<Blur, 4>(plane.Bytes(), scratch, track);
 }
-bool SharpenRgba32(Plane32 plane, uint8_t* scratch) noexcept {
-    return FilterPlane<Sharpen, 4>(plane.Bytes(), scratch);
+bool SharpenComponent(Plane8 plane, uint8_t* scratch, bool track) noexcept {
+    return FilterPlane<Sharpen, 1>(plane, scratch, track);
+}
+bool SharpenRgba32(Plane32 plane, uint8_t* scratch, bool track) noexcept {
+    return FilterPlane<Sharpen, 4>(plane.Bytes(), scratch, track);
 }
 
 constexpr FilterKernels kKernels = {BlurComponent, BlurRgba32, SharpenComponent, SharpenRgba32};

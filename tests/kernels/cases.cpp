@@ -63,16 +63,16 @@ void FilterReference(const Plane8& plane, size_t step, Weights weights) {
 }
 
 template <class Plane, class Kernel>
-KernelCase Filter(std::string name, Kernel kernel, Weights weights) {
+KernelCase Filter(std::string name, Kernel kernel, Weights weights, bool track = false) {
     constexpr size_t kStep = std::is_same_v<Plane, Plane32> ? 4 : 1;
     const auto scratch = std::make_shared<AVBased::Scratch>();
     return {std::move(name), 1, kStep,
             [=](const auto& planes) {
                 uint8_t* memory = scratch->Require(AVBased::kernels::FilterScratchBytes(planes[0].width));
                 if constexpr (kStep == 4)
-                    kernel(Pixels(planes[0]), memory);
+                    kernel(Pixels(planes[0]), memory, track);
                 else
-                    kernel(planes[0], memory);
+                    kernel(planes[0], memory, track);
             },
             [=](const auto& planes) { FilterReference(planes[0], kStep, weights); }};
 }
@@ -133,6 +133,7 @@ void AddFilterCases(std::vector<KernelCase>& cases, unsigned features) {
     cases.push_back(Filter<Plane32>("blurRgba32", kernels.blurRgba32, blur));
     cases.push_back(Filter<Plane8>("sharpenComponent", kernels.sharpenComponent, sharpen));
     cases.push_back(Filter<Plane32>("sharpenRgba32", kernels.sharpenRgba32, sharpen));
+    cases.push_back(Filter<Plane32>("sharpenRgba32, tracked", kernels.sharpenRgba32, sharpen, true));
 }
 
 } // namespace
