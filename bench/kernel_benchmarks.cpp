@@ -24,7 +24,10 @@ void RegisterKernelBenchmarks() {
     constexpr struct {
         const char* name;
         unsigned features;
-    } kLevels[] = {{"SSE2", AVBased::kCpuSSE2}, {"AVX2", AVBased::kCpuAVX2}, {"AVX512", AVBased::kCpuAVX512}};
+    } kLevels[] = {{"SSE2", AVBased::kCpuSSE2},
+                   {"AVX2", AVBased::kCpuAVX2},
+                   {"AVX512", AVBased::kCpuAVX512},
+                   {"AVX512VBMI", AVBased::kCpuAVX512 | AVBased::kCpuAVX512VBMI}};
     for (const auto& level : kLevels) {
         if ((AVBasedGetCPUFeatures() & level.features) != level.features) continue;
         for (const test::KernelCase& kernelCase : test::KernelCases(level.features))

@@ -74,14 +74,31 @@ struct Gain16 {
     }
 };
 
+#ifdef AVEFFECT_HAS_TABLES
+// The gain of all 256 bytes, computed once a plane.
+struct GainMap {
+    ByteTable table;
+
+    AVEFFECT_INLINE explicit GainMap(MiddleGain map) {
+        const Gain16 gain(map);
+        U8 bytes{};
+        for (unsigned i = 0; i < kLanes; ++i) bytes[i] = static_cast<uint8_t>(i);
+        for (unsigned i = 0; i < 4; ++i) table.quarters[i] = gain(bytes + static_cast<uint8_t>(i * kLanes));
+    }
+    AVEFFECT_INLINE U8 operator()(U8 samples) const { return table(samples); }
+};
+#else
+using GainMap = Gain16;
+#endif
+
 struct GainPixels {
-    Gain16 map;
+    GainMap map;
     AVEFFECT_INLINE U8 operator()(U8 pixels) const { return Select(AlphaMask(), pixels, map(pixels)); }
 };
 
 // mean + ((c - mean) * gain >> 8): the difference times 2^6, the gain times 2^2.
 struct Saturate {
-    Gain16 map;
+    GainMap map;
     I16 gain;
 
     AVEFFECT_INLINE I16 Spread(I16 c, I16 mean) const { return MultiplyHigh((c - mean) << 6, gain) + mean; }
@@ -99,13 +116,13 @@ void FlipColorRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), FlipColor
 void InvertRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), InvertPixels{}); }
 void AgedFilmRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), AgedFilm{}); }
 void MiddleGainRgba32(Plane32 plane, MiddleGain map) noexcept {
-    ForPlane(plane.Bytes(), GainPixels{Gain16(map)});
+    ForPlane(plane.Bytes(), GainPixels{GainMap(map)});
 }
 void SaturateRgba32(Plane32 plane, MiddleGain map, int32_t gain) noexcept {
-    ForPlane(plane.Bytes(), Saturate{Gain16(map), SplatI16(static_cast<int16_t>(4 * gain))});
+    ForPlane(plane.Bytes(), Saturate{GainMap(map), SplatI16(static_cast<int16_t>(4 * gain))});
 }
 void InvertComponent(Plane8 plane) noexcept { ForPlane(plane, InvertSamples{}); }
-void MiddleGainComponent(Plane8 plane, MiddleGain map) noexcept { ForPlane(plane, Gain16(map)); }
+void MiddleGainComponent(Plane8 plane, MiddleGain map) noexcept { ForPlane(plane, GainMap(map)); }
 
 void SwapPlanes(Plane8 first, Plane8 second) noexcept {
     const size_t width = first.width < second.width ? first.width : second.width;

@@ -8,7 +8,7 @@
 namespace AVBased::kernels {
 
 const FilterKernels& SelectFilterKernels(unsigned features) noexcept {
-    return SelectLevel(features, sse2::kKernels, avx2::kKernels, avx512::kKernels);
+    return SelectLevel(features, sse2::kKernels, avx2::kKernels, avx512::kKernels, avx512vbmi::kKernels);
 }
 
 } // namespace AVBased::kernels

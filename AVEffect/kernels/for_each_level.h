@@ -1,10 +1,10 @@
 // Compiles one kernel body once for each instruction-set level. No include guard: a source file defines
 // AVEFFECT_KERNEL_BODY as the name of its body and includes this once.
 //
-// The body stands in namespace sse2, avx2 and avx512 in turn, compiled for that level alone, with the vector
-// layer of lanes.inl for registers of 16, 32 and 64 bytes. Bodies hold no lambdas and call no library
-// templates: a lambda does not take the level's target with every compiler, and a library template compiled
-// above the baseline could replace the baseline's copy at link time.
+// The body stands in namespace sse2, avx2, avx512 and avx512vbmi in turn, compiled for that level alone, with
+// the vector layer of lanes.inl for registers of 16, 32, 64 and 64 bytes. Bodies hold no lambdas and call no
+// library templates: a lambda does not take the level's target with every compiler, and a library template
+// compiled above the baseline could replace the baseline's copy at link time.
 #include <immintrin.h>
 
 #include <cstddef>
@@ -53,4 +53,13 @@ namespace AVBased::kernels::avx512 {
 #include AVEFFECT_KERNEL_BODY
 } // namespace AVBased::kernels::avx512
 AVEFFECT_END_TARGET
+
+#define AVEFFECT_HAS_TABLES
+AVEFFECT_BEGIN_TARGET("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi")
+namespace AVBased::kernels::avx512vbmi {
+#include "AVEffect/kernels/lanes.inl"
+#include AVEFFECT_KERNEL_BODY
+} // namespace AVBased::kernels::avx512vbmi
+AVEFFECT_END_TARGET
+#undef AVEFFECT_HAS_TABLES
 #undef AVEFFECT_LANE_BYTES

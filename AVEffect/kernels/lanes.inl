@@ -85,6 +85,19 @@ AVEFFECT_INLINE I16 MultiplyAddPairs(U8 a, U8 b) {
 }
 #endif
 
+#ifdef AVEFFECT_HAS_TABLES
+// A table of 256 bytes, looked up for every byte at once.
+struct ByteTable {
+    U8 quarters[4];
+
+    AVEFFECT_INLINE U8 operator()(U8 x) const {
+        const __m512i low = _mm512_permutex2var_epi8((__m512i)quarters[0], (__m512i)x, (__m512i)quarters[1]);
+        const __m512i high = _mm512_permutex2var_epi8((__m512i)quarters[2], (__m512i)x, (__m512i)quarters[3]);
+        return (U8)_mm512_mask_blend_epi8(_mm512_movepi8_mask((__m512i)x), low, high);
+    }
+};
+#endif
+
 AVEFFECT_INLINE bool IsZero(U8 x) {
     uint64_t words[kLanes / 8];
     std::memcpy(words, &x, sizeof x);

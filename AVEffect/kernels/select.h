@@ -4,13 +4,14 @@
 
 namespace AVBased::kernels {
 
-/// The fastest of three tables that the feature word allows.
+/// The fastest of the levels' tables that the feature word allows.
 template <class Table>
-const Table& SelectLevel(unsigned features, const Table& sse2, const Table& avx2,
-                         const Table& avx512) noexcept {
-    if (features & kCpuAVX512) return avx512;
-    if (features & kCpuAVX2) return avx2;
-    return sse2;
+const Table& SelectLevel(unsigned features, const Table& sse2, const Table& avx2, const Table& avx512,
+                         const Table& avx512vbmi) noexcept {
+    const Table* best = &sse2;
+    if (features & kCpuAVX2) best = &avx2;
+    if (features & kCpuAVX512) best = (features & kCpuAVX512VBMI) ? &avx512vbmi : &avx512;
+    return *best;
 }
 
 } // namespace AVBased::kernels

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "AVEffect/kernels/filter3x3.h"
+#include "AVEffect/scratch.h"
 #include "aveffect/base_media.h"
 #include "tests/kernels/harness.h"
 
@@ -25,8 +27,25 @@ TEST_P(Kernels, ComputeTheirReferences) {
 
 INSTANTIATE_TEST_SUITE_P(Levels, Kernels,
                          testing::Values(Level{"SSE2", AVBased::kCpuSSE2}, Level{"AVX2", AVBased::kCpuAVX2},
-                                         Level{"AVX512", AVBased::kCpuAVX512}),
+                                         Level{"AVX512", AVBased::kCpuAVX512},
+                                         Level{"AVX512VBMI", AVBased::kCpuAVX512 | AVBased::kCpuAVX512VBMI}),
                          [](const auto& level) { return level.param.name; });
+
+TEST_P(Kernels, TrackedFiltersTellWhetherAByteChanged) {
+    const unsigned features = GetParam().features;
+    if ((AVBasedGetCPUFeatures() & features) != features)
+        GTEST_SKIP() << "this processor lacks " << GetParam().name;
+    const auto& kernels = AVBased::kernels::SelectFilterKernels(features);
+    for (const size_t width : {9u, 300u})
+        for (const size_t changed : {size_t{0}, width / 2, width - 2}) {
+            std::vector<uint8_t> picture(width * 5, 60);
+            if (changed) picture[2 * width + changed] = 61; // sharpened to 69
+            AVBased::Scratch scratch;
+            uint8_t* memory = scratch.Require(AVBased::kernels::FilterScratchBytes(width));
+            EXPECT_EQ(kernels.sharpenComponent({picture.data(), width, width, 5}, memory, true),
+                      changed != 0);
+        }
+}
 
 // A kernel that inverts samples, with a fault.
 KernelCase Inverting(test::PlaneFunction fault) {
