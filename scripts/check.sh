@@ -7,7 +7,7 @@ echo "== format"
 git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 echo "== lint"
-git ls-files '*.cpp' | grep -v '^tests/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
+git ls-files '*.cpp' | grep -vE '^(tests|bench)/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
 
 echo "== clang"
 scripts/build.sh clang
