@@ -1,6 +1,5 @@
 # What every target of the project is built with, in one place.
 
-# Assertions are part of the contract and stay active in every build type, so no type defines NDEBUG.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g -D_GLIBCXX_ASSERTIONS")
 set(CMAKE_CXX_STANDARD 20)
@@ -11,6 +10,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 add_library(aveffect_options INTERFACE)
 target_compile_options(aveffect_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+  # Assertions are part of the contract and stay active in every build type.
+  -UNDEBUG
   # Results are the same on every processor: no fused multiply-add behind the formulas' back.
   -ffp-contract=off
   # Error records and assertions name files relative to the source tree, not one machine's paths.
