@@ -42,6 +42,8 @@ auto Guarded(Body body) noexcept -> decltype(body()) {
         mediabridge::RecordNoMemory();
     } catch (const std::exception& error) {
         mediabridge::RecordError(AVBased::kStandardException, error.what());
+    } catch (...) { // a host's frame may throw anything
+        mediabridge::RecordError(AVBased::kUnknownException, "Unknown exception");
     }
     return nullptr;
 }

@@ -8,6 +8,7 @@
 
 #include "aveffect/base_media.h"
 #include "aveffect/errors.h"
+#include "aveffect/memory_frame.h"
 #include "tests/companions/guarded_frame.h"
 
 namespace {
@@ -225,6 +226,22 @@ TEST_F(ConverterTest, RefusesWithAReason) {
     GuardedFrame small({.format = BGRA, .width = 4, .height = 4});
     EXPECT_EQ(huge->Convert(&small), nullptr);
     EXPECT_NE(TakeError(), kNoError);
+}
+
+/// A host's frame that throws what no library knows.
+class ThrowingFrame final : public MemoryFrame {
+public:
+    ThrowingFrame()
+        : MemoryFrame(BGRA, 2, 2, {{nullptr, 8, 8, 2}}) {}
+    unsigned char* GetBuffer(unsigned, unsigned*, unsigned*, unsigned*) override { throw 1; }
+};
+
+TEST_F(ConverterTest, LetsNothingThatAFrameThrowsOut) {
+    const ConverterPtr converter(CreateImageConverter(YUV420P, 0, 0));
+    ThrowingFrame frame;
+    EXPECT_EQ(converter->Convert(&frame), nullptr);
+    EXPECT_EQ(GetBaseException()->GetExceptionCode(), kUnknownException);
+    EXPECT_STREQ(GetBaseException()->GetExceptionMsg(), "Unknown exception");
 }
 
 } // namespace
