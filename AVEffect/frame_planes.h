@@ -29,8 +29,8 @@ struct FormatLayout {
     unsigned char verticalShift;
 };
 
-/// Every format that the effects serve; some serve fewer.
-inline constexpr std::array<FormatLayout, 9> kServedFormats = {{
+/// One row for each of kEffectFormats.
+inline constexpr std::array<FormatLayout, kEffectFormats.size()> kServedFormats = {{
     {BGRA, true, false, 0, 0},
     {YUV420P, false, false, 1, 1},
     {YUVJ420P, false, false, 1, 1},
@@ -47,6 +47,14 @@ constexpr const FormatLayout* FindLayout(unsigned format) {
         if (layout.id == format) return &layout;
     return nullptr;
 }
+
+static_assert(
+    [] {
+        for (const unsigned format : kEffectFormats)
+            if (!FindLayout(format)) return false;
+        return true;
+    }(),
+    "a format that effects serve has no layout");
 
 /// One plane of a frame as bytes.
 inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {

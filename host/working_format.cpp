@@ -1,7 +1,6 @@
 #include "host/working_format.h"
 
 #include <algorithm>
-#include <array>
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -14,12 +13,9 @@ extern "C" {
 namespace aveffect {
 namespace {
 
-// In the order in which people are told.
-constexpr std::array<unsigned, 9> kServed = {AVBased::BGRA,     AVBased::YUV420P,  AVBased::YUV422P,
-                                             AVBased::YUV410P,  AVBased::YUV411P,  AVBased::YUVJ420P,
-                                             AVBased::YUVJ422P, AVBased::YUVA420P, AVBased::YUVA444P};
+using AVBased::kEffectFormats;
 
-bool IsServed(unsigned id) { return std::ranges::find(kServed, id) != kServed.end(); }
+bool IsServed(unsigned id) { return std::ranges::find(kEffectFormats, id) != kEffectFormats.end(); }
 
 struct Kind {
     bool rgb, alpha, grey;
@@ -74,7 +70,7 @@ void CheckPixelFormatName(const std::string& wanted) {
     if (wanted == "auto") return;
     if (const auto id = mediabridge::FrameFormatByName(wanted); id && IsServed(*id)) return;
     std::string names = "auto";
-    for (const unsigned served : kServed) names += ", " + mediabridge::FrameFormatName(served);
+    for (const unsigned served : kEffectFormats) names += ", " + mediabridge::FrameFormatName(served);
     throw Error(ErrorKind::Usage,
                 "pixel format \"" + wanted + "\" is not one that effects work in: " + names);
 }

@@ -4,6 +4,8 @@
 /// The numbers follow libavutil 56's enumeration and are fixed here; an installed libavutil may number its
 /// formats otherwise, so formats are matched by name, never by casting the number.
 
+#include <array>
+
 namespace AVBased {
 
 enum PixelFormat : unsigned {
@@ -46,5 +48,9 @@ enum PixelFormat : unsigned {
     YUVA444P = 81,
     XYZ12LE = 101,
 };
+
+/// The formats that effects work on. They leave frames of other formats as they are; some serve fewer.
+constexpr std::array<unsigned, 9> kEffectFormats = {BGRA,     YUV420P,  YUV422P,  YUV410P, YUV411P,
+                                                    YUVJ420P, YUVJ422P, YUVA420P, YUVA444P};
 
 } // namespace AVBased
