@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
 #include <string_view>
 
@@ -71,6 +72,12 @@ const AVOutputFormat* FindMuxer(const std::string& target) {
     return muxer;
 }
 
+std::string NumberText(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", number);
+    return text;
+}
+
 bool HasOption(const AVCodec& codec, const char* name) {
     const AVClass* options = codec.priv_class;
     return options && av_opt_find(&options, name, nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ);
@@ -104,7 +111,8 @@ void CheckEncoder(const OutputPlan& plan) {
         throw Error(ErrorKind::Usage,
                     std::string("the encoder ") + codec.name + " has no constant-quality factor (crf)");
     if (plan.encoder.crf && (*plan.encoder.crf < 0 || *plan.encoder.crf > 63))
-        throw Error(ErrorKind::Usage, "crf must lie between 0 and 63");
+        throw Error(ErrorKind::Usage,
+                    "crf must lie between 0 and 63, not at " + NumberText(*plan.encoder.crf));
     if (!plan.encoder.preset.empty() && !HasOption(codec, "preset"))
         throw Error(ErrorKind::Usage, std::string("the encoder ") + codec.name + " has no presets");
 }
