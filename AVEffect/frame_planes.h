@@ -29,16 +29,16 @@ struct FormatLayout {
     unsigned char verticalShift;
 };
 
-/// One row for each of kEffectFormats.
+/// One row for each of kEffectFormats, in that order.
 inline constexpr std::array<FormatLayout, kEffectFormats.size()> kServedFormats = {{
     {BGRA, true, false, 0, 0},
     {YUV420P, false, false, 1, 1},
-    {YUVJ420P, false, false, 1, 1},
-    {YUVA420P, false, true, 1, 1},
     {YUV422P, false, false, 1, 0},
-    {YUVJ422P, false, false, 1, 0},
     {YUV410P, false, false, 2, 2},
     {YUV411P, false, false, 2, 0},
+    {YUVJ420P, false, false, 1, 1},
+    {YUVJ422P, false, false, 1, 0},
+    {YUVA420P, false, true, 1, 1},
     {YUVA444P, false, true, 0, 0},
 }};
 
@@ -50,11 +50,11 @@ constexpr const FormatLayout* FindLayout(unsigned format) {
 
 static_assert(
     [] {
-        for (const unsigned format : kEffectFormats)
-            if (!FindLayout(format)) return false;
+        for (size_t i = 0; i < kServedFormats.size(); ++i)
+            if (kServedFormats[i].id != kEffectFormats[i]) return false;
         return true;
     }(),
-    "a format that effects serve has no layout");
+    "the layouts stand in the order of the formats");
 
 /// One plane of a frame as bytes.
 inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {
