@@ -41,9 +41,9 @@ void CBasedVideoMotionXYEffect::ProcFrameInPlace(ImagePostion* position, int tim
     });
 }
 
-CBasedVideoImageEffect::CBasedVideoImageEffect(const char* name)
+CBasedVideoImageEffect::CBasedVideoImageEffect(const char* name, const char* catalogueName)
     : CBasedVideoEffect(name, kSubTypeImage) {
-    AddCataloguedProperties(name);
+    AddCataloguedProperties(catalogueName);
 }
 
 CBasedVideoImageEffect::~CBasedVideoImageEffect() {

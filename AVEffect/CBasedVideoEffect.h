@@ -35,11 +35,13 @@ protected:
     virtual void InnerProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) = 0;
 };
 
-/// Effects that change a picture's bytes: all of this plug-in's. The catalogue's properties are registered
-/// under the effect's name.
+/// Effects that change a picture's bytes: all of this plug-in's. Registers the properties that the catalogue
+/// has under the effect's name, or under another one for effects that share a name.
 class CBasedVideoImageEffect : public CBasedVideoEffect {
 public:
-    explicit CBasedVideoImageEffect(const char* name);
+    explicit CBasedVideoImageEffect(const char* name)
+        : CBasedVideoImageEffect(name, name) {}
+    CBasedVideoImageEffect(const char* name, const char* catalogueName);
     ~CBasedVideoImageEffect() override;
 
     IRawVideoFrame* ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;

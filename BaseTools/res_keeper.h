@@ -1,6 +1,7 @@
 #pragma once
 /// Aligned memory and its holder.
 #include <cstddef>
+#include <utility>
 
 namespace BaseTool {
 
@@ -27,6 +28,13 @@ public:
     /// Frees what it held and allocates anew; the bytes are undefined. Throws CBaseException 10021007
     /// "No enough memory"; it holds nothing then.
     void* Malloc(size_t size);
+
+    /// Exchanges the blocks, with their alignments.
+    void Swap(AlignedMallocAllocator& other) noexcept {
+        std::swap(m_nSize, other.m_nSize);
+        std::swap(m_pData, other.m_pData);
+        std::swap(m_nAlignment, other.m_nAlignment);
+    }
 
     void* Data() const noexcept { return m_pData; }
     size_t Size() const noexcept { return m_nSize; }

@@ -7,9 +7,7 @@
 
 namespace AVBased::kernels {
 
-const ColourKernels& SelectColourKernels(unsigned features) noexcept {
-    return SelectLevel(features, sse2::kKernels, avx2::kKernels, avx512::kKernels, avx512vbmi::kKernels);
-}
+AVEFFECT_SELECT_BY_LEVEL(ColourKernels)
 
 void FillPitch(Plane8 plane, uint8_t value) noexcept {
     if (plane.data) std::memset(plane.data, value, plane.pitch * plane.rows);

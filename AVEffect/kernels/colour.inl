@@ -1,8 +1,5 @@
 // Bodies of the colour kernels, for one level.
 
-// Alpha's bits of a register of pixels.
-AVEFFECT_INLINE U8 AlphaMask() { return (U8)Splat32(0xFF000000u); }
-
 #if AVEFFECT_LANE_BYTES > 16
 // The index within 128 bits of each pixel's first byte: 0, 4, 8, 12, again and again.
 AVEFFECT_INLINE U32 PixelStarts() {
@@ -12,19 +9,25 @@ AVEFFECT_INLINE U32 PixelStarts() {
 }
 #endif
 
-// (B + G + R) / 3 of each pixel in B, G and R; A is 0. For sums up to 765, sum * 21846 has sum / 3 in its
-// third byte.
-AVEFFECT_INLINE U8 MeanOfPixels(U8 pixels) {
+// (B + G + R) of each pixel times 21846: for sums up to 765 the upper half is a third of the sum.
+AVEFFECT_INLINE U32 ScaledSums(U8 pixels) {
 #if AVEFFECT_LANE_BYTES == 16
     const U32 words = (U32)pixels;
-    const U32 scaled = (U32)(MultiplyAddPairs((I16)(words & 0x00FF00FFu), SplatI16(21846)) +
-                             MultiplyAddPairs((I16)((words >> 8) & 0xFFu), SplatI16(21846)));
-    const U32 mean = scaled >> 16;
-    return (U8)(mean | (mean << 8) | (mean << 16));
+    return (U32)(MultiplyAddPairs((I16)(words & 0x00FF00FFu), SplatI16(21846)) +
+                 MultiplyAddPairs((I16)((words >> 8) & 0xFFu), SplatI16(21846)));
 #else
     const I16 pairs = MultiplyAddPairs(pixels, (U8)Splat32(0x00010101u)); // B + G, R
-    const U8 scaled = (U8)MultiplyAddPairs(pairs, SplatI16(21846));
-    return PickBytes(scaled, (U8)(Splat32(0x80020202u) + PixelStarts() * 0x00010101u));
+    return (U32)MultiplyAddPairs(pairs, SplatI16(21846));
+#endif
+}
+
+// (B + G + R) / 3 of each pixel in B, G and R; A is 0.
+AVEFFECT_INLINE U8 MeanOfPixels(U8 pixels) {
+#if AVEFFECT_LANE_BYTES == 16
+    const U32 mean = ScaledSums(pixels) >> 16;
+    return (U8)(mean | (mean << 8) | (mean << 16));
+#else
+    return PickBytes((U8)ScaledSums(pixels), (U8)(Splat32(0x80020202u) + PixelStarts() * 0x00010101u));
 #endif
 }
 
@@ -101,14 +104,28 @@ struct Saturate {
     GainMap map;
     I16 gain;
 
+#if AVEFFECT_LANE_BYTES == 16
     AVEFFECT_INLINE I16 Spread(I16 c, I16 mean) const { return MultiplyHigh((c - mean) << 6, gain) + mean; }
     AVEFFECT_INLINE U8 operator()(U8 pixels) const {
-        const U8 mapped = map(pixels);
-        const U8 means = MeanOfPixels(mapped);
-        const U8 spread =
-            Pack(Spread(WidenLow(mapped), WidenLow(means)), Spread(WidenHigh(mapped), WidenHigh(means)));
-        return Select(AlphaMask(), pixels, spread);
+        const U8 mapped = map(pixels), means = MeanOfPixels(mapped);
+        return Select(
+            AlphaMask(), pixels,
+            Pack(Spread(WidenLow(mapped), WidenLow(means)), Spread(WidenHigh(mapped), WidenHigh(means))));
     }
+#else
+    // Even and odd bytes apart, each multiplied by 2^6 on the way into its lane.
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const {
+        const U8 mapped = map(pixels);
+        const I16 even = MultiplyAddPairs(mapped, (U8)Splat16(64));
+        const I16 odd = MultiplyAddPairs(mapped, (U8)Splat16(64 << 8));
+        const I16 mean =
+            (I16)PickBytes((U8)ScaledSums(mapped), (U8)(Splat32(0x03020302u) + PixelStarts() * 0x01010101u));
+        const I16 scaledMean = mean << 6;
+        const U8 apart =
+            Pack(MultiplyHigh(even - scaledMean, gain) + mean, MultiplyHigh(odd - scaledMean, gain) + mean);
+        return PickColours(pixels, apart, (U8)(Splat32(0x09010800u) + PixelStarts() / 4 * 0x02020202u));
+    }
+#endif
 };
 
 void GrayRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), Gray{}); }

@@ -7,8 +7,6 @@
 
 namespace AVBased::kernels {
 
-const FilterKernels& SelectFilterKernels(unsigned features) noexcept {
-    return SelectLevel(features, sse2::kKernels, avx2::kKernels, avx512::kKernels, avx512vbmi::kKernels);
-}
+AVEFFECT_SELECT_BY_LEVEL(FilterKernels)
 
 } // namespace AVBased::kernels

@@ -46,9 +46,6 @@ AVEFFECT_INLINE Value Advance(Kept<Value>& kept, Value below, Value sample) {
     return result;
 }
 
-AVEFFECT_INLINE U16 Even(U8 samples) { return (U16)samples & 0xFF; }
-AVEFFECT_INLINE U16 Odd(U8 samples) { return (U16)samples >> 8; }
-
 struct KeptRegister {
     Kept<U16> even, odd;
 };

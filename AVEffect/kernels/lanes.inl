@@ -41,6 +41,12 @@ AVEFFECT_INLINE U16 Splat16(uint16_t x) { return U16{} + x; }
 AVEFFECT_INLINE I16 SplatI16(int16_t x) { return I16{} + x; }
 AVEFFECT_INLINE U32 Splat32(uint32_t x) { return U32{} + x; }
 
+// Where the mask's bits are set a, elsewhere b.
+AVEFFECT_INLINE U8 Select(U8 mask, U8 a, U8 b) { return (a & mask) | (b & ~mask); }
+
+// Alpha's bits of a register of pixels.
+AVEFFECT_INLINE U8 AlphaMask() { return (U8)Splat32(0xFF000000u); }
+
 #undef AVEFFECT_BINARY
 #define AVEFFECT_BINARY(Name, Type, operation)                                                               \
     AVEFFECT_INLINE Type Name(Type a, Type b) {                                                              \
@@ -65,13 +71,24 @@ AVEFFECT_INLINE I32 MultiplyAddPairs(I16 a, I16 b) {
     return (I32)AVEFFECT_OP(madd_epi16)((Register)a, (Register)b);
 }
 
+// Bytes of a and b in turns, from the low or the high half of each 128 bits.
+AVEFFECT_INLINE U8 InterleaveLow(U8 a, U8 b) {
+    return (U8)AVEFFECT_OP(unpacklo_epi8)((Register)a, (Register)b);
+}
+AVEFFECT_INLINE U8 InterleaveHigh(U8 a, U8 b) {
+    return (U8)AVEFFECT_OP(unpackhi_epi8)((Register)a, (Register)b);
+}
 // Bytes widened to 16 bits. Low and high halves are those of each 128 bits, so the order is odd; Pack undoes
 // it.
-AVEFFECT_INLINE I16 WidenLow(U8 x) { return (I16)AVEFFECT_OP(unpacklo_epi8)((Register)x, (Register)U8{}); }
-AVEFFECT_INLINE I16 WidenHigh(U8 x) { return (I16)AVEFFECT_OP(unpackhi_epi8)((Register)x, (Register)U8{}); }
+AVEFFECT_INLINE I16 WidenLow(U8 x) { return (I16)InterleaveLow(x, U8{}); }
+AVEFFECT_INLINE I16 WidenHigh(U8 x) { return (I16)InterleaveHigh(x, U8{}); }
 // Limits to 0..255 and joins what WidenLow and WidenHigh took apart.
 AVEFFECT_INLINE U8 Pack(I16 low, I16 high) {
     return (U8)AVEFFECT_OP(packus_epi16)((Register)low, (Register)high);
+}
+// The same, limited to -128..127.
+AVEFFECT_INLINE U8 PackSigned(I16 low, I16 high) {
+    return (U8)AVEFFECT_OP(packs_epi16)((Register)low, (Register)high);
 }
 
 // Bytes picked within each 128 bits by an index each; an index of 128 or more gives 0. The baseline has no
@@ -79,9 +96,49 @@ AVEFFECT_INLINE U8 Pack(I16 low, I16 high) {
 #if AVEFFECT_LANE_BYTES > 16
 AVEFFECT_BINARY(PickBytes, U8, shuffle_epi8)
 
+// The same for B, G and R; A stays that of pixels.
+AVEFFECT_INLINE U8 PickColours(U8 pixels, U8 from, U8 indices) {
+#if AVEFFECT_LANE_BYTES == 32
+    return Select(AlphaMask(), pixels, PickBytes(from, indices));
+#else
+    return (U8)_mm512_mask_shuffle_epi8((Register)pixels, 0x7777777777777777, (Register)from,
+                                        (Register)indices);
+#endif
+}
+
 // Sums of the products of neighbouring bytes, a unsigned and b signed.
 AVEFFECT_INLINE I16 MultiplyAddPairs(U8 a, U8 b) {
     return (I16)AVEFFECT_OP(maddubs_epi16)((Register)a, (Register)b);
+}
+#endif
+
+// 16-bit lanes of the even and of the odd bytes, which needs no shuffling; Join undoes it, for lanes up to
+// 255.
+AVEFFECT_INLINE U16 Even(U8 samples) { return (U16)samples & 0xFF; }
+AVEFFECT_INLINE U16 Odd(U8 samples) { return (U16)samples >> 8; }
+AVEFFECT_INLINE U8 Join(U16 even, U16 odd) { return (U8)(even | (odd << 8)); }
+// The same, each byte times 256: what MultiplyHigh by a gain turns into byte * gain >> 8.
+AVEFFECT_INLINE U16 EvenTimes256(U8 samples) { return (U16)samples << 8; }
+AVEFFECT_INLINE U16 OddTimes256(U8 samples) { return (U16)samples & 0xFF00; }
+// Lanes above 255 become 255.
+AVEFFECT_INLINE U16 LimitToByte(U16 x) { return x - SubSaturated(x, Splat16(255)); }
+
+#if AVEFFECT_LANE_BYTES > 16
+// 16 bytes, each picked from 16 others by an index below 16.
+AVEFFECT_INLINE void Pick16Bytes(uint8_t* to, const uint8_t* from, const uint8_t* indices) {
+    __m128i source, picks;
+    std::memcpy(&source, from, sizeof source);
+    std::memcpy(&picks, indices, sizeof picks);
+    source = _mm_shuffle_epi8(source, picks);
+    std::memcpy(to, &source, sizeof source);
+}
+// Pixels picked by an index below the number of pixels in a register.
+AVEFFECT_INLINE U8 PickPixels(U8 pixels, U32 indices) {
+#if AVEFFECT_LANE_BYTES == 32
+    return (U8)_mm256_permutevar8x32_epi32((__m256i)pixels, (__m256i)indices);
+#else
+    return (U8)_mm512_maskz_permutexvar_epi32(0xFFFF, (__m512i)indices, (__m512i)pixels);
+#endif
 }
 #endif
 
@@ -105,9 +162,6 @@ AVEFFECT_INLINE bool IsZero(U8 x) {
     for (const uint64_t word : words) any |= word;
     return any == 0;
 }
-
-// Where the mask's bits are set a, elsewhere b.
-AVEFFECT_INLINE U8 Select(U8 mask, U8 a, U8 b) { return (a & mask) | (b & ~mask); }
 
 // A plane whose rows follow each other without padding is one long row.
 AVEFFECT_INLINE Plane8 Joined(Plane8 plane) {
@@ -138,4 +192,21 @@ AVEFFECT_INLINE void ForPlane(Plane8 plane, const Op& op) {
     plane = Joined(plane);
     if (plane.width == 0) return; // an empty plane may have no address
     for (size_t y = 0; y < plane.rows; ++y) ForRow(plane.Row(y), plane.width, op);
+}
+
+// Replaces each register of a row by op(register, the same bytes of the other row), as ForRow does.
+template <class Op>
+AVEFFECT_INLINE void ForRowWith(uint8_t* row, const uint8_t* other, size_t width, const Op& op) {
+    if (width < kLanes) {
+        U8 whole{}, wholeOther{};
+        std::memcpy(&whole, row, width);
+        std::memcpy(&wholeOther, other, width);
+        whole = op(whole, wholeOther);
+        std::memcpy(row, &whole, width);
+        return;
+    }
+    const size_t end = width - kLanes;
+    const U8 last = op(Load<U8>(row + end), Load<U8>(other + end));
+    for (size_t x = 0; x < end; x += kLanes) Store(row + x, op(Load<U8>(row + x), Load<U8>(other + x)));
+    Store(row + end, last);
 }

@@ -14,6 +14,8 @@ struct Plane8 {
     size_t rows;
 
     uint8_t* Row(size_t y) const noexcept { return data + y * pitch; }
+    /// Without a byte of picture; the address may be null then.
+    bool Empty() const noexcept { return width == 0 || rows == 0; }
 };
 
 /// A plane of 32-bit pixels, bytes B, G, R, A in memory.
@@ -24,6 +26,8 @@ struct Plane32 {
     size_t rows;
 
     uint8_t* Row(size_t y) const noexcept { return data + y * pitch; }
+    /// Without a pixel; the address may be null then.
+    bool Empty() const noexcept { return width == 0 || rows == 0; }
     /// The same picture as bytes, without what is left of a row after the last whole pixel.
     Plane8 Bytes() const noexcept { return {data, width * 4, pitch, rows}; }
 };

@@ -14,4 +14,11 @@ const Table& SelectLevel(unsigned features, const Table& sse2, const Table& avx2
     return *best;
 }
 
+/// In the source file of a family, after its levels: defines SelectTable, which its header declares.
+#define AVEFFECT_SELECT_BY_LEVEL(Table)                                                                      \
+    const Table& Select##Table(unsigned features) noexcept {                                                 \
+        return SelectLevel(features, sse2::kKernels, avx2::kKernels, avx512::kKernels,                       \
+                           avx512vbmi::kKernels);                                                            \
+    }
+
 } // namespace AVBased::kernels

@@ -5,6 +5,7 @@
 #include <string>
 #include <variant>
 
+#include "BaseTools/block_pool.h"
 #include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 
@@ -69,6 +70,7 @@ protected:
 private:
     PropertyNode& Require(const char* name);
 
+    BaseTool::BlockKeeper m_BlockKeeper; // frames are cloned for as long as there are processors
     unsigned m_nType;
     unsigned m_nSubType;
     std::string m_strName;

@@ -20,6 +20,16 @@ constexpr char effectNameFlipColor[] = "flip_color";
 constexpr char effectNameInvert[] = "invert";
 constexpr char effectNameAgedFilm[] = "aged_film";
 constexpr char effectNameBrightnessContrast[] = "brightness_contrast";
+constexpr char effectNameFadeIn[] = "fadein";
+constexpr char effectNameFadeOut[] = "fadeout";
+constexpr char effectNameDirectFadeIn[] = "directfadein";
+constexpr char effectNameDirectFadeOut[] = "directfadeout";
+constexpr char effectNameEmboss[] = "emboss";
+constexpr char effectNameMosaic[] = "mosaic";
+constexpr char effectNameMirage[] = "mirage";
+constexpr char effectNameTransparency[] = "transparency";
+constexpr char effectNameColorFilter[] = "colorfilter";
+constexpr char effectNameAddNoise[] = "addnoise";
 
 /// The property that every processor has: the length of the effect's span, in the unit of the frames' times.
 constexpr char PROP_NAME_DURATION[] = "duration";
@@ -71,9 +81,10 @@ enum class EffectKind { Filter, Fade, Distortion, Look, Transition, Stereo, Audi
 /// What a host should know before it shares work between threads or skips frames.
 enum EffectTraits : unsigned {
     kPlain = 0,
-    kFollowsTime = 1u << 0, ///< depends on the frame's time in the span
-    kKeepsState = 1u << 1,  ///< a frame can depend on the frames before it
-    kDrawsRandom = 1u << 2, ///< uses the C library's random generator
+    kFollowsTime = 1u << 0,  ///< depends on the frame's time in the span
+    kKeepsState = 1u << 1,   ///< a frame can depend on the frames before it
+    kDrawsRandom = 1u << 2,  ///< uses the C library's random generator
+    kChangesAlpha = 1u << 3, ///< changes alpha alone: pictures without it, or shown without it, stay the same
 };
 
 struct EffectInfo {
@@ -107,6 +118,72 @@ constexpr PropertyInfo kBrightnessContrastProperties[] = {
      100, 0},
 };
 
+constexpr PropertyInfo kAlphaFadeProperties[] = {
+    {"FadeMin", "0", kInt32, ValueKind::Number, "Lowest level", "No frame's level falls below this.", "/256",
+     0, 256},
+    {"FadeMax", "255", kInt32, ValueKind::Number, "Highest level",
+     "No frame's level rises above this; 256 is fully opaque.", "/256", 0, 256},
+};
+constexpr PropertyInfo kDirectFadeInProperties[] = {
+    {"fadein_min", "0", kInt32, ValueKind::Number, "Lowest level", "The level does not fall below this.",
+     "/256", 0, 256},
+    {"fadein_color", "0", kInt32, ValueKind::Colour, "Colour", "What the picture is mixed with.", "", 0,
+     0xFFFFFF},
+    {"fadein_max", "256", kInt32, ValueKind::Number, "Highest level",
+     "The level does not rise above this; 256 is the picture alone.", "/256", 0, 256},
+};
+constexpr PropertyInfo kDirectFadeOutProperties[] = {
+    {"fadeout_min", "0", kInt32, ValueKind::Number, "Lowest level", "The level does not fall below this.",
+     "/256", 0, 256},
+    {"fadeout_color", "0", kInt32, ValueKind::Colour, "Colour", "What the picture fades to.", "", 0,
+     0xFFFFFF},
+    {"fadeout_max", "256", kInt32, ValueKind::Number, "Highest level",
+     "The level does not rise above this; 256 is the picture alone.", "/256", 0, 256},
+};
+
+constexpr PropertyInfo kEmbossProperties[] = {
+    {"emboss_level", "0", kInt32, ValueKind::Number, "Strength",
+     "Gain of the difference to the sample above; 0 is flat grey.", "", -255, 255},
+};
+constexpr PropertyInfo kMosaicProperties[] = {
+    {"mosaic_x1", "0", kInt32, ValueKind::Number, "X 1", "Column of one corner of the rectangle.", "px", 0,
+     65535, kNoNeutral, true},
+    {"mosaic_y1", "0", kInt32, ValueKind::Number, "Y 1", "Row of that corner.", "px", 0, 65535, kNoNeutral,
+     true},
+    {"mosaic_x2", "0", kInt32, ValueKind::Number, "X 2",
+     "Column of the opposite corner; corners outside the picture turn the effect off.", "px", 0, 65535,
+     kNoNeutral, true},
+    {"mosaic_y2", "0", kInt32, ValueKind::Number, "Y 2", "Row of that corner.", "px", 0, 65535, kNoNeutral,
+     true},
+    {"mosaic_step", "0", kInt32, ValueKind::Number, "Block size",
+     "Blocks are 2 to this power pixels wide and high; 0 and 1 turn the effect off.", "", 0, 30, 0},
+};
+constexpr PropertyInfo kMirageProperties[] = {
+    {"mirage_width", "10", kInt32, ValueKind::Number, "Enlargement",
+     "Half percents by which the copy is larger than the picture.", "/200", 0, 1000},
+    {"mirage_alpha", "10", kInt32, ValueKind::Number, "Share of the copy",
+     "From 0, a fifth of the picture, to 100, seven tenths.", "%", 0, 100},
+};
+constexpr PropertyInfo kTransparencyProperties[] = {
+    {"transparency_scale", "0", kInt32, ValueKind::Number, "Opacity",
+     "Share of the opacity that stays; 0 leaves the picture alone. Set it last: whatever is set after it "
+     "scales it anew.",
+     "%", 0, 100, 0},
+};
+constexpr PropertyInfo kColorFilterProperties[] = {
+    {"filter_scope", "0", kInt32, ValueKind::Number, "Scope",
+     "How far a sample may lie from the colour's. Packed colours are compared as one number 0xRRGGBB, so red "
+     "counts most.",
+     "", 0, 255},
+    {"filter_color", "0", kInt32, ValueKind::Colour, "Colour", "What becomes transparent.", "", 0, 0xFFFFFF},
+};
+constexpr PropertyInfo kAddNoiseProperties[] = {
+    {"addnoise_level", "2", kInt32, ValueKind::Number, "Level",
+     "Grain is a 31-bit random number shifted right by 12 less the level. Only levels of -8 and below give "
+     "visible grain; above, every sample turns white.",
+     "", -19, 12},
+};
+
 // One row an effect, in the order in which the factory tests the names: the class that is made, then the
 // fields of EffectInfo. A new effect adds its row here; its source unit says AVEFFECT_CONSTRUCT_VIDEO or
 // AVEFFECT_CONSTRUCT_AUDIO.
@@ -125,7 +202,30 @@ constexpr PropertyInfo kBrightnessContrastProperties[] = {
         "Tints the picture like old film.", {})                                                              \
     ROW(CBrightnessContrastEffect, effectNameBrightnessContrast, EffectKind::Filter, kPlain,                 \
         "Brightness and contrast", "Adjusts brightness, contrast and saturation.",                           \
-        kBrightnessContrastProperties)
+        kBrightnessContrastProperties)                                                                       \
+    ROW(CFadeInVideoImageEffect, effectNameFadeIn, EffectKind::Fade, kFollowsTime | kChangesAlpha,           \
+        "Fade in", "Raises the opacity over the span.", kAlphaFadeProperties)                                \
+    ROW(CFadeOutVideoImageEffect, effectNameFadeOut, EffectKind::Fade, kFollowsTime | kChangesAlpha,         \
+        "Fade out", "Lowers the opacity over the span.", kAlphaFadeProperties)                               \
+    ROW(CDirectFadeInEffect, effectNameDirectFadeIn, EffectKind::Fade, kFollowsTime,                         \
+        "Fade in from a colour",                                                                             \
+        "Mixes every frame of the span alike with a colour: at level 15360 / duration of 256.",              \
+        kDirectFadeInProperties)                                                                             \
+    ROW(CDirectFadeOutEffect, effectNameDirectFadeOut, EffectKind::Fade, kFollowsTime,                       \
+        "Fade out to a colour", "Mixes the picture with a colour, more and more over the span.",             \
+        kDirectFadeOutProperties)                                                                            \
+    ROW(CEmbossVideoImageEffect, effectNameEmboss, EffectKind::Filter, kPlain, "Emboss",                     \
+        "Grey relief of each sample against the one above.", kEmbossProperties)                              \
+    ROW(CMosaicVideoImageEffect, effectNameMosaic, EffectKind::Look, kPlain, "Mosaic",                       \
+        "Covers a rectangle with blocks of one colour.", kMosaicProperties)                                  \
+    ROW(CMirageVideoImageEffect, effectNameMirage, EffectKind::Look, kPlain, "Mirage",                       \
+        "Blends the picture with an enlarged copy of itself.", kMirageProperties)                            \
+    ROW(CTransparencyAjustEffect, effectNameTransparency, EffectKind::Filter, kChangesAlpha, "Transparency", \
+        "Scales the opacity.", kTransparencyProperties)                                                      \
+    ROW(CColorFilterEffect, effectNameColorFilter, EffectKind::Filter, kChangesAlpha, "Colour filter",       \
+        "Makes a colour transparent.", kColorFilterProperties)                                               \
+    ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
+        "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties)
 
 #define AVEFFECT_AUDIO_EFFECTS(ROW)
 

@@ -1,12 +1,12 @@
-// The list of all kernels with their references, each written straight from its formula.
+// The list of all kernels with their references, and the references of the colour and filter kernels, each
+// written straight from its formula.
 #include <algorithm>
-#include <cmath>
 #include <memory>
 
 #include "AVEffect/kernels/colour.h"
 #include "AVEffect/kernels/filter3x3.h"
 #include "AVEffect/scratch.h"
-#include "tests/kernels/harness.h"
+#include "tests/kernels/case_makers.h"
 
 namespace test {
 
@@ -14,32 +14,7 @@ namespace {
 
 using AVBased::kernels::MiddleGain;
 
-uint8_t Clamp(long value) { return static_cast<uint8_t>(std::clamp(value, 0L, 255L)); }
-long FloorDivide256(long value) { return static_cast<long>(std::floor(static_cast<double>(value) / 256)); }
 uint8_t Gain(MiddleGain map, int x) { return Clamp(FloorDivide256((x - 127L) * map.gain) + map.offset); }
-
-Plane32 Pixels(const Plane8& plane) { return {plane.data, plane.width / 4, plane.pitch, plane.rows}; }
-
-// A kernel on one plane of pixels; the reference changes one pixel.
-template <class Kernel, class Reference, class... Parameters>
-KernelCase OnPixels(std::string name, Kernel kernel, Reference reference, Parameters... parameters) {
-    return {std::move(name), 1, 4, [=](const auto& planes) { kernel(Pixels(planes[0]), parameters...); },
-            [=](const auto& planes) {
-                for (size_t y = 0; y < planes[0].rows; ++y)
-                    for (size_t x = 0; x < planes[0].width; x += 4) reference(planes[0].Row(y) + x);
-            }};
-}
-
-// A kernel on one plane of samples; the reference gives a sample's new value.
-template <class Kernel, class Reference, class... Parameters>
-KernelCase OnSamples(std::string name, Kernel kernel, Reference reference, Parameters... parameters) {
-    return {std::move(name), 1, 1, [=](const auto& planes) { kernel(planes[0], parameters...); },
-            [=](const auto& planes) {
-                for (size_t y = 0; y < planes[0].rows; ++y)
-                    for (size_t x = 0; x < planes[0].width; ++x)
-                        planes[0].Row(y)[x] = reference(planes[0].Row(y)[x]);
-            }};
-}
 
 // A 3x3 filter, from a copy of the plane: the weights of the middle, of the four sides, of the four corners,
 // and the divisor.
@@ -142,6 +117,8 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     std::vector<KernelCase> cases;
     AddColourCases(cases, features);
     AddFilterCases(cases, features);
+    AddWeightCases(cases, features);
+    AddPositionCases(cases, features);
     return cases;
 }
 

@@ -39,10 +39,12 @@ std::vector<Shape> AwkwardShapes() {
                                   n % 2 ? GuardedMemory::Flush::Start : GuardedMemory::Flush::End, contents});
                 ++n;
             }
-    // Enough random values to meet one case in a million.
-    shapes.push_back({2899, 2503, 5, GuardedMemory::Flush::End, Contents::Random});
     return shapes;
 }
+
+// Enough random values to meet one case in a million.
+constexpr Shape kMillions = {2899, 2503, 5, GuardedMemory::Flush::End, Contents::Random};
+constexpr Shape kThousands = {523, 401, 5, GuardedMemory::Flush::End, Contents::Random};
 
 void Fill(uint8_t* data, size_t bytes, Contents contents, std::mt19937_64& random) {
     size_t i = 0;
@@ -62,9 +64,11 @@ void Fill(uint8_t* data, size_t bytes, Contents contents, std::mt19937_64& rando
 
 } // namespace
 
-std::string TryKernel(const KernelCase& kernelCase) {
+std::string TryKernel(const KernelCase& kernelCase, bool inDepth) {
     std::mt19937_64 random(1);
-    for (const Shape& shape : AwkwardShapes()) {
+    std::vector<Shape> shapes = AwkwardShapes();
+    shapes.push_back(inDepth ? kMillions : kThousands);
+    for (const Shape& shape : shapes) {
         const size_t widthBytes = shape.width * kernelCase.unitBytes;
         const size_t pitch = widthBytes + shape.padding;
         const size_t bytes = pitch * (shape.rows - 1) + widthBytes; // no padding after the last row

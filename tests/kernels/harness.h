@@ -27,9 +27,10 @@ struct KernelCase {
 /// Every kernel at the level that a feature word selects. A new kernel adds a line to the list.
 std::vector<KernelCase> KernelCases(unsigned features);
 
-/// Tries sizes around register widths, paddings, base offsets and contents, and one large random plane. Empty
-/// when every byte is right and none outside the rows' width was touched; else what went wrong first. A touch
-/// of the pages around the memory ends the process.
-std::string TryKernel(const KernelCase& kernelCase);
+/// Tries sizes around register widths, paddings, base offsets and contents, and one large random plane: with
+/// millions of values, or, not in depth, with 200000. Empty when every byte is right and none outside the
+/// rows' width was touched; else what went wrong first. A touch of the pages around the memory ends the
+/// process.
+std::string TryKernel(const KernelCase& kernelCase, bool inDepth = true);
 
 } // namespace test

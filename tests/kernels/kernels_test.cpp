@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "AVEffect/kernels/filter3x3.h"
 #include "AVEffect/scratch.h"
 #include "aveffect/base_media.h"
@@ -22,7 +24,12 @@ TEST_P(Kernels, ComputeTheirReferences) {
     const unsigned features = GetParam().features;
     if ((AVBasedGetCPUFeatures() & features) != features)
         GTEST_SKIP() << "this processor lacks " << GetParam().name;
-    for (const KernelCase& kernelCase : test::KernelCases(features)) EXPECT_EQ(TryKernel(kernelCase), "");
+    // Each kernel in depth with its first parameters; the others have fewer inputs that differ.
+    std::set<std::string> seen;
+    for (const KernelCase& kernelCase : test::KernelCases(features)) {
+        const std::string kernel = kernelCase.name.substr(0, kernelCase.name.find(' '));
+        EXPECT_EQ(TryKernel(kernelCase, seen.insert(kernel).second), "");
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, Kernels,

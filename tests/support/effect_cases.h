@@ -76,14 +76,23 @@ inline VideoProc MakeVideo(const Setting& setting) {
 /// Feature masks that leave one level of kernels each: SSE2, AVX2, AVX-512, everything.
 inline constexpr unsigned kLevelMasks[] = {0x7, 0x1FF, 0x3FF, ~0u};
 
+/// The processor as processors are made and run under a mask.
+class FeatureMask {
+public:
+    explicit FeatureMask(unsigned mask) { AVBasedSetCPUFeatureMask(mask); }
+    ~FeatureMask() { AVBasedSetCPUFeatureMask(~0u); }
+    FeatureMask(const FeatureMask&) = delete;
+    FeatureMask& operator=(const FeatureMask&) = delete;
+};
+
 /// Holds an effect to a plain computation on random frames of the formats, at every level of the machine: in
 /// place, and through a copy that must leave the host's frame alone.
 inline void ExpectComputes(const Setting& setting, std::span<const unsigned> formats,
-                           const std::function<void(HostFrame&)>& plain, int time = 0) {
-    for (const unsigned mask : kLevelMasks) {
-        AVBasedSetCPUFeatureMask(mask);
+                           const std::function<void(HostFrame&)>& plain, int time = 0,
+                           std::span<const unsigned> masks = kLevelMasks) {
+    for (const unsigned mask : masks) {
+        const FeatureMask hidden(mask);
         const VideoProc proc = MakeVideo(setting);
-        AVBasedSetCPUFeatureMask(~0u);
         unsigned seed = 0;
         for (const unsigned format : formats)
             for (const Shape& shape : AwkwardShapes(format)) {

@@ -1,0 +1,168 @@
+#include "AVEffect/FadeVideoImageEffect.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "AVEffect/factory.h"
+#include "AVEffect/frame_planes.h"
+#include "AVEffect/kernels/fade.h"
+#include "AVEffect/mmx_choice.h"
+#include "BaseTools/guarded.h"
+
+namespace AVBased {
+
+namespace {
+
+const kernels::FadeKernels& FadeKernels() { return kernels::SelectFadeKernels(AVBasedGetCPUFeatures()); }
+
+// Positions are shifted in 32 bits, so spans beyond 2^24 wrap.
+unsigned Rising(unsigned position, unsigned duration) { return (position << 8) / duration; }
+unsigned Falling(unsigned position, unsigned duration) { return ((duration - position) << 8) / duration; }
+// One level for the whole span: the direct fade-in does not look at the position.
+unsigned Constant(unsigned, unsigned duration) { return 15360 / duration; }
+
+// Direct fades give the base the names of the alpha fades. Only the factory tells them apart.
+constexpr const char* kNameIn = effectNameFadeIn;
+constexpr const char* kNameOut = effectNameFadeOut;
+
+void fade_in_out_rgba32(unsigned char* pBuffer, size_t pixels, size_t pitch, size_t rows, unsigned level) {
+    assert(pBuffer != NULL);
+    FadeKernels().scaleAlphaRgba32({pBuffer, pixels, pitch, rows}, level);
+}
+
+void fade_in_out_yuva_Graphic(unsigned char* pBuffer, size_t bytes, size_t pitch, size_t rows,
+                              unsigned level) {
+    assert(pBuffer != NULL);
+    FadeKernels().scaleComponent({pBuffer, bytes, pitch, rows}, level);
+}
+
+} // namespace
+
+CFadeEffect::CFadeEffect(const char* name, const char* catalogueName, const char* minName,
+                         const char* maxName, unsigned max, RawLevel rawLevel)
+    : CBasedVideoImageEffect(name, catalogueName)
+    , m_nMax(max)
+    , m_pRawLevel(rawLevel) {
+    Bind(minName, &m_nMin);
+    Bind(maxName, &m_nMax);
+}
+
+std::optional<unsigned> CFadeEffect::LevelAt(int time, IRawVideoFrame* frame) {
+    // Unsigned, so times before the span's start lie beyond its end.
+    const auto position = static_cast<unsigned>(time == kTimeFromFrame ? frame->GetTimeStamp() : time);
+    const unsigned duration = GetDuration();
+    if (duration == 0)
+        BaseTool::Raise(kUnknownException, "duration must be 1 or more; the frame is left as it is");
+    if (position > duration) return std::nullopt;
+    const unsigned level = m_pRawLevel(position, duration);
+    return level < m_nMin ? m_nMin : std::min(level, m_nMax);
+}
+
+CAlphaFadeEffect::CAlphaFadeEffect(const char* name, RawLevel rawLevel)
+    : CFadeEffect(name, name, "FadeMin", "FadeMax", 255, rawLevel) {}
+
+void CAlphaFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const std::optional<unsigned> level = LevelAt(time, pFrame);
+    if (!level) return;
+    ForFormat(
+        pFrame,
+        [&](Plane32 plane) {
+            if (!plane.Empty()) fade_in_out_rgba32(plane.data, plane.width, plane.pitch, plane.rows, *level);
+        },
+        [&](const PlanarView& view) {
+            const Plane8& plane = view.alpha;
+            if (view.hasAlpha && !plane.Empty())
+                fade_in_out_yuva_Graphic(plane.data, plane.width, plane.pitch, plane.rows, *level);
+        });
+}
+
+CFadeInVideoImageEffect::CFadeInVideoImageEffect()
+    : CAlphaFadeEffect(kNameIn, Rising) {}
+
+CFadeOutVideoImageEffect::CFadeOutVideoImageEffect()
+    : CAlphaFadeEffect(kNameOut, Falling) {}
+
+CDirectFadeEffect::CDirectFadeEffect(const char* name, const char* catalogueName, const char* minName,
+                                     const char* colourName, const char* maxName, RawLevel rawLevel)
+    : CFadeEffect(name, catalogueName, minName, maxName, 256, rawLevel)
+    , m_strColourName(colourName) {
+    if (ChoosesMmxKernels()) {
+        fade_in_out_direct_rgba32 = fade_in_out_direct_rgba32_mmx;
+        fade_in_out_direct_component = fade_in_out_direct_yuva_mmx;
+    }
+}
+
+void CDirectFadeEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoEffect::OnSetProperty(name, node);
+    if (name != m_strColourName) return;
+    const auto colour = static_cast<unsigned>(node.value.int32);
+    m_nColour = colour | 0xFF000000u;
+    m_Yuv = YuvColour::FromRgb(colour);
+}
+
+void CDirectFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const std::optional<unsigned> level = LevelAt(time, pFrame);
+    if (!level) return;
+    const auto mix = [&](DirectFadeKernel kernel, unsigned char* data, size_t width, size_t pitch,
+                         size_t rows, unsigned colour) {
+        if (width == 0 || rows == 0) return;
+        kernel(data, static_cast<unsigned>(width), static_cast<unsigned>(pitch), static_cast<unsigned>(rows),
+               *level, colour);
+    };
+    ForFormat(
+        pFrame,
+        [&](Plane32 plane) {
+            mix(fade_in_out_direct_rgba32, plane.data, plane.width, plane.pitch, plane.rows, m_nColour);
+        },
+        [&](const PlanarView& view) {
+            const DirectFadeKernel kernel = fade_in_out_direct_component;
+            mix(kernel, view.y.data, view.y.width, view.y.pitch, view.y.rows, m_Yuv.y);
+            mix(kernel, view.u.data, view.u.width, view.u.pitch, view.u.rows, m_Yuv.u);
+            mix(kernel, view.v.data, view.v.width, view.v.pitch, view.v.rows, m_Yuv.v);
+        });
+}
+
+CDirectFadeInEffect::CDirectFadeInEffect()
+    : CDirectFadeEffect(kNameIn, effectNameDirectFadeIn, "fadein_min", "fadein_color", "fadein_max",
+                        Constant) {}
+
+CDirectFadeOutEffect::CDirectFadeOutEffect()
+    : CDirectFadeEffect(kNameOut, effectNameDirectFadeOut, "fadeout_min", "fadeout_color", "fadeout_max",
+                        Falling) {}
+
+// The two variants of a kernel compute the same, and inside both choose the fastest way.
+void fade_in_out_direct_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
+                                 unsigned level, unsigned colour) {
+    assert(pBuffer != NULL);
+    FadeKernels().mixRgba32({pBuffer, pixels, pitch, rows}, level, colour);
+}
+
+void fade_in_out_direct_rgba32_mmx(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
+                                   unsigned level, unsigned colour) {
+    assert(pBuffer != NULL);
+    FadeKernels().mixRgba32({pBuffer, pixels, pitch, rows}, level, colour);
+}
+
+void fade_in_out_direct_yuva_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
+                               unsigned level, unsigned value) {
+    assert(pBuffer != NULL);
+    FadeKernels().mixComponent({pBuffer, bytes, pitch, rows}, level, static_cast<uint8_t>(value));
+}
+
+void fade_in_out_direct_yuva_mmx(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
+                                 unsigned level, unsigned value) {
+    assert(pBuffer != NULL);
+    FadeKernels().mixComponent({pBuffer, bytes, pitch, rows}, level, static_cast<uint8_t>(value));
+}
+
+std::atomic<DirectFadeKernel> fade_in_out_direct_rgba32 = fade_in_out_direct_rgba32_c;
+std::atomic<DirectFadeKernel> fade_in_out_direct_component = fade_in_out_direct_yuva_c;
+
+AVEFFECT_CONSTRUCT_VIDEO(CFadeInVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CFadeOutVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CDirectFadeInEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CDirectFadeOutEffect)
+
+} // namespace AVBased

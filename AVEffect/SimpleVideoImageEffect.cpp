@@ -1,0 +1,384 @@
+#include "AVEffect/SimpleVideoImageEffect.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+
+#include "AVEffect/factory.h"
+#include "AVEffect/kernels/emboss.h"
+#include "AVEffect/kernels/fade.h"
+#include "AVEffect/kernels/key.h"
+#include "AVEffect/kernels/mirage.h"
+#include "AVEffect/kernels/mosaic.h"
+#include "AVEffect/kernels/noise.h"
+#include "AVEffect/mmx_choice.h"
+#include "BaseTools/guarded.h"
+
+namespace AVBased {
+
+using BaseTool::Raise;
+
+// Emboss
+
+namespace {
+
+const kernels::EmbossKernels& EmbossKernels() {
+    return kernels::SelectEmbossKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+void emboss_effect_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
+                            int level) {
+    assert(pBuffer != NULL);
+    EmbossKernels().embossRgba32({pBuffer, pixels, pitch, rows}, level);
+}
+
+void emboss_effect_rgba32_mmx(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
+                              int level) {
+    assert(pBuffer != NULL);
+    EmbossKernels().embossRgba32Mmx({pBuffer, pixels, pitch, rows}, level);
+}
+
+void emboss_effect_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
+                               int level) {
+    assert(pBuffer != NULL);
+    EmbossKernels().embossComponent({pBuffer, bytes, pitch, rows}, level);
+}
+
+void emboss_effect_component_mmx(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
+                                 int level) {
+    assert(pBuffer != NULL);
+    EmbossKernels().embossComponentMmx({pBuffer, bytes, pitch, rows}, level);
+}
+
+std::atomic<EmbossKernel> emboss_effect_rgba32 = emboss_effect_rgba32_c;
+std::atomic<EmbossKernel> emboss_effect_component = emboss_effect_component_c;
+
+CEmbossVideoImageEffect::CEmbossVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameEmboss) {
+    Bind("emboss_level", &m_nLevel);
+    if (ChoosesMmxKernels()) {
+        emboss_effect_rgba32 = emboss_effect_rgba32_mmx;
+        emboss_effect_component = emboss_effect_component_mmx;
+    }
+}
+
+void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const auto emboss = [this](EmbossKernel kernel, const auto& plane) {
+        if (plane.Empty()) return;
+        kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
+               static_cast<unsigned>(plane.rows), m_nLevel);
+    };
+    ForFormat(
+        pFrame, [&](Plane32 plane) { emboss(emboss_effect_rgba32, plane); },
+        [&](const PlanarView& view) {
+            for (const Plane8& plane : {view.y, view.u, view.v}) emboss(emboss_effect_component, plane);
+        });
+}
+
+// Mosaic
+
+CMosaicVideoImageEffect::CMosaicVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameMosaic)
+    , m_nUseMMX(ChoosesMmxKernels()) {
+    Bind("mosaic_x1", &m_nX1);
+    Bind("mosaic_y1", &m_nY1);
+    Bind("mosaic_x2", &m_nX2);
+    Bind("mosaic_y2", &m_nY2);
+    Bind("mosaic_step", &m_nStep);
+}
+
+namespace {
+
+constexpr unsigned kLargestMosaicStep = 30;
+
+kernels::MosaicArea AreaBetween(unsigned x1, unsigned y1, unsigned x2, unsigned y2, unsigned step) {
+    const unsigned wholeBlocks = ~((1u << step) - 1);
+    return {std::min(x1, x2), std::min(y1, y2), std::max(x1, x2) & wholeBlocks,
+            std::max(y1, y2) & wholeBlocks, step};
+}
+
+const kernels::MosaicKernels& MosaicKernels() {
+    return kernels::SelectMosaicKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+bool CMosaicVideoImageEffect::HasBlocks(size_t width, size_t height, unsigned smallestStep) const {
+    return m_nStep >= smallestStep && m_nStep <= kLargestMosaicStep && std::max(m_nX1, m_nX2) <= width &&
+           std::max(m_nY1, m_nY2) <= height;
+}
+
+void CMosaicVideoImageEffect::MosaicRgba32Effect(Plane32 plane) const {
+    assert(plane.data != NULL);
+    if (HasBlocks(plane.width, plane.rows, 1))
+        MosaicKernels().mosaicRgba32(plane, AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep));
+}
+
+// Two pixels at a time took blocks of four and more.
+void CMosaicVideoImageEffect::MosaicRgba32EffectMMX(Plane32 plane) const {
+    if (m_nStep >= 2) MosaicRgba32Effect(plane);
+}
+
+void CMosaicVideoImageEffect::MosaicComponentEffect(const PlanarView& view) {
+    assert(view.y.data != NULL);
+    if (!HasBlocks(view.y.width, view.y.rows, 2)) return;
+    const kernels::MosaicArea area = AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep);
+    const kernels::MosaicKernels& mosaic = MosaicKernels();
+    mosaic.mosaicLuma(view.y, area);
+    for (const Plane8& plane : {view.u, view.v})
+        mosaic.mosaicChroma(plane, area, view.y.width, view.horizontalShift, view.verticalShift,
+                            m_Scratch.Require(plane.width));
+}
+
+void CMosaicVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    ForFormat(
+        pFrame,
+        [this](Plane32 plane) {
+            if (plane.Empty()) return;
+            if (m_nUseMMX)
+                MosaicRgba32EffectMMX(plane);
+            else
+                MosaicRgba32Effect(plane);
+        },
+        [this](const PlanarView& view) {
+            if (!view.y.Empty()) MosaicComponentEffect(view);
+        });
+}
+
+// Mirage
+
+CMirageVideoImageEffect::CMirageVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameMirage)
+    , m_nUseMMX(ChoosesMmxKernels()) {
+    Bind("mirage_width", &m_nWidth);
+    Bind("mirage_alpha", &m_nAlpha);
+}
+
+namespace {
+
+struct FrameFreer {
+    void operator()(IRawVideoFrame* frame) const { frame->Free(); }
+};
+
+// In 32 bits that wrap, 16.16 fixed point: the picture, 1 + width / 200 times as large, about its middle.
+kernels::Mirage MirageOf(unsigned enlargement, unsigned alpha, size_t width, size_t height) {
+    const unsigned scale = 200 + enlargement;
+    const unsigned step = (200u << 16) / scale;
+    const unsigned zoom = (scale << 16) / 200;
+    const auto offset = [&](size_t size) {
+        const auto pixels = static_cast<unsigned>(size);
+        return (((zoom * pixels) >> 16) - pixels) * step >> 1;
+    };
+    return {offset(width), offset(height), step, ((alpha << 7) + 5120) / 100, width, height, 0, 0};
+}
+
+const kernels::MirageKernels& MirageKernels() {
+    return kernels::SelectMirageKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+void CMirageVideoImageEffect::MirageRgba32Effect(Plane32 plane, Plane32 copy) {
+    assert(plane.data != NULL);
+    MirageKernels().mirageRgba32(plane, copy, MirageOf(m_nWidth, m_nAlpha, plane.width, plane.rows),
+                                 m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
+}
+
+void CMirageVideoImageEffect::MirageRgba32EffectMMX(Plane32 plane, Plane32 copy) {
+    assert(plane.data != NULL);
+    MirageKernels().mirageRgba32Mmx(plane, copy, MirageOf(m_nWidth, m_nAlpha, plane.width, plane.rows),
+                                    m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
+}
+
+void CMirageVideoImageEffect::MirageComponentEffect(const PlanarView& view, const PlanarView& copy) {
+    assert(view.y.data != NULL && copy.y.data != NULL);
+    kernels::Mirage mirage = MirageOf(m_nWidth, m_nAlpha, view.y.width, view.y.rows);
+    const auto blend = [&](const Plane8& plane, const Plane8& from) {
+        MirageKernels().mirageComponent(plane, from, mirage,
+                                        m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
+    };
+    blend(view.y, copy.y);
+    mirage.horizontalShift = view.horizontalShift;
+    mirage.verticalShift = view.verticalShift;
+    blend(view.u, copy.u);
+    blend(view.v, copy.v);
+}
+
+void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    // Cloned whatever follows; the clone goes on every way out.
+    const std::unique_ptr<IRawVideoFrame, FrameFreer> copy(pFrame->Clone());
+    if (!copy) Raise(kUnknownException, "the frame can't be cloned; it is left as it is");
+    if (m_nAlpha > 100) return;
+    if (200 + m_nWidth == 0)
+        Raise(kUnknownException, "mirage_width must not be -200; the frame is left as it is");
+    ForFormat(
+        pFrame,
+        [&](Plane32 plane) {
+            if (plane.Empty()) return;
+            if (m_nUseMMX)
+                MirageRgba32EffectMMX(plane, PixelPlane(copy.get()));
+            else
+                MirageRgba32Effect(plane, PixelPlane(copy.get()));
+        },
+        [&](const PlanarView& view) {
+            if (view.y.Empty()) return;
+            ForFormat(
+                copy.get(), [](Plane32) {},
+                [&](const PlanarView& from) { MirageComponentEffect(view, from); });
+        });
+}
+
+// Transparency
+
+CTransparencyAjustEffect::CTransparencyAjustEffect()
+    : CBasedVideoImageEffect(effectNameTransparency) {
+    Bind("transparency_scale", &m_nScale);
+}
+
+void CTransparencyAjustEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoEffect::OnSetProperty(name, node);
+    // From percent to 256ths, whatever was set: another property set later takes it for percent again.
+    m_nScale = (m_nScale << 8) / 100;
+}
+
+void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    if (m_nScale == 0) return;
+    const kernels::FadeKernels& fade = kernels::SelectFadeKernels(AVBasedGetCPUFeatures());
+    const auto level = static_cast<unsigned>(std::max(m_nScale, 0)); // below 0 nothing of alpha is left
+    ForFormat(
+        pFrame, [&](Plane32 plane) { fade.scaleAlphaRgba32(plane, level); },
+        [&](const PlanarView& view) {
+            if (view.hasAlpha) fade.scaleComponent(view.alpha, level);
+        });
+}
+
+// Colour filter
+
+CColorFilterEffect::CColorFilterEffect()
+    : CBasedVideoImageEffect(effectNameColorFilter) {
+    Bind("filter_scope", &m_nScope);
+}
+
+void CColorFilterEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoEffect::OnSetProperty(name, node);
+    if (name != "filter_color") return;
+    m_nColor = static_cast<unsigned>(node.value.int32);
+    m_Yuv = YuvColour::FromRgb(m_nColor);
+}
+
+// The scope counts in each byte, but the comparison is of all 24 bits as one number.
+void CColorFilterEffect::FilterRGBA32Effect(Plane32 plane) const {
+    assert(plane.data != NULL);
+    constexpr int64_t kWhite = 0xFFFFFF;
+    const int64_t colour = m_nColor & kWhite, scope = int64_t{m_nScope} * 0x010101;
+    const int64_t low = std::max<int64_t>(colour - scope, 0), high = std::min(colour + scope, kWhite);
+    kernels::SelectKeyKernels(AVBasedGetCPUFeatures())
+        .keyRgba32(plane, static_cast<uint32_t>(low), static_cast<uint32_t>(high));
+}
+
+void CColorFilterEffect::FilterComponentEffect(const PlanarView& view) {
+    assert(view.y.data != NULL && view.alpha.data != NULL);
+    const auto around = [this](int sample) {
+        const int64_t scope = m_nScope;
+        return kernels::KeyRange{static_cast<uint8_t>(std::max<int64_t>(sample - scope, 0)),
+                                 static_cast<uint8_t>(std::min<int64_t>(sample + scope, 255))};
+    };
+    const kernels::PlanarKey key = {around(m_Yuv.y), around(m_Yuv.u), around(m_Yuv.v), view.horizontalShift,
+                                    view.verticalShift};
+    kernels::SelectKeyKernels(AVBasedGetCPUFeatures())
+        .keyComponent(view.y, view.u, view.v, view.alpha, key,
+                      m_Scratch.Require(kernels::KeyScratchBytes(view.y.width)));
+}
+
+void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    if (m_nScope < 0) return; // nothing lies in such a range
+    ForFormat(
+        pFrame,
+        [this](Plane32 plane) {
+            if (!plane.Empty()) FilterRGBA32Effect(plane);
+        },
+        [this](const PlanarView& view) {
+            if (view.hasAlpha && !view.y.Empty() && !view.alpha.Empty()) FilterComponentEffect(view);
+        });
+}
+
+// Noise
+
+namespace {
+
+const kernels::NoiseKernels& NoiseKernels() { return kernels::SelectNoiseKernels(AVBasedGetCPUFeatures()); }
+
+} // namespace
+
+CAddNoiseVideoImageEffect::CAddNoiseVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameAddNoise) {}
+
+void CAddNoiseVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoEffect::OnSetProperty(name, node);
+    if (name != "addnoise_level") return;
+    const auto shift = static_cast<unsigned>(std::clamp<int64_t>(int64_t{12} - node.value.int32, 0, 31));
+    if (shift != m_nShift) {
+        m_PixelNoise.Clear();
+        m_SampleNoise.Clear();
+        std::srand(static_cast<unsigned>(std::time(nullptr)));
+    }
+    m_nShift = shift;
+}
+
+void CAddNoiseVideoImageEffect::AddNoiseRgba32EffectFirst(Plane32 plane) {
+    m_PixelNoise.Extend(plane.width * plane.rows, m_nShift);
+    AddNoiseRgba32Effect(plane);
+}
+
+void CAddNoiseVideoImageEffect::AddNoiseRgba32Effect(Plane32 plane) const {
+    assert(plane.data != NULL);
+    NoiseKernels().addNoiseRgba32(plane, m_PixelNoise.Data(), Gain());
+}
+
+void CAddNoiseVideoImageEffect::AddNoiseComponentEffectFirst(Plane8 plane) {
+    m_SampleNoise.Extend(plane.width * plane.rows, m_nShift);
+    AddNoiseComponentEffect(plane);
+}
+
+void CAddNoiseVideoImageEffect::AddNoiseComponentEffect(Plane8 plane) const {
+    assert(plane.data != NULL);
+    NoiseKernels().addNoiseComponent(plane, m_SampleNoise.Data(), Gain());
+}
+
+void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    ForFormat(
+        pFrame,
+        [this](Plane32 plane) {
+            if (plane.Empty()) return;
+            if (m_PixelNoise.Has(plane.width * plane.rows))
+                AddNoiseRgba32Effect(plane);
+            else
+                AddNoiseRgba32EffectFirst(plane);
+        },
+        [this](const PlanarView& view) {
+            if (view.y.Empty()) return;
+            if (m_SampleNoise.Has(view.y.width * view.y.rows))
+                AddNoiseComponentEffect(view.y);
+            else
+                AddNoiseComponentEffectFirst(view.y);
+        });
+}
+
+AVEFFECT_CONSTRUCT_VIDEO(CEmbossVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CMosaicVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CMirageVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CTransparencyAjustEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CColorFilterEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CAddNoiseVideoImageEffect)
+
+} // namespace AVBased

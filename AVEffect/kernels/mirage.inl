@@ -1,0 +1,149 @@
+// Bodies of the mirage kernels, for one level.
+
+AVEFFECT_INLINE size_t AtMost(size_t x, size_t limit) { return x < limit ? x : limit; }
+
+// Along one axis: the sample of a plane of size samples that enlarged sample i comes from, which is where the
+// last of its luma samples comes from.
+AVEFFECT_INLINE size_t Origin(size_t i, uint32_t offset, uint32_t step, unsigned shift, size_t lumaSize,
+                              size_t size) {
+    const size_t luma = AtMost(((i + 1) << shift) - 1, lumaSize - 1);
+    const size_t origin = (offset + static_cast<uint32_t>(luma) * step) >> 16;
+    return AtMost(AtMost(origin, lumaSize - 1) >> shift, size - 1);
+}
+
+// Along one axis: how many luma samples sample i stands for.
+AVEFFECT_INLINE unsigned LumaSamples(size_t i, unsigned shift, size_t lumaSize) {
+    return static_cast<unsigned>(AtMost(size_t{1} << shift, lumaSize - (i << shift)));
+}
+
+// Makes enlarged rows of samples of Bytes each. Where neighbours come from the same sample or from
+// neighbours, as they do in an enlarged picture, a group of samples comes from a group as large; other rows
+// are made sample by sample.
+template <size_t Bytes>
+struct RowEnlarger {
+#if AVEFFECT_LANE_BYTES > 16
+    static constexpr size_t kGroup = Bytes == 4 ? kLanes / 4 : 16;
+#else
+    static constexpr size_t kGroup = 0; // there is no picking
+#endif
+    size_t width;      // samples that are made
+    size_t limit;      // samples of the row that they come from
+    uint32_t* columns; // origin of each sample
+    uint8_t* picks;    // of each byte, its place within the group it comes from
+    uint8_t* row;      // the latest enlarged row
+    bool inGroups;
+
+    AVEFFECT_INLINE RowEnlarger(const Mirage& mirage, size_t samples, size_t originSamples, uint8_t* scratch)
+        : width(samples)
+        , limit(originSamples)
+        , columns(reinterpret_cast<uint32_t*>(scratch))
+        , picks(scratch + 4 * samples)
+        , row(Bytes == 4 ? picks : picks + samples + kLanes)
+        , inGroups(kGroup != 0 && samples >= kGroup && originSamples >= kGroup) {
+        for (size_t x = 0; x < width; ++x) {
+            columns[x] = static_cast<uint32_t>(
+                Origin(x, mirage.offsetX, mirage.step, mirage.horizontalShift, mirage.width, limit));
+            if (x > 0 && columns[x] - columns[x - 1] > 1) inGroups = false;
+        }
+#if AVEFFECT_LANE_BYTES > 16
+        if (Bytes == 4 || !inGroups) return;
+        for (size_t x = 0; x < width; x += kGroup) {
+            const size_t first = GroupStart(x);
+            for (size_t i = 0; i < kGroup; ++i)
+                picks[x + i] = static_cast<uint8_t>(columns[first + i] - GroupOrigin(first));
+        }
+#endif
+    }
+
+    // The last group of a row overlaps the one before it.
+    AVEFFECT_INLINE size_t GroupStart(size_t x) const { return AtMost(x, width - kGroup); }
+    AVEFFECT_INLINE size_t GroupOrigin(size_t first) const { return AtMost(columns[first], limit - kGroup); }
+
+    AVEFFECT_INLINE void Enlarge(const uint8_t* from) const {
+        if (!inGroups) {
+            for (size_t x = 0; x < width; ++x) std::memcpy(row + x * Bytes, from + columns[x] * Bytes, Bytes);
+            return;
+        }
+#if AVEFFECT_LANE_BYTES > 16
+        for (size_t x = 0; x < width; x += kGroup) {
+            const size_t first = GroupStart(x), origin = GroupOrigin(first);
+            if constexpr (Bytes == 4)
+                Store(row + first * 4,
+                      PickPixels(Load<U8>(from + origin * 4),
+                                 Load<U32>(columns + first) - static_cast<uint32_t>(origin)));
+            else
+                Pick16Bytes(row + first, from + origin, picks + x);
+        }
+#endif
+    }
+};
+
+// (own * (256 - weight) + enlarged * weight) >> 8, times over, each on the result of the one before.
+struct Blend {
+    U16 ownWeight, weight;
+    unsigned times;
+
+    AVEFFECT_INLINE explicit Blend(uint32_t enlargedWeight, unsigned count = 1)
+        : ownWeight(Splat16(static_cast<uint16_t>(256 - enlargedWeight)))
+        , weight(Splat16(static_cast<uint16_t>(enlargedWeight)))
+        , times(count) {}
+    AVEFFECT_INLINE U8 operator()(U8 own, U8 enlarged) const {
+        const U16 evenShare = Even(own) * ownWeight, oddShare = Odd(own) * ownWeight;
+        U16 even = Even(enlarged), odd = Odd(enlarged);
+        for (unsigned i = 0; i < times; ++i) {
+            even = (evenShare + even * weight) >> 8;
+            odd = (oddShare + odd * weight) >> 8;
+        }
+        return Join(even, odd);
+    }
+};
+
+struct BlendColours {
+    Blend blend;
+    AVEFFECT_INLINE U8 operator()(U8 own, U8 enlarged) const {
+        return Select(AlphaMask(), enlarged, blend(own, enlarged));
+    }
+};
+
+AVEFFECT_INLINE uint8_t BlendByte(uint32_t own, uint32_t enlarged, uint32_t weight, unsigned times) {
+    for (unsigned i = 0; i < times; ++i) enlarged = (own * (256 - weight) + enlarged * weight) >> 8;
+    return static_cast<uint8_t>(enlarged);
+}
+
+template <class Op>
+AVEFFECT_INLINE void MirageRows(Plane32 plane, Plane32 copy, const Mirage& mirage, uint8_t* scratch,
+                                const Op& op) {
+    if (plane.Empty() || copy.Empty()) return;
+    const RowEnlarger<4> enlarger(mirage, plane.width, copy.width, scratch);
+    for (size_t y = 0; y < plane.rows; ++y) {
+        enlarger.Enlarge(copy.Row(Origin(y, mirage.offsetY, mirage.step, 0, mirage.height, copy.rows)));
+        ForRowWith(plane.Row(y), enlarger.row, plane.width * 4, op);
+    }
+}
+
+void MirageRgba32(Plane32 plane, Plane32 copy, const Mirage& mirage, uint8_t* scratch) noexcept {
+    MirageRows(plane, copy, mirage, scratch, BlendColours{Blend(mirage.weight)});
+}
+void MirageRgba32Mmx(Plane32 plane, Plane32 copy, const Mirage& mirage, uint8_t* scratch) noexcept {
+    MirageRows(plane, copy, mirage, scratch, Blend(mirage.weight));
+}
+
+void MirageComponent(Plane8 plane, Plane8 copy, const Mirage& mirage, uint8_t* scratch) noexcept {
+    if (plane.Empty() || copy.Empty() || mirage.width == 0 || mirage.height == 0) return;
+    const unsigned hShift = mirage.horizontalShift, vShift = mirage.verticalShift;
+    const size_t width = AtMost(plane.width, ((mirage.width - 1) >> hShift) + 1);
+    const size_t rows = AtMost(plane.rows, ((mirage.height - 1) >> vShift) + 1);
+    const RowEnlarger<1> enlarger(mirage, width, copy.width, scratch);
+    const unsigned across = 1u << hShift, acrossLast = LumaSamples(width - 1, hShift, mirage.width);
+    for (size_t y = 0; y < rows; ++y) {
+        enlarger.Enlarge(copy.Row(Origin(y, mirage.offsetY, mirage.step, vShift, mirage.height, copy.rows)));
+        const unsigned down = LumaSamples(y, vShift, mirage.height);
+        uint8_t* const row = plane.Row(y);
+        const uint8_t last =
+            BlendByte(row[width - 1], enlarger.row[width - 1], mirage.weight, acrossLast * down);
+        ForRowWith(row, enlarger.row, width, Blend(mirage.weight, across * down));
+        row[width - 1] = last;
+    }
+}
+
+constexpr MirageKernels kKernels = {MirageRgba32, MirageRgba32Mmx, MirageComponent};

@@ -1,0 +1,54 @@
+#include "tests/memory/allocation_count.h"
+
+#include <atomic>
+#include <cerrno>
+
+// The names under which the C library keeps its own functions when a program brings others.
+extern "C" {
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* block, size_t size);
+void* __libc_memalign(size_t alignment, size_t size);
+void __libc_free(void* block);
+}
+
+namespace {
+
+std::atomic<size_t> g_allocations, g_frees;
+
+void* Counted(void* block) {
+    if (block) ++g_allocations;
+    return block;
+}
+
+} // namespace
+
+extern "C" {
+
+void* malloc(size_t size) { return Counted(__libc_malloc(size)); }
+void* calloc(size_t count, size_t size) { return Counted(__libc_calloc(count, size)); }
+void* memalign(size_t alignment, size_t size) { return Counted(__libc_memalign(alignment, size)); }
+void* aligned_alloc(size_t alignment, size_t size) { return Counted(__libc_memalign(alignment, size)); }
+
+void* realloc(void* block, size_t size) {
+    if (block) ++g_frees;
+    return Counted(__libc_realloc(block, size));
+}
+
+int posix_memalign(void** block, size_t alignment, size_t size) {
+    *block = Counted(__libc_memalign(alignment, size));
+    return *block ? 0 : ENOMEM;
+}
+
+void free(void* block) {
+    if (block) ++g_frees;
+    __libc_free(block);
+}
+}
+
+namespace test {
+
+size_t Allocations() { return g_allocations; }
+size_t LiveBlocks() { return g_allocations - g_frees; }
+
+} // namespace test
