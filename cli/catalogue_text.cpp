@@ -72,8 +72,9 @@ std::string TraitsText(unsigned traits) {
     std::string text;
     const auto add = [&text](const char* part) { text += (text.empty() ? "" : "; ") + std::string(part); };
     if (traits & AVBased::kFollowsTime) add("changes with the time in its span");
-    if (traits & AVBased::kKeepsState) add("a frame can depend on the frames before it");
+    if (traits & AVBased::kKeepsState) add("can let a frame depend on the frames before it");
     if (traits & AVBased::kDrawsRandom) add("draws random numbers");
+    if (traits & AVBased::kChangesAlpha) add("changes transparency alone");
     if (text.empty()) add("treats every frame alike, for itself");
     return text;
 }

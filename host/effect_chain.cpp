@@ -79,6 +79,7 @@ EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
     const std::string duration = std::to_string(std::min(durationMs, longest));
     for (const EffectSpec& effect : effects) {
         m_procs.push_back(plugin.MakeVideo(manager, effect.name));
+        if (RequireEffect(effect.name).traits & AVBased::kChangesAlpha) m_changesAlpha = true;
         AVBased::IVideoProc& proc = *m_procs.back();
         SetProperty(proc, AVBased::PROP_NAME_DURATION, duration);
         for (const auto& [name, value] : effect.properties) SetProperty(proc, name, value);

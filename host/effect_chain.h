@@ -36,7 +36,11 @@ public:
 
     bool Empty() const noexcept { return m_procs.empty(); }
 
+    /// Whether an effect of the chain works on transparency alone.
+    bool ChangesAlpha() const noexcept { return m_changesAlpha; }
+
 private:
+    bool m_changesAlpha = false;
     std::vector<VideoProcPtr> m_procs;
 };
 

@@ -38,7 +38,7 @@ PictureStage::PictureStage(EffectChain& chain, std::string pixelFormat, const st
     : m_chain(chain)
     , m_pixelFormat(std::move(pixelFormat))
     , m_reporter(reporter) {
-    if (!turnFilter.empty()) m_turner.emplace(turnFilter);
+    if (!turnFilter.empty()) m_turner.emplace(turnFilter, "turned upright");
 }
 
 void PictureStage::LearnFrom(const AVFrame& first) {
@@ -49,7 +49,10 @@ void PictureStage::LearnFrom(const AVFrame& first) {
         m_working = {0, FormatOf(first), AVCOL_RANGE_UNSPECIFIED};
         return;
     }
-    m_working = ChooseWorkingFormat(m_pixelFormat, first);
+    m_working = ChooseWorkingFormat(m_pixelFormat, first, m_chain.ChangesAlpha());
+    if (m_chain.ChangesAlpha() && !HasAlpha(m_working.format))
+        m_reporter.Warn("an effect changes transparency, but " + m_pixelFormat +
+                        " has none; try --pixel-format auto, bgra, yuva420p or yuva444p");
     const std::string own = FormatName(m_clip->format);
     const std::string working = mediabridge::FrameFormatName(m_working.id);
     const int depth = av_pix_fmt_desc_get(m_clip->format)->comp[0].depth;
@@ -83,13 +86,14 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
         if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
         m_chain.Process(frame.get(), timeMs);
     }
-    return m_turner ? m_turner->Turn(std::move(picture)) : std::move(picture);
+    return m_turner ? m_turner->Apply(std::move(picture)) : std::move(picture);
 }
 
 // The output looks like the clip, in the bits that the effects worked in. Grey clips may have been given
-// colour.
+// colour, and any clip transparency.
 AVPixelFormat PictureStage::WantedFormat() const {
     if (m_chain.Empty()) return m_clip->format;
+    if (m_chain.ChangesAlpha()) return m_working.format;
     const AVPixelFormat kind = EightBitKind(m_clip->format);
     const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(kind);
     const bool grey = descriptor->nb_components <= 2;
@@ -98,7 +102,11 @@ AVPixelFormat PictureStage::WantedFormat() const {
 
 void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture) {
     m_output = ChooseEncoderFormat(plan, WantedFormat(), *m_clip, picture);
-    if (m_output.losesAlpha)
+    if (m_chain.ChangesAlpha() && HasAlpha(m_working.format) && !HasAlpha(m_output.format)) {
+        m_toBlack.emplace("premultiply=inplace=1", "blended over black");
+        m_reporter.Note(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
+                        " files; the pictures are blended over black");
+    } else if (m_output.losesAlpha)
         m_reporter.Warn(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
                         " files; the pictures become opaque");
     m_reporter.Note("the encoder " + std::string(plan.encoder.codec->name) + " takes " +
@@ -110,6 +118,7 @@ void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture)
 }
 
 AVFramePtr PictureStage::ConvertForEncoder(AVFramePtr picture) {
+    if (m_toBlack) picture = m_toBlack->Apply(std::move(picture));
     if (m_viaRgb) {
         // Pictures in files are read with the BT.601 matrix whatever they say.
         picture = ConvertWith(*m_toRgb, *picture);

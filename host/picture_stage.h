@@ -5,7 +5,7 @@
 
 #include "host/effect_chain.h"
 #include "host/encoder.h"
-#include "host/orientation.h"
+#include "host/picture_filter.h"
 #include "host/reporter.h"
 #include "host/working_format.h"
 #include "mediabridge/scaler.h"
@@ -46,7 +46,7 @@ private:
     EncoderFormat m_output;
     bool m_viaRgb = false; ///< the encoder's format can't name the pictures' matrix
     std::optional<mediabridge::Scaler> m_toWorking, m_toRgb, m_toEncoder;
-    std::optional<Turner> m_turner;
+    std::optional<PictureFilter> m_turner, m_toBlack;
 };
 
 } // namespace aveffect

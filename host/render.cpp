@@ -9,6 +9,7 @@
 
 #include "host/bounded_queue.h"
 #include "host/media_manager.h"
+#include "host/orientation.h"
 #include "host/output_file.h"
 #include "host/output_plan.h"
 #include "host/picture_stage.h"

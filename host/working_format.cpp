@@ -75,9 +75,26 @@ void CheckPixelFormatName(const std::string& wanted) {
                 "pixel format \"" + wanted + "\" is not one that effects work in: " + names);
 }
 
-WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture) {
+namespace {
+
+// The served format with alpha that keeps every chroma sample.
+WorkingFormat WithAlpha(const WorkingFormat& format, AVColorRange pictures) {
+    if (HasAlpha(format.format)) return format;
+    const bool quarter = format.id == AVBased::YUV420P || format.id == AVBased::YUVJ420P;
+    const bool full = format.id == AVBased::YUVJ420P || format.id == AVBased::YUVJ422P ||
+                      format.range == AVCOL_RANGE_JPEG || pictures == AVCOL_RANGE_JPEG;
+    return Served(quarter ? AVBased::YUVA420P : AVBased::YUVA444P,
+                  full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG);
+}
+
+} // namespace
+
+WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, bool needsAlpha) {
     const auto own = static_cast<AVPixelFormat>(picture.format);
-    if (wanted == "auto") return NearestServed(own, picture.color_range);
+    if (wanted == "auto") {
+        const WorkingFormat nearest = NearestServed(own, picture.color_range);
+        return needsAlpha ? WithAlpha(nearest, picture.color_range) : nearest;
+    }
     CheckPixelFormatName(wanted);
     const unsigned id = *mediabridge::FrameFormatByName(wanted);
     if (mediabridge::FrameFormat(own, picture.color_range) == id) return {id, own, AVCOL_RANGE_UNSPECIFIED};

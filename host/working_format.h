@@ -16,8 +16,9 @@ struct WorkingFormat {
 /// The served format nearest to these pictures; their own when it is served.
 WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range);
 
-/// As NearestServed, or the one of that name. Throws Error (Usage) that lists the names.
-WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture);
+/// As NearestServed, with an alpha channel where that is needed, or the one of that name. Throws Error
+/// (Usage) that lists the names.
+WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, bool needsAlpha);
 
 /// Checks the name alone, before any file is opened. Throws Error (Usage).
 void CheckPixelFormatName(const std::string& wanted);

@@ -180,7 +180,7 @@ constexpr PropertyInfo kColorFilterProperties[] = {
 constexpr PropertyInfo kAddNoiseProperties[] = {
     {"addnoise_level", "2", kInt32, ValueKind::Number, "Level",
      "Grain is a 31-bit random number shifted right by 12 less the level. Only levels of -8 and below give "
-     "visible grain; above, every sample turns white.",
+     "visible grain; above, nearly every sample turns white.",
      "", -19, 12},
 };
 

@@ -80,6 +80,26 @@ TEST(Properties, AlphaGoesToWebmAndBack) {
     EXPECT_NEAR(back[alpha + 56], 255, 8);
 }
 
+// A grey picture at half opacity: kept where the encoder can, else half as bright.
+TEST(Properties, TransparencyIsKeptOrBlendedOverBlack) {
+    const clips::TemporaryDirectory directory;
+    const std::string input =
+        clips::Make(directory / "in.mkv", "64x48", 25, 0.04,
+                    "-vf format=gray,geq=lum=200 -c:v ffv1 -pix_fmt yuv420p -color_range tv");
+    const std::string half = "transparency:transparency_scale=50";
+    const auto render = [&](const std::string& name, const std::string& codec) {
+        clips::Render(input, directory / name, codec, {half});
+        return clips::Probe(directory / name, "pix_fmt");
+    };
+    ASSERT_EQ(render("kept.mkv", "ffv1"), "yuva420p");
+    const clips::Bytes luma = clips::Decode(input), kept = clips::Decode(directory / "kept.mkv");
+    EXPECT_EQ(kept[0], luma[0]);
+    EXPECT_EQ(kept[64 * 48 * 3 / 2], 127);
+    ASSERT_EQ(render("black.mp4", "libx264"), "yuv420p");
+    EXPECT_NEAR(clips::Decode(directory / "black.mp4")[0], 16 + (luma[0] - 16) / 2, 3);
+    EXPECT_EQ(render("picture.png", ""), "rgba");
+}
+
 TEST(Containers, WhatDoesNotFitIsSaidBeforeAnythingIsWritten) {
     const clips::TemporaryDirectory directory;
     const std::string odd =
