@@ -14,6 +14,10 @@ namespace {
 
 using Settings = std::vector<std::pair<const char*, const char*>>;
 
+// Stand for the picture's own size in settings.
+constexpr char kWidth[] = "width";
+constexpr char kHeight[] = "height";
+
 // Effects that do nothing, or too little, with their defaults.
 std::vector<Settings> SettingsOf(const std::string& effect) {
     static const std::map<std::string, std::vector<Settings>> kSettings = {
@@ -25,7 +29,7 @@ std::vector<Settings> SettingsOf(const std::string& effect) {
         {"directfadein", {{{"duration", "100"}, {"fadein_color", "8421504"}}}},
         {"directfadeout", {{{"duration", "100"}, {"fadeout_color", "8421504"}}}},
         {"emboss", {{{"emboss_level", "2"}}}},
-        {"mosaic", {{{"mosaic_x2", "1920"}, {"mosaic_y2", "1080"}, {"mosaic_step", "4"}}}},
+        {"mosaic", {{{"mosaic_x2", kWidth}, {"mosaic_y2", kHeight}, {"mosaic_step", "4"}}}},
         {"transparency", {{{"transparency_scale", "50"}}}},
         {"colorfilter", {{{"filter_scope", "40"}, {"filter_color", "8421504"}}}},
         {"addnoise", {{{"addnoise_level", "-12"}}}},
@@ -69,7 +73,10 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
                const Picture& picture, bool onCopy) {
     const BaseTool::BlockKeeper keeper; // the frames, and so their clones, are this program's
     const test::VideoProc proc = test::MakeVideo(effect);
-    for (const auto& [name, value] : settings) proc->SetProperty(name, value);
+    for (const auto& [name, value] : settings) {
+        const unsigned size = value == kWidth ? picture.width : value == kHeight ? picture.height : 0;
+        proc->SetProperty(name, size ? std::to_string(size).c_str() : value);
+    }
     BenchFrame frame(picture);
     AVBased::ImagePostion position{};
     TimeAgainstCopy(state, frame.Bytes(), [&] {

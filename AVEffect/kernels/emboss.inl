@@ -4,7 +4,10 @@
 template <class Op>
 AVEFFECT_INLINE void ForRowsUpwards(Plane8 plane, size_t width, const Op& op) {
     if (width == 0) return;
-    for (size_t y = plane.rows; y-- > 1;) ForRowWith(plane.Row(y), plane.Row(y - 1), width, op);
+    for (size_t y = plane.rows; y-- > 1;) {
+        const uint8_t* const above = plane.Row(y - 1);
+        ForRowWith(plane.Row(y), above, width, above - plane.pitch, op);
+    }
 }
 
 template <class Relief>

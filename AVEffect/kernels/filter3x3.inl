@@ -77,13 +77,14 @@ struct Columns {
     }
 
     template <bool Track>
-    AVEFFECT_INLINE bool FilterRow(uint8_t* row, const uint8_t* next, Sums* sums) const {
+    AVEFFECT_INLINE bool FilterRow(uint8_t* row, const uint8_t* next, size_t pitch, Sums* sums) const {
         const U8 oldLast = Load<U8>(row + last);
         const U8 newLast = AdvanceRegister(sums[count], next + last, oldLast);
         U8 difference = oldLast ^ newLast;
         for (size_t i = 0; i < count; ++i) {
             const size_t x = Step + i * kLanes;
             const U8 old = Load<U8>(row + x);
+            Prefetch(next + x + pitch);
             const U8 result = AdvanceRegister(sums[i], next + x, old);
             if constexpr (Track) difference |= old ^ result;
             Store(row + x, result);
@@ -113,7 +114,7 @@ struct NarrowColumns {
     }
 
     template <bool Track>
-    bool FilterRow(uint8_t* row, const uint8_t* next, Sums* sums) const {
+    bool FilterRow(uint8_t* row, const uint8_t* next, size_t, Sums* sums) const {
         bool changed = !Track;
         for (size_t x = Step; x < end; ++x) {
             const uint8_t result = TruncToByte(AdvanceColumn(sums[x], next + x, row[x]));
@@ -133,7 +134,7 @@ AVEFFECT_INLINE bool FilterRows(Plane8 plane, uint8_t* scratch) {
     columns.Feed(plane.Row(1), sums);
     bool changed = false;
     for (size_t y = 1; y + 1 < plane.rows; ++y)
-        changed |= columns.template FilterRow<Track>(plane.Row(y), plane.Row(y + 1), sums);
+        changed |= columns.template FilterRow<Track>(plane.Row(y), plane.Row(y + 1), plane.pitch, sums);
     return changed;
 }
 

@@ -59,7 +59,8 @@ struct RowEnlarger {
     AVEFFECT_INLINE size_t GroupStart(size_t x) const { return AtMost(x, width - kGroup); }
     AVEFFECT_INLINE size_t GroupOrigin(size_t first) const { return AtMost(columns[first], limit - kGroup); }
 
-    AVEFFECT_INLINE void Enlarge(const uint8_t* from) const {
+    // Asks for the row that begins at soon.
+    AVEFFECT_INLINE void Enlarge(const uint8_t* from, [[maybe_unused]] const uint8_t* soon) const {
         if (!inGroups) {
             for (size_t x = 0; x < width; ++x) std::memcpy(row + x * Bytes, from + columns[x] * Bytes, Bytes);
             return;
@@ -67,6 +68,7 @@ struct RowEnlarger {
 #if AVEFFECT_LANE_BYTES > 16
         for (size_t x = 0; x < width; x += kGroup) {
             const size_t first = GroupStart(x), origin = GroupOrigin(first);
+            Prefetch(soon + origin * Bytes);
             if constexpr (Bytes == 4)
                 Store(row + first * 4,
                       PickPixels(Load<U8>(from + origin * 4),
@@ -116,8 +118,11 @@ AVEFFECT_INLINE void MirageRows(Plane32 plane, Plane32 copy, const Mirage& mirag
     if (plane.Empty() || copy.Empty()) return;
     const RowEnlarger<4> enlarger(mirage, plane.width, copy.width, scratch);
     for (size_t y = 0; y < plane.rows; ++y) {
-        enlarger.Enlarge(copy.Row(Origin(y, mirage.offsetY, mirage.step, 0, mirage.height, copy.rows)));
-        ForRowWith(plane.Row(y), enlarger.row, plane.width * 4, op);
+        const uint8_t* const from =
+            copy.Row(Origin(y, mirage.offsetY, mirage.step, 0, mirage.height, copy.rows));
+        uint8_t* const row = plane.Row(y);
+        enlarger.Enlarge(from, from + copy.pitch);
+        ForRowWith(row, enlarger.row, plane.width * 4, row + plane.pitch, op);
     }
 }
 
@@ -136,12 +141,14 @@ void MirageComponent(Plane8 plane, Plane8 copy, const Mirage& mirage, uint8_t* s
     const RowEnlarger<1> enlarger(mirage, width, copy.width, scratch);
     const unsigned across = 1u << hShift, acrossLast = LumaSamples(width - 1, hShift, mirage.width);
     for (size_t y = 0; y < rows; ++y) {
-        enlarger.Enlarge(copy.Row(Origin(y, mirage.offsetY, mirage.step, vShift, mirage.height, copy.rows)));
+        const uint8_t* const from =
+            copy.Row(Origin(y, mirage.offsetY, mirage.step, vShift, mirage.height, copy.rows));
+        enlarger.Enlarge(from, from + copy.pitch);
         const unsigned down = LumaSamples(y, vShift, mirage.height);
         uint8_t* const row = plane.Row(y);
         const uint8_t last =
             BlendByte(row[width - 1], enlarger.row[width - 1], mirage.weight, acrossLast * down);
-        ForRowWith(row, enlarger.row, width, Blend(mirage.weight, across * down));
+        ForRowWith(row, enlarger.row, width, row + plane.pitch, Blend(mirage.weight, across * down));
         row[width - 1] = last;
     }
 }
