@@ -38,8 +38,7 @@ public:
     void* Take(size_t size) {
         const std::lock_guard lock(m_Mutex);
         for (Waiting** link = &m_pNewest; *link; link = &(*link)->next)
-            if ((*link)->size == size)
-                return std::exchange(*link, (*link)->next);
+            if ((*link)->size == size) return std::exchange(*link, (*link)->next);
         return nullptr;
     }
 

@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 echo "== format"
-git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
+git ls-files '*.cpp' '*.h' '*.inl' | xargs clang-format-14 --dry-run --Werror
 
 echo "== lint"
 git ls-files '*.cpp' | grep -vE '^(tests|bench)/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
