@@ -35,6 +35,7 @@ ordered_json PropertyJson(const PropertyInfo& property) {
     ordered_json choices = ordered_json::array();
     for (const auto& choice : property.choices)
         choices.push_back({{"value", choice.value}, {"name", choice.name}, {"help", choice.help}});
+    const std::string_view percentageBase = PercentageBase(property);
     return {
         {"name", property.name},
         {"title", property.title},
@@ -46,7 +47,8 @@ ordered_json PropertyJson(const PropertyInfo& property) {
         {"minimum", NumberJson(property.minimum)},
         {"maximum", NumberJson(property.maximum)},
         {"neutral", NumberJson(property.neutral)},
-        {"countsPixels", property.countsPixels},
+        {"countsPixels", !percentageBase.empty()},
+        {"percentOf", percentageBase.empty() ? ordered_json() : ordered_json(percentageBase)},
         {"choices", choices},
     };
 }

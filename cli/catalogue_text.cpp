@@ -91,7 +91,8 @@ std::string PropertyDetails(const PropertyInfo& property) {
     std::string text = ValueRule(property) + "; default " + ValueName(property, property.defaultText);
     if (!std::isnan(property.neutral))
         text += "; neutral " + ValueName(property, NumberText(property.neutral));
-    if (property.countsPixels) text += "; counts pixels of the picture";
+    const std::string base(PercentageBase(property));
+    if (!base.empty()) text += "; counts pixels of the picture, or % of its " + base;
     return text + "; type " + std::string(TypeName(property.type));
 }
 

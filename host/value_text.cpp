@@ -9,6 +9,7 @@
 
 namespace aveffect {
 
+using AVBased::PixelAxis;
 using AVBased::PropertyInfo;
 using AVBased::PropertyType;
 using AVBased::ValueKind;
@@ -153,6 +154,20 @@ std::string NumberText(double number) {
     const auto [end, failure] =
         std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
     return failure == std::errc() ? std::string(text.data(), end) : std::string("?");
+}
+
+std::string_view PercentageBase(const PropertyInfo& property) {
+    switch (property.pixels) {
+    case PixelAxis::Width:
+        return "width";
+    case PixelAxis::Height:
+        return "height";
+    case PixelAxis::Smaller:
+        return "smaller side";
+    case PixelAxis::None:
+        break;
+    }
+    return {};
 }
 
 std::string ValueRule(const PropertyInfo& property) {

@@ -23,6 +23,10 @@ std::optional<int64_t> ParseTime(std::string_view text);
 /// The number's shortest decimal form.
 std::string NumberText(double number);
 
+/// The side of the picture that the property's percentages refer to: "width", "height" or "smaller side".
+/// Empty when it takes none.
+std::string_view PercentageBase(const AVBased::PropertyInfo& property);
+
 /// What values the property takes, as part of a sentence: "a whole number from 0 to 65535", "on or off".
 std::string ValueRule(const AVBased::PropertyInfo& property);
 

@@ -51,6 +51,15 @@ enum class ValueKind {
     Text,
 };
 
+/// The side of the picture that a length or position counted in pixels is a share of: hosts that let people
+/// give it in percent work the pixels out with it once they know the picture's size.
+enum class PixelAxis {
+    None,    ///< the property does not count pixels
+    Width,   ///< a horizontal length or position
+    Height,  ///< a vertical length or position
+    Smaller, ///< a radius or other length without direction: the smaller of width and height
+};
+
 /// One of the values that a property of kind Choice can have.
 struct PropertyChoice {
     int value;
@@ -71,8 +80,8 @@ struct PropertyInfo {
     std::string_view unit; ///< empty for a plain number
     double minimum;        ///< meaningful range, both ends included
     double maximum;
-    double neutral = kNoNeutral; ///< the value with which the property changes nothing
-    bool countsPixels = false;   ///< a length or position in the picture
+    double neutral = kNoNeutral;        ///< the value with which the property changes nothing
+    PixelAxis pixels = PixelAxis::None; ///< whether it counts pixels, and of what a percentage is taken
     std::span<const PropertyChoice> choices = {};
 };
 
@@ -147,14 +156,14 @@ constexpr PropertyInfo kEmbossProperties[] = {
 };
 constexpr PropertyInfo kMosaicProperties[] = {
     {"mosaic_x1", "0", kInt32, ValueKind::Number, "X 1", "Column of one corner of the rectangle.", "px", 0,
-     65535, kNoNeutral, true},
+     65535, kNoNeutral, PixelAxis::Width},
     {"mosaic_y1", "0", kInt32, ValueKind::Number, "Y 1", "Row of that corner.", "px", 0, 65535, kNoNeutral,
-     true},
+     PixelAxis::Height},
     {"mosaic_x2", "0", kInt32, ValueKind::Number, "X 2",
      "Column of the opposite corner; corners outside the picture turn the effect off.", "px", 0, 65535,
-     kNoNeutral, true},
+     kNoNeutral, PixelAxis::Width},
     {"mosaic_y2", "0", kInt32, ValueKind::Number, "Y 2", "Row of that corner.", "px", 0, 65535, kNoNeutral,
-     true},
+     PixelAxis::Height},
     {"mosaic_step", "0", kInt32, ValueKind::Number, "Block size",
      "Blocks are 2 to this power pixels wide and high; 0 and 1 turn the effect off.", "", 0, 30, 0},
 };

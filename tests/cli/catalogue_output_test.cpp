@@ -37,7 +37,8 @@ void ExpectProperty(const json& property, const AVBased::PropertyInfo& info) {
     EXPECT_EQ(property["name"], info.name);
     EXPECT_EQ(property["unit"], info.unit);
     EXPECT_EQ(property["help"], info.help);
-    EXPECT_EQ(property["countsPixels"], info.countsPixels);
+    EXPECT_EQ(property["countsPixels"], info.pixels != AVBased::PixelAxis::None);
+    EXPECT_EQ(property["percentOf"].is_null(), info.pixels == AVBased::PixelAxis::None);
     EXPECT_EQ(property["choices"].size(), info.choices.size());
     ExpectNumber(property["minimum"], info.minimum);
     ExpectNumber(property["maximum"], info.maximum);
@@ -85,6 +86,8 @@ TEST_F(CatalogueOutput, TextNamesEveryEffectOnceAndEveryProperty) {
     for (const char* part :
          {"blur_count", "whole number from 0 to 65535", "default 1", "neutral 0", "duration", "ms"})
         EXPECT_NE(described.output.find(part), std::string::npos) << part;
+    const std::string mosaic = Aveffect({"describe", "mosaic", "--json"}).output;
+    EXPECT_EQ(json::parse(mosaic)["properties"][1]["percentOf"], "height");
 }
 
 TEST_F(CatalogueOutput, ExamplesAreTaken) {

@@ -34,7 +34,7 @@ constexpr AVBased::PropertyChoice kModes[] = {{3, "left", ""}, {7, "right", ""}}
 constexpr AVBased::EffectInfo kEffect = {"thing", AVBased::EffectKind::Look, 0, "", "", {}};
 
 AVBased::PropertyInfo Property(AVBased::ValueKind kind, double maximum) {
-    return {"part", "0", AVBased::kInt32, kind, "", "", "", 0, maximum, AVBased::kNoNeutral, false, kModes};
+    return {"part", "0", AVBased::kInt32, kind, "", "", "", 0, maximum, AVBased::kNoNeutral, {}, kModes};
 }
 
 std::string Translated(const AVBased::PropertyInfo& property, const std::string& value) {
