@@ -47,6 +47,17 @@ void SetProperty(AVBased::IVideoProc& proc, const std::string& name, const std::
     throw Error(ErrorKind::Usage, message);
 }
 
+PropertySetting Translate(const AVBased::EffectInfo& effect, const AVBased::PropertyInfo& property,
+                          const std::string& value) {
+    if (const auto percentage = ParsePercentage(property, value)) return {property.name, {}, percentage};
+    return {property.name, TranslateValue(effect, property, value)};
+}
+
+bool NeedsPictureSize(const EffectSpec& effect) {
+    return std::any_of(effect.properties.begin(), effect.properties.end(),
+                       [](const PropertySetting& setting) { return setting.percentage.has_value(); });
+}
+
 } // namespace
 
 EffectSpec ParseEffect(const std::string& text, bool lenient) {
@@ -67,7 +78,8 @@ EffectSpec ParseEffect(const std::string& text, bool lenient) {
             throw Error(ErrorKind::Usage,
                         name + " of " + effect.name + " has no value; write property=value");
         const std::string value = Unescape(setting.substr(equals + 1));
-        spec.properties.emplace_back(name, lenient ? value : TranslateValue(effect, property, value));
+        spec.properties.push_back(lenient ? PropertySetting{name, value}
+                                          : Translate(effect, property, value));
     }
     return spec;
 }
@@ -82,11 +94,31 @@ EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
         if (RequireEffect(effect.name).traits & AVBased::kChangesAlpha) m_changesAlpha = true;
         AVBased::IVideoProc& proc = *m_procs.back();
         SetProperty(proc, AVBased::PROP_NAME_DURATION, duration);
-        for (const auto& [name, value] : effect.properties) SetProperty(proc, name, value);
+        if (NeedsPictureSize(effect)) {
+            m_waiting.emplace_back(&proc, effect);
+            continue;
+        }
+        for (const PropertySetting& setting : effect.properties)
+            SetProperty(proc, setting.name, setting.value);
     }
 }
 
+void EffectChain::SetWaiting(AVBased::IRawVideoFrame& frame) {
+    unsigned width = 0, height = 0;
+    frame.GetDimension(&width, &height);
+    for (const auto& [proc, spec] : m_waiting) {
+        const AVBased::EffectInfo& effect = RequireEffect(spec.name);
+        for (const auto& [name, value, percentage] : spec.properties)
+            SetProperty(*proc, name,
+                        percentage ? PixelsOfPercentage(effect, RequireProperty(effect, name), *percentage,
+                                                        width, height)
+                                   : value);
+    }
+    m_waiting.clear();
+}
+
 void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs) {
+    if (!m_waiting.empty()) SetWaiting(*frame);
     AVBased::ImagePostion position{};
     for (const VideoProcPtr& proc : m_procs) {
         IBaseException* const record = GetBaseException();

@@ -1,6 +1,7 @@
 #pragma once
 /// Effects as people write them, and chains of processors made from them.
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,16 +10,26 @@
 
 namespace aveffect {
 
-/// One effect with its settings, values in the plug-in's own text form.
+/// What a property is to be set to.
+struct PropertySetting {
+    std::string name;
+    std::string value;                     ///< in the plug-in's own text form; empty with a percentage
+    std::optional<double> percentage = {}; ///< of the side of the picture that the catalogue names
+
+    bool operator==(const PropertySetting&) const = default;
+};
+
+/// One effect with its settings, in the order in which they are made.
 struct EffectSpec {
     std::string name;
-    std::vector<std::pair<std::string, std::string>> properties;
+    std::vector<PropertySetting> properties;
 };
 
 /// Parses "NAME[:property=value[:property=value...]]"; "\:" stands for a colon and "\\" for a backslash in a
 /// value. Values are translated to the plug-in's form by the catalogue: colours from #RRGGBB, 0xRRGGBB or a
-/// number, switches from on/off, choices from their names; numbers are checked for form and range. Lenient
-/// hands every value on as it is. Throws Error (Usage) that names the effect, property and value, and says
+/// number, switches from on/off, choices from their names; numbers are checked for form and range, but what a
+/// percentage comes to is checked when the pictures' size is known. Lenient hands every value on as it is,
+/// percentages too. Throws Error (Usage) that names the effect, property and value, and says
 /// what would be right (the nearest name, the range).
 EffectSpec ParseEffect(const std::string& text, bool lenient);
 
@@ -26,12 +37,14 @@ EffectSpec ParseEffect(const std::string& text, bool lenient);
 class EffectChain {
 public:
     /// Makes the processors and sets their properties; "duration" of each is set to durationMs first, so that
-    /// an explicit setting of it wins. Throws Error (Effect or Usage).
+    /// an explicit setting of it wins. A processor with a percentage among its settings is left at the
+    /// duration until the first frame, for the order of settings can matter. Throws Error (Effect or Usage).
     EffectChain(const Plugin& plugin, AVBased::IAVManager* manager, const std::vector<EffectSpec>& effects,
                 uint32_t durationMs);
 
-    /// Changes the frame in place; timeMs is its time in the effects' span. Throws Error (Effect) with the
-    /// record's text when a processor records an error.
+    /// Changes the frame in place; timeMs is its time in the effects' span. All frames have the first one's
+    /// size, which percentages refer to. Throws Error (Effect) with the record's text when a processor
+    /// records an error, and with the first frame Error (Usage) for settings that can't be made.
     void Process(AVBased::IRawVideoFrame* frame, int timeMs);
 
     bool Empty() const noexcept { return m_procs.empty(); }
@@ -40,8 +53,11 @@ public:
     bool ChangesAlpha() const noexcept { return m_changesAlpha; }
 
 private:
+    void SetWaiting(AVBased::IRawVideoFrame& frame);
+
     bool m_changesAlpha = false;
     std::vector<VideoProcPtr> m_procs;
+    std::vector<std::pair<AVBased::IVideoProc*, EffectSpec>> m_waiting; ///< for the pictures' size
 };
 
 } // namespace aveffect

@@ -1,5 +1,6 @@
 #include "host/value_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -9,6 +10,7 @@
 
 namespace aveffect {
 
+using AVBased::EffectInfo;
 using AVBased::PixelAxis;
 using AVBased::PropertyInfo;
 using AVBased::PropertyType;
@@ -30,6 +32,13 @@ std::optional<Number> ParseAll(std::string_view text, Form... form) {
 
 bool InRange(const PropertyInfo& property, double number) {
     return number >= property.minimum && number <= property.maximum;
+}
+
+/// In pixels.
+double SideLength(PixelAxis axis, unsigned width, unsigned height) {
+    if (axis == PixelAxis::Width) return width;
+    if (axis == PixelAxis::Height) return height;
+    return std::min(width, height);
 }
 
 bool IsWhole(const PropertyInfo& property) {
@@ -106,6 +115,11 @@ std::string RangeText(const PropertyInfo& property) {
     return text + (text.empty() ? " in " : " ") + std::string(property.unit);
 }
 
+std::string PercentageText(const PropertyInfo& property) {
+    const std::string_view base = PercentageBase(property);
+    return base.empty() ? "" : " or a percentage of the picture's " + std::string(base);
+}
+
 std::string ChoiceText(const PropertyInfo& property) {
     std::string text = "one of ";
     for (const auto& choice : property.choices) {
@@ -170,10 +184,32 @@ std::string_view PercentageBase(const PropertyInfo& property) {
     return {};
 }
 
+std::optional<double> ParsePercentage(const PropertyInfo& property, std::string_view value) {
+    if (property.pixels == PixelAxis::None || !value.ends_with('%')) return std::nullopt;
+    value.remove_suffix(1);
+    const auto percentage = ParseReal(value);
+    if (percentage && *percentage < 0 && property.minimum >= 0) return std::nullopt;
+    return percentage;
+}
+
+std::string PixelsOfPercentage(const EffectInfo& effect, const PropertyInfo& property, double percentage,
+                               unsigned width, unsigned height) {
+    // 32.3 % of 500 is a hair below 161.5 in binary.
+    constexpr double kSlack = 1e-9;
+    const double pixels =
+        std::floor(percentage * SideLength(property.pixels, width, height) / 100 + 0.5 + kSlack);
+    if (InRange(property, pixels)) return NumberText(pixels);
+    throw Error(ErrorKind::Usage, std::string(property.name) + " of " + effect.name + " is " +
+                                      ValueRule(property) + ", but " + NumberText(percentage) + "% is " +
+                                      NumberText(pixels) + " px in a picture of " + std::to_string(width) +
+                                      "x" + std::to_string(height));
+}
+
 std::string ValueRule(const PropertyInfo& property) {
     switch (property.kind) {
     case ValueKind::Number:
-        return (IsWhole(property) ? "a whole number" : "a number") + RangeText(property);
+        return (IsWhole(property) ? "a whole number" : "a number") + RangeText(property) +
+               PercentageText(property);
     case ValueKind::Switch:
         return "on or off";
     case ValueKind::Choice:
@@ -188,8 +224,7 @@ std::string ValueRule(const PropertyInfo& property) {
     return "a text";
 }
 
-std::string TranslateValue(const AVBased::EffectInfo& effect, const PropertyInfo& property,
-                           const std::string& value) {
+std::string TranslateValue(const EffectInfo& effect, const PropertyInfo& property, const std::string& value) {
     if (auto translated = Translate(property, value)) return *std::move(translated);
     throw Error(ErrorKind::Usage, std::string(property.name) + " of " + effect.name + " is " +
                                       ValueRule(property) + ", not '" + value + "'");

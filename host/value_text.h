@@ -27,11 +27,21 @@ std::string NumberText(double number);
 /// Empty when it takes none.
 std::string_view PercentageBase(const AVBased::PropertyInfo& property);
 
+/// The number before the sign of a value such as "12.5%". Nothing for other values, for properties that don't
+/// count pixels, and below 0 where the property's range has no negative numbers.
+std::optional<double> ParsePercentage(const AVBased::PropertyInfo& property, std::string_view value);
+
+/// The plug-in's text for a percentage of a picture's side: pixels, rounded to the nearest whole number,
+/// halves up. Throws Error (Usage) that names effect, property, percentage and size when that is outside the
+/// property's range.
+std::string PixelsOfPercentage(const AVBased::EffectInfo& effect, const AVBased::PropertyInfo& property,
+                               double percentage, unsigned width, unsigned height);
+
 /// What values the property takes, as part of a sentence: "a whole number from 0 to 65535", "on or off".
 std::string ValueRule(const AVBased::PropertyInfo& property);
 
-/// The plug-in's text for a value of the property. Throws Error (Usage) that names effect, property and value
-/// and says what would be right.
+/// The plug-in's text for a value of the property that is no percentage. Throws Error (Usage) that names
+/// effect, property and value and says what would be right.
 std::string TranslateValue(const AVBased::EffectInfo& effect, const AVBased::PropertyInfo& property,
                            const std::string& value);
 

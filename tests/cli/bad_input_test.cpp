@@ -71,6 +71,9 @@ TEST_F(BadInput, OptionValues) {
         {{"--pixel-format", "purple"}, "purple"},
         {{"-e", "grey"}, "unknown effect 'grey'; did you mean 'gray'?"},
         {{"-e", "simple_gauss_blur:blur_count=70000"}, "from 0 to 65535"},
+        {{"-e", "mosaic:mosaic_x2=900000%"},
+         "mosaic_x2 of mosaic is a whole number from 0 to 65535 px or a percentage of the picture's width, "
+         "but 900000% is 72000 px in a picture of 8x6"},
         {{"--codec", "no_such_codec"}, "no_such_codec"},
     };
     for (const Case& wrong : cases) {

@@ -83,6 +83,20 @@ TEST_F(RenderProgram, EffectsWorkInTheOrderGiven) {
     EXPECT_NE(Pixels("both.png"), Pixels("swapped.png"));
 }
 
+TEST_F(RenderProgram, PercentagesStandForPixels) {
+    MakeClip("in.mkv", "64x48", 3);
+    const auto render = [&](const std::string& output, const std::string& corners) {
+        Run({"render", "in.mkv", output, "--codec", "ffv1", "-e", "mosaic:mosaic_step=3:" + corners});
+        return Pixels(output);
+    };
+    const std::string pixels = render("px.mkv", "mosaic_x1=16:mosaic_y1=6:mosaic_x2=64:mosaic_y2=48");
+    EXPECT_NE(pixels, Pixels("in.mkv"));
+    // What is set last counts, whichever way it is written.
+    EXPECT_EQ(render("percent.mkv",
+                     "mosaic_x1=90%:mosaic_x1=16:mosaic_y1=40:mosaic_y1=12.5%:mosaic_x2=100%:mosaic_y2=100%"),
+              pixels);
+}
+
 TEST_F(RenderProgram, EveryCpuLevelGivesTheSame) {
     MakeClip("in.mkv", "37x23", 3);
     for (const char* level : {"auto", "sse2", "avx2", "avx512"}) {

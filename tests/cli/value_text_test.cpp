@@ -13,7 +13,8 @@ using aveffect::EffectSpec;
 using aveffect::Error;
 using aveffect::ErrorKind;
 using aveffect::ParseEffect;
-using Settings = std::vector<std::pair<std::string, std::string>>;
+using aveffect::PropertySetting;
+using Settings = std::vector<PropertySetting>;
 
 /// The message of the usage error that the call throws; empty when it throws none.
 template <typename Call>
@@ -98,6 +99,41 @@ TEST(ParseEffect, LenientHandsValuesOnButKnowsNames) {
               (Settings{{"blur_count", "-7x"}}));
     EXPECT_NE(UsageError([] { ParseEffect("grey", true); }), "");
     EXPECT_NE(UsageError([] { ParseEffect("gray:count=1", true); }), "");
+}
+
+TEST(ParseEffect, KeepsPercentagesOfPicturesApart) {
+    EXPECT_EQ(ParseEffect("mosaic:mosaic_x1=12.5%:mosaic_y2=30:mosaic_x1=1e2%", false).properties,
+              (Settings{{"mosaic_x1", "", 12.5}, {"mosaic_y2", "30"}, {"mosaic_x1", "", 100}}));
+    EXPECT_EQ(ParseEffect("mosaic:mosaic_x1=50%", true).properties, (Settings{{"mosaic_x1", "50%"}}));
+    EXPECT_EQ(ParseError("mosaic:mosaic_step=50%"),
+              "mosaic_step of mosaic is a whole number from 0 to 30, not '50%'");
+    EXPECT_EQ(ParseError("mosaic:mosaic_y1=-1%"), "mosaic_y1 of mosaic is a whole number from 0 to 65535 px "
+                                                  "or a percentage of the picture's height, not '-1%'");
+    for (const char* value : {"%", "5 %", "%5", "5%%", "nan%", "inf%", "1,5%"})
+        EXPECT_NE(ParseError(std::string("mosaic:mosaic_x1=") + value), "") << value;
+}
+
+TEST(Percentages, BecomeTheNearestPixels) {
+    auto length = Property(AVBased::ValueKind::Number, 400);
+    length.minimum = -400;
+    const auto pixels = [&](AVBased::PixelAxis axis, double percentage, unsigned width, unsigned height) {
+        length.pixels = axis;
+        return aveffect::PixelsOfPercentage(kEffect, length, percentage, width, height);
+    };
+    using enum AVBased::PixelAxis;
+    EXPECT_EQ(pixels(Width, 50, 64, 48), "32");
+    EXPECT_EQ(pixels(Height, 50, 64, 48), "24");
+    EXPECT_EQ(pixels(Smaller, 50, 64, 48), "24");
+    EXPECT_EQ(pixels(Smaller, 50, 48, 64), "24");
+    EXPECT_EQ(pixels(Width, 12.5, 100, 1), "13");  // 12.5
+    EXPECT_EQ(pixels(Width, 12.4, 100, 1), "12");  // 12.4
+    EXPECT_EQ(pixels(Width, 32.3, 500, 1), "162"); // 161.5, which binary fractions miss
+    EXPECT_EQ(pixels(Width, -12.5, 100, 1), "-12");
+    EXPECT_EQ(pixels(Width, -0.1, 100, 1), "0");
+    EXPECT_EQ(aveffect::ParsePercentage(length, "-5%"), -5);
+    EXPECT_EQ(pixels(Width, 400, 100, 1), "400");
+    EXPECT_NE(UsageError([&] { pixels(Width, 401, 100, 1); }), "");
+    EXPECT_NE(UsageError([&] { pixels(Width, -1e300, 100, 1); }), "");
 }
 
 TEST(TranslateValue, Colours) {
