@@ -4,9 +4,9 @@
 #include <cassert>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 
 #include "AVEffect/factory.h"
+#include "AVEffect/frame_clone.h"
 #include "AVEffect/kernels/emboss.h"
 #include "AVEffect/kernels/fade.h"
 #include "AVEffect/kernels/key.h"
@@ -162,10 +162,6 @@ CMirageVideoImageEffect::CMirageVideoImageEffect()
 
 namespace {
 
-struct FrameFreer {
-    void operator()(IRawVideoFrame* frame) const { frame->Free(); }
-};
-
 // In 32 bits that wrap, 16.16 fixed point: the picture, 1 + width / 200 times as large, about its middle.
 kernels::Mirage MirageOf(unsigned enlargement, unsigned alpha, size_t width, size_t height) {
     const unsigned scale = 200 + enlargement;
@@ -213,26 +209,19 @@ void CMirageVideoImageEffect::MirageComponentEffect(const PlanarView& view, cons
 void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
     // Cloned whatever follows; the clone goes on every way out.
-    const std::unique_ptr<IRawVideoFrame, FrameFreer> copy(pFrame->Clone());
-    if (!copy) Raise(kUnknownException, "the frame can't be cloned; it is left as it is");
+    const FrameClone copy = CloneFrame(pFrame);
     if (m_nAlpha > 100) return;
     if (200 + m_nWidth == 0)
         Raise(kUnknownException, "mirage_width must not be -200; the frame is left as it is");
     ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            if (plane.Empty()) return;
+        pFrame, copy.get(),
+        [this](Plane32 plane, Plane32 from) {
             if (m_nUseMMX)
-                MirageRgba32EffectMMX(plane, PixelPlane(copy.get()));
+                MirageRgba32EffectMMX(plane, from);
             else
-                MirageRgba32Effect(plane, PixelPlane(copy.get()));
+                MirageRgba32Effect(plane, from);
         },
-        [&](const PlanarView& view) {
-            if (view.y.Empty()) return;
-            ForFormat(
-                copy.get(), [](Plane32) {},
-                [&](const PlanarView& from) { MirageComponentEffect(view, from); });
-        });
+        [this](const PlanarView& view, const PlanarView& from) { MirageComponentEffect(view, from); });
 }
 
 // Transparency

@@ -17,6 +17,8 @@ using Settings = std::vector<std::pair<const char*, const char*>>;
 // Stand for the picture's own size in settings.
 constexpr char kWidth[] = "width";
 constexpr char kHeight[] = "height";
+constexpr char kHalfWidth[] = "width/2";
+constexpr char kHalfHeight[] = "height/2";
 
 // Effects that do nothing, or too little, with their defaults.
 std::vector<Settings> SettingsOf(const std::string& effect) {
@@ -29,6 +31,43 @@ std::vector<Settings> SettingsOf(const std::string& effect) {
         {"directfadein", {{{"duration", "100"}, {"fadein_color", "8421504"}}}},
         {"directfadeout", {{{"duration", "100"}, {"fadeout_color", "8421504"}}}},
         {"emboss", {{{"emboss_level", "2"}}}},
+        {"spherize",
+         {{{"spherize_r", kHalfHeight},
+           {"spherize_x", kHalfWidth},
+           {"spherize_y", kHalfHeight},
+           {"spherize_scale", "0.7"}}}},
+        {"rotate",
+         {{{"rotate_r", kHalfHeight},
+           {"rotate_x", kHalfWidth},
+           {"rotate_y", kHalfHeight},
+           {"rotate_scale", "3"}}}},
+        {"magnifier",
+         {{{"magnifier_r", kHalfHeight},
+           {"magnifier_x", kHalfWidth},
+           {"magnifier_y", kHalfHeight},
+           {"magnifier_scale", "1.5"}},
+          {{"magnifier_r", kHalfHeight},
+           {"magnifier_x", kHalfWidth},
+           {"magnifier_y", kHalfHeight},
+           {"magnifier_scale", "3"}}}},
+        {"tensile",
+         {{{"tensile_vertical", "1"},
+           {"tensile_vertical_y1", "400"},
+           {"tensile_vertical_y2", "800"},
+           {"tensile_vertical_scale", "1.5"}},
+          {{"tensile_horizontal", "1"},
+           {"tensile_horizontal_x1", "700"},
+           {"tensile_horizontal_x2", "1200"},
+           {"tensile_horizontal_scale", "1.8"}},
+          {{"tensile_vertical", "1"},
+           {"tensile_vertical_y1", "400"},
+           {"tensile_vertical_y2", "800"},
+           {"tensile_vertical_scale", "1.5"},
+           {"tensile_horizontal", "1"},
+           {"tensile_horizontal_x1", "700"},
+           {"tensile_horizontal_x2", "1200"},
+           {"tensile_horizontal_scale", "1.8"}}}},
+        {"atomize", {{{"atomize_ishorizontal", "1"}, {"atomize_isvertical", "1"}, {"atomize_level", "16"}}}},
         {"mosaic", {{{"mosaic_x2", kWidth}, {"mosaic_y2", kHeight}, {"mosaic_step", "4"}}}},
         {"transparency", {{{"transparency_scale", "50"}}}},
         {"colorfilter", {{{"filter_scope", "40"}, {"filter_color", "8421504"}}}},
@@ -74,7 +113,11 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
     const BaseTool::BlockKeeper keeper; // the frames, and so their clones, are this program's
     const test::VideoProc proc = test::MakeVideo(effect);
     for (const auto& [name, value] : settings) {
-        const unsigned size = value == kWidth ? picture.width : value == kHeight ? picture.height : 0;
+        const unsigned size = value == kWidth        ? picture.width
+                              : value == kHeight     ? picture.height
+                              : value == kHalfWidth  ? picture.width / 2
+                              : value == kHalfHeight ? picture.height / 2
+                                                     : 0;
         proc->SetProperty(name, size ? std::to_string(size).c_str() : value);
     }
     BenchFrame frame(picture);

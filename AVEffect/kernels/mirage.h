@@ -1,5 +1,6 @@
 #pragma once
 /// A picture blended with an enlarged copy of itself.
+#include "AVEffect/kernels/columns.h"
 #include "AVEffect/kernels/planes.h"
 
 namespace AVBased::kernels {
@@ -14,10 +15,7 @@ struct Mirage {
 };
 
 /// Bytes of scratch for rows of that many samples or pixels.
-constexpr size_t MirageScratchBytes(size_t width) noexcept {
-    constexpr size_t kWidestRegister = 64;
-    return 8 * width + 4 * kWidestRegister;
-}
+constexpr size_t MirageScratchBytes(size_t width) noexcept { return ColumnScratchBytes(width) + 4 * width; }
 
 /// One level's kernels. Each takes the picture and a copy of it: the first is changed, the second read.
 /// Samples become (sample * (256 - weight) + enlarged * weight) >> 8.

@@ -1,5 +1,7 @@
 // Bodies of the mirage kernels, for one level.
 
+#include "AVEffect/kernels/columns.inl"
+
 AVEFFECT_INLINE size_t AtMost(size_t x, size_t limit) { return x < limit ? x : limit; }
 
 // Along one axis: the sample of a plane of size samples that enlarged sample i comes from, which is where the
@@ -16,67 +18,22 @@ AVEFFECT_INLINE unsigned LumaSamples(size_t i, unsigned shift, size_t lumaSize) 
     return static_cast<unsigned>(AtMost(size_t{1} << shift, lumaSize - (i << shift)));
 }
 
-// Makes enlarged rows of samples of Bytes each. Where neighbours come from the same sample or from
-// neighbours, as they do in an enlarged picture, a group of samples comes from a group as large; other rows
-// are made sample by sample.
+// The enlarged rows of a plane.
 template <size_t Bytes>
 struct RowEnlarger {
-#if AVEFFECT_LANE_BYTES > 16
-    static constexpr size_t kGroup = Bytes == 4 ? kLanes / 4 : 16;
-#else
-    static constexpr size_t kGroup = 0; // there is no picking
-#endif
-    size_t width;      // samples that are made
-    size_t limit;      // samples of the row that they come from
-    uint32_t* columns; // origin of each sample
-    uint8_t* picks;    // of each byte, its place within the group it comes from
-    uint8_t* row;      // the latest enlarged row
-    bool inGroups;
+    RowPicker<Bytes> picker;
+    uint8_t* row; // the latest
 
     AVEFFECT_INLINE RowEnlarger(const Mirage& mirage, size_t samples, size_t originSamples, uint8_t* scratch)
-        : width(samples)
-        , limit(originSamples)
-        , columns(reinterpret_cast<uint32_t*>(scratch))
-        , picks(scratch + 4 * samples)
-        , row(Bytes == 4 ? picks : picks + samples + kLanes)
-        , inGroups(kGroup != 0 && samples >= kGroup && originSamples >= kGroup) {
-        for (size_t x = 0; x < width; ++x) {
-            columns[x] = static_cast<uint32_t>(
-                Origin(x, mirage.offsetX, mirage.step, mirage.horizontalShift, mirage.width, limit));
-            if (x > 0 && columns[x] - columns[x - 1] > 1) inGroups = false;
-        }
-#if AVEFFECT_LANE_BYTES > 16
-        if (Bytes == 4 || !inGroups) return;
-        for (size_t x = 0; x < width; x += kGroup) {
-            const size_t first = GroupStart(x);
-            for (size_t i = 0; i < kGroup; ++i)
-                picks[x + i] = static_cast<uint8_t>(columns[first + i] - GroupOrigin(first));
-        }
-#endif
+        : picker(samples, originSamples, scratch)
+        , row(scratch + ColumnScratchBytes(samples)) {
+        for (size_t x = 0; x < samples; ++x)
+            picker.columns[x] = static_cast<uint32_t>(
+                Origin(x, mirage.offsetX, mirage.step, mirage.horizontalShift, mirage.width, originSamples));
+        picker.Prepare();
     }
-
-    // The last group of a row overlaps the one before it.
-    AVEFFECT_INLINE size_t GroupStart(size_t x) const { return AtMost(x, width - kGroup); }
-    AVEFFECT_INLINE size_t GroupOrigin(size_t first) const { return AtMost(columns[first], limit - kGroup); }
-
-    // Asks for the row that begins at soon.
-    AVEFFECT_INLINE void Enlarge(const uint8_t* from, [[maybe_unused]] const uint8_t* soon) const {
-        if (!inGroups) {
-            for (size_t x = 0; x < width; ++x) std::memcpy(row + x * Bytes, from + columns[x] * Bytes, Bytes);
-            return;
-        }
-#if AVEFFECT_LANE_BYTES > 16
-        for (size_t x = 0; x < width; x += kGroup) {
-            const size_t first = GroupStart(x), origin = GroupOrigin(first);
-            Prefetch(soon + origin * Bytes);
-            if constexpr (Bytes == 4)
-                Store(row + first * 4,
-                      PickPixels(Load<U8>(from + origin * 4),
-                                 Load<U32>(columns + first) - static_cast<uint32_t>(origin)));
-            else
-                Pick16Bytes(row + first, from + origin, picks + x);
-        }
-#endif
+    AVEFFECT_INLINE void Enlarge(const uint8_t* from, const uint8_t* soon) const {
+        picker.Pick(row, from, soon);
     }
 };
 

@@ -24,11 +24,16 @@ constexpr char effectNameFadeIn[] = "fadein";
 constexpr char effectNameFadeOut[] = "fadeout";
 constexpr char effectNameDirectFadeIn[] = "directfadein";
 constexpr char effectNameDirectFadeOut[] = "directfadeout";
+constexpr char effectNameSpherize[] = "spherize";
+constexpr char effectNameMagnifier[] = "magnifier";
+constexpr char effectNameRotate[] = "rotate";
+constexpr char effectNameTensile[] = "tensile";
 constexpr char effectNameEmboss[] = "emboss";
 constexpr char effectNameMosaic[] = "mosaic";
 constexpr char effectNameMirage[] = "mirage";
 constexpr char effectNameTransparency[] = "transparency";
 constexpr char effectNameColorFilter[] = "colorfilter";
+constexpr char effectNameAtomize[] = "atomize";
 constexpr char effectNameAddNoise[] = "addnoise";
 
 /// The property that every processor has: the length of the effect's span, in the unit of the frames' times.
@@ -150,6 +155,63 @@ constexpr PropertyInfo kDirectFadeOutProperties[] = {
      "The level does not rise above this; 256 is the picture alone.", "/256", 0, 256},
 };
 
+constexpr PropertyInfo kSpherizeProperties[] = {
+    {"spherize_r", "0", kInt32, ValueKind::Number, "Radius", "Radius of the circle.", "px", 0, 65535, 0,
+     PixelAxis::Smaller},
+    {"spherize_x", "0", kInt32, ValueKind::Number, "X", "Column of its centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Width},
+    {"spherize_y", "0", kInt32, ValueKind::Number, "Y", "Row of its centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Height},
+    {"spherize_scale", "0", kDouble, ValueKind::Number, "Exponent",
+     "Above 0 the middle grows, below it shrinks; 0 changes nothing.", "", -10, 10, 0},
+};
+constexpr PropertyInfo kMagnifierProperties[] = {
+    {"magnifier_r", "0", kInt32, ValueKind::Number, "Radius", "Radius of the circle.", "px", 0, 65535, 0,
+     PixelAxis::Smaller},
+    {"magnifier_x", "0", kInt32, ValueKind::Number, "X", "Column of its centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Width},
+    {"magnifier_y", "0", kInt32, ValueKind::Number, "Y", "Row of its centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Height},
+    {"magnifier_scale", "0", kDouble, ValueKind::Number, "Factor",
+     "How many times the circle is enlarged; 1 and less change nothing.", "", 0, 100, 1},
+};
+constexpr PropertyInfo kRotateProperties[] = {
+    {"rotate_r", "0", kInt32, ValueKind::Number, "Radius", "Radius of the circle.", "px", 0, 65535, 0,
+     PixelAxis::Smaller},
+    {"rotate_x", "0", kInt32, ValueKind::Number, "X", "Column of its centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Width},
+    {"rotate_y", "0", kInt32, ValueKind::Number, "Y", "Row of its centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Height},
+    {"rotate_scale", "0", kDouble, ValueKind::Number, "Twist",
+     "How far the circle is twisted, growing with the distance from its rim; 0 changes nothing.", "", -100,
+     100, 0},
+};
+constexpr PropertyInfo kTensileProperties[] = {
+    {"tensile_vertical", "0", kInt32, ValueKind::Switch, "Vertical", "Stretches a band of rows.", "", 0, 1,
+     0},
+    {"tensile_vertical_y1", "0", kInt32, ValueKind::Number, "Vertical begin", "Row where the band begins.",
+     "px", 0, 65535, kNoNeutral, PixelAxis::Height},
+    {"tensile_vertical_y2", "0", kInt32, ValueKind::Number, "Vertical end", "Row behind the band's last one.",
+     "px", 0, 65535, kNoNeutral, PixelAxis::Height},
+    {"tensile_vertical_scale", "0", kDouble, ValueKind::Number, "Vertical factor",
+     "How far the band is stretched; below 1 the effect does nothing.", "", 0, 1000},
+    {"tensile_horizontal", "0", kInt32, ValueKind::Switch, "Horizontal", "Stretches a band of columns.", "",
+     0, 1, 0},
+    {"tensile_horizontal_x1", "0", kInt32, ValueKind::Number, "Horizontal begin",
+     "Column where the band begins.", "px", 0, 65535, kNoNeutral, PixelAxis::Width},
+    {"tensile_horizontal_x2", "0", kInt32, ValueKind::Number, "Horizontal end",
+     "Column behind the band's last one.", "px", 0, 65535, kNoNeutral, PixelAxis::Width},
+    {"tensile_horizontal_scale", "0", kDouble, ValueKind::Number, "Horizontal factor",
+     "How far the band is stretched; below 1 the effect does nothing.", "", 0, 1000},
+};
+constexpr PropertyInfo kAtomizeProperties[] = {
+    {"atomize_ishorizontal", "0", kInt32, ValueKind::Switch, "Horizontal", "Scatters along the rows.", "", 0,
+     1, 0},
+    {"atomize_isvertical", "0", kInt32, ValueKind::Switch, "Vertical", "Scatters along the columns.", "", 0,
+     1, 0},
+    {"atomize_level", "0", kInt32, ValueKind::Number, "Distance",
+     "Samples come from less than this far; 0 and 1 change nothing.", "px", 0, 65535, 0, PixelAxis::Smaller},
+};
 constexpr PropertyInfo kEmbossProperties[] = {
     {"emboss_level", "0", kInt32, ValueKind::Number, "Strength",
      "Gain of the difference to the sample above; 0 is flat grey.", "", -255, 255},
@@ -223,6 +285,14 @@ constexpr PropertyInfo kAddNoiseProperties[] = {
     ROW(CDirectFadeOutEffect, effectNameDirectFadeOut, EffectKind::Fade, kFollowsTime,                       \
         "Fade out to a colour", "Mixes the picture with a colour, more and more over the span.",             \
         kDirectFadeOutProperties)                                                                            \
+    ROW(CSpherizeVideoImageEffect, effectNameSpherize, EffectKind::Distortion, kKeepsState, "Spherize",      \
+        "Pulls the pixels of a circle in or out.", kSpherizeProperties)                                      \
+    ROW(CMagnifierVideoImageEffect, effectNameMagnifier, EffectKind::Distortion, kPlain, "Magnifier",        \
+        "Lays a magnifying glass on the picture.", kMagnifierProperties)                                     \
+    ROW(CRotateVideoImageEffect, effectNameRotate, EffectKind::Distortion, kKeepsState, "Rotate",            \
+        "Twists a circle of the picture.", kRotateProperties)                                                \
+    ROW(CTensileVideoImageEffect, effectNameTensile, EffectKind::Distortion, kPlain, "Tensile",              \
+        "Stretches a band of rows or columns and squeezes the rest.", kTensileProperties)                    \
     ROW(CEmbossVideoImageEffect, effectNameEmboss, EffectKind::Filter, kPlain, "Emboss",                     \
         "Grey relief of each sample against the one above.", kEmbossProperties)                              \
     ROW(CMosaicVideoImageEffect, effectNameMosaic, EffectKind::Look, kPlain, "Mosaic",                       \
@@ -233,6 +303,8 @@ constexpr PropertyInfo kAddNoiseProperties[] = {
         "Scales the opacity.", kTransparencyProperties)                                                      \
     ROW(CColorFilterEffect, effectNameColorFilter, EffectKind::Filter, kChangesAlpha, "Colour filter",       \
         "Makes a colour transparent.", kColorFilterProperties)                                               \
+    ROW(CAtomizeVideoImageEffect, effectNameAtomize, EffectKind::Distortion, kKeepsState | kDrawsRandom,     \
+        "Atomize", "Scatters samples to the right and downwards.", kAtomizeProperties)                       \
     ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
         "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties)
 

@@ -3,6 +3,8 @@
 
 #include "AVEffect/kernels/mirage.h"
 #include "AVEffect/kernels/mosaic.h"
+#include "AVEffect/kernels/pick.h"
+#include "AVEffect/kernels/remap.h"
 #include "AVEffect/scratch.h"
 #include "tests/kernels/case_makers.h"
 
@@ -170,11 +172,65 @@ void AddMirageCases(std::vector<KernelCase>& cases, unsigned features) {
     }
 }
 
+// Columns of a row that is stretched in its middle and squeezed beside it.
+std::vector<uint32_t> StretchedColumns(size_t width) {
+    std::vector<uint32_t> columns(width);
+    for (size_t x = 0; x < width; ++x)
+        columns[x] =
+            static_cast<uint32_t>(x < width / 3 ? x * 3 / 2 : std::min(width / 2 + x / 5, width - 1));
+    return columns;
+}
+
+// Picks, in place of the first plane, from the second, rows upside down.
+void PickReference(const Plane8& plane, const Plane8& copy, size_t unitBytes) {
+    const auto columns = StretchedColumns(plane.width / unitBytes);
+    for (size_t y = 0; y < plane.rows; ++y)
+        for (size_t x = 0; x < columns.size(); ++x)
+            std::copy_n(copy.Row(plane.rows - 1 - y) + columns[x] * unitBytes, unitBytes,
+                        plane.Row(y) + x * unitBytes);
+}
+
+void AddPickCases(std::vector<KernelCase>& cases, unsigned features) {
+    const auto& kernels = AVBased::kernels::SelectPickKernels(features);
+    const auto& remaps = AVBased::kernels::SelectRemapKernels(features);
+    for (const size_t unit : {size_t{1}, size_t{4}}) {
+        const std::string suffix = unit == 4 ? "Rgba32" : "Component";
+        cases.push_back(
+            {"pick" + suffix, 2, unit,
+             [=](const auto& planes) {
+                 const auto columns = StretchedColumns(planes[0].width / unit);
+                 std::vector<uint32_t> rows(planes[0].rows);
+                 for (size_t y = 0; y < rows.size(); ++y)
+                     rows[y] = static_cast<uint32_t>(rows.size() - 1 - y);
+                 AVBased::Scratch scratch;
+                 uint8_t* memory = scratch.Require(AVBased::kernels::ColumnScratchBytes(columns.size()));
+                 const AVBased::kernels::Places across{columns.data(), columns.size()},
+                     down{rows.data(), rows.size()};
+                 if (unit == 4)
+                     kernels.pickRgba32(Pixels(planes[0]), Pixels(planes[1]), across, down, memory);
+                 else
+                     kernels.pickComponent(planes[0], planes[1], across, down, memory);
+             },
+             [=](const auto& planes) { PickReference(planes[0], planes[1], unit); }});
+        cases.push_back({"remap" + suffix, 2, unit,
+                         [=](const auto& planes) {
+                             auto offsets = StretchedColumns(planes[0].width / unit);
+                             for (uint32_t& offset : offsets) offset *= static_cast<uint32_t>(unit);
+                             const auto remap = unit == 4 ? remaps.remapRgba32 : remaps.remapComponent;
+                             for (size_t y = 0; y < planes[0].rows; ++y)
+                                 remap(planes[0].Row(y), planes[1].Row(planes[1].rows - 1 - y),
+                                       offsets.data(), offsets.size());
+                         },
+                         [=](const auto& planes) { PickReference(planes[0], planes[1], unit); }});
+    }
+}
+
 } // namespace
 
 void AddPositionCases(std::vector<KernelCase>& cases, unsigned features) {
     AddMosaicCases(cases, features);
     AddMirageCases(cases, features);
+    AddPickCases(cases, features);
 }
 
 } // namespace test

@@ -42,10 +42,38 @@ private:
 
 // What makes effects work that do nothing with their defaults.
 test::VideoProc MakeBusy(const EffectInfo& effect) {
-    static const std::map<std::string_view, const char*> kValues = {
-        {"duration", "100"},   {"brightness", "10"},         {"saturation", "20"},
-        {"mosaic_x2", "90"},   {"mosaic_y2", "60"},          {"mosaic_step", "3"},
-        {"emboss_level", "2"}, {"transparency_scale", "50"}, {"filter_scope", "60"}};
+    static const std::map<std::string_view, const char*> kValues = {{"duration", "100"},
+                                                                    {"brightness", "10"},
+                                                                    {"saturation", "20"},
+                                                                    {"mosaic_x2", "90"},
+                                                                    {"mosaic_y2", "60"},
+                                                                    {"mosaic_step", "3"},
+                                                                    {"emboss_level", "2"},
+                                                                    {"transparency_scale", "50"},
+                                                                    {"filter_scope", "60"},
+                                                                    {"spherize_r", "20"},
+                                                                    {"spherize_x", "40"},
+                                                                    {"spherize_y", "30"},
+                                                                    {"spherize_scale", "0.7"},
+                                                                    {"rotate_r", "20"},
+                                                                    {"rotate_x", "40"},
+                                                                    {"rotate_y", "30"},
+                                                                    {"rotate_scale", "3"},
+                                                                    {"magnifier_r", "20"},
+                                                                    {"magnifier_x", "40"},
+                                                                    {"magnifier_y", "30"},
+                                                                    {"magnifier_scale", "2.7"},
+                                                                    {"tensile_vertical", "1"},
+                                                                    {"tensile_vertical_y1", "20"},
+                                                                    {"tensile_vertical_y2", "50"},
+                                                                    {"tensile_vertical_scale", "1.3"},
+                                                                    {"tensile_horizontal", "1"},
+                                                                    {"tensile_horizontal_x1", "20"},
+                                                                    {"tensile_horizontal_x2", "50"},
+                                                                    {"tensile_horizontal_scale", "1.3"},
+                                                                    {"atomize_ishorizontal", "1"},
+                                                                    {"atomize_isvertical", "1"},
+                                                                    {"atomize_level", "9"}};
     test::VideoProc proc = test::MakeVideo(effect.name);
     proc->SetProperty("duration", "100");
     for (const PropertyInfo& property : effect.properties)

@@ -1,0 +1,70 @@
+#pragma once
+/// Scatters samples to the right and downwards.
+#include <vector>
+
+#include "AVEffect/CBasedVideoEffect.h"
+#include "AVEffect/frame_planes.h"
+#include "AVEffect/plane_map.h"
+
+namespace AVBased {
+
+/// Every sample comes from one at a random distance behind it. The distances are drawn on the first frame
+/// after a property has changed and stay for later ones.
+class CAtomizeVideoImageEffect : public CBasedVideoImageEffect {
+public:
+    CAtomizeVideoImageEffect();
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+    void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
+
+private:
+    /// A place in the picture; the column may be one past the row's last.
+    struct Source {
+        size_t x, y;
+    };
+    /// What the plane maps hold for.
+    struct Geometry {
+        bool packed = false;
+        Plane8 planes[3] = {};
+        bool operator==(const Geometry& other) const;
+    };
+
+    void AtomizeHorizontalRgba32EffectFirst(Plane32 plane) { DrawAndScatter(plane); }
+    void AtomizeHorizontalRgba32Effect(Plane32 plane) { Scatter(plane); }
+    void AtomizeVerticalRgba32EffectFirst(Plane32 plane) { DrawAndScatter(plane); }
+    void AtomizeVerticalRgba32Effect(Plane32 plane) { Scatter(plane); }
+    void AtomizeRgba32EffectFirst(Plane32 plane) { DrawAndScatter(plane); }
+    void AtomizeRgba32Effect(Plane32 plane) { Scatter(plane); }
+    void AtomizeHorizontalComponentEffectFirst(const PlanarView& view) { DrawAndScatter(view); }
+    void AtomizeHorizontalComponentEffect(const PlanarView& view) { Scatter(view); }
+    void AtomizeVerticalComponentEffectFirst(const PlanarView& view) { DrawAndScatter(view); }
+    void AtomizeVerticalComponentEffect(const PlanarView& view) { Scatter(view); }
+    void AtomizeComponentEffectFirst(const PlanarView& view) { DrawAndScatter(view); }
+    void AtomizeComponentEffect(const PlanarView& view) { Scatter(view); }
+
+    bool Horizontal() const { return m_nIsHorizontal == 1; }
+    bool Vertical() const { return m_nIsVertical == 1; }
+    void DrawAndScatter(Plane32 plane);
+    void DrawAndScatter(const PlanarView& view);
+    void Scatter(Plane32 plane);
+    void Scatter(const PlanarView& view);
+    void Forget();
+    void Draw(size_t width, size_t rows);
+    bool IsMapped(const Geometry& geometry);
+    /// Where sample (x, y) of a picture of that size comes from; false where nothing was drawn for it or the
+    /// source lies outside.
+    bool SourceOf(size_t x, size_t y, size_t width, size_t rows, Source& source) const;
+    void MapPlane(PlaneMap& map, size_t width, size_t rows, size_t pitch) const;
+    void MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& plane) const;
+
+    unsigned m_nIsVertical = 0;
+    unsigned m_nIsHorizontal = 0;
+    unsigned m_nLevel = 0; // distances lie below it
+    const kernels::RemapKernels& m_Kernels;
+    std::vector<uint32_t> m_Distances; // of a picture's samples, in row order
+    size_t m_nWidth = 0, m_nRows = 0;  // of that picture
+    unsigned m_nTableReady = 0;
+    Geometry m_Mapped;
+    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1};
+};
+
+} // namespace AVBased

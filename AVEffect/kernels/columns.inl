@@ -1,0 +1,71 @@
+// Rows whose samples come from given columns of other rows, for one level. A group of samples that comes from
+// a group no wider, as in a picture that is enlarged, is picked within registers; others go one by one.
+template <size_t Bytes>
+struct RowPicker {
+#if AVEFFECT_LANE_BYTES > 16
+    static constexpr size_t kGroup = Bytes == 4 ? kLanes / 4 : 16;
+#else
+    static constexpr size_t kGroup = 0; // there is no picking
+#endif
+    size_t width;      // samples that are made
+    size_t limit;      // samples of the rows that they come from
+    uint32_t* columns; // where each comes from, below limit; to be filled, then Prepare
+    uint8_t* picks;    // of bytes: their places within the group they come from
+    uint8_t* dense;    // of groups: whether they come from one
+    bool inGroups;
+
+    AVEFFECT_INLINE RowPicker(size_t samples, size_t fromSamples, uint8_t* scratch)
+        : width(samples)
+        , limit(fromSamples)
+        , columns(reinterpret_cast<uint32_t*>(scratch))
+        , picks(scratch + 4 * samples)
+        , dense(picks + samples + 64)
+        , inGroups(kGroup != 0 && samples >= kGroup && fromSamples >= kGroup) {}
+
+    // The last group of a row overlaps the one before it.
+    AVEFFECT_INLINE size_t First(size_t x) const { return x + kGroup <= width ? x : width - kGroup; }
+    AVEFFECT_INLINE size_t Origin(size_t first) const {
+        return columns[first] + kGroup <= limit ? columns[first] : limit - kGroup;
+    }
+
+    AVEFFECT_INLINE void Prepare() {
+#if AVEFFECT_LANE_BYTES > 16
+        if (!inGroups) return;
+        for (size_t x = 0; x < width; x += kGroup) {
+            const size_t first = First(x), origin = Origin(first);
+            bool fits = true;
+            for (size_t i = 0; i < kGroup; ++i) {
+                const size_t place = columns[first + i] - origin;
+                fits = fits && place < kGroup;
+                if (Bytes == 1) picks[x + i] = static_cast<uint8_t>(place);
+            }
+            dense[x / kGroup] = fits;
+        }
+#endif
+    }
+
+    AVEFFECT_INLINE void PickOneByOne(uint8_t* to, const uint8_t* from, size_t x, size_t end) const {
+        for (; x < end; ++x) std::memcpy(to + x * Bytes, from + columns[x] * Bytes, Bytes);
+    }
+
+    // Makes a row, and asks for the one that begins at soon.
+    AVEFFECT_INLINE void Pick(uint8_t* to, const uint8_t* from, [[maybe_unused]] const uint8_t* soon) const {
+        if (!inGroups) {
+            PickOneByOne(to, from, 0, width);
+            return;
+        }
+#if AVEFFECT_LANE_BYTES > 16
+        for (size_t x = 0; x < width; x += kGroup) {
+            const size_t first = First(x), origin = Origin(first);
+            Prefetch(soon + origin * Bytes);
+            if (!dense[x / kGroup])
+                PickOneByOne(to, from, first, first + kGroup);
+            else if constexpr (Bytes == 4)
+                Store(to + first * 4, PickPixels(Load<U8>(from + origin * 4),
+                                                 Load<U32>(columns + first) - static_cast<uint32_t>(origin)));
+            else
+                Pick16Bytes(to + first, from + origin, picks + x);
+        }
+#endif
+    }
+};
