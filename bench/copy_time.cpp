@@ -48,11 +48,13 @@ double CopySeconds(size_t bytes) {
     return Median(times);
 }
 
-void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<void()>& body) {
+void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<void()>& body,
+                     const std::function<void()>& prepare) {
     const double before = CopySeconds(bytes);
     body(); // scratch and caches are those of later frames
     std::vector<double> times;
     for (auto _ : state) {
+        if (prepare) prepare();
         times.push_back(Seconds(body));
         state.SetIterationTime(times.back());
     }

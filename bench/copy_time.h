@@ -17,7 +17,9 @@ double CopySeconds(size_t bytes);
 
 /// Runs body once an iteration, timed by itself. Reports the median as "ms" and, as "ratio", what it is to
 /// copying so many bytes, measured in the same call right before and after.
-void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<void()>& body);
+/// What prepare does before each is not timed.
+void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<void()>& body,
+                     const std::function<void()>& prepare = {});
 
 void RegisterKernelBenchmarks();
 void RegisterEffectBenchmarks();

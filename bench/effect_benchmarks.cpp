@@ -12,7 +12,11 @@ namespace bench {
 
 namespace {
 
-using Settings = std::vector<std::pair<const char*, const char*>>;
+/// What an effect is set to, under a name of its own where an effect has several.
+struct Settings {
+    std::string name;
+    std::vector<std::pair<const char*, const char*>> properties;
+};
 
 // Stand for the picture's own size in settings.
 constexpr char kWidth[] = "width";
@@ -20,58 +24,50 @@ constexpr char kHeight[] = "height";
 constexpr char kHalfWidth[] = "width/2";
 constexpr char kHalfHeight[] = "height/2";
 
+// A circle as large as the picture's height.
+Settings Circle(const std::string& name, const char* radius, const char* x, const char* y, const char* scale,
+                const char* value) {
+    return {name, {{radius, kHalfHeight}, {x, kHalfWidth}, {y, kHalfHeight}, {scale, value}}};
+}
+
+Settings Tensile(const std::string& name, const char* vertical, const char* horizontal) {
+    return {name,
+            {{"tensile_vertical", vertical},
+             {"tensile_vertical_y1", "400"},
+             {"tensile_vertical_y2", "800"},
+             {"tensile_vertical_scale", "1.5"},
+             {"tensile_horizontal", horizontal},
+             {"tensile_horizontal_x1", "700"},
+             {"tensile_horizontal_x2", "1200"},
+             {"tensile_horizontal_scale", "1.8"}}};
+}
+
+Settings Magnifier(const std::string& name, const char* scale) {
+    return Circle(name, "magnifier_r", "magnifier_x", "magnifier_y", "magnifier_scale", scale);
+}
+
 // Effects that do nothing, or too little, with their defaults.
 std::vector<Settings> SettingsOf(const std::string& effect) {
     static const std::map<std::string, std::vector<Settings>> kSettings = {
         {"brightness_contrast",
-         {{{"brightness", "10"}, {"contrast", "20"}},
-          {{"brightness", "10"}, {"contrast", "20"}, {"saturation", "30"}}}},
-        {"fadein", {{{"duration", "100"}}}},
-        {"fadeout", {{{"duration", "100"}}}},
-        {"directfadein", {{{"duration", "100"}, {"fadein_color", "8421504"}}}},
-        {"directfadeout", {{{"duration", "100"}, {"fadeout_color", "8421504"}}}},
-        {"emboss", {{{"emboss_level", "2"}}}},
-        {"spherize",
-         {{{"spherize_r", kHalfHeight},
-           {"spherize_x", kHalfWidth},
-           {"spherize_y", kHalfHeight},
-           {"spherize_scale", "0.7"}}}},
-        {"rotate",
-         {{{"rotate_r", kHalfHeight},
-           {"rotate_x", kHalfWidth},
-           {"rotate_y", kHalfHeight},
-           {"rotate_scale", "3"}}}},
-        {"magnifier",
-         {{{"magnifier_r", kHalfHeight},
-           {"magnifier_x", kHalfWidth},
-           {"magnifier_y", kHalfHeight},
-           {"magnifier_scale", "1.5"}},
-          {{"magnifier_r", kHalfHeight},
-           {"magnifier_x", kHalfWidth},
-           {"magnifier_y", kHalfHeight},
-           {"magnifier_scale", "3"}}}},
+         {{"", {{"brightness", "10"}, {"contrast", "20"}}},
+          {" with saturation", {{"brightness", "10"}, {"contrast", "20"}, {"saturation", "30"}}}}},
+        {"fadein", {{"", {{"duration", "100"}}}}},
+        {"fadeout", {{"", {{"duration", "100"}}}}},
+        {"directfadein", {{"", {{"duration", "100"}, {"fadein_color", "8421504"}}}}},
+        {"directfadeout", {{"", {{"duration", "100"}, {"fadeout_color", "8421504"}}}}},
+        {"spherize", {Circle("", "spherize_r", "spherize_x", "spherize_y", "spherize_scale", "0.7")}},
+        {"rotate", {Circle("", "rotate_r", "rotate_x", "rotate_y", "rotate_scale", "3")}},
+        {"magnifier", {Magnifier(" nearest", "1.5"), Magnifier(" blended", "3")}},
         {"tensile",
-         {{{"tensile_vertical", "1"},
-           {"tensile_vertical_y1", "400"},
-           {"tensile_vertical_y2", "800"},
-           {"tensile_vertical_scale", "1.5"}},
-          {{"tensile_horizontal", "1"},
-           {"tensile_horizontal_x1", "700"},
-           {"tensile_horizontal_x2", "1200"},
-           {"tensile_horizontal_scale", "1.8"}},
-          {{"tensile_vertical", "1"},
-           {"tensile_vertical_y1", "400"},
-           {"tensile_vertical_y2", "800"},
-           {"tensile_vertical_scale", "1.5"},
-           {"tensile_horizontal", "1"},
-           {"tensile_horizontal_x1", "700"},
-           {"tensile_horizontal_x2", "1200"},
-           {"tensile_horizontal_scale", "1.8"}}}},
-        {"atomize", {{{"atomize_ishorizontal", "1"}, {"atomize_isvertical", "1"}, {"atomize_level", "16"}}}},
-        {"mosaic", {{{"mosaic_x2", kWidth}, {"mosaic_y2", kHeight}, {"mosaic_step", "4"}}}},
-        {"transparency", {{{"transparency_scale", "50"}}}},
-        {"colorfilter", {{{"filter_scope", "40"}, {"filter_color", "8421504"}}}},
-        {"addnoise", {{{"addnoise_level", "-12"}}}},
+         {Tensile(" vertical", "1", "0"), Tensile(" horizontal", "0", "1"), Tensile(" both", "1", "1")}},
+        {"emboss", {{"", {{"emboss_level", "2"}}}}},
+        {"mosaic", {{"", {{"mosaic_x2", kWidth}, {"mosaic_y2", kHeight}, {"mosaic_step", "4"}}}}},
+        {"transparency", {{"", {{"transparency_scale", "50"}}}}},
+        {"colorfilter", {{"", {{"filter_scope", "40"}, {"filter_color", "8421504"}}}}},
+        {"atomize",
+         {{"", {{"atomize_ishorizontal", "1"}, {"atomize_isvertical", "1"}, {"atomize_level", "16"}}}}},
+        {"addnoise", {{"", {{"addnoise_level", "-12"}}}}},
     };
     const auto found = kSettings.find(effect);
     return found == kSettings.end() ? std::vector<Settings>{{}} : found->second;
@@ -108,11 +104,11 @@ private:
 // "duration", where it is set, is 100: half way through the span.
 constexpr int kTime = 50;
 
-void RunEffect(benchmark::State& state, const std::string& effect, const Settings& settings,
-               const Picture& picture, bool onCopy) {
-    const BaseTool::BlockKeeper keeper; // the frames, and so their clones, are this program's
-    const test::VideoProc proc = test::MakeVideo(effect);
-    for (const auto& [name, value] : settings) {
+enum class Way { InPlace, OnCopy, FirstFrame };
+
+test::VideoProc MakeProc(const std::string& effect, const Settings& settings, const Picture& picture) {
+    test::VideoProc proc = test::MakeVideo(effect);
+    for (const auto& [name, value] : settings.properties) {
         const unsigned size = value == kWidth        ? picture.width
                               : value == kHeight     ? picture.height
                               : value == kHalfWidth  ? picture.width / 2
@@ -120,14 +116,31 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
                                                      : 0;
         proc->SetProperty(name, size ? std::to_string(size).c_str() : value);
     }
+    return proc;
+}
+
+void RunEffect(benchmark::State& state, const std::string& effect, const Settings& settings,
+               const Picture& picture, Way way) {
+    const BaseTool::BlockKeeper keeper; // the frames, and so their clones, are this program's
+    test::VideoProc proc = MakeProc(effect, settings, picture);
     BenchFrame frame(picture);
     AVBased::ImagePostion position{};
-    TimeAgainstCopy(state, frame.Bytes(), [&] {
-        if (onCopy)
+    const auto run = [&] {
+        if (way == Way::OnCopy)
             proc->ProcFrame(&position, kTime, &frame.Frame());
         else
             proc->ProcFrameInPlace(&position, kTime, &frame.Frame());
-    });
+    };
+    std::function<void()> prepare;
+    if (way == Way::FirstFrame) prepare = [&] { proc = MakeProc(effect, settings, picture); };
+    TimeAgainstCopy(state, frame.Bytes(), run, prepare);
+}
+
+// Effects that keep something from frame to frame make it on the first.
+std::vector<std::pair<Way, const char*>> WaysOf(const AVBased::EffectInfo& effect) {
+    std::vector<std::pair<Way, const char*>> ways = {{Way::InPlace, ""}, {Way::OnCopy, ", ProcFrame"}};
+    if (effect.traits & AVBased::kKeepsState) ways.emplace_back(Way::FirstFrame, ", first frame");
+    return ways;
 }
 
 } // namespace
@@ -140,15 +153,12 @@ void RegisterEffectBenchmarks() {
     for (const AVBased::EffectInfo& effect : AVBased::kVideoEffects)
         for (const Settings& settings : SettingsOf(effect.name))
             for (const Picture& picture : kPictures)
-                for (const bool onCopy : {false, true}) {
-                    std::string name = effect.name;
-                    for (const auto& [property, value] : settings)
-                        name += std::string(" ") + property + "=" + value;
-                    name += std::string(", ") + picture.name + " " + std::to_string(picture.height) + "p" +
-                            (onCopy ? ", ProcFrame" : "");
-                    benchmark::RegisterBenchmark(name.c_str(), [=, effectName = std::string(effect.name)](
-                                                                   benchmark::State& state) {
-                        RunEffect(state, effectName, settings, picture, onCopy);
+                for (const auto& [way, suffix] : WaysOf(effect)) {
+                    const std::string name = effect.name + settings.name + ", " + picture.name + " " +
+                                             std::to_string(picture.height) + "p" + suffix;
+                    benchmark::RegisterBenchmark(name.c_str(), [=, effectName = std::string(effect.name),
+                                                                how = way](benchmark::State& state) {
+                        RunEffect(state, effectName, settings, picture, how);
                     })->UseManualTime();
                 }
 }

@@ -8,12 +8,12 @@ namespace {
 class Table : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override {
-        std::printf("%-88s %9s %7s\n", "", "ms", "ratio");
+        std::printf("%-64s %9s %7s\n", "", "ms", "ratio");
         return true;
     }
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs)
-            std::printf("%-88s %9.3f %7.2f\n", run.run_name.function_name.c_str(),
+            std::printf("%-64s %9.3f %7.2f\n", run.run_name.function_name.c_str(),
                         run.counters.at("ms").value, run.counters.at("ratio").value);
         std::fflush(stdout);
     }
