@@ -91,8 +91,7 @@ std::string PropertyDetails(const PropertyInfo& property) {
     std::string text = ValueRule(property) + "; default " + ValueName(property, property.defaultText);
     if (!std::isnan(property.neutral))
         text += "; neutral " + ValueName(property, NumberText(property.neutral));
-    const std::string base(PercentageBase(property));
-    if (!base.empty()) text += "; counts pixels of the picture, or % of its " + base;
+    if (!PercentageBase(property).empty()) text += "; counts pixels of the picture";
     return text + "; type " + std::string(TypeName(property.type));
 }
 
