@@ -12,7 +12,8 @@ struct RowPicker {
     uint32_t* columns; // where each comes from, below limit; to be filled, then Prepare
     uint8_t* picks;    // of bytes: their places within the group they come from
     uint8_t* dense;    // of groups: whether they come from one
-    bool inGroups;
+    bool inGroups;     // whether any do
+    bool allDense;     // whether all do
 
     AVEFFECT_INLINE RowPicker(size_t samples, size_t fromSamples, uint8_t* scratch)
         : width(samples)
@@ -20,7 +21,8 @@ struct RowPicker {
         , columns(reinterpret_cast<uint32_t*>(scratch))
         , picks(scratch + 4 * samples)
         , dense(picks + samples + 64)
-        , inGroups(kGroup != 0 && samples >= kGroup && fromSamples >= kGroup) {}
+        , inGroups(kGroup != 0 && samples >= kGroup && fromSamples >= kGroup)
+        , allDense(inGroups) {}
 
     // The last group of a row overlaps the one before it.
     AVEFFECT_INLINE size_t First(size_t x) const { return x + kGroup <= width ? x : width - kGroup; }
@@ -40,6 +42,7 @@ struct RowPicker {
                 if (Bytes == 1) picks[x + i] = static_cast<uint8_t>(place);
             }
             dense[x / kGroup] = fits;
+            allDense = allDense && fits;
         }
 #endif
     }
@@ -55,17 +58,26 @@ struct RowPicker {
             return;
         }
 #if AVEFFECT_LANE_BYTES > 16
-        for (size_t x = 0; x < width; x += kGroup) {
-            const size_t first = First(x), origin = Origin(first);
-            Prefetch(soon + origin * Bytes);
-            if (!dense[x / kGroup])
-                PickOneByOne(to, from, first, first + kGroup);
-            else if constexpr (Bytes == 4)
-                Store(to + first * 4, PickPixels(Load<U8>(from + origin * 4),
-                                                 Load<U32>(columns + first) - static_cast<uint32_t>(origin)));
-            else
-                Pick16Bytes(to + first, from + origin, picks + x);
-        }
+        if (allDense)
+            for (size_t x = 0; x < width; x += kGroup) PickGroup(to, from, soon, x);
+        else
+            for (size_t x = 0; x < width; x += kGroup)
+                if (dense[x / kGroup])
+                    PickGroup(to, from, soon, x);
+                else
+                    PickOneByOne(to, from, First(x), First(x) + kGroup);
 #endif
     }
+
+#if AVEFFECT_LANE_BYTES > 16
+    AVEFFECT_INLINE void PickGroup(uint8_t* to, const uint8_t* from, const uint8_t* soon, size_t x) const {
+        const size_t first = First(x), origin = Origin(first);
+        if (Bytes == 4 || x % 64 == 0) Prefetch(soon + origin * Bytes);
+        if constexpr (Bytes == 4)
+            Store(to + first * 4, PickPixels(Load<U8>(from + origin * 4),
+                                             Load<U32>(columns + first) - static_cast<uint32_t>(origin)));
+        else
+            Pick16Bytes(to + first, from + origin, picks + x);
+    }
+#endif
 };
