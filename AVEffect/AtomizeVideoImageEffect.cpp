@@ -26,10 +26,7 @@ void CAtomizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNo
 }
 
 bool CAtomizeVideoImageEffect::Geometry::operator==(const Geometry& other) const {
-    const auto same = [](const Plane8& a, const Plane8& b) {
-        return a.width == b.width && a.pitch == b.pitch && a.rows == b.rows;
-    };
-    return packed == other.packed && std::equal(planes, planes + 3, other.planes, same);
+    return packed == other.packed && std::equal(planes, planes + 3, other.planes, SameShape);
 }
 
 void CAtomizeVideoImageEffect::Forget() {
@@ -115,15 +112,16 @@ void CAtomizeVideoImageEffect::Scatter(Plane32 plane) {
 void CAtomizeVideoImageEffect::Scatter(const PlanarView& view) {
     assert(view.y.data != NULL);
     const Geometry geometry = {false, {view.y, view.u, view.v}};
+    const bool oneChroma = SameShape(view.u, view.v);
     if (!IsMapped(geometry)) {
         MapPlane(m_Luma, view.y.width, view.y.rows, view.y.pitch);
         MapChroma(m_U, view, view.u);
-        MapChroma(m_V, view, view.v);
+        if (!oneChroma) MapChroma(m_V, view, view.v);
         m_Mapped = geometry;
     }
     m_Luma.Apply(m_Kernels, view.y, view.y.data, 0);
     m_U.Apply(m_Kernels, view.u, view.u.data, 0);
-    m_V.Apply(m_Kernels, view.v, view.v.data, 0);
+    (oneChroma ? m_U : m_V).Apply(m_Kernels, view.v, view.v.data, 0);
 }
 
 void CAtomizeVideoImageEffect::DrawAndScatter(Plane32 plane) {

@@ -64,7 +64,7 @@ private:
     size_t m_nWidth = 0, m_nRows = 0;  // of that picture
     unsigned m_nTableReady = 0;
     Geometry m_Mapped;
-    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1};
+    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1}; // one for both chroma planes where they are alike
 };
 
 } // namespace AVBased

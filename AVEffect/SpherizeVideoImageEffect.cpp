@@ -125,16 +125,17 @@ void CCircleMapEffect::ApplyPlanar(const PlanarView& view, const PlanarView& cop
     const Geometry geometry = {
         false,       view.y.width, view.y.rows,  copy.y.pitch,         view.u.width,
         view.u.rows, copy.u.pitch, copy.v.pitch, view.horizontalShift, view.verticalShift};
+    const bool oneChroma = SameShape(copy.u, copy.v);
     if (m_Mapped != geometry || atOnce) {
         m_Mapped = {};
         MapPlane(m_Luma, view.y.width, view.y.rows, copy.y.pitch, true);
         MapChroma(m_U, view, copy.u, atOnce);
-        MapChroma(m_V, view, copy.v, atOnce);
+        if (!oneChroma) MapChroma(m_V, view, copy.v, atOnce);
         if (!atOnce) m_Mapped = geometry;
     }
     m_Luma.Apply(m_Kernels, view.y, copy.y.data, kWhiteLuma);
     m_U.Apply(m_Kernels, view.u, copy.u.data, kWhiteChroma);
-    m_V.Apply(m_Kernels, view.v, copy.v.data, kWhiteChroma);
+    (oneChroma ? m_U : m_V).Apply(m_Kernels, view.v, copy.v.data, kWhiteChroma);
 }
 
 void CCircleMapEffect::BuildPlanar(const PlanarView& view, const PlanarView& copy) {

@@ -78,9 +78,9 @@ private:
     bool m_bWritesRimLater;
     const kernels::RemapKernels& m_Kernels;
     Rectangle m_Rectangle;
-    std::vector<Source> m_Sources; // of the rectangle's pixels, in row order
-    Geometry m_Mapped;             // no plane map holds while its width is 0
-    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1};
+    std::vector<Source> m_Sources;                   // of the rectangle's pixels, in row order
+    Geometry m_Mapped;                               // no plane map holds while its width is 0
+    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1}; // one for both chroma planes where they are alike
 };
 
 /// Pulls the pixels of a circle in or out along their rays.

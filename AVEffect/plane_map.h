@@ -60,4 +60,9 @@ private:
     std::vector<uint32_t> m_Offsets; // bytes from the source plane's start, of the samples that have a source
 };
 
+/// Whether one map serves both planes.
+inline bool SameShape(const Plane8& a, const Plane8& b) noexcept {
+    return a.width == b.width && a.pitch == b.pitch && a.rows == b.rows;
+}
+
 } // namespace AVBased
