@@ -144,21 +144,7 @@ void MiddleGainComponent(Plane8 plane, MiddleGain map) noexcept { ForPlane(plane
 void SwapPlanes(Plane8 first, Plane8 second) noexcept {
     const size_t width = first.width < second.width ? first.width : second.width;
     const size_t rows = first.rows < second.rows ? first.rows : second.rows;
-    for (size_t y = 0; y < rows; ++y) {
-        uint8_t* a = first.Row(y);
-        uint8_t* b = second.Row(y);
-        size_t x = 0;
-        for (; x + kLanes <= width; x += kLanes) {
-            const U8 kept = Load<U8>(a + x);
-            Store(a + x, Load<U8>(b + x));
-            Store(b + x, kept);
-        }
-        for (; x < width; ++x) {
-            const uint8_t kept = a[x];
-            a[x] = b[x];
-            b[x] = kept;
-        }
-    }
+    for (size_t y = 0; y < rows; ++y) Exchange(first.Row(y), second.Row(y), width, Straight{});
 }
 
 constexpr ColourKernels kKernels = {GrayRgba32,      FlipColorRgba32,     InvertRgba32,

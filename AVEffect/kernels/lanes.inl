@@ -159,6 +159,40 @@ struct ByteTable {
 };
 #endif
 
+#if AVEFFECT_LANE_BYTES > 16
+// Picks from the last to the first. The instructions take indices modulo what they pick from, so the
+// beginning serves smaller registers.
+constexpr uint8_t kDownwards[64] = {63, 62, 61, 60, 59, 58, 57, 56, 55, 54, 53, 52, 51, 50, 49, 48,
+                                    47, 46, 45, 44, 43, 42, 41, 40, 39, 38, 37, 36, 35, 34, 33, 32,
+                                    31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16,
+                                    15, 14, 13, 12, 11, 10, 9,  8,  7,  6,  5,  4,  3,  2,  1,  0};
+constexpr uint32_t kPixelsDownwards[16] = {15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
+#endif
+
+// The register's bytes from the last to the first.
+AVEFFECT_INLINE U8 ReverseBytes(U8 x) {
+#ifdef AVEFFECT_HAS_TABLES
+    return (U8)_mm512_maskz_permutexvar_epi8(~0ull, (__m512i)Load<U8>(kDownwards), (__m512i)x);
+#elif AVEFFECT_LANE_BYTES == 64
+    const __m512i within = (__m512i)PickBytes(x, Load<U8>(kDownwards));
+    return (U8)_mm512_maskz_shuffle_i64x2(0xFF, within, within, 0x1B);
+#elif AVEFFECT_LANE_BYTES == 32
+    return (U8)_mm256_permute4x64_epi64((__m256i)PickBytes(x, Load<U8>(kDownwards)), 0x4E);
+#else
+    const __m128i swapped = (__m128i)((U16)x << 8 | (U16)x >> 8);
+    return (U8)_mm_shuffle_epi32(_mm_shufflehi_epi16(_mm_shufflelo_epi16(swapped, 0x1B), 0x1B), 0x4E);
+#endif
+}
+
+// The same for whole pixels.
+AVEFFECT_INLINE U8 ReversePixels(U8 x) {
+#if AVEFFECT_LANE_BYTES > 16
+    return PickPixels(x, Load<U32>(kPixelsDownwards));
+#else
+    return (U8)_mm_shuffle_epi32((__m128i)x, 0x1B);
+#endif
+}
+
 AVEFFECT_INLINE bool IsZero(U8 x) {
     uint64_t words[kLanes / 8];
     std::memcpy(words, &x, sizeof x);
@@ -196,6 +230,53 @@ AVEFFECT_INLINE void ForPlane(Plane8 plane, const Op& op) {
     plane = Joined(plane);
     if (plane.width == 0) return; // an empty plane may have no address
     for (size_t y = 0; y < plane.rows; ++y) ForRow(plane.Row(y), plane.width, op);
+}
+
+// How Exchange hands bytes over: as they stand.
+struct Straight {
+    static constexpr bool kReverses = false;
+    AVEFFECT_INLINE U8 operator()(U8 x) const { return x; }
+};
+
+// From the last to the first, in units of 1 or 4 bytes.
+template <size_t UnitBytes>
+struct Reversed {
+    static constexpr bool kReverses = true;
+    AVEFFECT_INLINE U8 operator()(U8 x) const {
+        if constexpr (UnitBytes == 4)
+            return ReversePixels(x);
+        else
+            return ReverseBytes(x);
+    }
+};
+
+// Exchanges two ranges that do not overlap. The last register overlaps its neighbour, both made from the old
+// bytes; shorter ranges go through a buffer.
+template <class Order>
+AVEFFECT_INLINE void Exchange(uint8_t* a, uint8_t* b, size_t bytes, const Order& order) {
+    if (bytes == 0) return; // an empty range may have no address
+    if (bytes < kLanes) {
+        U8 wholeA{}, wholeB{};
+        std::memcpy(&wholeA, a, bytes);
+        std::memcpy(&wholeB, b, bytes);
+        wholeA = order(wholeA);
+        wholeB = order(wholeB);
+        const size_t skipped = Order::kReverses ? kLanes - bytes : 0;
+        std::memcpy(a, reinterpret_cast<const uint8_t*>(&wholeB) + skipped, bytes);
+        std::memcpy(b, reinterpret_cast<const uint8_t*>(&wholeA) + skipped, bytes);
+        return;
+    }
+    const size_t end = bytes - kLanes;
+    uint8_t* const endOfB = Order::kReverses ? b : b + end;
+    const U8 lastA = order(Load<U8>(a + end)), lastB = order(Load<U8>(endOfB));
+    for (size_t x = 0; x < end; x += kLanes) {
+        uint8_t* const other = Order::kReverses ? b + end - x : b + x;
+        const U8 kept = order(Load<U8>(a + x));
+        Store(a + x, order(Load<U8>(other)));
+        Store(other, kept);
+    }
+    Store(a + end, lastB);
+    Store(endOfB, lastA);
 }
 
 // Replaces each register of a row by op(register, the same bytes of the other row), as ForRow does, and asks

@@ -24,6 +24,7 @@ constexpr char effectNameFadeIn[] = "fadein";
 constexpr char effectNameFadeOut[] = "fadeout";
 constexpr char effectNameDirectFadeIn[] = "directfadein";
 constexpr char effectNameDirectFadeOut[] = "directfadeout";
+constexpr char effectNameReverse[] = "reverse";
 constexpr char effectNameSpherize[] = "spherize";
 constexpr char effectNameMagnifier[] = "magnifier";
 constexpr char effectNameRotate[] = "rotate";
@@ -153,6 +154,11 @@ constexpr PropertyInfo kDirectFadeOutProperties[] = {
      0xFFFFFF},
     {"fadeout_max", "256", kInt32, ValueKind::Number, "Highest level",
      "The level does not rise above this; 256 is the picture alone.", "/256", 0, 256},
+};
+
+constexpr PropertyInfo kReverseProperties[] = {
+    {"mirror", "0", kInt32, ValueKind::Switch, "Mirror", "Exchanges left and right.", "", 0, 1, 0},
+    {"vertical", "0", kInt32, ValueKind::Switch, "Flip", "Exchanges top and bottom.", "", 0, 1, 0},
 };
 
 constexpr PropertyInfo kSpherizeProperties[] = {
@@ -285,6 +291,9 @@ constexpr PropertyInfo kAddNoiseProperties[] = {
     ROW(CDirectFadeOutEffect, effectNameDirectFadeOut, EffectKind::Fade, kFollowsTime,                       \
         "Fade out to a colour", "Mixes the picture with a colour, more and more over the span.",             \
         kDirectFadeOutProperties)                                                                            \
+    ROW(CReverseVideoImageEffect, effectNameReverse, EffectKind::Distortion, kPlain, "Reverse",              \
+        "Mirrors the picture, flips it, or both; both leave the middle row and column of odd sizes alone.",  \
+        kReverseProperties)                                                                                  \
     ROW(CSpherizeVideoImageEffect, effectNameSpherize, EffectKind::Distortion, kKeepsState, "Spherize",      \
         "Pulls the pixels of a circle in or out.", kSpherizeProperties)                                      \
     ROW(CMagnifierVideoImageEffect, effectNameMagnifier, EffectKind::Distortion, kPlain, "Magnifier",        \

@@ -77,6 +77,8 @@ TEST(Factory, TheCatalogueIsWhatTheContractLists) {
                               {"directfadeout", "fadeout_min", "0", 3},
                               {"directfadeout", "fadeout_color", "0", 3},
                               {"directfadeout", "fadeout_max", "256", 3},
+                              {"reverse", "mirror", "0", 3},
+                              {"reverse", "vertical", "0", 3},
                               {"emboss", "emboss_level", "0", 3},
                               {"mosaic", "mosaic_x1", "0", 3},
                               {"mosaic", "mosaic_y1", "0", 3},

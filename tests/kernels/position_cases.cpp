@@ -5,6 +5,7 @@
 #include "AVEffect/kernels/mosaic.h"
 #include "AVEffect/kernels/pick.h"
 #include "AVEffect/kernels/remap.h"
+#include "AVEffect/kernels/reverse.h"
 #include "AVEffect/scratch.h"
 #include "tests/kernels/case_makers.h"
 
@@ -225,12 +226,51 @@ void AddPickCases(std::vector<KernelCase>& cases, unsigned features) {
     }
 }
 
+// Exchanges what stands equally far from the middle: of a row's units, of rows, or of both.
+PlaneFunction Exchanged(size_t unit, bool columns, bool rows) {
+    return [=](const auto& planes) {
+        const Plane8& plane = planes[0];
+        const size_t width = plane.width / unit;
+        const size_t halfWidth = columns ? width / 2 : width, halfRows = rows ? plane.rows / 2 : plane.rows;
+        const auto swap = [&](size_t x, size_t y, size_t otherX, size_t otherY) {
+            std::swap_ranges(plane.Row(y) + x * unit, plane.Row(y) + (x + 1) * unit,
+                             plane.Row(otherY) + otherX * unit);
+        };
+        for (size_t y = 0; y < halfRows; ++y)
+            for (size_t x = 0; x < halfWidth; ++x) {
+                const size_t otherX = columns ? width - 1 - x : x, otherY = rows ? plane.rows - 1 - y : y;
+                swap(x, y, otherX, otherY);
+                if (columns && rows) swap(otherX, y, x, otherY);
+            }
+    };
+}
+
+void AddReverseCases(std::vector<KernelCase>& cases, unsigned features) {
+    const auto& kernels = AVBased::kernels::SelectReverseKernels(features);
+    const auto add = [&](const char* name, size_t unit, auto kernel, const PlaneFunction& reference) {
+        cases.push_back({name, 1, unit,
+                         [=](const auto& planes) {
+                             if constexpr (std::is_invocable_v<decltype(kernel), Plane32>)
+                                 kernel(Pixels(planes[0]));
+                             else
+                                 kernel(planes[0]);
+                         },
+                         reference});
+    };
+    add("mirrorRgba32", 4, kernels.mirrorRgba32, Exchanged(4, true, false));
+    add("mirrorComponent", 1, kernels.mirrorComponent, Exchanged(1, true, false));
+    add("flipComponent", 1, kernels.flipComponent, Exchanged(1, false, true));
+    add("oppositeRgba32", 4, kernels.oppositeRgba32, Exchanged(4, true, true));
+    add("oppositeComponent", 1, kernels.oppositeComponent, Exchanged(1, true, true));
+}
+
 } // namespace
 
 void AddPositionCases(std::vector<KernelCase>& cases, unsigned features) {
     AddMosaicCases(cases, features);
     AddMirageCases(cases, features);
     AddPickCases(cases, features);
+    AddReverseCases(cases, features);
 }
 
 } // namespace test

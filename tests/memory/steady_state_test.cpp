@@ -1,7 +1,6 @@
 // Every effect of the catalogue, after its first frame.
 #include <gtest/gtest.h>
 
-#include <map>
 #include <thread>
 
 #include "BaseTools/block_pool.h"
@@ -41,8 +40,7 @@ private:
 };
 
 // What makes effects work that do nothing with their defaults.
-test::VideoProc MakeBusy(const EffectInfo& effect) {
-    static const std::map<std::string_view, const char*> kValues = {{"duration", "100"},
+constexpr std::pair<std::string_view, const char*> kBusyValues[] = {{"duration", "100"},
                                                                     {"brightness", "10"},
                                                                     {"saturation", "20"},
                                                                     {"mosaic_x2", "90"},
@@ -73,12 +71,20 @@ test::VideoProc MakeBusy(const EffectInfo& effect) {
                                                                     {"tensile_horizontal_scale", "1.3"},
                                                                     {"atomize_ishorizontal", "1"},
                                                                     {"atomize_isvertical", "1"},
-                                                                    {"atomize_level", "9"}};
+                                                                    {"atomize_level", "9"},
+                                                                    {"mirror", "1"},
+                                                                    {"vertical", "1"}};
+
+test::VideoProc MakeBusy(const EffectInfo& effect) {
+    static const std::map<std::string_view, const char*> kValues = {
+        {"duration", "100"},    {"brightness", "10"}, {"saturation", "20"},  {"mosaic_x2", "90"},
+        {"mosaic_y2", "60"},    {"mosaic_step", "3"}, {"emboss_level", "2"}, {"transparency_scale", "50"},
+        {"filter_scope", "60"}, {"mirror", "1"},      {"vertical", "1"}};
     test::VideoProc proc = test::MakeVideo(effect.name);
     proc->SetProperty("duration", "100");
     for (const PropertyInfo& property : effect.properties)
-        if (const auto value = kValues.find(property.name); value != kValues.end())
-            proc->SetProperty(property.name, value->second);
+        for (const auto& [name, value] : kBusyValues)
+            if (name == property.name) proc->SetProperty(property.name, value);
     return proc;
 }
 

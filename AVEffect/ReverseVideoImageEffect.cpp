@@ -1,0 +1,83 @@
+#include "AVEffect/ReverseVideoImageEffect.h"
+
+#include <cassert>
+
+#include "AVEffect/factory.h"
+#include "AVEffect/frame_planes.h"
+#include "AVEffect/kernels/reverse.h"
+#include "aveffect/base_media.h"
+
+namespace AVBased {
+
+namespace {
+
+const kernels::ReverseKernels& ReverseKernels() {
+    return kernels::SelectReverseKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+void mirror_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows) {
+    assert(pBuffer != NULL);
+    ReverseKernels().mirrorRgba32({pBuffer, pixels, pitch, rows});
+}
+
+void mirror_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows) {
+    assert(pBuffer != NULL);
+    ReverseKernels().mirrorComponent({pBuffer, bytes, pitch, rows});
+}
+
+void vertical_reverse_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows) {
+    assert(pBuffer != NULL);
+    ReverseKernels().flipComponent(Plane32{pBuffer, pixels, pitch, rows}.Bytes());
+}
+
+void vertical_reverse_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows) {
+    assert(pBuffer != NULL);
+    ReverseKernels().flipComponent({pBuffer, bytes, pitch, rows});
+}
+
+void mirror_vertical_reverse_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch,
+                                      unsigned rows) {
+    assert(pBuffer != NULL);
+    ReverseKernels().oppositeRgba32({pBuffer, pixels, pitch, rows});
+}
+
+void mirror_vertical_reverse_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch,
+                                         unsigned rows) {
+    assert(pBuffer != NULL);
+    ReverseKernels().oppositeComponent({pBuffer, bytes, pitch, rows});
+}
+
+CReverseVideoImageEffect::CReverseVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameReverse) {
+    Bind("mirror", &m_nMirror);
+    Bind("vertical", &m_nVertical);
+}
+
+void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const bool mirror = m_nMirror == 1, vertical = m_nVertical == 1;
+    if (!mirror && !vertical) return;
+    const auto reverse = [](auto kernel, const auto& plane) {
+        if (plane.Empty()) return;
+        kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
+               static_cast<unsigned>(plane.rows));
+    };
+    const auto packed = !vertical ? mirror_rgba32_c
+                        : mirror  ? mirror_vertical_reverse_rgba32_c
+                                  : vertical_reverse_rgba32_c;
+    const auto planar = !vertical ? mirror_component_c
+                        : mirror  ? mirror_vertical_reverse_component_c
+                                  : vertical_reverse_component_c;
+    ForFormat(
+        pFrame, [&](Plane32 plane) { reverse(packed, plane); },
+        [&](const PlanarView& view) {
+            for (const Plane8& plane : {view.y, view.u, view.v}) reverse(planar, plane);
+            if (view.hasAlpha) reverse(planar, view.alpha);
+        });
+}
+
+AVEFFECT_CONSTRUCT_VIDEO(CReverseVideoImageEffect)
+
+} // namespace AVBased
