@@ -72,6 +72,8 @@ std::vector<Settings> SettingsOf(const std::string& effect) {
         {"atomize",
          {{"", {{"atomize_ishorizontal", "1"}, {"atomize_isvertical", "1"}, {"atomize_level", "16"}}}}},
         {"addnoise", {{"", {{"addnoise_level", "-12"}}}}},
+        {"EffectNameRotate90X",
+         {{" quarter", {{"Rotate90XDerection", "1"}}}, {" half", {{"Rotate90XDerection", "2"}}}}},
     };
     const auto found = kSettings.find(effect);
     return found == kSettings.end() ? std::vector<Settings>{{}} : found->second;

@@ -68,6 +68,7 @@ ordered_json EffectJson(const EffectInfo& effect) {
         {"followsTime", (effect.traits & AVBased::kFollowsTime) != 0},
         {"keepsState", (effect.traits & AVBased::kKeepsState) != 0},
         {"drawsRandom", (effect.traits & AVBased::kDrawsRandom) != 0},
+        {"fewFormats", (effect.traits & AVBased::kFewFormats) != 0},
         {"changesAlpha", (effect.traits & AVBased::kChangesAlpha) != 0},
         {"properties", properties},
     };

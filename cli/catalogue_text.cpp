@@ -74,6 +74,7 @@ std::string TraitsText(unsigned traits) {
     if (traits & AVBased::kFollowsTime) add("changes with the time in its span");
     if (traits & AVBased::kKeepsState) add("can let a frame depend on the frames before it");
     if (traits & AVBased::kDrawsRandom) add("draws random numbers");
+    if (traits & AVBased::kFewFormats) add("works in BGRA and YUV420P only");
     if (traits & AVBased::kChangesAlpha) add("changes transparency alone");
     if (text.empty()) add("treats every frame alike, for itself");
     return text;

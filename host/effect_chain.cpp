@@ -91,7 +91,7 @@ EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
     const std::string duration = std::to_string(std::min(durationMs, longest));
     for (const EffectSpec& effect : effects) {
         m_procs.push_back(plugin.MakeVideo(manager, effect.name));
-        if (RequireEffect(effect.name).traits & AVBased::kChangesAlpha) m_changesAlpha = true;
+        m_traits |= RequireEffect(effect.name).traits;
         AVBased::IVideoProc& proc = *m_procs.back();
         SetProperty(proc, AVBased::PROP_NAME_DURATION, duration);
         if (NeedsPictureSize(effect)) {

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "aveffect/catalogue.h"
 #include "host/plugin.h"
 
 namespace aveffect {
@@ -50,12 +51,15 @@ public:
     bool Empty() const noexcept { return m_procs.empty(); }
 
     /// Whether an effect of the chain works on transparency alone.
-    bool ChangesAlpha() const noexcept { return m_changesAlpha; }
+    bool ChangesAlpha() const noexcept { return (m_traits & AVBased::kChangesAlpha) != 0; }
+
+    /// Whether an effect of the chain serves BGRA and YUV420P only.
+    bool ServesFewFormats() const noexcept { return (m_traits & AVBased::kFewFormats) != 0; }
 
 private:
     void SetWaiting(AVBased::IRawVideoFrame& frame);
 
-    bool m_changesAlpha = false;
+    unsigned m_traits = 0; ///< AVBased::EffectTraits of all effects together
     std::vector<VideoProcPtr> m_procs;
     std::vector<std::pair<AVBased::IVideoProc*, EffectSpec>> m_waiting; ///< for the pictures' size
 };

@@ -49,7 +49,8 @@ void PictureStage::LearnFrom(const AVFrame& first) {
         m_working = {0, FormatOf(first), AVCOL_RANGE_UNSPECIFIED};
         return;
     }
-    m_working = ChooseWorkingFormat(m_pixelFormat, first, m_chain.ChangesAlpha());
+    m_working =
+        ChooseWorkingFormat(m_pixelFormat, first, {m_chain.ChangesAlpha(), m_chain.ServesFewFormats()});
     if (m_chain.ChangesAlpha() && !HasAlpha(m_working.format))
         m_reporter.Warn("an effect changes transparency, but " + m_pixelFormat +
                         " has none; try --pixel-format auto, bgra, yuva420p or yuva444p");

@@ -87,13 +87,20 @@ WorkingFormat WithAlpha(const WorkingFormat& format, AVColorRange pictures) {
                   full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG);
 }
 
+WorkingFormat OfFew(const WorkingFormat& format, bool needsAlpha) {
+    if (format.id == AVBased::YUV420P && !needsAlpha) return format;
+    if (format.id == AVBased::YUVJ420P && !needsAlpha) return Served(AVBased::YUV420P, AVCOL_RANGE_MPEG);
+    return Served(AVBased::BGRA, AVCOL_RANGE_UNSPECIFIED);
+}
+
 } // namespace
 
-WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, bool needsAlpha) {
+WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, FormatNeeds needs) {
     const auto own = static_cast<AVPixelFormat>(picture.format);
     if (wanted == "auto") {
         const WorkingFormat nearest = NearestServed(own, picture.color_range);
-        return needsAlpha ? WithAlpha(nearest, picture.color_range) : nearest;
+        if (needs.fewFormats) return OfFew(nearest, needs.alpha);
+        return needs.alpha ? WithAlpha(nearest, picture.color_range) : nearest;
     }
     CheckPixelFormatName(wanted);
     const unsigned id = *mediabridge::FrameFormatByName(wanted);

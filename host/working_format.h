@@ -16,9 +16,15 @@ struct WorkingFormat {
 /// The served format nearest to these pictures; their own when it is served.
 WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range);
 
-/// As NearestServed, with an alpha channel where that is needed, or the one of that name. Throws Error
-/// (Usage) that lists the names.
-WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, bool needsAlpha);
+/// What a chain of effects asks of the format it works in.
+struct FormatNeeds {
+    bool alpha = false;      ///< an alpha channel
+    bool fewFormats = false; ///< BGRA or YUV420P
+};
+
+/// As NearestServed, among those that answer the needs, or the one of that name whatever they are. Throws
+/// Error (Usage) that lists the names.
+WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, FormatNeeds needs);
 
 /// Checks the name alone, before any file is opened. Throws Error (Usage).
 void CheckPixelFormatName(const std::string& wanted);

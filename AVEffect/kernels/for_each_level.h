@@ -14,11 +14,14 @@
 #include "AVEffect/kernels/arithmetic.h"
 #include "AVEffect/kernels/planes.h"
 
+// AVEFFECT_UNROLL stands before loops of a constant number of rounds, up to 16, whose arrays are to live in
+// registers.
 #define AVEFFECT_PRAGMA(text) _Pragma(#text)
 #ifdef __clang__
 #define AVEFFECT_BEGIN_TARGET(features)                                                                      \
     AVEFFECT_PRAGMA(clang attribute push(__attribute__((target(features))), apply_to = function))
 #define AVEFFECT_END_TARGET AVEFFECT_PRAGMA(clang attribute pop)
+#define AVEFFECT_UNROLL AVEFFECT_PRAGMA(unroll)
 #else
 // Vectors wider than the baseline's pass between inlined functions only, so their calling convention does not
 // matter.
@@ -26,6 +29,7 @@
 #define AVEFFECT_BEGIN_TARGET(features)                                                                      \
     AVEFFECT_PRAGMA(GCC push_options) AVEFFECT_PRAGMA(GCC target(features))
 #define AVEFFECT_END_TARGET AVEFFECT_PRAGMA(GCC pop_options)
+#define AVEFFECT_UNROLL AVEFFECT_PRAGMA(GCC unroll 16)
 #endif
 
 #define AVEFFECT_LANE_BYTES 16

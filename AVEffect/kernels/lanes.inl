@@ -193,6 +193,38 @@ AVEFFECT_INLINE U8 ReversePixels(U8 x) {
 #endif
 }
 
+// Units of 1 or 4 bytes of a and b in turns, from the low or the high half.
+template <size_t UnitBytes>
+AVEFFECT_INLINE __m128i Interleave16Low(__m128i a, __m128i b) {
+    return UnitBytes == 4 ? _mm_unpacklo_epi32(a, b) : _mm_unpacklo_epi8(a, b);
+}
+template <size_t UnitBytes>
+AVEFFECT_INLINE __m128i Interleave16High(__m128i a, __m128i b) {
+    return UnitBytes == 4 ? _mm_unpackhi_epi32(a, b) : _mm_unpackhi_epi8(a, b);
+}
+
+// Writes a square of units, 16 bytes wide, with rows and columns exchanged. Each pass interleaves the rows of
+// the upper half with those of the lower, so that after all of them columns stand as rows.
+template <size_t UnitBytes>
+AVEFFECT_INLINE void TransposeSquare(const uint8_t* from, size_t fromPitch, uint8_t* to, size_t toPitch) {
+    constexpr size_t kSide = 16 / UnitBytes;
+    __m128i rows[kSide], mixed[kSide];
+    AVEFFECT_UNROLL
+    for (size_t y = 0; y < kSide; ++y) std::memcpy(&rows[y], from + y * fromPitch, 16);
+    AVEFFECT_UNROLL
+    for (size_t pass = 1; pass < kSide; pass *= 2) {
+        AVEFFECT_UNROLL
+        for (size_t y = 0; y < kSide / 2; ++y) {
+            mixed[2 * y] = Interleave16Low<UnitBytes>(rows[y], rows[y + kSide / 2]);
+            mixed[2 * y + 1] = Interleave16High<UnitBytes>(rows[y], rows[y + kSide / 2]);
+        }
+        AVEFFECT_UNROLL
+        for (size_t y = 0; y < kSide; ++y) rows[y] = mixed[y];
+    }
+    AVEFFECT_UNROLL
+    for (size_t y = 0; y < kSide; ++y) std::memcpy(to + y * toPitch, &rows[y], 16);
+}
+
 AVEFFECT_INLINE bool IsZero(U8 x) {
     uint64_t words[kLanes / 8];
     std::memcpy(words, &x, sizeof x);

@@ -16,6 +16,9 @@ struct ReverseKernels {
     /// stay, so this is not quite a half turn.
     void (*oppositeRgba32)(Plane32 plane) noexcept;
     void (*oppositeComponent)(Plane8 plane) noexcept;
+    /// A half turn of all samples, those in the middle too.
+    void (*halfTurnRgba32)(Plane32 plane) noexcept;
+    void (*halfTurnComponent)(Plane8 plane) noexcept;
 };
 
 /// The fastest kernels for a feature word (see AVBased::CPUFeature); those of the baseline for 0.

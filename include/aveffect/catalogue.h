@@ -2,7 +2,8 @@
 /// The one description of every effect and its properties, for the plug-in and for hosts alike: the factory's
 /// order, the registered properties, listings, manuals and adapters come from it.
 ///
-/// Everything here has internal linkage: each source unit that uses a name or a table has its own copy.
+/// Everything here but effectNameRotate90X has internal linkage: each source unit that uses a name or a table
+/// has its own copy.
 ///
 /// Ranges and neutral values inform people and programs; the plug-in parses and stores any value.
 #include <array>
@@ -36,6 +37,8 @@ constexpr char effectNameTransparency[] = "transparency";
 constexpr char effectNameColorFilter[] = "colorfilter";
 constexpr char effectNameAtomize[] = "atomize";
 constexpr char effectNameAddNoise[] = "addnoise";
+inline constexpr const char* effectNameRotate90X =
+    "EffectNameRotate90X"; // a global pointer, unlike the others
 
 /// The property that every processor has: the length of the effect's span, in the unit of the frames' times.
 constexpr char PROP_NAME_DURATION[] = "duration";
@@ -100,6 +103,7 @@ enum EffectTraits : unsigned {
     kKeepsState = 1u << 1,   ///< a frame can depend on the frames before it
     kDrawsRandom = 1u << 2,  ///< uses the C library's random generator
     kChangesAlpha = 1u << 3, ///< changes alpha alone: pictures without it, or shown without it, stay the same
+    kFewFormats = 1u << 4,   ///< serves BGRA and YUV420P only
 };
 
 struct EffectInfo {
@@ -261,6 +265,17 @@ constexpr PropertyInfo kAddNoiseProperties[] = {
      "", -19, 12},
 };
 
+constexpr PropertyChoice kQuarterTurns[] = {
+    {0, "none", "The picture stays as it is."},
+    {1, "clockwise", "A quarter turn clockwise."},
+    {2, "half", "A half turn, which fills the frame."},
+    {3, "anticlockwise", "A quarter turn anticlockwise."},
+};
+constexpr PropertyInfo kRotate90XProperties[] = {
+    {"Rotate90XDerection", "0", kInt32, ValueKind::Choice, "Direction",
+     "Quarter turns clockwise; other numbers count modulo 4.", "", 0, 3, 0, PixelAxis::None, kQuarterTurns},
+};
+
 // One row an effect, in the order in which the factory tests the names: the class that is made, then the
 // fields of EffectInfo. A new effect adds its row here; its source unit says AVEFFECT_CONSTRUCT_VIDEO or
 // AVEFFECT_CONSTRUCT_AUDIO.
@@ -315,7 +330,11 @@ constexpr PropertyInfo kAddNoiseProperties[] = {
     ROW(CAtomizeVideoImageEffect, effectNameAtomize, EffectKind::Distortion, kKeepsState | kDrawsRandom,     \
         "Atomize", "Scatters samples to the right and downwards.", kAtomizeProperties)                       \
     ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
-        "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties)
+        "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties) \
+    ROW(CRotate90X, effectNameRotate90X, EffectKind::Distortion, kFewFormats, "Quarter turns",               \
+        "Turns the picture; quarter turns are made smaller to fit the frame, with black around them. BGRA "  \
+        "and YUV420P only.",                                                                                 \
+        kRotate90XProperties)
 
 #define AVEFFECT_AUDIO_EFFECTS(ROW)
 

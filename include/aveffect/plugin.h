@@ -15,8 +15,8 @@ namespace AVBased {
 /// What every processor can do.
 class IAVProc {
 public:
-    /// A further interface by name ("IVideoProc", "IAudioProc"), null with an error recorded when there is
-    /// none.
+    /// A further interface by name ("IVideoProc", "IAudioProc", of some "EffectInterfaceNameProp", see
+    /// base_property.h), null with an error recorded when there is none.
     virtual void* GetInterface(const char* name) = 0;
     /// Deletes the processor.
     virtual void Free() = 0;

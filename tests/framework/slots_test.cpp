@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "aveffect/base_media.h"
+#include "aveffect/base_property.h"
 #include "aveffect/base_tools.h"
 #include "aveffect/plugin.h"
 
@@ -110,6 +111,10 @@ class AudioProbe final : public ProcProbe<IAudioProc> {
     SLOT(12, void, ProcFrameInPlace(IRawAudioFrame*))
 };
 
+class PropertyProbe final : public IAVBaseProperty {
+    SLOT(1, bool, GetProp(const char*, int*))
+};
+
 class VideoFrameProbe final : public IRawVideoFrame {
     SLOT(1, unsigned, GetPixelFormat())
     SLOT(2, void, GetDimension(unsigned*, unsigned*))
@@ -196,6 +201,7 @@ TEST(Slots, StandWhereTheContractPutsThem) {
     ExpectSlots<IStrings, StringsProbe>(11);
     ExpectSlots<IVideoProc, VideoProbe>(13);
     ExpectSlots<IAudioProc, AudioProbe>(12);
+    ExpectSlots<IAVBaseProperty, PropertyProbe>(1);
     ExpectSlots<IRawVideoFrame, VideoFrameProbe>(26);
     ExpectSlots<IMVCRawVideoFrame, ViewProbe>(2);
     ExpectSlots<IRawAudioFrame, AudioFrameProbe>(12);

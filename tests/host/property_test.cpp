@@ -100,6 +100,16 @@ TEST(Properties, TransparencyIsKeptOrBlendedOverBlack) {
     EXPECT_EQ(render("picture.png", ""), "rgba");
 }
 
+TEST(Properties, EffectsGetAFormatThatTheyServe) {
+    const clips::TemporaryDirectory directory;
+    const std::string turn = "EffectNameRotate90X:Rotate90XDerection=half";
+    for (const std::string format : {"yuvj420p", "yuvj422p", "yuv444p"}) {
+        const std::string input =
+            clips::Make(directory / (format + ".mkv"), "64x48", 25, 0.04, "-c:v ffv1 -pix_fmt " + format);
+        EXPECT_NO_THROW(clips::Render(input, directory / (format + "_out.mkv"), "ffv1", {turn})) << format;
+    }
+}
+
 TEST(Containers, WhatDoesNotFitIsSaidBeforeAnythingIsWritten) {
     const clips::TemporaryDirectory directory;
     const std::string odd =

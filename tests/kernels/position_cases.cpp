@@ -6,8 +6,10 @@
 #include "AVEffect/kernels/pick.h"
 #include "AVEffect/kernels/remap.h"
 #include "AVEffect/kernels/reverse.h"
+#include "AVEffect/kernels/turn.h"
 #include "AVEffect/scratch.h"
 #include "tests/kernels/case_makers.h"
+#include "tests/support/turned.h"
 
 namespace test {
 
@@ -262,6 +264,53 @@ void AddReverseCases(std::vector<KernelCase>& cases, unsigned features) {
     add("flipComponent", 1, kernels.flipComponent, Exchanged(1, false, true));
     add("oppositeRgba32", 4, kernels.oppositeRgba32, Exchanged(4, true, true));
     add("oppositeComponent", 1, kernels.oppositeComponent, Exchanged(1, true, true));
+    const auto halfTurned = [](const auto& planes) { // the rows turned, then every row
+        Exchanged(1, false, true)(planes);
+        Exchanged(1, true, false)(planes);
+    };
+    const auto halfTurnedPixels = [](const auto& planes) {
+        Exchanged(1, false, true)(planes);
+        Exchanged(4, true, false)(planes);
+    };
+    add("halfTurnComponent", 1, kernels.halfTurnComponent, halfTurned);
+    add("halfTurnRgba32", 4, kernels.halfTurnRgba32, halfTurnedPixels);
+}
+
+void AddTurnCases(std::vector<KernelCase>& cases, unsigned features) {
+    const auto& kernels = AVBased::kernels::SelectTurnKernels(features);
+    const auto scratch = std::make_shared<AVBased::Scratch>();
+    struct Part { // of the plane that the area leaves out on either side, in tenths
+        size_t left, top, right, bottom;
+    };
+    for (const Part part : {Part{3, 0, 3, 0}, {0, 4, 0, 5}, {1, 2, 8, 0}, {0, 0, 0, 0}})
+        for (const bool clockwise : {true, false})
+            for (const size_t unit : {1u, 4u}) {
+                const auto areaOf = [=](const Plane8& plane) {
+                    const size_t width = plane.width / unit, left = width * part.left / 10;
+                    const size_t top = plane.rows * part.top / 10;
+                    return AVBased::kernels::PlaneArea{left, top, width - left - width * part.right / 10,
+                                                       plane.rows - top - plane.rows * part.bottom / 10};
+                };
+                const std::string name = unit == 4 ? "turnRgba32" : "turnComponent";
+                cases.push_back(
+                    {name + (clockwise ? " clockwise " : " anticlockwise ") + std::to_string(part.left), 1,
+                     unit,
+                     [=](const auto& planes) {
+                         const Plane8& plane = planes[0];
+                         if (plane.Empty()) return;
+                         const auto area = areaOf(plane);
+                         uint8_t* memory = scratch->Require(
+                             AVBased::kernels::TurnScratchBytes(plane.width / unit, area.width, unit));
+                         if (unit == 4)
+                             kernels.turnRgba32(Pixels(plane), area, clockwise, 0x04030201, memory);
+                         else
+                             kernels.turnComponent(plane, area, clockwise, 1, memory);
+                     },
+                     [=](const auto& planes) {
+                         if (!planes[0].Empty())
+                             Turned(planes[0], unit, areaOf(planes[0]), clockwise, 0x04030201);
+                     }});
+            }
 }
 
 } // namespace
@@ -271,6 +320,7 @@ void AddPositionCases(std::vector<KernelCase>& cases, unsigned features) {
     AddMirageCases(cases, features);
     AddPickCases(cases, features);
     AddReverseCases(cases, features);
+    AddTurnCases(cases, features);
 }
 
 } // namespace test

@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "aveffect/base_tools.h"
 #include "aveffect/plugin.h"
@@ -41,6 +42,9 @@ inline VideoProc MakeVideo(const std::string& name,
             throw std::runtime_error("no property " + std::string(property));
     return proc;
 }
+
+/// Effects that serve BGRA and YUV420P alone and report every other format.
+inline bool ReportsOtherFormats(std::string_view effect) { return effect == "EffectNameRotate90X"; }
 
 /// One frame through a processor, in place.
 inline void Run(AVBased::IVideoProc& proc, AVBased::IRawVideoFrame& frame, int time = 0) {
