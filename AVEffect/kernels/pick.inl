@@ -5,7 +5,7 @@
 template <size_t Bytes>
 AVEFFECT_INLINE RowPicker<Bytes> PickerOf(Places columns, size_t limit, uint8_t* scratch) {
     RowPicker<Bytes> picker(columns.count, limit, scratch);
-    std::memcpy(picker.columns, columns.of, columns.count * sizeof *columns.of);
+    if (columns.count > 0) std::memcpy(picker.columns, columns.of, columns.count * sizeof *columns.of);
     picker.Prepare();
     return picker;
 }
