@@ -152,39 +152,28 @@ void CMagnifierVideoImageEffect::MagnifierDoubleRGBA32EffectMMX(Plane32 plane, P
     MagnifierDoubleRGBA32Effect(plane, copy);
 }
 
-namespace {
-
-template <class CirclePlane>
-void ForPlanes(const PlanarView& view, const PlanarView& copy, CirclePlane circlePlane) {
-    circlePlane(view.y, copy.y, 0u, 0u);
-    circlePlane(view.u, copy.u, view.horizontalShift, view.verticalShift);
-    circlePlane(view.v, copy.v, view.horizontalShift, view.verticalShift);
+void CMagnifierVideoImageEffect::MagnifyPlanes(PlanarKernel kernel, const PlanarView& view,
+                                               const PlanarView& copy) {
+    assert(view.y.data != NULL);
+    FindPlaces(view.y.width, view.y.rows, false);
+    const auto magnify = [&](Plane8 plane, Plane8 from, unsigned horizontalShift, unsigned verticalShift) {
+        if (plane.Empty()) return;
+        const kernels::Circle& circle = CircleFor(plane.width, plane.rows, horizontalShift, verticalShift);
+        kernel(plane, from, circle, m_Scratch.Require(kernels::CircleScratchBytes(circle.columns.count, 1)));
+    };
+    magnify(view.y, copy.y, 0, 0);
+    magnify(view.u, copy.u, view.horizontalShift, view.verticalShift);
+    magnify(view.v, copy.v, view.horizontalShift, view.verticalShift);
 }
-
-} // namespace
 
 void CMagnifierVideoImageEffect::MagnifierNearestComponentEffect(const PlanarView& view,
                                                                  const PlanarView& copy) {
-    assert(view.y.data != NULL);
-    FindPlaces(view.y.width, view.y.rows, false);
-    ForPlanes(view, copy, [this](Plane8 plane, Plane8 from, unsigned horizontal, unsigned vertical) {
-        if (plane.Empty()) return;
-        const kernels::Circle& circle = CircleFor(plane.width, plane.rows, horizontal, vertical);
-        PickKernels().circleComponent(
-            plane, from, circle, m_Scratch.Require(kernels::CircleScratchBytes(circle.columns.count, 1)));
-    });
+    MagnifyPlanes(PickKernels().circleComponent, view, copy);
 }
 
 void CMagnifierVideoImageEffect::MagnifierDoubleComponentEffect(const PlanarView& view,
                                                                 const PlanarView& copy) {
-    assert(view.y.data != NULL);
-    FindPlaces(view.y.width, view.y.rows, false);
-    ForPlanes(view, copy, [this](Plane8 plane, Plane8 from, unsigned horizontal, unsigned vertical) {
-        if (plane.Empty()) return;
-        const kernels::Circle& circle = CircleFor(plane.width, plane.rows, horizontal, vertical);
-        PickKernels().blendCircleComponent(
-            plane, from, circle, m_Scratch.Require(kernels::CircleScratchBytes(circle.columns.count, 1)));
-    });
+    MagnifyPlanes(PickKernels().blendCircleComponent, view, copy);
 }
 
 void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

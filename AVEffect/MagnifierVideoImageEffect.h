@@ -38,6 +38,8 @@ private:
     void MagnifierNearestComponentEffect(const PlanarView& view, const PlanarView& copy);
     void MagnifierDoubleComponentEffect(const PlanarView& view, const PlanarView& copy);
 
+    using PlanarKernel = decltype(kernels::PickKernels::circleComponent);
+    void MagnifyPlanes(PlanarKernel kernel, const PlanarView& view, const PlanarView& copy);
     bool FitsIn(size_t width, size_t height) const;
     bool Blends() const { return m_dScale > 2.0; }
     void FindPlaces(Axis& axis, int centre, size_t limit, bool skipsFirst) const;
