@@ -73,13 +73,10 @@ constexpr std::pair<std::string_view, const char*> kBusyValues[] = {{"duration",
                                                                     {"atomize_isvertical", "1"},
                                                                     {"atomize_level", "9"},
                                                                     {"mirror", "1"},
-                                                                    {"vertical", "1"}};
+                                                                    {"vertical", "1"},
+                                                                    {"Rotate90XDerection", "1"}};
 
 test::VideoProc MakeBusy(const EffectInfo& effect) {
-    static const std::map<std::string_view, const char*> kValues = {
-        {"duration", "100"},    {"brightness", "10"}, {"saturation", "20"},  {"mosaic_x2", "90"},
-        {"mosaic_y2", "60"},    {"mosaic_step", "3"}, {"emboss_level", "2"}, {"transparency_scale", "50"},
-        {"filter_scope", "60"}, {"mirror", "1"},      {"vertical", "1"},     {"Rotate90XDerection", "1"}};
     test::VideoProc proc = test::MakeVideo(effect.name);
     proc->SetProperty("duration", "100");
     for (const PropertyInfo& property : effect.properties)
