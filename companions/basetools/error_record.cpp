@@ -1,7 +1,7 @@
 /// The error records, one a thread.
-#include <memory>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "aveffect/base_tools.h"
 
@@ -51,13 +51,13 @@ private:
     std::string m_file;
 };
 
-thread_local std::unique_ptr<ErrorRecord> t_record;
+// Part of the thread, so that there is one when memory is short.
+thread_local ErrorRecord t_record;
 
 } // namespace
 
-IBaseException* GetBaseException() {
-    if (!t_record) t_record = std::make_unique<ErrorRecord>();
-    return t_record.get();
-}
+IBaseException* GetBaseException() { return &t_record; }
 
-void ReleaseBaseException() { t_record.reset(); }
+void ReleaseBaseException() {
+    static_cast<void>(std::exchange(t_record, ErrorRecord())); // the old texts go with what comes back
+}
