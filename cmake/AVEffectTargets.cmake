@@ -22,6 +22,10 @@ if(AVEFFECT_SANITIZE)
   target_link_options(aveffect_options INTERFACE -fsanitize=${AVEFFECT_SANITIZE})
 endif()
 
+if(AVEFFECT_FUZZ)
+  target_compile_options(aveffect_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET
   libavformat libavcodec libavfilter libswscale libswresample libavutil)
