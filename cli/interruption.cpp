@@ -23,8 +23,9 @@ void CatchInterruptions() {
     struct sigaction action {};
     // No SA_RESTART: waiting for a pipe that nobody writes to has to end too.
     action.sa_handler = Note;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (const int signal :
+         {SIGINT, SIGTERM, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU, SIGVTALRM, SIGPROF, SIGPOLL})
+        sigaction(signal, &action, nullptr);
 
     struct sigaction old {};
     sigaction(SIGHUP, nullptr, &old);

@@ -1,5 +1,6 @@
 #pragma once
-/// Requests to stop: SIGINT, SIGTERM and SIGHUP.
+/// Requests to stop: the signals that end a program by default and that it can catch, other than those of its
+/// own faults.
 #include <atomic>
 
 namespace aveffect {
