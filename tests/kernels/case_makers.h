@@ -42,4 +42,7 @@ void AddWeightCases(std::vector<KernelCase>& cases, unsigned features);
 /// Kernels that take samples from elsewhere.
 void AddPositionCases(std::vector<KernelCase>& cases, unsigned features);
 
+/// Kernels that combine samples with their neighbours: morphology and relief.
+void AddNeighbourCases(std::vector<KernelCase>& cases, unsigned features);
+
 } // namespace test

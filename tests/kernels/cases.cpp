@@ -119,6 +119,7 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     AddFilterCases(cases, features);
     AddWeightCases(cases, features);
     AddPositionCases(cases, features);
+    AddNeighbourCases(cases, features);
     return cases;
 }
 
