@@ -36,6 +36,8 @@ constexpr char effectNameMirage[] = "mirage";
 constexpr char effectNameTransparency[] = "transparency";
 constexpr char effectNameColorFilter[] = "colorfilter";
 constexpr char effectNameAtomize[] = "atomize";
+constexpr char effectNameDilate[] = "dilate";
+constexpr char effectNameErode[] = "erode";
 constexpr char effectNameAddNoise[] = "addnoise";
 inline constexpr const char* effectNameRotate90X =
     "EffectNameRotate90X"; // a global pointer, unlike the others
@@ -329,6 +331,10 @@ constexpr PropertyInfo kRotate90XProperties[] = {
         "Makes a colour transparent.", kColorFilterProperties)                                               \
     ROW(CAtomizeVideoImageEffect, effectNameAtomize, EffectKind::Distortion, kKeepsState | kDrawsRandom,     \
         "Atomize", "Scatters samples to the right and downwards.", kAtomizeProperties)                       \
+    ROW(CDilateVideoImageEffect, effectNameDilate, EffectKind::Filter, kPlain, "Dilate",                     \
+        "Spreads what is bright by two samples to the right and downwards.", {})                             \
+    ROW(CErodeVideoImageEffect, effectNameErode, EffectKind::Filter, kPlain, "Erode",                        \
+        "Spreads what is dark by two samples to the left and upwards.", {})                                  \
     ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
         "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties) \
     ROW(CRotate90X, effectNameRotate90X, EffectKind::Distortion, kFewFormats, "Quarter turns",               \

@@ -1,0 +1,49 @@
+#include "AVEffect/MorphologyVideoImageEffect.h"
+
+#include <cassert>
+
+#include "AVEffect/factory.h"
+#include "AVEffect/kernels/morphology.h"
+#include "aveffect/base_media.h"
+
+namespace AVBased {
+
+namespace {
+
+const kernels::MorphologyKernels& MorphologyKernels() {
+    return kernels::SelectMorphologyKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+CMorphologyEffect::CMorphologyEffect(const char* name, PackedKernel packed, PlanarKernel planar)
+    : CBasedVideoImageEffect(name)
+    , m_pPacked(packed)
+    , m_pPlanar(planar) {}
+
+void CMorphologyEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const auto filter = [this](auto kernel, const auto& plane, size_t widthBytes) {
+        if (plane.Empty()) return;
+        assert(plane.data != NULL);
+        kernel(plane, m_Scratch.Require(kernels::MorphologyScratchBytes(widthBytes)));
+    };
+    ForFormat(
+        pFrame, [&](Plane32 plane) { filter(m_pPacked, plane, plane.width * 4); },
+        [&](const PlanarView& view) {
+            for (const Plane8& plane : {view.y, view.u, view.v}) filter(m_pPlanar, plane, plane.width);
+        });
+}
+
+CDilateVideoImageEffect::CDilateVideoImageEffect()
+    : CMorphologyEffect(effectNameDilate, MorphologyKernels().dilateRgba32,
+                        MorphologyKernels().dilateComponent) {}
+
+CErodeVideoImageEffect::CErodeVideoImageEffect()
+    : CMorphologyEffect(effectNameErode, MorphologyKernels().erodeRgba32,
+                        MorphologyKernels().erodeComponent) {}
+
+AVEFFECT_CONSTRUCT_VIDEO(CDilateVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CErodeVideoImageEffect)
+
+} // namespace AVBased
