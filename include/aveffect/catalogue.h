@@ -38,6 +38,7 @@ constexpr char effectNameColorFilter[] = "colorfilter";
 constexpr char effectNameAtomize[] = "atomize";
 constexpr char effectNameDilate[] = "dilate";
 constexpr char effectNameErode[] = "erode";
+constexpr char effectNameRelief[] = "relief";
 constexpr char effectNameAddNoise[] = "addnoise";
 inline constexpr const char* effectNameRotate90X =
     "EffectNameRotate90X"; // a global pointer, unlike the others
@@ -260,6 +261,10 @@ constexpr PropertyInfo kColorFilterProperties[] = {
      "", 0, 255},
     {"filter_color", "0", kInt32, ValueKind::Colour, "Colour", "What becomes transparent.", "", 0, 0xFFFFFF},
 };
+constexpr PropertyInfo kReliefProperties[] = {
+    {"relief_angle", "40", kInt32, ValueKind::Number, "Light",
+     "Where the light comes from: 0 the right, 90 above, 180 the left.", "degrees", -360, 360},
+};
 constexpr PropertyInfo kAddNoiseProperties[] = {
     {"addnoise_level", "2", kInt32, ValueKind::Number, "Level",
      "Grain is a 31-bit random number shifted right by 12 less the level. Only levels of -8 and below give "
@@ -335,6 +340,8 @@ constexpr PropertyInfo kRotate90XProperties[] = {
         "Spreads what is bright by two samples to the right and downwards.", {})                             \
     ROW(CErodeVideoImageEffect, effectNameErode, EffectKind::Filter, kPlain, "Erode",                        \
         "Spreads what is dark by two samples to the left and upwards.", {})                                  \
+    ROW(CReliefVideoImageEffect, effectNameRelief, EffectKind::Filter, kPlain, "Relief",                     \
+        "Lights the picture from a side, so that it looks raised.", kReliefProperties)                       \
     ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
         "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties) \
     ROW(CRotate90X, effectNameRotate90X, EffectKind::Distortion, kFewFormats, "Quarter turns",               \

@@ -90,6 +90,7 @@ TEST(Factory, TheCatalogueIsWhatTheContractLists) {
                               {"transparency", "transparency_scale", "0", 3},
                               {"colorfilter", "filter_scope", "0", 3},
                               {"colorfilter", "filter_color", "0", 3},
+                              {"relief", "relief_angle", "40", 3},
                               {"addnoise", "addnoise_level", "2", 3},
                               {"EffectNameRotate90X", "Rotate90XDerection", "0", 3}}) {
         int type = -1;

@@ -1,4 +1,4 @@
-// Dilate and erode.
+// Dilate, erode and relief.
 #include "tests/support/neighbours.h"
 
 #include "tests/support/effect_cases.h"
@@ -35,6 +35,28 @@ TEST(Morphology, TakesExtremesOfBlocksThatEndOrBeginAtTheSample) {
                 EXPECT_EQ(plane.At(x, y), white ? 255 : 0) << x << ", " << y;
             }
     }
+}
+
+TEST(Relief, WeighsNeighboursByTheLightsAngle) {
+    const int16_t at40[] = {22, -164, -255, 196, 256, -196, 255, 164, -22};
+    const int16_t at45[] = {0, -181, -256, 181, 256, -181, 256, 181, 0};
+    const int16_t at0[] = {181, 0, -181, 256, 256, -256, 181, 0, -181};
+    const int16_t below[] = {181, 256, 181, 0, 256, 0, -181, -256, -181};
+    ExpectChanges({"relief"}, [&](auto plane, size_t step) { test::Relief(plane, step, at40); });
+    for (const auto& [angle, weights] :
+         {std::pair{"40", at40}, {"45", at45}, {"405", at45}, {"0", at0}, {"-90", below}, {"630", below}})
+        // Other properties leave the weights as they are.
+        ExpectChanges({"relief", {{"relief_angle", angle}, {"duration", "7"}}},
+                      [&, of = weights](auto plane, size_t step) { test::Relief(plane, step, of); });
+}
+
+// What is flat loses the fractions of the negative terms, and at the border what is not there.
+TEST(Relief, FlatPictureByHand) {
+    auto frame = test::MakeFrame({YUV420P, 3, 3});
+    test::FillPitch(frame->planes[0], 100);
+    test::Run(*test::MakeVideo("relief"), *frame);
+    // 100 * weight >> 8 row by row: 8 -65 -100, 76 100 -77, 99 64 -9.
+    EXPECT_EQ(frame->planes[0].bytes, (std::vector<unsigned char>{78, 253, 255, 0, 96, 255, 0, 0, 119}));
 }
 
 } // namespace
