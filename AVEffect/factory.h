@@ -44,6 +44,12 @@ Proc* ConstructByName(std::span<const FactoryRow<Proc>> rows, IAVManager* manage
     IVideoProc* ConstructVideo<Class>(IAVManager*, const std::string&) {                                     \
         return new Class;                                                                                    \
     }
+/// The same for a class that takes the manager and the name.
+#define AVEFFECT_CONSTRUCT_TRANSITION(Class)                                                                 \
+    template <>                                                                                              \
+    IVideoProc* ConstructVideo<Class>(IAVManager * manager, const std::string& name) {                       \
+        return new Class(manager, name);                                                                     \
+    }
 #define AVEFFECT_CONSTRUCT_AUDIO(Class)                                                                      \
     template <>                                                                                              \
     IAudioProc* ConstructAudio<Class>(IAVManager*, const std::string&) {                                     \

@@ -2,8 +2,8 @@
 /// The one description of every effect and its properties, for the plug-in and for hosts alike: the factory's
 /// order, the registered properties, listings, manuals and adapters come from it.
 ///
-/// Everything here but effectNameRotate90X has internal linkage: each source unit that uses a name or a table
-/// has its own copy.
+/// Everything here but the names of quarter turns and transitions has internal linkage: each source unit that
+/// uses a name or a table has its own copy.
 ///
 /// Ranges and neutral values inform people and programs; the plug-in parses and stores any value.
 #include <array>
@@ -40,8 +40,18 @@ constexpr char effectNameDilate[] = "dilate";
 constexpr char effectNameErode[] = "erode";
 constexpr char effectNameRelief[] = "relief";
 constexpr char effectNameAddNoise[] = "addnoise";
-inline constexpr const char* effectNameRotate90X =
-    "EffectNameRotate90X"; // a global pointer, unlike the others
+// Global pointers, unlike the others.
+inline constexpr const char* effectNameMkClock = "EffectNameMkClock";
+inline constexpr const char* effectNameMkTurn = "EffectNameMkTurn";
+inline constexpr const char* effectNameMkFade = "EffectNameMkFade";
+inline constexpr const char* effectNameMkCloseDoor = "EffectNameMkCloseDoor";
+inline constexpr const char* effectNameMkRoll = "EffectNameMkRoll";
+inline constexpr const char* effectNameMkBrokenBox = "EffectNameMkBrokenBox";
+inline constexpr const char* effectNameMkShutter = "EffectNameMkShutter";
+inline constexpr const char* effectNameMkLeftRightMove = "EffectNameMkLeftRightMove";
+inline constexpr const char* effectNameRotate90X = "EffectNameRotate90X";
+// What all transitions share; no factory makes it.
+inline constexpr const char* effectNameMkBaseTransition = "EffectNameMkBaseTransition";
 
 /// The property that every processor has: the length of the effect's span, in the unit of the frames' times.
 constexpr char PROP_NAME_DURATION[] = "duration";
@@ -283,6 +293,18 @@ constexpr PropertyInfo kRotate90XProperties[] = {
      "Quarter turns clockwise; other numbers count modulo 4.", "", 0, 3, 0, PixelAxis::None, kQuarterTurns},
 };
 
+constexpr PropertyInfo kTransitionProperties[] = {
+    {"EffectPropSourceDur", "0", kInt32, ValueKind::Number, "End", "Time at which the transition ends.", "ms",
+     0, 2147483647},
+    {"EffectPropVFPath1", "", kText, ValueKind::Path, "From",
+     "File of the picture that goes, read once. The path may end in ?vstreamid=N, which selects a stream.",
+     "", 0, 0},
+    {"EffectPropVFPath2", "", kText, ValueKind::Path, "To", "File of the picture that comes, read once.", "",
+     0, 0},
+    {"EffectPropStartTime", "", kInt32, ValueKind::Number, "Begin",
+     "Time at which the transition begins; empty is 0.", "ms", 0, 2147483647},
+};
+
 // One row an effect, in the order in which the factory tests the names: the class that is made, then the
 // fields of EffectInfo. A new effect adds its row here; its source unit says AVEFFECT_CONSTRUCT_VIDEO or
 // AVEFFECT_CONSTRUCT_AUDIO.
@@ -344,6 +366,26 @@ constexpr PropertyInfo kRotate90XProperties[] = {
         "Lights the picture from a side, so that it looks raised.", kReliefProperties)                       \
     ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
         "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties) \
+    ROW(CMkClockEffect, effectNameMkClock, EffectKind::Transition, kFollowsTime | kKeepsState, "Clock",      \
+        "A clock's hand sweeps the second picture in, from twelve to twelve.", kTransitionProperties)        \
+    ROW(CMkTurnEffect, effectNameMkTurn, EffectKind::Transition, kFollowsTime | kKeepsState, "Turn over",    \
+        "The picture turns over about its middle row and shows the second one.", kTransitionProperties)      \
+    ROW(CMkFadeEffect, effectNameMkFade, EffectKind::Transition, kFollowsTime | kKeepsState, "Cross-fade",   \
+        "The second picture shows through the first more and more. Alpha stays the frame's.",                \
+        kTransitionProperties)                                                                               \
+    ROW(CMkCloseDoorEffect, effectNameMkCloseDoor, EffectKind::Transition, kFollowsTime | kKeepsState,       \
+        "Close door", "The second picture closes in from both sides.", kTransitionProperties)                \
+    ROW(CMkRollEffect, effectNameMkRoll, EffectKind::Transition, kFollowsTime | kKeepsState, "Roll",         \
+        "The first picture is rolled up from the left and leaves a bright roll at the right.",               \
+        kTransitionProperties)                                                                               \
+    ROW(CMkBrokenBoxEffect, effectNameMkBrokenBox, EffectKind::Transition, kFollowsTime | kKeepsState,       \
+        "Broken boxes", "Staggered boxes of the second picture shrink until it shows whole.",                \
+        kTransitionProperties)                                                                               \
+    ROW(CMkShutterEffect, effectNameMkShutter, EffectKind::Transition, kFollowsTime | kKeepsState,           \
+        "Shutter", "Upright slats of the second picture close over the first.", kTransitionProperties)       \
+    ROW(CMkLeftRightMoveEffect, effectNameMkLeftRightMove, EffectKind::Transition,                           \
+        kFollowsTime | kKeepsState, "Push", "The second picture pushes the first one out to the left.",      \
+        kTransitionProperties)                                                                               \
     ROW(CRotate90X, effectNameRotate90X, EffectKind::Distortion, kFewFormats, "Quarter turns",               \
         "Turns the picture; quarter turns are made smaller to fit the frame, with black around them. BGRA "  \
         "and YUV420P only.",                                                                                 \

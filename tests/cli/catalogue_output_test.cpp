@@ -43,7 +43,9 @@ void ExpectProperty(const json& property, const AVBased::PropertyInfo& info) {
     ExpectNumber(property["minimum"], info.minimum);
     ExpectNumber(property["maximum"], info.maximum);
     ExpectNumber(property["neutral"], info.neutral);
-    if (info.kind == AVBased::ValueKind::Number) {
+    if (info.kind == AVBased::ValueKind::Number && !*info.defaultText) {
+        EXPECT_EQ(property["default"], "");
+    } else if (info.kind == AVBased::ValueKind::Number) {
         EXPECT_EQ(property["default"].get<double>(), std::stod(info.defaultText));
     }
 }

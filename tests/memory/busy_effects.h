@@ -7,6 +7,7 @@
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "aveffect/catalogue.h"
 #include "tests/memory/allocation_count.h"
+#include "tests/support/picture_manager.h"
 #include "tests/support/plugin.h"
 
 namespace test {
@@ -24,8 +25,8 @@ public:
 
 class Picture {
 public:
-    explicit Picture(unsigned format)
-        : m_Frame(false, format, 96, 64, true)
+    explicit Picture(unsigned format, unsigned width = 96, unsigned height = 64)
+        : m_Frame(false, format, width, height, true)
         , m_Pixels(m_Frame.GetRequireSize()) {
         unsigned char* place = m_Pixels.data();
         for (unsigned i = 0; i < m_Frame.GetBufferCount(); ++i) {
@@ -81,9 +82,25 @@ inline constexpr std::pair<std::string_view, const char*> kBusyValues[] = {
     {"atomize_ishorizontal", "1"},
     {"atomize_isvertical", "1"},
     {"atomize_level", "9"},
+    {"EffectPropSourceDur", "100"},
+    {"EffectPropVFPath1", "first"},
+    {"EffectPropVFPath2", "second"},
     {"mirror", "1"},
     {"vertical", "1"},
     {"Rotate90XDerection", "1"}};
+
+/// The pictures that transitions read: one of the frames' size, one that is fitted.
+inline AVBased::IAVManager* Manager() {
+    struct Sources {
+        Picture first{AVBased::BGRA}, second{AVBased::YUV420P, 40, 50};
+        PictureManager manager;
+
+        Sources() { manager.sources = {{"first", {&first.Frame()}}, {"second", {&second.Frame()}}}; }
+    };
+    thread_local Sources sources;
+    sources.manager.opened.clear();
+    return &sources.manager;
+}
 
 /// What a processor may refuse for want of memory is left out.
 inline void SetBusy(AVBased::IVideoProc& proc, const AVBased::EffectInfo& effect) {
@@ -94,7 +111,7 @@ inline void SetBusy(AVBased::IVideoProc& proc, const AVBased::EffectInfo& effect
 }
 
 inline VideoProc MakeBusy(const AVBased::EffectInfo& effect) {
-    VideoProc proc = MakeVideo(effect.name);
+    VideoProc proc = MakeVideo(effect.name, {}, Manager());
     SetBusy(*proc, effect);
     return proc;
 }

@@ -20,9 +20,10 @@ struct Outcome {
 Outcome Live(const EffectInfo& effect, test::Picture& picture, size_t blocks) {
     Outcome outcome;
     ImagePostion position{};
+    IAVManager* const manager = test::Manager();
     ReleaseBaseException();
     test::FailAllocationAfter(blocks);
-    if (IVideoProc* const proc = test::CreateVideo(effect.name)) {
+    if (IVideoProc* const proc = test::CreateVideo(effect.name, manager)) {
         outcome.made = true;
         test::SetBusy(*proc, effect);
         proc->ProcFrameInPlace(&position, 50, &picture.Frame());

@@ -34,8 +34,9 @@ inline AVBased::IAudioProc* CreateAudio(const char* name, AVBased::IAVManager* m
 
 /// A processor with properties set.
 inline VideoProc MakeVideo(const std::string& name,
-                           std::initializer_list<std::pair<const char*, const char*>> properties = {}) {
-    VideoProc proc(CreateVideo(name.c_str()));
+                           std::initializer_list<std::pair<const char*, const char*>> properties = {},
+                           AVBased::IAVManager* manager = nullptr) {
+    VideoProc proc(CreateVideo(name.c_str(), manager));
     if (!proc) throw std::runtime_error("no effect " + name);
     for (const auto& [property, value] : properties)
         if (!proc->SetProperty(property, value))

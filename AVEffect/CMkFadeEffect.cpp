@@ -1,0 +1,22 @@
+#include "AVEffect/CMkFadeEffect.h"
+
+#include "AVEffect/factory.h"
+#include "AVEffect/kernels/transition.h"
+#include "aveffect/base_media.h"
+
+namespace AVBased {
+
+bool CMkFadeEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second,
+                                   int time) {
+    return DrawFromStart(out, first, second, time, [&](const Canvas& canvas) {
+        const auto pixels = [&](const Plane8& plane) {
+            return Plane32{plane.data, canvas.width, plane.pitch, canvas.height};
+        };
+        kernels::SelectTransitionKernels(AVBasedGetCPUFeatures())
+            .crossFadeRgba32(pixels(canvas.out), pixels(canvas.first), pixels(canvas.second), Progress(time));
+    });
+}
+
+AVEFFECT_CONSTRUCT_TRANSITION(CMkFadeEffect)
+
+} // namespace AVBased

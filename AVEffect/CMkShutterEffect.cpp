@@ -1,0 +1,84 @@
+#include "AVEffect/CMkShutterEffect.h"
+
+#include <algorithm>
+#include <array>
+
+#include "AVEffect/factory.h"
+
+namespace AVBased {
+
+namespace {
+
+// Runs of a row, from the left. A twentieth of a row, cut to whole pixels, is at least a 39th, so there are
+// no more than 20 slats and a solid end.
+struct Slats {
+    std::array<Run, 24> runs;
+    size_t count = 0;
+
+    void Add(Run run) { runs[count++] = run; }
+};
+
+// The slats at first come from the end of the second picture's row, as its pitch has it, and so not from
+// where they stand; the last one comes from the row below.
+Slats OpenSlats(const Canvas& canvas, size_t slat, size_t shown) {
+    const size_t pitch = canvas.second.pitch;
+    const size_t limit = pitch == canvas.out.pitch ? pitch : canvas.RowBytes();
+    Slats slats;
+    for (size_t x = 0; x <= shown; x += 2 * slat) {
+        const size_t from = pitch - (shown - x) * 4;
+        const size_t bytes = (std::min(x + slat, canvas.width) - x) * 4;
+        const size_t there = from >= pitch ? bytes : std::max(from, limit) - from;
+        slats.Add({x * 4, x * 4 + std::min(bytes, there), from});
+    }
+    return slats;
+}
+
+// From the half on they stand where they belong, and the row fills from the right.
+Slats ClosedSlats(const Canvas& canvas, size_t slat, size_t solid) {
+    const size_t begin = canvas.width - solid, next = begin + 1;
+    Slats slats;
+    for (size_t x = next % (2 * slat); x + 2 * slat <= next; x += 2 * slat)
+        slats.Add({x * 4, (x + slat) * 4, x * 4});
+    slats.Add({begin * 4, canvas.RowBytes(), begin * 4});
+    return slats;
+}
+
+} // namespace
+
+void CMkShutterEffect::Draw(const Canvas& canvas, int time) const {
+    const Layers layers(canvas, canvas.first, canvas.second);
+    const auto draw = [&](const Slats& slats, size_t beginRow, size_t endRow) {
+        for (size_t y = beginRow; y < endRow; ++y) layers.Row(y, {slats.runs.data(), slats.count});
+    };
+    const size_t width = canvas.width, height = canvas.height, slat = width / 20;
+    layers.Rest(height);
+    if (time >= EndTime() || (slat == 0 && Progress(time) >= 0.5)) {
+        draw(ClosedSlats(canvas, 1, width), 0, height);
+        return;
+    }
+    if (slat == 0) {
+        layers.Plain(0, height);
+        return;
+    }
+    const double twice = 2.0 * static_cast<double>(width);
+    const auto place = static_cast<size_t>(std::clamp(Since(time) * (twice / Since(EndTime())), 0.0, twice));
+    const size_t whole = place - place % (2 * slat);
+    if (whole >= width) {
+        draw(ClosedSlats(canvas, slat, whole - width), 0, height);
+        return;
+    }
+    Slats slats = OpenSlats(canvas, slat, whole);
+    draw(slats, 0, height - 1);
+    const bool hasRowBelow = canvas.second.rows > height;
+    if (!hasRowBelow) --slats.count;
+    draw(slats, height - 1, height);
+}
+
+bool CMkShutterEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second,
+                                      int time) {
+    return DrawFromStart(out, first, second, time, [&](const Canvas& canvas) { Draw(canvas, time); });
+}
+
+AVEFFECT_CONSTRUCT_TRANSITION(CMkShutterEffect)
+
+} // namespace AVBased

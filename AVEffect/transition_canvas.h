@@ -1,0 +1,60 @@
+#pragma once
+/// How transitions draw: rows put together from the rows of two pictures.
+#include <cstddef>
+#include <span>
+
+#include "AVEffect/frame_planes.h"
+
+namespace AVBased {
+
+/// Three BGRA frames, their rows as bytes. Each holds at least the output's picture.
+struct Canvas {
+    Plane8 out, first, second;
+    size_t width, height; ///< of the output, in pixels
+
+    bool Empty() const { return width == 0 || height == 0; }
+    size_t RowBytes() const { return width * 4; }
+};
+
+/// Throws CBaseException 10021003 when one is null, and 10021008 when the pictures are not of the output's
+/// size. An output of another format fails an assertion.
+Canvas MakeCanvas(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second);
+
+/// Copies as many rows and bytes a row as both planes have.
+void CopyRows(const Plane8& to, const Plane8& from);
+
+/// Copies a whole picture: as it stands in memory, padding included, when the pitches are equal.
+void CopyPicture(const Plane8& to, const Plane8& from);
+
+/// Bytes of a row that come from the other picture.
+struct Run {
+    size_t begin, end; ///< in the row that is drawn
+    size_t from;       ///< in the other picture's row
+};
+
+/// Rows of one picture with runs of another over them. Each byte is written once.
+class Layers {
+public:
+    Layers(const Canvas& canvas, const Plane8& under, const Plane8& over);
+
+    /// So many bytes of the other picture, or as many of them as lie in both rows: up to the pitch when it is
+    /// that of the output, else in the picture.
+    Run Within(size_t begin, size_t from, size_t bytes) const;
+
+    /// Rows as in the picture below.
+    void Plain(size_t beginRow, size_t endRow) const;
+    /// Runs follow each other from the left without overlapping; empty ones do no harm.
+    void Row(size_t y, std::span<const Run> runs) const;
+    /// Every other stretch of that many bytes from the other picture, from begin to the end of the picture.
+    void Stripes(size_t y, size_t begin, size_t bytes) const;
+    /// What frames hold below the picture that their size tells of.
+    void Rest(size_t beginRow) const { Plain(beginRow, m_nRows); }
+
+private:
+    Plane8 m_Out, m_Under, m_Over;
+    size_t m_nUnderBytes, m_nOverBytes; // of a row: the pitch when it is the output's, else the picture
+    size_t m_nPictureBytes;
+    size_t m_nRows;
+};
+
+} // namespace AVBased
