@@ -1,6 +1,7 @@
 #pragma once
 /// The first picture is rolled up from the left; its edge is a bright roll.
 #include "AVEffect/MKBaseTransitionEffect.h"
+#include "AVEffect/kernels/transition.h"
 #include "AVEffect/scratch.h"
 
 namespace AVBased {
@@ -12,9 +13,11 @@ public:
                         int time) override;
 
 private:
+    kernels::ColumnGains Gains(size_t width);
     void Roll(const Canvas& canvas, size_t shift);
 
     Scratch m_Gains;
+    size_t m_nGainsWidth = 0; // of the frame that they were made for
 };
 
 } // namespace AVBased

@@ -1,11 +1,14 @@
 // Each effect through the loaded plug-in, in place and on a copy, with the settings that make it work
 // hardest.
+#include <algorithm>
 #include <map>
+#include <span>
 
 #include "BaseTools/block_pool.h"
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "aveffect/catalogue.h"
 #include "bench/copy_time.h"
+#include "tests/support/picture_manager.h"
 #include "tests/support/plugin.h"
 
 namespace bench {
@@ -46,6 +49,15 @@ Settings Magnifier(const std::string& name, const char* scale) {
     return Circle(name, "magnifier_r", "magnifier_x", "magnifier_y", "magnifier_scale", scale);
 }
 
+// Of what transitions read: two pictures as large as the frame.
+constexpr char kFirst[] = "first";
+constexpr char kSecond[] = "second";
+
+Settings Transition(const std::string& name, const char* end) {
+    return {name,
+            {{"EffectPropSourceDur", end}, {"EffectPropVFPath1", kFirst}, {"EffectPropVFPath2", kSecond}}};
+}
+
 // Effects that do nothing, or too little, with their defaults.
 std::vector<Settings> SettingsOf(const std::string& effect) {
     static const std::map<std::string, std::vector<Settings>> kSettings = {
@@ -75,6 +87,7 @@ std::vector<Settings> SettingsOf(const std::string& effect) {
         {"EffectNameRotate90X",
          {{" quarter", {{"Rotate90XDerection", "1"}}}, {" half", {{"Rotate90XDerection", "2"}}}}},
     };
+    if (effect.starts_with("EffectNameMk")) return {Transition(" 1/4", "200"), Transition(" 5/7", "70")};
     const auto found = kSettings.find(effect);
     return found == kSettings.end() ? std::vector<Settings>{{}} : found->second;
 }
@@ -101,6 +114,7 @@ public:
     }
     AVBased::IRawVideoFrame& Frame() { return m_frame; }
     size_t Bytes() const { return m_frame.GetRequireSize(); }
+    std::span<unsigned char> Pixels() { return {m_memory.get(), Bytes()}; }
 
 private:
     AVBased::CRawVideoFrame m_frame;
@@ -112,8 +126,9 @@ constexpr int kTime = 50;
 
 enum class Way { InPlace, OnCopy, FirstFrame };
 
-test::VideoProc MakeProc(const std::string& effect, const Settings& settings, const Picture& picture) {
-    test::VideoProc proc = test::MakeVideo(effect);
+test::VideoProc MakeProc(const std::string& effect, const Settings& settings, const Picture& picture,
+                         AVBased::IAVManager& manager) {
+    test::VideoProc proc = test::MakeVideo(effect, {}, &manager);
     for (const auto& [name, value] : settings.properties) {
         const unsigned size = value == kWidth        ? picture.width
                               : value == kHeight     ? picture.height
@@ -128,8 +143,12 @@ test::VideoProc MakeProc(const std::string& effect, const Settings& settings, co
 void RunEffect(benchmark::State& state, const std::string& effect, const Settings& settings,
                const Picture& picture, Way way) {
     const BaseTool::BlockKeeper keeper; // the frames, and so their clones, are this program's
-    test::VideoProc proc = MakeProc(effect, settings, picture);
-    BenchFrame frame(picture);
+    const Picture still = {AVBased::BGRA, "", picture.width, picture.height};
+    BenchFrame first(still), second(still), frame(picture);
+    std::ranges::reverse(second.Pixels()); // two pictures that differ
+    test::PictureManager manager;
+    manager.sources = {{kFirst, {&first.Frame()}}, {kSecond, {&second.Frame()}}};
+    test::VideoProc proc = MakeProc(effect, settings, picture, manager);
     AVBased::ImagePostion position{};
     const auto run = [&] {
         if (way == Way::OnCopy)
@@ -138,7 +157,7 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
             proc->ProcFrameInPlace(&position, kTime, &frame.Frame());
     };
     std::function<void()> prepare;
-    if (way == Way::FirstFrame) prepare = [&] { proc = MakeProc(effect, settings, picture); };
+    if (way == Way::FirstFrame) prepare = [&] { proc = MakeProc(effect, settings, picture, manager); };
     TimeAgainstCopy(state, frame.Bytes(), run, prepare);
 }
 

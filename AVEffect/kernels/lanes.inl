@@ -11,6 +11,7 @@ typedef uint16_t U16 __attribute__((vector_size(kLanes)));
 typedef int16_t I16 __attribute__((vector_size(kLanes)));
 typedef uint32_t U32 __attribute__((vector_size(kLanes)));
 typedef int32_t I32 __attribute__((vector_size(kLanes)));
+typedef double F64 __attribute__((vector_size(kLanes)));
 
 #undef AVEFFECT_OP
 #if AVEFFECT_LANE_BYTES == 16
@@ -145,6 +146,34 @@ AVEFFECT_INLINE U8 PickPixels(U8 pixels, U32 indices) {
 #endif
 }
 #endif
+
+// As many bytes as there are doubles in a register.
+AVEFFECT_INLINE F64 LoadDoubles(const uint8_t* from) {
+#if AVEFFECT_LANE_BYTES == 64
+    return (F64)_mm512_maskz_cvtepi32_pd(0xFF, _mm256_cvtepu8_epi32(_mm_loadl_epi64((const __m128i*)from)));
+#else
+    uint32_t bytes = 0;
+    std::memcpy(&bytes, from, kLanes / 8);
+    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(bytes)), _mm_setzero_si128());
+    return (F64)AVEFFECT_OP(cvtepi32_pd)(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
+#endif
+}
+// Cut to whole numbers and limited to bytes.
+AVEFFECT_INLINE void StoreCut(uint8_t* to, F64 values) {
+#if AVEFFECT_LANE_BYTES == 64
+    values = (F64)_mm512_maskz_max_pd(0xFF, (__m512d)values, (__m512d)F64{});
+    values = (F64)_mm512_maskz_min_pd(0xFF, (__m512d)values, (__m512d)(F64{} + 255));
+    const __m256i whole = _mm512_maskz_cvttpd_epi32(0xFF, (__m512d)values);
+    _mm_storel_epi64((__m128i*)to, _mm256_maskz_cvtepi32_epi8(0xFF, whole));
+#else
+    // Beyond a byte, but not beyond what the conversions can take.
+    values = (F64)AVEFFECT_OP(max_pd)(values, F64{} - 1);
+    values = (F64)AVEFFECT_OP(min_pd)(values, F64{} + 256);
+    const __m128i words = _mm_packs_epi32(AVEFFECT_OP(cvttpd_epi32)(values), _mm_setzero_si128());
+    const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(to, &bytes, kLanes / 8);
+#endif
+}
 
 #ifdef AVEFFECT_HAS_TABLES
 // A table of 256 bytes, looked up for every byte at once.

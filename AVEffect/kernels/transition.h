@@ -4,16 +4,22 @@
 
 namespace AVBased::kernels {
 
-/// One level's kernels. All planes of a call have one width and as many rows.
+/// How much brighter the pixels of each column become. Every number stands in both halves of its word, so
+/// that one register of words serves all bytes of as many pixels.
+struct ColumnGains {
+    const uint32_t* whole;    ///< below 128
+    const uint32_t* fraction; ///< 65536ths
+};
+
+/// One level's kernels. All planes of a call have one width and as many rows; those that are read do not
+/// overlap the one that is drawn.
 struct TransitionKernels {
     /// B, G and R become first * (1 - progress) + second * progress in double precision, each product and the
-    /// sum rounded, the sum cut to a whole number and limited to 0..255; A stays. Any progress that is a
-    /// number.
+    /// sum rounded, the sum cut to a whole number and limited to 0..255; A stays. Any finite progress.
     void (*crossFadeRgba32)(Plane32 out, Plane32 first, Plane32 second, double progress) noexcept;
-    /// B, G and R of a row's i-th pixel become those of the picture's pixel that is i-th from the row's end,
-    /// times gains[i] in double precision, cut to whole numbers and limited to 255; A stays. Gains of 0 to
-    /// 8000000.
-    void (*mirrorRgba32)(Plane32 out, Plane32 picture, const double* gains) noexcept;
+    /// B, G and R of a row's i-th pixel become c * whole + (c * fraction >> 16), limited to 255, of the i-th
+    /// pixel from the end of the picture's row; A stays.
+    void (*mirrorRgba32)(Plane32 out, Plane32 picture, ColumnGains gains) noexcept;
 };
 
 /// The fastest kernels for a feature word (see AVBased::CPUFeature); those of the baseline for 0.

@@ -44,5 +44,8 @@ void AddPositionCases(std::vector<KernelCase>& cases, unsigned features);
 
 /// Kernels that combine samples with their neighbours: morphology and relief.
 void AddNeighbourCases(std::vector<KernelCase>& cases, unsigned features);
+/// Kernels of the transitions, and the cross-fade's definition.
+void AddTransitionCases(std::vector<KernelCase>& cases, unsigned features);
+uint8_t CrossFaded(int a, int b, double progress);
 
 } // namespace test

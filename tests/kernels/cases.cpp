@@ -120,6 +120,7 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     AddWeightCases(cases, features);
     AddPositionCases(cases, features);
     AddNeighbourCases(cases, features);
+    AddTransitionCases(cases, features);
     return cases;
 }
 
