@@ -4,6 +4,9 @@
 #include <thread>
 
 #include "BaseTools/block_pool.h"
+#include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
+#include "aveffect/base_media.h"
+#include "aveffect/catalogue.h"
 #include "tests/memory/allocation_count.h"
 #include "tests/memory/busy_effects.h"
 
@@ -18,7 +21,7 @@ TEST(SteadyState, NothingIsAllocatedAfterTheFirstFrame) {
     for (const EffectInfo& effect : kVideoEffects)
         for (const unsigned format : {BGRA, YUV420P, YUVA444P}) {
             if (format == YUVA444P && test::ReportsOtherFormats(effect.name)) continue;
-            if (format != BGRA && effect.kind == EffectKind::Transition) continue; // converters allocate
+            if (format != BGRA && effect.kind == EffectKind::Transition) continue; // see below
             const test::VideoProc proc = MakeBusy(effect);
             Picture picture(format);
             ImagePostion position{};
@@ -31,6 +34,34 @@ TEST(SteadyState, NothingIsAllocatedAfterTheFirstFrame) {
             for (int i = 0; i < 3; ++i) frame();
             EXPECT_EQ(test::Allocations(), before) << effect.name << ", format " << format;
         }
+}
+
+TEST(SteadyState, TransitionsInOtherFormatsAllocateTwoConversions) {
+    const BaseTool::BlockKeeper keeper;
+    for (const unsigned format : {YUV420P, YUVA444P}) {
+        Picture picture(format);
+        const auto allocationsOf = [](const auto& frame) {
+            frame();
+            const size_t before = test::Allocations();
+            for (int i = 0; i < 3; ++i) frame();
+            return test::Allocations() - before;
+        };
+        IImageConverter* there = CreateImageConverterEx(BGRA, 0, 0, 4);
+        IImageConverter* back = CreateImageConverterEx(format, 0, 0, 4);
+        const size_t conversions = allocationsOf([&] {
+            IRawVideoFrame* working = there->Convert(&picture.Frame());
+            back->Convert(working)->Free();
+            working->Free();
+        });
+        there->Release();
+        back->Release();
+        for (const EffectInfo& effect : kVideoEffects) {
+            if (effect.kind != EffectKind::Transition) continue;
+            const test::VideoProc proc = MakeBusy(effect);
+            EXPECT_EQ(allocationsOf([&] { test::Run(*proc, picture.Frame(), 50); }), conversions)
+                << effect.name;
+        }
+    }
 }
 
 TEST(SteadyState, ProcessorsLeaveNothingBehind) {
