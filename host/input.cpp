@@ -89,12 +89,6 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     return input;
 }
 
-AVStream* FindPictures(AVFormatContext& input) {
-    const int index = av_find_best_stream(&input, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-    if (index < 0 || (input.streams[index]->disposition & AV_DISPOSITION_ATTACHED_PIC)) return nullptr;
-    return input.streams[index];
-}
-
 Decoder::Decoder(const AVStream& stream, unsigned threads, const std::string& path) {
     const AVCodec* codec = FindDecoder(stream);
     if (!codec)

@@ -26,9 +26,6 @@ bool IsLocalPath(const std::string& path);
 /// file.
 InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt);
 
-/// The stream of pictures that a player would show; cover art does not count. Null when there is none.
-AVStream* FindPictures(AVFormatContext& input);
-
 /// One stream's decoder. Used by one thread at a time.
 class Decoder {
 public:

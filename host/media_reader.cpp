@@ -1,14 +1,12 @@
 #include "host/media_reader.h"
 
 #include <algorithm>
-#include <charconv>
 #include <climits>
-#include <string_view>
-#include <unistd.h>
 #include <utility>
 
 #include "host/error.h"
 #include "host/error_record.h"
+#include "host/orientation.h"
 #include "host/working_format.h"
 #include "mediabridge/pixel_formats.h"
 
@@ -20,39 +18,7 @@ using mediabridge::AVFramePtr;
 constexpr unsigned kWantsVideo = 1;
 constexpr uint32_t kVideoItem = 1;
 constexpr uint32_t kAudioItem = 2;
-/// Set by hosts in stream numbers; not part of the index.
-constexpr unsigned kStreamFlag = 1u << 29;
-
-std::optional<int> StreamIndex(std::string_view text) {
-    unsigned number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || (number & ~kStreamFlag) > INT_MAX)
-        return std::nullopt;
-    return static_cast<int>(number & ~kStreamFlag);
-}
-
 } // namespace
-
-SourceRequest ParseSourceUrl(const std::string& url) {
-    SourceRequest request{url, std::nullopt, std::nullopt};
-    const size_t mark = url.rfind('?');
-    if (mark == std::string::npos || access(url.c_str(), F_OK) == 0) return request;
-    std::string_view query = std::string_view(url).substr(mark + 1);
-    while (!query.empty()) {
-        const std::string_view pair = query.substr(0, query.find('&'));
-        query.remove_prefix(std::min(query.size(), pair.size() + 1));
-        const size_t equals = pair.find('=');
-        if (equals == std::string_view::npos) continue;
-        const std::string_view key = pair.substr(0, equals);
-        if (key != "vstreamid" && key != "astreamid") continue;
-        const std::optional<int> index = StreamIndex(pair.substr(equals + 1));
-        if (!index) throw Error(ErrorKind::Input, url + ": " + std::string(pair) + " names no stream");
-        (key == "vstreamid" ? request.videoStream : request.audioStream) = index;
-    }
-    // Other keys of a protocol's own URL are the server's.
-    if (IsLocalPath(url) || request.videoStream || request.audioStream) request.path = url.substr(0, mark);
-    return request;
-}
 
 MediaReader::MediaReader(const std::string& url)
     : m_packet(av_packet_alloc()) {
@@ -60,31 +26,22 @@ MediaReader::MediaReader(const std::string& url)
     m_path = request.path;
     m_input = OpenInput(m_path, m_interrupt);
     if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
-    Open(m_video, AVMEDIA_TYPE_VIDEO, request.videoStream);
-    Open(m_audio, AVMEDIA_TYPE_AUDIO, request.audioStream);
+    Open(m_video, FindPictures(*m_input, request));
+    Open(m_audio, FindSound(*m_input, request, nullptr));
     if (!m_video.stream && !m_audio.stream)
         throw Error(ErrorKind::Input, m_path + " has neither pictures nor sound that can be decoded");
+    if (m_video.stream)
+        if (const std::string turn = UprightFilter(*m_video.stream); !turn.empty())
+            m_turner.emplace(turn, "turned upright");
     for (unsigned index = 0; index < m_input->nb_streams; ++index) {
         AVStream* stream = m_input->streams[index];
         if (stream != m_video.stream && stream != m_audio.stream) stream->discard = AVDISCARD_ALL;
     }
 }
 
-void MediaReader::Open(Stream& target, AVMediaType type, std::optional<int> index) {
-    if (index) {
-        const bool exists = *index < static_cast<int>(m_input->nb_streams);
-        AVStream* stream = exists ? m_input->streams[*index] : nullptr;
-        if (!stream || stream->codecpar->codec_type != type)
-            throw Error(ErrorKind::Input, m_path + ": stream " + std::to_string(*index) + " is no " +
-                                              av_get_media_type_string(type) + " stream");
-        target.stream = stream;
-    } else if (type == AVMEDIA_TYPE_VIDEO) {
-        target.stream = FindPictures(*m_input);
-    } else {
-        const int best = av_find_best_stream(m_input.get(), type, -1, -1, nullptr, 0);
-        if (best >= 0) target.stream = m_input->streams[best];
-    }
-    if (target.stream) target.decoder = std::make_unique<Decoder>(*target.stream, 0, m_path);
+void MediaReader::Open(Stream& target, AVStream* stream) {
+    target.stream = stream;
+    if (stream) target.decoder = std::make_unique<Decoder>(*stream, 0, m_path);
 }
 
 unsigned MediaReader::Width() const noexcept {
@@ -167,22 +124,33 @@ bool MediaReader::Locate(AVBased::AVItem& item, const AVFrame& frame, const AVSt
     return true;
 }
 
+// The picture as it is meant to be seen, in one of the frame table's formats.
+AVFramePtr MediaReader::Shown(AVFramePtr picture) {
+    // The container's word on the pixels' shape overrules the codec's.
+    picture->sample_aspect_ratio = av_guess_sample_aspect_ratio(m_input.get(), m_video.stream, picture.get());
+    if (m_turner) picture = m_turner->Apply(std::move(picture));
+    const auto format = static_cast<AVPixelFormat>(picture->format);
+    const int width = SquareWidth(*picture);
+    if (width == picture->width && mediabridge::FrameFormat(format, picture->color_range)) return picture;
+    const auto wanted = std::tuple(format, width, picture->height);
+    if (!m_scaler || m_scaled != wanted) {
+        const WorkingFormat nearest = NearestServed(format, picture->color_range);
+        m_scaler.emplace(nearest.format, width, picture->height, mediabridge::ScaleQuality::Bicubic,
+                         nearest.range);
+        m_scaled = wanted;
+    }
+    picture = m_scaler->Convert(picture.get());
+    if (!picture) throw Error(ErrorKind::Input, m_path + ": " + m_scaler->Error());
+    return picture;
+}
+
 bool MediaReader::FillVideo(AVBased::AVItem& item, AVFramePtr picture) {
     const AVRational rate = av_guess_frame_rate(m_input.get(), m_video.stream, nullptr);
     const bool timed = picture->pkt_duration > 0 || rate.num <= 0;
     if (!Locate(item, *picture, *m_video.stream, timed ? picture->pkt_duration : 1,
                 timed ? m_video.stream->time_base : av_inv_q(rate)))
         return false;
-    const auto format = static_cast<AVPixelFormat>(picture->format);
-    if (!mediabridge::FrameFormat(format, picture->color_range)) {
-        if (!m_scaler || m_scaledFrom != format) {
-            const WorkingFormat nearest = NearestServed(format, picture->color_range);
-            m_scaler.emplace(nearest.format, 0, 0, mediabridge::ScaleQuality::Bicubic, nearest.range);
-            m_scaledFrom = format;
-        }
-        picture = m_scaler->Convert(picture.get());
-        if (!picture) throw Error(ErrorKind::Input, m_path + ": " + m_scaler->Error());
-    }
+    picture = Shown(std::move(picture));
     const bool writable = av_frame_is_writable(picture.get()) != 0;
     const auto time = static_cast<int>(std::min<int64_t>(item.position, INT_MAX));
     m_picture = mediabridge::VideoFrame::Wrap(picture.get(), time, item.length);

@@ -4,26 +4,20 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include "aveffect/media.h"
 #include "host/input.h"
+#include "host/picture_filter.h"
+#include "host/source_request.h"
 #include "mediabridge/audio_frame.h"
 #include "mediabridge/scaler.h"
 #include "mediabridge/video_frame.h"
 
 namespace aveffect {
 
-/// What a source URL asks for: the file, and streams by their index in it.
-struct SourceRequest {
-    std::string path;
-    std::optional<int> videoStream, audioStream;
-};
-
-/// Takes a URL apart. A '?' that belongs to an existing file's name stays part of it.
-SourceRequest ParseSourceUrl(const std::string& url);
-
-/// Items in the order in which the file's pictures and sound come out of their decoders. On the heap;
-/// Release() frees it.
+/// Items in the order in which the file's pictures and sound come out of their decoders, pictures upright and
+/// of square pixels. On the heap; Release() frees it.
 class MediaReader final : public AVBased::IAVReader {
 public:
     /// Throws Error (Input).
@@ -35,7 +29,7 @@ public:
     void Release() override;
 
     unsigned Streams() const noexcept { return m_input->nb_streams; }
-    /// Size of the pictures, 0 when there are none.
+    /// Size of the pictures as they are stored, 0 when there are none.
     unsigned Width() const noexcept;
     unsigned Height() const noexcept;
 
@@ -46,12 +40,13 @@ private:
     };
     ~MediaReader() = default;
 
-    void Open(Stream& target, AVMediaType type, std::optional<int> index);
+    void Open(Stream& target, AVStream* stream);
     bool Read(AVBased::AVItem& item, bool wantsVideo);
     bool TakeDecoded(AVBased::AVItem& item, Stream& from, bool video);
     bool ReadPacket(bool wantsVideo);
     void Drain();
     bool FillVideo(AVBased::AVItem& item, mediabridge::AVFramePtr picture);
+    mediabridge::AVFramePtr Shown(mediabridge::AVFramePtr picture);
     bool FillAudio(AVBased::AVItem& item, mediabridge::AVFramePtr sound);
     bool Locate(AVBased::AVItem& item, const AVFrame& frame, const AVStream& stream, int64_t lengthTicks,
                 AVRational lengthBase);
@@ -63,8 +58,9 @@ private:
     mediabridge::AVPacketPtr m_packet;
     mediabridge::VideoFrame::Ptr m_picture;
     mediabridge::AudioFrame::Ptr m_sound;
+    std::optional<PictureFilter> m_turner;
     std::optional<mediabridge::Scaler> m_scaler;
-    AVPixelFormat m_scaledFrom = AV_PIX_FMT_NONE;
+    std::tuple<AVPixelFormat, int, int> m_scaled; ///< source format and target size of the scaler
     mediabridge::SwrContextPtr m_resampler;
     int64_t m_skipBeforeMs = 0; ///< items that end by then lie before the last Seek()
     bool m_skippedVideo = false;

@@ -1,5 +1,8 @@
 #include "host/orientation.h"
 
+#include <algorithm>
+#include <cmath>
+
 extern "C" {
 #include <libavutil/display.h>
 }
@@ -29,6 +32,23 @@ std::optional<std::string> TurnFilter(const int32_t matrix[9]) {
         return b > 0 ? "transpose=cclock_flip" : "transpose=clock_flip";
     }
     return std::nullopt;
+}
+
+std::string UprightFilter(const AVStream& stream) {
+    const int32_t* matrix = DisplayMatrix(stream);
+    return matrix ? TurnFilter(matrix).value_or("") : "";
+}
+
+double PixelAspect(const AVFrame& picture) {
+    constexpr double kOddest = 16; // beyond that the file is wrong rather than odd
+    const AVRational pixel = picture.sample_aspect_ratio;
+    if (pixel.num <= 0 || pixel.den <= 0) return 1;
+    const double aspect = av_q2d(pixel);
+    return aspect > kOddest || aspect < 1 / kOddest ? 1 : aspect;
+}
+
+int SquareWidth(const AVFrame& picture) {
+    return std::max(1, static_cast<int>(std::lround(picture.width * PixelAspect(picture))));
 }
 
 } // namespace aveffect

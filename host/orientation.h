@@ -1,5 +1,5 @@
 #pragma once
-/// Turning pictures upright as a clip's display matrix says.
+/// Pictures as they are meant to be seen: turned upright as a clip's display matrix says, of square pixels.
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -13,5 +13,14 @@ const int32_t* DisplayMatrix(const AVStream& stream);
 
 /// libavfilter's words for what a display matrix asks for; absent when it is no multiple of a quarter turn.
 std::optional<std::string> TurnFilter(const int32_t matrix[9]);
+
+/// libavfilter's words for what turns a stream's pictures upright, empty when nothing can or has to.
+std::string UprightFilter(const AVStream& stream);
+
+/// The shape of a picture's pixels, width to height; 1 when it is not said, or is no shape that a screen has.
+double PixelAspect(const AVFrame& picture);
+
+/// Columns of a picture that shows the same with square pixels, at the same height.
+int SquareWidth(const AVFrame& picture);
 
 } // namespace aveffect

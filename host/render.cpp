@@ -76,7 +76,7 @@ public:
         , m_cancel(cancel)
         , m_reporter(observer)
         , m_plan(Plan(options))
-        , m_source(options.input, m_plan.IsStill() ? Source::Others::None : Source::Others::Copied,
+        , m_source({options.input}, m_plan.IsStill() ? Source::Others::None : Source::Others::Copied,
                    options.threads, cancel)
         , m_limits{options.fromMs, options.toMs, options.frameLimit}
         , m_span(m_source, m_limits)
@@ -269,7 +269,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     const OutputPlan plan = PlanStill(options.output);
     OutputFile::Check(options.output, options.input, options.overwrite);
     if (options.atMs < 0) throw Error(ErrorKind::Usage, "the time of the picture is negative");
-    Source source(options.input, Source::Others::None, 0, cancel);
+    Source source({options.input}, Source::Others::None, 0, cancel);
     if (source.EndMs() && options.atMs > 0 && options.atMs >= *source.EndMs())
         throw Error(ErrorKind::Usage, SecondsText(options.atMs) + " is beyond the end of " + options.input +
                                           ", which lasts " + SecondsText(*source.EndMs()));

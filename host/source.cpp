@@ -15,15 +15,15 @@ namespace aveffect {
 using mediabridge::AVFramePtr;
 using mediabridge::AVPacketPtr;
 
-Source::Source(const std::string& path, Others others, unsigned threads, const std::atomic<bool>& cancel)
-    : m_path(path)
+Source::Source(const SourceRequest& request, Others others, unsigned threads, const std::atomic<bool>& cancel)
+    : m_path(request.path)
     , m_packet(av_packet_alloc()) {
-    if (!m_packet) throw Error(ErrorKind::Input, path + ": out of memory");
+    if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
     m_interrupt.cancel = &cancel;
-    m_input = OpenInput(path, m_interrupt);
-    m_pictures = FindPictures(*m_input);
-    if (!m_pictures) throw Error(ErrorKind::Input, path + " has no picture stream");
-    m_decoder = std::make_unique<Decoder>(*m_pictures, threads, path);
+    m_input = OpenInput(m_path, m_interrupt);
+    m_pictures = FindPictures(*m_input, request);
+    if (!m_pictures) throw Error(ErrorKind::Input, m_path + " has no picture stream");
+    m_decoder = std::make_unique<Decoder>(*m_pictures, threads, m_path);
     ChooseStreams(others);
     FindStart();
     FindEnd();

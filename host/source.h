@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/input.h"
+#include "host/source_request.h"
 
 namespace aveffect {
 
@@ -36,7 +37,7 @@ public:
 
     /// Opens the clip. Throws Error (Input, Interrupted). The flag ends blocking reads and outlives the
     /// source.
-    Source(const std::string& path, Others others, unsigned threads, const std::atomic<bool>& cancel);
+    Source(const SourceRequest& request, Others others, unsigned threads, const std::atomic<bool>& cancel);
 
     const std::string& Path() const noexcept { return m_path; }
     const AVFormatContext& Format() const noexcept { return *m_input; }
