@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "host/error.h"
-#include "host/log_capture.h"
 #include "host/orientation.h"
 
 namespace aveffect {
@@ -73,45 +72,26 @@ void CopySideData(AVStream* to, const AVStream& from, bool withRotation) {
 
 Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter)
     : m_source(setup.source)
-    , m_target(setup.plan.target)
     , m_clock(MakeClock(setup))
     , m_encoder(setup.plan, sample,
                 {m_clock.Base(), ClipRate(setup.source, setup.plan.NeedsConstantRate()).picturesPerSecond,
                  setup.source.Pictures().codecpar->field_order})
+    , m_output(setup.plan)
     , m_packet(av_packet_alloc()) {
-    AVFormatContext* output = nullptr;
-    avformat_alloc_output_context2(&output, setup.plan.muxer, nullptr, m_target.c_str());
-    m_output.reset(output);
-    if (!m_output || !m_packet) throw Error(ErrorKind::Output, "out of memory");
+    if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
     AddPictureStream(setup);
     MapStreams(setup, reporter);
-    CopyTags(&m_output->metadata, m_source.Format().metadata);
+    CopyTags(&m_output.Format().metadata, m_source.Format().metadata);
     CopyChapters(setup);
-    m_file = std::make_unique<OutputFile>(m_target, setup.overwrite);
-    m_output->pb = m_file->Io();
-    m_output->flags |= AVFMT_FLAG_CUSTOM_IO;
-    TakeLibraryError();
-    const int code = avformat_write_header(m_output.get(), nullptr);
-    if (code < 0) Fail(code);
+    m_output.Start(setup.overwrite);
 }
 
 void Sink::AddPictureStream(const Setup& setup) {
-    m_pictureStream = avformat_new_stream(m_output.get(), nullptr);
-    if (!m_pictureStream) throw Error(ErrorKind::Output, "out of memory");
-    const AVCodecContext& encoder = m_encoder.Context();
+    m_pictureStream = m_output.AddStream(m_encoder.Context());
     const AVStream& source = m_source.Pictures();
-    avcodec_parameters_from_context(m_pictureStream->codecpar, &encoder);
-    m_pictureStream->time_base = encoder.time_base;
-    m_pictureStream->avg_frame_rate = encoder.framerate;
-    m_pictureStream->sample_aspect_ratio = encoder.sample_aspect_ratio;
     m_pictureStream->disposition = source.disposition;
     CopyTags(&m_pictureStream->metadata, source.metadata);
     CopySideData(m_pictureStream, source, !setup.turned);
-    for (int index = 0; index < encoder.nb_coded_side_data; ++index) {
-        const AVPacketSideData& data = encoder.coded_side_data[index];
-        if (uint8_t* copy = av_stream_new_side_data(m_pictureStream, data.type, data.size))
-            std::memcpy(copy, data.data, data.size);
-    }
 }
 
 void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
@@ -136,11 +116,11 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
 }
 
 AVStream* Sink::AddCopiedStream(const AVStream& stream) {
-    AVStream* copy = avformat_new_stream(m_output.get(), nullptr);
-    if (!copy || avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0)
+    AVStream* copy = m_output.AddStream();
+    if (avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0)
         throw Error(ErrorKind::Output, "out of memory");
     // The tag is the container's name for the codec; another container has its own.
-    const AVCodecTag* const* tags = m_output->oformat->codec_tag;
+    const AVCodecTag* const* tags = m_output.Format().oformat->codec_tag;
     unsigned tag = 0;
     if (tags && av_codec_get_id(tags, stream.codecpar->codec_tag) != stream.codecpar->codec_id &&
         av_codec_get_tag2(tags, stream.codecpar->codec_id, &tag))
@@ -157,7 +137,7 @@ void Sink::CopyChapters(const Setup& setup) {
     if (input.nb_chapters == 0 || setup.limits.frameLimit) return;
     auto** chapters = static_cast<AVChapter**>(av_calloc(input.nb_chapters, sizeof(AVChapter*)));
     if (!chapters) return;
-    m_output->chapters = chapters;
+    m_output.Format().chapters = chapters;
     const int64_t start =
         input.start_time == AV_NOPTS_VALUE ? 0 : av_rescale_q(input.start_time, kMicroseconds, kMilliseconds);
     for (unsigned index = 0; index < input.nb_chapters; ++index) {
@@ -174,7 +154,7 @@ void Sink::CopyChapters(const Setup& setup) {
         chapter->start = std::max<int64_t>(0, begin - from);
         chapter->end = end - from;
         CopyTags(&chapter->metadata, source.metadata);
-        chapters[m_output->nb_chapters++] = chapter;
+        chapters[m_output.Format().nb_chapters++] = chapter;
     }
 }
 
@@ -197,7 +177,7 @@ void Sink::DrainEncoder() {
         }
         m_packet->stream_index = m_pictureStream->index;
         av_packet_rescale_ts(m_packet.get(), m_clock.Base(), m_pictureStream->time_base);
-        WriteInterleaved(m_packet.get());
+        m_output.Write(m_packet.get());
     }
 }
 
@@ -207,27 +187,13 @@ void Sink::WritePacket(AVPacketPtr packet) {
     packet->stream_index = copy.target->index;
     packet->pos = -1;
     av_packet_rescale_ts(packet.get(), copy.base, copy.target->time_base);
-    WriteInterleaved(packet.get());
-}
-
-void Sink::WriteInterleaved(AVPacket* packet) {
-    const int code = av_interleaved_write_frame(m_output.get(), packet);
-    if (code < 0) Fail(code);
+    m_output.Write(packet.get());
 }
 
 void Sink::Complete() {
     m_encoder.Send(nullptr);
     DrainEncoder();
-    const int code = av_write_trailer(m_output.get());
-    if (code < 0) Fail(code);
-    m_file->Require(0, "can't be written");
-}
-
-void Sink::Fail(int code) {
-    m_file->Require(0, "can't be written");
-    const std::string detail = TakeLibraryError();
-    throw Error(ErrorKind::Output, m_target + " can't be written: " + AvText(code) +
-                                       (detail.empty() ? "" : " (" + detail + ")"));
+    m_output.Finish();
 }
 
 void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {

@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
+#include "host/container.h"
 #include "host/encoder.h"
 #include "host/output_clock.h"
-#include "host/output_file.h"
 #include "host/reporter.h"
 #include "host/source.h"
 #include "host/span.h"
@@ -36,7 +36,7 @@ public:
     /// Writes what the encoder still holds, and the container's end.
     void Complete();
     /// Gives the file its name.
-    void Publish() { m_file->Publish(); }
+    void Publish() { m_output.Publish(); }
 
     int64_t Pictures() const noexcept { return m_pictures; }
 
@@ -50,15 +50,11 @@ private:
     AVStream* AddCopiedStream(const AVStream& stream);
     void CopyChapters(const Setup& setup);
     void DrainEncoder();
-    void WriteInterleaved(AVPacket* packet);
-    [[noreturn]] void Fail(int code);
 
     const Source& m_source;
-    std::string m_target;
     OutputClock m_clock;
     Encoder m_encoder;
-    std::unique_ptr<OutputFile> m_file;
-    OutputContextPtr m_output; ///< after m_file, whose AVIOContext it writes to
+    Container m_output;
     AVStream* m_pictureStream = nullptr;
     std::vector<Copy> m_copies; ///< by source index
     mediabridge::AVPacketPtr m_packet;

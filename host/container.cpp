@@ -1,0 +1,66 @@
+#include "host/container.h"
+
+#include <cstring>
+
+#include "host/error.h"
+#include "host/log_capture.h"
+
+namespace aveffect {
+
+Container::Container(const OutputPlan& plan)
+    : m_target(plan.target) {
+    AVFormatContext* output = nullptr;
+    avformat_alloc_output_context2(&output, plan.muxer, nullptr, m_target.c_str());
+    m_output.reset(output);
+    if (!m_output) throw Error(ErrorKind::Output, "out of memory");
+}
+
+AVStream* Container::AddStream() {
+    AVStream* stream = avformat_new_stream(m_output.get(), nullptr);
+    if (!stream) throw Error(ErrorKind::Output, "out of memory");
+    return stream;
+}
+
+AVStream* Container::AddStream(const AVCodecContext& encoder) {
+    AVStream* stream = AddStream();
+    if (avcodec_parameters_from_context(stream->codecpar, &encoder) < 0)
+        throw Error(ErrorKind::Output, "out of memory");
+    stream->time_base = encoder.time_base;
+    stream->avg_frame_rate = encoder.framerate;
+    stream->sample_aspect_ratio = encoder.sample_aspect_ratio;
+    for (int index = 0; index < encoder.nb_coded_side_data; ++index) {
+        const AVPacketSideData& data = encoder.coded_side_data[index];
+        if (uint8_t* copy = av_stream_new_side_data(stream, data.type, data.size))
+            std::memcpy(copy, data.data, data.size);
+    }
+    return stream;
+}
+
+void Container::Start(bool overwrite) {
+    m_file = std::make_unique<OutputFile>(m_target, overwrite);
+    m_output->pb = m_file->Io();
+    m_output->flags |= AVFMT_FLAG_CUSTOM_IO;
+    TakeLibraryError();
+    const int code = avformat_write_header(m_output.get(), nullptr);
+    if (code < 0) Fail(code);
+}
+
+void Container::Write(AVPacket* packet) {
+    const int code = av_interleaved_write_frame(m_output.get(), packet);
+    if (code < 0) Fail(code);
+}
+
+void Container::Finish() {
+    const int code = av_write_trailer(m_output.get());
+    if (code < 0) Fail(code);
+    m_file->Require(0, "can't be written");
+}
+
+void Container::Fail(int code) {
+    m_file->Require(0, "can't be written");
+    const std::string detail = TakeLibraryError();
+    throw Error(ErrorKind::Output, m_target + " can't be written: " + AvText(code) +
+                                       (detail.empty() ? "" : " (" + detail + ")"));
+}
+
+} // namespace aveffect

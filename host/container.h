@@ -1,0 +1,41 @@
+#pragma once
+/// The output's container file: streams, header, packets, end.
+#include <memory>
+#include <string>
+
+#include "host/output_file.h"
+#include "host/output_plan.h"
+
+namespace aveffect {
+
+/// A container file that appears under its name only when it is whole. Add the streams, Start(), write the
+/// packets, Finish(), Publish(). Used by one thread at a time. Everything throws Error (Output).
+class Container {
+public:
+    /// Writes nothing yet. The plan is one for a container.
+    explicit Container(const OutputPlan& plan);
+
+    AVFormatContext& Format() noexcept { return *m_output; }
+
+    AVStream* AddStream();
+    /// A stream of what the encoder gives out, in the encoder's time base.
+    AVStream* AddStream(const AVCodecContext& encoder);
+
+    /// Creates the file and writes its header.
+    void Start(bool overwrite);
+    /// Takes the packet, whose stream_index and times are the container's.
+    void Write(AVPacket* packet);
+    /// Writes the container's end.
+    void Finish();
+    /// Gives the file its name.
+    void Publish() { m_file->Publish(); }
+
+private:
+    [[noreturn]] void Fail(int code);
+
+    std::string m_target;
+    std::unique_ptr<OutputFile> m_file;
+    OutputContextPtr m_output; ///< after m_file, whose AVIOContext it writes to
+};
+
+} // namespace aveffect
