@@ -141,6 +141,14 @@ bool OutputPlan::NeedsConstantRate() const {
                      (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
 }
 
+int OutputPlan::LargestDenominator() const {
+    const AVCodecID id = encoder.codec->id;
+    return id == AV_CODEC_ID_MPEG4 || id == AV_CODEC_ID_H263 || id == AV_CODEC_ID_H263P ||
+                   id == AV_CODEC_ID_MSMPEG4V3
+               ? 65535
+               : 0;
+}
+
 OutputPlan PlanStill(const std::string& target) {
     CaptureLibraryLog();
     const StillFormat* still = FindStill(target);

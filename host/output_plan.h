@@ -30,6 +30,8 @@ struct OutputPlan {
     bool CarriesRange() const;
     /// Whether all pictures last equally long in the container.
     bool NeedsConstantRate() const;
+    /// The largest denominator of the encoder's time base, 0 for no limit.
+    int LargestDenominator() const;
 };
 
 /// Throws Error: Output for a name without a known extension, Usage for an encoder that is unknown, does not

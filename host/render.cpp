@@ -1,7 +1,6 @@
 #include "host/render.h"
 
 #include <algorithm>
-#include <chrono>
 #include <climits>
 #include <deque>
 #include <memory>
@@ -13,6 +12,7 @@
 #include "host/output_file.h"
 #include "host/output_plan.h"
 #include "host/picture_stage.h"
+#include "host/progress_meter.h"
 #include "host/reporter.h"
 #include "host/sink.h"
 #include "host/span.h"
@@ -22,20 +22,9 @@ namespace aveffect {
 namespace {
 
 using mediabridge::AVFramePtr;
-using Clock = std::chrono::steady_clock;
 
-// A queue holds four pictures; packets of sound weigh next to nothing.
-constexpr unsigned kPictureWeight = 64;
-constexpr unsigned kPacketWeight = 1;
-constexpr unsigned kQueueWeight = 4 * kPictureWeight;
-constexpr auto kProgressInterval = std::chrono::milliseconds(200);
 /// The span that effects are told of when a clip does not tell its length.
 constexpr int64_t kUnknownLengthMs = 3600 * 1000;
-
-void CheckCancel(const std::atomic<bool>& cancel) {
-    if (cancel.load(std::memory_order_relaxed))
-        throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
-}
 
 int ToMs(int64_t ticks, AVRational base) {
     return static_cast<int>(std::clamp<int64_t>(av_rescale_q(ticks, base, kMilliseconds), 0, INT_MAX));
@@ -81,7 +70,7 @@ public:
         , m_limits{options.fromMs, options.toMs, options.frameLimit}
         , m_span(m_source, m_limits)
         , m_base(m_source.Pictures().time_base)
-        , m_expected(m_span.ExpectedPictures())
+        , m_progress(m_reporter, m_span.ExpectedPictures())
         , m_chain(plugin, &m_manager, options.effects, EffectLength(m_span.LengthMs(), m_source, m_reporter))
         , m_turn(TurnFor(m_source, m_plan, m_reporter))
         , m_stage(m_chain, options.pixelFormat, m_turn, m_reporter) {}
@@ -93,7 +82,7 @@ public:
             first = ApplyEffects(std::move(first));
             m_stage.PrepareOutput(m_plan, *first);
             WriteStill(m_plan, m_stage.ConvertForEncoder(std::move(first)), m_options.overwrite, m_cancel);
-            ReportProgress(1, true);
+            m_progress.Report(1, true);
             return {1, m_span.Damage()};
         }
         first = ApplyEffects(std::move(first));
@@ -106,7 +95,7 @@ public:
         RunStages();
         CheckCancel(m_cancel);
         m_sink->Publish();
-        ReportProgress(m_sink->Pictures(), true);
+        m_progress.Report(m_sink->Pictures(), true);
         return {m_sink->Pictures(), m_span.Damage()};
     }
 
@@ -193,26 +182,9 @@ private:
                 continue;
             }
             m_sink->WritePicture(std::move(item->picture));
-            ReportProgress(m_sink->Pictures(), false);
+            m_progress.Report(m_sink->Pictures(), false);
         }
         if (!m_processed.Stopped()) m_sink->Complete();
-    }
-
-    void ReportProgress(int64_t done, bool last) {
-        const Clock::time_point now = Clock::now();
-        if (!last && now - m_lastProgress < kProgressInterval) return;
-        m_lastProgress = now;
-        RenderProgress progress;
-        progress.framesDone = done;
-        progress.framesExpected = last ? done : m_expected;
-        progress.secondsElapsed = std::chrono::duration<double>(now - m_started).count();
-        if (progress.secondsElapsed > 0)
-            progress.framesPerSecond = static_cast<double>(done) / progress.secondsElapsed;
-        if (progress.framesExpected && progress.framesPerSecond > 0)
-            progress.secondsLeft =
-                static_cast<double>(std::max<int64_t>(0, *progress.framesExpected - done)) /
-                progress.framesPerSecond;
-        m_reporter.Progress(progress);
     }
 
     const RenderOptions& m_options;
@@ -223,7 +195,7 @@ private:
     SpanLimits m_limits;
     SpanReader m_span;
     const AVRational m_base; ///< of the pictures' times
-    const std::optional<int64_t> m_expected;
+    ProgressMeter m_progress;
     MediaManager m_manager;
     EffectChain m_chain;
     std::string m_turn;
@@ -232,8 +204,6 @@ private:
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
     BoundedQueue<SpanItem> m_decoded{kQueueWeight};
     BoundedQueue<SpanItem> m_processed{kQueueWeight};
-    Clock::time_point m_started = Clock::now();
-    Clock::time_point m_lastProgress = m_started;
 };
 
 // The picture shown at a moment: the last one that starts at or before it, or the clip's first.

@@ -31,13 +31,6 @@ void CopyTags(AVDictionary** to, const AVDictionary* from) {
         if (!IsFileTag(tag->key)) av_dict_set(to, tag->key, tag->value, 0);
 }
 
-int LargestDenominator(AVCodecID id) {
-    return id == AV_CODEC_ID_MPEG4 || id == AV_CODEC_ID_H263 || id == AV_CODEC_ID_H263P ||
-                   id == AV_CODEC_ID_MSMPEG4V3
-               ? 65535
-               : 0;
-}
-
 // In a container of constant rate the ticks of a variable-rate clip are those that all its times fall on, if
 // few enough.
 OutputClock::Rate ClipRate(const Source& source, bool needsConstantRate) {
@@ -52,7 +45,7 @@ OutputClock::Rate ClipRate(const Source& source, bool needsConstantRate) {
 OutputClock MakeClock(const Sink::Setup& setup) {
     const bool constant = setup.plan.NeedsConstantRate();
     return {setup.source.Pictures().time_base, ClipRate(setup.source, constant), constant,
-            LargestDenominator(setup.plan.encoder.codec->id)};
+            setup.plan.LargestDenominator()};
 }
 
 void CopySideData(AVStream* to, const AVStream& from, bool withRotation) {

@@ -1,5 +1,6 @@
 #pragma once
 /// Threads that work on one thing together and end together.
+#include <atomic>
 #include <exception>
 #include <functional>
 #include <mutex>
@@ -7,7 +8,20 @@
 #include <utility>
 #include <vector>
 
+#include "host/error.h"
+
 namespace aveffect {
+
+/// What lies in the queues between stages: four pictures; packets of sound weigh next to nothing.
+inline constexpr unsigned kPictureWeight = 64;
+inline constexpr unsigned kPacketWeight = 1;
+inline constexpr unsigned kQueueWeight = 4 * kPictureWeight;
+
+/// Throws Error (Interrupted) once the flag is set.
+inline void CheckCancel(const std::atomic<bool>& cancel) {
+    if (cancel.load(std::memory_order_relaxed))
+        throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+}
 
 /// Runs each stage on its own thread. The first stage that throws makes stopAll run, which must wake the
 /// others wherever they wait; Join() then throws what it threw. Used from one thread.
