@@ -38,6 +38,8 @@ public:
     /// Opens the clip. Throws Error (Input, Interrupted). The flag ends blocking reads and outlives the
     /// source.
     Source(const SourceRequest& request, Others others, unsigned threads, const std::atomic<bool>& cancel);
+    Source(const Source&) = delete; // the library holds on to its place
+    Source& operator=(const Source&) = delete;
 
     const std::string& Path() const noexcept { return m_path; }
     const AVFormatContext& Format() const noexcept { return *m_input; }
@@ -45,6 +47,9 @@ public:
     const AVCodecContext& PictureDecoder() const noexcept { return m_decoder->Context(); }
     /// Sound, subtitles and attachments, in file order.
     const std::vector<const AVStream*>& CopiedStreams() const noexcept { return m_copied; }
+
+    /// The clip's start in the file's times.
+    const Moment& Start() const noexcept { return m_start; }
 
     /// Pictures a second; 25 when the clip does not tell.
     AVRational FrameRate() const noexcept;
