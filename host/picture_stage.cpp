@@ -101,8 +101,9 @@ AVPixelFormat PictureStage::WantedFormat() const {
     return grey ? m_working.format : kind;
 }
 
-void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture) {
-    m_output = ChooseEncoderFormat(plan, WantedFormat(), *m_clip, picture);
+void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture, AVPixelFormat wanted) {
+    if (wanted == AV_PIX_FMT_NONE) wanted = WantedFormat();
+    m_output = ChooseEncoderFormat(plan, wanted, *m_clip, picture);
     if (m_chain.ChangesAlpha() && HasAlpha(m_working.format) && !HasAlpha(m_output.format)) {
         m_toBlack.emplace("premultiply=inplace=1", "blended over black");
         m_reporter.Note(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +

@@ -25,8 +25,10 @@ public:
     /// Effects and turning. Time in milliseconds from the span's start. Throws Error.
     mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs);
 
-    /// Chooses the encoder's format for pictures like this one, which ApplyEffects has returned.
-    void PrepareOutput(const OutputPlan& plan, const AVFrame& picture);
+    /// Chooses the encoder's format for pictures like this one, which ApplyEffects has returned: the one
+    /// nearest to the wanted format; without a wish, to what the clip looks like.
+    void PrepareOutput(const OutputPlan& plan, const AVFrame& picture,
+                       AVPixelFormat wanted = AV_PIX_FMT_NONE);
 
     /// The picture in the encoder's format.
     mediabridge::AVFramePtr ConvertForEncoder(mediabridge::AVFramePtr picture);
