@@ -11,6 +11,7 @@
 #include "host/orientation.h"
 #include "host/output_file.h"
 #include "host/output_plan.h"
+#include "host/picture_check.h"
 #include "host/picture_stage.h"
 #include "host/progress_meter.h"
 #include "host/reporter.h"
@@ -76,6 +77,7 @@ public:
         , m_stage(m_chain, options.pixelFormat, m_turn, m_reporter) {}
 
     RenderResult Run() {
+        RequirePictures(m_manager, m_options.effects);
         AVFramePtr first = ReadFirst();
         if (m_plan.IsStill()) {
             RequireOnePicture();
@@ -247,6 +249,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     EffectChain chain(plugin, &manager, options.effects, EffectLength(source.EndMs(), source, reporter));
     PictureStage stage(chain, options.pixelFormat, TurnFor(source, plan, reporter), reporter);
 
+    RequirePictures(manager, options.effects);
     AVFramePtr picture = FindPicture(source, options.atMs, cancel);
     RenderResult result;
     result.frames = 1;

@@ -1,0 +1,20 @@
+#pragma once
+/// Whether files give the pictures that effects read from them.
+#include <string>
+#include <vector>
+
+#include "aveffect/media.h"
+#include "host/effect_chain.h"
+#include "host/transition.h"
+
+namespace aveffect {
+
+/// The size of the picture that a transition will read from the URL through the manager. A transition would
+/// say nothing of files that it can't use, so this throws Error (Input) that names the file and the reason:
+/// it can't be opened, or has no picture among its first 30 items.
+PictureSize RequirePicture(AVBased::IAVManager& manager, const std::string& url);
+
+/// The same for both pictures of every transition in a chain. Throws Error (Usage) when one is not named.
+void RequirePictures(AVBased::IAVManager& manager, const std::vector<EffectSpec>& effects);
+
+} // namespace aveffect
