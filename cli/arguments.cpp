@@ -1,45 +1,15 @@
 #include "cli/arguments.h"
 
-#include <limits>
-
 #include <CLI/CLI.hpp>
 
-#include "aveffect/base_media.h"
 #include "cli/exit_code.h"
+#include "cli/option_values.h"
 #include "host/catalogue_lookup.h"
 #include "host/value_text.h"
 
 namespace aveffect {
 
 namespace {
-
-constexpr char kTimeForm[] = "seconds or hh:mm:ss.ms";
-
-[[noreturn]] void Refuse(const char* option, const std::string& rule, const std::string& value) {
-    throw Error(ErrorKind::Usage, std::string(option) + " takes " + rule + ", not '" + value + "'");
-}
-
-int64_t TimeOption(const char* option, const std::string& value) {
-    const auto time = ParseTime(value);
-    if (!time) Refuse(option, kTimeForm, value);
-    return *time;
-}
-
-int64_t WholeOption(const char* option, const std::string& value, int64_t minimum, int64_t maximum) {
-    const auto number = ParseWhole(value);
-    if (number && *number >= minimum && *number <= maximum) return *number;
-    const bool open = maximum == std::numeric_limits<int64_t>::max();
-    Refuse(option,
-           "a whole number from " + std::to_string(minimum) +
-               (open ? " upwards" : " to " + std::to_string(maximum)),
-           value);
-}
-
-double CrfOption(const std::string& value) {
-    const auto number = ParseReal(value);
-    if (!number || *number < 0) Refuse("--crf", "a number from 0 upwards", value);
-    return *number;
-}
 
 std::vector<EffectSpec> ParseEffects(const MediaArguments& media) {
     std::vector<EffectSpec> effects;
@@ -57,13 +27,8 @@ void AddMediaOptions(CLI::App& app, MediaArguments& media) {
     app.add_option("--pixel-format", media.pixelFormat,
                    "Format that the effects work in: auto, bgra, yuv420p, ...")
         ->type_name("NAME");
-    app.add_option("--cpu-level", media.cpuLevel,
-                   "Instructions that effects may use: auto, sse2, avx2 or avx512")
-        ->type_name("LEVEL");
     app.add_flag("--lenient", media.lenient, "Hand property values on as they are, unchecked");
-    app.add_flag("--overwrite", media.overwrite, "Replace the output if it exists");
-    app.add_flag("-v,--verbose", media.verbosity,
-                 "Say what is done in detail; -vv also shows the effects' log");
+    AddRunOptions(app, media.run);
 }
 
 CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
@@ -73,29 +38,8 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
         ->type_name("TIME");
     render->add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
     render->add_option("--frames", command.frames, "Stop after this many pictures")->type_name("N");
-    render
-        ->add_option("--codec", command.codec, "Video encoder or codec; the format's usual one if not given")
-        ->type_name("NAME");
-    render->add_option("--crf", command.crf, "Constant quality of the encoder, lower is better")
-        ->type_name("NUMBER");
-    render->add_option("--preset", command.preset, "Preset of the encoder, such as ultrafast")
-        ->type_name("NAME");
-    render->add_option("--threads", command.threads, "Threads of decoder and encoder; 0 for one a processor")
-        ->type_name("N");
-    const std::map<std::string, ProgressStyle> styles = {{"auto", ProgressStyle::Auto},
-                                                         {"bar", ProgressStyle::Bar},
-                                                         {"json", ProgressStyle::Json},
-                                                         {"none", ProgressStyle::None}};
-    render
-        ->add_option_function<std::string>(
-            "--progress",
-            [&command, styles](const std::string& name) {
-                const auto style = styles.find(name);
-                if (style == styles.end()) Refuse("--progress", "auto, bar, json or none", name);
-                command.progress = style->second;
-            },
-            "Progress: auto (a bar on a terminal), bar, json (one object a second on standard output), none")
-        ->type_name("STYLE");
+    AddEncoderOptions(*render, command.codec, command.crf, command.preset, command.threads);
+    AddProgressOption(*render, command.progress);
     render->footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e gray "
                                "-e brightness_contrast:contrast=20 --from 0:05 --to 0:15\n\n") +
                    kExitCodeHelp);
@@ -166,6 +110,9 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     DescribeCommand describe;
     RenderCommand render;
     FrameCommand frame;
+    TransitionCommand transition;
+    JoinCommand join;
+    SheetCommand sheet;
 
     CLI::App app("Renders clips and pictures through video effects.", "aveffect");
     app.set_version_flag("--version", "aveffect " AVEFFECT_VERSION);
@@ -176,7 +123,10 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     const CLI::App* const listApp = AddList(app, list);
     const CLI::App* const describeApp = AddDescribe(app, describe);
     const CLI::App* const renderApp = AddRender(app, render);
-    AddFrame(app, frame);
+    const CLI::App* const frameApp = AddFrame(app, frame);
+    const CLI::App* const transitionApp = AddTransition(app, transition);
+    const CLI::App* const joinApp = AddJoin(app, join);
+    AddSheet(app, sheet);
 
     try {
         app.parse(count, arguments);
@@ -189,15 +139,18 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     }
     if (app.get_subcommands().empty())
         throw Error(ErrorKind::Usage,
-                    "no command given: list, describe, render or frame (see `aveffect --help`)");
+                    "no command given: list, describe, render, frame, transition, join or sheet (see "
+                    "`aveffect --help`)");
     if (listApp->parsed()) return list;
     if (describeApp->parsed()) return describe;
     if (renderApp->parsed()) return render;
-    return frame;
+    if (frameApp->parsed()) return frame;
+    if (transitionApp->parsed()) return transition;
+    if (joinApp->parsed()) return join;
+    return sheet;
 }
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {
-    constexpr int64_t kMostThreads = 1024;
     RenderOptions options;
     options.input = command.media.input;
     options.output = command.media.output;
@@ -209,15 +162,13 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
             throw Error(ErrorKind::Usage, "--to must lie after --from, but " + *command.to +
                                               " does not lie after " + command.from.value_or("0"));
     }
-    if (command.frames)
-        options.frameLimit = WholeOption("--frames", *command.frames, 1, std::numeric_limits<int64_t>::max());
+    if (command.frames) options.frameLimit = WholeOption("--frames", *command.frames, 1);
     if (command.crf) options.crf = CrfOption(*command.crf);
-    if (command.threads)
-        options.threads = static_cast<unsigned>(WholeOption("--threads", *command.threads, 0, kMostThreads));
+    if (command.threads) options.threads = ThreadsOption(*command.threads);
     options.videoCodec = command.codec;
     options.preset = command.preset;
     options.pixelFormat = command.media.pixelFormat;
-    options.overwrite = command.media.overwrite;
+    options.overwrite = command.media.run.overwrite;
     return options;
 }
 
@@ -228,30 +179,8 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.atMs = TimeOption("--at", command.at);
     options.effects = ParseEffects(command.media);
     options.pixelFormat = command.media.pixelFormat;
-    options.overwrite = command.media.overwrite;
+    options.overwrite = command.media.run.overwrite;
     return options;
-}
-
-std::string ApplyCpuLevel(const std::string& level) {
-    constexpr unsigned kUpToSSE2 = AVBased::kCpuMMX | AVBased::kCpuSSE | AVBased::kCpuSSE2;
-    constexpr unsigned kUpToAVX2 = (AVBased::kCpuAVX2 << 1) - 1;
-    constexpr unsigned kEverything = ~0u;
-    struct Level {
-        const char* name;
-        unsigned mask;
-        unsigned needed;
-    };
-    constexpr Level kLevels[] = {{"auto", kEverything, 0},
-                                 {"sse2", kUpToSSE2, AVBased::kCpuSSE2},
-                                 {"avx2", kUpToAVX2, AVBased::kCpuAVX2},
-                                 {"avx512", kEverything, AVBased::kCpuAVX512}};
-    for (const Level& known : kLevels) {
-        if (level != known.name) continue;
-        AVBasedSetCPUFeatureMask(known.mask);
-        if ((AVBasedGetCPUFeatures() & known.needed) == known.needed) return {};
-        return "this processor has no " + level + "; effects use what it has";
-    }
-    Refuse("--cpu-level", "auto, sse2, avx2 or avx512", level);
 }
 
 } // namespace aveffect

@@ -4,7 +4,9 @@
 #include <variant>
 #include <vector>
 
+#include "cli/film_arguments.h"
 #include "cli/progress.h"
+#include "cli/run_arguments.h"
 #include "host/render.h"
 
 namespace aveffect {
@@ -29,10 +31,8 @@ struct MediaArguments {
     std::string output;
     std::vector<std::string> effects;
     std::string pixelFormat = "auto";
-    std::string cpuLevel = "auto";
     bool lenient = false;
-    bool overwrite = false;
-    int verbosity = 0; ///< how often -v was given
+    RunArguments run;
 };
 
 struct RenderCommand {
@@ -48,7 +48,8 @@ struct FrameCommand {
     std::string at = "0";
 };
 
-using Command = std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand>;
+using Command = std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand,
+                             TransitionCommand, JoinCommand, SheetCommand>;
 
 /// Throws Error (Usage) with one line that says what is wrong.
 Command ParseCommandLine(int count, const char* const* arguments);
@@ -57,10 +58,5 @@ Command ParseCommandLine(int count, const char* const* arguments);
 /// right.
 RenderOptions MakeRenderOptions(const RenderCommand& command);
 FrameOptions MakeFrameOptions(const FrameCommand& command);
-
-/// Limits the instructions that effects use, before they are made: auto, sse2, avx2 or avx512. Returns a
-/// warning when the processor lacks the level and a lower one is used, else an empty text. Throws Error
-/// (Usage).
-std::string ApplyCpuLevel(const std::string& level);
 
 } // namespace aveffect

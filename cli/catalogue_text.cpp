@@ -240,6 +240,9 @@ std::string DescribeText(const EffectInfo& effect) {
     for (const auto& property : effect.properties) text += PropertyText(property, width);
     text += PropertyText(AVBased::kDurationProperty, width);
     text += std::string(width + 4, ' ') + "(set by the program to the length of what is rendered)\n";
+    if (effect.kind == EffectKind::Transition)
+        return text + "\nExample\n  aveffect transition a.jpg b.jpg out.mp4 --effect " + effect.name +
+               " --duration 2\n";
     return text + "\nExample\n  aveffect render in.mp4 out.mp4 -e '" + ExampleSetting(effect) + "'\n";
 }
 

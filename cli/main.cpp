@@ -60,16 +60,16 @@ RenderObserver MakeObserver(Progress& progress, int verbosity) {
     return observer;
 }
 
-/// Sets up what `render` and `frame` share, runs the work (which takes plug-in and observer) and tells how it
-/// ended.
+/// Sets up what the commands that write a file share, runs the work (which takes plug-in and observer) and
+/// tells how it ended.
 template <typename Work>
-int RunMedia(const MediaArguments& media, ProgressStyle style, Work work) {
+int RunMedia(const RunArguments& run, ProgressStyle style, Work work) {
     CatchInterruptions();
     const auto progress = MakeProgress(style);
     try {
-        if (media.verbosity > 1) AVBasedSetLogLevel(0);
-        const RenderObserver observer = MakeObserver(*progress, media.verbosity);
-        if (const std::string warning = ApplyCpuLevel(media.cpuLevel); !warning.empty())
+        if (run.verbosity > 1) AVBasedSetLogLevel(0);
+        const RenderObserver observer = MakeObserver(*progress, run.verbosity);
+        if (const std::string warning = ApplyCpuLevel(run.cpuLevel); !warning.empty())
             observer.warning(warning);
         const RenderResult result = work(observer);
         const int exitCode = result.inputDamage ? kDamagedInput : kDone;
@@ -97,16 +97,37 @@ int Run(const DescribeCommand& command) {
 }
 
 int Run(const RenderCommand& command) {
-    return RunMedia(command.media, command.progress, [&command](const RenderObserver& observer) {
+    return RunMedia(command.media.run, command.progress, [&command](const RenderObserver& observer) {
         const RenderOptions options = MakeRenderOptions(command);
         return Render(Plugin(), options, observer, Interrupted());
     });
 }
 
 int Run(const FrameCommand& command) {
-    return RunMedia(command.media, ProgressStyle::None, [&command](const RenderObserver& observer) {
+    return RunMedia(command.media.run, ProgressStyle::None, [&command](const RenderObserver& observer) {
         const FrameOptions options = MakeFrameOptions(command);
         return RenderFrame(Plugin(), options, observer, Interrupted());
+    });
+}
+
+int Run(const TransitionCommand& command) {
+    return RunMedia(command.film.run, command.film.progress, [&command](const RenderObserver& observer) {
+        const TransitionOptions options = MakeTransitionOptions(command);
+        return RenderTransition(Plugin(), options, observer, Interrupted());
+    });
+}
+
+int Run(const JoinCommand& command) {
+    return RunMedia(command.film.run, command.film.progress, [&command](const RenderObserver& observer) {
+        const JoinOptions options = MakeJoinOptions(command);
+        return RenderJoin(Plugin(), options, observer, Interrupted());
+    });
+}
+
+int Run(const SheetCommand& command) {
+    return RunMedia(command.run, ProgressStyle::None, [&command](const RenderObserver& observer) {
+        const SheetOptions options = MakeSheetOptions(command);
+        return RenderSheet(Plugin(), options, observer, Interrupted());
     });
 }
 

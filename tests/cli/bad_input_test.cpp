@@ -1,6 +1,4 @@
 // Whatever is wrong: one message, the documented exit code, and nothing left behind.
-#include <fstream>
-
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/program.h"
@@ -14,7 +12,7 @@ using Strings = std::vector<std::string>;
 class BadInput : public test::ProgramTest {
 protected:
     void Write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(Path(name), std::ios::binary) << bytes;
+        test::WriteFile(Path(name), bytes);
     }
 
     /// The message of a run that must fail with this code and change nothing in the directory.

@@ -101,7 +101,7 @@ TEST_F(CatalogueOutput, ExamplesAreTaken) {
 
 TEST_F(CatalogueOutput, HelpAndVersionAreAnswered) {
     EXPECT_EQ(Aveffect({"--version"}).exitCode, 0);
-    for (const char* command : {"list", "describe", "render", "frame"}) {
+    for (const char* command : {"list", "describe", "render", "frame", "transition", "join", "sheet"}) {
         const Outcome outcome = Aveffect({command, "--help"});
         EXPECT_EQ(outcome.exitCode, 0);
         EXPECT_NE(outcome.output.find("Exit codes:"), std::string::npos) << command;

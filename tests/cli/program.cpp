@@ -120,4 +120,8 @@ std::string ReadFile(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+void WriteFile(const fs::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
 } // namespace test

@@ -60,5 +60,6 @@ protected:
 ::testing::AssertionResult IsOneMessage(const std::string& text);
 
 std::string ReadFile(const std::filesystem::path& path);
+void WriteFile(const std::filesystem::path& path, const std::string& bytes);
 
 } // namespace test

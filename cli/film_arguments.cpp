@@ -1,0 +1,160 @@
+#include "cli/film_arguments.h"
+
+#include <CLI/CLI.hpp>
+
+#include "cli/exit_code.h"
+#include "cli/option_values.h"
+#include "host/error.h"
+
+namespace aveffect {
+
+namespace {
+
+constexpr char kTimeHelp[] = ": seconds, mm:ss or hh:mm:ss.ms";
+
+void AddTime(CLI::App& app, const char* option, std::string& value, const std::string& help) {
+    app.add_option(option, value, help + kTimeHelp)->type_name("TIME");
+}
+
+void AddSize(CLI::App& app, std::optional<std::string>& size, const char* help) {
+    app.add_option("--size", size, help)->type_name("WIDTHxHEIGHT");
+}
+
+void AddPair(CLI::App& app, std::string& first, std::string& second, std::string& output,
+             const char* result) {
+    app.add_option("A", first, "Picture or clip to begin with; A?vstreamid=1 chooses a stream")->required();
+    app.add_option("B", second, "Picture or clip to end with")->required();
+    app.add_option("OUTPUT", output, result)->required();
+}
+
+void AddEffect(CLI::App& app, FilmArguments& film) {
+    app.add_option("-e,--effect", film.transition, "Name of the transition (`aveffect list` shows them)")
+        ->type_name("NAME")
+        ->required();
+    AddTime(app, "--duration", film.duration, "How long the transition takes, 1 if not given");
+}
+
+void AddFilmOptions(CLI::App& app, FilmArguments& film) {
+    AddEncoderOptions(app, film.codec, film.crf, film.preset, film.threads);
+    app.add_option("--sound-codec", film.soundCodec,
+                   "Sound encoder or codec; the format's usual one if not given")
+        ->type_name("NAME");
+    AddProgressOption(app, film.progress);
+    AddRunOptions(app, film.run);
+}
+
+FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output) {
+    FilmOptions options;
+    options.output = output;
+    options.transition = film.transition;
+    options.videoCodec = film.codec;
+    options.soundCodec = film.soundCodec;
+    if (film.crf) options.crf = CrfOption(*film.crf);
+    options.preset = film.preset;
+    if (film.threads) options.threads = ThreadsOption(*film.threads);
+    options.overwrite = film.run.overwrite;
+    return options;
+}
+
+int64_t DurationOption(const FilmArguments& film) {
+    const int64_t duration = TimeOption("--duration", film.duration);
+    if (duration == 0) Refuse("--duration", "a time above 0", film.duration);
+    return duration;
+}
+
+} // namespace
+
+CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
+    CLI::App* const transition =
+        app.add_subcommand("transition", "Make a clip of a transition between two pictures or clips");
+    AddPair(*transition, command.first, command.second, command.output, "Clip to write");
+    AddEffect(*transition, command.film);
+    AddTime(*transition, "--start", command.start,
+            "When the transition begins within the duration; A stands before");
+    AddTime(*transition, "--hold-before", command.holdBefore, "Time of A to put in front");
+    AddTime(*transition, "--hold-after", command.holdAfter, "Time of B to put behind");
+    AddSize(*transition, command.size, "Size of the result; A's if not given");
+    transition
+        ->add_option("--fps", command.fps,
+                     "Pictures a second: 25, 29.97, 30000/1001, ...; A's if not given, 25 for a picture")
+        ->type_name("RATE");
+    transition->add_flag("--live", command.live,
+                         "Let both clips play from their beginnings, with sound, instead of their first "
+                         "pictures");
+    AddFilmOptions(*transition, command.film);
+    transition->footer(
+        std::string(
+            "Example:\n  aveffect transition a.jpg b.jpg out.mp4 --effect EffectNameMkFade --duration 2 "
+            "--hold-before 1 --hold-after 1\n\n") +
+        kExitCodeHelp);
+    return transition;
+}
+
+CLI::App* AddJoin(CLI::App& app, JoinCommand& command) {
+    CLI::App* const join =
+        app.add_subcommand("join", "Put clips one after the other with a transition at each seam");
+    join->add_option("FILES", command.files,
+                     "A B [C...] OUTPUT: the clips in their order, two or more, then the clip to write")
+        ->type_name("")
+        ->required();
+    AddEffect(*join, command.film);
+    AddFilmOptions(*join, command.film);
+    join->footer(std::string("Example:\n  aveffect join a.mp4 b.mov c.mkv out.mp4 --effect EffectNameMkClock "
+                             "--duration 1\n\n") +
+                 kExitCodeHelp);
+    return join;
+}
+
+CLI::App* AddSheet(CLI::App& app, SheetCommand& command) {
+    CLI::App* const sheet = app.add_subcommand(
+        "sheet", "Draw all transitions between two pictures: a row each, eight moments across");
+    AddPair(*sheet, command.first, command.second, command.output, "Picture to write");
+    AddSize(*sheet, command.size, "Size of one sample; A's shape within 160x160 if not given");
+    AddRunOptions(*sheet, command.run);
+    sheet->footer(std::string("Example:\n  aveffect sheet a.jpg b.jpg sheet.png\n\n") + kExitCodeHelp);
+    return sheet;
+}
+
+TransitionOptions MakeTransitionOptions(const TransitionCommand& command) {
+    TransitionOptions options;
+    options.film = MakeFilmOptions(command.film, command.output);
+    options.first = command.first;
+    options.second = command.second;
+    options.durationMs = DurationOption(command.film);
+    options.startMs = TimeOption("--start", command.start);
+    if (options.startMs >= options.durationMs)
+        throw Error(ErrorKind::Usage, "--start must lie before the end of --duration, but " + command.start +
+                                          " does not lie before " + command.film.duration);
+    options.holdBeforeMs = TimeOption("--hold-before", command.holdBefore);
+    options.holdAfterMs = TimeOption("--hold-after", command.holdAfter);
+    if (command.size) options.size = SizeOption(*command.size);
+    if (command.fps) options.rate = RateOption(*command.fps);
+    options.live = command.live;
+    return options;
+}
+
+JoinOptions MakeJoinOptions(const JoinCommand& command) {
+    constexpr size_t kFewest = 3; // two clips and the output
+    if (command.files.size() < kFewest)
+        throw Error(ErrorKind::Usage, "join takes two clips or more and the output, not " +
+                                          std::to_string(command.files.size()) +
+                                          (command.files.size() == 1 ? " file" : " files") +
+                                          " (see `aveffect join --help`)");
+    JoinOptions options;
+    options.film = MakeFilmOptions(command.film, command.files.back());
+    options.clips.assign(command.files.begin(), command.files.end() - 1);
+    options.durationMs = DurationOption(command.film);
+    return options;
+}
+
+SheetOptions MakeSheetOptions(const SheetCommand& command) {
+    SheetOptions options;
+    options.first = command.first;
+    options.second = command.second;
+    options.output = command.output;
+    if (command.size) options.tile = SizeOption(*command.size);
+    options.overwrite = command.run.overwrite;
+    return options;
+}
+
+} // namespace aveffect

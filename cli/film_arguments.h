@@ -1,0 +1,57 @@
+#pragma once
+/// The command lines of `transition`, `join` and `sheet`.
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/progress.h"
+#include "cli/run_arguments.h"
+#include "host/transition.h"
+
+namespace CLI {
+class App;
+}
+
+namespace aveffect {
+
+/// What `transition` and `join` have in common. Values are as they were written.
+struct FilmArguments {
+    RunArguments run;
+    std::string transition;
+    std::string duration = "1";
+    std::string codec, soundCodec, preset;
+    std::optional<std::string> crf, threads;
+    ProgressStyle progress = ProgressStyle::Auto;
+};
+
+struct TransitionCommand {
+    FilmArguments film;
+    std::string first, second, output;
+    std::string start = "0", holdBefore = "0", holdAfter = "0";
+    std::optional<std::string> size, fps;
+    bool live = false;
+};
+
+struct JoinCommand {
+    FilmArguments film;
+    std::vector<std::string> files; ///< the clips, then the output
+};
+
+struct SheetCommand {
+    RunArguments run;
+    std::string first, second, output;
+    std::optional<std::string> size;
+};
+
+/// Add the commands to the program's; what is parsed goes into the command.
+CLI::App* AddTransition(CLI::App& app, TransitionCommand& command);
+CLI::App* AddJoin(CLI::App& app, JoinCommand& command);
+CLI::App* AddSheet(CLI::App& app, SheetCommand& command);
+
+/// Check and translate the values. Throw Error (Usage) that names the option, the value and what would be
+/// right.
+TransitionOptions MakeTransitionOptions(const TransitionCommand& command);
+JoinOptions MakeJoinOptions(const JoinCommand& command);
+SheetOptions MakeSheetOptions(const SheetCommand& command);
+
+} // namespace aveffect

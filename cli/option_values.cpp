@@ -1,0 +1,86 @@
+#include "cli/option_values.h"
+
+#include <cmath>
+#include <numeric>
+#include <optional>
+#include <string_view>
+
+#include "host/error.h"
+#include "host/value_text.h"
+
+namespace aveffect {
+
+void Refuse(const char* option, const std::string& rule, const std::string& value) {
+    throw Error(ErrorKind::Usage, std::string(option) + " takes " + rule + ", not '" + value + "'");
+}
+
+int64_t TimeOption(const char* option, const std::string& value) {
+    const auto time = ParseTime(value);
+    if (!time) Refuse(option, "seconds or hh:mm:ss.ms", value);
+    return *time;
+}
+
+int64_t WholeOption(const char* option, const std::string& value, int64_t minimum, int64_t maximum) {
+    const auto number = ParseWhole(value);
+    if (number && *number >= minimum && *number <= maximum) return *number;
+    const bool open = maximum == std::numeric_limits<int64_t>::max();
+    Refuse(option,
+           "a whole number from " + std::to_string(minimum) +
+               (open ? " upwards" : " to " + std::to_string(maximum)),
+           value);
+}
+
+double CrfOption(const std::string& value) {
+    const auto number = ParseReal(value);
+    if (!number || *number < 0) Refuse("--crf", "a number from 0 upwards", value);
+    return *number;
+}
+
+unsigned ThreadsOption(const std::string& value) {
+    constexpr int64_t kMost = 1024;
+    return static_cast<unsigned>(WholeOption("--threads", value, 0, kMost));
+}
+
+ProgressStyle ProgressOption(const std::string& value) {
+    if (value == "auto") return ProgressStyle::Auto;
+    if (value == "bar") return ProgressStyle::Bar;
+    if (value == "json") return ProgressStyle::Json;
+    if (value == "none") return ProgressStyle::None;
+    Refuse("--progress", "auto, bar, json or none", value);
+}
+
+PictureSize SizeOption(const std::string& value) {
+    constexpr int64_t kLargest = 16384;
+    const std::string_view text = value;
+    const size_t by = text.find('x');
+    const int64_t width = ParseWhole(text.substr(0, by)).value_or(0);
+    const int64_t height = by == std::string_view::npos ? 0 : ParseWhole(text.substr(by + 1)).value_or(0);
+    if (width < 1 || width > kLargest || height < 1 || height > kLargest)
+        Refuse("--size", "WIDTHxHEIGHT, each from 1 to 16384 pixels", value);
+    return {static_cast<int>(width), static_cast<int>(height)};
+}
+
+PictureRate RateOption(const std::string& value) {
+    constexpr double kFastest = 1000, kThousandths = 1000, kHundredth = 0.01;
+    constexpr int64_t kLongest = 1'000'000; // numbers of a fraction
+    const std::string_view text = value;
+    const size_t slash = text.find('/');
+    int64_t pictures = 0, seconds = 0;
+    if (slash != std::string_view::npos) {
+        pictures = ParseWhole(text.substr(0, slash)).value_or(0);
+        seconds = ParseWhole(text.substr(slash + 1)).value_or(0);
+    } else if (const auto rate = ParseReal(text); rate && *rate > 0 && *rate <= kFastest) {
+        const double whole = std::ceil(*rate);
+        const bool broadcast = whole != *rate && std::abs(whole * 1000 / 1001 - *rate) < kHundredth / 2;
+        pictures = broadcast ? std::llround(whole) * 1000 : std::llround(*rate * kThousandths);
+        seconds = broadcast ? 1001 : 1000;
+    }
+    const bool right = pictures >= 1 && seconds >= 1 && pictures <= kLongest && seconds <= kLongest &&
+                       static_cast<double>(pictures) <= kFastest * static_cast<double>(seconds);
+    if (!right)
+        Refuse("--fps", "pictures a second above 0 up to 1000, such as 25, 29.97 or 30000/1001", value);
+    const int64_t divisor = std::gcd(pictures, seconds);
+    return {static_cast<int>(pictures / divisor), static_cast<int>(seconds / divisor)};
+}
+
+} // namespace aveffect

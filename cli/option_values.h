@@ -1,0 +1,32 @@
+#pragma once
+/// Values of options as people write them. Everything throws Error (Usage) that names the option and the
+/// value and says what would be right.
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "cli/progress.h"
+#include "host/transition.h"
+
+namespace aveffect {
+
+[[noreturn]] void Refuse(const char* option, const std::string& rule, const std::string& value);
+
+/// Milliseconds.
+int64_t TimeOption(const char* option, const std::string& value);
+
+int64_t WholeOption(const char* option, const std::string& value, int64_t minimum,
+                    int64_t maximum = std::numeric_limits<int64_t>::max());
+
+double CrfOption(const std::string& value);
+unsigned ThreadsOption(const std::string& value);
+ProgressStyle ProgressOption(const std::string& value);
+
+/// "640x360": both sides from 1 to 16384 pixels.
+PictureSize SizeOption(const std::string& value);
+
+/// "25", "29.97" or "30000/1001": above 0 and up to 1000 pictures a second. The usual rates that are
+/// 1000/1001 of a whole number may be rounded to hundredths.
+PictureRate RateOption(const std::string& value);
+
+} // namespace aveffect

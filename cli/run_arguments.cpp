@@ -1,0 +1,58 @@
+#include "cli/run_arguments.h"
+
+#include <CLI/CLI.hpp>
+
+#include "aveffect/base_media.h"
+#include "cli/option_values.h"
+
+namespace aveffect {
+
+void AddRunOptions(CLI::App& app, RunArguments& run) {
+    app.add_option("--cpu-level", run.cpuLevel,
+                   "Instructions that effects may use: auto, sse2, avx2 or avx512")
+        ->type_name("LEVEL");
+    app.add_flag("--overwrite", run.overwrite, "Replace the output if it exists");
+    app.add_flag("-v,--verbose", run.verbosity,
+                 "Say what is done in detail; -vv also shows the effects' log");
+}
+
+void AddEncoderOptions(CLI::App& app, std::string& codec, std::optional<std::string>& crf,
+                       std::string& preset, std::optional<std::string>& threads) {
+    app.add_option("--codec", codec, "Video encoder or codec; the format's usual one if not given")
+        ->type_name("NAME");
+    app.add_option("--crf", crf, "Constant quality of the encoder, lower is better")->type_name("NUMBER");
+    app.add_option("--preset", preset, "Preset of the encoder, such as ultrafast")->type_name("NAME");
+    app.add_option("--threads", threads, "Threads of decoder and encoder; 0 for one a processor")
+        ->type_name("N");
+}
+
+void AddProgressOption(CLI::App& app, ProgressStyle& style) {
+    app.add_option_function<std::string>(
+           "--progress", [&style](const std::string& name) { style = ProgressOption(name); },
+           "Progress: auto (a bar on a terminal), bar, json (one object a second on standard output), none")
+        ->type_name("STYLE");
+}
+
+std::string ApplyCpuLevel(const std::string& level) {
+    constexpr unsigned kUpToSSE2 = AVBased::kCpuMMX | AVBased::kCpuSSE | AVBased::kCpuSSE2;
+    constexpr unsigned kUpToAVX2 = (AVBased::kCpuAVX2 << 1) - 1;
+    constexpr unsigned kEverything = ~0u;
+    struct Level {
+        const char* name;
+        unsigned mask;
+        unsigned needed;
+    };
+    constexpr Level kLevels[] = {{"auto", kEverything, 0},
+                                 {"sse2", kUpToSSE2, AVBased::kCpuSSE2},
+                                 {"avx2", kUpToAVX2, AVBased::kCpuAVX2},
+                                 {"avx512", kEverything, AVBased::kCpuAVX512}};
+    for (const Level& known : kLevels) {
+        if (level != known.name) continue;
+        AVBasedSetCPUFeatureMask(known.mask);
+        if ((AVBasedGetCPUFeatures() & known.needed) == known.needed) return {};
+        return "this processor has no " + level + "; effects use what it has";
+    }
+    Refuse("--cpu-level", "auto, sse2, avx2 or avx512", level);
+}
+
+} // namespace aveffect

@@ -1,0 +1,32 @@
+#pragma once
+/// Options that every command takes that writes a file.
+#include <optional>
+#include <string>
+
+#include "cli/progress.h"
+
+namespace CLI {
+class App;
+}
+
+namespace aveffect {
+
+struct RunArguments {
+    std::string cpuLevel = "auto";
+    bool overwrite = false;
+    int verbosity = 0; ///< how often -v was given
+};
+
+void AddRunOptions(CLI::App& app, RunArguments& run);
+
+/// The options of the encoder and of the display, which commands that write clips have in common.
+void AddEncoderOptions(CLI::App& app, std::string& codec, std::optional<std::string>& crf,
+                       std::string& preset, std::optional<std::string>& threads);
+void AddProgressOption(CLI::App& app, ProgressStyle& style);
+
+/// Limits the instructions that effects use, before they are made: auto, sse2, avx2 or avx512. Returns a
+/// warning when the processor lacks the level and a lower one is used, else an empty text. Throws Error
+/// (Usage).
+std::string ApplyCpuLevel(const std::string& level);
+
+} // namespace aveffect

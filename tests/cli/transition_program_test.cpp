@@ -1,0 +1,143 @@
+// The program makes clips of transitions, and says what is wrong when it can't.
+#include <nlohmann/json.hpp>
+
+#include "host/transition.h"
+#include "tests/cli/program.h"
+
+namespace {
+
+using test::Outcome;
+using Strings = std::vector<std::string>;
+
+class TransitionProgram : public test::ProgramTest {
+protected:
+    TransitionProgram() {
+        MakeStill("a.png", "ff0000");
+        MakeStill("b.png", "0000ff");
+    }
+    void Run(const Strings& arguments) const {
+        const Outcome outcome = Aveffect(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+        EXPECT_EQ(outcome.output + outcome.messages, "");
+    }
+};
+
+TEST_F(TransitionProgram, OptionsReachTheTransition) {
+    Run({"transition",   "a.png", "b.png",   "out.mkv", "--effect",      "EffectNameMkFade",
+         "--duration",   "0.4",   "--start", "0.2",     "--hold-before", "0.1",
+         "--hold-after", "0.1",   "--size",  "6x6",     "--fps",         "10",
+         "--codec",      "ffv1"});
+    const std::string pixels = Pixels("out.mkv");
+    constexpr size_t kPicture = 6 * 6 * 3;
+    ASSERT_EQ(pixels.size(), 6 * kPicture);
+    // 8x6 becomes 6x4 between black rows; then red for 1 + 2 pictures, half and half, blue.
+    const int whole = static_cast<unsigned char>(Pixels("a.png")[0]);
+    const int red[] = {whole, whole, whole, whole, whole / 2, 0};
+    for (size_t picture = 0; picture < 6; ++picture) {
+        const std::string shown = pixels.substr(picture * kPicture, kPicture);
+        EXPECT_EQ(shown.substr(0, 6 * 3), std::string(6 * 3, '\0')) << picture;
+        EXPECT_EQ(static_cast<unsigned char>(shown[6 * 3]), red[picture]) << picture;
+    }
+}
+
+TEST_F(TransitionProgram, SheetHasARowForEachTransition) {
+    Run({"sheet", "a.png", "b.png", "sheet.png", "--size", "80x60"});
+    const auto transitions = aveffect::AllTransitions();
+    const size_t width = 8 * 84 - 4, height = transitions.size() * 64 - 4;
+    const std::string sheet = Pixels("sheet.png");
+    ASSERT_EQ(sheet.size(), width * height * 3);
+    for (size_t row = 0; row < transitions.size(); ++row) {
+        const std::string name = transitions[row]->name;
+        // The same moments of a clip: the middles of eight parts, sixteen pictures being two a part.
+        Run({"transition", "a.png", "b.png", name + ".mkv", "-e", name, "--duration", "1.6", "--fps", "10",
+             "--size", "80x60", "--codec", "ffv1"});
+        const std::string clip = Pixels(name + ".mkv");
+        for (size_t column = 0; column < 8; ++column)
+            for (size_t y = 0; y < 60; ++y)
+                ASSERT_EQ(sheet.substr(((row * 64 + y) * width + column * 84) * 3, 80 * 3),
+                          clip.substr(((2 * column + 1) * 60 + y) * 80 * 3, 80 * 3))
+                    << name << " " << column << " " << y;
+    }
+}
+
+TEST_F(TransitionProgram, JoinShowsProgressAndDamage) {
+    MakeClip("in.mkv", "64x48", 50);
+    const Outcome outcome =
+        Aveffect({"join", "in.mkv", "in.mkv", "out.mp4", "-e", "EffectNameMkClock", "--progress", "json"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+    const auto last = nlohmann::json::parse(outcome.output.substr(outcome.output.rfind('{')));
+    EXPECT_EQ(last["state"], "done");
+    EXPECT_EQ(last["frames"], 75);
+
+    const std::string bytes = test::ReadFile(Path("in.mkv"));
+    test::WriteFile(Path("cut.mkv"), bytes.substr(0, bytes.size() * 3 / 4));
+    const Outcome damaged = Aveffect({"join", "cut.mkv", "in.mkv", "cut.mp4", "-e", "EffectNameMkClock"});
+    EXPECT_EQ(damaged.exitCode, 6);
+    EXPECT_TRUE(test::IsOneMessage(damaged.messages));
+    EXPECT_NE(damaged.messages.find("cut.mkv: "), std::string::npos) << damaged.messages;
+}
+
+TEST_F(TransitionProgram, WhatIsWrongIsSaidInOneLine) {
+    test::WriteFile(Path("text.png"), "no picture");
+    Ffmpeg({"-f", "lavfi", "-i", "sine=duration=1", "sound.wav"});
+    struct Case {
+        int exitCode;
+        Strings arguments;
+        const char* message;
+    };
+    const Case cases[] = {
+        {2, {"transition", "a.png", "b.png", "o.mkv", "-e", "fade"}, "'fade' is no transition; these are: "},
+        {2, {"transition", "a.png", "b.png", "o.mkv"}, "--effect is required"},
+        {2,
+         {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--duration", "0"},
+         "--duration takes a time above 0, not '0'"},
+        {2,
+         {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--start", "1"},
+         "--start must lie before the end of --duration"},
+        {2,
+         {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--size", "9x"},
+         "--size takes WIDTHxHEIGHT, each from 1 to 16384 pixels, not '9x'"},
+        {2,
+         {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--fps", "25/0"},
+         "--fps takes"},
+        {2, {"transition", "a.png", "b.png", "o.png", "-e", "EffectNameMkFade"}, "o.png holds one picture"},
+        {3, {"transition", "a.png", "none.png", "o.mkv", "-e", "EffectNameMkFade"}, "none.png: no such file"},
+        {3,
+         {"transition", "text.png", "b.png", "o.mkv", "-e", "EffectNameMkFade"},
+         "text.png holds no picture that can be decoded"},
+        {3,
+         {"transition", "a.png", "sound.wav", "o.mkv", "-e", "EffectNameMkFade"},
+         "sound.wav holds no picture that can be decoded"},
+        {3,
+         {"transition", "a.png", "b.png?vstreamid=4", "o.mkv", "-e", "EffectNameMkFade"},
+         "b.png: stream 4 is no video stream"},
+        {4,
+         {"transition", "a.png", "b.png", "b.png.mkv/o.mkv", "-e", "EffectNameMkFade"},
+         "can't be written"},
+        {4, {"sheet", "a.png", "b.png", "a.png"}, "a.png is the input itself"},
+        {2, {"sheet", "a.png", "b.png", "o.png", "--size", "16384x16384"}, "choose a smaller --size"},
+        {3, {"sheet", "a.png", "sound.wav", "o.png"}, "sound.wav holds no picture"},
+        {2,
+         {"join", "a.png", "o.mkv", "-e", "EffectNameMkFade"},
+         "join takes two clips or more and the output"},
+        {2, {"join", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade"}, "a.png is a single picture"},
+        {2,
+         {"render", "a.png", "o.png", "-e", "EffectNameMkFade"},
+         "EffectNameMkFade needs EffectPropVFPath1"},
+        {3,
+         {"frame", "a.png", "o.png", "-e",
+          "EffectNameMkFade:EffectPropVFPath1=b.png:EffectPropVFPath2=none.png"},
+         "none.png: no such file"},
+    };
+    const Strings before = Names();
+    for (const Case& wrong : cases) {
+        SCOPED_TRACE(::testing::PrintToString(wrong.arguments));
+        const Outcome outcome = Aveffect(wrong.arguments);
+        EXPECT_EQ(outcome.exitCode, wrong.exitCode);
+        EXPECT_TRUE(test::IsOneMessage(outcome.messages));
+        EXPECT_NE(outcome.messages.find(wrong.message), std::string::npos) << outcome.messages;
+        EXPECT_EQ(Names(), before);
+    }
+}
+
+} // namespace
