@@ -17,10 +17,12 @@ build/bin/aveffect render "$clip" "$out/aged.mp4" --overwrite \
   -e brightness_contrast:contrast=25:saturation=-60 -e simple_gauss_blur:blur_count=2 -e aged_film
 build/bin/aveffect render "$clip" "$out/negative.mp4" --overwrite -e invert
 build/bin/aveffect frame "$clip" "$out/negative.png" --at 0 --overwrite -e invert
+build/bin/aveffect join "$out/aged.mp4" "$out/negative.mp4" "$out/joined.mp4" --overwrite -e EffectNameMkClock --duration 1
 
 echo
 echo "Rendered from $clip:"
 echo "  $out/aged.mp4      contrast, blur and the tint of old film"
 echo "  $out/negative.mp4  the negative"
 echo "  $out/negative.png  the negative's first picture"
+echo "  $out/joined.mp4    the two clips, one crossing into the other"
 echo "What else there is: build/bin/aveffect list"

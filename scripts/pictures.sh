@@ -14,3 +14,10 @@ effect aged aged_film
 effect blurred simple_gauss_blur:blur_count=8
 ffmpeg -v error -y -i "$work/plain.png" -i "$work/inverted.png" -i "$work/aged.png" -i "$work/blurred.png" \
   -filter_complex "[0][1][2][3]xstack=inputs=4:layout=0_0|w0+8_0|0_h0+8|w0+8_h0+8:fill=white" -pix_fmt rgb24 docs/pictures/effects.png
+
+# Two drawn pictures, and every transition between them.
+ffmpeg -v error -f lavfi -i "color=s=320x240,format=gbrp,geq=r='if(lt(hypot(X-236,Y-62),30),240,20+Y/6)':g='if(lt(hypot(X-236,Y-62),30),236,34+Y/4)':b='if(lt(hypot(X-236,Y-62),30),205,88+Y/3)',drawbox=y=190:h=50:t=fill:color=0x0c1c24,drawbox=x=40:y=130:w=46:h=70:t=fill:color=0x0c1c24,drawbox=x=96:y=100:w=34:h=100:t=fill:color=0x0c1c24" \
+  -frames:v 1 -pix_fmt rgb24 "$work/night.png"
+ffmpeg -v error -f lavfi -i "color=s=320x240,format=gbrp,geq=r='if(gt(Y,176),150-(Y-176),if(lt(hypot(X-104,Y-140),46),255,252-Y/8))':g='if(gt(Y,176),84-(Y-176)/2,if(lt(hypot(X-104,Y-140),46),236,110+Y/2.6))':b='if(gt(Y,176),110-(Y-176)/2,if(lt(hypot(X-104,Y-140),46),150,96-Y/5))'" \
+  -frames:v 1 -pix_fmt rgb24 "$work/dusk.png"
+build/bin/aveffect sheet "$work/night.png" "$work/dusk.png" docs/pictures/transitions.png --size 128x96 --overwrite
