@@ -31,11 +31,18 @@ bool IsTooSmallForBicubic(AVPixelFormat format, int width, int height) {
            AV_CEIL_RSHIFT(height, descriptor->log2_chroma_h) < kLeast;
 }
 
+/// From pairs of pixels, libswscale would take the chroma of an odd row's last pixel together with whatever
+/// lies behind it.
+bool NeedsChromaOfEveryPixel(AVPixelFormat source, int width) {
+    return width % 2 != 0 && (av_pix_fmt_desc_get(source)->flags & AV_PIX_FMT_FLAG_RGB);
+}
+
 /// The fastest way may be off by two; the others round as they should.
 int Flags(ScaleQuality quality, AVPixelFormat source, int width, int height, AVPixelFormat target) {
-    if (quality == ScaleQuality::Fastest) return SWS_FAST_BILINEAR;
+    const int chroma = NeedsChromaOfEveryPixel(source, width) ? SWS_FULL_CHR_H_INP : 0;
+    if (quality == ScaleQuality::Fastest) return SWS_FAST_BILINEAR | chroma;
     const bool bicubic = quality == ScaleQuality::Bicubic && !IsTooSmallForBicubic(source, width, height);
-    return (bicubic ? SWS_BICUBIC : SWS_BILINEAR) | SWS_ACCURATE_RND |
+    return (bicubic ? SWS_BICUBIC : SWS_BILINEAR) | SWS_ACCURATE_RND | chroma |
            (TakesChromaAtEveryPixel(target) ? SWS_FULL_CHR_H_INT : 0);
 }
 

@@ -17,6 +17,7 @@
 #include "aveffect/catalogue.h"
 #include "tests/robustness/guarded_frame.h"
 #include "tests/support/effect_cases.h"
+#include "tests/support/picture_manager.h"
 
 namespace {
 
@@ -76,6 +77,28 @@ int Within(int low, int high, Random& random) {
     return low + static_cast<int>(random() % (static_cast<unsigned>(high - low) + 1));
 }
 
+// The files that transitions read: small and large, tall and wide, of several formats.
+AVBased::IAVManager* Manager() {
+    struct Sources {
+        std::vector<GuardedFramePtr> pictures;
+        test::PictureManager manager;
+
+        Sources() {
+            unsigned seed = 0;
+            for (const auto& [name, shape] : {std::pair{"first", test::Shape{BGRA, 40, 30}},
+                                              {"second", {YUV420P, 17, 50, 3}},
+                                              {"dot", {BGRA, 1, 1}},
+                                              {"line", {YUV444P, 64, 1}}}) {
+                pictures.emplace_back(new GuardedFrame(shape, GuardedMemory::Flush::End, ++seed));
+                manager.sources[name] = {pictures.back().get()};
+            }
+        }
+    };
+    static Sources sources;
+    sources.manager.opened.clear();
+    return &sources.manager;
+}
+
 // What a property may be set to: far beyond its range, at its ends, inside, or no number at all.
 std::string AnyValue(const PropertyInfo& property, Random& random) {
     static const std::string kOdd[] = {"0",
@@ -107,6 +130,8 @@ std::string AnyValue(const PropertyInfo& property, Random& random) {
     const auto number = [&](double x) {
         return property.type == kDouble ? std::to_string(x) : std::to_string(static_cast<long long>(x));
     };
+    static const std::string kPaths[] = {"first", "second", "dot", "line", "missing", "first?vstreamid=1"};
+    if (property.kind == ValueKind::Path && random() % 8) return AnyOf(kPaths, random);
     switch (random() % 4) {
     case 0:
         return AnyOf(kOdd, random);
@@ -147,9 +172,9 @@ public:
     Pair(const EffectInfo& effect, unsigned mask)
         : m_Mask(mask)
         , m_Comparable(!(effect.traits & kDrawsRandom))
-        , m_Proc(test::CreateVideo(effect.name)) {
+        , m_Proc(test::CreateVideo(effect.name, Manager())) {
         const test::FeatureMask hidden(m_Mask);
-        m_Other.reset(test::CreateVideo(effect.name));
+        m_Other.reset(test::CreateVideo(effect.name, Manager()));
     }
     void Set(const char* property, const std::string& value) {
         m_Proc->SetProperty(property, value.c_str());
