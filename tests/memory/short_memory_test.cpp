@@ -40,7 +40,9 @@ Outcome Live(const EffectInfo& effect, test::Picture& picture, size_t blocks) {
 TEST(ShortMemory, AnyBlockMayBeRefused) {
     test::Picture first(BGRA); // loads what is loaded once, to raise an error among it
     for (const size_t blocks : {test::kNoLimit, size_t{0}, size_t{9}}) Live(kVideoEffects[0], first, blocks);
-    for (const EffectInfo& effect : kVideoEffects)
+    for (const EffectInfo& effect : kVideoEffects) {
+        // A converter that can't be made ends the program by contract.
+        if (effect.kind == EffectKind::Transition || effect.kind == EffectKind::Stereo) continue;
         for (const unsigned format : {BGRA, YUV420P}) {
             test::Picture picture(format);
             for (size_t blocks = 0;; ++blocks) {
@@ -58,6 +60,7 @@ TEST(ShortMemory, AnyBlockMayBeRefused) {
                 ASSERT_NE(outcome.code, 0) << what;
             }
         }
+    }
 }
 
 } // namespace
