@@ -25,7 +25,7 @@ bool CMkBrokenBoxEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* fir
         bool staggered = false;
         for (size_t top = 0; top < canvas.height; top += 2 * rows) {
             const size_t below = std::min(top + rows, canvas.height);
-            for (size_t y = top; y < below; ++y) layers.Stripes(y, staggered ? bytes : 0, bytes);
+            layers.DrawStripes(top, below, staggered ? bytes : 0, bytes);
             layers.Plain(below, std::min(below + rows, canvas.height));
             staggered = !staggered;
         }

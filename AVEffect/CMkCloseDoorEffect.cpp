@@ -16,7 +16,7 @@ bool CMkCloseDoorEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* fir
         const size_t begin = (canvas.width - strip) / 2 * 4;
         const Layers layers(canvas, canvas.second, canvas.first);
         const Run run = {begin, begin + strip * 4, begin};
-        for (size_t y = 0; y < canvas.height; ++y) layers.Row(y, {&run, 1});
+        layers.Draw(0, canvas.height, {&run, 1});
         layers.Rest(canvas.height);
     });
 }

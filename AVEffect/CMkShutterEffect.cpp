@@ -48,7 +48,7 @@ Slats ClosedSlats(const Canvas& canvas, size_t slat, size_t solid) {
 void CMkShutterEffect::Draw(const Canvas& canvas, int time) const {
     const Layers layers(canvas, canvas.first, canvas.second);
     const auto draw = [&](const Slats& slats, size_t beginRow, size_t endRow) {
-        for (size_t y = beginRow; y < endRow; ++y) layers.Row(y, {slats.runs.data(), slats.count});
+        layers.Draw(beginRow, endRow, {slats.runs.data(), slats.count});
     };
     const size_t width = canvas.width, height = canvas.height, slat = width / 20;
     layers.Rest(height);

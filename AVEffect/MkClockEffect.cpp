@@ -27,7 +27,7 @@ void CMkClockEffect::DrawFirstQuarter(const Canvas& canvas, const Layers& layers
         // Bytes are counted, not pixels: the last one can be drawn in part.
         const double bytes = 4.0 * static_cast<double>(middle - y) * slope;
         const Run run = layers.Within(begin, begin, static_cast<size_t>(std::clamp(bytes, 0.0, most)));
-        layers.Row(y, {&run, 1});
+        layers.Draw(y, run);
     }
     layers.Rest(middle);
 }
@@ -37,7 +37,7 @@ void CMkClockEffect::DrawMiddleQuarters(const Canvas& canvas, const Layers& laye
     const Run rightHalf = RightHalf(canvas, layers);
     const double past = angle - kQuarter;
     const bool straightDown = MkEq(angle, kHalf), swept = !MkEq(past, 0) && !MkEq(past, kQuarter);
-    for (size_t y = 0; y < (straightDown ? height : middle); ++y) layers.Row(y, {&rightHalf, 1});
+    layers.Draw(0, straightDown ? height : middle, {&rightHalf, 1});
     const size_t centre = canvas.width / 2;
     const double slope = std::tan(past);
     const auto most = static_cast<double>(centre);
@@ -46,7 +46,7 @@ void CMkClockEffect::DrawMiddleQuarters(const Canvas& canvas, const Layers& laye
         const double column = std::clamp(static_cast<double>(y - middle) / slope, -most, most);
         const size_t begin = 4 * (centre + static_cast<size_t>(static_cast<ptrdiff_t>(column)));
         const Run run = layers.Within(begin, begin, 8 * centre - begin);
-        layers.Row(y, {&run, 1});
+        layers.Draw(y, run);
     }
     layers.Rest(swept || straightDown ? height : middle);
 }
@@ -65,10 +65,10 @@ void CMkClockEffect::DrawLastQuarter(const Canvas& canvas, const Layers& layers,
     for (size_t y = 0; y < middle; ++y) {
         const double pixels = half - static_cast<double>(middle - y) / slope;
         if (swept) runs[0] = layers.Within(0, 0, 4 * static_cast<size_t>(std::max(0.0, pixels)));
-        layers.Row(y, runs);
+        layers.Draw(y, y + 1, runs);
     }
     const Run whole = layers.Within(0, 0, canvas.out.pitch);
-    for (size_t y = middle; y < height; ++y) layers.Row(y, {&whole, 1});
+    layers.Draw(middle, height, {&whole, 1});
     layers.Rest(height);
 }
 

@@ -16,11 +16,6 @@ void Copy(uint8_t* to, const uint8_t* from, size_t bytes) {
     if (bytes) AVBasedMemCopy(to, from, bytes); // planes without bytes may have no address
 }
 
-// Bytes of a row that are copied.
-size_t SharedBytes(const Plane8& to, const Plane8& from) {
-    return to.pitch == from.pitch ? to.pitch : std::min(to.width, from.width);
-}
-
 bool Holds(const Plane8& plane, size_t rowBytes, size_t rows) {
     return plane.data && plane.width >= rowBytes && plane.pitch >= rowBytes && plane.rows >= rows;
 }
@@ -54,54 +49,48 @@ void CopyPicture(const Plane8& to, const Plane8& from) {
         CopyRows(to, from);
 }
 
+namespace {
+
+Plane8 Shared(const Canvas& canvas, const Plane8& plane) {
+    const size_t width =
+        plane.pitch == canvas.out.pitch ? plane.pitch : std::min(plane.width, canvas.out.width);
+    return {plane.data, width, plane.pitch, plane.rows};
+}
+
+Plane8 Rows(const Plane8& plane, size_t begin, size_t end) {
+    return {plane.Row(begin), plane.width, plane.pitch, end - begin};
+}
+
+} // namespace
+
 Layers::Layers(const Canvas& canvas, const Plane8& under, const Plane8& over)
     : m_Out(canvas.out)
-    , m_Under(under)
-    , m_Over(over)
-    , m_nUnderBytes(SharedBytes(m_Out, under))
-    , m_nOverBytes(SharedBytes(m_Out, over))
+    , m_Under(Shared(canvas, under))
+    , m_Over(Shared(canvas, over))
     , m_nPictureBytes(canvas.RowBytes())
-    , m_nRows(std::min(m_Out.rows, under.rows)) {}
-
-void Layers::Plain(size_t beginRow, size_t endRow) const {
-    if (beginRow >= endRow) return;
-    const auto part = [&](Plane8 plane) {
-        return Plane8{plane.Row(beginRow), plane.width, plane.pitch, endRow - beginRow};
-    };
-    CopyPicture(part(m_Out), part(m_Under));
-}
+    , m_nRows(std::min(canvas.out.rows, under.rows))
+    , m_Kernels(kernels::SelectTransitionKernels(AVBasedGetCPUFeatures())) {}
 
 Run Layers::Within(size_t begin, size_t from, size_t bytes) const {
     const size_t place = std::max(begin, from);
-    const size_t room = m_nOverBytes - std::min(place, m_nOverBytes);
+    const size_t room = m_Over.width - std::min(place, m_Over.width);
     return {begin, begin + std::min(bytes, room), from};
 }
 
-void Layers::Row(size_t y, std::span<const Run> runs) const {
-    uint8_t* const out = m_Out.Row(y);
-    const uint8_t *const under = m_Under.Row(y), *const over = m_Over.Row(y);
-    size_t at = 0;
-    for (const Run& run : runs) {
-        if (run.begin >= run.end) continue;
-        const size_t gapEnd = std::min(run.begin, m_nUnderBytes);
-        if (at < gapEnd) Copy(out + at, under + at, gapEnd - at);
-        Copy(out + run.begin, over + run.from, run.end - run.begin);
-        at = run.end;
-    }
-    if (at < m_nUnderBytes) Copy(out + at, under + at, m_nUnderBytes - at);
+void Layers::Plain(size_t beginRow, size_t endRow) const {
+    if (beginRow < endRow) CopyPicture(Rows(m_Out, beginRow, endRow), Rows(m_Under, beginRow, endRow));
 }
 
-void Layers::Stripes(size_t y, size_t begin, size_t bytes) const {
-    uint8_t* const out = m_Out.Row(y);
-    const uint8_t *const under = m_Under.Row(y), *const over = m_Over.Row(y);
-    size_t at = 0;
-    for (size_t x = begin; x < m_nPictureBytes; x += 2 * bytes) {
-        const size_t end = std::min(x + bytes, m_nPictureBytes);
-        Copy(out + at, under + at, x - at);
-        Copy(out + x, over + x, end - x);
-        at = end;
-    }
-    Copy(out + at, under + at, m_nUnderBytes - at);
+void Layers::Draw(size_t beginRow, size_t endRow, std::span<const Run> runs) const {
+    m_Kernels.overlayRuns(Rows(m_Out, beginRow, endRow), Rows(m_Under, beginRow, endRow),
+                          Rows(m_Over, beginRow, endRow), runs.data(), runs.size());
+}
+
+void Layers::DrawStripes(size_t beginRow, size_t endRow, size_t begin, size_t bytes) const {
+    Plane8 over = Rows(m_Over, beginRow, endRow);
+    over.width = m_nPictureBytes;
+    m_Kernels.overlayStripes(Rows(m_Out, beginRow, endRow), Rows(m_Under, beginRow, endRow), over, begin,
+                             bytes);
 }
 
 } // namespace AVBased

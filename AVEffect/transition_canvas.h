@@ -4,6 +4,7 @@
 #include <span>
 
 #include "AVEffect/frame_planes.h"
+#include "AVEffect/kernels/transition.h"
 
 namespace AVBased {
 
@@ -26,11 +27,7 @@ void CopyRows(const Plane8& to, const Plane8& from);
 /// Copies a whole picture: as it stands in memory, padding included, when the pitches are equal.
 void CopyPicture(const Plane8& to, const Plane8& from);
 
-/// Bytes of a row that come from the other picture.
-struct Run {
-    size_t begin, end; ///< in the row that is drawn
-    size_t from;       ///< in the other picture's row
-};
+using kernels::Run;
 
 /// Rows of one picture with runs of another over them. Each byte is written once.
 class Layers {
@@ -44,17 +41,19 @@ public:
     /// Rows as in the picture below.
     void Plain(size_t beginRow, size_t endRow) const;
     /// Runs follow each other from the left without overlapping; empty ones do no harm.
-    void Row(size_t y, std::span<const Run> runs) const;
+    void Draw(size_t beginRow, size_t endRow, std::span<const Run> runs) const;
+    void Draw(size_t row, const Run& run) const { Draw(row, row + 1, {&run, 1}); }
     /// Every other stretch of that many bytes from the other picture, from begin to the end of the picture.
-    void Stripes(size_t y, size_t begin, size_t bytes) const;
-    /// What frames hold below the picture that their size tells of.
+    void DrawStripes(size_t beginRow, size_t endRow, size_t begin, size_t bytes) const;
+    /// All rows from that one on as in the picture below, also those that a frame holds beyond its size.
     void Rest(size_t beginRow) const { Plain(beginRow, m_nRows); }
 
 private:
-    Plane8 m_Out, m_Under, m_Over;
-    size_t m_nUnderBytes, m_nOverBytes; // of a row: the pitch when it is the output's, else the picture
+    Plane8 m_Out;
+    Plane8 m_Under, m_Over; // their width: the pitch when it is the output's, else the picture
     size_t m_nPictureBytes;
     size_t m_nRows;
+    const kernels::TransitionKernels& m_Kernels;
 };
 
 } // namespace AVBased

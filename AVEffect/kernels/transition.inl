@@ -1,5 +1,60 @@
 // Bodies of the transition kernels, for one level.
 
+// Fewer bytes than twice Part, by the largest part that they hold, and again, overlapping.
+template <size_t Part>
+AVEFFECT_INLINE void CopyShort(uint8_t* to, const uint8_t* from, size_t bytes) {
+    if (bytes < Part) {
+        if constexpr (Part > 1) CopyShort<Part / 2>(to, from, bytes);
+        return;
+    }
+    uint8_t head[Part], tail[Part];
+    std::memcpy(head, from, Part);
+    std::memcpy(tail, from + bytes - Part, Part);
+    std::memcpy(to, head, Part);
+    std::memcpy(to + bytes - Part, tail, Part);
+}
+
+// Parts of rows are often too short to be worth a call.
+AVEFFECT_INLINE void CopyBytes(uint8_t* to, const uint8_t* from, size_t bytes) {
+    if (bytes < kLanes) {
+        CopyShort<kLanes / 2>(to, from, bytes);
+        return;
+    }
+    for (size_t x = 0; x + kLanes < bytes; x += kLanes) Store(to + x, Load<U8>(from + x));
+    Store(to + bytes - kLanes, Load<U8>(from + bytes - kLanes));
+}
+
+void OverlayRuns(Plane8 out, Plane8 under, Plane8 over, const Run* runs, size_t count) noexcept {
+    for (size_t y = 0; y < out.rows; ++y) {
+        uint8_t* const to = out.Row(y);
+        const uint8_t *const below = under.Row(y), *const above = over.Row(y);
+        size_t at = 0;
+        for (const Run* run = runs; run != runs + count; ++run) {
+            if (run->begin >= run->end) continue;
+            const size_t gapEnd = run->begin < under.width ? run->begin : under.width;
+            if (at < gapEnd) CopyBytes(to + at, below + at, gapEnd - at);
+            CopyBytes(to + run->begin, above + run->from, run->end - run->begin);
+            at = run->end;
+        }
+        if (at < under.width) CopyBytes(to + at, below + at, under.width - at);
+    }
+}
+
+void OverlayStripes(Plane8 out, Plane8 under, Plane8 over, size_t begin, size_t bytes) noexcept {
+    for (size_t y = 0; y < out.rows; ++y) {
+        uint8_t* const to = out.Row(y);
+        const uint8_t *const below = under.Row(y), *const above = over.Row(y);
+        size_t at = 0;
+        for (size_t x = begin; x < over.width; x += 2 * bytes) {
+            const size_t end = x + bytes < over.width ? x + bytes : over.width;
+            CopyBytes(to + at, below + at, x - at);
+            CopyBytes(to + x, above + x, end - x);
+            at = end;
+        }
+        CopyBytes(to + at, below + at, under.width - at);
+    }
+}
+
 // Draws a row from two others, register by register: op(old, a, b). The last register overlaps its
 // neighbour, so results may not depend on old bytes that they replace; shorter rows go through a buffer.
 template <class Op>
@@ -271,4 +326,4 @@ void MirrorRgba32(Plane32 out, Plane32 picture, ColumnGains gains) noexcept {
     }
 }
 
-constexpr TransitionKernels kKernels = {CrossFadeRgba32, MirrorRgba32};
+constexpr TransitionKernels kKernels = {OverlayRuns, OverlayStripes, CrossFadeRgba32, MirrorRgba32};

@@ -14,6 +14,45 @@ void ForColours(const Plane8& plane, Change change) {
             if (x % 4 != 3) change(plane.Row(y)[x], x, y);
 }
 
+// A byte of an overlay: whether it comes from the other plane, and from which place of its row.
+using Source = std::function<std::pair<bool, size_t>(size_t x, size_t width)>;
+
+KernelCase Overlay(const std::string& name, PlaneFunction kernel, Source source) {
+    return {name, 3, 1, std::move(kernel), [=](const auto& planes) {
+                for (size_t y = 0; y < planes[0].rows; ++y)
+                    for (size_t x = 0; x < planes[0].width; ++x) {
+                        const auto [over, from] = source(x, planes[0].width);
+                        planes[0].Row(y)[x] = over ? planes[2].Row(y)[from] : planes[1].Row(y)[x];
+                    }
+            }};
+}
+
+void AddOverlayCases(std::vector<KernelCase>& cases, unsigned features) {
+    const auto& kernels = AVBased::kernels::SelectTransitionKernels(features);
+    // The middle third from the row's beginning, the last sixth as it stands.
+    cases.push_back(Overlay(
+        "overlayRuns",
+        [=](const auto& planes) {
+            const size_t width = planes[0].width, third = width / 3, last = width - width / 6;
+            const AVBased::kernels::Run runs[] = {{third, 2 * third, 0}, {5, 5, 0}, {last, width, last}};
+            kernels.overlayRuns(planes[0], planes[1], planes[2], runs, 3);
+        },
+        [](size_t x, size_t width) {
+            const size_t third = width / 3;
+            const bool middle = x >= third && x < 2 * third;
+            return std::pair{middle || x >= width - width / 6, middle ? x - third : x};
+        }));
+    for (const auto& [begin, bytes] : {std::pair<size_t, size_t>{0, 384}, {40, 40}, {1, 1}, {0, 37}})
+        cases.push_back(Overlay(
+            "overlayStripes " + std::to_string(bytes),
+            [=, from = begin, stripe = bytes](const auto& planes) {
+                kernels.overlayStripes(planes[0], planes[1], planes[2], from, stripe);
+            },
+            [=, from = begin, stripe = bytes](size_t x, size_t) {
+                return std::pair{x >= from && (x - from) / stripe % 2 == 0, x};
+            }));
+}
+
 } // namespace
 
 uint8_t CrossFaded(int a, int b, double progress) {
@@ -22,6 +61,7 @@ uint8_t CrossFaded(int a, int b, double progress) {
 }
 
 void AddTransitionCases(std::vector<KernelCase>& cases, unsigned features) {
+    AddOverlayCases(cases, features);
     const auto& kernels = AVBased::kernels::SelectTransitionKernels(features);
     for (const double progress : {0.3, 0.0, 0.123, 7.0 / 25, 1 / 3.0, 0.5, 6 / 7.0, 1.0, 1.5, -0.25})
         cases.push_back({"crossFadeRgba32 " + std::to_string(progress), 3, 4,
