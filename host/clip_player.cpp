@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "host/error.h"
-#include "host/orientation.h"
 
 namespace aveffect {
 
@@ -13,8 +12,6 @@ ClipPlayer::ClipPlayer(const ClipScan& scan, AVRational rate, unsigned threads,
                        const std::atomic<bool>& cancel)
     : m_source(scan.request, Source::Others::None, threads, cancel)
     , m_interval(av_inv_q(rate)) {
-    if (const std::string turn = UprightFilter(m_source.Pictures()); !turn.empty())
-        m_turner.emplace(turn, "turned upright");
     Read();
     if (!m_next) throw Error(ErrorKind::Input, scan.request.path + " holds no picture that can be decoded");
 }
@@ -38,7 +35,7 @@ AVFramePtr ClipPlayer::At(int64_t tick) {
         Read();
         changed = true;
     }
-    if (changed && m_turner) m_shown = m_turner->Apply(std::move(m_shown));
+    if (changed) m_shown = m_upright.Apply(std::move(m_shown), m_source.Pictures());
     AVFramePtr picture(av_frame_clone(m_shown.get()));
     if (!picture) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");
     return picture;

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "host/clip_scan.h"
-#include "host/picture_filter.h"
+#include "host/orientation.h"
 
 namespace aveffect {
 
@@ -26,7 +26,7 @@ private:
 
     Source m_source;
     AVRational m_interval; ///< seconds a tick
-    std::optional<PictureFilter> m_turner;
+    Upright m_upright;
     mediabridge::AVFramePtr m_shown;
     mediabridge::AVFramePtr m_next; ///< null at the end
     int64_t m_read = 0;

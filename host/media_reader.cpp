@@ -6,7 +6,6 @@
 
 #include "host/error.h"
 #include "host/error_record.h"
-#include "host/orientation.h"
 #include "host/working_format.h"
 #include "mediabridge/pixel_formats.h"
 
@@ -30,9 +29,6 @@ MediaReader::MediaReader(const std::string& url)
     Open(m_audio, FindSound(*m_input, request, nullptr));
     if (!m_video.stream && !m_audio.stream)
         throw Error(ErrorKind::Input, m_path + " has neither pictures nor sound that can be decoded");
-    if (m_video.stream)
-        if (const std::string turn = UprightFilter(*m_video.stream); !turn.empty())
-            m_turner.emplace(turn, "turned upright");
     for (unsigned index = 0; index < m_input->nb_streams; ++index) {
         AVStream* stream = m_input->streams[index];
         if (stream != m_video.stream && stream != m_audio.stream) stream->discard = AVDISCARD_ALL;
@@ -128,7 +124,7 @@ bool MediaReader::Locate(AVBased::AVItem& item, const AVFrame& frame, const AVSt
 AVFramePtr MediaReader::Shown(AVFramePtr picture) {
     // The container's word on the pixels' shape overrules the codec's.
     picture->sample_aspect_ratio = av_guess_sample_aspect_ratio(m_input.get(), m_video.stream, picture.get());
-    if (m_turner) picture = m_turner->Apply(std::move(picture));
+    picture = m_upright.Apply(std::move(picture), *m_video.stream);
     const auto format = static_cast<AVPixelFormat>(picture->format);
     const int width = SquareWidth(*picture);
     if (width == picture->width && mediabridge::FrameFormat(format, picture->color_range)) return picture;

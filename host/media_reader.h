@@ -8,7 +8,7 @@
 
 #include "aveffect/media.h"
 #include "host/input.h"
-#include "host/picture_filter.h"
+#include "host/orientation.h"
 #include "host/source_request.h"
 #include "mediabridge/audio_frame.h"
 #include "mediabridge/scaler.h"
@@ -58,7 +58,7 @@ private:
     mediabridge::AVPacketPtr m_packet;
     mediabridge::VideoFrame::Ptr m_picture;
     mediabridge::AudioFrame::Ptr m_sound;
-    std::optional<PictureFilter> m_turner;
+    Upright m_upright;
     std::optional<mediabridge::Scaler> m_scaler;
     std::tuple<AVPixelFormat, int, int> m_scaled; ///< source format and target size of the scaler
     mediabridge::SwrContextPtr m_resampler;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 extern "C" {
 #include <libavutil/display.h>
@@ -9,10 +10,14 @@ extern "C" {
 
 namespace aveffect {
 
+namespace {
+constexpr size_t kMatrixBytes = 9 * sizeof(int32_t);
+}
+
 const int32_t* DisplayMatrix(const AVStream& stream) {
     size_t size = 0;
     const uint8_t* data = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    if (!data || size < 9 * sizeof(int32_t)) return nullptr;
+    if (!data || size < kMatrixBytes) return nullptr;
     const auto* matrix = reinterpret_cast<const int32_t*>(data);
     const auto turn = TurnFilter(matrix);
     return turn && turn->empty() ? nullptr : matrix;
@@ -34,9 +39,16 @@ std::optional<std::string> TurnFilter(const int32_t matrix[9]) {
     return std::nullopt;
 }
 
-std::string UprightFilter(const AVStream& stream) {
+mediabridge::AVFramePtr Upright::Apply(mediabridge::AVFramePtr picture, const AVStream& stream) {
     const int32_t* matrix = DisplayMatrix(stream);
-    return matrix ? TurnFilter(matrix).value_or("") : "";
+    if (!matrix)
+        if (const AVFrameSideData* own = av_frame_get_side_data(picture.get(), AV_FRAME_DATA_DISPLAYMATRIX))
+            if (own->size >= kMatrixBytes) matrix = reinterpret_cast<const int32_t*>(own->data);
+    const std::string words = matrix ? TurnFilter(matrix).value_or("") : "";
+    if (words.empty()) return picture;
+    if (!m_filter || m_words != words) m_filter.emplace(words, "turned upright");
+    m_words = words;
+    return m_filter->Apply(std::move(picture));
 }
 
 double PixelAspect(const AVFrame& picture) {

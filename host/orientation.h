@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/av_owner.h"
+#include "host/picture_filter.h"
 
 namespace aveffect {
 
@@ -14,8 +15,16 @@ const int32_t* DisplayMatrix(const AVStream& stream);
 /// libavfilter's words for what a display matrix asks for; absent when it is no multiple of a quarter turn.
 std::optional<std::string> TurnFilter(const int32_t matrix[9]);
 
-/// libavfilter's words for what turns a stream's pictures upright, empty when nothing can or has to.
-std::string UprightFilter(const AVStream& stream);
+/// Turns pictures upright, as far as that takes quarter turns and mirrors. Used by one thread at a time.
+class Upright {
+public:
+    /// The stream's word counts; where it says nothing, each picture's own (photos say it so).
+    mediabridge::AVFramePtr Apply(mediabridge::AVFramePtr picture, const AVStream& stream);
+
+private:
+    std::string m_words; ///< the filter's
+    std::optional<PictureFilter> m_filter;
+};
 
 /// The shape of a picture's pixels, width to height; 1 when it is not said, or is no shape that a screen has.
 double PixelAspect(const AVFrame& picture);
