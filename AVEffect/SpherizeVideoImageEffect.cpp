@@ -14,19 +14,10 @@ namespace AVBased {
 
 namespace {
 
-constexpr uint32_t kWhitePixel = 0xFFFFFFFF;
-constexpr uint32_t kWhiteLuma = 235, kWhiteChroma = 128;
-
 /// What the change tests take a new scale for.
 int32_t LowBits(double scale) { return static_cast<int32_t>(std::bit_cast<uint64_t>(scale)); }
 
 } // namespace
-
-CCircleMapEffect::CCircleMapEffect(const char* name, bool fillsPacked, bool writesRimLater)
-    : CBasedVideoImageEffect(name)
-    , m_bFillsPacked(fillsPacked)
-    , m_bWritesRimLater(writesRimLater)
-    , m_Kernels(kernels::SelectRemapKernels(AVBasedGetCPUFeatures())) {}
 
 bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
     if (m_nRadius < 0 || m_nX < 0 || m_nY < 0) return false;
@@ -36,11 +27,12 @@ bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
     const Rectangle rectangle = {x - std::min(x, r), std::min(x + r, width), y - std::min(y, r),
                                  std::min(y + r, height)};
     if (rectangle.yEnd <= rectangle.yBegin || rectangle.xEnd <= rectangle.xBegin) return false;
-    const size_t columns = rectangle.xEnd - rectangle.xBegin, rows = rectangle.yEnd - rectangle.yBegin;
-    m_nMapValid = 0;
-    m_Mapped = {};
-    m_Sources.resize(columns * rows);
-    m_Rectangle = rectangle;
+    const size_t columns = rectangle.xEnd - rectangle.xBegin;
+    BeginMap(rectangle);
+    m_nFirstRow = rectangle.yBegin;
+    m_nColumns = columns;
+    m_Columns.resize(columns * (rectangle.yEnd - rectangle.yBegin));
+    m_Rows.resize(m_Columns.size());
     // Rows as far above the centre as below it share their costly part.
     const auto farthest = [](int64_t centre, size_t begin, size_t end) {
         return std::max(centre - static_cast<int64_t>(begin), static_cast<int64_t>(end) - 1 - centre);
@@ -52,98 +44,21 @@ bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
             const int64_t row = m_nY + dy;
             if (row < static_cast<int64_t>(rectangle.yBegin) || row >= static_cast<int64_t>(rectangle.yEnd))
                 continue;
-            Source* const sources = &m_Sources[(static_cast<size_t>(row) - rectangle.yBegin) * columns];
-            for (size_t i = 0; i < columns; ++i)
-                sources[i] = SourceOf(static_cast<int64_t>(rectangle.xBegin + i) - m_nX, dy);
+            const size_t first = (static_cast<size_t>(row) - rectangle.yBegin) * columns;
+            for (size_t i = 0; i < columns; ++i) {
+                const Source source = SourceOf(static_cast<int64_t>(rectangle.xBegin + i) - m_nX, dy);
+                m_Columns[first + i] = static_cast<uint32_t>(source.x);
+                m_Rows[first + i] = static_cast<uint32_t>(source.y);
+            }
         }
     }
     m_nMapValid = 1;
     return true;
 }
 
-// Samples that come from themselves are left out: they hold what they would get.
-void CCircleMapEffect::MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills) const {
-    map.Begin(pitch);
-    for (size_t y = m_Rectangle.yBegin; y < std::min(m_Rectangle.yEnd, height); ++y)
-        for (size_t x = m_Rectangle.xBegin; x < std::min(m_Rectangle.xEnd, width); ++x) {
-            const auto sx = static_cast<uint32_t>(At(x, y).x), sy = static_cast<uint32_t>(At(x, y).y);
-            if (sx >= width || sy >= height) {
-                if (fills) map.AddFill(x, y);
-            } else if (sx != x || sy != y) {
-                map.AddSource(x, y, sx, sy);
-            }
-        }
-}
-
-// A chroma sample is written with each of its luma samples, so the last one that is written decides.
-void CCircleMapEffect::MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& copy,
-                                 bool atOnce) const {
-    map.Begin(copy.pitch);
-    const size_t xEnd = std::min(m_Rectangle.xEnd, view.y.width),
-                 yEnd = std::min(m_Rectangle.yEnd, view.y.rows);
-    if (m_Rectangle.xBegin >= xEnd || m_Rectangle.yBegin >= yEnd || copy.Empty()) return;
-    const unsigned h = view.horizontalShift, v = view.verticalShift;
-    const auto decide = [&](size_t cx, size_t cy) {
-        const size_t top = std::max(cy << v, m_Rectangle.yBegin),
-                     left = std::max(cx << h, m_Rectangle.xBegin);
-        for (size_t y = std::min((cy + 1) << v, yEnd); y-- > top;)
-            for (size_t x = std::min((cx + 1) << h, xEnd); x-- > left;) {
-                if (atOnce && !WrittenAtOnce(static_cast<int64_t>(x) - m_nX, static_cast<int64_t>(y) - m_nY))
-                    continue;
-                const auto sx = static_cast<uint32_t>(At(x, y).x), sy = static_cast<uint32_t>(At(x, y).y);
-                const size_t fromX = std::min<size_t>(sx >> h, copy.width - 1);
-                const size_t fromY = std::min<size_t>(sy >> v, copy.rows - 1);
-                if (sx >= view.y.width || sy >= view.y.rows)
-                    map.AddFill(cx, cy);
-                else if (fromX != cx || fromY != cy)
-                    map.AddSource(cx, cy, fromX, fromY);
-                return;
-            }
-    };
-    for (size_t cy = m_Rectangle.yBegin >> v; cy <= (yEnd - 1) >> v && cy < copy.rows; ++cy)
-        for (size_t cx = m_Rectangle.xBegin >> h; cx <= (xEnd - 1) >> h && cx < copy.width; ++cx)
-            decide(cx, cy);
-}
-
-void CCircleMapEffect::BuildPacked(Plane32 plane, Plane32 copy) {
-    if (BuildMap(plane.width, plane.rows)) ReplayPacked(plane, copy);
-}
-
-void CCircleMapEffect::ReplayPacked(Plane32 plane, Plane32 copy) {
-    assert(plane.data != NULL);
-    const Geometry geometry = {true, plane.width, plane.rows, copy.pitch};
-    if (m_Mapped != geometry) {
-        m_Mapped = {};
-        MapPlane(m_Pixels, plane.width, plane.rows, copy.pitch, m_bFillsPacked);
-        m_Mapped = geometry;
-    }
-    m_Pixels.Apply(m_Kernels, plane.Bytes(), copy.data, kWhitePixel);
-}
-
-void CCircleMapEffect::ApplyPlanar(const PlanarView& view, const PlanarView& copy, bool atOnce) {
-    assert(view.y.data != NULL);
-    const Geometry geometry = {
-        false,       view.y.width, view.y.rows,  copy.y.pitch,         view.u.width,
-        view.u.rows, copy.u.pitch, copy.v.pitch, view.horizontalShift, view.verticalShift};
-    const bool oneChroma = SameShape(copy.u, copy.v);
-    if (m_Mapped != geometry || atOnce) {
-        m_Mapped = {};
-        MapPlane(m_Luma, view.y.width, view.y.rows, copy.y.pitch, true);
-        MapChroma(m_U, view, copy.u, atOnce);
-        if (!oneChroma) MapChroma(m_V, view, copy.v, atOnce);
-        if (!atOnce) m_Mapped = geometry;
-    }
-    m_Luma.Apply(m_Kernels, view.y, copy.y.data, kWhiteLuma);
-    m_U.Apply(m_Kernels, view.u, copy.u.data, kWhiteChroma);
-    (oneChroma ? m_U : m_V).Apply(m_Kernels, view.v, copy.v.data, kWhiteChroma);
-}
-
-void CCircleMapEffect::BuildPlanar(const PlanarView& view, const PlanarView& copy) {
-    if (BuildMap(view.y.width, view.y.rows)) ApplyPlanar(view, copy, m_bWritesRimLater);
-}
-
-void CCircleMapEffect::ReplayPlanar(const PlanarView& view, const PlanarView& copy) {
-    ApplyPlanar(view, copy, false);
+SamplePlaces CCircleMapEffect::SourcesOf(size_t y) {
+    const size_t first = (y - m_nFirstRow) * m_nColumns;
+    return {&m_Columns[first], &m_Rows[first]};
 }
 
 // Spherize
@@ -156,7 +71,7 @@ uint32_t Squares(int64_t dx, int64_t dy) { return static_cast<uint32_t>(dx * dx 
 } // namespace
 
 CSpherizeVideoImageEffect::CSpherizeVideoImageEffect()
-    : CCircleMapEffect(effectNameSpherize, false, false) {}
+    : CCircleMapEffect(effectNameSpherize, Outside::PlanarWhite, false) {}
 
 void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -215,7 +130,7 @@ void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
 // Rotate
 
 CRotateVideoImageEffect::CRotateVideoImageEffect()
-    : CCircleMapEffect(effectNameRotate, true, true) {}
+    : CCircleMapEffect(effectNameRotate, Outside::White, true) {}
 
 void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);

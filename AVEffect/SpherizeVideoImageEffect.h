@@ -1,45 +1,30 @@
 #pragma once
-/// Distortions within a circle: every pixel of it comes from a place that is computed once and stored.
+/// Distortions within a circle.
 #include <cmath>
 #include <limits>
 #include <vector>
 
-#include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/plane_map.h"
+#include "AVEffect/StoredMapEffect.h"
 
 namespace AVBased {
 
-/// What spherize and rotate share: the circle, and the map of where its pixels come from. The map is made on
-/// the first frame and replayed on later ones, whatever their size and format, until a property says
-/// otherwise.
-class CCircleMapEffect : public CBasedVideoImageEffect {
+/// What spherize and rotate share: the circle.
+class CCircleMapEffect : public CStoredMapEffect {
 protected:
+    using CStoredMapEffect::CStoredMapEffect;
+
     /// A place in the picture; it may lie outside.
     struct Source {
         int32_t x, y;
     };
-
-    /// Packed pixels from outside the picture are white and opaque with fillsPacked, else they are left
-    /// alone. With writesRimLater the frame that the map is made on leaves out what WrittenAtOnce says.
-    CCircleMapEffect(const char* name, bool fillsPacked, bool writesRimLater);
 
     /// Where the pixel at that distance from the centre comes from.
     virtual Source SourceOf(int64_t dx, int64_t dy) const = 0;
     /// Told of the distance of a row from the centre, and of the farthest pixel in it from the centre's
     /// column, before its pixels' sources, above and below, are asked for.
     virtual void PrepareRow(int64_t dy, int64_t farthest) = 0;
-    /// Whether the pixel is written already by the frame that the map is made on.
-    virtual bool WrittenAtOnce(int64_t, int64_t) const { return true; }
 
-    /// Makes the map for pictures of that size in pixels. False, and no map, where circle and picture don't
-    /// meet as they must.
-    bool BuildMap(size_t width, size_t height);
-
-    void BuildPacked(Plane32 plane, Plane32 copy);
-    void ReplayPacked(Plane32 plane, Plane32 copy);
-    void BuildPlanar(const PlanarView& view, const PlanarView& copy);
-    void ReplayPlanar(const PlanarView& view, const PlanarView& copy);
+    bool BuildMap(size_t width, size_t height) override;
 
     /// To a 32-bit integer as the processor converts: what does not fit becomes the lowest one, far outside
     /// every picture.
@@ -52,35 +37,12 @@ protected:
     int m_nRadius = 0;
     int m_nX = 0, m_nY = 0; // the centre
     double m_dScale = 0;
-    int16_t m_nMapValid = 0;
 
 private:
-    struct Rectangle {
-        size_t xBegin = 0, xEnd = 0, yBegin = 0, yEnd = 0;
-    };
-    /// What the replayed maps of planes hold for.
-    struct Geometry {
-        bool packed = false;
-        size_t width = 0, height = 0, pitch = 0, chromaWidth = 0, chromaRows = 0, uPitch = 0, vPitch = 0;
-        unsigned horizontalShift = 0, verticalShift = 0;
-        bool operator==(const Geometry&) const = default;
-    };
+    SamplePlaces SourcesOf(size_t y) override;
 
-    const Source& At(size_t x, size_t y) const {
-        return m_Sources[(y - m_Rectangle.yBegin) * (m_Rectangle.xEnd - m_Rectangle.xBegin) +
-                         (x - m_Rectangle.xBegin)];
-    }
-    void MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills) const;
-    void MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& copy, bool atOnce) const;
-    void ApplyPlanar(const PlanarView& view, const PlanarView& copy, bool atOnce);
-
-    bool m_bFillsPacked;
-    bool m_bWritesRimLater;
-    const kernels::RemapKernels& m_Kernels;
-    Rectangle m_Rectangle;
-    std::vector<Source> m_Sources;                   // of the rectangle's pixels, in row order
-    Geometry m_Mapped;                               // no plane map holds while its width is 0
-    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1}; // one for both chroma planes where they are alike
+    size_t m_nFirstRow = 0, m_nColumns = 0;  // of the map
+    std::vector<uint32_t> m_Columns, m_Rows; // that its pixels come from, in row order
 };
 
 /// Pulls the pixels of a circle in or out along their rays.
@@ -121,7 +83,9 @@ private:
 
     void PrepareRow(int64_t dy, int64_t farthest) override;
     Source SourceOf(int64_t dx, int64_t dy) const override;
-    bool WrittenAtOnce(int64_t dx, int64_t dy) const override { return Inside(dx, dy); }
+    bool WrittenAtOnce(size_t x, size_t y) const override {
+        return Inside(static_cast<int64_t>(x) - m_nX, static_cast<int64_t>(y) - m_nY);
+    }
     bool Inside(int64_t dx, int64_t dy) const {
         const auto squares = static_cast<float>(dx * dx + dy * dy);
         return static_cast<float>(m_nRadius) > std::sqrt(squares);

@@ -7,6 +7,12 @@
 
 namespace AVBased {
 
+/// Where samples come from: a column and a row for each.
+struct SamplePlaces {
+    const uint32_t* columns;
+    const uint32_t* rows;
+};
+
 /// Samples of some rows, in row order, each with the place of its source or marked to be filled. Samples that
 /// were not added stay as they are.
 class PlaneMap {
@@ -15,21 +21,29 @@ public:
     explicit PlaneMap(size_t bytes) noexcept
         : m_nBytes(bytes) {}
 
-    /// Forgets all samples; what was allocated stays. The sources' rows will be pitch bytes apart.
-    void Begin(size_t sourcePitch) {
+    /// Forgets all samples and makes room for that many, so that they need not move later; what was allocated
+    /// stays. The sources' rows will be pitch bytes apart.
+    void Begin(size_t sourcePitch, size_t samples = 0) {
         m_nSourcePitch = sourcePitch;
         m_Spans.clear();
         m_Offsets.clear();
+        m_Offsets.reserve(samples);
     }
 
     /// Sample (x, y) comes from sample (sx, sy). Samples are added in row order.
     void AddSource(size_t x, size_t y, size_t sx, size_t sy) {
-        Extend(x, y, false);
-        m_Offsets.push_back(static_cast<uint32_t>(sy * m_nSourcePitch + sx * m_nBytes));
+        if (!m_Spans.empty() && m_Spans.back().EndsAt(x, y))
+            ++m_Spans.back().count;
+        else
+            m_Spans.push_back({static_cast<uint32_t>(x), static_cast<uint32_t>(y), 1, false});
+        m_Offsets.push_back(OffsetOf(sx, sy));
     }
 
-    /// Sample (x, y) will be filled.
-    void AddFill(size_t x, size_t y) { Extend(x, y, true); }
+    /// Samples of row y from x on, of a plane of width x height samples, sources included. Those from outside
+    /// it will be filled with fills, else they are left out. Those that come from themselves are left out
+    /// too: they hold what they would get.
+    void AddRow(size_t x, size_t y, SamplePlaces places, size_t count, size_t width, size_t height,
+                bool fills);
 
     /// Moves and fills the samples of a plane. Every sample and every source must lie inside; source is a
     /// plane of the pitch given to Begin, or the plane itself when every sample comes from itself or a later
@@ -41,17 +55,12 @@ private:
     struct Span {
         uint32_t x, y, count;
         bool filled;
+
+        bool EndsAt(size_t toX, size_t toY) const { return !filled && y == toY && x + count == toX; }
     };
 
-    void Extend(size_t x, size_t y, bool filled) {
-        if (!m_Spans.empty()) {
-            Span& last = m_Spans.back();
-            if (last.y == y && last.x + last.count == x && last.filled == filled) {
-                ++last.count;
-                return;
-            }
-        }
-        m_Spans.push_back({static_cast<uint32_t>(x), static_cast<uint32_t>(y), 1, filled});
+    uint32_t OffsetOf(size_t sx, size_t sy) const {
+        return static_cast<uint32_t>(sy * m_nSourcePitch + sx * m_nBytes);
     }
 
     size_t m_nBytes;

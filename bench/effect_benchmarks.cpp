@@ -84,6 +84,8 @@ std::vector<Settings> SettingsOf(const std::string& effect) {
         {"atomize",
          {{"", {{"atomize_ishorizontal", "1"}, {"atomize_isvertical", "1"}, {"atomize_level", "16"}}}}},
         {"addnoise", {{"", {{"addnoise_level", "-12"}}}}},
+        {"tilereflect",
+         {{"", {{"tilereflect_angle", "30"}, {"tilereflect_size", "60"}, {"tilereflect_curvature", "8"}}}}},
         {"EffectNameRotate90X",
          {{" quarter", {{"Rotate90XDerection", "1"}}}, {" half", {{"Rotate90XDerection", "2"}}}}},
     };

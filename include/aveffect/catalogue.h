@@ -36,10 +36,14 @@ constexpr char effectNameMirage[] = "mirage";
 constexpr char effectNameTransparency[] = "transparency";
 constexpr char effectNameColorFilter[] = "colorfilter";
 constexpr char effectNameAtomize[] = "atomize";
+constexpr char effectNamePopStyle[] = "popstyle";
 constexpr char effectNameDilate[] = "dilate";
 constexpr char effectNameErode[] = "erode";
 constexpr char effectNameRelief[] = "relief";
+constexpr char effectNameVideoWall[] = "videowall";
 constexpr char effectNameAddNoise[] = "addnoise";
+constexpr char effectNameTileReflect[] = "tilereflect";
+constexpr char effectNameMirrorInvert[] = "mirrorinvert";
 // Global pointers, unlike the others.
 inline constexpr const char* effectNameMkClock = "EffectNameMkClock";
 inline constexpr const char* effectNameMkTurn = "EffectNameMkTurn";
@@ -282,6 +286,31 @@ constexpr PropertyInfo kAddNoiseProperties[] = {
      "", -19, 12},
 };
 
+constexpr PropertyInfo kPopStyleProperties[] = {
+    {"popstyle_threshold", "0", kInt32, ValueKind::Number, "Threshold",
+     "What is brighter takes the colour; green counts as brightness. 128 until it is set.", "", 0, 255},
+    {"popstyle_color", "0", kInt32, ValueKind::Colour, "Colour",
+     "What bright parts become; 0xFFAFD1 until it is set.", "", 0, 0xFFFFFF},
+};
+constexpr PropertyInfo kVideoWallProperties[] = {
+    {"videowall_horiTiles", "3", kDouble, ValueKind::Number, "Columns",
+     "Tiles side by side; the last one may be cut.", "", 1, 1000, 1},
+    {"videowall_verTiles", "3", kDouble, ValueKind::Number, "Rows",
+     "Tiles on top of each other; the last one may be cut.", "", 1, 1000, 1},
+};
+constexpr PropertyInfo kTileReflectProperties[] = {
+    {"tilereflect_angle", "30", kInt32, ValueKind::Number, "Angle",
+     "Direction of the grid of tiles; a direction of its own until it is set.", "degrees", -180, 180},
+    {"tilereflect_size", "30", kInt32, ValueKind::Number, "Tile size",
+     "Width and height of a tile; larger than every picture until it is set.", "px", 1, 46080, kNoNeutral,
+     PixelAxis::Smaller},
+    {"tilereflect_curvature", "30", kInt32, ValueKind::Number, "Curvature",
+     "How strongly a tile bends the picture, growing with the square; 8 until it is set.", "", 0, 100},
+};
+constexpr PropertyInfo kMirrorInvertProperties[] = {
+    {"mirrorinvert_amount", "100", kInt32, ValueKind::Number, "Amount",
+     "Area of the circle that stays in place, of the largest one in the picture.", "%", -1000, 1000},
+};
 constexpr PropertyChoice kQuarterTurns[] = {
     {0, "none", "The picture stays as it is."},
     {1, "clockwise", "A quarter turn clockwise."},
@@ -358,14 +387,23 @@ constexpr PropertyInfo kTransitionProperties[] = {
         "Makes a colour transparent.", kColorFilterProperties)                                               \
     ROW(CAtomizeVideoImageEffect, effectNameAtomize, EffectKind::Distortion, kKeepsState | kDrawsRandom,     \
         "Atomize", "Scatters samples to the right and downwards.", kAtomizeProperties)                       \
+    ROW(CPopStyleVideoImageEffect, effectNamePopStyle, EffectKind::Look, kPlain, "Pop style",                \
+        "Makes a poster of one colour and black.", kPopStyleProperties)                                      \
     ROW(CDilateVideoImageEffect, effectNameDilate, EffectKind::Filter, kPlain, "Dilate",                     \
         "Spreads what is bright by two samples to the right and downwards.", {})                             \
     ROW(CErodeVideoImageEffect, effectNameErode, EffectKind::Filter, kPlain, "Erode",                        \
         "Spreads what is dark by two samples to the left and upwards.", {})                                  \
     ROW(CReliefVideoImageEffect, effectNameRelief, EffectKind::Filter, kPlain, "Relief",                     \
         "Lights the picture from a side, so that it looks raised.", kReliefProperties)                       \
+    ROW(CWallVideoImageEffect, effectNameVideoWall, EffectKind::Look, kPlain, "Video wall",                  \
+        "Repeats the picture, made smaller, over a grid of tiles.", kVideoWallProperties)                    \
     ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
         "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties) \
+    ROW(CTileReflectVideoImageEffect, effectNameTileReflect, EffectKind::Distortion, kKeepsState,            \
+        "Tile reflection", "Shows the picture through a turned grid of lenses.", kTileReflectProperties)     \
+    ROW(CMirrorInvertVideoImageEffect, effectNameMirrorInvert, EffectKind::Distortion, kKeepsState,          \
+        "Mirror inversion", "Exchanges the inside of a circle about the middle with its outside.",           \
+        kMirrorInvertProperties)                                                                             \
     ROW(CMkClockEffect, effectNameMkClock, EffectKind::Transition, kFollowsTime | kKeepsState, "Clock",      \
         "A clock's hand sweeps the second picture in, from twelve to twelve.", kTransitionProperties)        \
     ROW(CMkTurnEffect, effectNameMkTurn, EffectKind::Transition, kFollowsTime | kKeepsState, "Turn over",    \

@@ -96,6 +96,14 @@ TEST(Factory, TheCatalogueIsWhatTheContractLists) {
                               {"EffectNameMkFade", "EffectPropVFPath1", "", 0},
                               {"EffectNameMkRoll", "EffectPropVFPath2", "", 0},
                               {"EffectNameMkTurn", "EffectPropStartTime", "", 3},
+                              {"popstyle", "popstyle_threshold", "0", 3},
+                              {"popstyle", "popstyle_color", "0", 3},
+                              {"videowall", "videowall_horiTiles", "3", 1},
+                              {"videowall", "videowall_verTiles", "3", 1},
+                              {"tilereflect", "tilereflect_angle", "30", 3},
+                              {"tilereflect", "tilereflect_size", "30", 3},
+                              {"tilereflect", "tilereflect_curvature", "30", 3},
+                              {"mirrorinvert", "mirrorinvert_amount", "100", 3},
                               {"EffectNameRotate90X", "Rotate90XDerection", "0", 3}}) {
         int type = -1;
         EXPECT_STREQ(test::MakeVideo(p.effect)->GetProperty(p.name, &type), p.text);

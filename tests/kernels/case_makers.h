@@ -47,5 +47,7 @@ void AddNeighbourCases(std::vector<KernelCase>& cases, unsigned features);
 /// Kernels of the transitions, and the cross-fade's definition.
 void AddTransitionCases(std::vector<KernelCase>& cases, unsigned features);
 uint8_t CrossFaded(int a, int b, double progress);
+/// Kernels of posters, walls and lenses.
+void AddStyleCases(std::vector<KernelCase>& cases, unsigned features);
 
 } // namespace test

@@ -121,6 +121,7 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     AddPositionCases(cases, features);
     AddNeighbourCases(cases, features);
     AddTransitionCases(cases, features);
+    AddStyleCases(cases, features);
     return cases;
 }
 

@@ -1,0 +1,72 @@
+#pragma once
+/// The base of distortions whose pixels come from places that are computed once and stored.
+#include <vector>
+
+#include "AVEffect/CBasedVideoEffect.h"
+#include "AVEffect/frame_planes.h"
+#include "AVEffect/plane_map.h"
+
+namespace AVBased {
+
+/// The map is made on the first frame and replayed on later ones, whatever their size and format, until a
+/// property says otherwise. Pixels beyond the map stay as they are.
+class CStoredMapEffect : public CBasedVideoImageEffect {
+protected:
+    /// The part of the picture that the map is of.
+    struct Rectangle {
+        size_t xBegin = 0, xEnd = 0, yBegin = 0, yEnd = 0;
+    };
+    /// What becomes of pixels from outside the picture.
+    enum class Outside { Kept, White, PlanarWhite };
+
+    /// With writesRimLater the frame that the map is made on leaves out what WrittenAtOnce says.
+    CStoredMapEffect(const char* name, Outside outside, bool writesRimLater);
+
+    /// Makes the map for pictures of that size in pixels, and says so in m_nMapValid. False where there is
+    /// none.
+    virtual bool BuildMap(size_t width, size_t height) = 0;
+    /// Whether the pixel is written already by the frame that the map is made on.
+    virtual bool WrittenAtOnce(size_t, size_t) const { return true; }
+
+    /// Forgets the map. The next one is of that part of pictures.
+    void BeginMap(const Rectangle& rectangle);
+    /// Where the pixels of a row of the rectangle come from, as long as no other row is asked for; it may lie
+    /// outside the picture.
+    virtual SamplePlaces SourcesOf(size_t y) = 0;
+
+    void BuildPacked(Plane32 plane, Plane32 copy);
+    void ReplayPacked(Plane32 plane, Plane32 copy);
+    void BuildPlanar(const PlanarView& view, const PlanarView& copy);
+    void ReplayPlanar(const PlanarView& view, const PlanarView& copy);
+    /// The one of these four that the frame asks for, on its clone. Throws CBaseException 10021008, which
+    /// names the property, where a picture without pixels asks for a map.
+    void MapFrame(IRawVideoFrame* pFrame, const char* property);
+
+    int16_t m_nMapValid = 0;
+
+private:
+    /// What the replayed maps of planes hold for.
+    struct Geometry {
+        bool packed = false;
+        size_t width = 0, height = 0, pitch = 0;
+        size_t uWidth = 0, uRows = 0, uPitch = 0, vWidth = 0, vRows = 0, vPitch = 0;
+        unsigned horizontalShift = 0, verticalShift = 0;
+        bool operator==(const Geometry&) const = default;
+    };
+
+    void MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills);
+    void MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& copy, bool atOnce);
+    void FindChroma(size_t chromaRow, const PlanarView& view, const Plane8& copy, bool atOnce);
+    void ApplyPlanar(const PlanarView& view, const PlanarView& copy, bool atOnce);
+
+    Outside m_Outside;
+    bool m_bWritesRimLater;
+    const kernels::RemapKernels& m_Kernels;
+    Rectangle m_Rectangle;
+    std::vector<uint32_t> m_ChromaColumns, m_ChromaRows; // that a row's chroma comes from
+    std::vector<char> m_ChromaFound;
+    Geometry m_Mapped;                               // no plane map holds while its width is 0
+    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1}; // one for both chroma planes where they are alike
+};
+
+} // namespace AVBased

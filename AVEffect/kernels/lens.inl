@@ -1,0 +1,99 @@
+// Bodies of the lens kernels, for one level. All arithmetic is of 32 bits.
+
+constexpr size_t kPlaces = kLanes / 4; // of a register
+constexpr uint32_t kCounting[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+AVEFFECT_INLINE U32 ShiftRight(U32 x, int bits) { return (U32)((I32)x >> bits); }
+
+typedef double Doubles __attribute__((vector_size(kLanes)));
+typedef int32_t HalfWords __attribute__((vector_size(kLanes / 2)));
+
+// The quotients of signed 32-bit numbers, truncated; those of doubles lie near enough. By 0 it is any.
+AVEFFECT_INLINE U32 Quotients(int32_t dividend, U32 divisors) {
+    HalfWords halves[2];
+    std::memcpy(halves, &divisors, sizeof divisors);
+    for (HalfWords& half : halves)
+        half = __builtin_convertvector(dividend / __builtin_convertvector(half, Doubles), HalfWords);
+    return Load<U32>(halves);
+}
+
+// Numbers without sign modulo a size. The product with the inverse falls short of the quotient by less than
+// 2^-20, so the remainder can come out as the size itself.
+AVEFFECT_INLINE U32 Remainders(U32 numbers, uint32_t size) {
+    if (size == 1) return U32{}; // quotients of 32 bits
+    HalfWords halves[2];
+    const U32 lowered = numbers - 0x80000000u; // there are conversions from signed numbers alone
+    std::memcpy(halves, &lowered, sizeof lowered);
+    for (HalfWords& half : halves)
+        half = __builtin_convertvector((__builtin_convertvector(half, Doubles) + 2147483648.0) * (1.0 / size),
+                                       HalfWords);
+    numbers -= Load<U32>(halves) * size;
+    return numbers - ((U32)(numbers >= size) & size);
+}
+
+// From places about the middle to places of the picture. Most lie in it or next to it.
+struct Wrapper {
+    uint32_t size;
+    uint32_t middle; // added to a place
+
+    AVEFFECT_INLINE U32 operator()(U32 place) const {
+        place += middle;
+        place -= (U32)(place >= size) & size;
+        place -= (U32)(place >= size) & size;
+        return IsZero((U8)(place >= size)) ? place : Remainders(place, size);
+    }
+};
+
+// Writes a register of places from x on, those inside the row.
+AVEFFECT_INLINE void StorePlaces(uint32_t* to, size_t x, size_t width, U32 places) {
+    if (x + kPlaces <= width)
+        Store(to + x, places);
+    else
+        std::memcpy(to + x, &places, (width - x) * sizeof *to);
+}
+
+AVEFFECT_INLINE U32 Gather(const int32_t* table, U32 indices) {
+#if AVEFFECT_LANE_BYTES == 64
+    return (U32)_mm512_mask_i32gather_epi32(__m512i{}, 0xFFFF, (__m512i)indices, table, 4);
+#elif AVEFFECT_LANE_BYTES == 32
+    return (U32)_mm256_i32gather_epi32(table, (__m256i)indices, 4);
+#else
+    U32 entries;
+    for (size_t i = 0; i < kPlaces; ++i) entries[i] = static_cast<uint32_t>(table[indices[i]]);
+    return entries;
+#endif
+}
+
+AVEFFECT_INLINE U32 Bend(const int32_t* table, U32 along, uint32_t zoom) {
+    const U32 step = ShiftRight(along * zoom, 23) + 256;
+    return ShiftRight(Gather(table, step) + along, 15);
+}
+
+void TileRow(const TileLens& lens, uint32_t y, uint32_t* columns, uint32_t* rows) noexcept {
+    const uint32_t sine = static_cast<uint32_t>(lens.sine), cosine = static_cast<uint32_t>(lens.cosine);
+    const uint32_t zoom = static_cast<uint32_t>(lens.zoom);
+    // Once around, which brings most places left of the picture into it.
+    const Wrapper wrapColumn = {lens.size.width, lens.size.width / 2 + lens.size.width};
+    const Wrapper wrapRow = {lens.size.height, lens.size.height / 2 + lens.size.height};
+    const uint32_t dy = y - lens.size.height / 2;
+    U32 dx = Load<U32>(kCounting) - lens.size.width / 2;
+    for (size_t x = 0; x < lens.size.width; x += kPlaces, dx += kPlaces) {
+        const U32 u = Bend(lens.bends, dx * cosine + sine * dy, zoom);
+        const U32 v = Bend(lens.bends, cosine * dy - dx * sine, zoom);
+        StorePlaces(columns, x, lens.size.width, wrapColumn(ShiftRight(u * cosine - v * sine, 15)));
+        StorePlaces(rows, x, lens.size.width, wrapRow(ShiftRight(v * cosine + u * sine, 15)));
+    }
+}
+
+void InversionRow(LensSize size, int32_t power, uint32_t y, uint32_t* columns, uint32_t* rows) noexcept {
+    const Wrapper wrapColumn = {size.width, size.width / 2}, wrapRow = {size.height, size.height / 2};
+    const uint32_t dy = y - size.height / 2;
+    U32 dx = Load<U32>(kCounting) - size.width / 2;
+    for (size_t x = 0; x < size.width; x += kPlaces, dx += kPlaces) {
+        const U32 factors = Quotients(power, dx * dx + dy * dy);
+        StorePlaces(columns, x, size.width, wrapColumn(ShiftRight(dx * factors, 8)));
+        StorePlaces(rows, x, size.width, wrapRow(ShiftRight(factors * dy, 8)));
+    }
+}
+
+constexpr LensKernels kKernels = {TileRow, InversionRow};
