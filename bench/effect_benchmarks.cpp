@@ -86,6 +86,10 @@ std::vector<Settings> SettingsOf(const std::string& effect) {
         {"addnoise", {{"", {{"addnoise_level", "-12"}}}}},
         {"tilereflect",
          {{"", {{"tilereflect_angle", "30"}, {"tilereflect_size", "60"}, {"tilereflect_curvature", "8"}}}}},
+        {"edgelight", {{"", {}}, {" by 20", {{"edgelight_level", "20"}}}}},
+        {"spotlight",
+         {{"", {{"spotlight_x", kHalfWidth}, {"spotlight_y", kHalfHeight}, {"spotlight_r", kHalfHeight}}}}},
+        {"radiate", {{"", {{"radiate_x", kHalfWidth}, {"radiate_y", kHalfHeight}}}}},
         {"EffectNameRotate90X",
          {{" quarter", {{"Rotate90XDerection", "1"}}}, {" half", {{"Rotate90XDerection", "2"}}}}},
     };

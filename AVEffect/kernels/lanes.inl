@@ -12,6 +12,7 @@ typedef int16_t I16 __attribute__((vector_size(kLanes)));
 typedef uint32_t U32 __attribute__((vector_size(kLanes)));
 typedef int32_t I32 __attribute__((vector_size(kLanes)));
 typedef double F64 __attribute__((vector_size(kLanes)));
+typedef float F32 __attribute__((vector_size(kLanes)));
 
 #undef AVEFFECT_OP
 #if AVEFFECT_LANE_BYTES == 16
@@ -45,6 +46,7 @@ AVEFFECT_INLINE U8 Splat8(uint8_t x) { return U8{} + x; }
 AVEFFECT_INLINE U16 Splat16(uint16_t x) { return U16{} + x; }
 AVEFFECT_INLINE I16 SplatI16(int16_t x) { return I16{} + x; }
 AVEFFECT_INLINE U32 Splat32(uint32_t x) { return U32{} + x; }
+AVEFFECT_INLINE F32 SplatF32(float x) { return F32{} + x; }
 
 // Where the mask's bits are set a, elsewhere b.
 AVEFFECT_INLINE U8 Select(U8 mask, U8 a, U8 b) { return (a & mask) | (b & ~mask); }
@@ -76,6 +78,17 @@ AVEFFECT_INLINE I32 MultiplyAddPairs(I16 a, I16 b) {
     return (I32)AVEFFECT_OP(madd_epi16)((Register)a, (Register)b);
 }
 
+AVEFFECT_INLINE F32 ToFloat(I32 x) { return __builtin_convertvector(x, F32); }
+// Towards 0; what does not fit is undefined.
+AVEFFECT_INLINE I32 Truncated(F32 x) { return __builtin_convertvector(x, I32); }
+AVEFFECT_INLINE F32 SquareRoot(F32 x) {
+#if AVEFFECT_LANE_BYTES == 64
+    return (F32)_mm512_maskz_sqrt_ps(0xFFFF, (__m512)x);
+#else
+    return (F32)AVEFFECT_OP(sqrt_ps)(x);
+#endif
+}
+
 // Bytes of a and b in turns, from the low or the high half of each 128 bits.
 AVEFFECT_INLINE U8 InterleaveLow(U8 a, U8 b) {
     return (U8)AVEFFECT_OP(unpacklo_epi8)((Register)a, (Register)b);
@@ -90,6 +103,10 @@ AVEFFECT_INLINE I16 WidenHigh(U8 x) { return (I16)InterleaveHigh(x, U8{}); }
 // Limits to 0..255 and joins what WidenLow and WidenHigh took apart.
 AVEFFECT_INLINE U8 Pack(I16 low, I16 high) {
     return (U8)AVEFFECT_OP(packus_epi16)((Register)low, (Register)high);
+}
+// The same for 32-bit lanes, of numbers that fit: joins what interleaving with 0 took apart.
+AVEFFECT_INLINE I16 PackPairs(I32 low, I32 high) {
+    return (I16)AVEFFECT_OP(packs_epi32)((Register)low, (Register)high);
 }
 // The same, limited to -128..127.
 AVEFFECT_INLINE U8 PackSigned(I16 low, I16 high) {
@@ -117,6 +134,32 @@ AVEFFECT_INLINE I16 MultiplyAddPairs(U8 a, U8 b) {
 }
 #endif
 
+// Half a register, widened in order to a whole one, and back; Narrowed keeps the low bytes.
+typedef uint8_t HalfU8 __attribute__((vector_size(kLanes / 2)));
+typedef uint16_t HalfU16 __attribute__((vector_size(kLanes / 2)));
+AVEFFECT_INLINE U16 Widened(HalfU8 x) { return __builtin_convertvector(x, U16); }
+AVEFFECT_INLINE U32 Widened(HalfU16 x) { return __builtin_convertvector(x, U32); }
+AVEFFECT_INLINE HalfU8 Narrowed(U16 x) { return __builtin_convertvector(x, HalfU8); }
+
+#if AVEFFECT_LANE_BYTES == 64
+constexpr uint16_t kEvenLanes[32] = {0,  2,  4,  6,  8,  10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30,
+                                     32, 34, 36, 38, 40, 42, 44, 46, 48, 50, 52, 54, 56, 58, 60, 62};
+#endif
+
+// Every other lane of a, then of b.
+AVEFFECT_INLINE U16 EvenLanes(U16 a, U16 b) {
+#if AVEFFECT_LANE_BYTES == 64
+    return (U16)_mm512_permutex2var_epi16((Register)a, (Register)Load<U16>(kEvenLanes), (Register)b);
+#else
+    const I16 packed = PackPairs(((I32)a << 16) >> 16, ((I32)b << 16) >> 16);
+#if AVEFFECT_LANE_BYTES == 32
+    return (U16)_mm256_permute4x64_epi64((Register)packed, 0xD8);
+#else
+    return (U16)packed;
+#endif
+#endif
+}
+
 // 16-bit lanes of the even and of the odd bytes, which needs no shuffling; Join undoes it, for lanes up to
 // 255.
 AVEFFECT_INLINE U16 Even(U8 samples) { return (U16)samples & 0xFF; }
@@ -136,6 +179,28 @@ AVEFFECT_INLINE void Pick16Bytes(uint8_t* to, const uint8_t* from, const uint8_t
     std::memcpy(&picks, indices, sizeof picks);
     source = _mm_shuffle_epi8(source, picks);
     std::memcpy(to, &source, sizeof source);
+}
+// Bytes picked by an index each, within groups of kPickGroup of them from the places at origins.
+#ifdef AVEFFECT_HAS_TABLES
+constexpr size_t kPickGroup = 64;
+#else
+constexpr size_t kPickGroup = 16;
+#endif
+AVEFFECT_INLINE U8 PickFromGroups(const uint8_t* from, const uint32_t* origins, U8 indices) {
+#ifdef AVEFFECT_HAS_TABLES
+    return (U8)_mm512_maskz_permutexvar_epi8(~0ull, (__m512i)indices, (__m512i)Load<U8>(from + origins[0]));
+#else
+    __m128i group[kLanes / kPickGroup];
+    AVEFFECT_UNROLL
+    for (size_t i = 0; i < kLanes / kPickGroup; ++i) std::memcpy(&group[i], from + origins[i], kPickGroup);
+#if AVEFFECT_LANE_BYTES == 32
+    const Register groups = _mm256_set_m128i(group[1], group[0]);
+#else
+    const __m256i low = _mm256_set_m128i(group[1], group[0]), high = _mm256_set_m128i(group[3], group[2]);
+    const Register groups = _mm512_maskz_inserti64x4(0xFF, _mm512_castsi256_si512(low), high, 1);
+#endif
+    return PickBytes((U8)groups, indices);
+#endif
 }
 // Pixels picked by an index below the number of pixels in a register.
 AVEFFECT_INLINE U8 PickPixels(U8 pixels, U32 indices) {
@@ -338,6 +403,26 @@ AVEFFECT_INLINE void Exchange(uint8_t* a, uint8_t* b, size_t bytes, const Order&
     }
     Store(a + end, lastB);
     Store(endOfB, lastA);
+}
+
+// Replaces each register of a row by op(register, its first column), as ForRow does, and asks for the row
+// that begins at soon. Vectors may be half registers.
+template <class Vector, class Op>
+AVEFFECT_INLINE void ForColumns(uint8_t* row, size_t width, const uint8_t* soon, const Op& op) {
+    if (width < sizeof(Vector)) {
+        Vector whole{};
+        std::memcpy(&whole, row, width);
+        whole = op(whole, 0);
+        std::memcpy(row, &whole, width);
+        return;
+    }
+    const size_t end = width - sizeof(Vector);
+    const Vector last = op(Load<Vector>(row + end), end);
+    for (size_t x = 0; x < end; x += sizeof(Vector)) {
+        Prefetch(soon + x);
+        Store(row + x, op(Load<Vector>(row + x), x));
+    }
+    Store(row + end, last);
 }
 
 // Replaces each register of a row by op(register, the same bytes of the other row), as ForRow does, and asks

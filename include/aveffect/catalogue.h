@@ -39,9 +39,12 @@ constexpr char effectNameAtomize[] = "atomize";
 constexpr char effectNamePopStyle[] = "popstyle";
 constexpr char effectNameDilate[] = "dilate";
 constexpr char effectNameErode[] = "erode";
+constexpr char effectNameEdgeLight[] = "edgelight";
 constexpr char effectNameRelief[] = "relief";
 constexpr char effectNameVideoWall[] = "videowall";
 constexpr char effectNameAddNoise[] = "addnoise";
+constexpr char effectNameSpotlight[] = "spotlight";
+constexpr char effectNameRadiate[] = "radiate";
 constexpr char effectNameTileReflect[] = "tilereflect";
 constexpr char effectNameMirrorInvert[] = "mirrorinvert";
 // Global pointers, unlike the others.
@@ -311,6 +314,40 @@ constexpr PropertyInfo kMirrorInvertProperties[] = {
     {"mirrorinvert_amount", "100", kInt32, ValueKind::Number, "Amount",
      "Area of the circle that stays in place, of the largest one in the picture.", "%", -1000, 1000},
 };
+constexpr PropertyInfo kEdgeLightProperties[] = {
+    {"edgelight_level", "3", kInt32, ValueKind::Number, "Gain",
+     "What steepness is multiplied by. Behind 255 comes 0 again, and levels below 0 count down from 256. "
+     "From "
+     "-90 to 90 it costs least.",
+     "", -255, 255},
+};
+constexpr PropertyInfo kSpotlightProperties[] = {
+    {"spotlight_x", "250", kInt32, ValueKind::Number, "X",
+     "Column of its centre; one right of the picture turns the effect off.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Width},
+    {"spotlight_y", "250", kInt32, ValueKind::Number, "Y",
+     "Row of its centre; one below the picture turns the effect off.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Height},
+    {"spotlight_r", "250", kInt32, ValueKind::Number, "Radius",
+     "Radius of the disc, three quarters of which are its soft rim; 200 as long as it is not set.", "px", 2,
+     65535, kNoNeutral, PixelAxis::Smaller},
+    {"spotlight_brightness", "250", kInt32, ValueKind::Number, "Brightness",
+     "What is added to the samples, 100 is white; 50 as long as it is not set.", "%", -100, 100, 0},
+    {"spotlight_color", "250", kInt32, ValueKind::Colour, "Colour",
+     "What the disc is mixed with; white as long as it is not set.", "", 0, 0xFFFFFF},
+    {"spotlight_density", "250", kInt32, ValueKind::Number, "Density",
+     "Share of the colour; 40 as long as it is not set. Colours of planar pictures take it several times "
+     "over.",
+     "%", 0, 100, 0},
+};
+constexpr PropertyInfo kRadiateProperties[] = {
+    {"radiate_x", "300", kInt32, ValueKind::Number, "X", "Column of the centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Width},
+    {"radiate_y", "300", kInt32, ValueKind::Number, "Y", "Row of the centre.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Height},
+    {"radiate_level", "300", kInt32, ValueKind::Number, "Length",
+     "How long the rays are; an eighth of it is added to the samples besides.", "", 0, 2047},
+};
 constexpr PropertyChoice kQuarterTurns[] = {
     {0, "none", "The picture stays as it is."},
     {1, "clockwise", "A quarter turn clockwise."},
@@ -393,12 +430,18 @@ constexpr PropertyInfo kTransitionProperties[] = {
         "Spreads what is bright by two samples to the right and downwards.", {})                             \
     ROW(CErodeVideoImageEffect, effectNameErode, EffectKind::Filter, kPlain, "Erode",                        \
         "Spreads what is dark by two samples to the left and upwards.", {})                                  \
+    ROW(CEdgeLightVideoImageEffect, effectNameEdgeLight, EffectKind::Look, kPlain, "Edge light",             \
+        "Lights the edges and darkens everything else.", kEdgeLightProperties)                               \
     ROW(CReliefVideoImageEffect, effectNameRelief, EffectKind::Filter, kPlain, "Relief",                     \
         "Lights the picture from a side, so that it looks raised.", kReliefProperties)                       \
     ROW(CWallVideoImageEffect, effectNameVideoWall, EffectKind::Look, kPlain, "Video wall",                  \
         "Repeats the picture, made smaller, over a grid of tiles.", kVideoWallProperties)                    \
     ROW(CAddNoiseVideoImageEffect, effectNameAddNoise, EffectKind::Filter, kKeepsState | kDrawsRandom,       \
         "Noise", "Adds grain that is the same on every frame, with a gain of its own.", kAddNoiseProperties) \
+    ROW(CSpotlightVideoImageEffect, effectNameSpotlight, EffectKind::Look, kPlain, "Spotlight",              \
+        "Lights a disc with a soft rim.", kSpotlightProperties)                                              \
+    ROW(CRadiateVideoImageEffect, effectNameRadiate, EffectKind::Look, kPlain, "Radiate",                    \
+        "Draws rays of light from a centre.", kRadiateProperties)                                            \
     ROW(CTileReflectVideoImageEffect, effectNameTileReflect, EffectKind::Distortion, kKeepsState,            \
         "Tile reflection", "Shows the picture through a turned grid of lenses.", kTileReflectProperties)     \
     ROW(CMirrorInvertVideoImageEffect, effectNameMirrorInvert, EffectKind::Distortion, kKeepsState,          \

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "tests/support/effect_cases.h"
+#include "tests/support/light.h"
 
 namespace {
 
@@ -219,6 +220,27 @@ TEST(Variants, Mirage) {
         ASSERT_NO_FATAL_FAILURE(ExpectVariant(setting, kPacked, reference));
         ASSERT_NO_FATAL_FAILURE(ExpectVariant(setting, kPlanarFormats, reference));
     }
+}
+
+// Radiate
+
+// They differ where an eighth of the level is no byte.
+TEST(Variants, Radiate) {
+    for (const test::PlainRays& rays :
+         {test::PlainRays{20, 3, 500}, {-100, 900, 2100}, {31, 2, -20}, {9, 9, -3000}})
+        ExpectVariant({"radiate",
+                       {{"radiate_x", std::to_string(rays.x)},
+                        {"radiate_y", std::to_string(rays.y)},
+                        {"radiate_level", std::to_string(rays.level)}}},
+                      kPacked, [&](HostFrame& frame) {
+                          HostFrame::Plane& pixels = frame.planes[0];
+                          const test::Plane8 plane = {pixels.Data(), pixels.width, pixels.pitch, pixels.rows};
+                          const size_t width = pixels.width / 4;
+                          if (kMmx)
+                              rays.Radiate(plane, 4, width, pixels.rows, 0, 0, rays.MmxTone());
+                          else
+                              rays.Radiate(plane, 4, width, pixels.rows, 0, 0, rays.PlainTone());
+                      });
 }
 
 // A constant mix is the same through either kernel.

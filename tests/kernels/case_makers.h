@@ -49,5 +49,7 @@ void AddTransitionCases(std::vector<KernelCase>& cases, unsigned features);
 uint8_t CrossFaded(int a, int b, double progress);
 /// Kernels of posters, walls and lenses.
 void AddStyleCases(std::vector<KernelCase>& cases, unsigned features);
+/// Edge light, spotlight and radiate.
+void AddLightCases(std::vector<KernelCase>& cases, unsigned features);
 
 } // namespace test

@@ -122,6 +122,7 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     AddNeighbourCases(cases, features);
     AddTransitionCases(cases, features);
     AddStyleCases(cases, features);
+    AddLightCases(cases, features);
     return cases;
 }
 

@@ -1,0 +1,206 @@
+#include "AVEffect/LightVideoImageEffect.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "AVEffect/factory.h"
+#include "AVEffect/frame_clone.h"
+#include "AVEffect/kernels/edge_light.h"
+#include "AVEffect/mmx_choice.h"
+#include "BaseTools/guarded.h"
+
+namespace AVBased {
+
+using BaseTool::Raise;
+
+// Spotlight
+
+namespace {
+
+const kernels::SpotlightKernels& SpotlightKernels() {
+    return kernels::SelectSpotlightKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+CSpotlightVideoImageEffect::CSpotlightVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameSpotlight) {
+    Bind("spotlight_x", &m_nX);
+    Bind("spotlight_y", &m_nY);
+    Bind("spotlight_r", &m_nRadius);
+    Bind("spotlight_density", &m_nDensity);
+}
+
+void CSpotlightVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoEffect::OnSetProperty(name, node);
+    if (name == "spotlight_brightness") m_nBrightness = int64_t{node.value.int32} * 256 / 100;
+    if (name == "spotlight_color") {
+        m_nColor = static_cast<unsigned>(node.value.int32);
+        m_Yuv = YuvColour::FromRgb(m_nColor);
+    }
+}
+
+// A centre left of the picture or above it counts as one far beyond.
+bool CSpotlightVideoImageEffect::Reaches(size_t width, size_t height) const {
+    if (static_cast<unsigned>(m_nX) > width || static_cast<unsigned>(m_nY) > height) return false;
+    if (m_nRadius < 2) Raise(kUnknownException, "spotlight_r must be at least 2; the frame is left as it is");
+    return true;
+}
+
+kernels::Spot CSpotlightVideoImageEffect::SpotIn(size_t width, size_t height) const {
+    const auto x = static_cast<size_t>(m_nX), y = static_cast<size_t>(m_nY);
+    const auto radius = static_cast<size_t>(m_nRadius), rim = 3 * radius / 4;
+    const int64_t density = int64_t{m_nDensity} * 65536 / 100, steps = static_cast<int64_t>(rim);
+    return {.left = x - std::min(x, radius),
+            .right = std::min(x + radius, width),
+            .top = y - std::min(y, radius),
+            .bottom = std::min(y + radius, height),
+            .x = x,
+            .y = y,
+            .radius = radius,
+            .rim = rim,
+            .density = density,
+            .brightness = m_nBrightness,
+            .densityStep = density / steps,
+            .brightnessStep = m_nBrightness * 256 / steps};
+}
+
+void CSpotlightVideoImageEffect::SpotlightRgba32Effect(Plane32 plane) {
+    assert(plane.data != NULL);
+    if (!Reaches(plane.width, plane.rows)) return;
+    const kernels::Spot spot = SpotIn(plane.width, plane.rows);
+    SpotlightKernels().spotlightRgba32(plane, spot, m_nColor,
+                                       m_Scratch.Require(kernels::SpotScratchBytes(spot)));
+}
+
+void CSpotlightVideoImageEffect::SpotlightComponentEffect(const PlanarView& view) {
+    assert(view.y.data != NULL);
+    if (!Reaches(view.y.width, view.y.rows)) return;
+    const kernels::Spot spot = SpotIn(view.y.width, view.y.rows);
+    const kernels::SpotPlanes planes = {
+        view.y, view.u, view.v, m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift};
+    SpotlightKernels().spotlightComponent(planes, spot, m_Scratch.Require(kernels::SpotScratchBytes(spot)));
+}
+
+void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    ForFormat(
+        pFrame,
+        [this](Plane32 plane) {
+            if (!plane.Empty()) SpotlightRgba32Effect(plane);
+        },
+        [this](const PlanarView& view) {
+            if (!view.y.Empty()) SpotlightComponentEffect(view);
+        });
+}
+
+// Edge light
+
+namespace {
+
+const kernels::EdgeLightKernels& EdgeLightKernels() {
+    return kernels::SelectEdgeLightKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameEdgeLight) {
+    Bind("edgelight_level", &m_nLevel);
+}
+
+void CEdgeLightVideoImageEffect::EdgeLightRgba32Effect(Plane32 plane) const {
+    if (plane.Empty()) return;
+    assert(plane.data != NULL);
+    EdgeLightKernels().edgeLightRgba32(plane, m_nLevel);
+}
+
+void CEdgeLightVideoImageEffect::EdgeLightCompYEffect(Plane8 plane) const {
+    if (plane.Empty()) return;
+    assert(plane.data != NULL);
+    EdgeLightKernels().edgeLightComponent(plane, m_nLevel, 0);
+}
+
+// No slope is no colour.
+void CEdgeLightVideoImageEffect::EdgeLightCompUVEffect(Plane8 plane) const {
+    if (plane.Empty()) return;
+    assert(plane.data != NULL);
+    EdgeLightKernels().edgeLightComponent(plane, m_nLevel, 128);
+}
+
+void CEdgeLightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    ForFormat(
+        pFrame, [this](Plane32 plane) { EdgeLightRgba32Effect(plane); },
+        [this](const PlanarView& view) {
+            EdgeLightCompYEffect(view.y);
+            EdgeLightCompUVEffect(view.u);
+            EdgeLightCompUVEffect(view.v);
+        });
+}
+
+// Radiate
+
+namespace {
+
+const kernels::RadiateKernels& RadiateKernels() {
+    return kernels::SelectRadiateKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+CRadiateVideoImageEffect::CRadiateVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameRadiate)
+    , m_bUseMMX(ChoosesMmxKernels()) {
+    Bind("radiate_x", &m_nX);
+    Bind("radiate_y", &m_nY);
+    Bind("radiate_level", &m_nLevel);
+}
+
+kernels::Rays CRadiateVideoImageEffect::RaysToCentre() const {
+    return {static_cast<uint32_t>(m_nX) * 256, static_cast<uint32_t>(m_nY) * 256, m_nLevel};
+}
+
+uint8_t* CRadiateVideoImageEffect::RequireFor(size_t width, size_t lumaRows, unsigned horizontalShift) {
+    return m_Scratch.Require(kernels::RadiateScratchBytes(width, lumaRows, horizontalShift));
+}
+
+void CRadiateVideoImageEffect::RadiateRgba32Effect(Plane32 plane, Plane32 copy) {
+    assert(plane.data != NULL && copy.data != NULL);
+    RadiateKernels().radiateRgba32(plane, copy, RaysToCentre(), RequireFor(plane.width, plane.rows));
+}
+
+void CRadiateVideoImageEffect::RadiateRgba32EffectMMX(Plane32 plane, Plane32 copy) {
+    assert(plane.data != NULL && copy.data != NULL);
+    RadiateKernels().radiateRgba32Mmx(plane, copy, RaysToCentre(), RequireFor(plane.width, plane.rows));
+}
+
+void CRadiateVideoImageEffect::RadiateComponentEffect(const PlanarView& view, const PlanarView& copy) {
+    assert(view.y.data != NULL && copy.y.data != NULL);
+    const kernels::Rays rays = RaysToCentre();
+    const kernels::LumaShape luma = {view.y.width, view.y.rows, view.horizontalShift, view.verticalShift};
+    RadiateKernels().radiateLuma(view.y, copy.y, rays, RequireFor(luma.width, luma.rows));
+    for (const auto& [plane, from] : {std::pair{view.u, copy.u}, {view.v, copy.v}})
+        RadiateKernels().radiateChroma(plane, from, rays, luma,
+                                       RequireFor(plane.width, luma.rows, luma.horizontalShift));
+}
+
+void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const FrameClone copy = CloneFrame(pFrame);
+    ForFormat(
+        pFrame, copy.get(),
+        [this](Plane32 plane, Plane32 from) {
+            if (m_bUseMMX)
+                RadiateRgba32EffectMMX(plane, from);
+            else
+                RadiateRgba32Effect(plane, from);
+        },
+        [this](const PlanarView& view, const PlanarView& from) { RadiateComponentEffect(view, from); });
+}
+
+AVEFFECT_CONSTRUCT_VIDEO(CSpotlightVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CEdgeLightVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CRadiateVideoImageEffect)
+
+} // namespace AVBased

@@ -1,0 +1,69 @@
+#pragma once
+/// A spotlight, glowing edges, and rays of light.
+#include "AVEffect/CBasedVideoEffect.h"
+#include "AVEffect/colour_value.h"
+#include "AVEffect/frame_planes.h"
+#include "AVEffect/kernels/radiate.h"
+#include "AVEffect/kernels/spotlight.h"
+#include "AVEffect/scratch.h"
+
+namespace AVBased {
+
+/// Mixes a disc of the picture with a colour and brightens it, less and less towards the rim, which is three
+/// quarters of the radius wide.
+class CSpotlightVideoImageEffect : public CBasedVideoImageEffect {
+public:
+    CSpotlightVideoImageEffect();
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+    void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
+
+private:
+    void SpotlightRgba32Effect(Plane32 plane);
+    void SpotlightComponentEffect(const PlanarView& view);
+    bool Reaches(size_t width, size_t height) const;
+    kernels::Spot SpotIn(size_t width, size_t height) const;
+
+    // These count until they are set, whatever the default texts say.
+    int m_nX = 250, m_nY = 250; // the centre
+    int m_nRadius = 200;
+    int64_t m_nBrightness = 128; // added, in 255ths; any percentage fits
+    unsigned m_nColor = 0xFFFFFF;
+    int m_nDensity = 40; // percent
+    YuvColour m_Yuv = YuvColour::FromRgb(0xFFFFFF);
+    Scratch m_Scratch;
+};
+
+/// Turns the picture into the steepness of its samples.
+class CEdgeLightVideoImageEffect : public CBasedVideoImageEffect {
+public:
+    CEdgeLightVideoImageEffect();
+    void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
+
+private:
+    void EdgeLightRgba32Effect(Plane32 plane) const;
+    void EdgeLightCompYEffect(Plane8 plane) const;
+    void EdgeLightCompUVEffect(Plane8 plane) const;
+
+    int m_nLevel = 3;
+};
+
+/// Blurs the picture along the rays from a centre, and brightens it.
+class CRadiateVideoImageEffect : public CBasedVideoImageEffect {
+public:
+    CRadiateVideoImageEffect();
+    void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
+
+private:
+    void RadiateRgba32Effect(Plane32 plane, Plane32 copy);
+    void RadiateRgba32EffectMMX(Plane32 plane, Plane32 copy);
+    void RadiateComponentEffect(const PlanarView& view, const PlanarView& copy);
+    kernels::Rays RaysToCentre() const;
+    uint8_t* RequireFor(size_t width, size_t lumaRows, unsigned horizontalShift = 0);
+
+    int m_nX = 300, m_nY = 300; // the centre
+    int m_nLevel = 300;         // 16384ths of its distance that a sample goes on at a time
+    bool m_bUseMMX;
+    Scratch m_Scratch;
+};
+
+} // namespace AVBased
