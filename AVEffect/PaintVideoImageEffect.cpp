@@ -1,13 +1,127 @@
 #include "AVEffect/PaintVideoImageEffect.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cmath>
 #include <numbers>
 
 #include "AVEffect/factory.h"
+#include "AVEffect/kernels/colour.h"
+#include "AVEffect/kernels/stroke.h"
+#include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
 
 namespace AVBased {
+
+using BaseTool::Raise;
+
+// Stroke
+
+namespace {
+
+const kernels::StrokeKernels& StrokeKernels() {
+    return kernels::SelectStrokeKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+CStrokeVideoImageEffect::CStrokeVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameStroke) {}
+
+void CStrokeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoEffect::OnSetProperty(name, node);
+    if (name == "stroke_pressure") m_nThreshold = 100 - static_cast<unsigned>(node.value.int32);
+}
+
+void CStrokeVideoImageEffect::StrokeRgba32Effect(Plane32 plane) {
+    assert(plane.data != NULL);
+    StrokeKernels().strokeRgba32(plane, m_nThreshold,
+                                 m_Scratch.Require(kernels::StrokeScratchBytes(plane.width)));
+}
+
+// A warm tint, whatever there is to draw.
+void CStrokeVideoImageEffect::StrokeComponentEffect(const PlanarView& view) const {
+    kernels::FillPitch(view.u, 117);
+    kernels::FillPitch(view.v, 136);
+    if (view.y.Empty()) return;
+    assert(view.y.data != NULL);
+    StrokeKernels().strokeComponent(view.y, m_nThreshold);
+}
+
+void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    if (pFrame->GetPixelFormat() == YUV410P) return; // the one planar format that was never drawn
+    ForFormat(
+        pFrame,
+        [this](Plane32 plane) {
+            if (!plane.Empty()) StrokeRgba32Effect(plane);
+        },
+        [this](const PlanarView& view) { StrokeComponentEffect(view); });
+}
+
+// Portrait
+
+namespace {
+
+const kernels::PortraitKernels& PortraitKernels() {
+    return kernels::SelectPortraitKernels(AVBasedGetCPUFeatures());
+}
+
+} // namespace
+
+CPortraitVideoImageEffect::CPortraitVideoImageEffect()
+    : CBasedVideoImageEffect(effectNamePortrait) {
+    Bind("portrait_width", &m_nWidth);
+}
+
+void CPortraitVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoEffect::OnSetProperty(name, node);
+    if (name != "portrait_fillcolor") return;
+    m_nColor = static_cast<unsigned>(node.value.int32) | 0xFF000000u;
+    m_Yuv = YuvColour::FromRgb(m_nColor);
+}
+
+void CPortraitVideoImageEffect::PortraitRgba32Effect(Plane32 plane) {
+    assert(plane.data != NULL);
+    const PortraitGeometry geometry = {static_cast<unsigned>(m_nWidth), plane.width, plane.rows, 0, 0};
+    PortraitKernels().portraitRgba32(plane, m_Mixes.Of(geometry, plane.width, plane.rows, 4, m_nColor));
+}
+
+void CPortraitVideoImageEffect::PortraitComponentEffect(const PlanarView& view) {
+    assert(view.y.data != NULL);
+    const auto mix = [&](Plane8 plane, uint8_t value, unsigned horizontalShift, unsigned verticalShift) {
+        // Samples that no luma belongs to stay.
+        plane.width = std::min(plane.width, ((view.y.width - 1) >> horizontalShift) + 1);
+        plane.rows = std::min(plane.rows, ((view.y.rows - 1) >> verticalShift) + 1);
+        if (plane.Empty()) return;
+        const PortraitGeometry geometry = {static_cast<unsigned>(m_nWidth), view.y.width, view.y.rows,
+                                           horizontalShift, verticalShift};
+        PortraitKernels().portraitComponent(plane, m_Mixes.Of(geometry, plane.width, plane.rows, 1, value));
+    };
+    mix(view.y, m_Yuv.y, 0, 0);
+    mix(view.u, m_Yuv.u, view.horizontalShift, view.verticalShift);
+    mix(view.v, m_Yuv.v, view.horizontalShift, view.verticalShift);
+}
+
+void CPortraitVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const auto requireWidth = [this] {
+        if (m_nWidth < 1)
+            Raise(kUnknownException, "portrait_width must be 1 or more; the frame is left as it is");
+    };
+    ForFormat(
+        pFrame,
+        [&](Plane32 plane) {
+            if (plane.Empty()) return;
+            requireWidth();
+            PortraitRgba32Effect(plane);
+        },
+        [&](const PlanarView& view) {
+            if (view.y.Empty()) return;
+            requireWidth();
+            PortraitComponentEffect(view);
+        });
+}
 
 // Relief
 
@@ -65,6 +179,64 @@ void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
         });
 }
 
+// Oil painting
+
+namespace {
+
+const kernels::OilKernels& OilKernels() { return kernels::SelectOilKernels(AVBasedGetCPUFeatures()); }
+
+} // namespace
+
+COilPaintingVideoImageEffect::COilPaintingVideoImageEffect()
+    : CBasedVideoImageEffect(effectNameOilPainting) {
+    Bind("oilpainting_brushsize", &m_nRadius);
+    Bind("oilpainting_coarseness", &m_nLevels);
+}
+
+// Beyond the picture's size a radius reaches nothing new, and from 256 levels on each brightness has one of
+// its own.
+kernels::OilBrush COilPaintingVideoImageEffect::BrushFor(size_t width, size_t height) const {
+    if (m_nRadius < 0)
+        Raise(kUnknownException, "oilpainting_brushsize must be 0 or more; the frame is left as it is");
+    if (m_nLevels < 0)
+        Raise(kUnknownException, "oilpainting_coarseness must be 0 or more; the frame is left as it is");
+    const size_t radius = std::min(static_cast<size_t>(m_nRadius), std::max(width, height));
+    if (radius > kernels::OilMemory::kLargestRadius)
+        Raise(kUnknownException,
+              "oilpainting_brushsize is too large for this picture; the frame is left as it is");
+    return {radius, static_cast<uint32_t>(std::min(m_nLevels, 256))};
+}
+
+void COilPaintingVideoImageEffect::OilPaintingRgba32Effect(Plane32 plane) {
+    assert(plane.data != NULL);
+    const kernels::OilBrush brush = BrushFor(plane.width, plane.rows);
+    const size_t memory = kernels::OilMemory(plane.width, plane.rows, brush).total;
+    OilKernels().oilRgba32(plane, brush, m_Scratch.Require(memory));
+}
+
+void COilPaintingVideoImageEffect::OilPaintingComponentEffect(const PlanarView& view) {
+    assert(view.y.data != NULL);
+    const kernels::OilBrush brush = BrushFor(view.y.width, view.y.rows);
+    const size_t memory = kernels::OilMemory(view.y.width, view.y.rows, brush).total;
+    OilKernels().oilComponent(view.y, view.u, view.v, view.horizontalShift, view.verticalShift, brush,
+                              m_Scratch.Require(memory));
+}
+
+void COilPaintingVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    ForFormat(
+        pFrame,
+        [this](Plane32 plane) {
+            if (!plane.Empty()) OilPaintingRgba32Effect(plane);
+        },
+        [this](const PlanarView& view) {
+            if (!view.y.Empty()) OilPaintingComponentEffect(view);
+        });
+}
+
+AVEFFECT_CONSTRUCT_VIDEO(CStrokeVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(CPortraitVideoImageEffect)
 AVEFFECT_CONSTRUCT_VIDEO(CReliefVideoImageEffect)
+AVEFFECT_CONSTRUCT_VIDEO(COilPaintingVideoImageEffect)
 
 } // namespace AVBased

@@ -1,14 +1,4 @@
-// Bodies of the emboss kernels, for one level. Rows are done from the last upwards, so that the row above is
-// still the old one.
-
-template <class Op>
-AVEFFECT_INLINE void ForRowsUpwards(Plane8 plane, size_t width, const Op& op) {
-    if (width == 0) return;
-    for (size_t y = plane.rows; y-- > 1;) {
-        const uint8_t* const above = plane.Row(y - 1);
-        ForRowWith(plane.Row(y), above, width, above - plane.pitch, op);
-    }
-}
+// Bodies of the emboss kernels, for one level.
 
 template <class Relief>
 struct KeepAlpha {

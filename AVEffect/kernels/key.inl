@@ -35,15 +35,6 @@ AVEFFECT_INLINE void Extend(uint8_t* row, size_t count, size_t width) {
     for (size_t x = count; x < width; ++x) row[x] = row[count - 1];
 }
 
-// Each byte twice. Reads and writes up to a register beyond the row.
-AVEFFECT_INLINE void Double(uint8_t* to, const uint8_t* from, size_t width) {
-    typedef uint8_t Half __attribute__((vector_size(kLanes / 2)));
-    for (size_t x = 0; x < width; x += kLanes) {
-        const U16 wide = __builtin_convertvector(Load<Half>(from + x / 2), U16);
-        Store(to + x, wide | (wide << 8));
-    }
-}
-
 // One row of alpha.
 AVEFFECT_INLINE void KeyRow(uint8_t* alpha, const uint8_t* luma, const uint8_t* outsideChroma, size_t width,
                             Outside outside) {

@@ -96,6 +96,9 @@ AVEFFECT_INLINE U8 InterleaveLow(U8 a, U8 b) {
 AVEFFECT_INLINE U8 InterleaveHigh(U8 a, U8 b) {
     return (U8)AVEFFECT_OP(unpackhi_epi8)((Register)a, (Register)b);
 }
+// The same for 16-bit lanes.
+AVEFFECT_BINARY(InterleaveLow, U16, unpacklo_epi16)
+AVEFFECT_BINARY(InterleaveHigh, U16, unpackhi_epi16)
 // Bytes widened to 16 bits. Low and high halves are those of each 128 bits, so the order is odd; Pack undoes
 // it.
 AVEFFECT_INLINE I16 WidenLow(U8 x) { return (I16)InterleaveLow(x, U8{}); }
@@ -450,4 +453,24 @@ AVEFFECT_INLINE void ForRowWith(uint8_t* row, const uint8_t* other, size_t width
 template <class Op>
 AVEFFECT_INLINE void ForRowWith(uint8_t* row, const uint8_t* other, size_t width, const Op& op) {
     ForRowWith(row, other, width, row, op);
+}
+
+// Replaces the rows of a plane but the first by op(register, the same bytes of the row above), from the last
+// upwards, so that the row above is still the old one.
+template <class Op>
+AVEFFECT_INLINE void ForRowsUpwards(Plane8 plane, size_t width, const Op& op) {
+    if (width == 0) return;
+    for (size_t y = plane.rows; y-- > 1;) {
+        const uint8_t* const above = plane.Row(y - 1);
+        ForRowWith(plane.Row(y), above, width, above - plane.pitch, op);
+    }
+}
+
+// Each byte twice. Reads and writes up to a register beyond the row.
+AVEFFECT_INLINE void Double(uint8_t* to, const uint8_t* from, size_t width) {
+    typedef uint8_t Half __attribute__((vector_size(kLanes / 2)));
+    for (size_t x = 0; x < width; x += kLanes) {
+        const U16 wide = __builtin_convertvector(Load<Half>(from + x / 2), U16);
+        Store(to + x, wide | (wide << 8));
+    }
 }

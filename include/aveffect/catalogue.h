@@ -32,7 +32,9 @@ constexpr char effectNameRotate[] = "rotate";
 constexpr char effectNameTensile[] = "tensile";
 constexpr char effectNameEmboss[] = "emboss";
 constexpr char effectNameMosaic[] = "mosaic";
+constexpr char effectNamePortrait[] = "portrait";
 constexpr char effectNameMirage[] = "mirage";
+constexpr char effectNameStroke[] = "stroke";
 constexpr char effectNameTransparency[] = "transparency";
 constexpr char effectNameColorFilter[] = "colorfilter";
 constexpr char effectNameAtomize[] = "atomize";
@@ -47,6 +49,7 @@ constexpr char effectNameSpotlight[] = "spotlight";
 constexpr char effectNameRadiate[] = "radiate";
 constexpr char effectNameTileReflect[] = "tilereflect";
 constexpr char effectNameMirrorInvert[] = "mirrorinvert";
+constexpr char effectNameOilPainting[] = "oilpainting";
 // Global pointers, unlike the others.
 inline constexpr const char* effectNameMkClock = "EffectNameMkClock";
 inline constexpr const char* effectNameMkTurn = "EffectNameMkTurn";
@@ -348,6 +351,30 @@ constexpr PropertyInfo kRadiateProperties[] = {
     {"radiate_level", "300", kInt32, ValueKind::Number, "Length",
      "How long the rays are; an eighth of it is added to the samples besides.", "", 0, 2047},
 };
+// The texts registered for portrait and stroke read as 0; neither effect begins with it.
+constexpr PropertyInfo kPortraitProperties[] = {
+    {"portrait_fillcolor", "0xffffffff", kInt32, ValueKind::Colour, "Colour",
+     "Colour of the frame; black, and transparent, until it is set.", "", 0, 0xFFFFFF},
+    {"portrait_width", "0xffffffff", kInt32, ValueKind::Number, "Width",
+     "Over how many pixels the frame fades into the picture; a sixteenth of it more is filled. 200 until it "
+     "is set.",
+     "px", 1, 65535, kNoNeutral, PixelAxis::Smaller},
+};
+constexpr PropertyInfo kStrokeProperties[] = {
+    {"stroke_pressure", "0x20", kInt32, ValueKind::Number, "Pressure",
+     "How faint an edge may be to be drawn: 100 draws every difference, 50 those of more than 50. 68 until "
+     "it "
+     "is set.",
+     "", -410, 100},
+};
+constexpr PropertyInfo kOilPaintingProperties[] = {
+    {"oilpainting_brushsize", "3", kInt32, ValueKind::Number, "Brush size",
+     "Radius of the square that a pixel's colour is found in.", "px", 0, 65535, kNoNeutral,
+     PixelAxis::Smaller},
+    {"oilpainting_coarseness", "3", kInt32, ValueKind::Number, "Coarseness",
+     "Levels of brightness that are told apart: the fewer, the larger the patches. 50 until it is set.", "",
+     0, 256},
+};
 constexpr PropertyChoice kQuarterTurns[] = {
     {0, "none", "The picture stays as it is."},
     {1, "clockwise", "A quarter turn clockwise."},
@@ -416,8 +443,14 @@ constexpr PropertyInfo kTransitionProperties[] = {
         "Grey relief of each sample against the one above.", kEmbossProperties)                              \
     ROW(CMosaicVideoImageEffect, effectNameMosaic, EffectKind::Look, kPlain, "Mosaic",                       \
         "Covers a rectangle with blocks of one colour.", kMosaicProperties)                                  \
+    ROW(CPortraitVideoImageEffect, effectNamePortrait, EffectKind::Look, kPlain, "Portrait",                 \
+        "Frames the picture with a colour that fades into it.", kPortraitProperties)                         \
     ROW(CMirageVideoImageEffect, effectNameMirage, EffectKind::Look, kPlain, "Mirage",                       \
         "Blends the picture with an enlarged copy of itself.", kMirageProperties)                            \
+    ROW(CStrokeVideoImageEffect, effectNameStroke, EffectKind::Look, kPlain, "Pencil strokes",               \
+        "Draws the picture's edges in black on white; planar pictures get a warm tint. YUV410P stays as it " \
+        "is.",                                                                                               \
+        kStrokeProperties)                                                                                   \
     ROW(CTransparencyAjustEffect, effectNameTransparency, EffectKind::Filter, kChangesAlpha, "Transparency", \
         "Scales the opacity.", kTransparencyProperties)                                                      \
     ROW(CColorFilterEffect, effectNameColorFilter, EffectKind::Filter, kChangesAlpha, "Colour filter",       \
@@ -447,6 +480,9 @@ constexpr PropertyInfo kTransitionProperties[] = {
     ROW(CMirrorInvertVideoImageEffect, effectNameMirrorInvert, EffectKind::Distortion, kKeepsState,          \
         "Mirror inversion", "Exchanges the inside of a circle about the middle with its outside.",           \
         kMirrorInvertProperties)                                                                             \
+    ROW(COilPaintingVideoImageEffect, effectNameOilPainting, EffectKind::Look, kPlain, "Oil painting",       \
+        "Gives every pixel the mean colour of the most frequent brightness around it.",                      \
+        kOilPaintingProperties)                                                                              \
     ROW(CMkClockEffect, effectNameMkClock, EffectKind::Transition, kFollowsTime | kKeepsState, "Clock",      \
         "A clock's hand sweeps the second picture in, from twelve to twelve.", kTransitionProperties)        \
     ROW(CMkTurnEffect, effectNameMkTurn, EffectKind::Transition, kFollowsTime | kKeepsState, "Turn over",    \

@@ -85,8 +85,11 @@ TEST(Factory, TheCatalogueIsWhatTheContractLists) {
                               {"mosaic", "mosaic_x2", "0", 3},
                               {"mosaic", "mosaic_y2", "0", 3},
                               {"mosaic", "mosaic_step", "0", 3},
+                              {"portrait", "portrait_fillcolor", "0xffffffff", 3},
+                              {"portrait", "portrait_width", "0xffffffff", 3},
                               {"mirage", "mirage_width", "10", 3},
                               {"mirage", "mirage_alpha", "10", 3},
+                              {"stroke", "stroke_pressure", "0x20", 3},
                               {"transparency", "transparency_scale", "0", 3},
                               {"colorfilter", "filter_scope", "0", 3},
                               {"colorfilter", "filter_color", "0", 3},
@@ -104,6 +107,8 @@ TEST(Factory, TheCatalogueIsWhatTheContractLists) {
                               {"tilereflect", "tilereflect_size", "30", 3},
                               {"tilereflect", "tilereflect_curvature", "30", 3},
                               {"mirrorinvert", "mirrorinvert_amount", "100", 3},
+                              {"oilpainting", "oilpainting_brushsize", "3", 3},
+                              {"oilpainting", "oilpainting_coarseness", "3", 3},
                               {"EffectNameRotate90X", "Rotate90XDerection", "0", 3}}) {
         int type = -1;
         EXPECT_STREQ(test::MakeVideo(p.effect)->GetProperty(p.name, &type), p.text);

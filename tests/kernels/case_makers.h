@@ -51,5 +51,7 @@ uint8_t CrossFaded(int a, int b, double progress);
 void AddStyleCases(std::vector<KernelCase>& cases, unsigned features);
 /// Edge light, spotlight and radiate.
 void AddLightCases(std::vector<KernelCase>& cases, unsigned features);
+/// Kernels of the paint effects.
+void AddPaintCases(std::vector<KernelCase>& cases, unsigned features);
 
 } // namespace test

@@ -123,6 +123,7 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     AddTransitionCases(cases, features);
     AddStyleCases(cases, features);
     AddLightCases(cases, features);
+    AddPaintCases(cases, features);
     return cases;
 }
 
