@@ -12,7 +12,7 @@ bool CMkBrokenBoxEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* fir
     return DrawFromStart(out, first, second, time, [&](const Canvas& canvas) {
         const double shrunk = std::cos(Progress(time) * 1.570796325);
         const auto side = [&](size_t size) {
-            return static_cast<ptrdiff_t>(static_cast<double>(size / 4) * shrunk);
+            return static_cast<ptrdiff_t>(static_cast<double>(size >> 2) * shrunk);
         };
         const ptrdiff_t boxWidth = side(canvas.width), boxHeight = side(canvas.height);
         if (boxWidth < 10 || boxHeight <= 9) {

@@ -52,12 +52,11 @@ void CMkShutterEffect::Draw(const Canvas& canvas, int time) const {
     };
     const size_t width = canvas.width, height = canvas.height, slat = width / 20;
     layers.Rest(height);
-    if (time >= EndTime() || (slat == 0 && Progress(time) >= 0.5)) {
-        draw(ClosedSlats(canvas, 1, width), 0, height);
-        return;
-    }
-    if (slat == 0) {
-        layers.Plain(0, height);
+    // Pictures too narrow for slats change half way.
+    if (time >= EndTime() || slat == 0) {
+        const bool second = time >= EndTime() || Progress(time) >= 0.5;
+        const Run whole = {0, second ? canvas.RowBytes() : 0, 0};
+        layers.Draw(0, height, {&whole, 1});
         return;
     }
     const double twice = 2.0 * static_cast<double>(width);
@@ -69,8 +68,7 @@ void CMkShutterEffect::Draw(const Canvas& canvas, int time) const {
     }
     Slats slats = OpenSlats(canvas, slat, whole);
     draw(slats, 0, height - 1);
-    const bool hasRowBelow = canvas.second.rows > height;
-    if (!hasRowBelow) --slats.count;
+    if (canvas.second.rows == height) --slats.count; // there is no row below
     draw(slats, height - 1, height);
 }
 

@@ -183,7 +183,7 @@ bool CMkBaseTransitionEffect::GetTheResizedImage(IRawVideoFrame** picture, int w
         if (!picture || !*picture) Raise(kBadPointer, "Bad pointer");
         const Size held(*picture), target(static_cast<unsigned>(width), static_cast<unsigned>(height));
         if (held == target) return true;
-        if (held.Empty() || target.Empty())
+        if (held.Empty() || width <= 0 || height <= 0)
             Raise(kUnknownException, "a picture without a pixel can't be fitted");
         const Size fitted = Fitted(held, target);
         ConvertPicture(picture, fitted.width, fitted.height, pixelFormat);

@@ -54,15 +54,16 @@ protected:
     double Progress(int time) const { return IsCut() ? 1 : Since(time) / Since(EndTime()); }
 
     /// The body of every BaseTransition: checks the frames, shows the first picture before the start, and
-    /// leaves the rest to draw(Canvas). Frames without a pixel are drawn as they are.
+    /// leaves the rest to draw(Canvas).
     template <class Draw>
     bool DrawFromStart(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second, int time,
                        const Draw& draw) {
         return BaseTool::Guarded(false, [&] {
             const Canvas canvas = MakeCanvas(out, first, second);
+            if (canvas.Empty()) return true;
             if (time < m_nStartTime)
                 CopyPicture(canvas.out, canvas.first);
-            else if (!canvas.Empty())
+            else
                 draw(canvas);
             return true;
         });

@@ -22,7 +22,7 @@ Run RightHalf(const Canvas& canvas, const Layers& layers) {
 void CMkClockEffect::DrawFirstQuarter(const Canvas& canvas, const Layers& layers, double angle) {
     const size_t middle = canvas.height / 2, begin = canvas.width * 2;
     const double slope = std::tan(angle);
-    const auto most = static_cast<double>(canvas.out.pitch / 2);
+    const auto most = static_cast<double>(canvas.out.pitch >> 1);
     for (size_t y = 0; y < middle; ++y) {
         // Bytes are counted, not pixels: the last one can be drawn in part.
         const double bytes = 4.0 * static_cast<double>(middle - y) * slope;
@@ -60,7 +60,7 @@ void CMkClockEffect::DrawLastQuarter(const Canvas& canvas, const Layers& layers,
     }
     const bool swept = !MkEq(past, 0);
     const double slope = std::tan(past);
-    const auto half = static_cast<double>(canvas.width / 2);
+    const auto half = static_cast<double>(canvas.width >> 1);
     Run runs[2] = {{}, RightHalf(canvas, layers)};
     for (size_t y = 0; y < middle; ++y) {
         const double pixels = half - static_cast<double>(middle - y) / slope;
