@@ -1,20 +1,14 @@
 #pragma once
 /// A frame's untouched copy for effects that take their samples from elsewhere in the picture.
-#include <memory>
-
 #include "AVEffect/frame_planes.h"
 #include "BaseTools/guarded.h"
+#include "avbase/avbase_srcutils/holders.h"
 #include "aveffect/errors.h"
-#include "aveffect/video_frame.h"
 
 namespace AVBased {
 
-struct FrameFreer {
-    void operator()(IRawVideoFrame* frame) const { frame->Free(); }
-};
-
 /// Frees the copy when it goes.
-using FrameClone = std::unique_ptr<IRawVideoFrame, FrameFreer>;
+using FrameClone = FramePtr;
 
 /// The host's own clone of its frame. Throws CBaseException 10021008 when the host has none.
 inline FrameClone CloneFrame(IRawVideoFrame* frame) {

@@ -2,14 +2,10 @@
 /// Which pixel formats the effects serve and how: the one place that turns a frame into plane views.
 #include <array>
 
-#include "AVEffect/kernels/planes.h"
+#include "avbase/avbase_srcutils/plane_views.h"
 #include "aveffect/pixel_format.h"
-#include "aveffect/video_frame.h"
 
 namespace AVBased {
-
-using kernels::Plane32;
-using kernels::Plane8;
 
 /// A planar frame. Chroma sample (x >> horizontalShift, y >> verticalShift) belongs to luma sample (x, y).
 struct PlanarView {
@@ -55,19 +51,6 @@ static_assert(
         return true;
     }(),
     "the layouts stand in the order of the formats");
-
-/// One plane of a frame as bytes.
-inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {
-    unsigned width = 0, pitch = 0, rows = 0;
-    unsigned char* data = frame->GetBuffer(index, &width, &pitch, &rows);
-    return {data, width, pitch, rows};
-}
-
-/// The plane of a BGRA frame. A trailing part of a pixel does not count.
-inline Plane32 PixelPlane(IRawVideoFrame* frame) {
-    const Plane8 bytes = BytePlane(frame, 0);
-    return {bytes.data, bytes.width / 4, bytes.pitch, bytes.rows};
-}
 
 /// Calls packed(Plane32) for BGRA, planar(PlanarView) for the planar formats, and nothing for any other.
 template <class Packed, class Planar>

@@ -1,0 +1,42 @@
+#pragma once
+/// A frame's planes as kernels see them.
+#include "AVEffect/kernels/planes.h"
+#include "aveffect/video_frame.h"
+
+namespace AVBased {
+
+using kernels::Plane32;
+using kernels::Plane8;
+
+/// One plane of a frame as bytes.
+inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {
+    unsigned width = 0, pitch = 0, rows = 0;
+    unsigned char* data = frame->GetBuffer(index, &width, &pitch, &rows);
+    return {data, width, pitch, rows};
+}
+
+/// A plane of bytes as the whole pixels in it. A trailing part of a pixel does not count.
+constexpr Plane32 AsPixels(const Plane8& bytes) {
+    return {bytes.data, bytes.width / 4, bytes.pitch, bytes.rows};
+}
+
+/// The plane of a BGRA frame.
+inline Plane32 PixelPlane(IRawVideoFrame* frame) { return AsPixels(BytePlane(frame, 0)); }
+
+/// Whether two frames are of one format and size and their planes lie in memory alike.
+inline bool SameLayout(IRawVideoFrame* a, IRawVideoFrame* b) {
+    if (a->GetPixelFormat() != b->GetPixelFormat() || a->GetBufferCount() != b->GetBufferCount())
+        return false;
+    unsigned widthA = 0, heightA = 0, widthB = 0, heightB = 0;
+    a->GetDimension(&widthA, &heightA);
+    b->GetDimension(&widthB, &heightB);
+    if (widthA != widthB || heightA != heightB) return false;
+    for (unsigned i = 0; i < a->GetBufferCount(); ++i) {
+        const Plane8 planeA = BytePlane(a, i), planeB = BytePlane(b, i);
+        if (planeA.width != planeB.width || planeA.pitch != planeB.pitch || planeA.rows != planeB.rows)
+            return false;
+    }
+    return true;
+}
+
+} // namespace AVBased
