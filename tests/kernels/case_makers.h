@@ -53,5 +53,7 @@ void AddStyleCases(std::vector<KernelCase>& cases, unsigned features);
 void AddLightCases(std::vector<KernelCase>& cases, unsigned features);
 /// Kernels of the paint effects.
 void AddPaintCases(std::vector<KernelCase>& cases, unsigned features);
+/// Kernels that draw two views.
+void AddStereoCases(std::vector<KernelCase>& cases, unsigned features);
 
 } // namespace test

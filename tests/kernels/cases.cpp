@@ -124,6 +124,7 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     AddStyleCases(cases, features);
     AddLightCases(cases, features);
     AddPaintCases(cases, features);
+    AddStereoCases(cases, features);
     return cases;
 }
 
