@@ -19,6 +19,7 @@ namespace {
 struct Settings {
     std::string name;
     std::vector<std::pair<const char*, const char*>> properties;
+    bool secondView = false; ///< whether the frames have one
 };
 
 // Stand for the picture's own size in settings.
@@ -90,6 +91,11 @@ std::vector<Settings> SettingsOf(const std::string& effect) {
         {"spotlight",
          {{"", {{"spotlight_x", kHalfWidth}, {"spotlight_y", kHalfHeight}, {"spotlight_r", kHalfHeight}}}}},
         {"radiate", {{"", {{"radiate_x", kHalfWidth}, {"radiate_y", kHalfHeight}}}}},
+        {"EffectName3DRenderEffect",
+         {{" side by side", {{"render_3d_mode", "3"}}},
+          {" side by side of two", {{"render_3d_mode", "3"}}, true},
+          {" top and bottom of two", {{"render_3d_mode", "4"}}, true},
+          {" red-cyan", {{"render_3d_mode", "1"}}}}},
         {"EffectNameRotate90X",
          {{" quarter", {{"Rotate90XDerection", "1"}}}, {" half", {{"Rotate90XDerection", "2"}}}}},
     };
@@ -118,7 +124,7 @@ public:
             place += size_t{buffer->pitch} * buffer->rows;
         }
     }
-    AVBased::IRawVideoFrame& Frame() { return m_frame; }
+    AVBased::CRawVideoFrame& Frame() { return m_frame; }
     size_t Bytes() const { return m_frame.GetRequireSize(); }
     std::span<unsigned char> Pixels() { return {m_memory.get(), Bytes()}; }
 
@@ -155,6 +161,9 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
     test::PictureManager manager;
     manager.sources = {{kFirst, {&first.Frame()}}, {kSecond, {&second.Frame()}}};
     test::VideoProc proc = MakeProc(effect, settings, picture, manager);
+    test::VideoProc proc = MakeProc(effect, settings, picture);
+    BenchFrame frame(picture);
+    if (settings.secondView) frame.Frame().CopySubsetFrame(&frame.Frame());
     AVBased::ImagePostion position{};
     const auto run = [&] {
         if (way == Way::OnCopy)

@@ -59,6 +59,7 @@ inline constexpr const char* effectNameMkRoll = "EffectNameMkRoll";
 inline constexpr const char* effectNameMkBrokenBox = "EffectNameMkBrokenBox";
 inline constexpr const char* effectNameMkShutter = "EffectNameMkShutter";
 inline constexpr const char* effectNameMkLeftRightMove = "EffectNameMkLeftRightMove";
+inline constexpr const char* effectName3DRenderEffect = "EffectName3DRenderEffect";
 inline constexpr const char* effectNameRotate90X = "EffectNameRotate90X";
 // What all transitions share; no factory makes it.
 inline constexpr const char* effectNameMkBaseTransition = "EffectNameMkBaseTransition";
@@ -375,6 +376,23 @@ constexpr PropertyInfo kOilPaintingProperties[] = {
      "Levels of brightness that are told apart: the fewer, the larger the patches. 50 until it is set.", "",
      0, 256},
 };
+constexpr PropertyChoice k3DModes[] = {
+    {0, "left", "The left view alone."},
+    {1, "red-cyan", "An anaglyph made of one picture: its red is moved."},
+    {2, "green-magenta", "An anaglyph made of one picture: its red and blue are moved."},
+    {3, "side-by-side", "Both views halved in width, the left one in the left half."},
+    {4, "top-and-bottom", "Both views halved in height, the left one in the upper half."},
+};
+constexpr PropertyInfo k3DRenderProperties[] = {
+    {"render_3d_depth", "80", kInt32, ValueKind::Number, "Depth",
+     "How far an anaglyph's colours move: by half of the width divided by 120 less this, in steps of 10. "
+     "Drawing two views replaces it by a quarter of the width.",
+     "", 20, 100},
+    {"render_3d_mode", "3", kInt32, ValueKind::Choice, "Presentation", "How the scene is shown.", "", 0, 4,
+     kNoNeutral, PixelAxis::None, k3DModes},
+    {"render_3d_swtich", "0", kInt32, ValueKind::Switch, "Exchange views",
+     "Exchanges left and right. Once on, it stays on.", "", 0, 1},
+};
 constexpr PropertyChoice kQuarterTurns[] = {
     {0, "none", "The picture stays as it is."},
     {1, "clockwise", "A quarter turn clockwise."},
@@ -503,6 +521,11 @@ constexpr PropertyInfo kTransitionProperties[] = {
     ROW(CMkLeftRightMoveEffect, effectNameMkLeftRightMove, EffectKind::Transition,                           \
         kFollowsTime | kKeepsState, "Push", "The second picture pushes the first one out to the left.",      \
         kTransitionProperties)                                                                               \
+    ROW(CMK3DRenderEffect, effectName3DRenderEffect, EffectKind::Stereo, kKeepsState, "3D",                  \
+        "Shows two views of a scene, made of one picture unless the frame has a second one, as one "         \
+        "picture; "                                                                                          \
+        "or makes one picture an anaglyph.",                                                                 \
+        k3DRenderProperties)                                                                                 \
     ROW(CRotate90X, effectNameRotate90X, EffectKind::Distortion, kFewFormats, "Quarter turns",               \
         "Turns the picture; quarter turns are made smaller to fit the frame, with black around them. BGRA "  \
         "and YUV420P only.",                                                                                 \

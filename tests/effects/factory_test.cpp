@@ -109,6 +109,9 @@ TEST(Factory, TheCatalogueIsWhatTheContractLists) {
                               {"mirrorinvert", "mirrorinvert_amount", "100", 3},
                               {"oilpainting", "oilpainting_brushsize", "3", 3},
                               {"oilpainting", "oilpainting_coarseness", "3", 3},
+                              {"EffectName3DRenderEffect", "render_3d_depth", "80", 3},
+                              {"EffectName3DRenderEffect", "render_3d_mode", "3", 3},
+                              {"EffectName3DRenderEffect", "render_3d_swtich", "0", 3},
                               {"EffectNameRotate90X", "Rotate90XDerection", "0", 3}}) {
         int type = -1;
         EXPECT_STREQ(test::MakeVideo(p.effect)->GetProperty(p.name, &type), p.text);

@@ -79,6 +79,25 @@ TEST(SteadyState, ProcessorsLeaveNothingBehind) {
     }
 }
 
+// Views, converters and working frames that are made anew for every format and size.
+TEST(SteadyState, StereoDoesNotGrow) {
+    const BaseTool::BlockKeeper keeper;
+    for (const char* mode : {"0", "1", "2", "3", "4"}) {
+        const test::VideoProc proc = test::MakeVideo("EffectName3DRenderEffect", {{"render_3d_mode", mode}});
+        Picture bgra(BGRA), yuv(YUV420P), second(YUV420P), other(YUV422P);
+        bgra.Frame().CropRightAndBottom(16, 0);
+        other.Frame().CopySubsetFrame(&second.Frame()); // converted
+        const auto frames = [&](int count) {
+            for (int i = 0; i < count; ++i)
+                for (Picture* picture : {&bgra, &yuv, &other}) test::Run(*proc, picture->Frame());
+        };
+        frames(4);
+        const size_t before = test::LiveBlocks();
+        frames(1000 / 3);
+        EXPECT_LE(test::LiveBlocks(), before) << mode;
+    }
+}
+
 TEST(SteadyState, ThreadsWithAProcessorEachComputeTheSame) {
     for (const EffectInfo& effect : kVideoEffects) {
         if (effect.traits & kDrawsRandom) continue; // the generator is the process's

@@ -151,10 +151,11 @@ std::string Tamed(const PropertyInfo& property, std::string value, bool large, R
     const std::string_view name = property.name;
     const bool counts = name == "blur_count" || name == "sharpen_count";
     if (counts) return std::to_string(Within(0, large ? 3 : 300, random));
+    if (name == "render_3d_mode" && std::atoi(value.c_str()) < 0) return "2";
     return value;
 }
 
-test::Shape AnyShape(Random& random, bool large) {
+test::Shape AnyShape(Random& random, bool large, bool withAlphaPlane) {
     static const unsigned kFormats[] = {BGRA,     BGRA,     YUV420P,  YUV422P,  YUV410P, YUV411P,
                                         YUVJ420P, YUVJ422P, YUVA420P, YUVA444P, YUV444P, RGB24};
     const auto size = [&] {
@@ -163,7 +164,9 @@ test::Shape AnyShape(Random& random, bool large) {
     };
     static const unsigned kPaddings[] = {0, 0, 1, 3, 4, 64};
     const unsigned width = size(), height = size();
-    return {AnyOf(kFormats, random), width, height, AnyOf(kPaddings, random), 0, random() % 2 == 0};
+    unsigned format = AnyOf(kFormats, random);
+    if (!withAlphaPlane && (format == YUVA420P || format == YUVA444P)) format = YUV420P;
+    return {format, width, height, AnyOf(kPaddings, random), 0, random() % 2 == 0};
 }
 
 // A processor, and one of another level that must do the same.
@@ -225,7 +228,8 @@ unsigned Sweep(const EffectInfo& effect, unsigned seed) {
     const unsigned mask = AnyOf(kMasks, random);
     Pair pair(effect, mask);
     const bool large = random() % 64 == 0;
-    test::Shape shape = AnyShape(random, large);
+    const bool withAlphaPlane = effect.kind != EffectKind::Stereo; // anaglyphs are stated to stop there
+    test::Shape shape = AnyShape(random, large, withAlphaPlane);
     std::string settings;
     const unsigned frames = 2 + random() % 3;
     for (unsigned i = 0; i < frames; ++i) {
@@ -238,7 +242,7 @@ unsigned Sweep(const EffectInfo& effect, unsigned seed) {
         if (random() % 2) set(kDurationProperty);
         for (const PropertyInfo& property : effect.properties)
             if (random() % 4 != 0) set(property);
-        if (random() % 3 == 0) shape = AnyShape(random, large);
+        if (random() % 3 == 0) shape = AnyShape(random, large, withAlphaPlane);
         const auto flush = random() % 2 ? GuardedMemory::Flush::End : GuardedMemory::Flush::Start;
         const bool inPlace = random() % 2;
         underWay = std::string(effect.name) + ", seed " + std::to_string(seed) + ", frame " +

@@ -93,6 +93,7 @@ public:
     std::vector<Plane> planes;
     std::function<AVBased::IRawVideoFrame*(HostFrame&)> onClone; ///< stands in for Clone() when set
     int* freed = nullptr;                                        ///< counts Free() when set
+    HostFrame* subset = nullptr;                                 ///< the second view, not owned
 
     unsigned GetBufferCount() override { return static_cast<unsigned>(planes.size()); }
     unsigned char* GetBuffer(unsigned index, unsigned* width, unsigned* pitch, unsigned* rows) override {
@@ -107,6 +108,11 @@ public:
         delete this;
     }
     AVBased::IRawVideoFrame* Clone() override { return onClone ? onClone(*this) : new HostFrame(*this); }
+    void* GetInterface(const char* name) override {
+        if (subset && std::strcmp(name, AVBased::kSubsetFrameInterface) == 0)
+            return static_cast<AVBased::IRawVideoFrame*>(subset);
+        return MemoryFrame::GetInterface(name);
+    }
 
 private:
     static unsigned Shifted(const Shape& shape, unsigned size, unsigned shift) {
