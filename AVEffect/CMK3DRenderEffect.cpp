@@ -60,9 +60,10 @@ void CMK3DRenderEffect::InnerProcFrame(ImagePostion* position, int time, IRawVid
     unsigned width = 0;
     pFrame->GetDimension(&width, nullptr);
     // The depth is the last frame's quarter from now on, not the property's, until that is set again.
-    m_nDepth = static_cast<int>(width / 4);
+    const unsigned quarter = width / 4;
+    m_nDepth = static_cast<int>(quarter);
     if (width == 0) return;
-    m_dRatio = static_cast<double>(width - width / 4) / width;
+    m_dRatio = static_cast<double>(width - quarter) / width;
 
     auto* right = static_cast<IRawVideoFrame*>(pFrame->GetInterface(kSubsetFrameInterface));
     IRawVideoFrame* left = right ? pFrame : PrepareLV(pFrame);

@@ -31,9 +31,30 @@ void AddMediaOptions(CLI::App& app, MediaArguments& media) {
     AddRunOptions(app, media.run);
 }
 
+void AddStereoOptions(CLI::App& app, StereoArguments& stereo) {
+    app.add_option("--right", stereo.right, "Clip of the right view; INPUT is the left one")
+        ->type_name("FILE");
+    app.add_option("--stereo-in", stereo.layout,
+                   "How INPUT's pictures hold both views: sbs (side by side) or tab (top and bottom)")
+        ->type_name("LAYOUT");
+}
+
+StereoOptions MakeStereoOptions(const StereoArguments& stereo) {
+    StereoOptions options;
+    options.right = stereo.right;
+    if (stereo.layout == "sbs")
+        options.layout = StereoLayout::SideBySide;
+    else if (stereo.layout == "tab")
+        options.layout = StereoLayout::TopAndBottom;
+    else if (!stereo.layout.empty())
+        Refuse("--stereo-in", "sbs or tab", stereo.layout);
+    return options;
+}
+
 CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
     CLI::App* const render = app.add_subcommand("render", "Render a clip or picture through effects");
     AddMediaOptions(*render, command.media);
+    AddStereoOptions(*render, command.stereo);
     render->add_option("--from", command.from, "First moment to keep: seconds, mm:ss or hh:mm:ss.ms")
         ->type_name("TIME");
     render->add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
@@ -49,6 +70,7 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
 CLI::App* AddFrame(CLI::App& app, FrameCommand& command) {
     CLI::App* const frame = app.add_subcommand("frame", "Render one picture of a clip into a still picture");
     AddMediaOptions(*frame, command.media);
+    AddStereoOptions(*frame, command.stereo);
     frame
         ->add_option("--at", command.at,
                      "Moment of the picture: seconds, mm:ss or hh:mm:ss.ms; 0 if not given")
@@ -169,6 +191,8 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
     options.preset = command.preset;
     options.pixelFormat = command.media.pixelFormat;
     options.overwrite = command.media.run.overwrite;
+    options.overwrite = command.media.overwrite;
+    options.stereo = MakeStereoOptions(command.stereo);
     return options;
 }
 
@@ -180,6 +204,8 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.effects = ParseEffects(command.media);
     options.pixelFormat = command.media.pixelFormat;
     options.overwrite = command.media.run.overwrite;
+    options.overwrite = command.media.overwrite;
+    options.stereo = MakeStereoOptions(command.stereo);
     return options;
 }
 

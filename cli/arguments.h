@@ -35,8 +35,15 @@ struct MediaArguments {
     RunArguments run;
 };
 
+/// Where a second view comes from.
+struct StereoArguments {
+    std::string right;
+    std::string layout;
+};
+
 struct RenderCommand {
     MediaArguments media;
+    StereoArguments stereo;
     std::optional<std::string> from, to, frames, crf, threads;
     std::string codec;
     std::string preset;
@@ -45,6 +52,7 @@ struct RenderCommand {
 
 struct FrameCommand {
     MediaArguments media;
+    StereoArguments stereo;
     std::string at = "0";
 };
 

@@ -93,6 +93,7 @@ EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
         m_procs.push_back(plugin.MakeVideo(manager, effect.name));
         m_traits |= RequireEffect(effect.name).traits;
         AVBased::IVideoProc& proc = *m_procs.back();
+        if (IsStereoEffect(proc)) m_stereo = &proc;
         SetProperty(proc, AVBased::PROP_NAME_DURATION, duration);
         if (NeedsPictureSize(effect)) {
             m_waiting.emplace_back(&proc, effect);
@@ -121,6 +122,7 @@ void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs) {
     if (!m_waiting.empty()) SetWaiting(*frame);
     AVBased::ImagePostion position{};
     for (const VideoProcPtr& proc : m_procs) {
+        if (DrawInPlaceOf(*proc, *frame)) continue;
         IBaseException* const record = GetBaseException();
         record->Clear();
         proc->ProcFrameInPlace(&position, timeMs, frame);

@@ -8,6 +8,7 @@
 
 #include "aveffect/catalogue.h"
 #include "host/plugin.h"
+#include "host/stereo.h"
 
 namespace aveffect {
 
@@ -53,13 +54,19 @@ public:
     /// Whether an effect of the chain works on transparency alone.
     bool ChangesAlpha() const noexcept { return (m_traits & AVBased::kChangesAlpha) != 0; }
 
-    /// Whether an effect of the chain serves BGRA and YUV420P only.
-    bool ServesFewFormats() const noexcept { return (m_traits & AVBased::kFewFormats) != 0; }
+    /// Whether an effect of the chain serves BGRA and YUV420P only. Anaglyphs work best in those too.
+    bool ServesFewFormats() const noexcept { return (m_traits & AVBased::kFewFormats) != 0 || m_stereo; }
+
+    /// What the last stereo effect shows; absent when there is none.
+    std::optional<Presentation> Stereo() const {
+        return m_stereo ? std::optional(PresentationOf(*m_stereo)) : std::nullopt;
+    }
 
 private:
     void SetWaiting(AVBased::IRawVideoFrame& frame);
 
-    unsigned m_traits = 0; ///< AVBased::EffectTraits of all effects together
+    AVBased::IVideoProc* m_stereo = nullptr; ///< the last one
+    unsigned m_traits = 0;                   ///< AVBased::EffectTraits of all effects together
     std::vector<VideoProcPtr> m_procs;
     std::vector<std::pair<AVBased::IVideoProc*, EffectSpec>> m_waiting; ///< for the pictures' size
 };

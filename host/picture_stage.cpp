@@ -1,5 +1,6 @@
 #include "host/picture_stage.h"
 
+#include <tuple>
 #include <utility>
 
 extern "C" {
@@ -21,12 +22,6 @@ using mediabridge::Scaler;
 
 AVPixelFormat FormatOf(const AVFrame& picture) { return static_cast<AVPixelFormat>(picture.format); }
 
-AVFramePtr ConvertWith(Scaler& scaler, const AVFrame& picture) {
-    AVFramePtr converted = scaler.Convert(&picture);
-    if (!converted) throw Error(ErrorKind::Output, "a picture can't be converted: " + scaler.Error());
-    return converted;
-}
-
 bool Is601(AVColorSpace matrix) {
     return matrix == AVCOL_SPC_UNSPECIFIED || matrix == AVCOL_SPC_BT470BG || matrix == AVCOL_SPC_SMPTE170M;
 }
@@ -34,10 +29,13 @@ bool Is601(AVColorSpace matrix) {
 } // namespace
 
 PictureStage::PictureStage(EffectChain& chain, std::string pixelFormat, const std::string& turnFilter,
-                           Reporter& reporter)
+                           Reporter& reporter, ViewPairs* pairs)
     : m_chain(chain)
     , m_pixelFormat(std::move(pixelFormat))
-    , m_reporter(reporter) {
+    , m_reporter(reporter)
+    , m_pairs(pairs) {
+    // The host's own anaglyphs.
+    if (m_pairs && m_chain.Stereo()->IsAnaglyph() && m_pixelFormat == "auto") m_pixelFormat = "bgra";
     if (!turnFilter.empty()) m_turner.emplace(turnFilter, "turned upright");
 }
 
@@ -77,15 +75,24 @@ AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
     return ConvertWith(*m_toWorking, *picture);
 }
 
-AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned durationMs) {
+AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned durationMs,
+                                      const AVFrame* second) {
+    AVFramePtr right;
+    if (m_pairs && !second) std::tie(picture, right) = m_pairs->Split(*picture);
     if (!m_clip) LearnFrom(*picture);
     picture = ToWorkingFormat(std::move(picture));
+    if (second)
+        right = m_pairs->Fit(*second, picture, m_working);
+    else if (right)
+        right = ToWorkingFormat(std::move(right));
     if (!m_chain.Empty()) {
         if (!av_frame_is_writable(picture.get())) picture = mediabridge::CopyPicture(picture.get());
         const auto frame =
             picture ? mediabridge::VideoFrame::Wrap(picture.get(), timeMs, durationMs) : nullptr;
         if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
+        if (right) frame->SetSubsetFrame(m_pairs->Prepare(*right, timeMs, durationMs));
         m_chain.Process(frame.get(), timeMs);
+        if (const auto stereo = m_chain.Stereo()) MarkPicture(*picture, *stereo);
     }
     return m_turner ? m_turner->Apply(std::move(picture)) : std::move(picture);
 }

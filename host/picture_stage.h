@@ -7,6 +7,7 @@
 #include "host/encoder.h"
 #include "host/picture_filter.h"
 #include "host/reporter.h"
+#include "host/view_pairs.h"
 #include "host/working_format.h"
 #include "mediabridge/scaler.h"
 
@@ -18,12 +19,15 @@ namespace aveffect {
 /// one thread at a time.
 class PictureStage {
 public:
-    /// An empty turn filter leaves pictures as they are. Chain and reporter outlive the stage.
+    /// An empty turn filter leaves pictures as they are. With pairs every picture gets its second view.
+    /// Chain, reporter and pairs outlive the stage.
     PictureStage(EffectChain& chain, std::string pixelFormat, const std::string& turnFilter,
-                 Reporter& reporter);
+                 Reporter& reporter, ViewPairs* pairs = nullptr);
 
-    /// Effects and turning. Time in milliseconds from the span's start. Throws Error.
-    mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs);
+    /// Effects and turning. Time in milliseconds from the span's start. The second picture is the other
+    /// view's, where the first one does not hold both. Throws Error.
+    mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs,
+                                         const AVFrame* second = nullptr);
 
     /// Chooses the encoder's format for pictures like this one, which ApplyEffects has returned: the one
     /// nearest to the wanted format; without a wish, to what the clip looks like.
@@ -41,6 +45,7 @@ private:
     EffectChain& m_chain;
     std::string m_pixelFormat;
     Reporter& m_reporter;
+    ViewPairs* m_pairs;
     std::optional<ClipKind> m_clip;
     WorkingFormat m_working;
     int m_width = 0, m_height = 0;

@@ -15,9 +15,11 @@
 #include "host/picture_stage.h"
 #include "host/progress_meter.h"
 #include "host/reporter.h"
+#include "host/right_clip.h"
 #include "host/sink.h"
 #include "host/span.h"
 #include "host/stages.h"
+#include "host/view_pairs.h"
 
 namespace aveffect {
 namespace {
@@ -57,6 +59,13 @@ uint32_t EffectLength(std::optional<int64_t> lengthMs, const Source& source, Rep
     return static_cast<uint32_t>(std::clamp<int64_t>(*lengthMs, 0, INT_MAX));
 }
 
+std::unique_ptr<ViewPairs> PairsFor(const Plugin& plugin, MediaManager* manager,
+                                    const std::vector<EffectSpec>& effects, uint32_t lengthMs,
+                                    const StereoOptions& options) {
+    if (!options.TwoViews()) return nullptr;
+    return std::make_unique<ViewPairs>(plugin, manager, effects, lengthMs, options);
+}
+
 /// One render of a clip, from its options to its result.
 class RenderJob {
 public:
@@ -73,32 +82,44 @@ public:
         , m_base(m_source.Pictures().time_base)
         , m_progress(m_reporter, m_span.ExpectedPictures())
         , m_chain(plugin, &m_manager, options.effects, EffectLength(m_span.LengthMs(), m_source, m_reporter))
+        , m_expected(m_span.ExpectedPictures())
+        , m_length(EffectLength(m_span.LengthMs(), m_source, m_reporter))
+        , m_chain(plugin, &m_manager, options.effects, m_length)
+        , m_pairs(PairsFor(plugin, &m_manager, options.effects, m_length, options.stereo))
         , m_turn(TurnFor(m_source, m_plan, m_reporter))
-        , m_stage(m_chain, options.pixelFormat, m_turn, m_reporter) {}
+        , m_stage(m_chain, options.pixelFormat, m_turn, m_reporter, m_pairs.get()) {
+        if (!options.stereo.right.empty())
+            m_right = std::make_unique<RightClip>(options.stereo.right, options.fromMs, options.threads,
+                                                  m_reporter, cancel);
+    }
 
     RenderResult Run() {
         RequirePictures(m_manager, m_options.effects);
         AVFramePtr first = ReadFirst();
+        SpanItem head = ReadFirst();
+        if (m_plan.IsStill()) RequireOnePicture();
+        AVFramePtr first = ApplyEffects(std::move(head));
         if (m_plan.IsStill()) {
-            RequireOnePicture();
-            first = ApplyEffects(std::move(first));
             m_stage.PrepareOutput(m_plan, *first);
             WriteStill(m_plan, m_stage.ConvertForEncoder(std::move(first)), m_options.overwrite, m_cancel);
             m_progress.Report(1, true);
             return {1, m_span.Damage()};
+            ReportProgress(1, true);
+            return {1, Damage()};
         }
-        first = ApplyEffects(std::move(first));
         m_stage.PrepareOutput(m_plan, *first);
         first = m_stage.ConvertForEncoder(std::move(first));
         m_sink = std::make_unique<Sink>(
-            Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite, !m_turn.empty()}, *first,
-            m_reporter);
+            Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite, !m_turn.empty(), m_chain.Stereo()},
+            *first, m_reporter);
         m_head.push_back({std::move(first), nullptr});
         RunStages();
         CheckCancel(m_cancel);
         m_sink->Publish();
         m_progress.Report(m_sink->Pictures(), true);
         return {m_sink->Pictures(), m_span.Damage()};
+        ReportProgress(m_sink->Pictures(), true);
+        return {m_sink->Pictures(), Damage()};
     }
 
 private:
@@ -107,14 +128,29 @@ private:
         OutputPlan plan =
             PlanOutput(options.output, options.videoCodec, options.crf, options.preset, options.threads);
         OutputFile::Check(options.output, options.input, options.overwrite);
+        if (!options.stereo.right.empty())
+            OutputFile::Check(options.output, options.stereo.right, options.overwrite);
         return plan;
     }
 
+    // With the right clip's picture of the same moment.
+    std::optional<SpanItem> Next() {
+        std::optional<SpanItem> item = m_span.Next();
+        if (item && item->picture && m_right)
+            item->second = m_right->At({m_span.Start() + item->picture->pts, m_base});
+        return item;
+    }
+
+    std::optional<std::string> Damage() const {
+        const auto damage = m_span.Damage(), right = m_right ? m_right->Damage() : std::nullopt;
+        return damage && right ? *damage + "; " + *right : damage ? damage : right;
+    }
+
     // The first picture tells what the output looks like; packets before it wait in m_head.
-    AVFramePtr ReadFirst() {
-        while (std::optional<SpanItem> item = m_span.Next()) {
+    SpanItem ReadFirst() {
+        while (std::optional<SpanItem> item = Next()) {
             CheckCancel(m_cancel);
-            if (item->picture) return std::move(item->picture);
+            if (item->picture) return std::move(*item);
             m_head.push_back(std::move(*item));
         }
         const bool part = m_limits.fromMs || m_limits.toMs;
@@ -134,10 +170,11 @@ private:
                                 " has more; choose one with \"aveffect frame\" or --frames 1");
     }
 
-    AVFramePtr ApplyEffects(AVFramePtr picture) {
-        const int time = ToMs(picture->pts, m_base);
-        const int duration = ToMs(picture->pkt_duration, m_base);
-        return m_stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration));
+    AVFramePtr ApplyEffects(SpanItem item) {
+        const int time = ToMs(item.picture->pts, m_base);
+        const int duration = ToMs(item.picture->pkt_duration, m_base);
+        return m_stage.ApplyEffects(std::move(item.picture), time, static_cast<unsigned>(duration),
+                                    item.second.get());
     }
 
     void RunStages() {
@@ -152,7 +189,7 @@ private:
     }
 
     void Decode() {
-        while (std::optional<SpanItem> item = m_span.Next()) {
+        while (std::optional<SpanItem> item = Next()) {
             CheckCancel(m_cancel);
             const unsigned weight = WeightOf(*item);
             if (!m_decoded.Push(std::move(*item), weight)) return;
@@ -168,8 +205,7 @@ private:
         m_head.clear();
         while (std::optional<SpanItem> item = m_decoded.Pop()) {
             CheckCancel(m_cancel);
-            if (item->picture)
-                item->picture = m_stage.ConvertForEncoder(ApplyEffects(std::move(item->picture)));
+            if (item->picture) *item = {m_stage.ConvertForEncoder(ApplyEffects(std::move(*item))), nullptr};
             const unsigned weight = WeightOf(*item);
             if (!m_processed.Push(std::move(*item), weight)) return;
         }
@@ -199,7 +235,10 @@ private:
     const AVRational m_base; ///< of the pictures' times
     ProgressMeter m_progress;
     MediaManager m_manager;
+    const uint32_t m_length; ///< that the effects are told of
     EffectChain m_chain;
+    std::unique_ptr<ViewPairs> m_pairs;
+    std::unique_ptr<RightClip> m_right;
     std::string m_turn;
     PictureStage m_stage;
     std::unique_ptr<Sink> m_sink;
@@ -246,11 +285,17 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
         throw Error(ErrorKind::Usage, SecondsText(options.atMs) + " is beyond the end of " + options.input +
                                           ", which lasts " + SecondsText(*source.EndMs()));
     MediaManager manager;
-    EffectChain chain(plugin, &manager, options.effects, EffectLength(source.EndMs(), source, reporter));
-    PictureStage stage(chain, options.pixelFormat, TurnFor(source, plan, reporter), reporter);
+    const uint32_t length = EffectLength(source.EndMs(), source, reporter);
+    EffectChain chain(plugin, &manager, options.effects, length);
+    const auto pairs = PairsFor(plugin, &manager, options.effects, length, options.stereo);
+    PictureStage stage(chain, options.pixelFormat, TurnFor(source, plan, reporter), reporter, pairs.get());
 
     RequirePictures(manager, options.effects);
     AVFramePtr picture = FindPicture(source, options.atMs, cancel);
+    AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;
+    if (!options.stereo.right.empty())
+        second = RightClip(options.stereo.right, options.atMs, 0, reporter, cancel)
+                     .At({picture->pts, source.Pictures().time_base});
     RenderResult result;
     result.frames = 1;
     if (picture->decode_error_flags || (picture->flags & AV_FRAME_FLAG_CORRUPT))
@@ -258,7 +303,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     const AVRational base = source.Pictures().time_base;
     const int time = ToMs(picture->pts, base);
     const int duration = ToMs(picture->pkt_duration, base);
-    picture = stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration));
+    picture = stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration), second.get());
     stage.PrepareOutput(plan, *picture);
     WriteStill(plan, stage.ConvertForEncoder(std::move(picture)), options.overwrite, cancel);
     RenderProgress progress;

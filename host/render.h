@@ -26,6 +26,7 @@ struct RenderOptions {
         "auto";           ///< format that the effects work in: auto or a frame-table format by name
     unsigned threads = 0; ///< threads of the decoder and of the encoder; 0: as many as there are processors
     bool overwrite = false;
+    StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
 };
 
 struct RenderProgress {
@@ -63,6 +64,7 @@ struct FrameOptions {
     std::vector<EffectSpec> effects;
     std::string pixelFormat = "auto";
     bool overwrite = false;
+    StereoOptions stereo = {};
 };
 
 /// Renders the picture shown at one moment of the input into a still picture (format by the output's

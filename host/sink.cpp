@@ -48,12 +48,13 @@ OutputClock MakeClock(const Sink::Setup& setup) {
             setup.plan.LargestDenominator()};
 }
 
-void CopySideData(AVStream* to, const AVStream& from, bool withRotation) {
+void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool withStereo) {
     for (int index = 0; index < from.nb_side_data; ++index) {
         const AVPacketSideData& data = from.side_data[index];
         const bool wanted = data.type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
                             data.type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL ||
-                            data.type == AV_PKT_DATA_STEREO3D || data.type == AV_PKT_DATA_SPHERICAL ||
+                            data.type == AV_PKT_DATA_SPHERICAL ||
+                            (withStereo && data.type == AV_PKT_DATA_STEREO3D) ||
                             (withRotation && data.type == AV_PKT_DATA_DISPLAYMATRIX);
         if (!wanted) continue;
         if (uint8_t* copy = av_stream_new_side_data(to, data.type, data.size))
@@ -85,6 +86,13 @@ void Sink::AddPictureStream(const Setup& setup) {
     m_pictureStream->disposition = source.disposition;
     CopyTags(&m_pictureStream->metadata, source.metadata);
     CopySideData(m_pictureStream, source, !setup.turned);
+    CopySideData(m_pictureStream, source, !setup.turned, !setup.stereo);
+    if (setup.stereo) MarkStream(*m_pictureStream, *setup.stereo);
+    for (int index = 0; index < encoder.nb_coded_side_data; ++index) {
+        const AVPacketSideData& data = encoder.coded_side_data[index];
+        if (uint8_t* copy = av_stream_new_side_data(m_pictureStream, data.type, data.size))
+            std::memcpy(copy, data.data, data.size);
+    }
 }
 
 void Sink::MapStreams(const Setup& setup, Reporter& reporter) {

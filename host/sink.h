@@ -11,6 +11,7 @@
 #include "host/reporter.h"
 #include "host/source.h"
 #include "host/span.h"
+#include "host/stereo.h"
 
 namespace aveffect {
 
@@ -23,6 +24,7 @@ public:
         const SpanLimits& limits;
         bool overwrite;
         bool turned; ///< the pictures were turned upright, so the container must not say to turn them
+        std::optional<Presentation> stereo = {}; ///< what a stereo effect made of them
     };
 
     /// Opens the encoder for pictures like the sample, creates the file and writes its header. The source

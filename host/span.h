@@ -19,6 +19,8 @@ struct SpanLimits {
 struct SpanItem {
     mediabridge::AVFramePtr picture;
     mediabridge::AVPacketPtr packet;
+    mediabridge::AVFramePtr second =
+        {}; ///< another clip's picture of the same moment, where one is asked for
 };
 
 /// Cuts a source to a span. With a start, the span begins at the first picture at or after it, so that the
@@ -37,6 +39,9 @@ public:
     std::optional<int64_t> LengthMs() const noexcept { return m_lengthMs; }
     /// Number of pictures to expect, as far as can be told.
     std::optional<int64_t> ExpectedPictures() const;
+    /// Where times count from, in the picture stream's time base from the clip's start; 0 before the first
+    /// picture.
+    int64_t Start() const noexcept { return m_start.value_or(0); }
     /// Pictures handed out.
     int64_t Pictures() const noexcept { return m_emitted; }
 

@@ -135,6 +135,12 @@ bool SameLayout(AVPixelFormat a, AVPixelFormat b) {
     return mediabridge::WithoutRange(a) == mediabridge::WithoutRange(b);
 }
 
+mediabridge::AVFramePtr ConvertWith(mediabridge::Scaler& scaler, const AVFrame& picture) {
+    mediabridge::AVFramePtr converted = scaler.Convert(&picture);
+    if (!converted) throw Error(ErrorKind::Output, "a picture can't be converted: " + scaler.Error());
+    return converted;
+}
+
 bool HasAlpha(AVPixelFormat format) { return KindOf(format).alpha; }
 
 std::string FormatName(AVPixelFormat format) {

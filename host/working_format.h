@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/av_owner.h"
+#include "mediabridge/scaler.h"
 
 namespace aveffect {
 
@@ -35,6 +36,9 @@ AVPixelFormat EightBitKind(AVPixelFormat format);
 
 /// Whether two formats lay the same bytes out in the same way, J formats and their plain twins included.
 bool SameLayout(AVPixelFormat a, AVPixelFormat b);
+
+/// The picture as the scaler converts it. Throws Error (Output).
+mediabridge::AVFramePtr ConvertWith(mediabridge::Scaler& scaler, const AVFrame& picture);
 
 /// Whether a format has an alpha channel.
 bool HasAlpha(AVPixelFormat format);

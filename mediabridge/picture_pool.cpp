@@ -106,7 +106,15 @@ struct PictureLayout {
     std::size_t total = 0;
 };
 
-bool LayOut(AVPixelFormat format, int width, int height, PictureLayout& layout) {
+/// Whether rows can lie as they do in that picture.
+bool StoredTopDown(const AVFrame* picture) {
+    for (std::size_t plane = 0; plane < 4; ++plane)
+        if (picture->linesize[plane] < 0) return false;
+    return true;
+}
+
+/// Rows as far apart as in another picture of the same format and size, or as near as the alignment allows.
+bool LayOut(AVPixelFormat format, int width, int height, const AVFrame* like, PictureLayout& layout) {
     if (av_image_check_size(static_cast<unsigned>(width), static_cast<unsigned>(height), kSilent, nullptr) <
             0 ||
         av_image_fill_linesizes(layout.lineSizes.data(), format, width) < 0)
@@ -114,7 +122,8 @@ bool LayOut(AVPixelFormat format, int width, int height, PictureLayout& layout) 
     std::array<std::ptrdiff_t, 4> pitches{};
     for (std::size_t plane = 0; plane < pitches.size(); ++plane) {
         layout.lineSizes[plane] =
-            static_cast<int>(RoundUp(static_cast<std::size_t>(layout.lineSizes[plane])));
+            like ? like->linesize[plane]
+                 : static_cast<int>(RoundUp(static_cast<std::size_t>(layout.lineSizes[plane])));
         pitches[plane] = layout.lineSizes[plane];
     }
     std::array<std::size_t, 4> sizes{};
@@ -128,11 +137,9 @@ bool LayOut(AVPixelFormat format, int width, int height, PictureLayout& layout) 
     return layout.total != 0;
 }
 
-} // namespace
-
-AVFramePtr AllocatePicture(AVPixelFormat format, int width, int height) {
+AVFramePtr Allocate(AVPixelFormat format, int width, int height, const AVFrame* like) {
     PictureLayout layout;
-    if (!LayOut(format, width, height, layout)) return nullptr;
+    if (!LayOut(format, width, height, like, layout)) return nullptr;
     AVFramePtr picture(av_frame_alloc());
     if (!picture) return nullptr;
     picture->buf[0] = BorrowBuffer(layout.total);
@@ -148,9 +155,15 @@ AVFramePtr AllocatePicture(AVPixelFormat format, int width, int height) {
     return picture;
 }
 
+} // namespace
+
+AVFramePtr AllocatePicture(AVPixelFormat format, int width, int height) {
+    return Allocate(format, width, height, nullptr);
+}
+
 AVFramePtr CopyPicture(const AVFrame* picture) {
-    AVFramePtr copy =
-        AllocatePicture(static_cast<AVPixelFormat>(picture->format), picture->width, picture->height);
+    AVFramePtr copy = Allocate(static_cast<AVPixelFormat>(picture->format), picture->width, picture->height,
+                               StoredTopDown(picture) ? picture : nullptr);
     if (!copy || av_frame_copy(copy.get(), picture) < 0 || av_frame_copy_props(copy.get(), picture) < 0)
         return nullptr;
     return copy;

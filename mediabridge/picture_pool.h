@@ -11,8 +11,8 @@ namespace mediabridge {
 /// Safe from any thread.
 AVFramePtr AllocatePicture(AVPixelFormat format, int width, int height);
 
-/// A new picture with the same pixels, every byte of every plane, and the same properties. Null when memory
-/// is short.
+/// A new picture with the same pixels, every byte of every plane, and the same properties; its rows lie as
+/// far apart, unless they are stored bottom-up. Null when memory is short.
 AVFramePtr CopyPicture(const AVFrame* picture);
 
 } // namespace mediabridge

@@ -67,6 +67,8 @@ TEST_F(BadInput, OptionValues) {
         {{"--progress", "loud"}, "--progress takes auto, bar, json or none, not 'loud'"},
         {{"--cpu-level", "mmx"}, "--cpu-level takes auto, sse2, avx2 or avx512, not 'mmx'"},
         {{"--pixel-format", "purple"}, "purple"},
+        {{"--stereo-in", "tb"}, "--stereo-in takes sbs or tab, not 'tb'"},
+        {{"--right", "in.png"}, "two views need the effect EffectName3DRenderEffect"},
         {{"-e", "grey"}, "unknown effect 'grey'; did you mean 'gray'?"},
         {{"-e", "simple_gauss_blur:blur_count=70000"}, "from 0 to 65535"},
         {{"-e", "mosaic:mosaic_x2=900000%"},
