@@ -54,8 +54,11 @@ public:
     /// Whether an effect of the chain works on transparency alone.
     bool ChangesAlpha() const noexcept { return (m_traits & AVBased::kChangesAlpha) != 0; }
 
-    /// Whether an effect of the chain serves BGRA and YUV420P only. Anaglyphs work best in those too.
-    bool ServesFewFormats() const noexcept { return (m_traits & AVBased::kFewFormats) != 0 || m_stereo; }
+    /// Whether an effect of the chain serves BGRA and YUV420P only. Anaglyphs of one picture take any other
+    /// format by way of a converter that fits the process's first such clip alone.
+    bool ServesFewFormats() const {
+        return (m_traits & AVBased::kFewFormats) != 0 || (m_stereo && Stereo()->IsAnaglyph());
+    }
 
     /// What the last stereo effect shows; absent when there is none.
     std::optional<Presentation> Stereo() const {

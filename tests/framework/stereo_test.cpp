@@ -68,7 +68,7 @@ TEST(StereoRenderer, DrawsAnaglyphs) {
 // Grey left, black right: 130 red, nothing else.
 TEST(StereoRenderer, AnaglyphByHand) {
     auto left = MakeFrame({YUV420P, 2, 2}), right = MakeFrame({YUV420P, 2, 2});
-    for (int i = 0; i < 3; ++i) {
+    for (size_t i = 0; i < 3; ++i) {
         std::fill(left->planes[i].bytes.begin(), left->planes[i].bytes.end(), 128);
         std::fill(right->planes[i].bytes.begin(), right->planes[i].bytes.end(), i ? 128 : 16);
     }
