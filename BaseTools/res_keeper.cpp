@@ -64,4 +64,15 @@ void* AlignedMallocAllocator::Malloc(size_t size) {
     return m_pData;
 }
 
+MallocAllocator::~MallocAllocator() { std::free(m_pData); }
+
+void* MallocAllocator::Malloc(uint32_t size) {
+    std::free(m_pData);
+    m_nSize = 0;
+    m_pData = std::malloc(size);
+    if (!m_pData) Raise(AVBased::kNoMemory, "No enough memory");
+    m_nSize = size;
+    return m_pData;
+}
+
 } // namespace BaseTool

@@ -1,6 +1,7 @@
 #pragma once
 /// Aligned memory and its holder.
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 namespace BaseTool {
@@ -43,6 +44,26 @@ private:
     size_t m_nSize = 0;
     void* m_pData = nullptr;
     size_t m_nAlignment;
+};
+
+/// Holds one block of malloc and frees it. Not copied.
+class MallocAllocator {
+public:
+    MallocAllocator() = default;
+    ~MallocAllocator();
+    MallocAllocator(const MallocAllocator&) = delete;
+    MallocAllocator& operator=(const MallocAllocator&) = delete;
+
+    /// Frees what it held and allocates anew; the bytes are undefined. Throws CBaseException 10021007
+    /// "No enough memory"; it holds nothing then.
+    void* Malloc(uint32_t size);
+
+    void* Data() const noexcept { return m_pData; }
+    uint32_t Size() const noexcept { return m_nSize; }
+
+private:
+    void* m_pData = nullptr;
+    uint32_t m_nSize = 0;
 };
 
 } // namespace BaseTool

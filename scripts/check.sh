@@ -15,3 +15,7 @@ scripts/build.sh clang
 echo "== sanitizers"
 scripts/build.sh sanitize
 ctest --preset sanitize
+
+echo "== thread sanitizer"
+scripts/build.sh thread
+TSAN_OPTIONS=allocator_may_return_null=1 build-thread/tests/tools_test --gtest_brief=1

@@ -49,6 +49,7 @@ enum ErrorCode : int {
     kUnknownException = 10021008,   ///< "Unknown exception", and input that an effect does not serve
     kNoInterface = 10021009,        ///< interface name not found; the message is the name
     kStandardException = 10021015,  ///< an exception of the C++ library; the message is its own text
+    kWrongState = 10021019,         ///< not now: what is asked for has happened already, or not yet
 };
 
 } // namespace AVBased
