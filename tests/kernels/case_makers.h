@@ -55,5 +55,7 @@ void AddLightCases(std::vector<KernelCase>& cases, unsigned features);
 void AddPaintCases(std::vector<KernelCase>& cases, unsigned features);
 /// Kernels that draw two views.
 void AddStereoCases(std::vector<KernelCase>& cases, unsigned features);
+/// Kernels on sound.
+void AddSoundCases(std::vector<KernelCase>& cases, unsigned features);
 
 } // namespace test

@@ -125,6 +125,7 @@ std::vector<KernelCase> KernelCases(unsigned features) {
     AddLightCases(cases, features);
     AddPaintCases(cases, features);
     AddStereoCases(cases, features);
+    AddSoundCases(cases, features);
     return cases;
 }
 

@@ -19,7 +19,7 @@ using PlaneFunction = std::function<void(const std::vector<Plane8>& planes)>;
 struct KernelCase {
     std::string name;
     size_t planes;    ///< how many it takes, all of one size
-    size_t unitBytes; ///< 1 for samples, 4 for pixels
+    size_t unitBytes; ///< of a sample or pixel
     PlaneFunction kernel;
     PlaneFunction reference;
 };
