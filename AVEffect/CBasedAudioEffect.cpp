@@ -1,6 +1,7 @@
 #include "AVEffect/CBasedAudioEffect.h"
 
 #include <cassert>
+#include <memory>
 #include <utility>
 
 #include "BaseTools/guarded.h"
@@ -29,8 +30,14 @@ IRawAudioFrame* CBasedAudioEffect::ProcFrame(IRawAudioFrame* frame) {
         if (IRawAudioFrame* previous = std::exchange(m_pCurFrame, nullptr)) previous->Release();
         m_pCurFrame = frame->Clone();
         assert(m_pCurFrame);
+        // Should the effect fail, nobody would receive the copy.
+        const auto giveUp = [this](IRawAudioFrame* copy) {
+            m_pCurFrame = nullptr;
+            copy->Release();
+        };
+        std::unique_ptr<IRawAudioFrame, decltype(giveUp)> unfinished(m_pCurFrame, giveUp);
         InnerProcFrame(m_pCurFrame);
-        return m_pCurFrame;
+        return unfinished.release();
     });
 }
 

@@ -22,7 +22,8 @@ public:
 
 protected:
     int m_nDuration = 1;
-    IRawAudioFrame* m_pCurFrame = nullptr; // what the last ProcFrame returned; released by the next one
+    // What the last ProcFrame returned, null when it failed. Released by the next one.
+    IRawAudioFrame* m_pCurFrame = nullptr;
 };
 
 } // namespace AVBased

@@ -277,7 +277,11 @@ class ProbeAudioEffect final : public CBasedAudioEffect {
 public:
     ProbeAudioEffect()
         : CBasedAudioEffect("probe_audio") {}
-    void InnerProcFrame(IRawAudioFrame* frame) override { frame->SetTimeStamp(frame->GetTimeStamp() + 1); }
+    void InnerProcFrame(IRawAudioFrame* frame) override {
+        if (fails) BaseTool::Raise(10021000, "Bad index");
+        frame->SetTimeStamp(frame->GetTimeStamp() + 1);
+    }
+    bool fails = false;
 };
 
 TEST(AudioProcessor, WorksOnACopyAndLeavesTheLastOneToTheHost) {
@@ -309,6 +313,15 @@ TEST(AudioProcessor, WorksOnACopyAndLeavesTheLastOneToTheHost) {
     EXPECT_EQ(sound.time, 0u);
     audio->ProcFrameInPlace(&sound);
     EXPECT_EQ(sound.time, 1u);
+    ProbeSound lost;
+    sound.clone = &lost;
+    proc->fails = true;
+    EXPECT_EQ(audio->ProcFrame(&sound), nullptr);
+    EXPECT_EQ(lost.released, 1) << "nobody has it";
+    proc->fails = false;
+    copies[1].released = 0;
+    sound.clone = &copies[1];
+    EXPECT_EQ(audio->ProcFrame(&sound), &copies[1]);
     sound.clone = nullptr;
     EXPECT_DEATH(audio->ProcFrame(&sound), "m_pCurFrame");
     audio->Free();
