@@ -99,6 +99,35 @@ AVEFFECT_INLINE double Tamed(double scale, double furthest) {
     return scale > furthest ? furthest : scale < -furthest ? -furthest : scale;
 }
 
+// Replaces each register of a range of samples by op(register), as ForRow does; both ends overlap their
+// neighbours, so that all between them can be aligned: sound is worked on in the caches, where every access
+// across two lines would be felt.
+template <size_t SampleBytes, class Op>
+AVEFFECT_INLINE void ForSamples(uint8_t* samples, size_t count, const Op& op) {
+    const size_t bytes = count * SampleBytes;
+    const size_t misfit = (kLanes - reinterpret_cast<uintptr_t>(samples) % kLanes) % kLanes;
+    if (bytes < 2 * kLanes || misfit % SampleBytes != 0) return ForRow(samples, bytes, op);
+    uint8_t* const end = samples + bytes - kLanes;
+    const U8 first = op(Load<U8>(samples)), last = op(Load<U8>(end));
+    for (uint8_t* at = samples + misfit; at < end; at += kLanes) Store(at, op(Load<U8>(at)));
+    Store(samples, first);
+    Store(end, last);
+}
+
+// s * gain >> 8 for gains of -128 to 383: s, or nothing, and a fraction of -1/2 to 127/256 of it. Both parts
+// are whole, and only their sum is limited.
+struct AmplifyNear16 {
+    I16 whole;    // all ones or 0
+    I16 fraction; // times 65536
+    AVEFFECT_INLINE explicit AmplifyNear16(int gain)
+        : whole(SplatI16(gain >= 128 ? -1 : 0))
+        , fraction(SplatI16(static_cast<int16_t>((gain >= 128 ? gain - 256 : gain) * 256))) {}
+    AVEFFECT_INLINE U8 operator()(U8 bytes) const {
+        const I16 samples = (I16)bytes;
+        return (U8)AddSaturated(samples & whole, MultiplyHigh(samples, fraction));
+    }
+};
+
 struct Amplify16 {
     I16 gain;
     AVEFFECT_INLINE U8 operator()(U8 bytes) const {
@@ -234,7 +263,7 @@ AVEFFECT_INLINE U8 SwapBytes(U8 x) {
 
 template <class Scale, size_t SampleBytes>
 void ScaleRange(uint8_t* samples, size_t count, double scale) noexcept {
-    ForRow(samples, count * SampleBytes, Scale(scale));
+    ForSamples<SampleBytes>(samples, count, Scale(scale));
 }
 
 template <class Scale, size_t SampleBytes>
@@ -247,11 +276,14 @@ struct Swapped {
 
 template <class Scale, size_t SampleBytes>
 void ScaleSwappedRange(uint8_t* samples, size_t count, double scale) noexcept {
-    ForRow(samples, count * SampleBytes, Swapped<Scale, SampleBytes>{Scale(scale)});
+    ForSamples<SampleBytes>(samples, count, Swapped<Scale, SampleBytes>{Scale(scale)});
 }
 
 void AmplifyRange16(uint8_t* samples, size_t count, int16_t gain) noexcept {
-    ForRow(samples, count * 2, Amplify16{SplatI16(gain)});
+    if (gain >= -128 && gain < 384)
+        ForSamples<2>(samples, count, AmplifyNear16(gain));
+    else
+        ForSamples<2>(samples, count, Amplify16{SplatI16(gain)});
 }
 
 constexpr SoundKernels kKernels = {
