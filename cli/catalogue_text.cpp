@@ -243,6 +243,7 @@ std::string DescribeText(const EffectInfo& effect) {
     if (effect.kind == EffectKind::Transition)
         return text + "\nExample\n  aveffect transition a.jpg b.jpg out.mp4 --effect " + effect.name +
                " --duration 2\n";
+    if (effect.kind == EffectKind::Audio) return text; // for hosts: the program has no option for it
     return text + "\nExample\n  aveffect render in.mp4 out.mp4 -e '" + ExampleSetting(effect) + "'\n";
 }
 

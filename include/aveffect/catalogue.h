@@ -50,6 +50,9 @@ constexpr char effectNameRadiate[] = "radiate";
 constexpr char effectNameTileReflect[] = "tilereflect";
 constexpr char effectNameMirrorInvert[] = "mirrorinvert";
 constexpr char effectNameOilPainting[] = "oilpainting";
+constexpr char effectNameAudioReplace[] = "audio_replace";
+constexpr char effectNameAudioFader[] = "audio_fader";
+constexpr char effectNameAudioVolume[] = "audio_volume";
 // Global pointers, unlike the others.
 inline constexpr const char* effectNameMkClock = "EffectNameMkClock";
 inline constexpr const char* effectNameMkTurn = "EffectNameMkTurn";
@@ -393,6 +396,27 @@ constexpr PropertyInfo k3DRenderProperties[] = {
     {"render_3d_swtich", "0", kInt32, ValueKind::Switch, "Exchange views",
      "Exchanges left and right. Once on, it stays on.", "", 0, 1},
 };
+constexpr PropertyInfo kAudioReplaceProperties[] = {
+    {"audio_replace_loop", "0", kInt32, ValueKind::Switch, "Loop",
+     "Begins again when the file has ended; else silence follows.", "", 0, 1},
+    {"audio_replace_path", "", kText, ValueKind::Path, "File",
+     "Whose sound is heard; set it before the first frame.", "", 0, 0},
+};
+constexpr PropertyInfo kAudioFaderProperties[] = {
+    {"fader_start_time", "0", kInt32, ValueKind::Number, "Start", "When the fade begins.", "ms", 0,
+     2147483647},
+    {"fader_duration", "-1", kInt32, ValueKind::Number, "Length",
+     "How long the fade takes; below 5 the start's gain stays, and -1 is some 50 days.", "ms", -1,
+     2147483647},
+    {"fader_start_scale", "-1.0", kDouble, ValueKind::Number, "Start gain",
+     "Gain at the start, 1 for unchanged; a negative one turns the effect off.", "", -1, 1, -1},
+    {"fader_end_scale", "-1.0", kDouble, ValueKind::Number, "End gain",
+     "Gain at the end, 1 for unchanged; a negative one turns the effect off.", "", -1, 1, -1},
+};
+constexpr PropertyInfo kAudioVolumeProperties[] = {
+    {"audio_volume", "100", kInt32, ValueKind::Number, "Volume", "What every sample is multiplied by.", "%",
+     0, 12799, 100},
+};
 constexpr PropertyChoice kQuarterTurns[] = {
     {0, "none", "The picture stays as it is."},
     {1, "clockwise", "A quarter turn clockwise."},
@@ -531,7 +555,14 @@ constexpr PropertyInfo kTransitionProperties[] = {
         "and YUV420P only.",                                                                                 \
         kRotate90XProperties)
 
-#define AVEFFECT_AUDIO_EFFECTS(ROW)
+#define AVEFFECT_AUDIO_EFFECTS(ROW)                                                                          \
+    ROW(CAudioReplace, effectNameAudioReplace, EffectKind::Audio, kKeepsState, "Replace sound",              \
+        "Lays another file's sound in place of the clip's.", kAudioReplaceProperties)                        \
+    ROW(CAudioFaderEffect, effectNameAudioFader, EffectKind::Audio, kFollowsTime | kKeepsState,              \
+        "Fade sound", "Raises or lowers the gain evenly over a stretch of time, up to 1.",                   \
+        kAudioFaderProperties)                                                                               \
+    ROW(CAudioVolume, effectNameAudioVolume, EffectKind::Audio, kPlain, "Volume",                            \
+        "Makes signed 16-bit sound louder or softer.", kAudioVolumeProperties)
 
 #define AVEFFECT_COUNT_ROW(...) +1
 #define AVEFFECT_INFO_ROW(Class, ...) EffectInfo{__VA_ARGS__},

@@ -124,6 +124,32 @@ TEST(Factory, TheCatalogueIsWhatTheContractLists) {
     }
 }
 
+TEST(Factory, MakesTheSoundEffectsWithTheirProperties) {
+    struct Property {
+        const char *effect, *name, *text;
+        int type;
+    };
+    for (const Property& p : {Property{"audio_replace", "audio_replace_loop", "0", 3},
+                              {"audio_replace", "audio_replace_path", "", 0},
+                              {"audio_fader", "fader_start_time", "0", 3},
+                              {"audio_fader", "fader_duration", "-1", 3},
+                              {"audio_fader", "fader_start_scale", "-1.0", 1},
+                              {"audio_fader", "fader_end_scale", "-1.0", 1},
+                              {"audio_volume", "audio_volume", "100", 3},
+                              {"audio_volume", "duration", "1", 3}}) {
+        const test::AudioProc proc = test::MakeAudio(p.effect);
+        int type = -1;
+        EXPECT_STREQ(proc->GetProperty(p.name, &type), p.text);
+        EXPECT_EQ(type, p.type);
+        EXPECT_STREQ(proc->GetName(), p.effect);
+        EXPECT_EQ(proc->GetType(), 2u);
+        EXPECT_EQ(proc->GetInterface("IAudioProc"), static_cast<void*>(proc.get()));
+        IStrings* names = proc->GetPropertyNames();
+        EXPECT_EQ(static_cast<size_t>(names->GetCount()), FindEffect(p.effect)->properties.size() + 1);
+        names->Free();
+    }
+}
+
 TEST(Factory, ObjectsAreIndependent) {
     const test::VideoProc a = test::MakeVideo("simple_gauss_blur"), b = test::MakeVideo("simple_gauss_blur");
     EXPECT_NE(a.get(), b.get());

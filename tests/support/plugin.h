@@ -16,6 +16,7 @@ struct ProcFree {
     void operator()(AVBased::IAVProc* proc) const { proc->Free(); }
 };
 using VideoProc = std::unique_ptr<AVBased::IVideoProc, ProcFree>;
+using AudioProc = std::unique_ptr<AVBased::IAudioProc, ProcFree>;
 
 template <class Function>
 Function LoadPluginFunction(const char* name) {
@@ -32,16 +33,27 @@ inline AVBased::IAudioProc* CreateAudio(const char* name, AVBased::IAVManager* m
     return LoadPluginFunction<decltype(&CreateAudioProc)>("CreateAudioProc")(manager, name);
 }
 
+using Settings = std::initializer_list<std::pair<const char*, const char*>>;
+
 /// A processor with properties set.
 inline VideoProc MakeVideo(const std::string& name,
                            std::initializer_list<std::pair<const char*, const char*>> properties = {},
                            AVBased::IAVManager* manager = nullptr) {
     VideoProc proc(CreateVideo(name.c_str(), manager));
+template <class Proc>
+Proc WithSettings(Proc proc, const std::string& name, Settings properties) {
     if (!proc) throw std::runtime_error("no effect " + name);
     for (const auto& [property, value] : properties)
         if (!proc->SetProperty(property, value))
             throw std::runtime_error("no property " + std::string(property));
     return proc;
+}
+inline VideoProc MakeVideo(const std::string& name, Settings properties = {}) {
+    return WithSettings(VideoProc(CreateVideo(name.c_str())), name, properties);
+}
+inline AudioProc MakeAudio(const std::string& name, Settings properties = {},
+                           AVBased::IAVManager* manager = nullptr) {
+    return WithSettings(AudioProc(CreateAudio(name.c_str(), manager)), name, properties);
 }
 
 /// Effects that serve BGRA and YUV420P alone and report every other format.
