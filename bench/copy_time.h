@@ -23,5 +23,6 @@ void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<
 
 void RegisterKernelBenchmarks();
 void RegisterEffectBenchmarks();
+void RegisterSoundBenchmarks();
 
 } // namespace bench

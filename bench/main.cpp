@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     bench::RegisterEffectBenchmarks();
+    bench::RegisterSoundBenchmarks();
     bench::RegisterKernelBenchmarks();
     Table table;
     benchmark::RunSpecifiedBenchmarks(json ? nullptr : &table);
