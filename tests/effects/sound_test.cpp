@@ -156,7 +156,7 @@ TEST(Fader, ScalesEveryFormatLayoutAndByteOrder) {
 
 TEST(Fader, CutsFramesIntoStepsAndStartsAgain) {
     // Whole chunks, tails of half a chunk and more, shorter ones, and fewer samples than half a chunk alone.
-    ExpectFades({.rate = 44100}, {0, 1, 60}, {1024, 880, 900, 989, 990, 50, 150, 0, 1, 5000, 1024});
+    ExpectFades({.rate = 44100}, {0, 0.5, 60}, {1024, 880, 900, 989, 990, 50, 150, 0, 1, 5000, 1024});
     ExpectFades({.rate = 48000}, {1, 0, 35}, {1000, 1000, 240, 239, 119, 120, 360, 359, 480, 1});
     ExpectFades({.rate = 200}, {0.5, 1, 50}, {1, 2, 3, 20});
     ExpectFades({.rate = 401}, {2, 0.5, 100}, {1, 2, 3, 5, 20});
