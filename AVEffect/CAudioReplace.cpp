@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <cstring>
+#include <utility>
 
 #include "AVEffect/factory.h"
 
@@ -100,16 +101,17 @@ bool CAudioReplace::QueueSound(IRawAudioFrame* sound) {
 }
 
 void CAudioReplace::FillQueue(unsigned size) {
-    for (unsigned barren = 0; m_Queue.GetDataSize() < size; ++barren) {
-        if (barren == kMostBarrenItems)
-            Raise(kUnknownException, "The file of audio_replace_path goes on without giving sound");
-        const uint64_t queued = m_Queue.GetDataSize();
+    uint64_t queued = m_Queue.GetDataSize();
+    for (unsigned barren = 0; queued < size;) {
         AVItem item;
         bool ended = !ReadNextOrStartAgain(item);
         if (!ended && item.kind == kAudioItem && item.object)
             ended = !QueueSound(static_cast<IRawAudioFrame*>(item.object));
         if (ended) QueueSilence(size);
-        if (m_Queue.GetDataSize() != queued) barren = 0;
+        const uint64_t before = std::exchange(queued, m_Queue.GetDataSize());
+        barren = queued == before ? barren + 1 : 0;
+        if (barren == kMostBarrenItems)
+            Raise(kUnknownException, "The file of audio_replace_path goes on without giving sound");
     }
 }
 
