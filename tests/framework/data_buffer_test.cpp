@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "BaseTools/CBaseException.h"
 #include "BaseTools/data_buffer.h"
+#include "tests/support/raised.h"
 
 namespace {
 
@@ -63,15 +63,9 @@ TEST(DataBuffer, IsAPlainQueueUnderRandomUse) {
 
 TEST(DataBuffer, ReportsMissingMemory) {
     CDataBuffer2 buffer(true);
-    for (const auto push : {&CDataBuffer2::Push, &CDataBuffer2::PushFront}) {
-        try {
-            (buffer.*push)("x", std::numeric_limits<size_t>::max() / 4);
-            ADD_FAILURE();
-        } catch (const CBaseException& e) {
-            EXPECT_EQ(e.GetCode(), 10021007);
-            EXPECT_STREQ(e.GetMsg(), "No enough memory");
-        }
-    }
+    for (const auto push : {&CDataBuffer2::Push, &CDataBuffer2::PushFront})
+        EXPECT_EQ(test::RaisedBy([&] { (buffer.*push)("x", std::numeric_limits<size_t>::max() / 4); }),
+                  "10021007 No enough memory");
     EXPECT_EQ(buffer.GetDataSize(), 0u);
 }
 

@@ -7,9 +7,9 @@
 #include <memory>
 #include <sys/wait.h>
 
-#include "BaseTools/CBaseException.h"
 #include "BaseTools/process.h"
 #include "BaseTools/synchronisation.h"
+#include "tests/support/raised.h"
 
 namespace {
 
@@ -64,15 +64,6 @@ protected:
         EXPECT_TRUE(process.GetExitCode(code));
         return code;
     }
-    static void ExpectRaises(const char* message, const std::function<void()>& body) {
-        try {
-            body();
-            ADD_FAILURE() << message;
-        } catch (const CBaseException& e) {
-            EXPECT_EQ(e.GetCode(), 10021019);
-            EXPECT_STREQ(e.GetMsg(), message);
-        }
-    }
 };
 
 TEST_F(Process, GivesItsExitCode) {
@@ -97,14 +88,17 @@ TEST_F(Process, GivesItsExitCode) {
 TEST_F(Process, RunsOnceAndAnswersOnlyThen) {
     CBaseToolProcess process("true");
     unsigned code = 0;
-    for (const std::function<void()>& operation : std::initializer_list<std::function<void()>>{
-             [&] { process.Suspend(); }, [&] { process.Resume(); }, [&] { process.Wait(0); },
-             [&] { process.Terminate(0); }, [&] { process.GetExitCode(code); }})
-        ExpectRaises("The process has not run", operation);
+    const std::string notYet = "10021019 The process has not run",
+                      already = "10021019 The process has run already";
+    EXPECT_EQ(test::RaisedBy([&] { process.Suspend(); }), notYet);
+    EXPECT_EQ(test::RaisedBy([&] { process.Resume(); }), notYet);
+    EXPECT_EQ(test::RaisedBy([&] { process.Wait(0); }), notYet);
+    EXPECT_EQ(test::RaisedBy([&] { process.Terminate(0); }), notYet);
+    EXPECT_EQ(test::RaisedBy([&] { process.GetExitCode(code); }), notYet);
     EXPECT_TRUE(process.Run(false));
-    ExpectRaises("The process has run already", [&] { process.Run(false); });
+    EXPECT_EQ(test::RaisedBy([&] { process.Run(false); }), already);
     process.Wait(0xFFFFFFFF);
-    ExpectRaises("The process has run already", [&] { process.RunBackgroundly(true); });
+    EXPECT_EQ(test::RaisedBy([&] { process.RunBackgroundly(true); }), already);
 }
 
 TEST_F(Process, StopsGoesOnAndIsKilled) {

@@ -12,6 +12,7 @@
 #include "BaseTools/synchronisation.h"
 #include "BaseTools/thread.h"
 #include "aveffect/base_tools.h"
+#include "tests/support/raised.h"
 
 namespace {
 
@@ -70,15 +71,8 @@ TEST(CriticalSection, KeepsThreadsApartUntilTheGuardLeavesIt) {
     EXPECT_EQ(count, 40000);
     delete_critical(critical);
     { const CCriticalAutoLock nothing(nullptr); }
-    for (const auto& operation : {delete_critical, enter_critical, leave_critical}) {
-        try {
-            operation(nullptr);
-            ADD_FAILURE();
-        } catch (const CBaseException& e) {
-            EXPECT_EQ(e.GetCode(), 10021003);
-            EXPECT_STREQ(e.GetMsg(), "Bad pointer");
-        }
-    }
+    for (const auto& operation : {delete_critical, enter_critical, leave_critical})
+        EXPECT_EQ(test::RaisedBy([&] { operation(nullptr); }), "10021003 Bad pointer");
 }
 
 TEST(Event, LetsWaitersThroughAndResetsItself) {
