@@ -161,8 +161,6 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
     test::PictureManager manager;
     manager.sources = {{kFirst, {&first.Frame()}}, {kSecond, {&second.Frame()}}};
     test::VideoProc proc = MakeProc(effect, settings, picture, manager);
-    test::VideoProc proc = MakeProc(effect, settings, picture);
-    BenchFrame frame(picture);
     if (settings.secondView) frame.Frame().CopySubsetFrame(&frame.Frame());
     AVBased::ImagePostion position{};
     const auto run = [&] {

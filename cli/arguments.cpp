@@ -191,7 +191,6 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
     options.preset = command.preset;
     options.pixelFormat = command.media.pixelFormat;
     options.overwrite = command.media.run.overwrite;
-    options.overwrite = command.media.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);
     return options;
 }
@@ -204,7 +203,6 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.effects = ParseEffects(command.media);
     options.pixelFormat = command.media.pixelFormat;
     options.overwrite = command.media.run.overwrite;
-    options.overwrite = command.media.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);
     return options;
 }

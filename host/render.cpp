@@ -81,8 +81,6 @@ public:
         , m_span(m_source, m_limits)
         , m_base(m_source.Pictures().time_base)
         , m_progress(m_reporter, m_span.ExpectedPictures())
-        , m_chain(plugin, &m_manager, options.effects, EffectLength(m_span.LengthMs(), m_source, m_reporter))
-        , m_expected(m_span.ExpectedPictures())
         , m_length(EffectLength(m_span.LengthMs(), m_source, m_reporter))
         , m_chain(plugin, &m_manager, options.effects, m_length)
         , m_pairs(PairsFor(plugin, &m_manager, options.effects, m_length, options.stereo))
@@ -95,7 +93,6 @@ public:
 
     RenderResult Run() {
         RequirePictures(m_manager, m_options.effects);
-        AVFramePtr first = ReadFirst();
         SpanItem head = ReadFirst();
         if (m_plan.IsStill()) RequireOnePicture();
         AVFramePtr first = ApplyEffects(std::move(head));
@@ -103,8 +100,6 @@ public:
             m_stage.PrepareOutput(m_plan, *first);
             WriteStill(m_plan, m_stage.ConvertForEncoder(std::move(first)), m_options.overwrite, m_cancel);
             m_progress.Report(1, true);
-            return {1, m_span.Damage()};
-            ReportProgress(1, true);
             return {1, Damage()};
         }
         m_stage.PrepareOutput(m_plan, *first);
@@ -117,8 +112,6 @@ public:
         CheckCancel(m_cancel);
         m_sink->Publish();
         m_progress.Report(m_sink->Pictures(), true);
-        return {m_sink->Pictures(), m_span.Damage()};
-        ReportProgress(m_sink->Pictures(), true);
         return {m_sink->Pictures(), Damage()};
     }
 
@@ -291,7 +284,6 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     PictureStage stage(chain, options.pixelFormat, TurnFor(source, plan, reporter), reporter, pairs.get());
 
     RequirePictures(manager, options.effects);
-    AVFramePtr picture = FindPicture(source, options.atMs, cancel);
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;
     if (!options.stereo.right.empty())
         second = RightClip(options.stereo.right, options.atMs, 0, reporter, cancel)

@@ -11,7 +11,7 @@ using mediabridge::AVFramePtr;
 
 RightClip::RightClip(const std::string& path, std::optional<int64_t> fromMs, unsigned threads,
                      Reporter& reporter, const std::atomic<bool>& cancel)
-    : m_source(path, Source::Others::None, threads, cancel)
+    : m_source({path}, Source::Others::None, threads, cancel)
     , m_reporter(reporter) {
     if (!fromMs) return;
     m_source.SeekBefore(*fromMs);

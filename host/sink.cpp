@@ -85,14 +85,8 @@ void Sink::AddPictureStream(const Setup& setup) {
     const AVStream& source = m_source.Pictures();
     m_pictureStream->disposition = source.disposition;
     CopyTags(&m_pictureStream->metadata, source.metadata);
-    CopySideData(m_pictureStream, source, !setup.turned);
     CopySideData(m_pictureStream, source, !setup.turned, !setup.stereo);
     if (setup.stereo) MarkStream(*m_pictureStream, *setup.stereo);
-    for (int index = 0; index < encoder.nb_coded_side_data; ++index) {
-        const AVPacketSideData& data = encoder.coded_side_data[index];
-        if (uint8_t* copy = av_stream_new_side_data(m_pictureStream, data.type, data.size))
-            std::memcpy(copy, data.data, data.size);
-    }
 }
 
 void Sink::MapStreams(const Setup& setup, Reporter& reporter) {

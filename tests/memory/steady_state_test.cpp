@@ -9,6 +9,7 @@
 #include "aveffect/catalogue.h"
 #include "tests/memory/allocation_count.h"
 #include "tests/memory/busy_effects.h"
+#include "tests/support/host_sound.h"
 
 namespace {
 
@@ -61,6 +62,21 @@ TEST(SteadyState, TransitionsInOtherFormatsAllocateTwoConversions) {
             EXPECT_EQ(allocationsOf([&] { test::Run(*proc, picture.Frame(), 50); }), conversions)
                 << effect.name;
         }
+    }
+}
+
+TEST(SteadyState, SoundIsChangedWithoutAllocating) {
+    for (const char* name : {"audio_volume", "audio_fader"}) {
+        const test::AudioProc proc = test::MakeAudio(name);
+        for (const auto& [property, value] : {std::pair{"audio_volume", "50"},
+                                              {"fader_duration", "20"},
+                                              {"fader_start_scale", "0"},
+                                              {"fader_end_scale", "1"}})
+            proc->SetProperty(property, value); // those that it has
+        test::HostSound sound({.samples = 1000}, 10);
+        const size_t before = test::Allocations();
+        for (int i = 0; i < 4; ++i) proc->ProcFrameInPlace(&sound); // the ramp ends and starts again
+        EXPECT_EQ(test::Allocations(), before) << name;
     }
 }
 

@@ -36,10 +36,6 @@ inline AVBased::IAudioProc* CreateAudio(const char* name, AVBased::IAVManager* m
 using Settings = std::initializer_list<std::pair<const char*, const char*>>;
 
 /// A processor with properties set.
-inline VideoProc MakeVideo(const std::string& name,
-                           std::initializer_list<std::pair<const char*, const char*>> properties = {},
-                           AVBased::IAVManager* manager = nullptr) {
-    VideoProc proc(CreateVideo(name.c_str(), manager));
 template <class Proc>
 Proc WithSettings(Proc proc, const std::string& name, Settings properties) {
     if (!proc) throw std::runtime_error("no effect " + name);
@@ -48,8 +44,9 @@ Proc WithSettings(Proc proc, const std::string& name, Settings properties) {
             throw std::runtime_error("no property " + std::string(property));
     return proc;
 }
-inline VideoProc MakeVideo(const std::string& name, Settings properties = {}) {
-    return WithSettings(VideoProc(CreateVideo(name.c_str())), name, properties);
+inline VideoProc MakeVideo(const std::string& name, Settings properties = {},
+                           AVBased::IAVManager* manager = nullptr) {
+    return WithSettings(VideoProc(CreateVideo(name.c_str(), manager)), name, properties);
 }
 inline AudioProc MakeAudio(const std::string& name, Settings properties = {},
                            AVBased::IAVManager* manager = nullptr) {
