@@ -18,7 +18,6 @@ namespace {
 using mediabridge::AVFramePtr;
 using mediabridge::HasColourRange;
 using mediabridge::ScaleQuality;
-using mediabridge::Scaler;
 
 AVPixelFormat FormatOf(const AVFrame& picture) { return static_cast<AVPixelFormat>(picture.format); }
 

@@ -17,7 +17,6 @@ namespace {
 
 using mediabridge::AVFramePtr;
 using mediabridge::ScaleQuality;
-using mediabridge::Scaler;
 using mediabridge::VideoFrame;
 
 std::vector<EffectSpec> EffectsBefore(const std::vector<EffectSpec>& effects) {
