@@ -10,5 +10,6 @@ cmake --install "$build" --prefix "$work/prefix" >/dev/null
 cmake -S "$consumer" -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/consumer" >/dev/null
 [ "$("$work/consumer/host")" = "255 254 253 9" ] || { echo "the host's pixel came out wrong"; exit 1; }
+# The whole list is read: a program whose reader goes away fails.
 # Found through a link in bin/, the program still finds the libraries beside it.
-"$work/prefix/bin/aveffect" list | grep -q simple_gauss_blur || { echo "the installed program lists no effects"; exit 1; }
+"$work/prefix/bin/aveffect" list | grep simple_gauss_blur >/dev/null || { echo "the installed program lists no effects"; exit 1; }
