@@ -1,6 +1,5 @@
 #include "AVEffect/LightVideoImageEffect.h"
 
-#include <algorithm>
 #include <cassert>
 
 #include "AVEffect/factory.h"
@@ -47,39 +46,25 @@ bool CSpotlightVideoImageEffect::Reaches(size_t width, size_t height) const {
     return true;
 }
 
-kernels::Spot CSpotlightVideoImageEffect::SpotIn(size_t width, size_t height) const {
-    const auto x = static_cast<size_t>(m_nX), y = static_cast<size_t>(m_nY);
-    const auto radius = static_cast<size_t>(m_nRadius), rim = 3 * radius / 4;
-    const int64_t density = int64_t{m_nDensity} * 65536 / 100, steps = static_cast<int64_t>(rim);
-    return {.left = x - std::min(x, radius),
-            .right = std::min(x + radius, width),
-            .top = y - std::min(y, radius),
-            .bottom = std::min(y + radius, height),
-            .x = x,
-            .y = y,
-            .radius = radius,
-            .rim = rim,
-            .density = density,
-            .brightness = m_nBrightness,
-            .densityStep = density / steps,
-            .brightnessStep = m_nBrightness * 256 / steps};
+kernels::Spot CSpotlightVideoImageEffect::Spot() const {
+    return {static_cast<size_t>(m_nX), static_cast<size_t>(m_nY), static_cast<size_t>(m_nRadius),
+            int64_t{m_nDensity} * 65536 / 100, m_nBrightness};
 }
 
 void CSpotlightVideoImageEffect::SpotlightRgba32Effect(Plane32 plane) {
     assert(plane.data != NULL);
-    if (!Reaches(plane.width, plane.rows)) return;
-    const kernels::Spot spot = SpotIn(plane.width, plane.rows);
-    SpotlightKernels().spotlightRgba32(plane, spot, m_nColor,
-                                       m_Scratch.Require(kernels::SpotScratchBytes(spot)));
+    if (Reaches(plane.width, plane.rows))
+        SpotlightKernels().spotlightRgba32(plane, Spot(), m_nColor,
+                                           m_Scratch.Require(kernels::SpotScratchBytes(plane.width)));
 }
 
 void CSpotlightVideoImageEffect::SpotlightComponentEffect(const PlanarView& view) {
     assert(view.y.data != NULL);
     if (!Reaches(view.y.width, view.y.rows)) return;
-    const kernels::Spot spot = SpotIn(view.y.width, view.y.rows);
     const kernels::SpotPlanes planes = {
         view.y, view.u, view.v, m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift};
-    SpotlightKernels().spotlightComponent(planes, spot, m_Scratch.Require(kernels::SpotScratchBytes(spot)));
+    SpotlightKernels().spotlightComponent(planes, Spot(),
+                                          m_Scratch.Require(kernels::SpotScratchBytes(view.y.width)));
 }
 
 void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

@@ -21,7 +21,7 @@ private:
     void SpotlightRgba32Effect(Plane32 plane);
     void SpotlightComponentEffect(const PlanarView& view);
     bool Reaches(size_t width, size_t height) const;
-    kernels::Spot SpotIn(size_t width, size_t height) const;
+    kernels::Spot Spot() const;
 
     // These count until they are set, whatever the default texts say.
     int m_nX = 250, m_nY = 250; // the centre

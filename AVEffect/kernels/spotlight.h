@@ -5,17 +5,15 @@
 
 namespace AVBased::kernels {
 
-/// Where the disc lies, and what happens to a sample q of a picture that is mixed with k: it becomes
-/// ((q * (65536 - a) + k * a) >> 16) + b, limited to 0..255; shifts round down.
+/// Where the disc lies, and what happens to a sample q of it that is mixed with k: it becomes
+/// ((q * (65536 - a) + k * a) >> 16) + b, limited to 0..255; shifts round down. With the rim 3 * radius / 4
+/// wide, rounded down, a is the density and b the brightness within radius - rim of the centre. Farther out a
+/// is t * (density / rim) and b is (t * (brightness * 256 / rim)) >> 8, where t is the radius less the
+/// distance rounded down, and divisions round towards 0. It ends before column x + radius and row y + radius.
 struct Spot {
-    size_t left, right, top, bottom; ///< columns and rows that it is limited to; the picture has them all
-    size_t x, y;                     ///< the centre, in the picture or right behind its end
-    size_t radius;                   ///< from 2 to 2^31 - 1
-    size_t rim;                      ///< from 1 to the radius; the core is what lies within radius - rim
-    int64_t density, brightness;     ///< a and b in the core; at most 2^42 or so either way
-    /// In the rim a is t * densityStep and b is (t * brightnessStep) >> 8, where t is the radius less the
-    /// distance from the centre rounded down. A rim's worth of steps is no more than the core's.
-    int64_t densityStep, brightnessStep;
+    size_t x, y;                 ///< the centre, in the picture or right behind its end
+    size_t radius;               ///< from 2 to 2^31 - 1
+    int64_t density, brightness; ///< at most 2^42 or so either way
 };
 
 /// What the samples of planar pictures are mixed with, and the shifts from luma to chroma positions.
@@ -25,10 +23,8 @@ struct SpotPlanes {
     unsigned horizontalShift, verticalShift; ///< at most 2
 };
 
-/// Bytes of scratch that a disc needs, aligned to 64 bytes.
-constexpr size_t SpotScratchBytes(const Spot& spot) noexcept {
-    return spot.right > spot.left ? 10 * ((spot.right - spot.left + 256) / 32 * 32) : 0;
-}
+/// Bytes of scratch for a picture of that many pixels a row, aligned to 64 bytes.
+constexpr size_t SpotScratchBytes(size_t width) noexcept { return 10 * ((width + 256) / 32 * 32); }
 
 /// One level's kernels.
 struct SpotlightKernels {

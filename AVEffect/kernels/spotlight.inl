@@ -7,6 +7,25 @@ AVEFFECT_INLINE size_t RootOf(size_t square) {
     return static_cast<size_t>(__builtin_sqrt(static_cast<double>(square)));
 }
 
+// A spot in a picture: the columns and rows that it is limited to, and the changes with each pixel of
+// distance.
+struct Disc : Spot {
+    size_t left, right, top, bottom;
+    size_t rim;
+    int64_t densityStep, brightnessStep;
+
+    AVEFFECT_INLINE Disc(const Spot& spot, size_t width, size_t rows)
+        : Spot(spot)
+        , left(x < radius ? 0 : x - radius)
+        , right(x + radius < width ? x + radius : width)
+        , top(y < radius ? 0 : y - radius)
+        , bottom(y + radius < rows ? y + radius : rows)
+        , rim(3 * radius / 4)
+        , densityStep(density / static_cast<int64_t>(rim))
+        , brightnessStep(brightness * 256 / static_cast<int64_t>(rim)) {}
+    AVEFFECT_INLINE bool Empty() const { return left >= right || top >= bottom; }
+};
+
 struct Mix {
     int64_t a, b;
 
@@ -18,7 +37,7 @@ struct Mix {
 };
 
 // Outside the disc it leaves samples alone.
-AVEFFECT_INLINE Mix MixAt(const Spot& spot, size_t x, size_t y) {
+AVEFFECT_INLINE Mix MixAt(const Disc& spot, size_t x, size_t y) {
     const size_t dx = DistanceBetween(x, spot.x), dy = DistanceBetween(y, spot.y);
     const size_t square = dx * dx + dy * dy, core = spot.radius - spot.rim;
     if (square > spot.radius * spot.radius) return {0, 0};
@@ -27,7 +46,7 @@ AVEFFECT_INLINE Mix MixAt(const Spot& spot, size_t x, size_t y) {
     return {t * spot.densityStep, (t * spot.brightnessStep) >> 8};
 }
 
-void MixPixelsOneByOne(Plane32 plane, const Spot& spot, uint32_t colour) {
+void MixPixelsOneByOne(Plane32 plane, const Disc& spot, uint32_t colour) {
     for (size_t y = spot.top; y < spot.bottom; ++y)
         for (size_t x = spot.left; x < spot.right; ++x) {
             const Mix mix = MixAt(spot, x, y);
@@ -36,7 +55,7 @@ void MixPixelsOneByOne(Plane32 plane, const Spot& spot, uint32_t colour) {
         }
 }
 
-void MixPlanesOneByOne(const SpotPlanes& planes, const Spot& spot) {
+void MixPlanesOneByOne(const SpotPlanes& planes, const Disc& spot) {
     for (size_t y = spot.top; y < spot.bottom; ++y)
         for (size_t x = spot.left; x < spot.right; ++x) {
             const Mix mix = MixAt(spot, x, y), chroma = mix.WithoutBrightness();
@@ -54,19 +73,19 @@ AVEFFECT_INLINE I16 Choose(I16 mask, I16 a, I16 b) { return (I16)Select((U8)mask
 // What the columns of one row after another are mixed with: their distances from the centre, and the weights
 // and the brightness made of those.
 struct MixRows {
-    const Spot& spot;
+    const Disc& spot;
     size_t origin;          // first column, a multiple of all chroma steps
     size_t count;           // of columns, the last one's register filled up
     int16_t *roots, *rests; // the distance rounded down, and its square less that of the rounded one
     // With the colour less the sample times weight >> 16, and with base the whole difference besides.
     int16_t *weights, *bases, *brightnesses;
 
-    AVEFFECT_INLINE MixRows(const Spot& whole, uint8_t* scratch)
+    AVEFFECT_INLINE MixRows(const Disc& whole, uint8_t* scratch)
         : spot(whole)
         , origin(whole.left / 4 * 4)
         , count((whole.right - origin + kColumns - 1) / kColumns * kColumns)
         , roots(reinterpret_cast<int16_t*>(scratch)) {
-        const size_t room = SpotScratchBytes(spot) / 10;
+        const size_t room = SpotScratchBytes(spot.right - spot.left) / 10;
         rests = roots + room;
         weights = rests + room;
         bases = weights + room;
@@ -83,7 +102,7 @@ struct MixRows {
     }
 
     // Whether it all fits into 16 bits with sign: rests and their steps are up to twice the distances.
-    AVEFFECT_INLINE static bool Holds(const Spot& spot) {
+    AVEFFECT_INLINE static bool Holds(const Disc& spot) {
         constexpr int64_t kMost = 32767;
         const size_t left = DistanceBetween(spot.left / 4 * 4, spot.x),
                      right = DistanceBetween(spot.right + kColumns, spot.x);
@@ -110,7 +129,7 @@ struct MixRows {
         const auto step = static_cast<int32_t>(spot.densityStep);
         const I16 densityStep = SplatI16(static_cast<int16_t>(step)),
                   brightnessStep = SplatI16(static_cast<int16_t>(spot.brightnessStep));
-        // From here on weights have no room in 15 bits.
+        // Up to here weights fit into 15 bits.
         const I16 lastLow = SplatI16(static_cast<int16_t>(step > 1 ? 32767 / step : 32767));
         const I16 change = SplatI16(static_cast<int16_t>(Closer ? 2 * dy - 1 : 2 * dy + 1));
         for (size_t i = 0; i < count; i += kColumns) {
@@ -261,22 +280,24 @@ struct MixPlanes {
 };
 
 void SpotlightRgba32(Plane32 plane, const Spot& spot, uint32_t colour, uint8_t* scratch) noexcept {
-    if (spot.left >= spot.right || spot.top >= spot.bottom) return;
-    if (!MixRows::Holds(spot)) {
-        MixPixelsOneByOne(plane, spot, colour);
+    const Disc disc(spot, plane.width, plane.rows);
+    if (disc.Empty()) return;
+    if (!MixRows::Holds(disc)) {
+        MixPixelsOneByOne(plane, disc, colour);
         return;
     }
     const U8 colours = (U8)Splat32(colour);
-    MixRows(spot, scratch).ForRows(MixPixels{plane, (I16)Even(colours), (I16)Odd(colours)});
+    MixRows(disc, scratch).ForRows(MixPixels{plane, (I16)Even(colours), (I16)Odd(colours)});
 }
 
 void SpotlightComponent(const SpotPlanes& planes, const Spot& spot, uint8_t* scratch) noexcept {
-    if (spot.left >= spot.right || spot.top >= spot.bottom) return;
-    if (!MixRows::Holds(spot)) {
-        MixPlanesOneByOne(planes, spot);
+    const Disc disc(spot, planes.y.width, planes.y.rows);
+    if (disc.Empty()) return;
+    if (!MixRows::Holds(disc)) {
+        MixPlanesOneByOne(planes, disc);
         return;
     }
-    MixRows rows(spot, scratch);
+    MixRows rows(disc, scratch);
     if (planes.horizontalShift == 0)
         rows.ForRows(MixPlanes<0>{planes});
     else if (planes.horizontalShift == 1)

@@ -75,18 +75,15 @@ struct PlainRays {
     int x, y, level;
 
     // In 32 bits that wrap.
+    static int Start(int centre, size_t position) {
+        return static_cast<int>((static_cast<int64_t>(position) - centre) * 256);
+    }
     static int Advance(int s, int level) {
-        const auto product = static_cast<uint32_t>(s >> 4) * static_cast<uint32_t>(level);
-        return static_cast<int>(static_cast<uint32_t>(s) -
-                                static_cast<uint32_t>(static_cast<int>(product) >> 10));
+        return static_cast<int>(int64_t{s} - (static_cast<int>(int64_t{s >> 4} * level) >> 10));
     }
     static size_t Place(int centre, int s, size_t size) {
-        const int place =
-            static_cast<int>(static_cast<uint32_t>(centre) * 256 + 256 + static_cast<uint32_t>(s)) >> 8;
+        const int place = static_cast<int>(int64_t{centre} * 256 + 256 + s) >> 8;
         return static_cast<size_t>(std::clamp(place, 0, static_cast<int>(size) - 1));
-    }
-    static int Start(int centre, size_t position) {
-        return static_cast<int>((static_cast<uint32_t>(position) - static_cast<uint32_t>(centre)) * 256);
     }
 
     /// A plane of a picture of that size; tone(sum) is the new sample.
@@ -113,12 +110,11 @@ struct PlainRays {
             }
     }
     auto PlainTone() const {
-        return
-            [added = level >> 3](int sum) { return static_cast<uint8_t>(std::min((sum >> 4) + added, 255)); };
+        return [*this](int sum) { return static_cast<uint8_t>(std::min((sum >> 4) + (level >> 3), 255)); };
     }
     auto MmxTone() const {
-        return [added = (level >> 3) & 255](int sum) {
-            return static_cast<uint8_t>(std::min(std::min(sum >> 4, 255) + added, 255));
+        return [*this](int sum) {
+            return static_cast<uint8_t>(std::min(ChromaTone(sum) + ((level >> 3) & 255), 255));
         };
     }
     static uint8_t ChromaTone(int sum) { return static_cast<uint8_t>(std::min(sum >> 4, 255)); }
