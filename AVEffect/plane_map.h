@@ -59,6 +59,9 @@ private:
         bool EndsAt(size_t toX, size_t toY) const { return !filled && y == toY && x + count == toX; }
     };
 
+    /// The columns from left up to right.
+    void ApplyStrip(const kernels::RemapKernels& kernels, Plane8 plane, const uint8_t* source, uint32_t fill,
+                    size_t left, size_t right) const noexcept;
     uint32_t OffsetOf(size_t sx, size_t sy) const {
         return static_cast<uint32_t>(sy * m_nSourcePitch + sx * m_nBytes);
     }

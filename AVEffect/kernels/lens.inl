@@ -17,8 +17,8 @@ AVEFFECT_INLINE U32 Quotients(int32_t dividend, U32 divisors) {
     return Load<U32>(halves);
 }
 
-// Numbers without sign modulo a size. The product with the inverse falls short of the quotient by less than
-// 2^-20, so the remainder can come out as the size itself.
+// Numbers without sign modulo a size. The product with the inverse is off by far less than 1 / size, so that
+// the quotient is right, or one less where nothing remains.
 AVEFFECT_INLINE U32 Remainders(U32 numbers, uint32_t size) {
     if (size == 1) return U32{}; // quotients of 32 bits
     HalfWords halves[2];
@@ -52,6 +52,7 @@ AVEFFECT_INLINE void StorePlaces(uint32_t* to, size_t x, size_t width, U32 place
         std::memcpy(to + x, &places, (width - x) * sizeof *to);
 }
 
+// Entries of a table. The baseline has no instruction for it.
 AVEFFECT_INLINE U32 Gather(const int32_t* table, U32 indices) {
 #if AVEFFECT_LANE_BYTES == 64
     return (U32)_mm512_mask_i32gather_epi32(__m512i{}, 0xFFFF, (__m512i)indices, table, 4);
