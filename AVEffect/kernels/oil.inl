@@ -167,6 +167,15 @@ struct OilPlanes {
     }
 };
 
+// Brings a row into the ring.
+template <class Picture>
+AVEFFECT_INLINE void ReadRow(Picture& picture, size_t row, uint32_t levels) {
+    picture.LoadRow(row);
+    const OilRing& ring = picture.ring;
+    BinRow(ring.At(row, kOilBins), ring.At(row, Picture::kBrightness), picture.Width(), ring.pitch,
+           Splat16(static_cast<uint16_t>(levels)));
+}
+
 #include "AVEffect/kernels/oil_small.inl"
 
 #include "AVEffect/kernels/oil_wide.inl"

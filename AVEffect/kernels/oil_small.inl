@@ -4,7 +4,8 @@
 
 typedef float F32 __attribute__((vector_size(kLanes)));
 
-// Sums of bytes in 16 bits that wrap: of even and odd bytes times 256 together, and of odd bytes.
+// Sums of bytes, for each even one and its odd neighbour: of the odd bytes, and of both as one 16-bit number.
+// The latter wraps, but the sum of the even bytes does not.
 struct ByteSums {
     U16 all, odd;
 
@@ -85,10 +86,7 @@ struct SmallBrush {
     AVEFFECT_INLINE size_t LastBlock() const { return (picture.Width() + kBlock - 1) / kBlock; }
 
     AVEFFECT_INLINE BinnedRow Enter(size_t row) const {
-        picture.LoadRow(row);
-        BinRow(const_cast<uint8_t*>(picture.RowAt(row).bins),
-               picture.RowAt(row).samples[Picture::kBrightness], picture.Width(), memory.pitch,
-               Splat16(static_cast<uint16_t>(brush.levels)));
+        ReadRow(picture, row, brush.levels);
         const BinnedRow entered = Binned(row);
         uint64_t* usedInBlock = entered.used + memory.words;
         for (size_t x = 0; x < picture.Width(); x += kBlock, usedInBlock += memory.words) {

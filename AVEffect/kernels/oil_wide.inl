@@ -32,10 +32,8 @@ struct WideBrush {
     }
 
     void Enter(size_t row) const {
-        picture.LoadRow(row);
+        ReadRow(picture, row, brush.levels);
         const OilRow from = picture.RowAt(row);
-        BinRow(const_cast<uint8_t*>(from.bins), from.samples[Picture::kBrightness], picture.Width(),
-               memory.pitch, Splat16(static_cast<uint16_t>(brush.levels)));
         for (size_t x = 0; x < picture.Width(); ++x) {
             const size_t number = from.bins[x];
             Column(x)[number] += Sample(from, x);
