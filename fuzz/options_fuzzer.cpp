@@ -29,6 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<std::string> words = {"aveffect"};
     while (!input.Empty() && words.size() < 40) words.push_back(input.TakeLine());
     std::vector<const char*> arguments;
+    arguments.reserve(words.size());
     for (const std::string& word : words) arguments.push_back(word.c_str());
     Answered([&] {
         const aveffect::Command command =
