@@ -67,7 +67,7 @@ inline void Portrait(const Channel& channel, size_t pictureWidth, size_t picture
         const auto x = static_cast<size_t>(column), y = static_cast<size_t>(row);
         if (!channel.Has(x, y)) return;
         uint8_t& c = channel.At(x, y);
-        c = alpha ? 255 : static_cast<uint8_t>((c * (256 - weight) + value * weight) / 256);
+        c = alpha ? uint8_t{255} : static_cast<uint8_t>((c * (256 - weight) + value * weight) / 256);
     };
     const auto fill = [&](long x, long y) {
         const auto column = static_cast<size_t>(x), row = static_cast<size_t>(y);
