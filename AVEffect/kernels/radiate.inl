@@ -130,7 +130,8 @@ struct Block {
                     even[i] += sample & kEvenBytes;
                     odd[i] += (sample >> 8) & kEvenBytes;
                 } else {
-                    (i & 1 ? odd : even)[i / 4] += sample << (i & 2) * 8;
+                    uint32_t* const sums = i & 1 ? odd : even;
+                    sums[i / 4] += sample << (i & 2) * 8;
                 }
             }
         return {Load<U16>(even), Load<U16>(odd)};
