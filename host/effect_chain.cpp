@@ -38,15 +38,6 @@ std::string Unescape(const std::string& text) {
     return result;
 }
 
-void SetProperty(AVBased::IVideoProc& proc, const std::string& name, const std::string& value) {
-    GetBaseException()->Clear();
-    if (proc.SetProperty(name.c_str(), value.c_str())) return;
-    std::string message = std::string(proc.GetName()) + " does not take " + name + "='" + value + "'";
-    const std::string reason = GetBaseException()->GetExceptionMsg();
-    if (!reason.empty()) message += ": " + reason;
-    throw Error(ErrorKind::Usage, message);
-}
-
 PropertySetting Translate(const AVBased::EffectInfo& effect, const AVBased::PropertyInfo& property,
                           const std::string& value) {
     if (const auto percentage = ParsePercentage(property, value)) return {property.name, {}, percentage};
@@ -60,11 +51,16 @@ bool NeedsPictureSize(const EffectSpec& effect) {
 
 } // namespace
 
-EffectSpec ParseEffect(const std::string& text, bool lenient) {
+EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium) {
     const auto parts = SplitAtColons(text);
     if (parts.front().empty())
         throw Error(ErrorKind::Usage, "'" + text + "' names no effect; write NAME[:property=value...]");
     const AVBased::EffectInfo& effect = RequireEffect(parts.front());
+    const bool forSound = effect.kind == AVBased::EffectKind::Audio;
+    if (forSound != (medium == Medium::Audio))
+        throw Error(ErrorKind::Usage, std::string(effect.name) +
+                                          (forSound ? " works on sound: name it with -a, not with -e"
+                                                    : " works on pictures: name it with -e, not with -a"));
 
     EffectSpec spec{parts.front(), {}};
     for (size_t index = 1; index < parts.size(); ++index) {
@@ -84,17 +80,35 @@ EffectSpec ParseEffect(const std::string& text, bool lenient) {
     return spec;
 }
 
+void SetProperty(AVBased::IAVProc& proc, const std::string& name, const std::string& value) {
+    GetBaseException()->Clear();
+    if (proc.SetProperty(name.c_str(), value.c_str())) return;
+    std::string message = std::string(proc.GetName()) + " does not take " + name + "='" + value + "'";
+    const std::string reason = GetBaseException()->GetExceptionMsg();
+    if (!reason.empty()) message += ": " + reason;
+    throw Error(ErrorKind::Usage, message);
+}
+
+void SetDuration(AVBased::IAVProc& proc, uint32_t durationMs) {
+    const uint32_t longest = std::numeric_limits<int32_t>::max();
+    SetProperty(proc, AVBased::PROP_NAME_DURATION, std::to_string(std::min(durationMs, longest)));
+}
+
+void RequireNoRecord(AVBased::IAVProc& proc) {
+    IBaseException* const record = GetBaseException();
+    if (record->GetExceptionCode() != AVBased::kNoError)
+        throw Error(ErrorKind::Effect,
+                    "effect " + std::string(proc.GetName()) + " failed: " + record->GetExceptionMsg());
+}
+
 EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
                          const std::vector<EffectSpec>& effects, uint32_t durationMs) {
-    // The property is a signed integer; longer spans stop at its end.
-    const uint32_t longest = std::numeric_limits<int32_t>::max();
-    const std::string duration = std::to_string(std::min(durationMs, longest));
     for (const EffectSpec& effect : effects) {
         m_procs.push_back(plugin.MakeVideo(manager, effect.name));
         m_traits |= RequireEffect(effect.name).traits;
         AVBased::IVideoProc& proc = *m_procs.back();
         if (IsStereoEffect(proc)) m_stereo = &proc;
-        SetProperty(proc, AVBased::PROP_NAME_DURATION, duration);
+        SetDuration(proc, durationMs);
         if (NeedsPictureSize(effect)) {
             m_waiting.emplace_back(&proc, effect);
             continue;
@@ -123,12 +137,9 @@ void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs) {
     AVBased::ImagePostion position{};
     for (const VideoProcPtr& proc : m_procs) {
         if (DrawInPlaceOf(*proc, *frame)) continue;
-        IBaseException* const record = GetBaseException();
-        record->Clear();
+        GetBaseException()->Clear();
         proc->ProcFrameInPlace(&position, timeMs, frame);
-        if (record->GetExceptionCode() != AVBased::kNoError)
-            throw Error(ErrorKind::Effect,
-                        "effect " + std::string(proc->GetName()) + " failed: " + record->GetExceptionMsg());
+        RequireNoRecord(*proc);
     }
 }
 

@@ -21,6 +21,9 @@ struct PropertySetting {
     bool operator==(const PropertySetting&) const = default;
 };
 
+/// What an effect works on.
+enum class Medium { Video, Audio };
+
 /// One effect with its settings, in the order in which they are made.
 struct EffectSpec {
     std::string name;
@@ -32,8 +35,18 @@ struct EffectSpec {
 /// number, switches from on/off, choices from their names; numbers are checked for form and range, but what a
 /// percentage comes to is checked when the pictures' size is known. Lenient hands every value on as it is,
 /// percentages too. Throws Error (Usage) that names the effect, property and value, and says
-/// what would be right (the nearest name, the range).
-EffectSpec ParseEffect(const std::string& text, bool lenient);
+/// what would be right (the nearest name, the range), and for an effect of the other medium.
+EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium = Medium::Video);
+
+/// Sets one property of a processor. Throws Error (Usage) with the record's text when it is refused.
+void SetProperty(AVBased::IAVProc& proc, const std::string& name, const std::string& value);
+
+/// Sets "duration" of a processor, whose signed integer longer spans don't fit. Throws as SetProperty.
+void SetDuration(AVBased::IAVProc& proc, uint32_t durationMs);
+
+/// Throws Error (Effect) with the record's text when the processor has recorded an error since the record was
+/// cleared.
+void RequireNoRecord(AVBased::IAVProc& proc);
 
 /// Video processors that a frame passes in order. Used by one thread at a time.
 class EffectChain {

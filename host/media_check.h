@@ -1,5 +1,5 @@
 #pragma once
-/// Whether files give the pictures that effects read from them.
+/// Whether files give the pictures and the sound that effects read from them.
 #include <string>
 #include <vector>
 
@@ -16,5 +16,8 @@ PictureSize RequirePicture(AVBased::IAVManager& manager, const std::string& url)
 
 /// The same for both pictures of every transition in a chain. Throws Error (Usage) when one is not named.
 void RequirePictures(AVBased::IAVManager& manager, const std::vector<EffectSpec>& effects);
+
+/// As RequirePictures for the files whose sound a chain of audio effects plays.
+void RequireSounds(AVBased::IAVManager& manager, const std::vector<EffectSpec>& effects);
 
 } // namespace aveffect
