@@ -13,6 +13,8 @@ Container::Container(const OutputPlan& plan)
     avformat_alloc_output_context2(&output, plan.muxer, nullptr, m_target.c_str());
     m_output.reset(output);
     if (!m_output) throw Error(ErrorKind::Output, "out of memory");
+    // FLAC in MP4, for example, which players have learned since it was called so.
+    m_output->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
 }
 
 AVStream* Container::AddStream() {

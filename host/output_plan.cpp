@@ -31,8 +31,8 @@ constexpr StillFormat kStills[] = {
     {"tga", AV_CODEC_ID_TARGA, nullptr},
 };
 constexpr const char* kStillNames = "png, jpg, webp, bmp, tiff, ppm, tga";
-constexpr std::array kContainers = {"mp4", "mov", "mkv", "webm", "avi", "ts",
-                                    "mpg", "ogv", "flv", "nut",  "gif"};
+constexpr std::array kContainers = {"mp4", "mov", "mkv", "webm", "avi",  "ts",  "mpg",  "ogv",
+                                    "flv", "nut", "gif", "wav",  "flac", "mp3", "opus", "m4a"};
 
 std::string Extension(const std::string& target) {
     std::string extension = std::filesystem::path(target).extension().string();
@@ -66,9 +66,11 @@ const AVOutputFormat* FindMuxer(const std::string& target) {
     const AVOutputFormat* muxer = av_guess_format(nullptr, target.c_str(), nullptr);
     if (!muxer && OutputFile::IsDevice(target)) muxer = av_guess_format("matroska", nullptr, nullptr);
     if (!muxer) ThrowUnknownExtension(target, false);
-    if (muxer->video_codec == AV_CODEC_ID_NONE || (muxer->flags & AVFMT_NOFILE))
-        throw Error(ErrorKind::Output,
-                    target + ": ." + Extension(target) + " files hold no pictures that can be written");
+    const bool holdsSomething =
+        muxer->video_codec != AV_CODEC_ID_NONE || muxer->audio_codec != AV_CODEC_ID_NONE;
+    if (!holdsSomething || (muxer->flags & AVFMT_NOFILE))
+        throw Error(ErrorKind::Output, target + ": ." + Extension(target) +
+                                           " files hold no pictures and no sound that can be written");
     return muxer;
 }
 
@@ -128,6 +130,13 @@ std::string OutputPlan::Kind() const {
     return extension.empty() && muxer ? muxer->name : extension;
 }
 
+// Formats that name PNG for pictures mean the cover of a piece of music.
+bool OutputPlan::IsSound() const {
+    if (!muxer || muxer->audio_codec == AV_CODEC_ID_NONE) return false;
+    return muxer->video_codec == AV_CODEC_ID_NONE || muxer->video_codec == AV_CODEC_ID_PNG ||
+           (IsOneOf(muxer, {"ipod"}) && Extension(target) != "m4v");
+}
+
 bool OutputPlan::CarriesRotation() const {
     return IsOneOf(muxer, {"mov", "mp4", "3gp", "3g2", "ipod", "psp", "f4v", "ismv"});
 }
@@ -172,6 +181,13 @@ OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, 
     } else {
         plan.target = target;
         plan.muxer = FindMuxer(target);
+        if (plan.IsSound()) {
+            if (!videoCodec.empty() || crf || !preset.empty())
+                throw Error(ErrorKind::Usage, "." + plan.Kind() +
+                                                  " files hold no pictures; their encoder can't "
+                                                  "be chosen");
+            return plan;
+        }
         plan.encoder.codec = FindEncoder(videoCodec, plan.muxer->video_codec);
     }
     plan.encoder.crf = crf;
@@ -183,6 +199,21 @@ OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, 
 
 bool Takes(const OutputPlan& plan, AVCodecID codec) {
     return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) != 0;
+}
+
+bool HoldsSurely(const OutputPlan& plan, AVCodecID codec) {
+    const auto isPcm = [](AVCodecID id) {
+        return std::string_view(avcodec_get_name(id)).starts_with("pcm_");
+    };
+    const AVCodecID usual = plan.muxer->audio_codec;
+    if (codec == usual) return true;
+    if (IsOneOf(plan.muxer, {"mpegts"})) return codec == AV_CODEC_ID_AAC || codec == AV_CODEC_ID_AC3;
+    if (plan.IsSound() && isPcm(usual) && !isPcm(codec)) return false;
+    return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
+}
+
+bool KeepsSound(const OutputPlan& plan, AVCodecID codec) {
+    return plan.IsSound() ? HoldsSurely(plan, codec) : Takes(plan, codec);
 }
 
 std::string ContainersFor(AVCodecID codec) {

@@ -22,6 +22,8 @@ struct OutputPlan {
     EncoderChoice encoder;
 
     bool IsStill() const noexcept { return muxer == nullptr; }
+    /// Whether the container is one for sound alone; it has no picture encoder.
+    bool IsSound() const;
     /// The container's or picture format's name as people know it: the extension.
     std::string Kind() const;
     /// Whether the container carries a display matrix, so that players turn the picture.
@@ -35,7 +37,7 @@ struct OutputPlan {
 };
 
 /// Throws Error: Output for a name without a known extension, Usage for an encoder that is unknown, does not
-/// fit the container or lacks an option that is asked for.
+/// fit the container or lacks an option that is asked for, or for any choice of one in a container for sound.
 OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
                       const std::string& preset, unsigned threads);
 
@@ -44,6 +46,14 @@ OutputPlan PlanStill(const std::string& target);
 
 /// Whether the container takes streams of that codec; what it does not know itself counts as taken.
 bool Takes(const OutputPlan& plan, AVCodecID codec);
+
+/// Whether files of that kind are known to hold sound of that codec. WAV could wrap nearly anything, but what
+/// is no PCM is played by few programs.
+bool HoldsSurely(const OutputPlan& plan, AVCodecID codec);
+
+/// Whether sound of that codec is put into files of that kind on demand: as Takes for clips, as HoldsSurely
+/// for sound alone.
+bool KeepsSound(const OutputPlan& plan, AVCodecID codec);
 
 /// Extensions of usual containers that take streams of that codec, for messages: ".mkv, .mov".
 std::string ContainersFor(AVCodecID codec);

@@ -7,16 +7,17 @@
 #include <utility>
 
 #include "host/bounded_queue.h"
+#include "host/media_check.h"
 #include "host/media_manager.h"
 #include "host/orientation.h"
 #include "host/output_file.h"
 #include "host/output_plan.h"
-#include "host/picture_check.h"
 #include "host/picture_stage.h"
 #include "host/progress_meter.h"
 #include "host/reporter.h"
 #include "host/right_clip.h"
 #include "host/sink.h"
+#include "host/sound_render.h"
 #include "host/span.h"
 #include "host/stages.h"
 #include "host/view_pairs.h"
@@ -69,13 +70,14 @@ std::unique_ptr<ViewPairs> PairsFor(const Plugin& plugin, MediaManager* manager,
 /// One render of a clip, from its options to its result.
 class RenderJob {
 public:
-    RenderJob(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
-              const std::atomic<bool>& cancel)
-        : m_options(options)
+    RenderJob(const Plugin& plugin, const RenderOptions& options, OutputPlan plan,
+              const RenderObserver& observer, const std::atomic<bool>& cancel)
+        : m_plugin(plugin)
+        , m_options(options)
         , m_cancel(cancel)
         , m_reporter(observer)
-        , m_plan(Plan(options))
-        , m_source({options.input}, m_plan.IsStill() ? Source::Others::None : Source::Others::Copied,
+        , m_plan(std::move(plan))
+        , m_source(m_request, m_plan.IsStill() ? Source::Others::None : Source::Others::Copied,
                    options.threads, cancel)
         , m_limits{options.fromMs, options.toMs, options.frameLimit}
         , m_span(m_source, m_limits)
@@ -93,6 +95,7 @@ public:
 
     RenderResult Run() {
         RequirePictures(m_manager, m_options.effects);
+        RequireSounds(m_manager, m_options.audioEffects);
         SpanItem head = ReadFirst();
         if (m_plan.IsStill()) RequireOnePicture();
         AVFramePtr first = ApplyEffects(std::move(head));
@@ -104,9 +107,11 @@ public:
         }
         m_stage.PrepareOutput(m_plan, *first);
         first = m_stage.ConvertForEncoder(std::move(first));
-        m_sink = std::make_unique<Sink>(
-            Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite, !m_turn.empty(), m_chain.Stereo()},
-            *first, m_reporter);
+        if (ChangesSound(m_options)) m_sound.emplace(Sound());
+        m_sink = std::make_unique<Sink>(Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite,
+                                                    !m_turn.empty(), m_request, m_sound ? &*m_sound : nullptr,
+                                                    m_chain.Stereo()},
+                                        *first, m_reporter);
         m_head.push_back({std::move(first), nullptr});
         RunStages();
         CheckCancel(m_cancel);
@@ -116,14 +121,23 @@ public:
     }
 
 private:
-    static OutputPlan Plan(const RenderOptions& options) {
-        CheckPixelFormatName(options.pixelFormat);
-        OutputPlan plan =
-            PlanOutput(options.output, options.videoCodec, options.crf, options.preset, options.threads);
-        OutputFile::Check(options.output, options.input, options.overwrite);
-        if (!options.stereo.right.empty())
-            OutputFile::Check(options.output, options.stereo.right, options.overwrite);
-        return plan;
+    // Of the span, which is known once the first picture was read.
+    SoundJob Sound() {
+        constexpr AVRational kNanoseconds{1, 1'000'000'000};
+        const Moment clip = m_source.Start();
+        const int64_t span = av_rescale_q(m_span.Start(), m_base, kNanoseconds);
+        std::optional<Moment> end;
+        if (m_limits.toMs)
+            end = {av_rescale_q(*m_limits.toMs, kMilliseconds, kNanoseconds) - span, kNanoseconds};
+        return {m_plugin,
+                &m_manager,
+                m_options.audioEffects,
+                m_options.audioCodec,
+                m_length,
+                BringsSound(m_options.audioEffects),
+                Moment{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + span, kNanoseconds},
+                end,
+                m_cancel};
     }
 
     // With the right clip's picture of the same moment.
@@ -135,8 +149,12 @@ private:
     }
 
     std::optional<std::string> Damage() const {
-        const auto damage = m_span.Damage(), right = m_right ? m_right->Damage() : std::nullopt;
-        return damage && right ? *damage + "; " + *right : damage ? damage : right;
+        const auto right = m_right ? m_right->Damage() : std::nullopt;
+        const auto sound = m_sink ? SoundDamage(m_sink->SoundFailures()) : std::nullopt;
+        std::optional<std::string> all = m_span.Damage();
+        for (const auto& damage : {right, sound})
+            if (damage) all = all ? *all + "; " + *damage : *damage;
+        return all;
     }
 
     // The first picture tells what the output looks like; packets before it wait in m_head.
@@ -218,10 +236,12 @@ private:
         if (!m_processed.Stopped()) m_sink->Complete();
     }
 
+    const Plugin& m_plugin;
     const RenderOptions& m_options;
     const std::atomic<bool>& m_cancel;
     Reporter m_reporter;
     OutputPlan m_plan;
+    const SourceRequest m_request{m_options.input};
     Source m_source;
     SpanLimits m_limits;
     SpanReader m_span;
@@ -234,6 +254,7 @@ private:
     std::unique_ptr<RightClip> m_right;
     std::string m_turn;
     PictureStage m_stage;
+    std::optional<SoundJob> m_sound; ///< absent: it is copied
     std::unique_ptr<Sink> m_sink;
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
     BoundedQueue<SpanItem> m_decoded{kQueueWeight};
@@ -263,7 +284,16 @@ AVFramePtr FindPicture(Source& source, int64_t atMs, const std::atomic<bool>& ca
 
 RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
                     const std::atomic<bool>& cancel) {
-    return RenderJob(plugin, options, observer, cancel).Run();
+    CheckPixelFormatName(options.pixelFormat);
+    OutputPlan plan =
+        PlanOutput(options.output, options.videoCodec, options.crf, options.preset, options.threads);
+    OutputFile::Check(options.output, options.input, options.overwrite);
+    if (!options.stereo.right.empty())
+        OutputFile::Check(options.output, options.stereo.right, options.overwrite);
+    if (plan.IsStill() && ChangesSound(options))
+        throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");
+    if (IsSoundRender(options, plan, cancel)) return RenderSound(plugin, options, plan, observer, cancel);
+    return RenderJob(plugin, options, std::move(plan), observer, cancel).Run();
 }
 
 RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, const RenderObserver& observer,

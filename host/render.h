@@ -16,6 +16,10 @@ struct RenderOptions {
     std::string input;
     std::string output;
     std::vector<EffectSpec> effects;
+    std::vector<EffectSpec> audioEffects; ///< that each stream of sound passes; without any, and without a
+                                          ///< codec, sound is copied as it is
+    std::string
+        audioCodec; ///< encoder or codec name; empty: the input's where it serves, AAC, or the container's
     std::optional<int64_t> fromMs; ///< first moment of the input that is kept; the clip's start when absent
     std::optional<int64_t> toMs;   ///< first moment that is no longer kept; the clip's end when absent
     std::optional<int64_t> frameLimit; ///< no more pictures than this
@@ -46,12 +50,13 @@ struct RenderObserver {
 };
 
 struct RenderResult {
-    int64_t frames = 0;
+    int64_t frames = 0; ///< pictures; where there is sound alone, pieces of a fiftieth of a second
     /// The input ended early or was damaged; what could be decoded is in the output. Says what was found.
     std::optional<std::string> inputDamage;
 };
 
-/// Renders a clip or still picture. The output appears under its name only when it is whole: it is written
+/// Renders a clip, a still picture or a file of sound alone. A container for sound alone takes the sound of a
+/// clip. The output appears under its name only when it is whole: it is written
 /// beside it under a temporary name, which is removed on failure. Throws Error. Setting cancel ends the
 /// render soon with Error (Interrupted). Memory use does not grow with the length of the clip.
 RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,

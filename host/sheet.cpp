@@ -5,9 +5,9 @@ extern "C" {
 #include <libavutil/imgutils.h>
 }
 
+#include "host/media_check.h"
 #include "host/media_manager.h"
 #include "host/output_file.h"
-#include "host/picture_check.h"
 #include "host/picture_stage.h"
 #include "host/sink.h"
 #include "host/stages.h"

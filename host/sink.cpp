@@ -1,35 +1,18 @@
 #include "host/sink.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 #include "host/error.h"
 #include "host/orientation.h"
+#include "host/stream_copy.h"
 
 namespace aveffect {
 namespace {
 
 using mediabridge::AVFramePtr;
 using mediabridge::AVPacketPtr;
-
-// Tags that describe the input file rather than the work.
-constexpr std::array<std::string_view, 9> kFileTags = {"encoder",           "major_brand", "minor_version",
-                                                       "compatible_brands", "rotate",      "BPS",
-                                                       "alpha_mode",        "vendor_id",   "timecode"};
-
-bool IsFileTag(std::string_view key) {
-    return std::ranges::find(kFileTags, key) != kFileTags.end() || key.starts_with("DURATION") ||
-           key.starts_with("NUMBER_OF_") || key.starts_with("_STATISTICS") || key.starts_with("BPS-");
-}
-
-void CopyTags(AVDictionary** to, const AVDictionary* from) {
-    const AVDictionaryEntry* tag = nullptr;
-    while ((tag = av_dict_get(from, "", tag, AV_DICT_IGNORE_SUFFIX)))
-        if (!IsFileTag(tag->key)) av_dict_set(to, tag->key, tag->value, 0);
-}
 
 // In a container of constant rate the ticks of a variable-rate clip are those that all its times fall on, if
 // few enough.
@@ -66,6 +49,8 @@ void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool wi
 
 Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter)
     : m_source(setup.source)
+    , m_soundEnd(setup.sound ? setup.sound->end : std::nullopt)
+    , m_soundEndsWithPictures(setup.limits.frameLimit || (setup.sound && setup.sound->endless))
     , m_clock(MakeClock(setup))
     , m_encoder(setup.plan, sample,
                 {m_clock.Base(), ClipRate(setup.source, setup.plan.NeedsConstantRate()).picturesPerSecond,
@@ -76,7 +61,7 @@ Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter)
     AddPictureStream(setup);
     MapStreams(setup, reporter);
     CopyTags(&m_output.Format().metadata, m_source.Format().metadata);
-    CopyChapters(setup);
+    CopyChapters(m_output, m_source.Format(), setup.limits);
     m_output.Start(setup.overwrite);
 }
 
@@ -94,67 +79,44 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
     for (const AVStream* stream : m_source.CopiedStreams()) {
         const AVCodecID codec = stream->codecpar->codec_id;
         const AVMediaType type = stream->codecpar->codec_type;
+        if (type == AVMEDIA_TYPE_AUDIO && setup.sound) {
+            AddLane(setup, stream);
+            continue;
+        }
         const std::string what = std::string(avcodec_get_name(codec)) + " " + av_get_media_type_string(type);
         const bool holdsSound = setup.plan.muxer->audio_codec != AV_CODEC_ID_NONE;
         const bool taken =
             type == AVMEDIA_TYPE_ATTACHMENT ? setup.plan.Kind() == "mkv" : Takes(setup.plan, codec);
         if (type == AVMEDIA_TYPE_AUDIO && !taken && holdsSound)
-            throw Error(ErrorKind::Usage,
-                        "." + setup.plan.Kind() + " files can't hold " + what +
-                            ", which is copied as it is; these can: " + ContainersFor(codec));
+            throw Error(ErrorKind::Usage, "." + setup.plan.Kind() + " files can't hold " + what +
+                                              ", which is copied as it is; these can: " +
+                                              ContainersFor(codec) + "; --audio-codec makes it another");
         if (taken && (type != AVMEDIA_TYPE_AUDIO || holdsSound)) {
-            m_copies[static_cast<size_t>(stream->index)] = {AddCopiedStream(*stream), stream->time_base};
+            m_copies[static_cast<size_t>(stream->index)] = {AddCopiedStream(m_output, *stream),
+                                                            stream->time_base};
         } else {
             reporter.Warn("." + setup.plan.Kind() + " files can't hold " + what + "; it is left out");
         }
     }
+    if (setup.sound && m_lanes.empty() && !setup.sound->effects.empty()) AddLane(setup, nullptr);
 }
 
-AVStream* Sink::AddCopiedStream(const AVStream& stream) {
-    AVStream* copy = m_output.AddStream();
-    if (avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0)
-        throw Error(ErrorKind::Output, "out of memory");
-    // The tag is the container's name for the codec; another container has its own.
-    const AVCodecTag* const* tags = m_output.Format().oformat->codec_tag;
-    unsigned tag = 0;
-    if (tags && av_codec_get_id(tags, stream.codecpar->codec_tag) != stream.codecpar->codec_id &&
-        av_codec_get_tag2(tags, stream.codecpar->codec_id, &tag))
-        copy->codecpar->codec_tag = 0;
-    copy->time_base = stream.time_base;
-    copy->disposition = stream.disposition;
-    CopyTags(&copy->metadata, stream.metadata);
-    return copy;
-}
-
-// Chapters keep to their pictures: they are moved with the span and cut to it.
-void Sink::CopyChapters(const Setup& setup) {
-    const AVFormatContext& input = m_source.Format();
-    if (input.nb_chapters == 0 || setup.limits.frameLimit) return;
-    auto** chapters = static_cast<AVChapter**>(av_calloc(input.nb_chapters, sizeof(AVChapter*)));
-    if (!chapters) return;
-    m_output.Format().chapters = chapters;
-    const int64_t start =
-        input.start_time == AV_NOPTS_VALUE ? 0 : av_rescale_q(input.start_time, kMicroseconds, kMilliseconds);
-    for (unsigned index = 0; index < input.nb_chapters; ++index) {
-        const AVChapter& source = *input.chapters[index];
-        const int64_t from = setup.limits.fromMs.value_or(0);
-        const int64_t to = setup.limits.toMs.value_or(INT64_MAX);
-        const int64_t begin = av_rescale_q(source.start, source.time_base, kMilliseconds) - start;
-        const int64_t end = std::min(to, av_rescale_q(source.end, source.time_base, kMilliseconds) - start);
-        if (begin >= to || end <= from) continue;
-        auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
-        if (!chapter) return;
-        chapter->id = source.id;
-        chapter->time_base = kMilliseconds;
-        chapter->start = std::max<int64_t>(0, begin - from);
-        chapter->end = end - from;
-        CopyTags(&chapter->metadata, source.metadata);
-        chapters[m_output.Format().nb_chapters++] = chapter;
-    }
+void Sink::AddLane(const Setup& setup, const AVStream* stream) {
+    if (setup.plan.muxer->audio_codec == AV_CODEC_ID_NONE)
+        throw Error(ErrorKind::Usage, "." + setup.plan.Kind() + " files hold no sound");
+    if (!stream && !setup.sound->endless)
+        throw Error(ErrorKind::Usage, setup.request.path + " has no sound for " +
+                                          setup.sound->effects.front().name + " to work on");
+    m_lanes.push_back(std::make_unique<SoundLane>(*setup.sound, setup.plan, setup.request, stream, m_output));
+    if (!stream) return;
+    m_lanes.back()->Stream().disposition = stream->disposition;
+    CopyTags(&m_lanes.back()->Stream().metadata, stream->metadata);
 }
 
 void Sink::WritePicture(AVFramePtr picture) {
     const int64_t clipTime = picture->pts;
+    m_end = {clipTime + picture->pkt_duration, m_source.Pictures().time_base};
+    for (const auto& lane : m_lanes) lane->WriteUntil(m_end);
     picture->pts = m_clock.Convert(clipTime);
     picture->pkt_duration = m_clock.ConvertDuration(clipTime, picture->pkt_duration);
     m_durations[picture->pts] = picture->pkt_duration;
@@ -188,7 +150,14 @@ void Sink::WritePacket(AVPacketPtr packet) {
 void Sink::Complete() {
     m_encoder.Send(nullptr);
     DrainEncoder();
+    for (const auto& lane : m_lanes) lane->Complete(m_soundEndsWithPictures ? m_end : m_soundEnd);
     m_output.Finish();
+}
+
+int64_t Sink::SoundFailures() const {
+    int64_t failures = 0;
+    for (const auto& lane : m_lanes) failures += lane->Failures();
+    return failures;
 }
 
 void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {

@@ -9,6 +9,7 @@
 #include "host/encoder.h"
 #include "host/output_clock.h"
 #include "host/reporter.h"
+#include "host/sound_lane.h"
 #include "host/source.h"
 #include "host/span.h"
 #include "host/stereo.h"
@@ -24,7 +25,9 @@ public:
         const SpanLimits& limits;
         bool overwrite;
         bool turned; ///< the pictures were turned upright, so the container must not say to turn them
-        std::optional<Presentation> stereo = {}; ///< what a stereo effect made of them
+        const SourceRequest& request;            ///< of the source
+        const SoundJob* sound = nullptr;         ///< what becomes of the sound; null: it is copied
+        std::optional<Presentation> stereo = {}; ///< what a stereo effect made of the pictures
     };
 
     /// Opens the encoder for pictures like the sample, creates the file and writes its header. The source
@@ -41,6 +44,8 @@ public:
     void Publish() { m_output.Publish(); }
 
     int64_t Pictures() const noexcept { return m_pictures; }
+    /// How often decoding sound failed.
+    int64_t SoundFailures() const;
 
 private:
     struct Copy {
@@ -49,17 +54,20 @@ private:
     };
     void MapStreams(const Setup& setup, Reporter& reporter);
     void AddPictureStream(const Setup& setup);
-    AVStream* AddCopiedStream(const AVStream& stream);
-    void CopyChapters(const Setup& setup);
+    void AddLane(const Setup& setup, const AVStream* stream);
     void DrainEncoder();
 
     const Source& m_source;
+    std::optional<Moment> m_soundEnd; ///< that was asked for
+    bool m_soundEndsWithPictures;
     OutputClock m_clock;
     Encoder m_encoder;
     Container m_output;
     AVStream* m_pictureStream = nullptr;
     std::vector<Copy> m_copies; ///< by source index
     mediabridge::AVPacketPtr m_packet;
+    std::vector<std::unique_ptr<SoundLane>> m_lanes;
+    Moment m_end;                           ///< of the pictures so far
     std::map<int64_t, int64_t> m_durations; ///< of pictures in the encoder, by time
     int64_t m_pictures = 0;
 };

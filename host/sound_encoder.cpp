@@ -19,7 +19,7 @@ const AVCodec& FindSoundEncoder(const OutputPlan& plan, const std::string& name)
                               " is installed; choose another sound codec"
                         : "no sound encoder is called \"" + name +
                               "\"; aac, libopus, libvorbis, flac and pcm_s16le are usual ones");
-    if (!Takes(plan, codec->id))
+    if (!KeepsSound(plan, codec->id))
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files can't hold " + avcodec_get_name(codec->id) +
                                           " sound; these can: " + ContainersFor(codec->id));
     return *codec;
@@ -50,14 +50,28 @@ AVChannelLayout NearestLayout(const AVCodec& codec, const std::string& wanted) {
     return *best;
 }
 
+/// The format itself, planar or not, else the first that is no narrower, else the encoder's first.
+AVSampleFormat NearestFormat(const AVCodec& codec, AVSampleFormat wanted) {
+    if (!codec.sample_fmts) return wanted == AV_SAMPLE_FMT_NONE ? AV_SAMPLE_FMT_FLTP : wanted;
+    if (wanted == AV_SAMPLE_FMT_NONE) return codec.sample_fmts[0];
+    AVSampleFormat wide = AV_SAMPLE_FMT_NONE;
+    for (const AVSampleFormat* known = codec.sample_fmts; *known != AV_SAMPLE_FMT_NONE; ++known) {
+        if (av_get_packed_sample_fmt(*known) == av_get_packed_sample_fmt(wanted)) return *known;
+        if (wide == AV_SAMPLE_FMT_NONE && av_get_bytes_per_sample(*known) >= av_get_bytes_per_sample(wanted))
+            wide = *known;
+    }
+    return wide == AV_SAMPLE_FMT_NONE ? codec.sample_fmts[0] : wide;
+}
+
 } // namespace
 
-SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, const SoundShape& wanted) {
+SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, const SoundShape& wanted,
+                           AVSampleFormat format) {
     constexpr int64_t kBitsASecond = 96000; // a channel
     const AVCodec& codec = FindSoundEncoder(plan, name);
     m_context.reset(avcodec_alloc_context3(&codec));
     if (!m_context) throw Error(ErrorKind::Output, "out of memory");
-    m_context->sample_fmt = codec.sample_fmts ? codec.sample_fmts[0] : AV_SAMPLE_FMT_FLTP;
+    m_context->sample_fmt = NearestFormat(codec, format);
     m_context->sample_rate = NearestRate(codec, wanted.rate);
     m_context->ch_layout = NearestLayout(codec, wanted.layout);
     m_context->bit_rate = kBitsASecond * m_context->ch_layout.nb_channels;
@@ -92,6 +106,12 @@ void SoundEncoder::Fail(const char* doing, int code) const {
     throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
                 std::string("the encoder ") + m_context->codec->name + " " + doing + ": " +
                     (detail.empty() ? AvText(code) : detail));
+}
+
+std::string UsualSoundCodec(const OutputPlan& plan, AVCodecID input) {
+    for (const AVCodecID codec : {input, AV_CODEC_ID_AAC})
+        if (HoldsSurely(plan, codec) && avcodec_find_encoder(codec)) return avcodec_get_name(codec);
+    return {};
 }
 
 } // namespace aveffect

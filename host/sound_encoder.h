@@ -9,9 +9,10 @@ namespace aveffect {
 class SoundEncoder {
 public:
     /// Opens the encoder of that name, or the container's usual one, for sound like this, as near as it takes
-    /// it. Throws Error (Usage) when the name is unknown, does not fit the container, or in the encoder's
-    /// words.
-    SoundEncoder(const OutputPlan& plan, const std::string& name, const SoundShape& wanted);
+    /// it; without a format it chooses its own. Throws Error (Usage) when the name is unknown, does not fit
+    /// the container, or in the encoder's words.
+    SoundEncoder(const OutputPlan& plan, const std::string& name, const SoundShape& wanted,
+                 AVSampleFormat format = AV_SAMPLE_FMT_NONE);
 
     /// What it wants to be sent.
     SoundForm Form() const;
@@ -27,5 +28,9 @@ private:
 
     mediabridge::AVCodecContextPtr m_context;
 };
+
+/// The name to make a SoundEncoder with for sound of a file that holds this codec: that codec's own where the
+/// container keeps it and it can be encoded, otherwise AAC, otherwise empty.
+std::string UsualSoundCodec(const OutputPlan& plan, AVCodecID input);
 
 } // namespace aveffect

@@ -8,21 +8,34 @@ namespace aveffect {
 
 using mediabridge::AVFramePtr;
 
-SoundReader::SoundReader(const ClipScan& scan, SoundShape shape, const std::atomic<bool>& cancel)
-    : m_path(scan.request.path)
-    , m_shape(std::move(shape))
-    , m_start(scan.start)
+SoundReader::SoundReader(SoundRequest request, const std::atomic<bool>& cancel)
+    : m_request(std::move(request))
     , m_interrupt{&cancel, std::nullopt}
-    , m_input(OpenInput(m_path, m_interrupt))
+    , m_input(OpenInput(m_request.source.path, m_interrupt))
     , m_packet(av_packet_alloc())
     , m_resampler(swr_alloc()) {
-    if (!m_packet || !m_resampler) throw Error(ErrorKind::Input, m_path + ": out of memory");
-    const AVStream* pictures = FindPictures(*m_input, scan.request);
-    m_stream = FindSound(*m_input, scan.request, pictures);
-    if (!m_stream) throw Error(ErrorKind::Input, m_path + " has no sound any more");
+    const std::string& path = m_request.source.path;
+    if (!m_packet || !m_resampler) throw Error(ErrorKind::Input, path + ": out of memory");
+    const AVStream* pictures = FindPictures(*m_input, m_request.source);
+    m_stream = FindSound(*m_input, m_request.source, pictures);
+    if (!m_stream) throw Error(ErrorKind::Input, path + " has no sound any more");
     for (unsigned index = 0; index < m_input->nb_streams; ++index)
         if (m_input->streams[index] != m_stream) m_input->streams[index]->discard = AVDISCARD_ALL;
-    m_decoder = std::make_unique<Decoder>(*m_stream, 1, m_path);
+    m_decoder = std::make_unique<Decoder>(*m_stream, 1, path);
+    SeekNearStart();
+}
+
+// Some time before the start, for decoders need what lies before a moment to give its samples exactly. Where
+// the library makes up a file's index while it reads, times after a jump would be guesses: such files, sound
+// alone as a rule, are read from their beginning.
+void SoundReader::SeekNearStart() {
+    constexpr int64_t kLeadMs = 2000;
+    const AVRational base = m_stream->time_base;
+    const int64_t target = av_rescale_q(m_request.start.ticks, m_request.start.base, base) -
+                           av_rescale_q(kLeadMs, kMilliseconds, base);
+    const int64_t first = m_stream->start_time == AV_NOPTS_VALUE ? 0 : m_stream->start_time;
+    if (target <= first || (m_input->iformat->flags & (AVFMT_GENERIC_INDEX | AVFMT_NOTIMESTAMPS))) return;
+    av_seek_frame(m_input.get(), m_stream->index, target, AVSEEK_FLAG_BACKWARD);
 }
 
 AVFramePtr SoundReader::Next() {
@@ -49,20 +62,22 @@ AVFramePtr SoundReader::Decode() {
 // Null in, at the end: what the resampler still holds. Null out when nothing came.
 AVFramePtr SoundReader::Convert(AVFrame* sound) {
     AVFramePtr converted(av_frame_alloc());
-    if (!converted) throw Error(ErrorKind::Input, m_path + ": out of memory");
-    converted->format = AV_SAMPLE_FMT_FLTP;
-    converted->sample_rate = m_shape.rate;
-    if (av_channel_layout_from_string(&converted->ch_layout, m_shape.layout.c_str()) < 0)
-        throw Error(ErrorKind::Input, m_path + ": its sound can't be converted");
+    const std::string& path = m_request.source.path;
+    const SoundShape& shape = m_request.shape;
+    if (!converted) throw Error(ErrorKind::Input, path + ": out of memory");
+    converted->format = m_request.format;
+    converted->sample_rate = shape.rate;
+    if (av_channel_layout_from_string(&converted->ch_layout, shape.layout.c_str()) < 0)
+        throw Error(ErrorKind::Input, path + ": its sound can't be converted");
     int64_t time = m_end;
     if (sound) {
         if (sound->ch_layout.order != AV_CHANNEL_ORDER_NATIVE)
             av_channel_layout_default(&sound->ch_layout, sound->ch_layout.nb_channels);
         if (sound->best_effort_timestamp != AV_NOPTS_VALUE) {
-            const AVRational base{1, m_shape.rate};
+            const AVRational base{1, shape.rate};
             time = av_rescale_q(sound->best_effort_timestamp, m_stream->time_base, base) -
-                   av_rescale_q(m_start.ticks, m_start.base, base);
-            if (swr_is_initialized(m_resampler.get())) time -= swr_get_delay(m_resampler.get(), m_shape.rate);
+                   av_rescale_q(m_request.start.ticks, m_request.start.base, base);
+            if (swr_is_initialized(m_resampler.get())) time -= swr_get_delay(m_resampler.get(), shape.rate);
         }
     } else if (!swr_is_initialized(m_resampler.get())) {
         return nullptr;
@@ -72,7 +87,7 @@ AVFramePtr SoundReader::Convert(AVFrame* sound) {
         swr_close(m_resampler.get());
         code = swr_convert_frame(m_resampler.get(), converted.get(), sound);
     }
-    if (code < 0) throw Error(ErrorKind::Input, m_path + ": its sound can't be converted: " + AvText(code));
+    if (code < 0) throw Error(ErrorKind::Input, path + ": its sound can't be converted: " + AvText(code));
     if (converted->nb_samples == 0) return nullptr;
     converted->pts = time;
     m_end = time + converted->nb_samples;

@@ -6,25 +6,34 @@
 
 namespace aveffect {
 
-/// Reads a clip's sound in one shape, whatever the file's is or becomes, as planar floating point. Used by
-/// one thread at a time.
+/// Which sound is read, and as what.
+struct SoundRequest {
+    SourceRequest source;
+    Moment start; ///< where times count from, in the file's times
+    SoundShape shape;
+    AVSampleFormat format = AV_SAMPLE_FMT_FLTP;
+};
+
+/// Reads a clip's sound in one shape, whatever the file's is or becomes. Used by one thread at a time.
 class SoundReader {
 public:
-    /// The scan has found sound. Throws Error (Input, Interrupted).
-    SoundReader(const ClipScan& scan, SoundShape shape, const std::atomic<bool>& cancel);
+    /// The file is known to have sound. Throws Error (Input, Interrupted).
+    SoundReader(SoundRequest request, const std::atomic<bool>& cancel);
     SoundReader(const SoundReader&) = delete; // the library holds on to its place
     SoundReader& operator=(const SoundReader&) = delete;
 
-    /// The next samples; pts counts samples from the clip's start and may be negative. Null at the end.
+    /// The next samples; pts counts samples from the request's start and may be negative. Null at the end.
     mediabridge::AVFramePtr Next();
 
+    /// How often decoding failed so far.
+    int64_t Failures() const noexcept { return m_decoder->Failures(); }
+
 private:
+    void SeekNearStart();
     mediabridge::AVFramePtr Decode();
     mediabridge::AVFramePtr Convert(AVFrame* sound);
 
-    std::string m_path;
-    SoundShape m_shape;
-    Moment m_start;
+    SoundRequest m_request;
     ReadInterrupt m_interrupt;
     InputContextPtr m_input;
     AVStream* m_stream = nullptr;

@@ -125,7 +125,8 @@ void SoundTrack::Feed() {
         if (waiting == m_inputs.size()) Require(AVERROR_BUG);
     }
     if (!m_reader || waiting != m_reading) {
-        m_reader = std::make_unique<SoundReader>(*m_parts[waiting].clip, m_shape, m_cancel);
+        const ClipScan& clip = *m_parts[waiting].clip;
+        m_reader = std::make_unique<SoundReader>(SoundRequest{clip.request, clip.start, m_shape}, m_cancel);
         m_reading = waiting;
     }
     AVFramePtr sound = m_reader->Next();

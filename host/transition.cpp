@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "host/film.h"
+#include "host/media_check.h"
 #include "host/media_manager.h"
-#include "host/picture_check.h"
 #include "host/reel_film.h"
 #include "host/transition_frame.h"
 

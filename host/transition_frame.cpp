@@ -75,6 +75,9 @@ OutputPlan PlanFilm(const FilmOptions& options, const std::vector<std::string>& 
         PlanOutput(options.output, options.videoCodec, options.crf, options.preset, options.threads);
     if (plan.IsStill())
         throw Error(ErrorKind::Usage, options.output + " holds one picture, but the result is a clip");
+    if (plan.IsSound())
+        throw Error(ErrorKind::Usage,
+                    options.output + " would hold sound alone, but the result has pictures");
     for (const std::string& input : inputs)
         OutputFile::Check(options.output, ParseSourceUrl(input).path, options.overwrite);
     return plan;

@@ -1,0 +1,22 @@
+#pragma once
+/// Renders of sound alone.
+#include "host/output_plan.h"
+#include "host/render.h"
+
+namespace aveffect {
+
+/// Whether sound is decoded and encoded again rather than copied.
+bool ChangesSound(const RenderOptions& options);
+
+/// Whether there are no pictures to render: the output holds none, or the input, an ordinary file, has none
+/// but has sound. Throws Error (Input, Interrupted).
+bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const std::atomic<bool>& cancel);
+
+/// As Render for such options; the plan and the names have been checked.
+RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
+                         const RenderObserver& observer, const std::atomic<bool>& cancel);
+
+/// A sentence for how often decoding sound failed; absent for never.
+std::optional<std::string> SoundDamage(int64_t failures);
+
+} // namespace aveffect

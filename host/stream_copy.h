@@ -1,0 +1,17 @@
+#pragma once
+/// What an output takes over from its input as it is.
+#include "host/container.h"
+#include "host/span.h"
+
+namespace aveffect {
+
+/// Tags that describe the work; those that describe the input file are left out.
+void CopyTags(AVDictionary** to, const AVDictionary* from);
+
+/// A stream for the input stream's packets. Throws Error (Output).
+AVStream* AddCopiedStream(Container& output, const AVStream& stream);
+
+/// Chapters, moved with the span and cut to it. Call before the output is started.
+void CopyChapters(Container& output, const AVFormatContext& input, const SpanLimits& limits);
+
+} // namespace aveffect
