@@ -11,19 +11,21 @@ namespace aveffect {
 
 namespace {
 
-std::vector<EffectSpec> ParseEffects(const MediaArguments& media) {
+std::vector<EffectSpec> ParseEffects(const std::vector<std::string>& texts, bool lenient, Medium medium) {
     std::vector<EffectSpec> effects;
-    for (const std::string& text : media.effects) effects.push_back(ParseEffect(text, media.lenient));
+    for (const std::string& text : texts) effects.push_back(ParseEffect(text, lenient, medium));
     return effects;
+}
+
+void AddEffects(CLI::App& app, const char* option, std::vector<std::string>& effects, const char* help) {
+    app.add_option(option, effects, help)->type_name("NAME[:property=value...]")->allow_extra_args(false);
 }
 
 void AddMediaOptions(CLI::App& app, MediaArguments& media) {
     app.add_option("INPUT", media.input, "Clip or still picture to read")->required();
     app.add_option("OUTPUT", media.output, "File to write; its extension chooses the format")->required();
-    app.add_option("-e,--effect", media.effects,
-                   "Effect with its settings, applied in the order given; repeat for a chain")
-        ->type_name("NAME[:property=value...]")
-        ->allow_extra_args(false);
+    AddEffects(app, "-e,--effect", media.effects,
+               "Effect with its settings, applied in the order given; repeat for a chain");
     app.add_option("--pixel-format", media.pixelFormat,
                    "Format that the effects work in: auto, bgra, yuv420p, ...")
         ->type_name("NAME");
@@ -52,17 +54,26 @@ StereoOptions MakeStereoOptions(const StereoArguments& stereo) {
 }
 
 CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
-    CLI::App* const render = app.add_subcommand("render", "Render a clip or picture through effects");
+    CLI::App* const render =
+        app.add_subcommand("render", "Render a clip, picture or piece of sound through effects");
     AddMediaOptions(*render, command.media);
+    AddEffects(*render, "-a,--audio-effect", command.audioEffects,
+               "Audio effect with its settings, for the sound; repeat for a chain");
     AddStereoOptions(*render, command.stereo);
     render->add_option("--from", command.from, "First moment to keep: seconds, mm:ss or hh:mm:ss.ms")
         ->type_name("TIME");
     render->add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
     render->add_option("--frames", command.frames, "Stop after this many pictures")->type_name("N");
     AddEncoderOptions(*render, command.codec, command.crf, command.preset, command.threads);
+    AddAudioCodecOption(
+        *render, command.audioCodec,
+        "Sound encoder or codec, the input's own or aac if not given; without it and -a, sound "
+        "is copied as it is");
     AddProgressOption(*render, command.progress);
     render->footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e gray "
-                               "-e brightness_contrast:contrast=20 --from 0:05 --to 0:15\n\n") +
+                               "-e brightness_contrast:contrast=20 --from 0:05 --to 0:15\n"
+                               "  aveffect render in.mp4 out.mp4 -a audio_volume:audio_volume=50\n"
+                               "  aveffect render in.wav out.flac -a audio_volume:audio_volume=50\n\n") +
                    kExitCodeHelp);
     return render;
 }
@@ -136,7 +147,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     JoinCommand join;
     SheetCommand sheet;
 
-    CLI::App app("Renders clips and pictures through video effects.", "aveffect");
+    CLI::App app("Renders clips, pictures and sound through effects.", "aveffect");
     app.set_version_flag("--version", "aveffect " AVEFFECT_VERSION);
     app.require_subcommand(0, 1);
     app.footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e invert\n"
@@ -176,7 +187,9 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
     RenderOptions options;
     options.input = command.media.input;
     options.output = command.media.output;
-    options.effects = ParseEffects(command.media);
+    options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
+    options.audioEffects = ParseEffects(command.audioEffects, command.media.lenient, Medium::Audio);
+    options.audioCodec = command.audioCodec;
     if (command.from) options.fromMs = TimeOption("--from", *command.from);
     if (command.to) {
         options.toMs = TimeOption("--to", *command.to);
@@ -200,7 +213,7 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.input = command.media.input;
     options.output = command.media.output;
     options.atMs = TimeOption("--at", command.at);
-    options.effects = ParseEffects(command.media);
+    options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
     options.pixelFormat = command.media.pixelFormat;
     options.overwrite = command.media.run.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);

@@ -44,8 +44,9 @@ struct StereoArguments {
 struct RenderCommand {
     MediaArguments media;
     StereoArguments stereo;
+    std::vector<std::string> audioEffects;
     std::optional<std::string> from, to, frames, crf, threads;
-    std::string codec;
+    std::string codec, audioCodec;
     std::string preset;
     ProgressStyle progress = ProgressStyle::Auto;
 };

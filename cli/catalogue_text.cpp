@@ -217,6 +217,11 @@ std::string ListText() {
 }
 
 std::string ExampleSetting(const EffectInfo& effect) {
+    // What is heard of sound depends on settings that go together.
+    for (const char* const example :
+         {"audio_volume:audio_volume=50", "audio_replace:audio_replace_path=music.flac:audio_replace_loop=on",
+          "audio_fader:fader_duration=2000:fader_start_scale=0:fader_end_scale=1"})
+        if (std::string(example).starts_with(std::string(effect.name) + ":")) return example;
     constexpr size_t kEnough = 2;
     std::string text = effect.name;
     size_t count = 0;
@@ -243,8 +248,9 @@ std::string DescribeText(const EffectInfo& effect) {
     if (effect.kind == EffectKind::Transition)
         return text + "\nExample\n  aveffect transition a.jpg b.jpg out.mp4 --effect " + effect.name +
                " --duration 2\n";
-    if (effect.kind == EffectKind::Audio) return text; // for hosts: the program has no option for it
-    return text + "\nExample\n  aveffect render in.mp4 out.mp4 -e '" + ExampleSetting(effect) + "'\n";
+    const char* const option = effect.kind == EffectKind::Audio ? "-a" : "-e";
+    return text + "\nExample\n  aveffect render in.mp4 out.mp4 " + option + " '" + ExampleSetting(effect) +
+           "'\n";
 }
 
 } // namespace aveffect

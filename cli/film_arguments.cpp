@@ -36,9 +36,7 @@ void AddEffect(CLI::App& app, FilmArguments& film) {
 
 void AddFilmOptions(CLI::App& app, FilmArguments& film) {
     AddEncoderOptions(app, film.codec, film.crf, film.preset, film.threads);
-    app.add_option("--sound-codec", film.soundCodec,
-                   "Sound encoder or codec; the format's usual one if not given")
-        ->type_name("NAME");
+    AddAudioCodecOption(app, film.soundCodec, "Sound encoder or codec; the format's usual one if not given");
     AddProgressOption(app, film.progress);
     AddRunOptions(app, film.run);
 }

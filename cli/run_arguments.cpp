@@ -26,6 +26,10 @@ void AddEncoderOptions(CLI::App& app, std::string& codec, std::optional<std::str
         ->type_name("N");
 }
 
+void AddAudioCodecOption(CLI::App& app, std::string& codec, const char* help) {
+    app.add_option("--audio-codec", codec, help)->type_name("NAME");
+}
+
 void AddProgressOption(CLI::App& app, ProgressStyle& style) {
     app.add_option_function<std::string>(
            "--progress", [&style](const std::string& name) { style = ProgressOption(name); },

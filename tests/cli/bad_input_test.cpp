@@ -75,6 +75,10 @@ TEST_F(BadInput, OptionValues) {
          "mosaic_x2 of mosaic is a whole number from 0 to 65535 px or a percentage of the picture's width, "
          "but 900000% is 72000 px in a picture of 8x6"},
         {{"--codec", "no_such_codec"}, "no_such_codec"},
+        {{"-e", "audio_volume"}, "audio_volume works on sound: name it with -a, not with -e"},
+        {{"-a", "gray"}, "gray works on pictures: name it with -e, not with -a"},
+        {{"-a", "audio_volume:audio_volume=12800"}, "from 0 to 12799"},
+        {{"-a", "audio_volume"}, ".png files hold no sound"},
     };
     for (const Case& wrong : cases) {
         Strings command = {"render", "in.png", "out.png"};

@@ -97,7 +97,9 @@ TEST_F(CatalogueOutput, TextNamesEveryEffectOnceAndEveryProperty) {
 TEST_F(CatalogueOutput, ExamplesAreTaken) {
     for (const auto* effect : Effects()) {
         const std::string example = aveffect::ExampleSetting(*effect);
-        EXPECT_NO_THROW(aveffect::ParseEffect(example, false)) << example;
+        const auto medium =
+            effect->kind == AVBased::EffectKind::Audio ? aveffect::Medium::Audio : aveffect::Medium::Video;
+        EXPECT_NO_THROW(aveffect::ParseEffect(example, false, medium)) << example;
     }
 }
 
