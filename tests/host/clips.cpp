@@ -69,6 +69,17 @@ std::string Make(const std::string& path, const std::string& size, int rate, dou
     return path;
 }
 
+std::string MakeSound(const std::string& path, const std::string& options) {
+    Run("ffmpeg -v error -nostdin -y -f lavfi -i \"aevalsrc='0.4*sin(2*PI*(300+200*t)*t)|"
+        "0.3*sin(2*PI*(900-90*t)*t)':s=48000:d=0.7\" " +
+        options + " " + path);
+    return path;
+}
+
+Bytes DecodeSound(const std::string& path, const std::string& form) {
+    return Run("ffmpeg -v error -nostdin -i " + path + " -map 0:a " + form + " -");
+}
+
 Bytes Decode(const std::string& path, const std::string& inputOptions) {
     return Run("ffmpeg -v error -nostdin -noautorotate " + inputOptions + " -i " + path +
                " -map 0:v -fps_mode passthrough -f rawvideo -");

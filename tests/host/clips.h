@@ -35,6 +35,11 @@ std::string RunText(const std::string& command);
 std::string Make(const std::string& path, const std::string& size, int rate, double seconds,
                  const std::string& options, bool sound = false);
 
+/// Makes 0.7 s of two tones that move against each other, 48 kHz stereo unless the options say otherwise.
+std::string MakeSound(const std::string& path, const std::string& options);
+/// A file's decoded sound, interleaved, as these options of the ffmpeg program have it.
+Bytes DecodeSound(const std::string& path, const std::string& form = "-f s16le -ac 2 -ar 48000");
+
 /// All decoded pictures of a clip, in the stored format, one after the other.
 Bytes Decode(const std::string& path, const std::string& inputOptions = "");
 /// ffprobe's value of a picture stream's entry ("pix_fmt", "color_range").

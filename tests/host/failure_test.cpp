@@ -41,7 +41,7 @@ TEST(Input, EachKindOfBadFileHasItsOwnWords) {
     refused("folder", "directory");
     refused("text.txt", "no clip or picture");
     refused("text.mp4", "no clip or picture");
-    refused("sound.wav", "no picture stream");
+    refused("sound.wav", "no pictures");
     if (geteuid() != 0) {
         chmod((directory / "text.mp4").c_str(), 0);
         refused("text.mp4", "Permission denied");

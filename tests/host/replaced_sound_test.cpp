@@ -14,19 +14,6 @@ using clips::Bytes;
 
 class ReplacedSound : public testing::Test {
 protected:
-    /// Two tones that move against each other.
-    std::string Make(const std::string& name, const std::string& options) {
-        const std::string path = m_directory / name;
-        clips::Run("ffmpeg -v error -nostdin -f lavfi -i \"aevalsrc='0.4*sin(2*PI*(300+200*t)*t)|"
-                   "0.3*sin(2*PI*(900-90*t)*t)':s=48000:d=0.7\" " +
-                   options + " " + path);
-        return path;
-    }
-    /// All of it as the frames below have it, by another program.
-    static Bytes Decode(const std::string& path) {
-        return clips::Run("ffmpeg -v error -nostdin -i " + path +
-                          " -f s16le -ac 2 -ar 48000 -c:a pcm_s16le -");
-    }
     test::AudioProc Open(const std::string& path, const char* loop) {
         return test::MakeAudio("audio_replace",
                                {{"audio_replace_path", path.c_str()}, {"audio_replace_loop", loop}},
@@ -68,8 +55,8 @@ TEST_F(ReplacedSound, IsTheFilesSampleBySample) {
     };
     for (const auto& [name, options, unsure] : files) {
         SCOPED_TRACE(name);
-        const std::string path = Make(name, options);
-        Bytes expected = Decode(path);
+        const std::string path = clips::MakeSound(m_directory / name, options);
+        const Bytes expected = clips::DecodeSound(path);
         ASSERT_GT(expected.size(), 120000u);
         const Bytes actual = Play(*Open(path, "0"), expected.size() + 50000);
         const size_t sure = expected.size() - unsure;
@@ -81,8 +68,8 @@ TEST_F(ReplacedSound, IsTheFilesSampleBySample) {
 }
 
 TEST_F(ReplacedSound, LoopsAndSeeks) {
-    const std::string path = Make("same.wav", "-c:a pcm_s16le");
-    const Bytes once = Decode(path);
+    const std::string path = clips::MakeSound(m_directory / "same.wav", "-c:a pcm_s16le");
+    const Bytes once = clips::DecodeSound(path);
     const Bytes looped = Play(*Open(path, "1"), 3 * once.size());
     for (size_t at = 0; at < looped.size(); ++at) ASSERT_EQ(looped[at], once[at % once.size()]) << at;
 

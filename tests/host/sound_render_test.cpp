@@ -1,0 +1,250 @@
+// Renders that change sound: decoded, through audio effects, encoded again, against plain arithmetic on what
+// the ffmpeg program decodes.
+#include <cmath>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "tests/host/clips.h"
+#include "tests/support/plain_sound.h"
+
+namespace {
+
+using aveffect::ErrorKind;
+using clips::Bytes;
+
+using Samples = std::vector<int16_t>;
+
+Samples Decode(const std::string& path, const std::string& form = "-f s16le -ac 2 -ar 48000") {
+    const Bytes bytes = clips::DecodeSound(path, form);
+    Samples samples(bytes.size() / 2);
+    std::memcpy(samples.data(), bytes.data(), bytes.size());
+    return samples;
+}
+
+Samples Half(Samples samples) {
+    for (int16_t& sample : samples) sample = static_cast<int16_t>(sample * 128 >> 8);
+    return samples;
+}
+
+Samples Part(const Samples& samples, double from, double to) {
+    const auto at = [&](double seconds) { return samples.begin() + 2 * std::llround(seconds * 48000); };
+    return {at(from), at(to)};
+}
+
+double Loudness(const Samples& samples) {
+    double sum = 0;
+    for (const double sample : samples) sum += sample * sample;
+    return std::sqrt(sum / static_cast<double>(samples.size()));
+}
+
+class SoundRender : public testing::Test {
+protected:
+    /// Half a second of pictures, sound of 0.7 s beside them.
+    std::string MakeClip(const std::string& name, const std::string& options) {
+        return clips::MakeSound(m_directory / name,
+                                "-f lavfi -i testsrc2=s=64x48:r=25:d=0.52 -c:v ffv1 " + options);
+    }
+    aveffect::RenderResult Render(const std::string& input, const std::string& output,
+                                  const std::vector<std::string>& effects) {
+        m_options.input = input;
+        m_options.output = output;
+        m_options.audioEffects.clear();
+        for (const std::string& effect : effects)
+            m_options.audioEffects.push_back(aveffect::ParseEffect(effect, false, aveffect::Medium::Audio));
+        return clips::Render(m_options, m_cancel);
+    }
+
+    clips::TemporaryDirectory m_directory;
+    aveffect::RenderOptions m_options;
+    std::atomic<bool> m_cancel{false};
+};
+
+constexpr char kHalf[] = "audio_volume:audio_volume=50";
+
+TEST_F(SoundRender, EverySampleGoesThroughTheEffect) {
+    struct Case {
+        const char *input, *options, *output, *codec, *becomes;
+    };
+    const Case cases[] = {
+        {"a.mkv", "-f lavfi -i testsrc2=s=64x48:r=25:d=0.5 -c:v ffv1 -c:a pcm_s16le", "a2.mkv", "",
+         "pcm_s16le"},
+        {"b.wav", "", "b.flac", "", "flac"},
+        {"c.flac", "-sample_fmt s16", "c.wav", "", "pcm_s16le"},
+        {"d.wav", "-c:a pcm_s24le", "d2.wav", "", "pcm_s24le"},
+        {"e.wav", "-c:a pcm_f32le", "e.mp4", "alac", "alac"},
+        {"f.wav", "-ac 6 -ar 11025", "f.mka", "", "pcm_s16le"},
+        {"g.ogg", "-c:a libvorbis", "g.mkv", "flac", "flac"},
+    };
+    for (const auto& [input, options, output, codec, becomes] : cases) {
+        SCOPED_TRACE(input);
+        const std::string from = clips::MakeSound(m_directory / input, options), to = m_directory / output;
+        m_options.audioCodec = codec;
+        EXPECT_FALSE(Render(from, to, {kHalf}).inputDamage);
+        const Samples before = Decode(from, "-f s16le"), after = Decode(to, "-f s16le");
+        ASSERT_GT(before.size(), 30000u);
+        EXPECT_EQ(after, Half(before));
+        EXPECT_EQ(clips::RunText("ffprobe -v error -select_streams a -show_entries stream=codec_name -of "
+                                 "default=nw=1:nk=1 " +
+                                 to),
+                  becomes);
+    }
+}
+
+TEST_F(SoundRender, LossyFormatsComeOutAsLoudAndAsLong) {
+    const std::string from = clips::MakeSound(m_directory / "in.wav", "");
+    const Samples expected = Half(Decode(from));
+    for (const char* name : {"a.mp3", "b.opus", "c.m4a", "d.ogg", "e.aac", "f.ts"}) {
+        Render(from, m_directory / name, {kHalf});
+        const Samples samples = Decode(m_directory / name);
+        EXPECT_NEAR(static_cast<double>(samples.size()), static_cast<double>(expected.size()), 2 * 2400)
+            << name;
+        EXPECT_NEAR(Loudness(samples) / Loudness(expected), 1, 0.04) << name;
+    }
+}
+
+// In full width where no effect needs less, each in its order, with times that count from the start.
+TEST_F(SoundRender, ChainsKeepTheWidthOfTheSound) {
+    const std::string from = clips::MakeSound(m_directory / "in.wav", "-c:a pcm_s32le -ar 44100"),
+                      to = m_directory / "out.wav";
+    Render(from, to,
+           {"audio_fader:fader_start_time=100:fader_duration=200:fader_start_scale=0:fader_end_scale=1",
+            "audio_fader:fader_start_time=300:fader_duration=50:fader_start_scale=0.5:fader_end_scale=0.5"});
+    Bytes expected = clips::DecodeSound(from, "-f s32le");
+    const size_t frames = expected.size() / 8;
+    for (size_t piece = 0; 882 * piece < frames;
+         ++piece) { // 20 ms: three steps of 5 ms and one of 222 samples
+        const size_t ms = 20 * piece;
+        for (size_t at = 0; at < 882 && 882 * piece + at < frames; ++at) {
+            const size_t step = std::min<size_t>(at / 220, 3);
+            // Its last step is at full gain; then the ramp begins again for what is still inside.
+            const double ramp = static_cast<double>((ms - 100) / 5 + step) * (1.0 / 200 * 5);
+            const double first =
+                ms >= 100 && ms <= 300 ? (ms == 300 ? 0.025 * static_cast<double>(step) : ramp) : 1;
+            for (size_t channel = 0; channel < 2; ++channel) {
+                uint8_t* const sample = &expected[8 * (882 * piece + at) + 4 * channel];
+                if (first != 1) test::PlainScaleAs<int32_t>(sample, false, first);
+                if (ms >= 300 && ms <= 350) test::PlainScaleAs<int32_t>(sample, false, 0.5);
+            }
+        }
+    }
+    const Bytes actual = clips::DecodeSound(to, "-f s32le");
+    ASSERT_EQ(actual.size(), expected.size());
+    size_t wrong = 0;
+    for (size_t at = 0; at < actual.size(); at += 4) {
+        int32_t a = 0, e = 0;
+        std::memcpy(&a, &actual[at], 4);
+        std::memcpy(&e, &expected[at], 4);
+        wrong += std::abs(int64_t{a} - e) > 1; // sums of steps round otherwise than products
+    }
+    EXPECT_EQ(wrong, 0u);
+}
+
+TEST_F(SoundRender, AnotherFilesSoundLiesUnderThePictures) {
+    const std::string music = clips::MakeSound(m_directory / "music.wav", "-c:a pcm_s16le");
+    const std::string slow = clips::MakeSound(m_directory / "slow.flac", "-ar 44100 -ac 1 -sample_fmt s16");
+    const std::string with = MakeClip("with.mkv", "-c:a pcm_s16le"), without = MakeClip("no.mkv", "-an");
+    const std::string longer = clips::Make(m_directory / "long.mkv", "64x48", 25, 1.6, "-c:v ffv1");
+    const std::string replace = "audio_replace:audio_replace_path=";
+    const Samples heard = Decode(music);
+    m_options.audioCodec = "pcm_s16le";
+
+    Render(with, m_directory / "cut.mkv", {replace + music});
+    EXPECT_EQ(Decode(m_directory / "cut.mkv"), Part(heard, 0, 0.52));
+    m_options.videoCodec = "ffv1";
+    Render(without, m_directory / "under.mkv", {replace + music, kHalf});
+    EXPECT_EQ(Decode(m_directory / "under.mkv"), Half(Part(heard, 0, 0.52)));
+    EXPECT_EQ(clips::Decode(m_directory / "under.mkv"), clips::Decode(without));
+
+    Render(longer, m_directory / "silent.mkv", {replace + music});
+    Samples padded = heard;
+    padded.resize(2 * 76800); // 1.6 s
+    EXPECT_EQ(Decode(m_directory / "silent.mkv"), padded);
+    Render(longer, m_directory / "loop.mkv", {replace + music + ":audio_replace_loop=on"});
+    for (size_t at = 0; at < padded.size(); ++at) padded[at] = heard[at % heard.size()];
+    EXPECT_EQ(Decode(m_directory / "loop.mkv"), padded);
+
+    // The clip's rate and channels are kept; what a change of rate holds back at the end is not heard.
+    Render(longer, m_directory / "own.mkv", {replace + slow});
+    EXPECT_EQ(Decode(m_directory / "own.mkv", "-f s16le").size(), 70560u); // 1.6 s in the file's own form
+    Render(with, m_directory / "resampled.mkv", {replace + slow});
+    EXPECT_EQ(Decode(m_directory / "resampled.mkv"), Part(Decode(slow), 0, 0.52));
+
+    m_options.frameLimit = 5;
+    Render(with, m_directory / "five.mkv", {replace + music});
+    EXPECT_EQ(Decode(m_directory / "five.mkv"), Part(heard, 0, 0.2));
+}
+
+TEST_F(SoundRender, SpansAreCutToTheSample) {
+    const std::string clip = MakeClip("in.mkv", "-c:a pcm_s16le"), aac = MakeClip("in.mov", "-c:a aac");
+    const std::string music = clips::MakeSound(m_directory / "in.flac", "-sample_fmt s16");
+    const Samples whole = Decode(music);
+    m_options.fromMs = 120;
+    m_options.toMs = 330;
+    m_options.audioCodec = "pcm_s16le";
+    Render(clip, m_directory / "clip.mkv", {kHalf});
+    EXPECT_EQ(Decode(m_directory / "clip.mkv"), Half(Part(whole, 0.12, 0.33)));
+    Render(aac, m_directory / "clip.mov", {kHalf});
+    EXPECT_EQ(Decode(m_directory / "clip.mov"), Half(Part(Decode(aac), 0.12, 0.33)));
+    m_options.audioCodec.clear();
+    Render(music, m_directory / "music.flac", {}); // without loss, so without an effect too
+    EXPECT_EQ(Decode(m_directory / "music.flac"), Part(whole, 0.12, 0.33));
+    m_options.toMs.reset();
+    Render(clip, m_directory / "rest.mkv", {kHalf}); // to the end of the sound, beyond the pictures
+    EXPECT_EQ(Decode(m_directory / "rest.mkv"), Half(Part(whole, 0.12, 0.7)));
+}
+
+TEST_F(SoundRender, WithoutEffectsSoundIsCopied) {
+    const std::string pairs[][2] = {{"a.wav", "b.wav"}, {"a.mp3", "b.mp3"},  {"a.opus", "b.opus"},
+                                    {"a.m4a", "b.m4a"}, {"a.flac", "b.mkv"}, {"clip.mkv", "c.flac"}};
+    for (const auto& [input, output] : pairs) {
+        const std::string from = input == "clip.mkv"
+                                     ? MakeClip(input, "-c:a flac -metadata title=Tones")
+                                     : clips::MakeSound(m_directory / input, "-metadata title=Tones");
+        const std::string to = m_directory / output;
+        EXPECT_FALSE(Render(from, to, {}).inputDamage) << input;
+        EXPECT_EQ(clips::PacketSum(to, "a"), clips::PacketSum(from, "a")) << input;
+        EXPECT_EQ(clips::RunText("ffprobe -v error -show_entries format_tags=title:stream_tags=title -of "
+                                 "default=nw=1:nk=1 " +
+                                 to),
+                  "Tones")
+            << input;
+    }
+}
+
+TEST_F(SoundRender, SaysWhatIsWrong) {
+    const std::string music = clips::MakeSound(m_directory / "in.wav", ""), clip = MakeClip("no.mkv", "-an");
+    const std::string out = m_directory / "out.flac";
+    const auto failure = [&](const std::string& input, const std::string& output,
+                             const std::vector<std::string>& effects) {
+        return clips::FailureOf([&] { Render(input, m_directory / output, effects); });
+    };
+    const std::string replace = "audio_replace:audio_replace_path=";
+    EXPECT_EQ(failure(clip, "out.mkv", {kHalf}).kind, ErrorKind::Usage);
+    EXPECT_EQ(failure(clip, "out.wav", {kHalf}).text, clip + " has no sound");
+    EXPECT_EQ(failure(music, "out.flac", {}).kind, ErrorKind::Usage); // can't be copied into that
+    EXPECT_EQ(failure(music, "out.gif", {kHalf}).text, ".gif files hold no sound");
+    EXPECT_EQ(failure(clip, "out.png", {kHalf}).text, ".png files hold no sound");
+    EXPECT_EQ(failure(music, "out.wav", {"audio_replace"}).kind, ErrorKind::Usage);
+    EXPECT_EQ(failure(music, "out.wav", {replace + clip}).text, clip + " holds no sound that can be decoded");
+    EXPECT_EQ(failure(music, "out.wav", {replace + "none.wav:audio_replace_path=" + music}).kind,
+              ErrorKind::Input);
+    m_options.effects = {aveffect::ParseEffect("gray", false)};
+    EXPECT_EQ(failure(music, "out.wav", {}).text,
+              m_directory / "out.wav" + " takes no pictures for the effect gray");
+    EXPECT_EQ(m_directory.Entries(), (std::vector<std::string>{"in.wav", "no.mkv"}));
+    m_options.effects.clear();
+
+    // A file that ends before its time: what there is, and a word.
+    const std::string cut = clips::MakeSound(m_directory / "cut.flac", "-sample_fmt s16");
+    const Samples whole = Decode(cut);
+    std::filesystem::resize_file(cut, std::filesystem::file_size(cut) * 3 / 4);
+    const auto damage = Render(cut, out, {kHalf}).inputDamage;
+    ASSERT_TRUE(damage);
+    EXPECT_EQ(damage->find("the clip ends early: at 0."), 0u) << *damage;
+    const Samples left = Decode(out);
+    EXPECT_GT(left.size(), 4000u);
+    EXPECT_EQ(left, Half(Part(whole, 0, static_cast<double>(left.size()) / 96000)));
+}
+
+} // namespace
