@@ -1,18 +1,11 @@
 #include "host/clip_scan.h"
 
 #include <algorithm>
-#include <sys/stat.h>
 
 #include "host/error.h"
 
 namespace aveffect {
 namespace {
-
-void RequireFile(const std::string& path) {
-    struct stat info = {};
-    if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode))
-        throw Error(ErrorKind::Input, path + " is no ordinary file; clips are read more than once here");
-}
 
 /// The end of a packet's picture in the file's times; absent when it says no time.
 std::optional<int64_t> PacketEnd(const AVPacket& packet, const AVStream& stream, AVRational rate) {
@@ -70,7 +63,7 @@ int64_t ClipScan::PicturesAt(AVRational wanted) const {
 ClipScan ScanClip(const std::string& url, const std::atomic<bool>& cancel) {
     ClipScan scan;
     scan.request = ParseSourceUrl(url);
-    RequireFile(scan.request.path);
+    RequireRereadable(scan.request.path);
     {
         Source source(scan.request, Source::Others::None, 1, cancel);
         scan.rate = source.FrameRate();

@@ -63,6 +63,12 @@ bool IsLocalPath(const std::string& path) {
     return path.find("://") == std::string::npos;
 }
 
+void RequireRereadable(const std::string& path) {
+    struct stat info = {};
+    if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode))
+        throw Error(ErrorKind::Input, path + " is no ordinary file; clips are read more than once here");
+}
+
 InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     CaptureLibraryLog();
     TakeLibraryError();

@@ -22,6 +22,9 @@ struct ReadInterrupt {
 /// Whether the text names a file of this machine rather than a protocol's resource.
 bool IsLocalPath(const std::string& path);
 
+/// Throws Error (Input) for pipes and devices, which can't be opened again.
+void RequireRereadable(const std::string& path);
+
 /// Opens a file (or a protocol URL) and finds out its streams. Throws Error (Input), one line that names the
 /// file.
 InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt);

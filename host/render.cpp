@@ -292,6 +292,7 @@ RenderResult Render(const Plugin& plugin, const RenderOptions& options, const Re
         OutputFile::Check(options.output, options.stereo.right, options.overwrite);
     if (plan.IsStill() && ChangesSound(options))
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");
+    if (ChangesSound(options)) RequireRereadable(options.input); // sound is read apart from the pictures
     if (IsSoundRender(options, plan, cancel)) return RenderSound(plugin, options, plan, observer, cancel);
     return RenderJob(plugin, options, std::move(plan), observer, cancel).Run();
 }

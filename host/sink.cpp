@@ -108,9 +108,6 @@ void Sink::AddLane(const Setup& setup, const AVStream* stream) {
         throw Error(ErrorKind::Usage, setup.request.path + " has no sound for " +
                                           setup.sound->effects.front().name + " to work on");
     m_lanes.push_back(std::make_unique<SoundLane>(*setup.sound, setup.plan, setup.request, stream, m_output));
-    if (!stream) return;
-    m_lanes.back()->Stream().disposition = stream->disposition;
-    CopyTags(&m_lanes.back()->Stream().metadata, stream->metadata);
 }
 
 void Sink::WritePicture(AVFramePtr picture) {

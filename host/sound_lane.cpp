@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "host/error.h"
+#include "host/stream_copy.h"
 
 namespace aveffect {
 
@@ -36,7 +37,7 @@ SoundShape BroughtShape(const SoundJob& job) {
 }
 
 SoundShape LaneShape(const SoundJob& job, const AVStream* input) {
-    const SoundShape shape = input ? ShapeOf(*input) : BroughtShape(job);
+    SoundShape shape = input ? ShapeOf(*input) : BroughtShape(job);
     if (shape.rate > 0) return shape;
     throw Error(ErrorKind::Input, "the sound tells no sample rate");
 }
@@ -69,6 +70,10 @@ SoundLane::SoundLane(const SoundJob& job, const OutputPlan& plan, const SourceRe
     , m_stream(output.AddStream(m_encoder.Context()))
     , m_packet(av_packet_alloc()) {
     if (!m_resampler || !m_packet) throw Error(ErrorKind::Output, "out of memory");
+    if (input) {
+        m_stream->disposition = input->disposition;
+        CopyTags(&m_stream->metadata, input->metadata);
+    }
     if (m_endless) return;
     SoundRequest request{source, job.start.value_or(Moment{}), m_shape, m_format};
     request.source.audioStream = input->index;

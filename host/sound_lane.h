@@ -29,12 +29,10 @@ struct SoundJob {
 /// Used by one thread at a time. Times count from the span's start.
 class SoundLane {
 public:
-    /// Opens decoder, effects and encoder and adds the stream to the output. Sound is read from the source,
-    /// apart from the pictures; there need be none for an endless job. Throws Error.
+    /// Opens decoder, effects and encoder and adds the stream to the output, with the input's tags. Sound is
+    /// read from the source, apart from the pictures; there need be none for an endless job. Throws Error.
     SoundLane(const SoundJob& job, const OutputPlan& plan, const SourceRequest& source, const AVStream* input,
               Container& output);
-
-    AVStream& Stream() noexcept { return *m_stream; }
 
     /// Encodes what ends by then.
     void WriteUntil(const Moment& end);

@@ -123,12 +123,10 @@ private:
             plugin, &manager, m_options.audioEffects, m_options.audioCodec, length, false, start,
             m_end,  m_cancel};
         std::vector<std::unique_ptr<SoundLane>> lanes;
-        for (const AVStream* stream : m_streams) {
+        lanes.reserve(m_streams.size());
+        for (const AVStream* stream : m_streams)
             lanes.push_back(
                 std::make_unique<SoundLane>(job, m_plan, SourceRequest{m_options.input}, stream, m_output));
-            lanes.back()->Stream().disposition = stream->disposition & ~AV_DISPOSITION_ATTACHED_PIC;
-            CopyTags(&lanes.back()->Stream().metadata, stream->metadata);
-        }
         m_output.Start(m_options.overwrite);
         RenderResult result;
         Moment written{-1};
