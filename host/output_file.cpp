@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <random>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -20,6 +22,7 @@ namespace fs = std::filesystem;
 
 constexpr int kBufferBytes = 256 * 1024;
 constexpr size_t kLongestName = 255;
+constexpr int kAttempts = 100; ///< to find a name that nobody has
 
 std::string RandomSuffix() {
     static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
@@ -29,6 +32,8 @@ std::string RandomSuffix() {
     std::ranges::generate(suffix, [&] { return kLetters[pick(device)]; });
     return suffix;
 }
+
+std::string DescriptorPath(int file) { return "/proc/self/fd/" + std::to_string(file); }
 
 std::string FollowLinks(const std::string& target) {
     std::error_code failed;
@@ -63,42 +68,62 @@ OutputFile::OutputFile(const std::string& target, bool overwrite)
     if (IsDevice(target)) {
         m_file = open(target.c_str(), O_WRONLY | O_CLOEXEC);
         if (m_file < 0) Fail("can't be opened", errno);
-    } else {
-        CreateTemporary();
+    } else if (!CreateNameless()) {
+        m_file = CreateTemporary();
     }
     try {
         OpenIo();
     } catch (...) {
-        close(m_file);
-        if (!m_temporary.empty()) unlink(m_temporary.c_str());
+        Discard();
         throw;
     }
 }
 
-OutputFile::~OutputFile() {
+OutputFile::~OutputFile() { Discard(); }
+
+void OutputFile::Discard() noexcept {
     if (m_file >= 0) close(m_file);
     if (!m_temporary.empty()) unlink(m_temporary.c_str());
 }
 
-void OutputFile::CreateTemporary() {
-    const fs::path resolved(m_resolved);
-    constexpr size_t kAround = sizeof "..XXXXXX.part" - 1;
-    const std::string name = resolved.filename().string().substr(0, kLongestName - kAround);
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        const std::string path =
-            (resolved.parent_path() / ("." + name + "." + RandomSuffix() + ".part")).string();
-        m_file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (m_file >= 0) {
+bool OutputFile::CreateNameless() {
+    const fs::path directory = fs::path(m_resolved).parent_path();
+    m_file = open(directory.empty() ? "." : directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+    if (m_file < 0) return false;
+    // Without /proc it could never be given a name.
+    m_nameless = access(DescriptorPath(m_file).c_str(), F_OK) == 0;
+    if (m_nameless)
+        TakePermissions(m_file);
+    else
+        close(std::exchange(m_file, -1));
+    return m_nameless;
+}
+
+int OutputFile::CreateTemporary() {
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const std::string path = TemporaryPath();
+        const int file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file >= 0) {
             m_temporary = path;
-            struct stat replaced = {};
-            // A replaced file's permissions stay; where that isn't allowed the new file's are as good.
-            if (stat(m_resolved.c_str(), &replaced) == 0 && fchmod(m_file, replaced.st_mode & 07777) != 0)
-                errno = 0;
-            return;
+            TakePermissions(file);
+            return file;
         }
         if (errno != EEXIST) break;
     }
     Fail("can't be written", errno);
+}
+
+std::string OutputFile::TemporaryPath() const {
+    const fs::path resolved(m_resolved);
+    constexpr size_t kAround = sizeof "..XXXXXX.part" - 1;
+    const std::string name = resolved.filename().string().substr(0, kLongestName - kAround);
+    return (resolved.parent_path() / ("." + name + "." + RandomSuffix() + ".part")).string();
+}
+
+// A replaced file's permissions stay; where that isn't allowed the new file's are as good.
+void OutputFile::TakePermissions(int file) const {
+    struct stat replaced = {};
+    if (stat(m_resolved.c_str(), &replaced) == 0 && fchmod(file, replaced.st_mode & 07777) != 0) errno = 0;
 }
 
 void OutputFile::OpenIo() {
@@ -146,11 +171,48 @@ void OutputFile::Require(int code, const char* doing) {
 void OutputFile::Publish() {
     avio_flush(m_io.get());
     Require(m_io->error, "can't be written");
-    const int file = std::exchange(m_file, -1);
-    if (close(file) != 0) Fail("can't be written", errno);
-    if (m_temporary.empty()) return;
-    Rename();
+    Settle();
+    if (m_nameless) GiveName();
+    if (!m_temporary.empty()) Rename();
     m_temporary.clear();
+}
+
+// Some file systems say what they could not write only when a descriptor is closed; any will do.
+void OutputFile::Settle() const {
+    const int second = dup(m_file);
+    if (second < 0 || close(second) != 0) Fail("can't be written", errno);
+}
+
+// A link replaces nothing: it takes the target's name if that is free, else one that can be renamed.
+void OutputFile::GiveName() {
+    int error = LinkTo(m_resolved);
+    if (error == 0) return;
+    if (error == EEXIST && !m_overwrite) FailExists();
+    for (int attempt = 0; attempt < kAttempts && error == EEXIST; ++attempt) {
+        const std::string path = TemporaryPath();
+        error = LinkTo(path);
+        if (error == 0) m_temporary = path;
+    }
+    if (error != 0) CopyToTemporary();
+}
+
+int OutputFile::LinkTo(const std::string& path) const {
+    const std::string from = DescriptorPath(m_file);
+    const bool linked = linkat(AT_FDCWD, from.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    return linked ? 0 : errno;
+}
+
+// The work of hours isn't lost where files may be made but not linked.
+void OutputFile::CopyToTemporary() {
+    const int nameless = std::exchange(m_file, CreateTemporary());
+    off_t done = 0;
+    ssize_t copied = 0;
+    do copied = sendfile(m_file, nameless, &done, INT_MAX);
+    while (copied > 0);
+    const int error = errno;
+    close(nameless);
+    if (copied < 0) Fail("can't be written", error);
+    Settle();
 }
 
 void OutputFile::Rename() {
@@ -170,8 +232,12 @@ void OutputFile::Rename() {
         if (access(to, F_OK) != 0 && rename(from, to) == 0) return;
         errno = EEXIST;
     }
-    if (errno == EEXIST) throw Error(ErrorKind::Output, m_target + " exists; --overwrite replaces it");
+    if (errno == EEXIST) FailExists();
     Fail("can't be written", errno);
+}
+
+void OutputFile::FailExists() const {
+    throw Error(ErrorKind::Output, m_target + " exists; --overwrite replaces it");
 }
 
 void OutputFile::Fail(const char* doing, int error) const {

@@ -7,9 +7,10 @@
 
 namespace aveffect {
 
-/// Writes to a temporary file beside the target (".NAME.XXXXXX.part"), which is renamed to the target by
-/// Publish() and removed by the destructor otherwise. Devices and pipes are written to directly. Used by one
-/// thread at a time.
+/// Writes to a file without a name in the target's directory, which Publish() links to the target and which
+/// is gone when the program ends before, however it ends. Where the file system has no such files it is a
+/// hidden one (".NAME.XXXXXX.part"), renamed by Publish() and removed by the destructor otherwise. Devices
+/// and pipes are written to directly. Used by one thread at a time.
 class OutputFile {
 public:
     /// Refuses a target that exists unless overwrite is set, and one that is the input itself in any case.
@@ -19,7 +20,7 @@ public:
     /// Whether the target exists and is no ordinary file.
     static bool IsDevice(const std::string& target);
 
-    /// Creates the temporary file. Throws Error (Output).
+    /// Creates the file. Throws Error (Output).
     OutputFile(const std::string& target, bool overwrite);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -32,8 +33,8 @@ public:
     /// negative.
     void Require(int code, const char* doing);
 
-    /// Writes what is buffered, closes the file and gives it its name, in one step: no other program's file
-    /// is replaced unless overwrite is set, whenever it came into being. Throws Error (Output).
+    /// Writes what is buffered and gives the file its name, in one step: no other program's file is replaced
+    /// unless overwrite is set, whenever it came into being. Throws Error (Output).
     void Publish();
 
 private:
@@ -43,16 +44,26 @@ private:
             avio_context_free(&io);
         }
     };
-    void CreateTemporary();
+    bool CreateNameless();
+    int CreateTemporary();
+    std::string TemporaryPath() const;
+    void TakePermissions(int file) const;
     void OpenIo();
+    void Settle() const;
+    int LinkTo(const std::string& path) const;
+    void GiveName();
+    void CopyToTemporary();
     void Rename();
+    void Discard() noexcept;
+    [[noreturn]] void FailExists() const;
     [[noreturn]] void Fail(const char* doing, int error) const;
     static int Write(void* self, uint8_t* data, int bytes);
     static int64_t Seek(void* self, int64_t offset, int whence);
 
-    std::string m_target;   ///< as the user wrote it
-    std::string m_resolved; ///< symbolic links followed
-    std::string m_temporary;
+    std::string m_target;    ///< as the user wrote it
+    std::string m_resolved;  ///< symbolic links followed
+    std::string m_temporary; ///< the file's name while it has another one than the target's
+    bool m_nameless = false;
     bool m_overwrite;
     int m_file = -1;
     int m_error = 0; ///< errno of the first write that failed
