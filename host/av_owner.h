@@ -11,7 +11,14 @@ extern "C" {
 
 namespace aveffect {
 
+/// Of what OpenDeviceInput() gives.
+struct DeviceInputDeleter {
+    void operator()(AVIOContext* io) const noexcept;
+};
+using DeviceInputPtr = std::unique_ptr<AVIOContext, DeviceInputDeleter>;
+
 struct InputContextDeleter {
+    DeviceInputPtr device; ///< that the input reads from, if any; closed after it
     void operator()(AVFormatContext* context) const noexcept { avformat_close_input(&context); }
 };
 using InputContextPtr = std::unique_ptr<AVFormatContext, InputContextDeleter>;

@@ -38,8 +38,8 @@ AVStream* Container::AddStream(const AVCodecContext& encoder) {
     return stream;
 }
 
-void Container::Start(bool overwrite) {
-    m_file = std::make_unique<OutputFile>(m_target, overwrite);
+void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
+    m_file = std::make_unique<OutputFile>(m_target, overwrite, cancel);
     m_output->pb = m_file->Io();
     m_output->flags |= AVFMT_FLAG_CUSTOM_IO;
     TakeLibraryError();

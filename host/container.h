@@ -1,5 +1,6 @@
 #pragma once
 /// The output's container file: streams, header, packets, end.
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -21,8 +22,8 @@ public:
     /// A stream of what the encoder gives out, in the encoder's time base.
     AVStream* AddStream(const AVCodecContext& encoder);
 
-    /// Creates the file and writes its header.
-    void Start(bool overwrite);
+    /// Creates the file and writes its header. The flag, which outlives the container, ends all waiting.
+    void Start(bool overwrite, const std::atomic<bool>& cancel);
     /// Takes the packet, whose stream_index and times are the container's.
     void Write(AVPacket* packet);
     /// Writes the container's end.

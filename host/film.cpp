@@ -11,7 +11,7 @@ namespace aveffect {
 
 using mediabridge::AVFramePtr;
 
-Film::Film(FilmSetup setup, const AVFrame& sample)
+Film::Film(FilmSetup setup, const AVFrame& sample, const std::atomic<bool>& cancel)
     : m_setup(std::move(setup))
     , m_clock(av_inv_q(m_setup.rate), {m_setup.rate, true}, m_setup.plan.NeedsConstantRate(),
               m_setup.plan.LargestDenominator())
@@ -22,7 +22,7 @@ Film::Film(FilmSetup setup, const AVFrame& sample)
     m_pictureStream = m_output.AddStream(m_encoder.Context());
     if (m_setup.sound) m_soundStream = m_output.AddStream(m_setup.sound->encoder->Context());
     m_soundDone = !m_setup.sound;
-    m_output.Start(m_setup.overwrite);
+    m_output.Start(m_setup.overwrite, cancel);
 }
 
 template <typename AnyEncoder>
@@ -73,7 +73,7 @@ std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, Pi
                                Reporter& reporter, const std::atomic<bool>& cancel) {
     ProgressMeter progress(reporter, pictures.count);
     AVFramePtr first = stage.ConvertForEncoder(pictures.draw(0));
-    auto film = std::make_unique<Film>(std::move(setup), *first);
+    auto film = std::make_unique<Film>(std::move(setup), *first, cancel);
     film->WritePicture(std::move(first));
 
     BoundedQueue<AVFramePtr> drawn(kQueueWeight);

@@ -30,8 +30,8 @@ struct FilmSetup {
 class Film {
 public:
     /// Opens the encoder for pictures like the sample, which has its format, creates the file and writes its
-    /// header. Throws Error (Usage, Output).
-    Film(FilmSetup setup, const AVFrame& sample);
+    /// header. Throws Error (Usage, Output, Interrupted).
+    Film(FilmSetup setup, const AVFrame& sample, const std::atomic<bool>& cancel);
 
     /// Encodes the next picture and the sound that lies beside it.
     void WritePicture(mediabridge::AVFramePtr picture);

@@ -6,7 +6,9 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
+#include "host/device.h"
 #include "host/error.h"
 #include "host/log_capture.h"
 
@@ -64,8 +66,7 @@ bool IsLocalPath(const std::string& path) {
 }
 
 void RequireRereadable(const std::string& path) {
-    struct stat info = {};
-    if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode))
+    if (IsDevice(path))
         throw Error(ErrorKind::Input, path + " is no ordinary file; clips are read more than once here");
 }
 
@@ -76,9 +77,11 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     // A pattern of numbered pictures ("shot%03d.png") is no file of its own but opens as one clip.
     if (local && !(av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0)) CheckFile(path);
 
+    DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
     AVFormatContext* context = avformat_alloc_context();
     if (!context) throw Error(ErrorKind::Input, path + ": out of memory");
     context->interrupt_callback = interrupt.Callback();
+    context->pb = device.get();
     // The prefix keeps a name like "a:b.mp4" from being taken for a protocol.
     const std::string url = local ? "file:" + path : path;
     int code = avformat_open_input(&context, url.c_str(), nullptr, nullptr); // frees the context on failure
@@ -86,7 +89,7 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
         if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
         ThrowNoMedia(path, code);
     }
-    InputContextPtr input(context);
+    InputContextPtr input(context, InputContextDeleter{std::move(device)});
     // Plain text opens as a terminal recording, which nobody means.
     if (std::string_view(context->iformat->name) == "tty") ThrowNoMedia(path, AVERROR_INVALIDDATA);
     code = avformat_find_stream_info(context, nullptr);

@@ -13,6 +13,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "host/device.h"
 #include "host/error.h"
 
 namespace aveffect {
@@ -44,11 +45,6 @@ std::string FollowLinks(const std::string& target) {
 
 } // namespace
 
-bool OutputFile::IsDevice(const std::string& target) {
-    struct stat info = {};
-    return stat(target.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
-}
-
 void OutputFile::Check(const std::string& target, const std::string& input, bool overwrite) {
     struct stat info = {};
     if (target.empty()) throw Error(ErrorKind::Output, "the output has no name");
@@ -61,12 +57,13 @@ void OutputFile::Check(const std::string& target, const std::string& input, bool
     if (!overwrite) throw Error(ErrorKind::Output, target + " exists; --overwrite replaces it");
 }
 
-OutputFile::OutputFile(const std::string& target, bool overwrite)
+OutputFile::OutputFile(const std::string& target, bool overwrite, const std::atomic<bool>& cancel)
     : m_target(target)
     , m_resolved(FollowLinks(target))
-    , m_overwrite(overwrite) {
+    , m_overwrite(overwrite)
+    , m_cancel(cancel) {
     if (IsDevice(target)) {
-        m_file = open(target.c_str(), O_WRONLY | O_CLOEXEC);
+        m_file = OpenDeviceOutput(target, cancel);
         if (m_file < 0) Fail("can't be opened", errno);
     } else if (!CreateNameless()) {
         m_file = CreateTemporary();
@@ -144,6 +141,10 @@ int OutputFile::Write(void* self, uint8_t* data, int bytes) {
     for (int done = 0; done < bytes;) {
         const ssize_t written = write(file->m_file, data + done, static_cast<size_t>(bytes - done));
         if (written < 0 && errno == EINTR) continue;
+        if (written < 0 && errno == EAGAIN) {
+            if (WaitForRoom(file->m_file, file->m_cancel)) continue;
+            errno = ECANCELED;
+        }
         if (written < 0) {
             if (!file->m_error) file->m_error = errno;
             return AVERROR(errno);
@@ -241,6 +242,8 @@ void OutputFile::FailExists() const {
 }
 
 void OutputFile::Fail(const char* doing, int error) const {
+    if (error == ECANCELED && m_cancel.load())
+        throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
     throw Error(ErrorKind::Output, m_target + " " + doing + ": " + std::strerror(error));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 /// A file that appears under its name only when it is whole.
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -17,11 +18,9 @@ public:
     /// Throws Error (Output). Writes nothing yet.
     static void Check(const std::string& target, const std::string& input, bool overwrite);
 
-    /// Whether the target exists and is no ordinary file.
-    static bool IsDevice(const std::string& target);
-
-    /// Creates the file. Throws Error (Output).
-    OutputFile(const std::string& target, bool overwrite);
+    /// Creates the file. The flag, which outlives it, ends the wait for the reader of a pipe. Throws Error
+    /// (Output, Interrupted).
+    OutputFile(const std::string& target, bool overwrite, const std::atomic<bool>& cancel);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -29,8 +28,8 @@ public:
     /// The file as the container library writes to it; this object's.
     AVIOContext* Io() noexcept { return m_io.get(); }
 
-    /// Throws Error (Output) when any write has failed so far; otherwise with the code's text when code is
-    /// negative.
+    /// Throws Error (Output, Interrupted) when any write has failed so far; otherwise with the code's text
+    /// when code is negative.
     void Require(int code, const char* doing);
 
     /// Writes what is buffered and gives the file its name, in one step: no other program's file is replaced
@@ -65,6 +64,7 @@ private:
     std::string m_temporary; ///< the file's name while it has another one than the target's
     bool m_nameless = false;
     bool m_overwrite;
+    const std::atomic<bool>& m_cancel;
     int m_file = -1;
     int m_error = 0; ///< errno of the first write that failed
     std::unique_ptr<AVIOContext, IoDeleter> m_io;

@@ -11,9 +11,9 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include "host/device.h"
 #include "host/error.h"
 #include "host/log_capture.h"
-#include "host/output_file.h"
 
 namespace aveffect {
 namespace {
@@ -64,7 +64,7 @@ const StillFormat* FindStill(const std::string& target) {
 
 const AVOutputFormat* FindMuxer(const std::string& target) {
     const AVOutputFormat* muxer = av_guess_format(nullptr, target.c_str(), nullptr);
-    if (!muxer && OutputFile::IsDevice(target)) muxer = av_guess_format("matroska", nullptr, nullptr);
+    if (!muxer && IsDevice(target)) muxer = av_guess_format("matroska", nullptr, nullptr);
     if (!muxer) ThrowUnknownExtension(target, false);
     const bool holdsSomething =
         muxer->video_codec != AV_CODEC_ID_NONE || muxer->audio_codec != AV_CODEC_ID_NONE;

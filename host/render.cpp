@@ -111,7 +111,7 @@ public:
         m_sink = std::make_unique<Sink>(Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite,
                                                     !m_turn.empty(), m_request, m_sound ? &*m_sound : nullptr,
                                                     m_chain.Stereo()},
-                                        *first, m_reporter);
+                                        *first, m_reporter, m_cancel);
         m_head.push_back({std::move(first), nullptr});
         RunStages();
         CheckCancel(m_cancel);

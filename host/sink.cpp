@@ -47,7 +47,7 @@ void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool wi
 
 } // namespace
 
-Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter)
+Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter, const std::atomic<bool>& cancel)
     : m_source(setup.source)
     , m_soundEnd(setup.sound ? setup.sound->end : std::nullopt)
     , m_soundEndsWithPictures(setup.limits.frameLimit || (setup.sound && setup.sound->endless))
@@ -62,7 +62,7 @@ Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter)
     MapStreams(setup, reporter);
     CopyTags(&m_output.Format().metadata, m_source.Format().metadata);
     CopyChapters(m_output, m_source.Format(), setup.limits);
-    m_output.Start(setup.overwrite);
+    m_output.Start(setup.overwrite, cancel);
 }
 
 void Sink::AddPictureStream(const Setup& setup) {
@@ -169,7 +169,7 @@ void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, cons
             throw Error(ErrorKind::Output, plan.target + ": the encoder gave nothing out");
     }
     if (cancel.load()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
-    OutputFile file(plan.target, overwrite);
+    OutputFile file(plan.target, overwrite, cancel);
     avio_write(file.Io(), packet->data, packet->size);
     file.Publish();
 }

@@ -31,8 +31,9 @@ public:
     };
 
     /// Opens the encoder for pictures like the sample, creates the file and writes its header. The source
-    /// outlives the sink. Throws Error: Usage for an encoder or a copied stream that does not fit, Output.
-    Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter);
+    /// outlives the sink. Throws Error: Usage for an encoder or a copied stream that does not fit, Output,
+    /// Interrupted.
+    Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter, const std::atomic<bool>& cancel);
 
     /// Encodes a picture; pts and pkt_duration as SpanReader gives them.
     void WritePicture(mediabridge::AVFramePtr picture);

@@ -127,7 +127,7 @@ private:
         for (const AVStream* stream : m_streams)
             lanes.push_back(
                 std::make_unique<SoundLane>(job, m_plan, SourceRequest{m_options.input}, stream, m_output));
-        m_output.Start(m_options.overwrite);
+        m_output.Start(m_options.overwrite, m_cancel);
         RenderResult result;
         Moment written{-1};
         for (int64_t piece = 1;; ++piece) {
@@ -177,7 +177,7 @@ private:
             RequireCopy(*stream);
             targets[static_cast<size_t>(stream->index)] = AddCopiedStream(m_output, *stream);
         }
-        m_output.Start(m_options.overwrite);
+        m_output.Start(m_options.overwrite, m_cancel);
         const mediabridge::AVPacketPtr packet(av_packet_alloc());
         if (!packet) throw Error(ErrorKind::Output, "out of memory");
         Moment end;
