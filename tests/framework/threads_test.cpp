@@ -95,14 +95,14 @@ TEST(Event, LetsWaitersThroughAndResetsItself) {
 TEST(EventDeathTest, GivesUpAtOnceAndKeepsItsLock) {
     const auto event = std::make_unique<CXEvent>(false, true);
     event->Reset();
-    EXPECT_EXIT(RunWithAlarm([&] {
-                    const double waited = MillisecondsOf([&] {
-                        if (event->Wait(5000)) _exit(1);
-                    });
-                    if (waited > 100) _exit(2);
-                    event->Set(); // hangs
-                }),
-                testing::KilledBySignal(SIGALRM), "");
+    const auto body = [&] {
+        const double waited = MillisecondsOf([&] {
+            if (event->Wait(5000)) _exit(1);
+        });
+        if (waited > 4000) _exit(2);
+        RunWithAlarm([&] { event->Set(); }); // hangs
+    };
+    EXPECT_EXIT(body(), testing::KilledBySignal(SIGALRM), "");
 }
 
 class Worker final : public CBaseToolThread {
