@@ -23,6 +23,7 @@ void CatchInterruptions() {
     struct sigaction action {};
     // No SA_RESTART: waiting for a pipe that nobody writes to has to end too.
     action.sa_handler = Note;
+    sigfillset(&action.sa_mask); // the first one that comes is the first one noted
     for (const int signal :
          {SIGINT, SIGTERM, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU, SIGVTALRM, SIGPROF, SIGPOLL})
         sigaction(signal, &action, nullptr);

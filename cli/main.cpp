@@ -36,7 +36,10 @@ Failure CurrentFailure() {
     try {
         throw;
     } catch (const Error& error) {
-        return {error.what(), ExitCodeFor(error.Kind(), InterruptingSignal())};
+        // Whatever fails behind a signal may do so because of it: reading that was given up looks like
+        // damage.
+        const int signal = InterruptingSignal();
+        return {error.what(), ExitCodeFor(signal != 0 ? ErrorKind::Interrupted : error.Kind(), signal)};
     } catch (const std::bad_alloc&) {
         return {"out of memory", kUnexpected};
     } catch (const std::exception& error) {

@@ -1,5 +1,7 @@
 #pragma once
 /// The host's media access for processors: IAVManager on libavformat and libavcodec.
+#include <atomic>
+
 #include "aveffect/media.h"
 
 namespace aveffect {
@@ -9,11 +11,18 @@ namespace aveffect {
 /// the file (bit 29 of the number is a flag and not part of the index). Pictures come in the frame table's
 /// nearest format, sound in one of the boundary's sample formats.
 ///
-/// Stateless; different threads may open sources at the same time. Readers outlive it safely.
+/// Different threads may open sources at the same time. Readers outlive it safely.
 class MediaManager final : public AVBased::IAVManager {
 public:
+    /// The flag, if any, ends all waiting for sources; it outlives the manager and its readers.
+    explicit MediaManager(const std::atomic<bool>* cancel = nullptr)
+        : m_cancel(cancel) {}
+
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
                                    unsigned* height, unsigned* duration) override;
+
+private:
+    const std::atomic<bool>* m_cancel;
 };
 
 } // namespace aveffect

@@ -6,6 +6,7 @@
 
 #include "host/error.h"
 #include "host/error_record.h"
+#include "host/stages.h"
 #include "host/working_format.h"
 #include "mediabridge/pixel_formats.h"
 
@@ -19,8 +20,9 @@ constexpr uint32_t kVideoItem = 1;
 constexpr uint32_t kAudioItem = 2;
 } // namespace
 
-MediaReader::MediaReader(const std::string& url)
-    : m_packet(av_packet_alloc()) {
+MediaReader::MediaReader(const std::string& url, const std::atomic<bool>* cancel)
+    : m_interrupt{cancel, std::nullopt}
+    , m_packet(av_packet_alloc()) {
     const SourceRequest request = ParseSourceUrl(url);
     m_path = request.path;
     m_input = OpenInput(m_path, m_interrupt);
@@ -80,6 +82,7 @@ bool MediaReader::ReadPacket(bool wantsVideo) {
     av_packet_unref(m_packet.get());
     const int code = av_read_frame(m_input.get(), m_packet.get());
     if (code < 0) {
+        if (m_interrupt.cancel) CheckCancel(*m_interrupt.cancel);
         if (m_interrupt.Due()) throw Error(ErrorKind::Input, m_path + ": reading took longer than allowed");
         return false;
     }

@@ -20,8 +20,8 @@ namespace aveffect {
 /// of square pixels. On the heap; Release() frees it.
 class MediaReader final : public AVBased::IAVReader {
 public:
-    /// Throws Error (Input).
-    explicit MediaReader(const std::string& url);
+    /// The flag, if any, ends all waiting. Throws Error (Input, Interrupted).
+    MediaReader(const std::string& url, const std::atomic<bool>* cancel);
 
     bool ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeout) override;
     bool Seek(unsigned milliseconds) override;

@@ -33,7 +33,7 @@ std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan&
 
 RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPictures& pictures, AVFramePtr look,
                         Reporter& reporter, const std::atomic<bool>& cancel) {
-    MediaManager manager;
+    MediaManager manager(&cancel);
     EffectChain none(plugin, &manager, {}, 0);
     PictureStage stage(none, "auto", "", reporter);
     const AVFramePtr seen = stage.ApplyEffects(std::move(look), 0, 0);

@@ -247,7 +247,7 @@ private:
     SpanReader m_span;
     const AVRational m_base; ///< of the pictures' times
     ProgressMeter m_progress;
-    MediaManager m_manager;
+    MediaManager m_manager{&m_cancel};
     const uint32_t m_length; ///< that the effects are told of
     EffectChain m_chain;
     std::unique_ptr<ViewPairs> m_pairs;
@@ -308,7 +308,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     if (source.EndMs() && options.atMs > 0 && options.atMs >= *source.EndMs())
         throw Error(ErrorKind::Usage, SecondsText(options.atMs) + " is beyond the end of " + options.input +
                                           ", which lasts " + SecondsText(*source.EndMs()));
-    MediaManager manager;
+    MediaManager manager(&cancel);
     const uint32_t length = EffectLength(source.EndMs(), source, reporter);
     EffectChain chain(plugin, &manager, options.effects, length);
     const auto pairs = PairsFor(plugin, &manager, options.effects, length, options.stereo);

@@ -60,7 +60,7 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
     const OutputPlan plan = PlanStill(options.output);
     for (const std::string& input : {options.first, options.second})
         OutputFile::Check(options.output, ParseSourceUrl(input).path, options.overwrite);
-    MediaManager manager;
+    MediaManager manager(&cancel);
     const PictureSize first = RequirePicture(manager, options.first);
     RequirePicture(manager, options.second);
     const PictureSize tile = options.tile.value_or(TileSize(first));

@@ -44,6 +44,7 @@ public:
     StillTransition(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
                     const std::atomic<bool>& cancel)
         : m_options(options)
+        , m_manager(&cancel)
         , m_canvas(MakeCanvas())
         , m_rate(NearestRate(plan, RateOf(options, cancel)))
         , m_marks(MarksOf(options, m_rate))
