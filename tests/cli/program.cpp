@@ -1,13 +1,17 @@
 #include "tests/cli/program.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <poll.h>
 #include <stdexcept>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace test {
@@ -15,6 +19,8 @@ namespace test {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr int kMinuteMs = 60000;
 
 /// A new empty directory.
 fs::path MakeDirectory() {
@@ -55,15 +61,54 @@ RunningProgram::~RunningProgram() {
     fs::remove_all(m_files.parent_path());
 }
 
-void RunningProgram::Signal(int signal) const { kill(m_process, signal); }
+bool RunningProgram::Becomes(const std::function<bool()>& state) const {
+    for (int turn = 0; turn < kMinuteMs; ++turn) {
+        if (state()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return false;
+}
+
+void RunningProgram::Signal(int signal) const {
+    const fs::path status = "/proc/" + std::to_string(m_process) + "/status";
+    kill(m_process, signal);
+    EXPECT_TRUE(Becomes([&] {
+        const std::string text = ReadFile(status);
+        if (text.find("State:\tZ") != std::string::npos) return true;
+        const size_t pending = text.find("ShdPnd:\t") + 8;
+        return (std::stoull(text.substr(pending, 16), nullptr, 16) >> (signal - 1) & 1) == 0;
+    })) << "signal "
+        << signal << " waits";
+}
+
+void RunningProgram::AwaitOutput(const std::string& text) const {
+    EXPECT_TRUE(Becomes([&] { return Output().find(text) != std::string::npos; })) << text;
+}
 
 std::string RunningProgram::Output() const { return ReadFile(m_files.string() + ".out"); }
 
+void RunningProgram::AwaitOpen(const fs::path& file) const {
+    const fs::path descriptors = "/proc/" + std::to_string(m_process) + "/fd";
+    EXPECT_TRUE(Becomes([&] {
+        std::error_code gone;
+        for (const auto& each : fs::directory_iterator(descriptors, gone))
+            if (fs::read_symlink(each.path(), gone) == file) return true;
+        return false;
+    })) << file;
+}
+
 Outcome RunningProgram::Wait() {
+    pollfd end{static_cast<int>(syscall(SYS_pidfd_open, m_process, 0)), POLLIN, 0};
+    if (poll(&end, 1, kMinuteMs) == 0) {
+        ADD_FAILURE() << "the program still runs after a minute";
+        Signal(SIGKILL);
+    }
+    close(end.fd);
     int status = 0;
     waitpid(m_process, &status, 0);
     m_process = -1;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Output(), ReadFile(m_files.string() + ".err")};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), Output(),
+            ReadFile(m_files.string() + ".err")};
 }
 
 ProgramTest::ProgramTest()

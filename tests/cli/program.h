@@ -1,6 +1,7 @@
 #pragma once
 /// Running programs, the one under test and the tools that make its clips, in a directory that goes away.
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,7 @@
 namespace test {
 
 struct Outcome {
-    int exitCode = -1; ///< -1 when a signal ended the program
+    int exitCode = -1; ///< when a signal ended the program: its number, negative
     std::string output;
     std::string messages;
 };
@@ -22,12 +23,18 @@ public:
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
 
+    /// Returns once the signal has reached the program, or it has ended.
     void Signal(int signal) const;
-    /// What was written to standard output so far.
-    std::string Output() const;
+    /// Return once the program has written this, and once it has the file open.
+    void AwaitOutput(const std::string& text) const;
+    void AwaitOpen(const std::filesystem::path& file) const;
+    /// The test fails when the program takes longer than a minute.
     Outcome Wait();
 
 private:
+    std::string Output() const;
+    bool Becomes(const std::function<bool()>& state) const; ///< within a minute
+
     std::filesystem::path m_files; ///< ".out" and ".err" are added
     int m_process = -1;
 };

@@ -1,9 +1,7 @@
 // The program renders clips and pictures, in order, and stops when asked.
-#include <chrono>
 #include <csignal>
 #include <sstream>
 #include <sys/stat.h>
-#include <thread>
 
 #include <nlohmann/json.hpp>
 
@@ -32,15 +30,8 @@ protected:
             AveffectCommand({"render", "in.mkv", "out.mkv", "-e", "simple_gauss_blur:blur_count=2000",
                              "--progress", "json"}),
             m_directory);
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (program.Output().find("\"running\"") == std::string::npos &&
-               std::chrono::steady_clock::now() < deadline)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        for (const int signal : signals) {
-            program.Signal(signal);
-            // Signals that wait together may be delivered in another order.
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
+        program.AwaitOutput("\"running\"");
+        for (const int signal : signals) program.Signal(signal);
         return program.Wait();
     }
 };
@@ -175,7 +166,7 @@ TEST_F(RenderProgram, SignalEndsTheWaitForAnInput) {
     ASSERT_EQ(mkfifo(Path("in.mkv").c_str(), 0600), 0);
     for (const char* command : {"render", "frame"}) {
         test::RunningProgram program(AveffectCommand({command, "in.mkv", "out.png"}), m_directory);
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        program.AwaitOpen(Path("in.mkv"));
         program.Signal(SIGTERM);
         EXPECT_EQ(program.Wait().exitCode, 143) << command;
         EXPECT_EQ(Names(), Strings{"in.mkv"});

@@ -1,11 +1,16 @@
-// The program on damaged files, under signals, and against itself: one line and an exit code, and nothing but
-// whole files under their final names. AVEFFECT_SOAK=1 tries every percent and many more moments.
+// The program on damaged files, on disks that fill up, under signals, at pipes that stand still, and against
+// itself: one line and an exit code, nothing but whole files under their final names and nothing beside them,
+// and always an end. AVEFFECT_SOAK=1 tries every percent and many more moments.
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <random>
+#include <set>
+#include <sstream>
 #include <thread>
 
 #include "tests/cli/program.h"
@@ -13,6 +18,9 @@
 namespace {
 
 using test::Outcome;
+using test::ReadFile;
+using test::RunningProgram;
+using test::WriteFile;
 using Strings = std::vector<std::string>;
 
 bool Soaks() {
@@ -20,93 +28,275 @@ bool Soaks() {
     return text && std::string(text) == "1";
 }
 
+Strings Words(const std::string& line) {
+    std::istringstream text(line);
+    return {std::istream_iterator<std::string>(text), {}};
+}
+
+std::string WithoutWarnings(const std::string& messages) {
+    std::istringstream lines(messages);
+    std::string rest;
+    for (std::string line; std::getline(lines, line);)
+        if (line.rfind("aveffect: warning: ", 0) != 0) rest += line + "\n";
+    return rest;
+}
+
 class HardTimes : public test::ProgramTest {
 protected:
-    void Write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(Path(name), std::ios::binary) << bytes;
+    HardTimes() {
+        // Signals mean what they usually mean, and libraries may stand before the sanitizer's.
+        setenv("ASAN_OPTIONS", "verify_asan_link_order=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0", 1);
+        MakeStill("good.png", "408020");
+        // The index lies in front, so that what is cut off is missed late.
+        Make("good.mp4", "-c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac -movflags +faststart");
+        m_kept = Names();
+        const int file = open(m_directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+        m_nameless = file >= 0;
+        close(file);
     }
 
-    // A clip with sound that fails early in the file when it is cut: the index lies in front.
-    std::string MakeMp4(const std::string& name) const {
-        Ffmpeg({"-f", "lavfi", "-i", "testsrc2=s=96x64:r=10:d=1.5", "-f", "lavfi", "-i", "sine=d=1.5", "-c:v",
-                "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p", "-c:a", "aac", "-movflags",
-                "+faststart", Path(name)});
-        return test::ReadFile(Path(name));
+    /// A clip of a second and a half, with sound.
+    void Make(const std::string& name, const std::string& options) const {
+        Strings arguments =
+            Words("-f lavfi -i testsrc2=s=96x64:r=10:d=1.5 -f lavfi -i sine=d=1.5 " + options);
+        arguments.push_back(name);
+        Ffmpeg(arguments);
     }
 
-    // Runs a render of in.bin that may go well, end early or fail, as the file is.
-    void TryDamaged(const std::string& bytes, const std::string& what) const {
-        Write("in.bin", bytes);
-        const Outcome outcome = Aveffect({"render", "in.bin", "out.mkv", "-e", "invert"});
+    Outcome Run(const std::string& command) const { return Aveffect(Words(command)); }
+
+    /// Runs with the library that makes the disk poor.
+    Outcome RunOn(const std::string& disk, const std::string& command) const {
+        Strings words = AveffectCommand(Words(command));
+        words.insert(words.begin(), {"env", "LD_PRELOAD=" POOR_DISK, "POOR_DISK=" + disk});
+        return RunningProgram(words, m_directory).Wait();
+    }
+
+    /// The run said one line at most, ended in one of these ways, and left the output alone, whole, if it
+    /// made one. Says whether it did, and removes it.
+    bool EndsWell(const Outcome& outcome, const std::set<int>& exitCodes, const std::string& output) const {
         const bool made = outcome.exitCode == 0 || outcome.exitCode == 6;
-        EXPECT_TRUE(made || outcome.exitCode == 3 || outcome.exitCode == 5)
-            << what << ": " << outcome.exitCode;
-        EXPECT_TRUE(outcome.exitCode == 0 || test::IsOneMessage(outcome.messages))
-            << what << ": " << outcome.messages;
+        EXPECT_TRUE(exitCodes.count(outcome.exitCode)) << outcome.exitCode << " " << outcome.messages;
+        const std::string said = WithoutWarnings(outcome.messages);
+        if (outcome.exitCode > 0) {
+            EXPECT_TRUE(test::IsOneMessage(said));
+        } else {
+            EXPECT_EQ(said, "");
+        }
         Strings names = Names();
-        EXPECT_EQ(std::erase(names, "out.mkv"), made ? 1u : 0u) << what;
-        EXPECT_EQ(names, Strings{"in.bin"}) << what;
-        if (made) Pixels("out.mkv"); // whole, or ffmpeg fails the test
-        std::filesystem::remove(Path("out.mkv"));
+        EXPECT_EQ(std::erase(names, output), made ? 1u : 0u) << outcome.exitCode;
+        if (outcome.exitCode >= 0 || m_nameless) {
+            EXPECT_EQ(names, m_kept);
+        }
+        if (made) Pixels(output); // ffmpeg fails the test when it isn't whole
+        for (const std::string& name : Names())
+            if (std::find(m_kept.begin(), m_kept.end(), name) == m_kept.end())
+                std::filesystem::remove(Path(name));
+        return made;
+    }
+
+    bool m_nameless = false; ///< without such files a killed program leaves the one that it wrote
+    Strings m_kept;          ///< what has to be in the directory after every run
+};
+
+struct Media {
+    const char *name, *options;
+    const char* uses; ///< clip, still, sound
+};
+
+void PrintTo(const Media& media, std::ostream* stream) { *stream << media.name; }
+
+constexpr Media kMedia[] = {
+    {"bad.mp4", "-c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac -movflags +faststart",
+     "clip sound"},
+    {"bad.mkv", "-c:v ffv1 -pix_fmt yuv420p -c:a flac", "clip"},
+    {"bad.avi", "-c:v mjpeg -pix_fmt yuvj420p -c:a pcm_s16le", "clip"},
+    {"bad.ts", "-c:v mpeg2video -pix_fmt yuv420p -c:a mp2", "clip"},
+    {"bad.webm", "-c:v libvpx -deadline realtime -c:a libvorbis -ac 2", "clip"},
+    {"bad.png", "-frames:v 1 -map 0:v", "still"},
+    {"bad.jpg", "-frames:v 1 -map 0:v", "still"},
+    {"bad.gif", "-frames:v 5 -map 0:v", "still clip"},
+};
+
+/// What is done with such a file, the output last but for options.
+struct Use {
+    const char *uses, *command, *output;
+};
+
+constexpr Use kUses[] = {
+    {"clip", "render BAD out.mkv -e invert", "out.mkv"},
+    {"clip", "render good.mp4 out.mkv --right BAD -e EffectName3DRenderEffect", "out.mkv"},
+    {"clip", "transition BAD good.mp4 out.mkv -e EffectNameMkFade --live --duration 0.5", "out.mkv"},
+    {"clip", "transition good.png BAD out.mp4 -e EffectNameMkRoll --live --duration 0.5", "out.mp4"},
+    {"clip", "join good.mp4 BAD out.mp4 -e EffectNameMkClock --duration 0.2", "out.mp4"},
+    {"clip", "join BAD BAD out.mkv -e EffectNameMkClock --duration 0.2", "out.mkv"},
+    {"", "frame BAD out.png --at 0.3 -e gray", "out.png"},
+    {"", "sheet good.png BAD out.png --size 16x12", "out.png"},
+    {"still", "render BAD out.png --frames 1 -e gray", "out.png"},
+    {"still", "render good.mp4 out.mkv -e EffectNameMkFade:EffectPropVFPath1=BAD:EffectPropVFPath2=good.png",
+     "out.mkv"},
+};
+
+std::string Flipped(std::string bytes, size_t seed) {
+    std::mt19937 random(static_cast<unsigned>(seed));
+    for (size_t flip = 0; flip < 1 + seed % 20; ++flip)
+        bytes[random() % bytes.size()] = static_cast<char>(random());
+    return bytes;
+}
+
+class Damaged : public HardTimes, public testing::WithParamInterface<Media> {
+protected:
+    void Try(const Use& use, const std::string& bytes) const {
+        const std::string name = GetParam().name;
+        WriteFile(Path(name), bytes);
+        std::string command = use.command;
+        for (size_t at = 0; (at = command.find("BAD")) != std::string::npos;) command.replace(at, 3, name);
+        // Damage can make a clip too short for what is asked (2) or change pictures under an effect (5).
+        EndsWell(Run(command), {0, 2, 3, 5, 6}, use.output);
     }
 };
 
-TEST_F(HardTimes, ClipsCutOffAnywhere) {
-    const std::string whole = MakeMp4("whole.mp4");
-    std::filesystem::remove(Path("whole.mp4"));
-    for (size_t percent = 0; percent < 100; percent += Soaks() ? 1 : 12)
-        TryDamaged(whole.substr(0, whole.size() * percent / 100), "cut at " + std::to_string(percent) + " %");
+TEST_P(Damaged, CutOffOrFlipped) {
+    const Media& media = GetParam();
+    Make(media.name, media.options);
+    m_kept = Names();
+    const std::string whole = ReadFile(Path(media.name));
+    size_t turn = 0;
+    for (const Use& use : kUses) {
+        if (std::string(media.uses).find(use.uses) == std::string::npos) continue;
+        // Cut and flipped in turn.
+        for (size_t i = 0; i < (Soaks() ? 200u : 1u); ++i, ++turn) {
+            const size_t percent = Soaks() ? i / 2 : turn * 37 % 100;
+            const bool cut = turn % 2 == 0;
+            SCOPED_TRACE(std::string(use.command) + (cut ? ", cut off at percent " : ", flips of seed ") +
+                         std::to_string(cut ? percent : turn));
+            Try(use, cut ? whole.substr(0, whole.size() * percent / 100) : Flipped(whole, turn));
+        }
+    }
 }
 
-TEST_F(HardTimes, ClipsWithBytesFlipped) {
-    const std::string whole = MakeMp4("whole.mp4");
-    std::filesystem::remove(Path("whole.mp4"));
-    for (unsigned seed = 1; seed <= (Soaks() ? 200u : 8u); ++seed) {
-        std::mt19937 random(seed);
-        std::string bytes = whole;
-        for (unsigned i = 0; i < 1 + seed % 20; ++i)
-            bytes[random() % bytes.size()] = static_cast<char>(random());
-        TryDamaged(bytes, "flips of seed " + std::to_string(seed));
+INSTANTIATE_TEST_SUITE_P(Of, Damaged, testing::ValuesIn(kMedia),
+                         [](const auto& each) { return std::string(each.param.name).substr(4); });
+
+/// Every command that writes, the output in second place from the end of its files.
+constexpr Use kWriters[] = {
+    {"", "render good.mp4 out.mkv -e invert", "out.mkv"},
+    {"", "render good.mp4 out.mp4", "out.mp4"},
+    {"", "render good.png out.png -e gray", "out.png"},
+    {"", "frame good.mp4 out.jpg --at 0.5", "out.jpg"},
+    {"", "transition good.mp4 good.png out.mkv -e EffectNameMkFade --live --duration 0.5", "out.mkv"},
+    {"", "join good.mp4 good.mp4 out.mp4 -e EffectNameMkClock --duration 0.5", "out.mp4"},
+    {"", "sheet good.png good.png out.png --size 16x12", "out.png"},
+};
+
+TEST_F(HardTimes, DisksThatFillUpAndKillsWhileWriting) {
+    for (const Use& use : kWriters) {
+        ASSERT_EQ(Run(use.command).exitCode, 0) << use.command;
+        const auto size = static_cast<int64_t>(std::filesystem::file_size(Path(use.output)));
+        std::filesystem::remove(Path(use.output));
+        const int64_t moments = Soaks() ? 50 : 2;
+        for (int64_t moment = 0; moment <= moments; ++moment) {
+            const std::string room =
+                "room=" + std::to_string(std::max<int64_t>(0, size * moment / moments - 1));
+            SCOPED_TRACE(use.command + (" " + room));
+            EndsWell(RunOn(room, use.command), {4}, use.output);
+            EndsWell(RunOn(room + " named", use.command), {4}, use.output);
+            EndsWell(RunOn(room + " kill", use.command), {-SIGKILL}, use.output);
+        }
+        SCOPED_TRACE(use.command);
+        EndsWell(RunOn("late", use.command), {4}, use.output);
+    }
+    EXPECT_EQ(RunningProgram({"sh", "-c", AVEFFECT_BIN_DIR "/aveffect list > /dev/full"}, m_directory)
+                  .Wait()
+                  .exitCode,
+              4);
+    EXPECT_EQ(Run("render good.mp4 /dev/full").exitCode, 4);
+}
+
+TEST_F(HardTimes, OnEveryFileSystemOneStepGivesTheName) {
+    const std::string command = "render good.png out.png";
+    ASSERT_EQ(Run(command).exitCode, 0);
+    const std::string result = ReadFile(Path("out.png"));
+    for (const char* disk : {"", "named", "named old", "named old linkless", "linkless", "linkless old"}) {
+        SCOPED_TRACE(disk);
+        WriteFile(Path("out.png"), "precious");
+        chmod(Path("out.png").c_str(), 0640);
+        EXPECT_EQ(RunOn(disk, command).exitCode, 4);
+        EXPECT_EQ(RunOn(std::string("room=9 ") + disk, command + " --overwrite").exitCode, 4);
+        EXPECT_EQ(ReadFile(Path("out.png")), "precious");
+        EXPECT_EQ(RunOn(disk, command + " --overwrite").exitCode, 0);
+        EXPECT_EQ(ReadFile(Path("out.png")), result);
+        EXPECT_EQ(std::filesystem::status(Path("out.png")).permissions(), std::filesystem::perms(0640));
+        std::filesystem::remove(Path("out.png"));
+        EndsWell(RunOn(disk, command), {0}, "out.png");
     }
 }
 
 TEST_F(HardTimes, SignalsAtAnyMoment) {
-    MakeClip("in.mkv", "320x240", 60);
+    const std::string command = "join good.mp4 good.mp4 out.mp4 -e EffectNameMkClock --duration 0.5";
+    const auto start = std::chrono::steady_clock::now();
+    EndsWell(Run(command), {0}, "out.mp4");
+    const auto usual =
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
     std::mt19937 random(7);
-    for (int i = 0; i < (Soaks() ? 120 : 8); ++i) {
-        const int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGUSR1, SIGALRM, SIGXCPU, SIGKILL};
-        const int signal = signals[static_cast<size_t>(i) % std::size(signals)];
-        test::RunningProgram program(AveffectCommand({"render", "in.mkv", "out.mkv", "-e", "invert"}),
-                                     m_directory);
-        std::this_thread::sleep_for(std::chrono::milliseconds(random() % 500));
-        program.Signal(signal);
-        const Outcome outcome = program.Wait();
-        Strings names = Names();
-        if (std::erase(names, "out.mkv")) Pixels("out.mkv"); // finished before, or had not to end
-        std::filesystem::remove(Path("out.mkv"));
-        // What can't be caught can't be cleaned up after; before main() nothing is caught, nor made.
-        EXPECT_TRUE(signal == SIGKILL || names == Strings{"in.mkv"}) << "signal " << signal;
-        EXPECT_TRUE(outcome.exitCode == -1 || outcome.exitCode == 0 || outcome.exitCode == 128 + signal)
-            << outcome.exitCode;
-        for (const std::string& name : Names())
-            if (name != "in.mkv") std::filesystem::remove(Path(name));
+    for (int round = 0; round < (Soaks() ? 20 : 1); ++round) {
+        for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+            if (signal > SIGSYS && signal < SIGRTMAX && !Soaks()) continue; // all alike, and none named
+            if (signal == SIGTSTP || signal == SIGTTIN || signal == SIGTTOU)
+                continue; // stop, as SIGSTOP does
+            SCOPED_TRACE("signal " + std::to_string(signal) + " in round " + std::to_string(round));
+            RunningProgram program(AveffectCommand(Words(command)), m_directory);
+            std::this_thread::sleep_for(std::chrono::microseconds(random() % usual.count()));
+            program.Signal(signal);
+            if (signal == SIGSTOP) program.Signal(SIGCONT);
+            EndsWell(program.Wait(), {0, -signal, 128 + signal}, "out.mp4");
+        }
     }
 }
 
-TEST_F(HardTimes, TwoProgramsWithOneOutput) {
-    MakeClip("in.mkv", "160x120", 50);
-    for (int i = 0; i < (Soaks() ? 20 : 2); ++i) {
-        const auto start = [&] {
-            return AveffectCommand({"render", "in.mkv", "out.mkv", "--overwrite", "--codec", "ffv1"});
-        };
-        test::RunningProgram one(start(), m_directory), two(start(), m_directory);
-        for (test::RunningProgram* program : {&one, &two}) {
-            const Outcome outcome = program->Wait();
-            EXPECT_TRUE(outcome.exitCode == 0 || test::IsOneMessage(outcome.messages)) << outcome.messages;
+TEST_F(HardTimes, PipesThatStandStill) {
+    const std::string bytes = ReadFile(Path("good.mp4"));
+    for (const char* name : {"in", "out"}) ASSERT_EQ(mkfifo(Path(name).c_str(), 0600), 0);
+    m_kept = Names();
+    const Use cases[] = {
+        {"in", "render in out.mkv", ""},
+        {"in", "frame in out.png", ""},
+        {"in", "render good.mp4 out.mkv --right in -e EffectName3DRenderEffect", ""},
+        {"in", "frame good.mp4 out.png -e EffectNameMkFade:EffectPropVFPath1=in:EffectPropVFPath2=good.png",
+         ""},
+        {"in", "transition good.png in out.mkv -e EffectNameMkFade", ""},
+        {"in", "sheet in good.png out.png", ""},
+        {"out", "render good.mp4 out --codec rawvideo", ""}};
+    for (const Use& each : cases)
+        for (const bool other : {false, true}) {
+            SCOPED_TRACE(each.command + std::string(other ? "" : ", with nobody at the other side"));
+            // Both ways, so that neither side ever waits for it to be opened.
+            const int pipe = other ? open(Path(each.uses).c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC) : -1;
+            const bool reads = std::string(each.uses) == "in";
+            if (other && reads) {
+                EXPECT_GT(write(pipe, bytes.data(), 500), 0);
+            }
+            RunningProgram program(AveffectCommand(Words(each.command)), m_directory);
+            std::this_thread::sleep_for(std::chrono::milliseconds(other ? 150 : 50));
+            program.Signal(SIGTERM);
+            EndsWell(program.Wait(), {-SIGTERM, 128 + SIGTERM}, "none");
+            close(pipe);
         }
-        EXPECT_EQ(Names(), (Strings{"in.mkv", "out.mkv"}));
-        EXPECT_EQ(Pixels("out.mkv"), Pixels("in.mkv"));
-    }
+}
+
+TEST_F(HardTimes, TwoProgramsWithOneOutput) {
+    for (int round = 0; round < (Soaks() ? 40 : 2); ++round)
+        for (const std::string option : {" --overwrite", ""})
+            for (const Use& use : kWriters) {
+                SCOPED_TRACE(use.command + option);
+                const Strings command = AveffectCommand(Words(use.command + option));
+                RunningProgram one(command, m_directory), two(command, m_directory);
+                const Outcome first = one.Wait(), second = two.Wait();
+                EXPECT_TRUE(first.exitCode == 0 || second.exitCode == 0) << first.messages << second.messages;
+                EXPECT_EQ(first.exitCode + second.exitCode, option.empty() ? 4 : 0);
+                EXPECT_TRUE(option.size() || test::IsOneMessage(first.messages + second.messages));
+                EndsWell({0, "", ""}, {0}, use.output);
+            }
 }
 
 } // namespace
