@@ -114,7 +114,7 @@ private:
 
     RenderResult Change(const Plugin& plugin, ProgressMeter& progress) {
         constexpr int64_t kUnknownLengthMs = 3600 * 1000;
-        MediaManager manager;
+        MediaManager manager(&m_cancel);
         RequireSounds(manager, m_options.audioEffects);
         const auto length =
             static_cast<uint32_t>(std::clamp<int64_t>(m_length.value_or(kUnknownLengthMs), 0, INT_MAX));
