@@ -150,6 +150,9 @@ private:
             end = std::max(end, lane->Written());
             failures += lane->Failures();
         }
+        if (end.ticks == 0)
+            throw Error(ErrorKind::Input, m_options.input + " holds no sound that can be decoded" +
+                                              (m_options.fromMs || m_options.toMs ? " in that span" : ""));
         m_output.Finish();
         result.frames = PiecesOf(end);
         result.inputDamage = Damage(end, failures);
