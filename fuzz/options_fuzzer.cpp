@@ -17,6 +17,19 @@ void Answered(Body body) {
     }
 }
 
+void MakeOptions(const aveffect::RenderCommand& render) {
+    aveffect::ApplyCpuLevel(render.media.run.cpuLevel);
+    aveffect::MakeRenderOptions(render);
+}
+void MakeOptions(const aveffect::FrameCommand& frame) { aveffect::MakeFrameOptions(frame); }
+void MakeOptions(const aveffect::TransitionCommand& transition) {
+    aveffect::MakeTransitionOptions(transition);
+}
+void MakeOptions(const aveffect::JoinCommand& join) { aveffect::MakeJoinOptions(join); }
+void MakeOptions(const aveffect::SheetCommand& sheet) { aveffect::MakeSheetOptions(sheet); }
+template <class Command>
+void MakeOptions(const Command&) {}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -32,12 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     arguments.reserve(words.size());
     for (const std::string& word : words) arguments.push_back(word.c_str());
     Answered([&] {
-        const aveffect::Command command =
-            aveffect::ParseCommandLine(static_cast<int>(arguments.size()), arguments.data());
-        if (const auto* render = std::get_if<aveffect::RenderCommand>(&command))
-            aveffect::MakeRenderOptions(*render);
-        if (const auto* frame = std::get_if<aveffect::FrameCommand>(&command))
-            aveffect::MakeFrameOptions(*frame);
+        std::visit([](const auto& command) { MakeOptions(command); },
+                   aveffect::ParseCommandLine(static_cast<int>(arguments.size()), arguments.data()));
     });
     return 0;
 }

@@ -1,22 +1,37 @@
 #pragma once
 /// Keeps away from what is stated to stop the program, and from what works as long as its number is large.
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "avbase/avbase_srcutils/holders.h"
+#include "avbase/avbase_srcutils/plane_views.h"
+#include "aveffect/base_media.h"
+#include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 
 namespace fuzz {
 
-/// The property's text, or a smaller one where it counts passes.
+/// The property's text, or a smaller one where it counts passes, or a mode that there is or could be.
 inline std::string Tame(std::string_view property, std::string text) {
     const bool countsPasses = property == "blur_count" || property == "sharpen_count";
     if (countsPasses && (std::atoi(text.c_str()) & 0xFFFF) > 50) return "50";
+    if (property == "render_3d_mode") return std::to_string(std::atoi(text.c_str()) & 7);
     return text;
 }
 
-/// Whether the processor, as it is set, ends the program on frames of that format: assertions are part of the
-/// contract.
-inline bool StopsByContract(AVBased::IVideoProc&, unsigned) { return false; }
+/// Whether the processor, as it is set, ends the program on that frame: assertions are part of the contract.
+inline bool StopsByContract(AVBased::IVideoProc& proc, AVBased::EffectKind kind,
+                            AVBased::IRawVideoFrame& frame) {
+    if (kind == AVBased::EffectKind::Transition)
+        return !AVBased::ConverterPtr(CreateImageConverter(frame.GetPixelFormat(), 0, 0));
+    if (kind != AVBased::EffectKind::Stereo) return false;
+    const std::string mode = proc.GetProperty("render_3d_mode", nullptr);
+    if (mode == "1" || mode == "2") return frame.GetBufferCount() != 1 && frame.GetBufferCount() != 3;
+    if (mode == "3" || mode == "4") return false;
+    auto* second = static_cast<AVBased::IRawVideoFrame*>(frame.GetInterface(AVBased::kSubsetFrameInterface));
+    return second && !AVBased::SameLayout(&frame, second);
+}
 
 } // namespace fuzz

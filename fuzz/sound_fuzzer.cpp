@@ -1,0 +1,129 @@
+// Any audio effect with any property texts on sound of any format, layout, rate and size: effect, the file of
+// audio_replace, then for each frame its settings (their number, lines "property index, text"), shape, time
+// and samples. Buffers are as large as they say, whatever else the sound says of itself.
+#include <memory>
+
+#include "aveffect/catalogue.h"
+#include "aveffect/plugin.h"
+#include "fuzz/input_bytes.h"
+#include "tests/support/host_sound.h"
+
+namespace {
+
+using namespace AVBased;
+using test::HostSound;
+
+// Rates that there are, and now and then one that nothing can play.
+unsigned TakeRate(fuzz::InputBytes& input) {
+    const unsigned choice = input.Take<uint8_t>();
+    if (choice % 16 == 0) return input.Take<uint32_t>() | 0x80000000;
+    return input.TakeWithin(0, 0xFFFF) * (1 + choice % 3);
+}
+
+bool IsFormat(int format) { return format > 0 && format <= 10 && format != 5 && format != 6; }
+
+size_t SampleBytes(const HostSound& sound) {
+    return IsFormat(sound.shape.format) ? test::SampleBytesOf(sound.shape.format) : 4;
+}
+
+std::unique_ptr<HostSound> TakeSound(fuzz::InputBytes& input) {
+    const auto flags = input.Take<uint8_t>();
+    auto sound = std::make_unique<HostSound>(test::SoundShape{});
+    sound->shape.format = static_cast<int>(input.TakeWithin(0, 11));
+    sound->shape.rate = TakeRate(input);
+    sound->shape.channels = static_cast<int>(input.TakeWithin(0, 9)) + (flags & 1 ? 58 : -1);
+    sound->shape.interleaved = flags & 2;
+    sound->shape.littleEndian = flags & 4;
+    // Not much longer than a quarter of a second: lower rates would make many samples of few.
+    sound->shape.samples = input.TakeWithin(0, std::min(3000u, sound->shape.rate / 4 + 1));
+    sound->time = input.Take<uint32_t>();
+
+    // The buffers that these make, or others.
+    const auto channels = static_cast<size_t>(std::max(0, sound->shape.channels));
+    const size_t together = sound->shape.interleaved ? channels : 1;
+    size_t bytes = sound->shape.samples * together * SampleBytes(*sound);
+    if (flags & 8) bytes -= std::min<size_t>(bytes, input.Take<uint8_t>());
+    if (flags & 16) bytes += input.TakeWithin(0, 999);
+    sound->buffers.assign(sound->shape.interleaved ? 1 : channels, std::vector<unsigned char>(bytes));
+    if (flags & 32) sound->buffers.resize(input.Take<uint8_t>());
+    for (auto& buffer : sound->buffers) input.Spread(buffer.data(), buffer.size());
+    return sound;
+}
+
+// Whether the effect ends the program on that sound: assertions are part of the contract.
+bool StopsByContract(std::string_view effect, HostSound& sound) {
+    unsigned bytes = 0;
+    const unsigned char* const first = sound.GetBuffer(0, &bytes);
+    if (effect == effectNameAudioVolume)
+        return !sound.shape.interleaved || sound.shape.format != sfSigned16 || (first && bytes == 0);
+    const bool asserts = IsFormat(sound.shape.format) && sound.shape.format != sfUnsigned32;
+    if (effect != effectNameAudioFader || !sound.shape.interleaved || !asserts) return false;
+    // No step may begin behind the buffer; the last one begins at the last sample at the latest.
+    const size_t stride = static_cast<size_t>(std::max(1, sound.shape.channels)) * SampleBytes(sound);
+    return sound.shape.samples != 0 && (sound.shape.samples - 1) * stride >= bytes;
+}
+
+// A file of a few sounds, to be read by one reader at a time.
+class SoundManager final : public IAVManager, private IAVReader {
+public:
+    explicit SoundManager(fuzz::InputBytes& input)
+        : m_nDuration(input.Take<uint16_t>()) {
+        for (unsigned items = input.Take<uint8_t>() % 5; items; --items)
+            m_Items.push_back(input.Take<uint8_t>() % 8 ? TakeSound(input) : nullptr);
+    }
+    IAVReader* OpenSource(const char*, const char*, unsigned*, unsigned*, unsigned*, unsigned*) override {
+        return this;
+    }
+
+private:
+    bool ReadItem(AVItem* item, unsigned, unsigned) override {
+        if (m_Next == m_Items.size()) return false;
+        item->kind = 2;
+        item->object = static_cast<IRawAudioFrame*>(m_Items[m_Next++].get());
+        return true;
+    }
+    bool Seek(unsigned) override {
+        m_Next = 0;
+        return true;
+    }
+    unsigned GetDuration() override { return m_nDuration; }
+    void Release() override { m_Next = 0; }
+
+    std::vector<std::unique_ptr<HostSound>> m_Items; // null: an item without an object
+    size_t m_Next = 0;
+    unsigned m_nDuration;
+};
+
+void SetAny(IAudioProc& proc, const EffectInfo& effect, fuzz::InputBytes& input) {
+    const unsigned index = input.Take<uint8_t>();
+    const PropertyInfo& property =
+        index < effect.properties.size() ? effect.properties[index] : kDurationProperty;
+    proc.SetProperty(property.name, input.TakeLine().c_str());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    fuzz::InputBytes input(data, size);
+    const EffectInfo& effect = kAudioEffects[input.Take<uint8_t>() % kAudioEffects.size()];
+    SoundManager manager(input);
+    IRawAudioFrame* last = nullptr; // left to the host when the processor goes
+    {
+        const std::unique_ptr<IAudioProc, void (*)(IAudioProc*)> proc(CreateAudioProc(&manager, effect.name),
+                                                                      [](IAudioProc* p) { p->Free(); });
+        for (int frames = 0; frames < 4; ++frames) {
+            for (unsigned settings = input.Take<uint8_t>() % 6; settings; --settings)
+                SetAny(*proc, effect, input);
+            const auto how = input.Take<uint8_t>();
+            if (how & 2) proc->Seek(input.Take<int64_t>());
+            const std::unique_ptr<HostSound> sound = TakeSound(input);
+            if (StopsByContract(effect.name, *sound)) continue;
+            if (how & 1)
+                proc->ProcFrameInPlace(sound.get());
+            else
+                last = proc->ProcFrame(sound.get());
+        }
+    }
+    if (last) last->Release();
+    return 0;
+}
