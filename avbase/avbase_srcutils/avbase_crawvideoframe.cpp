@@ -219,11 +219,13 @@ bool CopyVideoFrame(IRawVideoFrame* dst, IRawVideoFrame* src) {
         dst->SetBorderData(border, borderBytes);
 
         for (unsigned i = 0; i < src->GetBufferCount(); ++i) {
-            unsigned width = 0, s_lss = 0, s_ln = 0, d_lss = 0, d_ln = 0;
-            const unsigned char* from = src->GetBuffer(i, &width, &s_lss, &s_ln);
-            unsigned char* to = dst->GetBuffer(i, &width, &d_lss, &d_ln);
+            unsigned s_width = 0, s_lss = 0, s_ln = 0, d_width = 0, d_lss = 0, d_ln = 0;
+            const unsigned char* from = src->GetBuffer(i, &s_width, &s_lss, &s_ln);
+            unsigned char* to = dst->GetBuffer(i, &d_width, &d_lss, &d_ln);
             assert(s_ln == d_ln);
             assert(s_lss == d_lss);
+            // A plane without a byte a row may be at its clone's source, which may be gone.
+            if (s_width == 0 || d_width == 0) continue;
             AVBasedMemCopy(to, from, size_t{s_lss} * s_ln);
         }
         return true;
