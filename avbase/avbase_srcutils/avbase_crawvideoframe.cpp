@@ -134,9 +134,10 @@ unsigned char* CRawVideoFrame::GetBuffer(unsigned index, unsigned* widthBytes, u
     *pitch = buffer.pitch;
     // The bottom crop counts rows of every plane alike, without the plane's vertical divisor; a chroma plane
     // that has fewer rows than that is empty.
-    *rows = buffer.rows - std::min(m_nCropBottom, buffer.rows);
+    const uint32_t hidden = std::min(m_nCropBottom, buffer.rows);
+    *rows = buffer.rows - hidden;
     // A bottom-up frame stores its bottom rows first, so those are the ones to skip.
-    return m_bTopDown ? buffer.data : buffer.data + size_t{buffer.pitch} * m_nCropBottom;
+    return m_bTopDown ? buffer.data : buffer.data + size_t{buffer.pitch} * hidden;
 }
 
 bool CRawVideoFrame::CropRightAndBottom(unsigned right, unsigned bottom) {
