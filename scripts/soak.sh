@@ -1,0 +1,79 @@
+#!/usr/bin/env bash
+# The long run: every fuzz target, the sweep over all effects, the program in bad company.
+#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program]
+# N: processor minutes of each fuzz target, 10 if not given. Logs and what is found stay in build-fuzz/soak/ until the
+# next run.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+minutes=10 only=all
+while [ $# -gt 0 ]; do
+  case $1 in
+    --minutes) minutes=$2 ;;
+    --only) only=$2 ;;
+    *) sed -n '2,5s/^# //p' "$0" >&2; exit 2 ;;
+  esac
+  shift 2
+done
+runs() { [ "$only" = all ] || [ "$only" = "$1" ]; }
+
+export work=$PWD/build-fuzz/soak cpu_goal=$((minutes * 60))
+export sweep_cases=5000 # an effect: more than 200000 in all
+export ASAN_OPTIONS=allocator_may_return_null=1
+rm -rf "$work"
+mkdir -p "$work"
+table=$work/table
+printf 'part\truns\tCPU seconds\tfailed\n' >"$table"
+
+# A program with its output in NAME.log and its user and system seconds in NAME.times; failures are counted.
+run() {
+  local name=$work/$1
+  shift
+  /usr/bin/time -q -a -o "$name.times" -f '%U %S' "$@" >>"$name.log" 2>&1 || { echo >>"$name.failed"; return 1; }
+}
+seconds() { awk '{ s += $1 + $2 } END { printf "%d", s }' "$work/$1.times"; }
+report() {
+  touch "$work/$1.failed"
+  printf '%s\t%d\t%d\t%d\n' "$1" "$2" "$(seconds "$1")" "$(wc -l <"$work/$1.failed")" >>"$work/table"
+}
+
+# One target, again and again: libFuzzer counts time on the wall. It ends with the first failure.
+fuzz() {
+  local dir=$work/$1 used=0
+  mkdir -p "$dir/corpus" "$dir/found"
+  cp "fuzz/corpus/$1/"* "$dir/corpus/"
+  while [ "$used" -lt "$cpu_goal" ]; do
+    run "$1" "build-fuzz/fuzz/$1_fuzzer" -max_total_time=$((cpu_goal - used + 5)) -timeout=20 -print_final_stats=1 \
+      -artifact_prefix="$dir/found/" "$dir/corpus" || break
+    used=$(seconds "$1")
+  done
+  report "$1" "$(awk '/number_of_executed_units/ { s += $2 } END { print s }' "$work/$1.log")"
+}
+
+sweep() { GTEST_SHARD_INDEX=$1 AVEFFECT_SWEEP_CASES=$sweep_cases run sweep build/tests/robustness_test || true; }
+export -f run seconds report fuzz sweep
+
+# A function for each line, as many at a time as there are processors.
+parallel() { xargs -P "$(nproc)" -I{} bash -euc "$1 {}"; }
+
+if runs fuzz; then
+  scripts/build.sh fuzz
+  ls fuzz/corpus | parallel fuzz
+fi
+if runs sweep || runs program; then scripts/build.sh release; fi
+if runs sweep; then
+  seq 0 $(($(nproc) - 1)) | GTEST_TOTAL_SHARDS=$(nproc) parallel sweep
+  report sweep $(($(grep -c '^\[       OK \] Every/' "$work/sweep.log") * sweep_cases))
+fi
+if runs program; then
+  AVEFFECT_SOAK=1 run program build/tests/hard_times_test || true
+  report program "$(grep -c '^\[       OK \]' "$work/program.log")"
+fi
+
+echo
+column -t -s $'\t' "$table"
+if [ -z "$(find "$work" -name '*.failed' -size +0)" ]; then exit 0; fi
+echo
+echo "Failed; the logs are in build-fuzz/soak/, the inputs:"
+find "$work" -path '*/found/*'
+exit 1
