@@ -1,8 +1,10 @@
-// Any video effect with any property texts on frames of any shape: effect, the files of transitions, then for
-// each frame its settings (their number, lines "property index, text"), shape, time and pixels.
+// Any video effect with any property texts on frames of any shape: effect and level, the files of
+// transitions, then for each frame its settings (their number, lines "property index, text"), shape, time and
+// pixels.
 #include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 #include "fuzz/any_picture.h"
+#include "fuzz/processor_level.h"
 #include "fuzz/tame_values.h"
 #include "tests/support/picture_manager.h"
 
@@ -21,7 +23,9 @@ void SetAny(IVideoProc& proc, const EffectInfo& effect, fuzz::InputBytes& input)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::InputBytes input(data, size);
-    const EffectInfo& effect = kVideoEffects[input.Take<uint8_t>() % kVideoEffects.size()];
+    const unsigned choice = input.Take<uint8_t>();
+    const EffectInfo& effect = kVideoEffects[choice % kVideoEffects.size()];
+    fuzz::UseLevel(choice / kVideoEffects.size());
     const bool readsFiles = effect.kind == EffectKind::Transition;
 
     test::PictureManager manager;

@@ -1,11 +1,12 @@
-// Any audio effect with any property texts on sound of any format, layout, rate and size: effect, the file of
-// audio_replace, then for each frame its settings (their number, lines "property index, text"), shape, time
-// and samples. Buffers are as large as they say, whatever else the sound says of itself.
+// Any audio effect with any property texts on sound of any format, layout, rate and size: effect and level,
+// the file of audio_replace, then for each frame its settings (their number, lines "property index, text"),
+// shape, time and samples. Buffers are as large as they say, whatever else the sound says of itself.
 #include <memory>
 
 #include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 #include "fuzz/input_bytes.h"
+#include "fuzz/processor_level.h"
 #include "tests/support/host_sound.h"
 
 namespace {
@@ -105,7 +106,9 @@ void SetAny(IAudioProc& proc, const EffectInfo& effect, fuzz::InputBytes& input)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::InputBytes input(data, size);
-    const EffectInfo& effect = kAudioEffects[input.Take<uint8_t>() % kAudioEffects.size()];
+    const unsigned choice = input.Take<uint8_t>();
+    const EffectInfo& effect = kAudioEffects[choice % kAudioEffects.size()];
+    fuzz::UseLevel(choice / kAudioEffects.size());
     SoundManager manager(input);
     IRawAudioFrame* last = nullptr; // left to the host when the processor goes
     {
