@@ -1,7 +1,6 @@
-// The queue against a plain one.
+// What the queue refuses, and its use by two threads. The queue fuzz target holds it against a plain one.
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <limits>
 #include <random>
 #include <thread>
@@ -14,52 +13,6 @@ namespace {
 
 using BaseTool::CDataBuffer2;
 using Bytes = std::vector<unsigned char>;
-
-TEST(DataBuffer, IsAPlainQueueUnderRandomUse) {
-    std::mt19937 random(7);
-    for (const bool locked : {false, true}) {
-        CDataBuffer2 buffer(locked);
-        std::deque<unsigned char> model;
-        for (int step = 0; step < 20000; ++step) {
-            Bytes bytes(random() % 40);
-            for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
-            switch (random() % 8) {
-            case 0:
-            case 1:
-            case 2:
-                buffer.Push(bytes.data(), bytes.size());
-                model.insert(model.end(), bytes.begin(), bytes.end());
-                break;
-            case 3:
-                buffer.PushFront(bytes.data(), bytes.size());
-                model.insert(model.begin(), bytes.begin(), bytes.end());
-                break;
-            case 4:
-                buffer.Push(nullptr, 10);
-                buffer.PushFront(nullptr, 10);
-                break;
-            case 5:
-                if (random() % 100 == 0) {
-                    buffer.Clear();
-                    model.clear();
-                }
-                break;
-            default: {
-                Bytes taken(random() % 70, 0xCC);
-                const size_t count = std::min(taken.size(), model.size());
-                const bool discard = random() % 4 == 0;
-                ASSERT_EQ(buffer.Pop(discard ? nullptr : taken.data(), taken.size()), count);
-                const auto end = model.begin() + static_cast<ptrdiff_t>(count);
-                Bytes expected(taken.size(), 0xCC);
-                if (!discard) std::copy(model.begin(), end, expected.begin());
-                ASSERT_EQ(taken, expected) << "step " << step;
-                model.erase(model.begin(), end);
-            }
-            }
-            ASSERT_EQ(buffer.GetDataSize(), model.size());
-        }
-    }
-}
 
 TEST(DataBuffer, ReportsMissingMemory) {
     CDataBuffer2 buffer(true);
