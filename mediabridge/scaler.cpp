@@ -37,10 +37,18 @@ bool NeedsChromaOfEveryPixel(AVPixelFormat source, int width) {
     return width % 2 != 0 && (av_pix_fmt_desc_get(source)->flags & AV_PIX_FMT_FLAG_RGB);
 }
 
+/// The fastest way divides by the target's columns less two. Where these are those of the picture, libswscale
+/// knows; it does not for chroma.
+bool IsTooSmallForFastest(AVPixelFormat target, int width) {
+    return AV_CEIL_RSHIFT(width, av_pix_fmt_desc_get(target)->log2_chroma_w) <= 2;
+}
+
 /// The fastest way may be off by two; the others round as they should.
-int Flags(ScaleQuality quality, AVPixelFormat source, int width, int height, AVPixelFormat target) {
+int Flags(ScaleQuality quality, AVPixelFormat source, int width, int height, AVPixelFormat target,
+          int targetWidth) {
     const int chroma = NeedsChromaOfEveryPixel(source, width) ? SWS_FULL_CHR_H_INP : 0;
-    if (quality == ScaleQuality::Fastest) return SWS_FAST_BILINEAR | chroma;
+    if (quality == ScaleQuality::Fastest)
+        return (IsTooSmallForFastest(target, targetWidth) ? SWS_BILINEAR : SWS_FAST_BILINEAR) | chroma;
     const bool bicubic = quality == ScaleQuality::Bicubic && !IsTooSmallForBicubic(source, width, height);
     return (bicubic ? SWS_BICUBIC : SWS_BILINEAR) | SWS_ACCURATE_RND | chroma |
            (TakesChromaAtEveryPixel(target) ? SWS_FULL_CHR_H_INT : 0);
@@ -112,8 +120,8 @@ bool Scaler::Prepare(const Shape& shape) {
         {"dsth", shape.target.height},
         {"dst_format", shape.target.format},
         {"dst_range", shape.target.range == AVCOL_RANGE_JPEG},
-        {"sws_flags",
-         Flags(m_quality, shape.source.format, shape.source.width, shape.source.height, shape.target.format)},
+        {"sws_flags", Flags(m_quality, shape.source.format, shape.source.width, shape.source.height,
+                            shape.target.format, shape.target.width)},
     };
     for (const auto& [name, value] : options)
         if (av_opt_set_int(context.get(), name, value, 0) < 0) return false;
