@@ -225,9 +225,11 @@ bool CopyVideoFrame(IRawVideoFrame* dst, IRawVideoFrame* src) {
             unsigned char* to = dst->GetBuffer(i, &d_width, &d_lss, &d_ln);
             assert(s_ln == d_ln);
             assert(s_lss == d_lss);
+            const size_t bytes = size_t{s_lss} * s_ln;
             // A plane without a byte a row may be at its clone's source, which may be gone.
-            if (s_width == 0 || d_width == 0) continue;
-            AVBasedMemCopy(to, from, size_t{s_lss} * s_ln);
+            if (s_width == 0 || d_width == 0 || bytes == 0) continue;
+            if (!to || !from) Raise(kBadPointer, "Bad pointer");
+            AVBasedMemCopy(to, from, bytes);
         }
         return true;
     });

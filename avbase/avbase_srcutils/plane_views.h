@@ -1,6 +1,8 @@
 #pragma once
 /// A frame's planes as kernels see them.
 #include "AVEffect/kernels/planes.h"
+#include "BaseTools/CBaseException.h"
+#include "aveffect/errors.h"
 #include "aveffect/video_frame.h"
 
 namespace AVBased {
@@ -8,10 +10,14 @@ namespace AVBased {
 using kernels::Plane32;
 using kernels::Plane8;
 
-/// One plane of a frame as bytes.
+/// One plane of a frame as bytes. Throws CBaseException 10021008 for one that has no memory, or not as much
+/// as kernels count on.
 inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {
     unsigned width = 0, pitch = 0, rows = 0;
     unsigned char* data = frame->GetBuffer(index, &width, &pitch, &rows);
+    if (width != 0 && rows != 0 && (!data || (rows > 1 && pitch < width)))
+        BaseTool::Raise(kUnknownException,
+                        "a plane has no memory or its rows overlap; the frame is left as it is");
     return {data, width, pitch, rows};
 }
 

@@ -68,15 +68,19 @@ public:
         m_duplicatedCount = count;
         m_duplicatedExtra = extra;
     }
-    /// May throw std::bad_alloc; the plug-in records that.
+    /// May throw std::bad_alloc; the plug-in records that. Planes without memory stay without.
     IRawVideoFrame* Clone() override {
+        const auto bytesOf = [](const Plane& plane) {
+            return plane.data ? size_t{plane.pitch} * plane.rows : 0;
+        };
         std::unique_ptr<MemoryFrame> copy(new MemoryFrame(*this));
         size_t total = 0;
-        for (const Plane& plane : m_planes) total += size_t{plane.pitch} * plane.rows;
+        for (const Plane& plane : m_planes) total += bytesOf(plane);
         copy->m_memory.reset(new unsigned char[total], std::default_delete<unsigned char[]>());
         unsigned char* place = copy->m_memory.get();
         for (Plane& plane : copy->m_planes) {
-            const size_t bytes = size_t{plane.pitch} * plane.rows;
+            if (!plane.data) continue;
+            const size_t bytes = bytesOf(plane);
             if (bytes) std::memcpy(place, plane.data, bytes);
             plane.data = std::exchange(place, place + bytes);
         }
