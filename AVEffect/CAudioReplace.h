@@ -1,11 +1,9 @@
 #pragma once
 /// "audio_replace": another file's sound in place of the frames'.
-#include <memory>
-
 #include "AVEffect/CBasedAudioEffect.h"
 #include "BaseTools/data_buffer.h"
 #include "BaseTools/res_keeper.h"
-#include "aveffect/base_media.h"
+#include "avbase/avbase_srcutils/holders.h"
 
 namespace AVBased {
 
@@ -33,13 +31,6 @@ private:
 
         bool operator==(const Target&) const = default;
     };
-    struct ReleaseReader {
-        void operator()(IAVReader* reader) const { reader->Release(); }
-    };
-    struct DestroyResampler {
-        void operator()(IAudioResampler* resampler) const { resampler->Destroy(); }
-    };
-
     void OpenSource(const std::string& path);
     void BuildAudioResampler(const Target& target);
     bool ReadNext(AVItem& item);
@@ -50,11 +41,11 @@ private:
 
     int m_nLoop = 0; // not 0: at its end the file begins again
     IAVManager* m_pManager;
-    std::unique_ptr<IAVReader, ReleaseReader> m_pSource;
+    Owned<IAVReader> m_pSource;
     BaseTool::CDataBuffer2 m_Queue{true}; // converted sound that no frame has had yet
     BaseTool::MallocAllocator m_Silence;
     unsigned m_nFileDuration = 0; // milliseconds, 0 when not known
-    std::unique_ptr<IAudioResampler, DestroyResampler> m_pResampler;
+    Owned<IAudioResampler> m_pResampler;
     Target m_Target;
     // Whether the file gave sound since its beginning: one that does not is not begun again.
     bool m_bHeard = false;

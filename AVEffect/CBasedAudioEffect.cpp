@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "BaseTools/guarded.h"
+#include "avbase/avbase_srcutils/holders.h"
 
 namespace AVBased {
 
@@ -33,7 +34,7 @@ IRawAudioFrame* CBasedAudioEffect::ProcFrame(IRawAudioFrame* frame) {
         // Should the effect fail, nobody would receive the copy.
         const auto giveUp = [this](IRawAudioFrame* copy) {
             m_pCurFrame = nullptr;
-            copy->Release();
+            Releaser()(copy);
         };
         std::unique_ptr<IRawAudioFrame, decltype(giveUp)> unfinished(m_pCurFrame, giveUp);
         InnerProcFrame(m_pCurFrame);

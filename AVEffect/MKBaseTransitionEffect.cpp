@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
-#include <memory>
 #include <utility>
 
 #include "avbase/avbase_srcutils/avbase_url.h"
+#include "avbase/avbase_srcutils/holders.h"
 
 namespace AVBased {
 
@@ -21,22 +21,6 @@ constexpr unsigned kReadVideo = 1;
 constexpr unsigned kNoTimeout = 0xFFFFFFFFu;
 constexpr int kMostReads = 30;
 
-void Release(IRawVideoFrame* frame) { frame->Free(); }
-template <class Object>
-void Release(Object* object) {
-    object->Release();
-}
-
-// Lets the host's and the companions' objects go, whatever they throw then.
-struct Releaser {
-    template <class Object>
-    void operator()(Object* object) const {
-        Guarded([&] { Release(object); });
-    }
-};
-template <class Object>
-using Owned = std::unique_ptr<Object, Releaser>;
-
 template <class Object>
 void Replace(Object*& member, Object* object = nullptr) {
     const Owned<Object> previous(std::exchange(member, object));
@@ -47,6 +31,13 @@ template <class Object>
 Object* NotNull(Object* object) {
     if (!object) Raise(kBadPointer, "Bad pointer");
     return object;
+}
+
+// What a companion made. Where it could not, its own word about that stays, if it left one.
+IRawVideoFrame* Made(IRawVideoFrame* frame) {
+    IBaseException* const why = GetBaseException();
+    if (!frame && why->GetExceptionCode() != kNoError) throw CBaseException(why);
+    return NotNull(frame);
 }
 
 IImageConverter* MakeConverter(unsigned format, unsigned width, unsigned height) {
@@ -149,13 +140,14 @@ void CMkBaseTransitionEffect::ConvertPicture(IRawVideoFrame** picture, unsigned 
                                              unsigned format) {
     Replace(m_pScaler, MakeConverter(format, width, height));
     Replace(m_pScaled);
-    m_pScaled = NotNull(m_pScaler->Convert(*picture));
+    m_pScaled = Made(m_pScaler->Convert(*picture));
 }
 
 void CMkBaseTransitionEffect::PlaceInMargins(IRawVideoFrame** picture, unsigned width, unsigned height) {
     const Size scaled(m_pScaled);
     if (scaled.width > width || scaled.height > height)
         Raise(kUnknownException, "a picture could not be made to fit the frame");
+    if (!m_pCropPan) m_pCropPan = CreateRawVideoFrameCropPan(); // it could not be had before
     IRawVideoFrameCropPan* cropPan = NotNull(m_pCropPan);
     const bool wide = scaled.width >= width;
     const unsigned top = wide ? (height - scaled.height) >> 1 : 0;
@@ -169,7 +161,7 @@ void CMkBaseTransitionEffect::PlaceInMargins(IRawVideoFrame** picture, unsigned 
     IRawVideoFrame* fitted = m_pScaled;
     if (left || top || right || bottom) {
         Replace(m_pPadded);
-        fitted = m_pPadded = NotNull(cropPan->Process(m_pScaled));
+        fitted = m_pPadded = Made(cropPan->Process(m_pScaled));
     }
     // Cloned first: should that fail, the picture that was there can be fitted to a later frame.
     Replace(*picture, NotNull(fitted->Clone()));
@@ -219,9 +211,9 @@ bool CMkBaseTransitionEffect::InnerProcFrame2(ImagePostion*, int time, IRawVideo
 void CMkBaseTransitionEffect::ProcConverted(ImagePostion* position, int time, IRawVideoFrame* frame) {
     if (!m_pToBgra) m_pToBgra = MakeConverter(BGRA, 0, 0);
     if (!m_pBack) m_pBack = MakeConverter(frame->GetPixelFormat(), 0, 0);
-    const Owned<IRawVideoFrame> working(NotNull(m_pToBgra->Convert(frame)));
+    const Owned<IRawVideoFrame> working(Made(m_pToBgra->Convert(frame)));
     if (!InnerProcFrame2(position, time, working.get())) return;
-    const Owned<IRawVideoFrame> back(NotNull(m_pBack->Convert(working.get())));
+    const Owned<IRawVideoFrame> back(Made(m_pBack->Convert(working.get())));
     CopyPlanes(frame, back.get());
 }
 

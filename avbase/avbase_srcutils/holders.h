@@ -2,19 +2,30 @@
 /// Owners of what crosses the plug-in's boundary and has an end of its own kind.
 #include <memory>
 
+#include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
+#include "aveffect/media.h"
 #include "aveffect/video_frame.h"
 
 namespace AVBased {
 
-struct FrameFreer {
-    void operator()(IRawVideoFrame* frame) const { frame->Free(); }
+/// Lets the host's and the companions' objects go, and records what they throw then.
+struct Releaser {
+    void operator()(IRawVideoFrame* frame) const {
+        BaseTool::Guarded([&] { frame->Free(); });
+    }
+    void operator()(IAudioResampler* resampler) const {
+        BaseTool::Guarded([&] { resampler->Destroy(); });
+    }
+    template <class Object>
+    void operator()(Object* object) const {
+        BaseTool::Guarded([&] { object->Release(); });
+    }
 };
-using FramePtr = std::unique_ptr<IRawVideoFrame, FrameFreer>;
+template <class Object>
+using Owned = std::unique_ptr<Object, Releaser>;
 
-struct ConverterReleaser {
-    void operator()(IImageConverter* converter) const { converter->Release(); }
-};
-using ConverterPtr = std::unique_ptr<IImageConverter, ConverterReleaser>;
+using FramePtr = Owned<IRawVideoFrame>;
+using ConverterPtr = Owned<IImageConverter>;
 
 } // namespace AVBased

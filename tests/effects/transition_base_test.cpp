@@ -232,13 +232,13 @@ TEST_F(TransitionBase, SurvivesHostsThatFail) {
     auto empty = test::MakeFrame({BGRA, 0, 8});
     Show(empty.get(), empty.get());
     ExpectFails(*Make(&manager), 10021008, "a picture without a pixel can't be fitted");
-    // A frame that can't be converted: the converter says so first.
+    // A frame that can't be converted: the converter's word stays.
     GetBaseException()->Clear();
     picture->onClone = nullptr;
     Show(picture.get(), picture.get());
     HostFrame hollow({YUV420P, 0, 0});
     test::Run(*Make(&manager), hollow);
-    EXPECT_EQ(Code(), 10021003);
+    EXPECT_EQ(Code(), 10021008);
     // A reader that throws when it is let go has done its work all the same.
     manager.sources["first"].throwsOnRelease = true;
     auto frame = test::MakeFrame({BGRA, 12, 8}, 2);
