@@ -139,6 +139,18 @@ TEST_F(ConverterTest, ReadsNothingOutsideAndAllInside) {
         }
 }
 
+TEST_F(ConverterTest, EveryFormatFromSmallPicturesOnEveryWay) {
+    for (const unsigned width : {2u, 4u, 8u, 16u}) {
+        GuardedFrame source({.format = BGRA, .width = width, .height = 3});
+        source.Fill([](unsigned, unsigned, unsigned) { return 200; });
+        for (const unsigned format : ServedFormats())
+            for (const unsigned quality : {0u, 1u, 4u}) {
+                const ConverterPtr converter(CreateImageConverterEx(format, 0, 0, quality));
+                EXPECT_NE(FramePtr(converter->Convert(&source)), nullptr) << format << ", " << width;
+            }
+    }
+}
+
 TEST_F(ConverterTest, MissingChromaRepeatsAndPresentChromaCounts) {
     for (const unsigned format : {YUV420P, YUV410P, NV12, YUV420P10LE, YUYV422}) {
         SCOPED_TRACE(mediabridge::FrameFormatName(format));
@@ -198,9 +210,6 @@ TEST_F(ConverterTest, RefusesWithAReason) {
                   std::string::npos);
         EXPECT_EQ(TakeError(), kUnknownException);
     }
-    EXPECT_EQ(CreateImageConverter(BGRA, 0x80000000u, 1), nullptr);
-    EXPECT_EQ(TakeError(), kUnknownException);
-
     const ConverterPtr converter(CreateImageConverter(BGRA, 0, 0));
     EXPECT_EQ(converter->Convert(nullptr), nullptr);
     EXPECT_EQ(TakeError(), kBadPointer);
@@ -222,10 +231,6 @@ TEST_F(ConverterTest, RefusesWithAReason) {
     tight.PlaneAt(0).pitch = 4; // room for one byte a sample alone
     EXPECT_EQ(converter->Convert(&tight), nullptr);
     EXPECT_EQ(TakeError(), kUnknownException);
-    const ConverterPtr huge(CreateImageConverter(BGRA, 0x7FFFFFFF, 0x7FFFFFFF));
-    GuardedFrame small({.format = BGRA, .width = 4, .height = 4});
-    EXPECT_EQ(huge->Convert(&small), nullptr);
-    EXPECT_NE(TakeError(), kNoError);
 }
 
 /// A host's frame that throws what no library knows.
