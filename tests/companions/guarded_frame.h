@@ -6,8 +6,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <sys/mman.h>
-#include <unistd.h>
 #include <vector>
 
 extern "C" {
@@ -19,33 +17,9 @@ extern "C" {
 #include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
 #include "mediabridge/pixel_formats.h"
+#include "tests/kernels/guarded_memory.h"
 
 namespace test {
-
-/// Bytes between two pages that can't be touched, at the end or at the start of what lies between.
-class GuardedMemory {
-public:
-    GuardedMemory(std::size_t bytes, bool atEnd) {
-        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-        const std::size_t inner = (bytes + page - 1) / page * page;
-        m_size = inner + 2 * page;
-        void* mapped = mmap(nullptr, m_size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (mapped == MAP_FAILED) throw std::runtime_error("mmap failed");
-        m_base = static_cast<unsigned char*>(mapped);
-        if (inner && mprotect(m_base + page, inner, PROT_READ | PROT_WRITE) != 0)
-            throw std::runtime_error("mprotect failed");
-        m_data = m_base + page + (atEnd ? inner - bytes : 0);
-    }
-    GuardedMemory(const GuardedMemory&) = delete;
-    GuardedMemory& operator=(const GuardedMemory&) = delete;
-    ~GuardedMemory() { munmap(m_base, m_size); }
-    unsigned char* Data() const { return m_data; }
-
-private:
-    unsigned char* m_base = nullptr;
-    unsigned char* m_data = nullptr;
-    std::size_t m_size = 0;
-};
 
 struct FrameShape {
     unsigned format = AVBased::BGRA;
@@ -87,7 +61,8 @@ public:
             plane.pitch = plane.bytes + shape.extraPitch;
             const std::size_t size =
                 plane.rows ? std::size_t{plane.pitch} * (plane.rows - 1) + plane.bytes : 0;
-            m_memory.push_back(std::make_unique<GuardedMemory>(size, shape.atEnd));
+            m_memory.push_back(std::make_unique<GuardedMemory>(
+                size, shape.atEnd ? GuardedMemory::Flush::End : GuardedMemory::Flush::Start));
             plane.data = m_memory.back()->Data();
             m_planes.push_back(plane);
         }
