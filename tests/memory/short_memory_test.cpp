@@ -1,35 +1,42 @@
 // Every effect when the n-th block of memory can't be had, for every n: no crash, no leak, and either the
-// picture that there should be or a word about it.
+// frame that there should be or a word about it.
 #include <gtest/gtest.h>
 
+#include "aveffect/base_media.h"
 #include "aveffect/base_tools.h"
 #include "tests/memory/allocation_count.h"
 #include "tests/memory/busy_effects.h"
+#include "tests/robustness/guarded_media.h"
+
+// A converter that can't be made ends the program by contract where transitions ask for it: there is memory
+// for that.
+AVBased::IImageConverter* CreateImageConverterEx(unsigned format, unsigned width, unsigned height,
+                                                 unsigned quality) {
+    const test::WithoutLimit enough;
+    static void* const library = dlopen(AVEFFECT_BIN_DIR "/libAVBaseMedia.so", RTLD_NOW | RTLD_LOCAL);
+    return reinterpret_cast<decltype(&CreateImageConverterEx)>(dlsym(library, "CreateImageConverterEx"))(
+        format, width, height, quality);
+}
 
 namespace {
 
 using namespace AVBased;
 
+using Bytes = std::vector<unsigned char>;
+
 struct Outcome {
-    bool made = false, copied = false;
+    Bytes made;          // none when something did not come about
     bool failed = false; // for want of a block
     int code = 0;        // of the error recorded
 };
 
 // One life of a processor that gets so many blocks before one is refused.
-Outcome Live(const EffectInfo& effect, test::Picture& picture, size_t blocks) {
+template <class Live>
+Outcome With(size_t blocks, const Live& live) {
     Outcome outcome;
-    ImagePostion position{};
-    IAVManager* const manager = test::Manager();
     ReleaseBaseException();
     test::FailAllocationAfter(blocks);
-    if (IVideoProc* const proc = test::CreateVideo(effect.name, manager)) {
-        outcome.made = true;
-        test::SetBusy(*proc, effect);
-        proc->ProcFrameInPlace(&position, 50, &picture.Frame());
-        outcome.copied = proc->ProcFrame(&position, 50, &picture.Frame()) != nullptr;
-        proc->Free();
-    }
+    outcome.made = live();
     outcome.failed = test::AllocationFailed();
     test::FailAllocationAfter(test::kNoLimit);
     outcome.code = GetBaseException()->GetExceptionCode();
@@ -37,29 +44,65 @@ Outcome Live(const EffectInfo& effect, test::Picture& picture, size_t blocks) {
     return outcome;
 }
 
+// A life that is repeated with one block more each time, until none is missing. What is kept for later users,
+// as pictures' blocks are, is kept once.
+template <class Live>
+void ExpectBearsShortMemory(const std::string& what, const Live& live) {
+    const Bytes wanted =
+        With(test::kNoLimit, live).made; // loads what is loaded once, to raise errors among it
+    for (const size_t blocks : {size_t{0}, size_t{9}}) With(blocks, live);
+    ASSERT_FALSE(wanted.empty()) << what;
+    for (size_t blocks = 0;; ++blocks) {
+        const std::string which = what + ", block " + std::to_string(blocks);
+        Outcome outcome;
+        size_t grown = 0;
+        do {
+            const size_t before = test::LiveBlocks();
+            outcome = With(blocks, live);
+            if (test::LiveBlocks() <= before) break;
+        } while (++grown < 3);
+        ASSERT_LT(grown, 3u) << "memory is left behind: " << which;
+        if (!outcome.failed) break;
+        ASSERT_TRUE(outcome.code != 0 || outcome.made == wanted) << which;
+    }
+}
+
 TEST(ShortMemory, AnyBlockMayBeRefused) {
-    test::Picture first(BGRA); // loads what is loaded once, to raise an error among it
-    for (const size_t blocks : {test::kNoLimit, size_t{0}, size_t{9}}) Live(kVideoEffects[0], first, blocks);
-    for (const EffectInfo& effect : kVideoEffects) {
-        // A converter that can't be made ends the program by contract.
-        if (effect.kind == EffectKind::Transition || effect.kind == EffectKind::Stereo) continue;
-        for (const unsigned format : {BGRA, YUV420P}) {
-            test::Picture picture(format);
-            for (size_t blocks = 0;; ++blocks) {
-                picture.Fill();
-                const size_t before = test::LiveBlocks();
-                const Outcome outcome = Live(effect, picture, blocks);
-                const size_t after = test::LiveBlocks();
-                const std::string what = effect.name + (", format " + std::to_string(format)) + ", block " +
-                                         std::to_string(blocks);
-                ASSERT_EQ(after, before) << what;
-                if (!outcome.failed) {
-                    ASSERT_TRUE(outcome.made && outcome.copied) << what;
-                    break;
-                }
-                ASSERT_NE(outcome.code, 0) << what;
+    IAVManager* const manager = test::Manager();
+    for (const EffectInfo& effect : kVideoEffects)
+        for (const unsigned format : {BGRA, YUV420P})
+            for (const char* mode : {"3", "1"}) {
+                if (effect.kind != EffectKind::Stereo && *mode == '1') continue;
+                test::Picture picture(format);
+                ASSERT_NO_FATAL_FAILURE(
+                    ExpectBearsShortMemory(effect.name + (", format " + std::to_string(format)), [&] {
+                        picture.Fill();
+                        const test::VideoProc proc(test::CreateVideo(effect.name, manager));
+                        if (!proc) return Bytes();
+                        test::SetBusy(*proc, effect);
+                        proc->SetProperty("render_3d_mode", mode); // if it has one
+                        ImagePostion position{};
+                        proc->ProcFrameInPlace(&position, 50, &picture.Frame());
+                        const bool copied = proc->ProcFrame(&position, 50, &picture.Frame());
+                        const test::WithoutLimit enough;
+                        return copied ? picture.Pixels() : Bytes();
+                    }));
             }
-        }
+    for (const EffectInfo& effect : kAudioEffects) {
+        // At another rate than the file's: libswresample doesn't notice when a block is missing for
+        // converting formats alone.
+        test::GuardedSound sound({.rate = 32000, .samples = 400});
+        ASSERT_NO_FATAL_FAILURE(ExpectBearsShortMemory(effect.name, [&] {
+            sound.Randomise(1);
+            const test::AudioProc proc(test::CreateAudio(effect.name, test::Sources()));
+            if (!proc) return Bytes();
+            test::SetBusy(*proc, effect);
+            proc->ProcFrameInPlace(&sound);
+            IRawAudioFrame* const copy = proc->ProcFrame(&sound);
+            if (copy) copy->Release();
+            const test::WithoutLimit enough;
+            return copy ? Bytes(sound.Data(0), sound.Data(0) + sound.Bytes(0)) : Bytes();
+        }));
     }
 }
 

@@ -1,8 +1,6 @@
 // Every effect of the catalogue, after its first frame.
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "BaseTools/block_pool.h"
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "aveffect/base_media.h"
@@ -68,11 +66,7 @@ TEST(SteadyState, TransitionsInOtherFormatsAllocateTwoConversions) {
 TEST(SteadyState, SoundIsChangedWithoutAllocating) {
     for (const char* name : {"audio_volume", "audio_fader"}) {
         const test::AudioProc proc = test::MakeAudio(name);
-        for (const auto& [property, value] : {std::pair{"audio_volume", "50"},
-                                              {"fader_duration", "20"},
-                                              {"fader_start_scale", "0"},
-                                              {"fader_end_scale", "1"}})
-            proc->SetProperty(property, value); // those that it has
+        test::SetBusy(*proc, *FindEffect(name));
         test::HostSound sound({.samples = 1000}, 10);
         const size_t before = test::Allocations();
         for (int i = 0; i < 4; ++i) proc->ProcFrameInPlace(&sound); // the ramp ends and starts again
@@ -111,27 +105,6 @@ TEST(SteadyState, StereoDoesNotGrow) {
         const size_t before = test::LiveBlocks();
         frames(1000 / 3);
         EXPECT_LE(test::LiveBlocks(), before) << mode;
-    }
-}
-
-TEST(SteadyState, ThreadsWithAProcessorEachComputeTheSame) {
-    for (const EffectInfo& effect : kVideoEffects) {
-        if (effect.traits & kDrawsRandom) continue; // the generator is the process's
-        const auto render = [&](unsigned format) {
-            const test::VideoProc proc = MakeBusy(effect);
-            Picture picture(format);
-            for (int time = 0; time < 20; ++time) test::Run(*proc, picture.Frame(), time);
-            return picture.Pixels();
-        };
-        for (const unsigned format : {BGRA, YUV420P}) {
-            const auto expected = render(format);
-            std::vector<std::vector<unsigned char>> results(4);
-            {
-                std::vector<std::jthread> threads;
-                for (auto& result : results) threads.emplace_back([&] { result = render(format); });
-            }
-            for (const auto& result : results) EXPECT_EQ(result, expected) << effect.name;
-        }
     }
 }
 
