@@ -1,30 +1,33 @@
-// Every effect of the catalogue on frames between protected pages, with settings as far out as text can say.
-// What it asks: no crash, no endless call, no byte touched outside the frame, the copy made from the frame as
-// it was, and the same bytes at every level of the processor.
+// Every effect of the catalogue on pictures of every format and sounds of every kind between protected pages,
+// with settings as far out as text can say. What it asks: no crash, no endless call, no byte touched outside
+// the frame, the copy made from the frame as it was, the same bytes at every level of the processor, and
+// nothing left behind.
 //
-// AVEFFECT_SWEEP_CASES says how many cases, AVEFFECT_SWEEP_SEED where they begin.
+// AVEFFECT_SWEEP_CASES says how many cases for each effect, AVEFFECT_SWEEP_SEED where they begin.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <unistd.h>
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <string>
+#include <semaphore>
+#include <sstream>
 
-#include "aveffect/base_media.h"
+#include "AVEffect/CBasedVideoEffect.h"
 #include "aveffect/catalogue.h"
-#include "tests/robustness/guarded_frame.h"
-#include "tests/support/effect_cases.h"
-#include "tests/support/picture_manager.h"
+#include "tests/robustness/trial.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
 
 namespace {
 
 using namespace AVBased;
 using test::GuardedFrame;
-using test::GuardedFramePtr;
-using test::GuardedMemory;
+using test::GuardedSound;
+using test::Trial;
+using test::underWay;
+using Flush = test::GuardedMemory::Flush;
 
 // Random numbers as unsigned ones.
 class Random {
@@ -32,109 +35,43 @@ public:
     explicit Random(unsigned seed)
         : m_Engine(seed) {}
     unsigned operator()() { return static_cast<unsigned>(m_Engine()); }
+    bool OneIn(unsigned n) { return (*this)() % n == 0; }
+    int Within(int low, int high) {
+        return low + static_cast<int>((*this)() % (static_cast<unsigned>(high - low) + 1));
+    }
+    template <class Choices>
+    auto& AnyOf(const Choices& choices) {
+        return choices[(*this)() % std::size(choices)];
+    }
 
 private:
     std::mt19937 m_Engine;
 };
 
-constexpr unsigned kSecondsPerCall = 20;
-
-// What is under way, for those who must say so when a call does not come back.
-std::string underWay;
-
-constexpr int kDeaths[] = {SIGALRM, SIGSEGV, SIGBUS, SIGFPE, SIGABRT};
-struct sigaction before[std::size(kDeaths)];
-
-// Says what was under way, and leaves the rest to who would have had the signal: a sanitizer, the system.
-void Tell(int signal) {
-    const auto write = [](const char* text, size_t size) {
-        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text, size);
-    };
-    write(signal == SIGALRM ? "took too long: " : "died: ", signal == SIGALRM ? 15 : 6);
-    write(underWay.data(), underWay.size());
-    write("\n", 1);
-    for (size_t i = 0; i < std::size(kDeaths); ++i)
-        if (kDeaths[i] == signal) sigaction(signal, &before[i], nullptr);
-    if (signal == SIGALRM || signal == SIGABRT) raise(signal);
-}
-
-void ListenForDeaths() {
-    static const bool once = [] {
-        struct sigaction tell {};
-        tell.sa_handler = Tell;
-        for (size_t i = 0; i < std::size(kDeaths); ++i) sigaction(kDeaths[i], &tell, &before[i]);
-        return true;
-    }();
-    static_cast<void>(once);
-}
-
-template <class T, size_t N>
-const T& AnyOf(const T (&choices)[N], Random& random) {
-    return choices[random() % N];
-}
-
-int Within(int low, int high, Random& random) {
-    return low + static_cast<int>(random() % (static_cast<unsigned>(high - low) + 1));
-}
-
-// The files that transitions read: small and large, tall and wide, of several formats.
-AVBased::IAVManager* Manager() {
-    struct Sources {
-        std::vector<GuardedFramePtr> pictures;
-        test::PictureManager manager;
-
-        Sources() {
-            unsigned seed = 0;
-            for (const auto& [name, shape] : {std::pair{"first", test::Shape{BGRA, 40, 30}},
-                                              {"second", {YUV420P, 17, 50, 3}},
-                                              {"dot", {BGRA, 1, 1}},
-                                              {"line", {YUV444P, 64, 1}}}) {
-                pictures.emplace_back(new GuardedFrame(shape, GuardedMemory::Flush::End, ++seed));
-                manager.sources[name] = {pictures.back().get()};
-            }
-        }
-    };
-    static Sources sources;
-    sources.manager.opened.clear();
-    return &sources.manager;
-}
-
 // What a property may be set to: far beyond its range, at its ends, inside, or no number at all.
 std::string AnyValue(const PropertyInfo& property, Random& random) {
-    static const std::string kOdd[] = {"0",
-                                       "1",
-                                       "-1",
-                                       "2",
-                                       "-2",
-                                       "15",
-                                       "255",
-                                       "256",
-                                       "65535",
-                                       "65536",
-                                       "-32768",
-                                       "2147483647",
-                                       "-2147483648",
-                                       "4294967295",
-                                       "1e308",
-                                       "-1e308",
-                                       "1e-310",
-                                       "0.5",
-                                       "nan",
-                                       "inf",
-                                       "-inf",
-                                       "",
-                                       "none",
-                                       "0x20",
-                                       std::string(5000, '9'),
-                                       "7" + std::string(5000, 'x')};
+    static const std::vector<std::string> odd = [] {
+        std::istringstream words(
+            "0 1 -1 2 -2 15 255 256 32767 -32768 65535 65536 2147483647 -2147483648 4294967295 "
+            "9223372036854775807 -9223372036854775808 1.7976931348623157e308 -1.7976931348623157e308 5e-324 "
+            "-0.0 0.5 nan inf -inf none 0x20");
+        std::vector<std::string> all = {"", {"7\0 9", 4}};
+        for (std::string word; words >> word;) all.push_back(word);
+        return all;
+    }();
+    static const std::string kPaths[] = {"first",   "second", "dot",     "line",
+                                         "missing", "sound",  "silence", "first?vstreamid=1"};
+    static const std::string kSounds[] = {"sound", "odd", "tick", "silence"};
     const auto number = [&](double x) {
         return property.type == kDouble ? std::to_string(x) : std::to_string(static_cast<long long>(x));
     };
-    static const std::string kPaths[] = {"first", "second", "dot", "line", "missing", "first?vstreamid=1"};
-    if (property.kind == ValueKind::Path && random() % 8) return AnyOf(kPaths, random);
+    // A file without an end, or none at all, is stated to stop the program.
+    if (property.name == std::string_view("audio_replace_path")) return random.AnyOf(kSounds);
+    if (property.kind == ValueKind::Path && !random.OneIn(8)) return random.AnyOf(kPaths);
+    if (random.OneIn(64)) return (random() % 2 ? "9" : "7x") + std::string(70000, '9');
     switch (random() % 4) {
     case 0:
-        return AnyOf(kOdd, random);
+        return random.AnyOf(odd);
     case 1:
         return number(random() % 2 ? property.minimum : property.maximum);
     case 2: {
@@ -142,115 +79,168 @@ std::string AnyValue(const PropertyInfo& property, Random& random) {
         return number(property.minimum + share * (property.maximum - property.minimum));
     }
     default: // as large as the pictures are
-        return number(Within(-5, 70, random));
+        return number(random.Within(-5, 70));
     }
 }
 
 // What is stated to stop the program, and what has no upper limit on its work but the value's.
 std::string Tamed(const PropertyInfo& property, std::string value, bool large, Random& random) {
     const std::string_view name = property.name;
-    const bool counts = name == "blur_count" || name == "sharpen_count";
-    if (counts) return std::to_string(Within(0, large ? 3 : 300, random));
+    if (name == "blur_count" || name == "sharpen_count")
+        return std::to_string(random.Within(0, large ? 3 : 300));
     if (name == "render_3d_mode" && std::atoi(value.c_str()) < 0) return "2";
     return value;
 }
 
-test::Shape AnyShape(Random& random, bool large, bool withAlphaPlane) {
-    static const unsigned kFormats[] = {BGRA,     BGRA,     YUV420P,  YUV422P,  YUV410P, YUV411P,
-                                        YUVJ420P, YUVJ422P, YUVA420P, YUVA444P, YUV444P, RGB24};
-    const auto size = [&] {
-        return static_cast<unsigned>(large ? Within(257, 1031, random)
-                                           : Within(1, random() % 2 ? 8 : 65, random));
-    };
-    static const unsigned kPaddings[] = {0, 0, 1, 3, 4, 64};
-    const unsigned width = size(), height = size();
-    unsigned format = AnyOf(kFormats, random);
-    if (!withAlphaPlane && (format == YUVA420P || format == YUVA444P)) format = YUV420P;
-    return {format, width, height, AnyOf(kPaddings, random), 0, random() % 2 == 0};
+// All of the frame table's ids, those of effects more often, and two that nobody knows.
+const std::vector<unsigned>& Formats() {
+    static const std::vector<unsigned> formats = [] {
+        std::vector<unsigned> all(kEffectFormats.begin(), kEffectFormats.end());
+        for (unsigned id = 0; id < 256; ++id)
+            if (mediabridge::TablePlaneCount(id)) all.push_back(id);
+        all.insert(all.end(), {BGRA, 17, 4000000000u});
+        return all;
+    }();
+    return formats;
 }
 
-// A processor, and one of another level that must do the same.
-class Pair {
-public:
-    Pair(const EffectInfo& effect, unsigned mask)
-        : m_Mask(mask)
-        , m_Comparable(!(effect.traits & kDrawsRandom))
-        , m_Proc(test::CreateVideo(effect.name, Manager())) {
-        const test::FeatureMask hidden(m_Mask);
-        m_Other.reset(test::CreateVideo(effect.name, Manager()));
-    }
-    void Set(const char* property, const std::string& value) {
-        m_Proc->SetProperty(property, value.c_str());
-        m_Other->SetProperty(property, value.c_str());
-    }
-    void Run(const test::Shape& shape, GuardedMemory::Flush flush, unsigned seed, int time, bool inPlace) {
-        const auto make = [&](unsigned from) {
-            return GuardedFramePtr(new GuardedFrame(shape, flush, from));
-        };
-        const GuardedFramePtr frame = make(seed), other = make(seed), original = make(seed);
-        ImagePostion position{};
-        GuardedFrame *result = frame.get(), *otherResult = other.get();
-        alarm(kSecondsPerCall);
-        if (inPlace) {
-            m_Proc->ProcFrameInPlace(&position, time, frame.get());
-        } else {
-            result = static_cast<GuardedFrame*>(m_Proc->ProcFrame(&position, time, frame.get()));
-            EXPECT_TRUE(frame->Equals(*original)) << "the host's frame was changed: " << underWay;
-        }
-        {
-            const test::FeatureMask hidden(m_Mask);
-            if (inPlace)
-                m_Other->ProcFrameInPlace(&position, time, other.get());
-            else
-                otherResult = static_cast<GuardedFrame*>(m_Other->ProcFrame(&position, time, other.get()));
-        }
-        alarm(0);
-        EXPECT_TRUE(frame->WatchedBytesAreWhole()) << "bytes beside the frame were changed: " << underWay;
-        if (!result || !otherResult) {
-            EXPECT_EQ(result, otherResult) << underWay;
-            return;
-        }
-        EXPECT_TRUE(result->WatchedBytesAreWhole()) << "bytes beside the copy were changed: " << underWay;
-        EXPECT_TRUE(!m_Comparable || result->Equals(*otherResult)) << "levels differ: " << underWay;
-    }
+// All of the smallest sizes, then a spread.
+const std::vector<std::pair<unsigned, unsigned>>& Sizes() {
+    static const std::vector<std::pair<unsigned, unsigned>> sizes = [] {
+        std::vector<std::pair<unsigned, unsigned>> all;
+        for (unsigned width = 1; width <= 6; ++width)
+            for (unsigned height = 1; height <= 6; ++height) all.emplace_back(width, height);
+        for (const unsigned width : {7, 8, 15, 16, 17, 31, 32, 33, 47, 63, 64, 65})
+            for (const unsigned height : {1, 2, 7, 16, 65}) all.emplace_back(width, height);
+        return all;
+    }();
+    return sizes;
+}
 
-private:
-    unsigned m_Mask;
-    bool m_Comparable;
-    test::VideoProc m_Proc, m_Other;
+struct Case {
+    unsigned number; // each of so many in a row has another format and size
+    bool large;
+    Flush flush;
+    Random& random;
+};
+
+GuardedFrame* MakeMedia(GuardedFrame*, const Case& of) {
+    static const unsigned kPaddings[] = {0, 0, 1, 3, 4, 64, GuardedFrame::kOverlapping};
+    const size_t count = Formats().size() * Sizes().size();
+    const size_t place = size_t{of.number} * 1009 % count; // a prime that does not divide it
+    const auto large = [&] { return static_cast<unsigned>(of.random.Within(257, 1031)); };
+    const auto [width, height] = of.large ? std::pair{large(), large()} : Sizes()[place % Sizes().size()];
+    return new GuardedFrame({Formats()[place / Sizes().size()], width, height, of.random.AnyOf(kPaddings), 0,
+                             of.random() % 2 == 0},
+                            of.flush, of.random());
+}
+
+GuardedSound* MakeMedia(GuardedSound*, const Case& of) {
+    static const unsigned kRates[] = {0,     1,     199,    200,       201,         8000,       44100,
+                                      48000, 96000, 768000, 858993460, 2147483647u, 4294967295u};
+    static const int kChannels[] = {1, 2, 2, 3, 6, 8, 0, -1, 65};
+    static const int kShort[] = {0, 0, 0, 0, 1, -1, -3, -1000};
+    const bool plain = of.random() % 2; // as "audio_volume" wants it
+    Random& random = of.random;
+    const test::SoundShape shape = {plain ? int{sfSigned16} : static_cast<int>(of.number % 13) - 1,
+                                    random.AnyOf(kRates),
+                                    random.AnyOf(kChannels),
+                                    plain || random() % 2,
+                                    random() % 2 == 0,
+                                    random() % (of.large          ? 100000u
+                                                : random.OneIn(2) ? 10u
+                                                                  : 2000u)};
+    const auto full = static_cast<long long>(GuardedSound::BytesOf(
+        {shape.format, shape.rate, std::max(shape.channels, 1), shape.interleaved, true, shape.samples}));
+    const long long bytes = std::max(0LL, full + random.AnyOf(kShort));
+    auto* sound = new GuardedSound(shape, static_cast<size_t>(bytes), of.flush, random());
+    sound->hasBuffers = !random.OneIn(16);
+    sound->time = random() % 2 ? random() % 200 : random();
+    return sound;
+}
+
+// Assertions are part of the contract.
+bool IsStatedToStop(const EffectInfo& effect, IVideoProc& proc, const GuardedFrame& frame) {
+    if (effect.kind == EffectKind::Transition && frame.shape.format != BGRA) {
+        IImageConverter* const back = CreateImageConverterEx(frame.shape.format, 0, 0, 4);
+        if (!back) return true;
+        back->Release();
+    }
+    if (effect.kind != EffectKind::Stereo) return false;
+    const int mode = std::atoi(proc.GetProperty("render_3d_mode", nullptr));
+    // Showing one view alone is a copy between frames that must be alike.
+    if (frame.subset && mode != 3 && mode != 4) return true;
+    return (mode == 1 || mode == 2) && frame.planes.size() != 1 && frame.planes.size() != 3;
+}
+
+bool IsStatedToStop(const EffectInfo& effect, IAudioProc&, const GuardedSound& sound) {
+    const auto& [format, rate, channels, interleaved, littleEndian, samples] = sound.shape;
+    const size_t bytes = sound.hasBuffers && sound.Count() != 0 ? sound.Bytes(0) : 0;
+    if (effect.name == std::string_view(effectNameAudioVolume))
+        return !interleaved || format != sfSigned16 || (sound.hasBuffers && bytes == 0);
+    // The fader insists that every step begins inside an interleaved buffer.
+    return effect.name == std::string_view(effectNameAudioFader) && interleaved && samples > 0 &&
+           channels > 0 && bytes + static_cast<size_t>(channels) < GuardedSound::BytesOf(sound.shape);
+}
+
+std::string Describe(const GuardedFrame& frame) {
+    return test::Describe(frame.shape) + (frame.subset ? ", of two views" : "");
+}
+std::string Describe(const GuardedSound& sound) {
+    const test::SoundShape& shape = sound.shape;
+    return "format " + std::to_string(shape.format) + ", " + std::to_string(shape.samples) + " samples at " +
+           std::to_string(shape.rate) + " Hz, " + std::to_string(shape.channels) + " channels in " +
+           std::to_string(sound.Count()) + " buffers" + (sound.hasBuffers ? "" : " that are missing") +
+           (sound.Count() ? " of " + std::to_string(sound.Bytes(0)) + " bytes" : "") + ", at " +
+           std::to_string(sound.time);
+}
+
+void AddSecondView(GuardedFrame& frame, GuardedFrame* second) { frame.subset = second; }
+void AddSecondView(GuardedSound&, GuardedSound*) {}
+
+struct Life {
+    unsigned frames = 0;
+    std::string finding;
 };
 
 // One life of a processor: some frames with changing sizes, formats, times and properties.
-unsigned Sweep(const EffectInfo& effect, unsigned seed) {
-    Random random(seed);
-    static const unsigned kMasks[] = {0x7, 0x1FF, 0x3FF, ~0u};
+template <class Media>
+Life Live(const EffectInfo& effect, unsigned number) {
+    Random random(number);
+    static const unsigned kMasks[] = {0x6, 0x7, 0x1FF, 0x3FF, ~0u};
     static const int kTimes[] = {0, 1, -1, 50, 99, 100, 2147483647, std::numeric_limits<int>::min()};
-    const unsigned mask = AnyOf(kMasks, random);
-    Pair pair(effect, mask);
-    const bool large = random() % 64 == 0;
-    const bool withAlphaPlane = effect.kind != EffectKind::Stereo; // anaglyphs are stated to stop there
-    test::Shape shape = AnyShape(random, large, withAlphaPlane);
+    const unsigned mask = random.AnyOf(kMasks);
+    Trial<Media> trial([&] { return test::Kind<Media>::Create(effect.name, test::Sources()); }, mask);
+    const bool large = random.OneIn(64);
     std::string settings;
-    const unsigned frames = 2 + random() % 3;
-    for (unsigned i = 0; i < frames; ++i) {
+    Life life;
+    const auto make = [&](bool another) {
+        const unsigned at = number + (another ? ++life.frames : life.frames);
+        return std::unique_ptr<Media>(MakeMedia(
+            static_cast<Media*>(nullptr), {at, large, random() % 2 ? Flush::End : Flush::Start, random}));
+    };
+    while (life.frames < 3 && life.finding.empty()) {
         const auto set = [&](const PropertyInfo& property) {
             const std::string value = Tamed(property, AnyValue(property, random), large, random);
             settings += " " + std::string(property.name) + "=" + value.substr(0, 30);
-            underWay = std::string(effect.name) + ", seed " + std::to_string(seed) + ", setting" + settings;
-            pair.Set(property.name, value);
+            underWay = std::string(effect.name) + ", seed " + std::to_string(number) + ", setting" + settings;
+            trial.Set(property.name, value);
         };
         if (random() % 2) set(kDurationProperty);
         for (const PropertyInfo& property : effect.properties)
-            if (random() % 4 != 0) set(property);
-        if (random() % 3 == 0) shape = AnyShape(random, large, withAlphaPlane);
-        const auto flush = random() % 2 ? GuardedMemory::Flush::End : GuardedMemory::Flush::Start;
+            if (!random.OneIn(4)) set(property);
+        const auto media = make(true), second = make(random() % 2);
+        if (random.OneIn(4)) AddSecondView(*media, second.get());
         const bool inPlace = random() % 2;
-        underWay = std::string(effect.name) + ", seed " + std::to_string(seed) + ", frame " +
-                   std::to_string(i) + (inPlace ? ", in place, " : ", copied, ") + test::Describe(shape) +
-                   ", mask " + std::to_string(mask) + ":" + settings;
-        pair.Run(shape, flush, random(), AnyOf(kTimes, random), inPlace);
+        underWay = std::string(effect.name) + ", seed " + std::to_string(number) +
+                   (inPlace ? ", in place, " : ", copied, ") + Describe(*media) + ", mask " +
+                   std::to_string(mask) + ":" + settings;
+        if (IsStatedToStop(effect, trial.Proc(), *media)) continue;
+        // Where there is no MMX, some effects have other results by definition.
+        const bool comparable = !(effect.traits & kDrawsRandom) && mask & kCpuMMX;
+        life.finding = trial.Run(*media, random.AnyOf(kTimes), inPlace, comparable);
     }
-    return frames;
+    return life;
 }
 
 unsigned FromEnvironment(const char* name, unsigned otherwise) {
@@ -258,24 +248,111 @@ unsigned FromEnvironment(const char* name, unsigned otherwise) {
     return text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : otherwise;
 }
 
+size_t casesRun = 0;
+
+class TellCases final : public testing::Environment {
+    void TearDown() override { std::printf("%zu cases swept\n", casesRun); }
+};
+[[maybe_unused]] auto* const tellCases = testing::AddGlobalTestEnvironment(new TellCases);
+
+template <class Media>
+void Sweep(const EffectInfo& effect) {
+    const unsigned cases = FromEnvironment("AVEFFECT_SWEEP_CASES", 200);
+    const unsigned seed = FromEnvironment("AVEFFECT_SWEEP_SEED", 1);
+    for (unsigned n = 0; n < cases && !testing::Test::HasFailure();) {
+        Life life;
+        const std::string left = test::LeftBehind([&] { life = Live<Media>(effect, seed + n); });
+        EXPECT_EQ(life.finding + left, "") << underWay;
+        n += life.frames;
+        casesRun += life.frames;
+    }
+}
+
 class Robustness : public testing::TestWithParam<std::string> {};
 
 TEST_P(Robustness, NothingAHostDoesByAccidentTakesItDown) {
-    ListenForDeaths();
+    test::ListenForDeaths();
+    test::Sources();
+    av_log_set_level(AV_LOG_ERROR);
     const EffectInfo& effect = *FindEffect(GetParam());
-    const unsigned cases = FromEnvironment("AVEFFECT_SWEEP_CASES", 200);
-    const unsigned seed = FromEnvironment("AVEFFECT_SWEEP_SEED", 1);
-    for (unsigned n = 0; n < cases && !HasFailure(); n += Sweep(effect, seed + n)) {
-    }
+    if (effect.kind == EffectKind::Audio)
+        Sweep<GuardedSound>(effect);
+    else
+        Sweep<GuardedFrame>(effect);
 }
 
 std::vector<std::string> EffectNames() {
     std::vector<std::string> names;
     for (const EffectInfo& effect : kVideoEffects) names.push_back(effect.name);
+    for (const EffectInfo& effect : kAudioEffects) names.push_back(effect.name);
     return names;
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, Robustness, testing::ValuesIn(EffectNames()),
                          [](const auto& test) { return test.param; });
+
+struct Freer {
+    void operator()(IRawVideoFrame* frame) const { frame->Free(); }
+};
+
+// An effect with a mistake, to see the sweep find it.
+class Faulty final : public CBasedVideoImageEffect {
+public:
+    using Mistake = void (*)(IRawVideoFrame& frame);
+    explicit Faulty(Mistake mistake)
+        : CBasedVideoImageEffect("faulty")
+        , m_Mistake(mistake) {}
+    void InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) override { m_Mistake(*frame); }
+
+private:
+    Mistake m_Mistake;
+};
+
+std::string Try(Faulty::Mistake mistake, Flush flush = Flush::Start) {
+    test::ListenForDeaths();
+    const unsigned patience = std::exchange(test::secondsPerCall, 1);
+    underWay = "a mistake";
+    std::string finding;
+    const std::string left = test::LeftBehind([&] {
+        Trial<GuardedFrame> trial([&] { return new Faulty(mistake); }, 0x7);
+        finding = trial.Run({{BGRA, 5, 3}, flush, 1}, 0, true, true);
+    });
+    test::secondsPerCall = patience;
+    return finding + left;
+}
+
+void WriteBehindRows(IRawVideoFrame& frame) {
+    unsigned width = 0, pitch = 0, rows = 0;
+    unsigned char* const data = frame.GetBuffer(0, &width, &pitch, &rows);
+    for (unsigned y = 0; y < rows; ++y) data[y * pitch + width] ^= 1;
+}
+
+void DivideByFormat(IRawVideoFrame& frame) {
+    volatile unsigned none = frame.GetPixelFormat() - BGRA;
+    frame.SetDuration(7 / none);
+}
+
+TEST(SweepDeathTest, FindsMistakes) {
+    EXPECT_EQ(Try([](IRawVideoFrame&) {}), "");
+    EXPECT_EQ(Try(WriteBehindRows), "bytes beside the frame were changed");
+    EXPECT_DEATH(Try(WriteBehindRows, Flush::End), "died: a mistake");
+    EXPECT_DEATH(Try(DivideByFormat), "died: a mistake|division by zero");
+    static std::vector<std::unique_ptr<IRawVideoFrame, Freer>>
+        forgotten; // for the rest of the test, no longer
+    EXPECT_EQ(Try([](IRawVideoFrame& frame) { forgotten.emplace_back(frame.Clone()); }),
+              "frames are left behind");
+    forgotten.clear();
+    EXPECT_EQ(Try([](IRawVideoFrame& frame) {
+                  static unsigned char calls = 0;
+                  unsigned ignored = 0;
+                  *frame.GetBuffer(0, &ignored, &ignored, &ignored) = ++calls;
+              }),
+              "levels differ");
+    EXPECT_DEATH(Try([](IRawVideoFrame&) {
+                     static std::binary_semaphore lock(1);
+                     lock.acquire(); // and never released
+                 }),
+                 "took too long: a mistake");
+}
 
 } // namespace

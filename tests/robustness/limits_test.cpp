@@ -1,0 +1,157 @@
+// Sizes that nobody can address, and rows farther apart than 32 bits count.
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "aveffect/catalogue.h"
+#include "tests/robustness/trial.h"
+#include "tests/support/busy_settings.h"
+
+namespace {
+
+using namespace AVBased;
+using test::GuardedFrame;
+using test::GuardedSound;
+
+constexpr unsigned kSizes[][2] = {{INT_MAX, INT_MAX},   {INT_MAX, 1},          {1, INT_MAX},
+                                  {0x40000000, 4},      {0x80000000, 1},       {1, 0x80000000},
+                                  {UINT_MAX, UINT_MAX}, {UINT_MAX / 4 + 1, 2}, {65536, 65536}};
+
+// The code in the record, which is empty from now on.
+int TakeCode() {
+    const int code = GetBaseException()->GetExceptionCode();
+    ReleaseBaseException();
+    return code;
+}
+
+bool IsRefusal(int code) { return code == kNoMemory || code == kUnknownException; }
+
+TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
+    TakeCode();
+    const test::Shape shape = {BGRA, 4, 4};
+    GuardedFrame small(shape, test::GuardedMemory::Flush::End, 1);
+    for (const auto& [width, height] : kSizes) {
+        const std::string what = std::to_string(width) + "x" + std::to_string(height);
+        MemoryFrame claims(BGRA, width, height, {{nullptr, width * 4, width * 4, height}});
+        for (const unsigned format : {BGRA, YUV420P}) {
+            for (IRawVideoFrame* const source : std::initializer_list<IRawVideoFrame*>{&small, &claims}) {
+                const bool toSize = source == &small;
+                IImageConverter* const converter =
+                    CreateImageConverterEx(format, toSize ? width : 0, toSize ? height : 0, 4);
+                if (converter) {
+                    EXPECT_EQ(converter->Convert(source), nullptr) << what;
+                    converter->Release();
+                }
+                EXPECT_TRUE(IsRefusal(TakeCode())) << what;
+            }
+        }
+        IRawVideoFrameCropPan* const margins = CreateRawVideoFrameCropPan();
+        margins->SetLeft(width);
+        margins->SetBottom(height);
+        EXPECT_EQ(margins->Process(&small), nullptr) << what;
+        EXPECT_TRUE(IsRefusal(TakeCode())) << what;
+        margins->Release();
+    }
+    IAudioResampler* const resampler = CreateAudioResampler(sfFloat, 48000, 2, 0, true, 0, 0);
+    for (const unsigned samples : {UINT_MAX, unsigned{INT_MAX}, 0x40000000u}) {
+        GuardedSound claims({.samples = samples}, 16, test::GuardedMemory::Flush::End, 1);
+        EXPECT_EQ(resampler->Convert(&claims), nullptr) << samples;
+        EXPECT_TRUE(IsRefusal(TakeCode())) << samples;
+    }
+    resampler->Destroy();
+}
+
+// Frames without the memory that they claim, and frames that are smaller than they claim.
+TEST(Limits, EffectsRefuseWhatCantBeAddressed) {
+    test::ListenForDeaths();
+    for (const EffectInfo& effect : kVideoEffects)
+        for (const char* mode : {"3", "1"})
+            for (const auto& [width, height] : kSizes)
+                for (const bool hollow : {true, false}) {
+                    test::underWay = std::string(effect.name) + ", mode " + mode + ", " +
+                                     std::to_string(width) + "x" + std::to_string(height);
+                    const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
+                    test::SetBusy(*proc, effect);
+                    proc->SetProperty("render_3d_mode", mode); // if it has one
+                    unsigned char pixels[4 * 4 * 4] = {};
+                    MemoryFrame frame(BGRA, width, height,
+                                      {hollow
+                                           ? MemoryFrame::Plane{nullptr, UINT_MAX - 3, UINT_MAX - 3, height}
+                                           : MemoryFrame::Plane{pixels, 16, 16, 4}});
+                    TakeCode();
+                    test::Run(*proc, frame, 50);
+                    const int code = TakeCode();
+                    const bool refused = IsRefusal(code) || (code == kBadPointer && *mode == '1');
+                    EXPECT_TRUE(refused || (code == kNoError && !hollow)) << test::underWay << ": " << code;
+                }
+}
+
+// A picture whose rows are pages apart, with nothing between that could be touched.
+class LongFrame final : public MemoryFrame {
+public:
+    static constexpr unsigned kPitch = 0xC0000010, kRows = 3, kWidth = 7;
+
+    explicit LongFrame(const GuardedFrame& from)
+        : LongFrame(from,
+                    static_cast<unsigned char*>(mmap(nullptr, kBytes, PROT_NONE,
+                                                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))) {}
+    ~LongFrame() override { munmap(m_Memory, kBytes); }
+    static unsigned char* RowOf(const GuardedFrame& frame, size_t y) {
+        return frame.Data(0) + y * frame.planes[0].pitch;
+    }
+    bool Equals(const GuardedFrame& frame) const {
+        for (size_t y = 0; y < kRows; ++y)
+            if (!std::equal(Row(y), Row(y) + kWidth * 4, RowOf(frame, y))) return false;
+        return true;
+    }
+
+private:
+    static constexpr size_t kPage = 4096, kBytes = size_t{kPitch} * kRows + 2 * kPage;
+
+    LongFrame(const GuardedFrame& from, unsigned char* memory)
+        : MemoryFrame(BGRA, kWidth, kRows, {{memory + kPage, kWidth * 4, kPitch, kRows}})
+        , m_Memory(memory) {
+        if (memory == MAP_FAILED) throw std::bad_alloc();
+        for (size_t y = 0; y < kRows; ++y) {
+            const size_t begin = static_cast<size_t>(Row(y) - memory) / kPage * kPage;
+            EXPECT_EQ(mprotect(memory + begin, 2 * kPage, PROT_READ | PROT_WRITE), 0);
+            std::copy_n(RowOf(from, y), kWidth * 4, Row(y));
+        }
+    }
+    unsigned char* Row(size_t y) const { return m_Memory + kPage + y * kPitch; }
+    IRawVideoFrame* Clone() override {
+        auto* copy = new GuardedFrame({BGRA, kWidth, kRows}, test::GuardedMemory::Flush::End, 1);
+        for (size_t y = 0; y < kRows; ++y) std::copy_n(Row(y), kWidth * 4, RowOf(*copy, y));
+        return copy;
+    }
+
+    unsigned char* m_Memory;
+};
+
+TEST(Limits, RowsMayLieFartherApartThan32BitsCount) {
+    test::ListenForDeaths();
+    for (const EffectInfo& effect : kVideoEffects) {
+        // Random ones can't be compared, views need clones alike, and the others fill the gaps too.
+        if (effect.traits & kDrawsRandom || effect.kind == EffectKind::Stereo ||
+            effect.kind == EffectKind::Transition || effect.name == std::string_view(effectNameVideoWall))
+            continue;
+        test::underWay = effect.name;
+        GuardedFrame plain({BGRA, LongFrame::kWidth, LongFrame::kRows, 4}, test::GuardedMemory::Flush::End,
+                           3);
+        LongFrame frame(plain);
+        for (IRawVideoFrame* const each : std::initializer_list<IRawVideoFrame*>{&frame, &plain}) {
+            const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
+            test::SetBusy(*proc, effect);
+            for (const char* small : {"_x", "_y", "_r", "size"}) // within so small a picture
+                for (const PropertyInfo& property : effect.properties)
+                    if (std::string_view(property.name).ends_with(small))
+                        proc->SetProperty(property.name, "3");
+            TakeCode();
+            test::Run(*proc, *each, 50);
+            EXPECT_EQ(TakeCode(), 0) << effect.name;
+        }
+        EXPECT_TRUE(frame.Equals(plain)) << effect.name;
+    }
+}
+
+} // namespace

@@ -1,0 +1,265 @@
+// Every effect of the catalogue while something outside the plug-in goes wrong: the host's media access, its
+// frames, the companions' converters. The frame is what it should be or was, or a word is recorded; nothing
+// is left behind; and the processor works once the trouble is over.
+#include <gtest/gtest.h>
+
+#include "aveffect/catalogue.h"
+#include "tests/robustness/trial.h"
+#include "tests/support/busy_settings.h"
+
+namespace {
+
+using namespace AVBased;
+using test::GuardedFrame;
+using test::GuardedSound;
+using test::How;
+using test::Place;
+using test::trouble;
+
+template <class Function>
+Function* TheCompanions(const char* name) {
+    static void* const library = dlopen(AVEFFECT_BIN_DIR "/libAVBaseMedia.so", RTLD_NOW | RTLD_LOCAL);
+    return reinterpret_cast<Function*>(dlsym(library, name));
+}
+
+class Converter final : public IImageConverter {
+public:
+    explicit Converter(IImageConverter* real)
+        : m_Real(real) {}
+    IRawVideoFrame* Convert(IRawVideoFrame* source) override {
+        return trouble.At(Place::Convert) ? nullptr : m_Real->Convert(source);
+    }
+    void Release() override {
+        m_Real->Release();
+        delete this;
+        trouble.At(Place::ReleaseConverter);
+    }
+
+private:
+    IImageConverter* m_Real;
+};
+
+class CropPan final : public IRawVideoFrameCropPan {
+public:
+    void SetLeft(unsigned pixels) override { m_Real->SetLeft(pixels); }
+    void SetTop(unsigned pixels) override { m_Real->SetTop(pixels); }
+    void SetRight(unsigned pixels) override { m_Real->SetRight(pixels); }
+    void SetBottom(unsigned pixels) override { m_Real->SetBottom(pixels); }
+    IRawVideoFrame* Process(IRawVideoFrame* source) override {
+        return trouble.At(Place::Pad) ? nullptr : m_Real->Process(source);
+    }
+    void Release() override {
+        m_Real->Release();
+        delete this;
+        trouble.At(Place::ReleaseCropPan);
+    }
+
+private:
+    IRawVideoFrameCropPan* m_Real =
+        TheCompanions<decltype(CreateRawVideoFrameCropPan)>("CreateRawVideoFrameCropPan")();
+};
+
+class Resampler final : public IAudioResampler {
+public:
+    explicit Resampler(IAudioResampler* real)
+        : m_Real(real) {}
+    IRawAudioFrame* Convert(IRawAudioFrame* source) override {
+        return trouble.At(Place::Resample) ? nullptr : m_Real->Convert(source);
+    }
+    void Destroy() override {
+        m_Real->Destroy();
+        delete this;
+        trouble.At(Place::DestroyResampler);
+    }
+
+private:
+    IAudioResampler* m_Real;
+};
+
+} // namespace
+
+IImageConverter* CreateImageConverterEx(unsigned format, unsigned width, unsigned height, unsigned quality) {
+    if (trouble.At(Place::MakeConverter)) return nullptr;
+    const auto make = TheCompanions<decltype(CreateImageConverterEx)>("CreateImageConverterEx");
+    return new Converter(make(format, width, height, quality));
+}
+
+IRawVideoFrameCropPan* CreateRawVideoFrameCropPan() {
+    return trouble.At(Place::MakeCropPan) ? nullptr : new CropPan;
+}
+
+IAudioResampler* CreateAudioResampler(int format, unsigned rate, int channels, int, bool interleaved, int,
+                                      int) {
+    if (trouble.At(Place::MakeResampler)) {
+        GetBaseException()->SetException(kUnknownException, "no resampler", __LINE__, __FILE__);
+        return nullptr;
+    }
+    const auto make = TheCompanions<decltype(CreateAudioResampler)>("CreateAudioResampler");
+    return new Resampler(make(format, rate, channels, 0, interleaved, 0, 0));
+}
+
+namespace {
+
+// An effect with its settings and the frame that it gets.
+template <class Media>
+struct Subject {
+    const EffectInfo& effect;
+    const Media& original;
+    const char* mode = nullptr;
+
+    typename test::Kind<Media>::Proc* Make() const {
+        return test::Kind<Media>::Create(effect.name, test::Sources());
+    }
+    void Set(test::Held<Media>& proc) const {
+        test::SetBusy(*proc.operator->(), effect);
+        if (mode) proc->SetProperty("render_3d_mode", mode);
+    }
+};
+
+// A copy of what the processor made of a frame, null when it failed, and the code that it recorded.
+template <class Media>
+std::pair<std::unique_ptr<Media>, int> Process(test::Held<Media>& proc, const Media& original, bool inPlace) {
+    const auto frame = std::make_unique<Media>(original);
+    ReleaseBaseException();
+    const Media* const result = proc.Process(*frame, 50, inPlace);
+    const int code = GetBaseException()->GetExceptionCode();
+    EXPECT_TRUE(inPlace || *frame == original) << "the host's frame was changed: " << test::underWay;
+    return {result ? std::make_unique<Media>(*result) : nullptr, code};
+}
+
+// Assertions are part of the contract, and so is that a copy which can't be freed with its processor ends the
+// program.
+template <class Media>
+bool IsStatedToStop(const Subject<Media>& subject, bool inPlace, bool lasting) {
+    const std::string_view name = subject.effect.name;
+    if (trouble.how != How::Nothing)
+        return trouble.place == Place::Free && lasting && subject.effect.kind != EffectKind::Audio;
+    return (trouble.place == Place::Clone && !inPlace) ||
+           (trouble.place == Place::MakeConverter && subject.effect.kind == EffectKind::Transition) ||
+           (trouble.place == Place::Open && name == effectNameAudioReplace) ||
+           (trouble.place == Place::Buffer && name == effectNameAudioFader);
+}
+
+// The life of a processor under the trouble that there is, which is over in its middle or with its end.
+template <class Media>
+void Suffer(const Subject<Media>& subject, bool lasting) {
+    const auto during = trouble;
+    trouble = {};
+    std::vector<std::unique_ptr<Media>> wanted;
+    {
+        test::Held<Media> healthy(subject.Make());
+        subject.Set(healthy);
+        for (const bool inPlace : {true, false})
+            wanted.push_back(Process(healthy, subject.original, inPlace).first);
+        wanted.push_back(std::make_unique<Media>(subject.original));
+        if (subject.effect.kind == EffectKind::Audio) { // what a file that ends gives
+            wanted.push_back(std::make_unique<Media>(subject.original));
+            wanted.back()->Clear();
+        }
+    }
+    trouble = during;
+    auto proc = std::make_unique<test::Held<Media>>(subject.Make());
+    if (!*proc) {
+        EXPECT_NE(GetBaseException()->GetExceptionCode(), 0) << test::underWay;
+        trouble = {};
+        proc = std::make_unique<test::Held<Media>>(subject.Make());
+        trouble = during;
+    }
+    subject.Set(*proc);
+    for (const bool inPlace : {true, false}) {
+        if (IsStatedToStop(subject, inPlace, lasting)) continue;
+        const auto [result, code] = Process(*proc, subject.original, inPlace);
+        const bool good = result && (subject.effect.traits & kDrawsRandom ||
+                                     std::any_of(wanted.begin(), wanted.end(),
+                                                 [&](const auto& media) { return *media == *result; }));
+        EXPECT_TRUE(good || code != 0) << "another frame and no word about it: " << test::underWay;
+    }
+    if (!lasting) {
+        trouble = {};
+        subject.Set(*proc);
+        for (const bool inPlace : {false, true}) {
+            const auto [result, code] = Process(*proc, subject.original, inPlace);
+            EXPECT_TRUE(result && code == 0) << "not usable afterwards: " << test::underWay;
+        }
+    }
+    proc.reset();
+    trouble = {};
+}
+
+template <class Media>
+void SufferAll(const Subject<Media>& subject) {
+    for (int place = 1; place < static_cast<int>(Place::End); ++place)
+        for (const How how : {How::Nothing, How::Exception, How::Oddity})
+            for (const bool lasting : {false, true}) {
+                const test::Trouble now = {static_cast<Place>(place), how};
+                test::underWay = std::string(subject.effect.name) + ", place " + std::to_string(place) +
+                                 ", how " + std::to_string(static_cast<int>(how)) +
+                                 (lasting ? ", to the end" : "") + (subject.mode ? subject.mode : "");
+                trouble = now;
+                const bool stops = IsStatedToStop(subject, true, lasting);
+                trouble = {};
+                if (stops) continue;
+                const std::string left = test::LeftBehind([&] {
+                    trouble = now;
+                    Suffer(subject, lasting);
+                });
+                EXPECT_EQ(left, "") << test::underWay;
+            }
+}
+
+TEST(Outside, NothingThatGoesWrongThereTakesAnEffectDown) {
+    test::ListenForDeaths();
+    test::Sources();
+    for (const unsigned format : {BGRA, YUV420P}) {
+        const test::Shape shape = {format, 64, 48};
+        const GuardedFrame frame(shape, test::GuardedMemory::Flush::End, 1);
+        GuardedFrame second({YUV422P, 64, 48}, test::GuardedMemory::Flush::End, 2), both(frame);
+        both.subset = &second;
+        for (const EffectInfo& effect : kVideoEffects) {
+            SufferAll<GuardedFrame>({effect, frame});
+            if (effect.kind != EffectKind::Stereo) continue;
+            SufferAll<GuardedFrame>({effect, frame, "1"});
+            SufferAll<GuardedFrame>({effect, both, "4"});
+        }
+    }
+    const GuardedSound sound({.samples = 500});
+    for (const EffectInfo& effect : kAudioEffects) SufferAll<GuardedSound>({effect, sound});
+}
+
+TEST(Outside, ACopyThatNobodyGetsMayThrowWhenItGoes) {
+    GuardedSound hollow({.samples = 500});
+    hollow.hasBuffers = false;
+    test::Held<GuardedSound> proc(test::CreateAudio(effectNameAudioReplace, test::Sources()));
+    trouble = {Place::Free, How::Exception};
+    const auto [result, code] = Process(proc, hollow, false);
+    trouble = {};
+    EXPECT_EQ(result, nullptr);
+    EXPECT_EQ(code, kUnknownException) << "the effect's own word";
+}
+
+// A processor as a program has it that dies of it.
+template <class Media>
+void Die(const Subject<Media>& subject, Place place) {
+    test::Held<Media> proc(subject.Make());
+    subject.Set(proc);
+    trouble.place = place;
+    Process(proc, subject.original, place != Place::Clone);
+}
+
+TEST(OutsideDeathTest, StopsWhereThatIsStated) {
+    const GuardedFrame frame({BGRA, 8, 8}, test::GuardedMemory::Flush::End, 1);
+    const GuardedSound sound({.samples = 8});
+    for (const EffectInfo& effect : kVideoEffects) {
+        const Subject<GuardedFrame> subject = {effect, frame};
+        EXPECT_DEATH(Die(subject, Place::Clone), "Assertion `m_pCurFrame' failed") << effect.name;
+        if (effect.kind == EffectKind::Transition) {
+            EXPECT_DEATH(Die(subject, Place::MakeConverter), "Assertion `0' failed") << effect.name;
+        }
+    }
+    for (const EffectInfo& effect : kAudioEffects)
+        EXPECT_DEATH(Die(Subject<GuardedSound>{effect, sound}, Place::Clone),
+                     "Assertion `m_pCurFrame' failed")
+            << effect.name;
+}
+
+} // namespace

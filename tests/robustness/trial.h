@@ -1,0 +1,163 @@
+#pragma once
+/// A processor and its twin at work, watched: what they must not touch, whether they come back, do the same
+/// and leave nothing behind. Findings come as text, which is empty when there are none.
+#include <signal.h>
+#include <unistd.h>
+
+#include <array>
+#include <functional>
+#include <string>
+
+#include "aveffect/base_media.h"
+#include "aveffect/base_tools.h"
+#include "tests/memory/allocation_count.h"
+#include "tests/robustness/guarded_media.h"
+#include "tests/support/effect_cases.h"
+
+namespace test {
+
+/// What is under way, for those who must say so when a call does not come back.
+inline std::string underWay;
+
+inline unsigned secondsPerCall = 60; ///< of the machine's time, which may have much else to do
+
+/// From now on deaths of this program say what was under way, and leave the rest to who would have had the
+/// signal: a sanitizer, the system.
+inline void ListenForDeaths() {
+    static constexpr std::array kDeaths = {SIGALRM, SIGSEGV, SIGBUS, SIGFPE, SIGABRT};
+    static std::array<struct sigaction, kDeaths.size()> before;
+    static const bool once = [] {
+        struct sigaction tell {};
+        tell.sa_handler = [](int signal) {
+            const std::string_view what = signal == SIGALRM ? "took too long: " : "died: ";
+            for (const std::string_view text : {what, std::string_view(underWay), std::string_view("\n")}) {
+                [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+            }
+            for (size_t i = 0; i < kDeaths.size(); ++i)
+                if (kDeaths[i] == signal) sigaction(signal, &before[i], nullptr);
+            if (signal == SIGALRM || signal == SIGABRT) raise(signal);
+        };
+        for (size_t i = 0; i < kDeaths.size(); ++i) sigaction(kDeaths[i], &tell, &before[i]);
+        return true;
+    }();
+    static_cast<void>(once);
+}
+
+/// The kinds of processors, as one.
+template <class Media>
+struct Kind;
+template <>
+struct Kind<GuardedFrame> {
+    using Proc = AVBased::IVideoProc;
+    static GuardedFrame* Copied(Proc& proc, GuardedFrame& frame, int time) {
+        AVBased::ImagePostion position{};
+        return static_cast<GuardedFrame*>(proc.ProcFrame(&position, time, &frame));
+    }
+    static void InPlace(Proc& proc, GuardedFrame& frame, int time) { Run(proc, frame, time); }
+    static constexpr bool kLeavesLastCopy = false;
+    static Proc* Create(const char* name, AVBased::IAVManager* manager) { return CreateVideo(name, manager); }
+};
+template <>
+struct Kind<GuardedSound> {
+    using Proc = AVBased::IAudioProc;
+    static GuardedSound* Copied(Proc& proc, GuardedSound& sound, int) {
+        return static_cast<GuardedSound*>(proc.ProcFrame(&sound));
+    }
+    static void InPlace(Proc& proc, GuardedSound& sound, int) { proc.ProcFrameInPlace(&sound); }
+    static constexpr bool kLeavesLastCopy = true; ///< to the host, when its processor is gone
+    static Proc* Create(const char* name, AVBased::IAVManager* manager) { return CreateAudio(name, manager); }
+};
+
+/// A processor as a host holds it, with the last copy that it gave.
+template <class Media>
+class Held {
+public:
+    using Proc = typename Kind<Media>::Proc;
+
+    explicit Held(Proc* proc)
+        : m_Proc(proc) {}
+    ~Held() {
+        m_Proc.reset();
+        if (Kind<Media>::kLeavesLastCopy) delete m_Copy;
+    }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+
+    Proc* operator->() const { return m_Proc.get(); }
+    explicit operator bool() const { return m_Proc != nullptr; }
+    /// The frame that was worked on: itself, a copy, or null.
+    Media* Process(Media& frame, int time, bool inPlace) {
+        if (!inPlace) return m_Copy = Kind<Media>::Copied(*m_Proc, frame, time);
+        Kind<Media>::InPlace(*m_Proc, frame, time);
+        return &frame;
+    }
+
+private:
+    std::unique_ptr<Proc, ProcFree> m_Proc;
+    Media* m_Copy = nullptr;
+};
+
+template <class Media>
+class Trial {
+public:
+    /// The twin is made and run with features of the machine hidden.
+    Trial(const std::function<typename Kind<Media>::Proc*()>& make, unsigned mask)
+        : m_Mask(mask)
+        , m_Proc(make())
+        , m_Twin([&] {
+            const FeatureMask hidden(mask);
+            return make();
+        }()) {}
+
+    void Set(const char* property, const std::string& value) {
+        m_Proc->SetProperty(property, value.c_str());
+        m_Twin->SetProperty(property, value.c_str());
+    }
+    typename Kind<Media>::Proc& Proc() { return *m_Proc.operator->(); }
+
+    std::string Run(const Media& original, int time, bool inPlace, bool comparable) {
+        const auto frame = std::make_unique<Media>(original), other = std::make_unique<Media>(original);
+        alarm(secondsPerCall);
+        const Media* const result = m_Proc.Process(*frame, time, inPlace);
+        const FeatureMask hidden(m_Mask);
+        const Media* const twins = m_Twin.Process(*other, time, inPlace);
+        alarm(0);
+        if (!inPlace && !(*frame == original)) return "the host's frame was changed";
+        for (const Media* each : {static_cast<const Media*>(frame.get()), result, twins})
+            if (each && !each->WatchedBytesAreWhole()) return "bytes beside the frame were changed";
+        if (!result != !twins) return "only some levels fail";
+        if (comparable && result && !(*result == *twins)) return "levels differ";
+        return {};
+    }
+
+private:
+    unsigned m_Mask;
+    Held<Media> m_Proc, m_Twin;
+};
+
+/// Blocks of memory in use; the sanitizers count them themselves.
+inline size_t BlocksInUse() {
+#ifdef AVEFFECT_COUNTS_BLOCKS
+    return LiveBlocks();
+#else
+    return 0;
+#endif
+}
+
+/// Lives once, and once more where blocks are left: what is made once for the whole process is no leak.
+inline std::string LeftBehind(const std::function<void()>& live) {
+    for (const bool again : {false, true}) {
+        ReleaseBaseException();
+        const int frames = GuardedBuffers::alive, readers = SourceManager::readers;
+        const size_t blocks = BlocksInUse();
+        live();
+        ReleaseBaseException();
+        if (GuardedBuffers::alive != frames) return "frames are left behind";
+        if (SourceManager::readers != readers) return "readers are left behind";
+        if (BlocksInUse() == blocks) break;
+        if (again) return "memory is left behind";
+    }
+    return {};
+}
+
+} // namespace test
