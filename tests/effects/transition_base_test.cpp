@@ -239,30 +239,6 @@ TEST_F(TransitionBase, SurvivesHostsThatFail) {
     HostFrame hollow({YUV420P, 0, 0});
     test::Run(*Make(&manager), hollow);
     EXPECT_EQ(Code(), 10021008);
-    // A reader that throws when it is let go has done its work all the same.
-    manager.sources["first"].throwsOnRelease = true;
-    auto frame = test::MakeFrame({BGRA, 12, 8}, 2);
-    test::Run(*Make(&manager), *frame);
-    EXPECT_EQ(frame->planes[0].bytes, picture->planes[0].bytes);
-    EXPECT_EQ(Message(), "not released");
-}
-
-TEST_F(TransitionBase, FreesWhatItClones) {
-    int freed = 0, clones = 0;
-    auto picture = test::MakeFrame({BGRA, 12, 8}, 1);
-    picture->onClone = [&](HostFrame& frame) {
-        auto* copy = new HostFrame(frame);
-        copy->freed = &freed;
-        ++clones;
-        return copy;
-    };
-    Show(picture.get(), picture.get());
-    {
-        const test::VideoProc proc = Make(&manager);
-        for (const unsigned width : {12u, 24u}) test::Run(*proc, *test::MakeFrame({BGRA, width, 8}));
-        EXPECT_EQ(freed, 2) << "the fitted ones are others";
-    }
-    EXPECT_EQ(clones, freed);
 }
 
 } // namespace

@@ -74,21 +74,6 @@ TEST(SteadyState, SoundIsChangedWithoutAllocating) {
     }
 }
 
-TEST(SteadyState, ProcessorsLeaveNothingBehind) {
-    const auto live = [](const EffectInfo& effect) {
-        const test::VideoProc proc = MakeBusy(effect);
-        Picture picture(BGRA);
-        ImagePostion position{};
-        proc->ProcFrame(&position, 50, &picture.Frame());
-    };
-    for (const EffectInfo& effect : kVideoEffects) live(effect); // loads libraries and their tables
-    for (const EffectInfo& effect : kVideoEffects) {
-        const size_t before = test::LiveBlocks();
-        live(effect);
-        EXPECT_EQ(test::LiveBlocks(), before) << effect.name;
-    }
-}
-
 // Views, converters and working frames that are made anew for every format and size.
 TEST(SteadyState, StereoDoesNotGrow) {
     const BaseTool::BlockKeeper keeper;

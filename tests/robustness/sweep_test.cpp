@@ -110,8 +110,8 @@ const std::vector<std::pair<unsigned, unsigned>>& Sizes() {
         std::vector<std::pair<unsigned, unsigned>> all;
         for (unsigned width = 1; width <= 6; ++width)
             for (unsigned height = 1; height <= 6; ++height) all.emplace_back(width, height);
-        for (const unsigned width : {7, 8, 15, 16, 17, 31, 32, 33, 47, 63, 64, 65})
-            for (const unsigned height : {1, 2, 7, 16, 65}) all.emplace_back(width, height);
+        for (const unsigned width : {7u, 8u, 15u, 16u, 17u, 31u, 32u, 33u, 47u, 63u, 64u, 65u})
+            for (const unsigned height : {1u, 2u, 7u, 16u, 65u}) all.emplace_back(width, height);
         return all;
     }();
     return sizes;

@@ -17,7 +17,6 @@ struct PictureSource {
     int soundsBefore = 0;                       ///< items that come before the picture
     int sounds = 1000;                          ///< items before the end, without a picture
     bool throwsOnRead = false;
-    bool throwsOnRelease = false;
 };
 
 class PictureManager final : public AVBased::IAVManager {
@@ -65,9 +64,7 @@ private:
         unsigned GetDuration() override { return 0; }
         void Release() override {
             --m_manager.readers;
-            const bool throws = m_source.throwsOnRelease;
             delete this;
-            if (throws) throw std::runtime_error("not released");
         }
 
     private:
