@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                  .soundsBefore = input.Take<uint8_t>() % 40};
     }
     manager.sources["sound"] = {};
-    manager.sources["broken"] = {.throwsOnRead = true, .throwsOnRelease = true};
+    manager.sources["broken"] = {.throwsOnRead = true};
 
     const std::unique_ptr<IVideoProc, void (*)(IVideoProc*)> proc(CreateVideoProc(&manager, effect.name),
                                                                   [](IVideoProc* p) { p->Free(); });
