@@ -226,7 +226,8 @@ bool CopyVideoFrame(IRawVideoFrame* dst, IRawVideoFrame* src) {
             assert(s_ln == d_ln);
             assert(s_lss == d_lss);
             const size_t bytes = size_t{s_lss} * s_ln;
-            // A plane without a byte a row may be at its clone's source, which may be gone.
+            // Of a plane without a byte a row a clone has no memory of its own: its pointer is its source's,
+            // which may be gone.
             if (s_width == 0 || d_width == 0 || bytes == 0) continue;
             if (!to || !from) Raise(kBadPointer, "Bad pointer");
             AVBasedMemCopy(to, from, bytes);

@@ -66,6 +66,7 @@ void Draw(HostFrame& out, HostFrame left, HostFrame right, int mode) {
         const auto draw = [&](size_t x, size_t y, unsigned char value) {
             plane.At(static_cast<unsigned>(x), static_cast<unsigned>(y)) = value;
         };
+        if (plane.width == 0) continue; // nor is its padding copied
         if (mode == 0) std::copy_n(left.planes[i].Data(), size_t{plane.pitch} * plane.rows, plane.Data());
         if (mode < 3 || i == 3) continue;
         const ViewSamples l = SeenFrom(plane, left.planes[i]), r = SeenFrom(plane, right.planes[i]);
