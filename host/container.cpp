@@ -52,6 +52,15 @@ void Container::Write(AVPacket* packet) {
     if (code < 0) Fail(code);
 }
 
+bool Container::WriteCopied(AVPacket* packet) {
+    const int code = av_interleaved_write_frame(m_output.get(), packet);
+    const bool refused = code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA;
+    if (code < 0 && !refused) Fail(code);
+    m_file->Require(0, "can't be written");
+    if (refused) TakeLibraryError();
+    return !refused;
+}
+
 void Container::Finish() {
     const int code = av_write_trailer(m_output.get());
     if (code < 0) Fail(code);

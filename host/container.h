@@ -26,6 +26,9 @@ public:
     void Start(bool overwrite, const std::atomic<bool>& cancel);
     /// Takes the packet, whose stream_index and times are the container's.
     void Write(AVPacket* packet);
+    /// The same with a packet of the input's. False when the container refuses it for what it says of itself,
+    /// such as a time before its forerunner's; it is left out then.
+    bool WriteCopied(AVPacket* packet);
     /// Writes the container's end.
     void Finish();
     /// Gives the file its name.

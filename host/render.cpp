@@ -20,6 +20,7 @@
 #include "host/sound_render.h"
 #include "host/span.h"
 #include "host/stages.h"
+#include "host/stream_copy.h"
 #include "host/view_pairs.h"
 
 namespace aveffect {
@@ -151,8 +152,9 @@ private:
     std::optional<std::string> Damage() const {
         const auto right = m_right ? m_right->Damage() : std::nullopt;
         const auto sound = m_sink ? SoundDamage(m_sink->SoundFailures()) : std::nullopt;
+        const auto copied = m_sink ? CopyDamage(m_sink->RefusedPackets()) : std::nullopt;
         std::optional<std::string> all = m_span.Damage();
-        for (const auto& damage : {right, sound})
+        for (const auto& damage : {right, sound, copied})
             if (damage) all = all ? *all + "; " + *damage : *damage;
         return all;
     }

@@ -84,6 +84,10 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
             continue;
         }
         const std::string what = std::string(avcodec_get_name(codec)) + " " + av_get_media_type_string(type);
+        if (type == AVMEDIA_TYPE_AUDIO && stream->codecpar->sample_rate <= 0) {
+            reporter.Warn("the " + what + " does not tell its rate; it is left out");
+            continue;
+        }
         const bool holdsSound = setup.plan.muxer->audio_codec != AV_CODEC_ID_NONE;
         const bool taken =
             type == AVMEDIA_TYPE_ATTACHMENT ? setup.plan.Kind() == "mkv" : Takes(setup.plan, codec);
@@ -141,7 +145,7 @@ void Sink::WritePacket(AVPacketPtr packet) {
     packet->stream_index = copy.target->index;
     packet->pos = -1;
     av_packet_rescale_ts(packet.get(), copy.base, copy.target->time_base);
-    m_output.Write(packet.get());
+    if (!m_output.WriteCopied(packet.get())) ++m_refused;
 }
 
 void Sink::Complete() {

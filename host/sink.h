@@ -47,6 +47,8 @@ public:
     int64_t Pictures() const noexcept { return m_pictures; }
     /// How often decoding sound failed.
     int64_t SoundFailures() const;
+    /// How many copied packets the container refused.
+    int64_t RefusedPackets() const noexcept { return m_refused; }
 
 private:
     struct Copy {
@@ -71,6 +73,7 @@ private:
     Moment m_end;                           ///< of the pictures so far
     std::map<int64_t, int64_t> m_durations; ///< of pictures in the encoder, by time
     int64_t m_pictures = 0;
+    int64_t m_refused = 0;
 };
 
 /// Encodes one picture, which has the encoder's format, and writes it as a file. Throws Error.

@@ -155,7 +155,7 @@ private:
                                               (m_options.fromMs || m_options.toMs ? " in that span" : ""));
         m_output.Finish();
         result.frames = PiecesOf(end);
-        result.inputDamage = Damage(end, failures);
+        result.inputDamage = Damage(end, SoundDamage(failures));
         return result;
     }
 
@@ -184,6 +184,7 @@ private:
         const mediabridge::AVPacketPtr packet(av_packet_alloc());
         if (!packet) throw Error(ErrorKind::Output, "out of memory");
         Moment end;
+        int64_t refused = 0;
         for (; av_read_frame(m_input.get(), packet.get()) >= 0; av_packet_unref(packet.get())) {
             const auto index = static_cast<size_t>(packet->stream_index);
             AVStream* const target = index < targets.size() ? targets[index] : nullptr;
@@ -201,16 +202,18 @@ private:
             packet->stream_index = target->index;
             packet->pos = -1;
             av_packet_rescale_ts(packet.get(), base, target->time_base);
-            m_output.Write(packet.get());
+            if (!m_output.WriteCopied(packet.get())) ++refused;
             progress.Report(PiecesOf(end), false);
         }
         if (m_interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
         m_output.Finish();
-        return {PiecesOf(end), Damage(end, 0)};
+        return {PiecesOf(end), Damage(end, CopyDamage(refused))};
     }
 
     void RequireCopy(const AVStream& stream) const {
         const AVCodecID codec = stream.codecpar->codec_id;
+        if (stream.codecpar->sample_rate <= 0)
+            throw Error(ErrorKind::Input, m_options.input + " holds no sound that can be decoded");
         if (KeepsSound(m_plan, codec)) return;
         throw Error(ErrorKind::Usage, "." + m_plan.Kind() + " files can't hold " + avcodec_get_name(codec) +
                                           " sound, which is copied as it is; these can: " +
@@ -218,9 +221,8 @@ private:
     }
 
     // Formats that guess their length can't tell that a part is missing.
-    std::optional<std::string> Damage(const Moment& end, int64_t failures) const {
+    std::optional<std::string> Damage(const Moment& end, std::optional<std::string> found) const {
         constexpr int64_t kToleranceMs = 100;
-        std::optional<std::string> found = SoundDamage(failures);
         const bool guessed = m_input->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
         if (!m_length || guessed || end >= Moment{*m_length - kToleranceMs, kMilliseconds}) return found;
         const std::string early = "the clip ends early: at " +

@@ -69,4 +69,9 @@ void CopyChapters(Container& output, const AVFormatContext& input, const SpanLim
     }
 }
 
+std::optional<std::string> CopyDamage(int64_t refused) {
+    if (refused == 0) return std::nullopt;
+    return std::to_string(refused) + (refused == 1 ? " packet" : " packets") + " could not be copied";
+}
+
 } // namespace aveffect

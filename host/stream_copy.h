@@ -1,5 +1,8 @@
 #pragma once
 /// What an output takes over from its input as it is.
+#include <optional>
+#include <string>
+
 #include "host/container.h"
 #include "host/span.h"
 
@@ -10,6 +13,9 @@ void CopyTags(AVDictionary** to, const AVDictionary* from);
 
 /// A stream for the input stream's packets. Throws Error (Output).
 AVStream* AddCopiedStream(Container& output, const AVStream& stream);
+
+/// The damage that so many refused packets are.
+std::optional<std::string> CopyDamage(int64_t refused);
 
 /// Chapters, moved with the span and cut to it. Call before the output is started.
 void CopyChapters(Container& output, const AVFormatContext& input, const SpanLimits& limits);
