@@ -1,5 +1,5 @@
-// The program's own parsers: an effect chain in both strictnesses, and a command line, one argument a line,
-// with the options made from it.
+// The program's own parsers: an effect for pictures and for sound in both strictnesses, and a command line,
+// one argument a line, with the options made from it.
 #include <vector>
 
 #include "cli/arguments.h"
@@ -36,7 +36,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::InputBytes input(data, size);
     const uint8_t what = input.Take<uint8_t>() % 3;
     if (what < 2) {
-        Answered([&] { aveffect::ParseEffect(input.TakeRest(), what == 1); });
+        const std::string text = input.TakeRest();
+        for (const auto medium : {aveffect::Medium::Video, aveffect::Medium::Audio})
+            Answered([&] { aveffect::ParseEffect(text, what == 1, medium); });
         return 0;
     }
     std::vector<std::string> words = {"aveffect"};
