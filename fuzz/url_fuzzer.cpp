@@ -8,10 +8,11 @@ namespace {
 
 using namespace AVBased;
 
-// What was built reads as what it was built from.
+// What was built reads as what it was built from, unless what followed an empty protocol holds another one.
 void ReadAgain(CSourceURL& url) {
     const std::string text = url.GetURL();
     CSourceURL again(text);
+    if (url.GetProtocol().empty() && text.find(URLSplitProtocol) != std::string::npos) return;
     if (again.GetURL() != text || again.GetProtocol() != url.GetProtocol() ||
         again.GetMovieID() != url.GetMovieID() || again.GetStreamCount() != url.GetStreamCount() ||
         again.GetAngle() != url.GetAngle() || again.GetAudioMergeFlag() != url.GetAudioMergeFlag())
