@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -155,6 +156,16 @@ AVFramePtr Allocate(AVPixelFormat format, int width, int height, const AVFrame* 
     return picture;
 }
 
+/// Some transitions show what lies behind the rows of packed pictures: nothing, and not what the block held
+/// before.
+void ClearBehindRows(AVFrame* picture) {
+    const int bytes = av_image_get_linesize(static_cast<AVPixelFormat>(picture->format), picture->width, 0);
+    if (bytes < 0 || bytes >= picture->linesize[0]) return;
+    const auto gap = static_cast<std::size_t>(picture->linesize[0] - bytes);
+    for (int y = 0; y < picture->height; ++y)
+        std::memset(picture->data[0] + std::ptrdiff_t{picture->linesize[0]} * y + bytes, 0, gap);
+}
+
 } // namespace
 
 AVFramePtr AllocatePicture(AVPixelFormat format, int width, int height) {
@@ -166,6 +177,7 @@ AVFramePtr CopyPicture(const AVFrame* picture) {
                                StoredTopDown(picture) ? picture : nullptr);
     if (!copy || av_frame_copy(copy.get(), picture) < 0 || av_frame_copy_props(copy.get(), picture) < 0)
         return nullptr;
+    ClearBehindRows(copy.get());
     return copy;
 }
 
