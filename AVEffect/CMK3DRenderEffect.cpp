@@ -97,6 +97,7 @@ IRawVideoFrame* CMK3DRenderEffect::Prepare(FramePtr& view, IRawVideoFrame* frame
     };
     if (!SameLayout(view.get(), frame))
         BaseTool::Raise(kUnknownException, "the frame's clone differs in layout; the frame is left as it is");
+    RequireMemory(frame);
     ForFormat(
         view.get(), frame, [&](Plane32 to, Plane32 from) { StretchPixels(to, from, offset); }, planar);
     return view.get();

@@ -110,6 +110,7 @@ void CRotate90X::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     if (format != BGRA && format != YUV420P)
         Raise(kUnknownException, "rotate 90 effect only support BGRA/yuv pixfmt, value:" +
                                      std::to_string(static_cast<int>(format)));
+    RequireMemory(pFrame);
     const unsigned quarters = m_nDirection % 4;
     ForFormat(
         pFrame, [&](Plane32 plane) { TurnPacked(plane, quarters); },

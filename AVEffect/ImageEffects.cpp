@@ -54,6 +54,7 @@ bool CFilterEffect::FilterFrame(IRawVideoFrame* frame, bool track) {
 
 void CFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
+    RequireMemory(frame);
     if (m_nCount > kMostPasses)
         Raise(kUnknownException,
               std::string(m_strCountName) + " must lie in 0 to 65535; the frame is left as it is");
@@ -91,6 +92,7 @@ CGrayEffect::CGrayEffect()
 
 void CGrayEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
+    RequireMemory(frame);
     // 127 and not 128: the middle that this plug-in's colour effects share.
     ForFormat(frame, m_Kernels.grayRgba32, [](const PlanarView& view) {
         kernels::FillPitch(view.u, 127);
@@ -103,6 +105,7 @@ CFlipColorEffect::CFlipColorEffect()
 
 void CFlipColorEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
+    RequireMemory(frame);
     ForFormat(frame, m_Kernels.flipColorRgba32,
               [this](const PlanarView& view) { m_Kernels.swapPlanes(view.u, view.v); });
 }
@@ -112,6 +115,7 @@ CInvertEffect::CInvertEffect()
 
 void CInvertEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
+    RequireMemory(frame);
     ForFormat(frame, m_Kernels.invertRgba32, [this](const PlanarView& view) {
         for (const Plane8& plane : {view.y, view.u, view.v}) m_Kernels.invertComponent(plane);
     });
@@ -122,6 +126,7 @@ CAgedFilmEffect::CAgedFilmEffect()
 
 void CAgedFilmEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
+    RequireMemory(frame);
     ForFormat(frame, m_Kernels.agedFilmRgba32, [](const PlanarView& view) {
         kernels::FillPitch(view.u, 117);
         kernels::FillPitch(view.v, 136);
@@ -176,6 +181,7 @@ void CBrightnessContrastEffect::ProcPlanar(const PlanarView& view) const {
 
 void CBrightnessContrastEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
+    RequireMemory(frame);
     if (std::isnan(m_dBrightness) || std::isnan(m_dContrast) || std::isnan(m_dSaturation))
         Raise(kUnknownException,
               "brightness, contrast and saturation must lie in -100 to 100; the frame is left as it is");

@@ -71,7 +71,7 @@ Size Fitted(const Size& picture, const Size& target) {
 // converter, and the converter keeps to the first frame's format.
 void CopyPlanes(IRawVideoFrame* to, IRawVideoFrame* from) {
     const unsigned count = std::min(to->GetBufferCount(), from->GetBufferCount());
-    for (unsigned i = 0; i < count; ++i) CopyRows(BytePlane(to, i), BytePlane(from, i));
+    for (unsigned i = 0; i < count; ++i) CopyRows(FilledPlane(to, i), FilledPlane(from, i));
 }
 
 } // namespace

@@ -243,9 +243,16 @@ void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const kernels::FadeKernels& fade = kernels::SelectFadeKernels(AVBasedGetCPUFeatures());
     const auto level = static_cast<unsigned>(std::max(m_nScale, 0)); // below 0 nothing of alpha is left
     ForFormat(
-        pFrame, [&](Plane32 plane) { fade.scaleAlphaRgba32(plane, level); },
+        pFrame,
+        [&](Plane32 plane) {
+            if (plane.Empty()) return;
+            assert(plane.data != NULL);
+            fade.scaleAlphaRgba32(plane, level);
+        },
         [&](const PlanarView& view) {
-            if (view.hasAlpha) fade.scaleComponent(view.alpha, level);
+            if (view.alpha.Empty()) return;
+            assert(view.alpha.data != NULL);
+            fade.scaleComponent(view.alpha, level);
         });
 }
 

@@ -123,7 +123,7 @@ void CTrans2D3D::CleanUp() {
 void CTrans2D3D::Draw(IRawVideoFrame* widened) {
     const unsigned buf_cnt = widened->GetBufferCount();
     assert(buf_cnt == 1);
-    const Plane8 to = BytePlane(m_pRgb.get(), 0), from = BytePlane(widened, 0);
+    const Plane8 to = FilledPlane(m_pRgb.get(), 0), from = FilledPlane(widened, 0);
     const auto shift = 3 * static_cast<size_t>(WideningFor(m_nWidth, m_nDepth) / 2);
     if (from.width < to.width + shift || from.rows < to.rows)
         Raise(kUnknownException, "the widened picture is too small; the frame is left as it is");
@@ -189,7 +189,7 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
         Raise(kUnknownException,
               "the anaglyph has another format or size than the frame, which is left as it is");
     for (unsigned i = 0; i < pFrame->GetBufferCount(); ++i)
-        CopyPlane(BytePlane(pFrame, i), BytePlane(local_frame, i));
+        CopyPlane(FilledPlane(pFrame, i), FilledPlane(local_frame, i));
 }
 
 } // namespace AVBased

@@ -66,4 +66,11 @@ void ForFormat(IRawVideoFrame* frame, Packed&& packed, Planar&& planar) {
                       layout->horizontalShift, layout->verticalShift});
 }
 
+/// For effects whose kernels don't assert it. Throws CBaseException 10021008 for a frame of a served format
+/// with a plane that has no memory.
+inline void RequireMemory(IRawVideoFrame* frame) {
+    if (FindLayout(frame->GetPixelFormat()))
+        for (unsigned i = 0; i < frame->GetBufferCount(); ++i) FilledPlane(frame, i);
+}
+
 } // namespace AVBased

@@ -27,7 +27,7 @@ Canvas MakeCanvas(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* se
     if (out->GetPixelFormat() != BGRA) assert(0);
     unsigned width = 0, height = 0;
     out->GetDimension(&width, &height);
-    const Canvas canvas = {BytePlane(out, 0), BytePlane(first, 0), BytePlane(second, 0), width, height};
+    const Canvas canvas = {FilledPlane(out, 0), FilledPlane(first, 0), FilledPlane(second, 0), width, height};
     if (canvas.Empty()) return canvas;
     for (const Plane8& plane : {canvas.out, canvas.first, canvas.second})
         if (!Holds(plane, canvas.RowBytes(), height))

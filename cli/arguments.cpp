@@ -13,6 +13,7 @@ namespace {
 
 std::vector<EffectSpec> ParseEffects(const std::vector<std::string>& texts, bool lenient, Medium medium) {
     std::vector<EffectSpec> effects;
+    effects.reserve(texts.size());
     for (const std::string& text : texts) effects.push_back(ParseEffect(text, lenient, medium));
     return effects;
 }

@@ -63,7 +63,7 @@ Plane8 OrGrey(const Plane8& chroma) {
 }
 
 kernels::YuvPlanes YuvPlanesOf(IRawVideoFrame* frame) {
-    return {BytePlane(frame, 0), BytePlane(frame, 1), BytePlane(frame, 2)};
+    return {FilledPlane(frame, 0), FilledPlane(frame, 1), FilledPlane(frame, 2)};
 }
 
 // Of a picture as large as the frame says.
@@ -151,7 +151,7 @@ void CAVBase3DRender::Draw(IRawVideoFrame* L, IRawVideoFrame* R, IRawVideoFrame*
 
 bool CAVBase3DRender::ProcessBGRA(IRawVideoFrame* L, IRawVideoFrame* R, IRawVideoFrame* out) {
     const auto draw = [&](auto drawPlane) {
-        drawPlane(BytePlane(out, 0), BytePlane(L, 0), BytePlane(R, 0));
+        drawPlane(FilledPlane(out, 0), FilledPlane(L, 0), FilledPlane(R, 0));
         return true;
     };
     switch (m_eMode) {
@@ -172,7 +172,7 @@ bool CAVBase3DRender::ProcessBGRA(IRawVideoFrame* L, IRawVideoFrame* R, IRawVide
 bool CAVBase3DRender::ProcessYUV(IRawVideoFrame* L, IRawVideoFrame* R, IRawVideoFrame* out) {
     const auto draw = [&](auto drawPlane) {
         for (unsigned i = 0; i < kColourPlanes; ++i)
-            drawPlane(BytePlane(out, i), BytePlane(L, i), BytePlane(R, i));
+            drawPlane(FilledPlane(out, i), FilledPlane(L, i), FilledPlane(R, i));
         return true;
     };
     switch (m_eMode) {
@@ -192,9 +192,9 @@ bool CAVBase3DRender::ProcessYUV(IRawVideoFrame* L, IRawVideoFrame* R, IRawVideo
 
 bool CAVBase3DRender::ProcessRGBRedBlue(IRawVideoFrame* L, IRawVideoFrame* R, IRawVideoFrame* out) {
     return Guarded(false, [&] {
-        Plane32 left = PixelPlane(L);
+        Plane32 left = AsPixels(FilledPlane(L, 0));
         LimitTo(left, L);
-        StereoKernels().anaglyphRgba32(PixelPlane(out), left, PixelPlane(R));
+        StereoKernels().anaglyphRgba32(AsPixels(FilledPlane(out, 0)), left, AsPixels(FilledPlane(R, 0)));
         return true;
     });
 }

@@ -10,15 +10,25 @@ namespace AVBased {
 using kernels::Plane32;
 using kernels::Plane8;
 
-/// One plane of a frame as bytes. Throws CBaseException 10021008 for one that has no memory, or not as much
-/// as kernels count on.
+/// One plane of a frame as bytes; it may have no memory. Throws CBaseException 10021008 for one with less of
+/// it than kernels count on.
 inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {
     unsigned width = 0, pitch = 0, rows = 0;
     unsigned char* data = frame->GetBuffer(index, &width, &pitch, &rows);
-    if (width != 0 && rows != 0 && (!data || (rows > 1 && pitch < width)))
-        BaseTool::Raise(kUnknownException,
-                        "a plane has no memory or its rows overlap; the frame is left as it is");
+    if (width != 0 && rows > 1 && pitch < width)
+        BaseTool::Raise(kUnknownException, "the rows of a plane overlap; the frame is left as it is");
     return {data, width, pitch, rows};
+}
+
+/// The plane, for those who don't assert that it has memory. Throws CBaseException 10021008 when it has none.
+inline const Plane8& RequireMemory(const Plane8& plane) {
+    if (plane.width != 0 && plane.rows != 0 && !plane.data)
+        BaseTool::Raise(kUnknownException, "a plane has no memory; the frame is left as it is");
+    return plane;
+}
+
+inline Plane8 FilledPlane(IRawVideoFrame* frame, unsigned index) {
+    return RequireMemory(BytePlane(frame, index));
 }
 
 /// A plane of bytes as the whole pixels in it. A trailing part of a pixel does not count.

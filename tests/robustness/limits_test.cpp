@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <sys/wait.h>
 
 #include "aveffect/catalogue.h"
 #include "tests/robustness/trial.h"
@@ -61,29 +62,50 @@ TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
     resampler->Destroy();
 }
 
-// Frames without the memory that they claim, and frames that are smaller than they claim.
+// The code that an effect records for a frame of that shape, in the middle of its work.
+int CodeFor(const EffectInfo& effect, const char* mode, unsigned width, unsigned height,
+            const MemoryFrame::Plane& plane) {
+    test::underWay = std::string(effect.name) + ", mode " + mode + ", " + std::to_string(width) + "x" +
+                     std::to_string(height);
+    const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
+    test::SetBusy(*proc, effect);
+    proc->SetProperty("render_3d_mode", mode); // if it has one
+    MemoryFrame frame(BGRA, width, height, {plane});
+    TakeCode();
+    test::Run(*proc, frame, 50);
+    return TakeCode();
+}
+
+// Frames that are smaller than they claim.
 TEST(Limits, EffectsRefuseWhatCantBeAddressed) {
     test::ListenForDeaths();
+    unsigned char pixels[4 * 4 * 4] = {};
     for (const EffectInfo& effect : kVideoEffects)
         for (const char* mode : {"3", "1"})
-            for (const auto& [width, height] : kSizes)
-                for (const bool hollow : {true, false}) {
-                    test::underWay = std::string(effect.name) + ", mode " + mode + ", " +
-                                     std::to_string(width) + "x" + std::to_string(height);
-                    const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
-                    test::SetBusy(*proc, effect);
-                    proc->SetProperty("render_3d_mode", mode); // if it has one
-                    unsigned char pixels[4 * 4 * 4] = {};
-                    MemoryFrame frame(BGRA, width, height,
-                                      {hollow
-                                           ? MemoryFrame::Plane{nullptr, UINT_MAX - 3, UINT_MAX - 3, height}
-                                           : MemoryFrame::Plane{pixels, 16, 16, 4}});
-                    TakeCode();
-                    test::Run(*proc, frame, 50);
-                    const int code = TakeCode();
-                    const bool refused = IsRefusal(code) || (code == kBadPointer && *mode == '1');
-                    EXPECT_TRUE(refused || (code == kNoError && !hollow)) << test::underWay << ": " << code;
-                }
+            for (const auto& [width, height] : kSizes) {
+                const int code = CodeFor(effect, mode, width, height, {pixels, 16, 16, 4});
+                const bool refused = IsRefusal(code) || (code == kBadPointer && *mode == '1');
+                EXPECT_TRUE(refused || code == kNoError) << test::underWay << ": " << code;
+            }
+}
+
+// A frame that says nothing of where its pixels are is refused, or stops the program where that is stated.
+TEST(LimitsDeathTest, PlanesWithoutMemoryAreNeverTouched) {
+    const auto endsWell = [](int status) {
+        return (WIFEXITED(status) && WEXITSTATUS(status) == 0) ||
+               (WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT);
+    };
+    for (const EffectInfo& effect : kVideoEffects)
+        for (const char* mode : {"3", "1"}) {
+            if (*mode == '1' && effect.kind != EffectKind::Stereo) continue;
+            const auto run = [&] {
+                const int code = CodeFor(effect, mode, 96, 64, {nullptr, 384, 384, 64});
+                std::_Exit(IsRefusal(code) || code == kBadPointer ? 0 : 1);
+            };
+            EXPECT_EXIT(run(), endsWell, "") << effect.name << ", mode " << mode;
+        }
+    const EffectInfo& fade = *FindEffect(effectNameFadeIn);
+    EXPECT_DEATH(CodeFor(fade, "", 96, 64, {nullptr, 384, 384, 64}), "fade_in_out_rgba32.*`pBuffer != NULL'");
 }
 
 // A picture whose rows are pages apart, with nothing between that could be touched.

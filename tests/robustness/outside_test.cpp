@@ -137,7 +137,8 @@ bool IsStatedToStop(const Subject<Media>& subject, bool inPlace, bool lasting) {
     return (trouble.place == Place::Clone && !inPlace) ||
            (trouble.place == Place::MakeConverter && subject.effect.kind == EffectKind::Transition) ||
            (trouble.place == Place::Open && name == effectNameAudioReplace) ||
-           (trouble.place == Place::Buffer && name == effectNameAudioFader);
+           (trouble.place == Place::Buffer &&
+            (name == effectNameAudioFader || subject.effect.kind != EffectKind::Audio));
 }
 
 // The life of a processor under the trouble that there is, which is over in its middle or with its end.
