@@ -191,8 +191,8 @@ private:
             if (!target) continue;
             const AVRational base = m_input->streams[index]->time_base;
             const int64_t start = av_rescale_q(m_start.ticks, m_start.base, base);
-            const Moment begin{packet->pts - start, base};
             if (packet->pts != AV_NOPTS_VALUE) {
+                const Moment begin{packet->pts - start, base};
                 if (m_options.fromMs && begin.ticks < 0) continue;
                 if (m_end && begin >= *m_end) continue;
                 end = std::max(end, Moment{begin.ticks + packet->duration, base});
