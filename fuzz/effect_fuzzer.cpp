@@ -8,20 +8,8 @@
 #include "fuzz/tame_values.h"
 #include "tests/support/picture_manager.h"
 
-namespace {
-
-using namespace AVBased;
-
-void SetAny(IVideoProc& proc, const EffectInfo& effect, fuzz::InputBytes& input) {
-    const unsigned index = input.Take<uint8_t>();
-    const PropertyInfo& property =
-        index < effect.properties.size() ? effect.properties[index] : kDurationProperty;
-    proc.SetProperty(property.name, fuzz::Tame(property.name, input.TakeLine()).c_str());
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    using namespace AVBased;
     fuzz::InputBytes input(data, size);
     const unsigned choice = input.Take<uint8_t>();
     const EffectInfo& effect = kVideoEffects[choice % kVideoEffects.size()];
@@ -47,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     for (int frames = 0; frames < 3; ++frames) {
         for (unsigned settings = input.Take<uint8_t>() % 8; settings; --settings)
-            SetAny(*proc, effect, input);
+            fuzz::SetAny(*proc, effect, input);
         const int time = input.Take<int32_t>();
         fuzz::AnyPicture picture(input);
         if (effect.kind == EffectKind::Stereo && input.Take<uint8_t>() % 2)

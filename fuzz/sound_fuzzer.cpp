@@ -7,6 +7,7 @@
 #include "aveffect/plugin.h"
 #include "fuzz/input_bytes.h"
 #include "fuzz/processor_level.h"
+#include "fuzz/tame_values.h"
 #include "tests/support/host_sound.h"
 
 namespace {
@@ -95,13 +96,6 @@ private:
     unsigned m_nDuration;
 };
 
-void SetAny(IAudioProc& proc, const EffectInfo& effect, fuzz::InputBytes& input) {
-    const unsigned index = input.Take<uint8_t>();
-    const PropertyInfo& property =
-        index < effect.properties.size() ? effect.properties[index] : kDurationProperty;
-    proc.SetProperty(property.name, input.TakeLine().c_str());
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -116,7 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                                                       [](IAudioProc* p) { p->Free(); });
         for (int frames = 0; frames < 4; ++frames) {
             for (unsigned settings = input.Take<uint8_t>() % 6; settings; --settings)
-                SetAny(*proc, effect, input);
+                fuzz::SetAny(*proc, effect, input);
             const auto how = input.Take<uint8_t>();
             if (how & 2) proc->Seek(input.Take<int64_t>());
             const std::unique_ptr<HostSound> sound = TakeSound(input);

@@ -10,6 +10,7 @@
 #include "aveffect/base_media.h"
 #include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
+#include "fuzz/input_bytes.h"
 
 namespace fuzz {
 
@@ -19,6 +20,14 @@ inline std::string Tame(std::string_view property, std::string text) {
     if (countsPasses && (std::atoi(text.c_str()) & 0xFFFF) > 50) return "50";
     if (property == "render_3d_mode") return std::to_string(std::atoi(text.c_str()) & 7);
     return text;
+}
+
+/// Sets a property of the effect, "duration" included, to any text: "property index, text" of the input.
+inline void SetAny(AVBased::IAVProc& proc, const AVBased::EffectInfo& effect, InputBytes& input) {
+    const unsigned index = input.Take<uint8_t>();
+    const AVBased::PropertyInfo& property =
+        index < effect.properties.size() ? effect.properties[index] : AVBased::kDurationProperty;
+    proc.SetProperty(property.name, Tame(property.name, input.TakeLine()).c_str());
 }
 
 /// Whether the processor, as it is set, ends the program on that frame: assertions are part of the contract.

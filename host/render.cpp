@@ -28,9 +28,6 @@ namespace {
 
 using mediabridge::AVFramePtr;
 
-/// The span that effects are told of when a clip does not tell its length.
-constexpr int64_t kUnknownLengthMs = 3600 * 1000;
-
 int ToMs(int64_t ticks, AVRational base) {
     return static_cast<int>(std::clamp<int64_t>(av_rescale_q(ticks, base, kMilliseconds), 0, INT_MAX));
 }

@@ -15,9 +15,6 @@ namespace {
 
 constexpr char kSoundPath[] = "audio_replace_path";
 
-/// What effects get at a time: a multiple of the steps in which fades move.
-constexpr int kPiecesASecond = 50;
-
 SoundShape ShapeOf(const AVStream& input) {
     return {input.codecpar->sample_rate, LayoutText(input.codecpar->ch_layout)};
 }

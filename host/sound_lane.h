@@ -13,6 +13,9 @@
 
 namespace aveffect {
 
+/// What effects get at a time is this part of a second: a multiple of the steps in which fades move.
+inline constexpr int kPiecesASecond = 50;
+
 /// What becomes of a render's sound.
 struct SoundJob {
     const Plugin& plugin;

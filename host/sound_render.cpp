@@ -15,8 +15,6 @@
 namespace aveffect {
 namespace {
 
-constexpr int64_t kPiecesASecond = 50;
-
 bool HasNoSound(AVFormatContext& input) {
     return std::none_of(input.streams, input.streams + input.nb_streams, [](const AVStream* stream) {
         return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
@@ -32,7 +30,8 @@ void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan) {
     if (!options.effects.empty()) refuse("the effect " + options.effects.front().name);
     if (options.frameLimit) refuse("--frames");
     if (options.stereo.TwoViews()) refuse("two views");
-    if (!plan.IsSound() && !options.videoCodec.empty()) refuse("--codec");
+    if (!options.videoCodec.empty() || options.crf || !options.preset.empty())
+        refuse("--codec, --crf or --preset");
     if (plan.IsStill()) refuse(options.output);
     if (plan.muxer->audio_codec == AV_CODEC_ID_NONE)
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");
@@ -113,7 +112,6 @@ private:
     static int64_t Pieces(int64_t milliseconds) { return milliseconds * kPiecesASecond / 1000; }
 
     RenderResult Change(const Plugin& plugin, ProgressMeter& progress) {
-        constexpr int64_t kUnknownLengthMs = 3600 * 1000;
         MediaManager manager(&m_cancel);
         RequireSounds(manager, m_options.audioEffects);
         const auto length =
@@ -130,9 +128,9 @@ private:
         m_output.Start(m_options.overwrite, m_cancel);
         RenderResult result;
         Moment written{-1};
-        for (int64_t piece = 1;; ++piece) {
+        for (int64_t seconds = 1;; ++seconds) {
             CheckCancel(m_cancel);
-            const Moment until{piece * kPiecesASecond / 5, {1, kPiecesASecond}};
+            const Moment until{seconds, {1, 1}};
             if (m_end && until >= *m_end) break;
             Moment latest;
             for (const auto& lane : lanes) {

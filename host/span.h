@@ -7,6 +7,9 @@
 
 namespace aveffect {
 
+/// The span that effects are told of when a clip does not tell its length.
+inline constexpr int64_t kUnknownLengthMs = 3600 * 1000;
+
 /// The wanted part; see RenderOptions.
 struct SpanLimits {
     std::optional<int64_t> fromMs;

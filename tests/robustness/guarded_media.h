@@ -205,11 +205,11 @@ private:
 };
 
 /// A sound whose buffers may hold less or more than it says.
-class GuardedSound final : public GuardedBuffers, public AVBased::IRawAudioFrame {
+class GuardedSound final : public GuardedBuffers, public ShapedSound {
 public:
     GuardedSound(const SoundShape& ofShape, size_t bufferBytes, Flush flush, unsigned seed)
         : GuardedBuffers(flush)
-        , shape(ofShape) {
+        , ShapedSound(ofShape) {
         const int count = shape.interleaved ? 1 : std::clamp(shape.channels, 0, 8);
         for (int i = 0; i < count; ++i) Add(bufferBytes);
         Randomise(seed);
@@ -222,23 +222,11 @@ public:
         return shape.samples * each * (shape.interleaved ? static_cast<size_t>(shape.channels) : 1);
     }
 
-    SoundShape shape;
-    unsigned time = 0;
-
-    int GetSampleFormat() override { return shape.format; }
-    unsigned GetSampleRate() override { return shape.rate; }
-    int GetChannels() override { return shape.channels; }
-    unsigned GetChannelLayout() override { return 0; }
-    bool IsInterleaved() override { return shape.interleaved; }
-    bool IsLittleEndian() override { return shape.littleEndian; }
-    unsigned GetSampleCount() override { return shape.samples; }
     unsigned char* GetBuffer(int index, unsigned* size) override {
         unsigned char* const data = Give(static_cast<size_t>(index));
         *size = data ? static_cast<unsigned>(Bytes(static_cast<size_t>(index))) : 0;
         return data;
     }
-    unsigned GetTimeStamp() override { return time; }
-    void SetTimeStamp(unsigned milliseconds) override { time = milliseconds; }
     void Release() override { Delete(this); }
     AVBased::IRawAudioFrame* Clone() override { return CloneOf(*this); }
 };

@@ -22,11 +22,34 @@ inline size_t SampleBytesOf(int format) {
     return kBytes[format];
 }
 
-class HostSound final : public AVBased::IRawAudioFrame {
+/// Says what it is; where its samples are, others know.
+class ShapedSound : public AVBased::IRawAudioFrame {
+public:
+    explicit ShapedSound(const SoundShape& ofShape, unsigned atTime = 0)
+        : shape(ofShape)
+        , time(atTime) {}
+
+    SoundShape shape;
+    unsigned time;
+
+    int GetSampleFormat() override { return shape.format; }
+    unsigned GetSampleRate() override { return shape.rate; }
+    int GetChannels() override { return shape.channels; }
+    unsigned GetChannelLayout() override { return 0; }
+    bool IsInterleaved() override { return shape.interleaved; }
+    bool IsLittleEndian() override { return shape.littleEndian; }
+    unsigned GetSampleCount() override { return shape.samples; }
+    unsigned GetTimeStamp() override { return time; }
+    void SetTimeStamp(unsigned milliseconds) override { time = milliseconds; }
+
+protected:
+    ~ShapedSound() = default;
+};
+
+class HostSound final : public ShapedSound {
 public:
     explicit HostSound(const SoundShape& ofShape, unsigned atTime = 0)
-        : shape(ofShape)
-        , time(atTime) {
+        : ShapedSound(ofShape, atTime) {
         const auto channels = static_cast<size_t>(shape.channels);
         const size_t bytes = shape.samples * SampleBytesOf(shape.format);
         buffers.assign(shape.interleaved ? 1 : channels,
@@ -38,26 +61,15 @@ public:
             for (unsigned char& byte : buffer) byte = static_cast<unsigned char>(random());
     }
 
-    SoundShape shape;
-    unsigned time;
     std::vector<std::vector<unsigned char>> buffers;
     bool hasBuffers = true;
 
-    int GetSampleFormat() override { return shape.format; }
-    unsigned GetSampleRate() override { return shape.rate; }
-    int GetChannels() override { return shape.channels; }
-    unsigned GetChannelLayout() override { return 0; }
-    bool IsInterleaved() override { return shape.interleaved; }
-    bool IsLittleEndian() override { return shape.littleEndian; }
-    unsigned GetSampleCount() override { return shape.samples; }
     unsigned char* GetBuffer(int index, unsigned* size) override {
         const auto place = static_cast<size_t>(index);
         const bool exists = hasBuffers && place < buffers.size();
         *size = exists ? static_cast<unsigned>(buffers[place].size()) : 0;
         return exists ? buffers[place].data() : nullptr;
     }
-    unsigned GetTimeStamp() override { return time; }
-    void SetTimeStamp(unsigned milliseconds) override { time = milliseconds; }
     void Release() override { delete this; }
     AVBased::IRawAudioFrame* Clone() override { return new HostSound(*this); }
 };
