@@ -5,13 +5,12 @@
 #include <cstdlib>
 
 #include "AVEffect/factory.h"
-#include "aveffect/base_media.h"
 
 namespace AVBased {
 
 CAtomizeVideoImageEffect::CAtomizeVideoImageEffect()
     : CBasedVideoImageEffect(effectNameAtomize)
-    , m_Kernels(kernels::SelectRemapKernels(AVBasedGetCPUFeatures())) {}
+    , m_Kernels(Kernels<kernels::RemapKernels>()) {}
 
 void CAtomizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);

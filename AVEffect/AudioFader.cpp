@@ -4,9 +4,8 @@
 #include <cassert>
 #include <cstdint>
 
-#include "AVEffect/kernels/sound.h"
 #include "BaseTools/CBaseException.h"
-#include "aveffect/base_media.h"
+#include "kernels/sound.h"
 
 namespace AVBased {
 
@@ -68,7 +67,7 @@ void ScaleRange(unsigned char* buffer, unsigned bytes, size_t sampleBytes, Range
 
 void ProcessAudioFade(IRawAudioFrame* frame, double scale, int sampleOffset, int sampleCount) {
     const int format = frame->GetSampleFormat(), channels = frame->GetChannels();
-    const auto& kernels = kernels::SelectSoundKernels(AVBasedGetCPUFeatures());
+    const auto& kernels = Kernels<kernels::SoundKernels>();
     if (format < 0 || format > kernels::kLastSampleFormat || !kernels.scale[format]) return;
     if (channels <= 0 || sampleCount <= 0) return;
 

@@ -4,7 +4,6 @@
 #include <climits>
 
 #include "AVEffect/factory.h"
-#include "aveffect/base_media.h"
 
 namespace AVBased {
 
@@ -27,7 +26,7 @@ AVEFFECT_CONSTRUCT_AUDIO(CAudioVolume)
 
 CAudioVolume::CAudioVolume()
     : CBasedAudioEffect(effectNameAudioVolume)
-    , m_Kernels(kernels::SelectSoundKernels(AVBasedGetCPUFeatures())) {
+    , m_Kernels(Kernels<kernels::SoundKernels>()) {
     Bind("audio_volume", &m_nVolume);
 }
 

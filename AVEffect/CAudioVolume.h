@@ -1,7 +1,7 @@
 #pragma once
 /// "audio_volume": one gain for all samples.
 #include "AVEffect/CBasedAudioEffect.h"
-#include "AVEffect/kernels/sound.h"
+#include "kernels/sound.h"
 
 namespace AVBased {
 

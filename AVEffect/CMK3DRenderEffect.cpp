@@ -7,14 +7,12 @@
 
 #include "AVEffect/factory.h"
 #include "AVEffect/frame_clone.h"
-#include "AVEffect/kernels/pick.h"
 #include "aveffect/base_media.h"
+#include "kernels/pick.h"
 
 namespace AVBased {
 
 namespace {
-
-const kernels::PickKernels& PickKernels() { return kernels::SelectPickKernels(AVBasedGetCPUFeatures()); }
 
 kernels::Places PlacesOf(const std::vector<uint32_t>& table) { return {table.data(), table.size()}; }
 
@@ -117,13 +115,13 @@ uint8_t* CMK3DRenderEffect::FindPlaces(size_t columns, size_t columnLimit, size_
 void CMK3DRenderEffect::StretchPixels(const Plane32& to, const Plane32& from, size_t offset) {
     if (to.Empty()) return;
     uint8_t* scratch = FindPlaces(to.width, from.width, to.rows, offset);
-    PickKernels().pickRgba32(to, from, PlacesOf(m_Columns), PlacesOf(m_Rows), scratch);
+    Kernels<kernels::PickKernels>().pickRgba32(to, from, PlacesOf(m_Columns), PlacesOf(m_Rows), scratch);
 }
 
 void CMK3DRenderEffect::StretchSamples(const Plane8& to, const Plane8& from, size_t offset) {
     if (to.Empty()) return;
     uint8_t* scratch = FindPlaces(to.width, from.width, to.rows, offset);
-    PickKernels().pickComponent(to, from, PlacesOf(m_Columns), PlacesOf(m_Rows), scratch);
+    Kernels<kernels::PickKernels>().pickComponent(to, from, PlacesOf(m_Columns), PlacesOf(m_Rows), scratch);
 }
 
 AVEFFECT_CONSTRUCT_VIDEO(CMK3DRenderEffect)

@@ -4,9 +4,9 @@
 
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/Trans2D3D.h"
-#include "AVEffect/kernels/planes.h"
 #include "AVEffect/scratch.h"
 #include "avbase/avbase_srcutils/avbase_3drender.h"
+#include "kernels/planes.h"
 
 namespace AVBased {
 

@@ -1,8 +1,7 @@
 #include "AVEffect/CMkFadeEffect.h"
 
 #include "AVEffect/factory.h"
-#include "AVEffect/kernels/transition.h"
-#include "aveffect/base_media.h"
+#include "kernels/transition.h"
 
 namespace AVBased {
 
@@ -12,8 +11,8 @@ bool CMkFadeEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, I
         const auto pixels = [&](const Plane8& plane) {
             return Plane32{plane.data, canvas.width, plane.pitch, canvas.height};
         };
-        kernels::SelectTransitionKernels(AVBasedGetCPUFeatures())
-            .crossFadeRgba32(pixels(canvas.out), pixels(canvas.first), pixels(canvas.second), Progress(time));
+        Kernels<kernels::TransitionKernels>().crossFadeRgba32(pixels(canvas.out), pixels(canvas.first),
+                                                              pixels(canvas.second), Progress(time));
     });
 }
 

@@ -56,8 +56,8 @@ void CMkRollEffect::Roll(const Canvas& canvas, size_t shift) {
     const auto part = [&](const Plane8& plane) {
         return Plane32{plane.data + begin, 2 * half + 1 - 2 * left, plane.pitch, canvas.height};
     };
-    kernels::SelectTransitionKernels(AVBasedGetCPUFeatures())
-        .mirrorRgba32(part(canvas.out), part(canvas.first), {gains.whole + left, gains.fraction + left});
+    Kernels<kernels::TransitionKernels>().mirrorRgba32(part(canvas.out), part(canvas.first),
+                                                       {gains.whole + left, gains.fraction + left});
 }
 
 bool CMkRollEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second,

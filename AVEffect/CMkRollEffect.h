@@ -1,8 +1,8 @@
 #pragma once
 /// The first picture is rolled up from the left; its edge is a bright roll.
 #include "AVEffect/MKBaseTransitionEffect.h"
-#include "AVEffect/kernels/transition.h"
 #include "AVEffect/scratch.h"
+#include "kernels/transition.h"
 
 namespace AVBased {
 

@@ -6,9 +6,8 @@
 #include <string_view>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/kernels/reverse.h"
 #include "BaseTools/guarded.h"
-#include "aveffect/base_media.h"
+#include "kernels/reverse.h"
 
 namespace AVBased {
 
@@ -57,12 +56,6 @@ PlaneArea ChromaArea(const PlaneArea& area, const Plane8& luma, const Plane8& ch
     return {x.start, y.start, x.size, y.size};
 }
 
-const kernels::ReverseKernels& ReverseKernels() {
-    return kernels::SelectReverseKernels(AVBasedGetCPUFeatures());
-}
-
-const kernels::TurnKernels& TurnKernels() { return kernels::SelectTurnKernels(AVBasedGetCPUFeatures()); }
-
 constexpr bool IsQuarter(unsigned quarters) { return quarters % 2 == 1; }
 constexpr bool IsClockwise(unsigned quarters) { return quarters == 1; }
 
@@ -79,21 +72,21 @@ void CRotate90X::TurnPacked(Plane32 plane, unsigned quarters) {
                                  : PlaneArea{0, 0, plane.width, plane.rows};
     if (quarters == 0 || plane.Empty()) return;
     if (!IsQuarter(quarters)) {
-        ReverseKernels().halfTurnRgba32(plane);
+        Kernels<kernels::ReverseKernels>().halfTurnRgba32(plane);
         return;
     }
     uint8_t* scratch = m_Scratch.Require(kernels::TurnScratchBytes(plane.width, m_Area.width, 4));
-    TurnKernels().turnRgba32(plane, m_Area, IsClockwise(quarters), kOpaqueBlack, scratch);
+    Kernels<kernels::TurnKernels>().turnRgba32(plane, m_Area, IsClockwise(quarters), kOpaqueBlack, scratch);
 }
 
 void CRotate90X::TurnPart(const Plane8& plane, const PlaneArea& area, unsigned quarters, uint8_t black) {
     if (quarters == 0 || plane.Empty()) return;
     if (!IsQuarter(quarters)) {
-        ReverseKernels().halfTurnComponent(plane);
+        Kernels<kernels::ReverseKernels>().halfTurnComponent(plane);
         return;
     }
     uint8_t* scratch = m_Scratch.Require(kernels::TurnScratchBytes(plane.width, area.width, 1));
-    TurnKernels().turnComponent(plane, area, IsClockwise(quarters), black, scratch);
+    Kernels<kernels::TurnKernels>().turnComponent(plane, area, IsClockwise(quarters), black, scratch);
 }
 
 void CRotate90X::TurnPlanar(const PlanarView& view, unsigned quarters) {

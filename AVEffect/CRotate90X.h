@@ -13,9 +13,9 @@
 /// How the picture is reduced stands in kernels/turn.h.
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/turn.h"
 #include "AVEffect/scratch.h"
 #include "aveffect/base_property.h"
+#include "kernels/turn.h"
 
 namespace AVBased {
 

@@ -5,15 +5,13 @@
 
 #include "AVEffect/factory.h"
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/fade.h"
 #include "AVEffect/mmx_choice.h"
 #include "BaseTools/guarded.h"
+#include "kernels/fade.h"
 
 namespace AVBased {
 
 namespace {
-
-const kernels::FadeKernels& FadeKernels() { return kernels::SelectFadeKernels(AVBasedGetCPUFeatures()); }
 
 // Positions are shifted in 32 bits, so spans beyond 2^24 wrap.
 unsigned Rising(unsigned position, unsigned duration) { return (position << 8) / duration; }
@@ -27,13 +25,13 @@ constexpr const char* kNameOut = effectNameFadeOut;
 
 void fade_in_out_rgba32(unsigned char* pBuffer, size_t pixels, size_t pitch, size_t rows, unsigned level) {
     assert(pBuffer != NULL);
-    FadeKernels().scaleAlphaRgba32({pBuffer, pixels, pitch, rows}, level);
+    Kernels<kernels::FadeKernels>().scaleAlphaRgba32({pBuffer, pixels, pitch, rows}, level);
 }
 
 void fade_in_out_yuva_Graphic(unsigned char* pBuffer, size_t bytes, size_t pitch, size_t rows,
                               unsigned level) {
     assert(pBuffer != NULL);
-    FadeKernels().scaleComponent({pBuffer, bytes, pitch, rows}, level);
+    Kernels<kernels::FadeKernels>().scaleComponent({pBuffer, bytes, pitch, rows}, level);
 }
 
 } // namespace
@@ -136,25 +134,27 @@ CDirectFadeOutEffect::CDirectFadeOutEffect()
 void fade_in_out_direct_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
                                  unsigned level, unsigned colour) {
     assert(pBuffer != NULL);
-    FadeKernels().mixRgba32({pBuffer, pixels, pitch, rows}, level, colour);
+    Kernels<kernels::FadeKernels>().mixRgba32({pBuffer, pixels, pitch, rows}, level, colour);
 }
 
 void fade_in_out_direct_rgba32_mmx(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
                                    unsigned level, unsigned colour) {
     assert(pBuffer != NULL);
-    FadeKernels().mixRgba32({pBuffer, pixels, pitch, rows}, level, colour);
+    Kernels<kernels::FadeKernels>().mixRgba32({pBuffer, pixels, pitch, rows}, level, colour);
 }
 
 void fade_in_out_direct_yuva_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
                                unsigned level, unsigned value) {
     assert(pBuffer != NULL);
-    FadeKernels().mixComponent({pBuffer, bytes, pitch, rows}, level, static_cast<uint8_t>(value));
+    Kernels<kernels::FadeKernels>().mixComponent({pBuffer, bytes, pitch, rows}, level,
+                                                 static_cast<uint8_t>(value));
 }
 
 void fade_in_out_direct_yuva_mmx(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
                                  unsigned level, unsigned value) {
     assert(pBuffer != NULL);
-    FadeKernels().mixComponent({pBuffer, bytes, pitch, rows}, level, static_cast<uint8_t>(value));
+    Kernels<kernels::FadeKernels>().mixComponent({pBuffer, bytes, pitch, rows}, level,
+                                                 static_cast<uint8_t>(value));
 }
 
 std::atomic<DirectFadeKernel> fade_in_out_direct_rgba32 = fade_in_out_direct_rgba32_c;

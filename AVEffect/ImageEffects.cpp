@@ -5,7 +5,6 @@
 
 #include "AVEffect/factory.h"
 #include "BaseTools/guarded.h"
-#include "aveffect/base_media.h"
 
 namespace AVBased {
 
@@ -15,10 +14,6 @@ namespace {
 
 // More passes than this would keep the host waiting for hours; no picture of any size needs them.
 constexpr unsigned kMostPasses = 65535;
-
-const kernels::FilterKernels& FilterKernels() {
-    return kernels::SelectFilterKernels(AVBasedGetCPUFeatures());
-}
 
 } // namespace
 
@@ -64,28 +59,29 @@ void CFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
 }
 
 CSimpleGaussBlurEffect::CSimpleGaussBlurEffect()
-    : CFilterEffect(effectNameSimpleGaussBlur, "blur_count", FilterKernels().blurRgba32,
-                    FilterKernels().blurComponent) {}
+    : CFilterEffect(effectNameSimpleGaussBlur, "blur_count", Kernels<kernels::Filter3x3Kernels>().blurRgba32,
+                    Kernels<kernels::Filter3x3Kernels>().blurComponent) {}
 
 CSimpleLaplacianSharpenEffect::CSimpleLaplacianSharpenEffect()
-    : CFilterEffect(effectNameSimpleLaplacianSharpen, "sharpen_count", FilterKernels().sharpenRgba32,
-                    FilterKernels().sharpenComponent) {}
+    : CFilterEffect(effectNameSimpleLaplacianSharpen, "sharpen_count",
+                    Kernels<kernels::Filter3x3Kernels>().sharpenRgba32,
+                    Kernels<kernels::Filter3x3Kernels>().sharpenComponent) {}
 
 void gauss_blur_component_c(unsigned char* plane, unsigned width, unsigned pitch, unsigned height) {
     Scratch scratch;
-    FilterKernels().blurComponent({plane, width, pitch, height},
-                                  scratch.Require(kernels::FilterScratchBytes(width)), false);
+    Kernels<kernels::Filter3x3Kernels>().blurComponent(
+        {plane, width, pitch, height}, scratch.Require(kernels::FilterScratchBytes(width)), false);
 }
 
 void laplacian_sharpen_component_c(unsigned char* plane, unsigned width, unsigned pitch, unsigned height) {
     Scratch scratch;
-    FilterKernels().sharpenComponent({plane, width, pitch, height},
-                                     scratch.Require(kernels::FilterScratchBytes(width)), false);
+    Kernels<kernels::Filter3x3Kernels>().sharpenComponent(
+        {plane, width, pitch, height}, scratch.Require(kernels::FilterScratchBytes(width)), false);
 }
 
 CColourEffect::CColourEffect(const char* name)
     : CBasedVideoImageEffect(name)
-    , m_Kernels(kernels::SelectColourKernels(AVBasedGetCPUFeatures())) {}
+    , m_Kernels(Kernels<kernels::ColourKernels>()) {}
 
 CGrayEffect::CGrayEffect()
     : CColourEffect(effectNameGray) {}

@@ -2,9 +2,9 @@
 /// Colour and filter effects, and the factory of all video effects.
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/colour.h"
-#include "AVEffect/kernels/filter3x3.h"
 #include "AVEffect/scratch.h"
+#include "kernels/colour.h"
+#include "kernels/filter3x3.h"
 
 namespace AVBased {
 

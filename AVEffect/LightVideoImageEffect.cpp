@@ -4,9 +4,9 @@
 
 #include "AVEffect/factory.h"
 #include "AVEffect/frame_clone.h"
-#include "AVEffect/kernels/edge_light.h"
 #include "AVEffect/mmx_choice.h"
 #include "BaseTools/guarded.h"
+#include "kernels/edge_light.h"
 
 namespace AVBased {
 
@@ -14,13 +14,7 @@ using BaseTool::Raise;
 
 // Spotlight
 
-namespace {
-
-const kernels::SpotlightKernels& SpotlightKernels() {
-    return kernels::SelectSpotlightKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 CSpotlightVideoImageEffect::CSpotlightVideoImageEffect()
     : CBasedVideoImageEffect(effectNameSpotlight) {
@@ -54,8 +48,8 @@ kernels::Spot CSpotlightVideoImageEffect::Spot() const {
 void CSpotlightVideoImageEffect::SpotlightRgba32Effect(Plane32 plane) {
     assert(plane.data != NULL);
     if (Reaches(plane.width, plane.rows))
-        SpotlightKernels().spotlightRgba32(plane, Spot(), m_nColor,
-                                           m_Scratch.Require(kernels::SpotScratchBytes(plane.width)));
+        Kernels<kernels::SpotlightKernels>().spotlightRgba32(
+            plane, Spot(), m_nColor, m_Scratch.Require(kernels::SpotScratchBytes(plane.width)));
 }
 
 void CSpotlightVideoImageEffect::SpotlightComponentEffect(const PlanarView& view) {
@@ -63,8 +57,8 @@ void CSpotlightVideoImageEffect::SpotlightComponentEffect(const PlanarView& view
     if (!Reaches(view.y.width, view.y.rows)) return;
     const kernels::SpotPlanes planes = {
         view.y, view.u, view.v, m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift};
-    SpotlightKernels().spotlightComponent(planes, Spot(),
-                                          m_Scratch.Require(kernels::SpotScratchBytes(view.y.width)));
+    Kernels<kernels::SpotlightKernels>().spotlightComponent(
+        planes, Spot(), m_Scratch.Require(kernels::SpotScratchBytes(view.y.width)));
 }
 
 void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -81,13 +75,7 @@ void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFra
 
 // Edge light
 
-namespace {
-
-const kernels::EdgeLightKernels& EdgeLightKernels() {
-    return kernels::SelectEdgeLightKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect()
     : CBasedVideoImageEffect(effectNameEdgeLight) {
@@ -97,20 +85,20 @@ CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect()
 void CEdgeLightVideoImageEffect::EdgeLightRgba32Effect(Plane32 plane) const {
     if (plane.Empty()) return;
     assert(plane.data != NULL);
-    EdgeLightKernels().edgeLightRgba32(plane, m_nLevel);
+    Kernels<kernels::EdgeLightKernels>().edgeLightRgba32(plane, m_nLevel);
 }
 
 void CEdgeLightVideoImageEffect::EdgeLightCompYEffect(Plane8 plane) const {
     if (plane.Empty()) return;
     assert(plane.data != NULL);
-    EdgeLightKernels().edgeLightComponent(plane, m_nLevel, 0);
+    Kernels<kernels::EdgeLightKernels>().edgeLightComponent(plane, m_nLevel, 0);
 }
 
 // No slope is no colour.
 void CEdgeLightVideoImageEffect::EdgeLightCompUVEffect(Plane8 plane) const {
     if (plane.Empty()) return;
     assert(plane.data != NULL);
-    EdgeLightKernels().edgeLightComponent(plane, m_nLevel, 128);
+    Kernels<kernels::EdgeLightKernels>().edgeLightComponent(plane, m_nLevel, 128);
 }
 
 void CEdgeLightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -126,13 +114,7 @@ void CEdgeLightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFra
 
 // Radiate
 
-namespace {
-
-const kernels::RadiateKernels& RadiateKernels() {
-    return kernels::SelectRadiateKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 CRadiateVideoImageEffect::CRadiateVideoImageEffect()
     : CBasedVideoImageEffect(effectNameRadiate)
@@ -152,22 +134,24 @@ uint8_t* CRadiateVideoImageEffect::RequireFor(size_t width, size_t lumaRows, uns
 
 void CRadiateVideoImageEffect::RadiateRgba32Effect(Plane32 plane, Plane32 copy) {
     assert(plane.data != NULL && copy.data != NULL);
-    RadiateKernels().radiateRgba32(plane, copy, RaysToCentre(), RequireFor(plane.width, plane.rows));
+    Kernels<kernels::RadiateKernels>().radiateRgba32(plane, copy, RaysToCentre(),
+                                                     RequireFor(plane.width, plane.rows));
 }
 
 void CRadiateVideoImageEffect::RadiateRgba32EffectMMX(Plane32 plane, Plane32 copy) {
     assert(plane.data != NULL && copy.data != NULL);
-    RadiateKernels().radiateRgba32Mmx(plane, copy, RaysToCentre(), RequireFor(plane.width, plane.rows));
+    Kernels<kernels::RadiateKernels>().radiateRgba32Mmx(plane, copy, RaysToCentre(),
+                                                        RequireFor(plane.width, plane.rows));
 }
 
 void CRadiateVideoImageEffect::RadiateComponentEffect(const PlanarView& view, const PlanarView& copy) {
     assert(view.y.data != NULL && copy.y.data != NULL);
     const kernels::Rays rays = RaysToCentre();
     const kernels::LumaShape luma = {view.y.width, view.y.rows, view.horizontalShift, view.verticalShift};
-    RadiateKernels().radiateLuma(view.y, copy.y, rays, RequireFor(luma.width, luma.rows));
+    Kernels<kernels::RadiateKernels>().radiateLuma(view.y, copy.y, rays, RequireFor(luma.width, luma.rows));
     for (const auto& [plane, from] : {std::pair{view.u, copy.u}, {view.v, copy.v}})
-        RadiateKernels().radiateChroma(plane, from, rays, luma,
-                                       RequireFor(plane.width, luma.rows, luma.horizontalShift));
+        Kernels<kernels::RadiateKernels>().radiateChroma(
+            plane, from, rays, luma, RequireFor(plane.width, luma.rows, luma.horizontalShift));
 }
 
 void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

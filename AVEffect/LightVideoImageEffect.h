@@ -3,9 +3,9 @@
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/colour_value.h"
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/radiate.h"
-#include "AVEffect/kernels/spotlight.h"
 #include "AVEffect/scratch.h"
+#include "kernels/radiate.h"
+#include "kernels/spotlight.h"
 
 namespace AVBased {
 

@@ -10,11 +10,7 @@
 
 namespace AVBased {
 
-namespace {
-
-const kernels::PickKernels& PickKernels() { return kernels::SelectPickKernels(AVBasedGetCPUFeatures()); }
-
-} // namespace
+namespace {} // namespace
 
 CMagnifierVideoImageEffect::CMagnifierVideoImageEffect()
     : CBasedVideoImageEffect(effectNameMagnifier)
@@ -135,16 +131,16 @@ void CMagnifierVideoImageEffect::MagnifierNearestRGBA32Effect(Plane32 plane, Pla
     assert(plane.data != NULL);
     FindPlaces(plane.width, plane.rows, false);
     const kernels::Circle& circle = CircleFor(plane.width, plane.rows, 0, 0);
-    PickKernels().circleRgba32(plane, copy, circle,
-                               m_Scratch.Require(kernels::CircleScratchBytes(circle.columns.count, 4)));
+    Kernels<kernels::PickKernels>().circleRgba32(
+        plane, copy, circle, m_Scratch.Require(kernels::CircleScratchBytes(circle.columns.count, 4)));
 }
 
 void CMagnifierVideoImageEffect::MagnifierDoubleRGBA32Effect(Plane32 plane, Plane32 copy) {
     assert(plane.data != NULL);
     FindPlaces(plane.width, plane.rows, true);
     const kernels::Circle& circle = CircleFor(plane.width, plane.rows, 0, 0);
-    PickKernels().blendCircleRgba32(plane, copy, circle,
-                                    m_Scratch.Require(kernels::CircleScratchBytes(circle.columns.count, 4)));
+    Kernels<kernels::PickKernels>().blendCircleRgba32(
+        plane, copy, circle, m_Scratch.Require(kernels::CircleScratchBytes(circle.columns.count, 4)));
 }
 
 // The two compute the same.
@@ -168,12 +164,12 @@ void CMagnifierVideoImageEffect::MagnifyPlanes(PlanarKernel kernel, const Planar
 
 void CMagnifierVideoImageEffect::MagnifierNearestComponentEffect(const PlanarView& view,
                                                                  const PlanarView& copy) {
-    MagnifyPlanes(PickKernels().circleComponent, view, copy);
+    MagnifyPlanes(Kernels<kernels::PickKernels>().circleComponent, view, copy);
 }
 
 void CMagnifierVideoImageEffect::MagnifierDoubleComponentEffect(const PlanarView& view,
                                                                 const PlanarView& copy) {
-    MagnifyPlanes(PickKernels().blendCircleComponent, view, copy);
+    MagnifyPlanes(Kernels<kernels::PickKernels>().blendCircleComponent, view, copy);
 }
 
 void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

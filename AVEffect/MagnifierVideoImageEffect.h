@@ -4,8 +4,8 @@
 
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/pick.h"
 #include "AVEffect/scratch.h"
+#include "kernels/pick.h"
 
 namespace AVBased {
 

@@ -3,18 +3,11 @@
 #include <cassert>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/kernels/morphology.h"
-#include "aveffect/base_media.h"
+#include "kernels/morphology.h"
 
 namespace AVBased {
 
-namespace {
-
-const kernels::MorphologyKernels& MorphologyKernels() {
-    return kernels::SelectMorphologyKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 CMorphologyEffect::CMorphologyEffect(const char* name, PackedKernel packed, PlanarKernel planar)
     : CBasedVideoImageEffect(name)
@@ -36,12 +29,12 @@ void CMorphologyEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFram
 }
 
 CDilateVideoImageEffect::CDilateVideoImageEffect()
-    : CMorphologyEffect(effectNameDilate, MorphologyKernels().dilateRgba32,
-                        MorphologyKernels().dilateComponent) {}
+    : CMorphologyEffect(effectNameDilate, Kernels<kernels::MorphologyKernels>().dilateRgba32,
+                        Kernels<kernels::MorphologyKernels>().dilateComponent) {}
 
 CErodeVideoImageEffect::CErodeVideoImageEffect()
-    : CMorphologyEffect(effectNameErode, MorphologyKernels().erodeRgba32,
-                        MorphologyKernels().erodeComponent) {}
+    : CMorphologyEffect(effectNameErode, Kernels<kernels::MorphologyKernels>().erodeRgba32,
+                        Kernels<kernels::MorphologyKernels>().erodeComponent) {}
 
 AVEFFECT_CONSTRUCT_VIDEO(CDilateVideoImageEffect)
 AVEFFECT_CONSTRUCT_VIDEO(CErodeVideoImageEffect)

@@ -6,10 +6,9 @@
 #include <numbers>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/kernels/colour.h"
-#include "AVEffect/kernels/stroke.h"
 #include "BaseTools/guarded.h"
-#include "aveffect/base_media.h"
+#include "kernels/colour.h"
+#include "kernels/stroke.h"
 
 namespace AVBased {
 
@@ -17,13 +16,7 @@ using BaseTool::Raise;
 
 // Stroke
 
-namespace {
-
-const kernels::StrokeKernels& StrokeKernels() {
-    return kernels::SelectStrokeKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 CStrokeVideoImageEffect::CStrokeVideoImageEffect()
     : CBasedVideoImageEffect(effectNameStroke) {}
@@ -35,8 +28,8 @@ void CStrokeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
 
 void CStrokeVideoImageEffect::StrokeRgba32Effect(Plane32 plane) {
     assert(plane.data != NULL);
-    StrokeKernels().strokeRgba32(plane, m_nThreshold,
-                                 m_Scratch.Require(kernels::StrokeScratchBytes(plane.width)));
+    Kernels<kernels::StrokeKernels>().strokeRgba32(
+        plane, m_nThreshold, m_Scratch.Require(kernels::StrokeScratchBytes(plane.width)));
 }
 
 // A warm tint, whatever there is to draw.
@@ -45,7 +38,7 @@ void CStrokeVideoImageEffect::StrokeComponentEffect(const PlanarView& view) cons
     kernels::FillPitch(view.v, 136);
     if (view.y.Empty()) return;
     assert(view.y.data != NULL);
-    StrokeKernels().strokeComponent(view.y, m_nThreshold);
+    Kernels<kernels::StrokeKernels>().strokeComponent(view.y, m_nThreshold);
 }
 
 void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -61,13 +54,7 @@ void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 
 // Portrait
 
-namespace {
-
-const kernels::PortraitKernels& PortraitKernels() {
-    return kernels::SelectPortraitKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 CPortraitVideoImageEffect::CPortraitVideoImageEffect()
     : CBasedVideoImageEffect(effectNamePortrait) {
@@ -84,7 +71,8 @@ void CPortraitVideoImageEffect::OnSetProperty(const std::string& name, PropertyN
 void CPortraitVideoImageEffect::PortraitRgba32Effect(Plane32 plane) {
     assert(plane.data != NULL);
     const PortraitGeometry geometry = {static_cast<unsigned>(m_nWidth), plane.width, plane.rows, 0, 0};
-    PortraitKernels().portraitRgba32(plane, m_Mixes.Of(geometry, plane.width, plane.rows, 4, m_nColor));
+    Kernels<kernels::PortraitKernels>().portraitRgba32(
+        plane, m_Mixes.Of(geometry, plane.width, plane.rows, 4, m_nColor));
 }
 
 void CPortraitVideoImageEffect::PortraitComponentEffect(const PlanarView& view) {
@@ -96,7 +84,8 @@ void CPortraitVideoImageEffect::PortraitComponentEffect(const PlanarView& view) 
         if (plane.Empty()) return;
         const PortraitGeometry geometry = {static_cast<unsigned>(m_nWidth), view.y.width, view.y.rows,
                                            horizontalShift, verticalShift};
-        PortraitKernels().portraitComponent(plane, m_Mixes.Of(geometry, plane.width, plane.rows, 1, value));
+        Kernels<kernels::PortraitKernels>().portraitComponent(
+            plane, m_Mixes.Of(geometry, plane.width, plane.rows, 1, value));
     };
     mix(view.y, m_Yuv.y, 0, 0);
     mix(view.u, m_Yuv.u, view.horizontalShift, view.verticalShift);
@@ -139,10 +128,6 @@ kernels::ReliefWeights WeightsOf(int angle) {
              weight(x - pi / 4), weight(x - pi / 2), weight(x - 3 * pi / 4)}};
 }
 
-const kernels::ReliefKernels& ReliefKernels() {
-    return kernels::SelectReliefKernels(AVBasedGetCPUFeatures());
-}
-
 } // namespace
 
 CReliefVideoImageEffect::CReliefVideoImageEffect()
@@ -156,14 +141,14 @@ void CReliefVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
 
 void CReliefVideoImageEffect::ReliefRgba32Effect(Plane32 plane) {
     assert(plane.data != NULL);
-    ReliefKernels().reliefRgba32(plane, m_Weights,
-                                 m_Scratch.Require(kernels::ReliefScratchBytes(plane.width * 4)));
+    Kernels<kernels::ReliefKernels>().reliefRgba32(
+        plane, m_Weights, m_Scratch.Require(kernels::ReliefScratchBytes(plane.width * 4)));
 }
 
 void CReliefVideoImageEffect::ReliefComponentEffect(Plane8 plane) {
     assert(plane.data != NULL);
-    ReliefKernels().reliefComponent(plane, m_Weights,
-                                    m_Scratch.Require(kernels::ReliefScratchBytes(plane.width)));
+    Kernels<kernels::ReliefKernels>().reliefComponent(
+        plane, m_Weights, m_Scratch.Require(kernels::ReliefScratchBytes(plane.width)));
 }
 
 void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -181,11 +166,7 @@ void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 
 // Oil painting
 
-namespace {
-
-const kernels::OilKernels& OilKernels() { return kernels::SelectOilKernels(AVBasedGetCPUFeatures()); }
-
-} // namespace
+namespace {} // namespace
 
 COilPaintingVideoImageEffect::COilPaintingVideoImageEffect()
     : CBasedVideoImageEffect(effectNameOilPainting) {
@@ -211,15 +192,15 @@ void COilPaintingVideoImageEffect::OilPaintingRgba32Effect(Plane32 plane) {
     assert(plane.data != NULL);
     const kernels::OilBrush brush = BrushFor(plane.width, plane.rows);
     const size_t memory = kernels::OilMemory(plane.width, plane.rows, brush).total;
-    OilKernels().oilRgba32(plane, brush, m_Scratch.Require(memory));
+    Kernels<kernels::OilKernels>().oilRgba32(plane, brush, m_Scratch.Require(memory));
 }
 
 void COilPaintingVideoImageEffect::OilPaintingComponentEffect(const PlanarView& view) {
     assert(view.y.data != NULL);
     const kernels::OilBrush brush = BrushFor(view.y.width, view.y.rows);
     const size_t memory = kernels::OilMemory(view.y.width, view.y.rows, brush).total;
-    OilKernels().oilComponent(view.y, view.u, view.v, view.horizontalShift, view.verticalShift, brush,
-                              m_Scratch.Require(memory));
+    Kernels<kernels::OilKernels>().oilComponent(view.y, view.u, view.v, view.horizontalShift,
+                                                view.verticalShift, brush, m_Scratch.Require(memory));
 }
 
 void COilPaintingVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

@@ -3,10 +3,10 @@
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/colour_value.h"
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/oil.h"
-#include "AVEffect/kernels/relief.h"
 #include "AVEffect/portrait_mixes.h"
 #include "AVEffect/scratch.h"
+#include "kernels/oil.h"
+#include "kernels/relief.h"
 
 namespace AVBased {
 

@@ -4,49 +4,42 @@
 
 #include "AVEffect/factory.h"
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/reverse.h"
-#include "aveffect/base_media.h"
+#include "kernels/reverse.h"
 
 namespace AVBased {
 
-namespace {
-
-const kernels::ReverseKernels& ReverseKernels() {
-    return kernels::SelectReverseKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 void mirror_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows) {
     assert(pBuffer != NULL);
-    ReverseKernels().mirrorRgba32({pBuffer, pixels, pitch, rows});
+    Kernels<kernels::ReverseKernels>().mirrorRgba32({pBuffer, pixels, pitch, rows});
 }
 
 void mirror_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows) {
     assert(pBuffer != NULL);
-    ReverseKernels().mirrorComponent({pBuffer, bytes, pitch, rows});
+    Kernels<kernels::ReverseKernels>().mirrorComponent({pBuffer, bytes, pitch, rows});
 }
 
 void vertical_reverse_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows) {
     assert(pBuffer != NULL);
-    ReverseKernels().flipComponent(Plane32{pBuffer, pixels, pitch, rows}.Bytes());
+    Kernels<kernels::ReverseKernels>().flipComponent(Plane32{pBuffer, pixels, pitch, rows}.Bytes());
 }
 
 void vertical_reverse_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows) {
     assert(pBuffer != NULL);
-    ReverseKernels().flipComponent({pBuffer, bytes, pitch, rows});
+    Kernels<kernels::ReverseKernels>().flipComponent({pBuffer, bytes, pitch, rows});
 }
 
 void mirror_vertical_reverse_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch,
                                       unsigned rows) {
     assert(pBuffer != NULL);
-    ReverseKernels().oppositeRgba32({pBuffer, pixels, pitch, rows});
+    Kernels<kernels::ReverseKernels>().oppositeRgba32({pBuffer, pixels, pitch, rows});
 }
 
 void mirror_vertical_reverse_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch,
                                          unsigned rows) {
     assert(pBuffer != NULL);
-    ReverseKernels().oppositeComponent({pBuffer, bytes, pitch, rows});
+    Kernels<kernels::ReverseKernels>().oppositeComponent({pBuffer, bytes, pitch, rows});
 }
 
 CReverseVideoImageEffect::CReverseVideoImageEffect()

@@ -7,14 +7,14 @@
 
 #include "AVEffect/factory.h"
 #include "AVEffect/frame_clone.h"
-#include "AVEffect/kernels/emboss.h"
-#include "AVEffect/kernels/fade.h"
-#include "AVEffect/kernels/key.h"
-#include "AVEffect/kernels/mirage.h"
-#include "AVEffect/kernels/mosaic.h"
-#include "AVEffect/kernels/noise.h"
 #include "AVEffect/mmx_choice.h"
 #include "BaseTools/guarded.h"
+#include "kernels/emboss.h"
+#include "kernels/fade.h"
+#include "kernels/key.h"
+#include "kernels/mirage.h"
+#include "kernels/mosaic.h"
+#include "kernels/noise.h"
 
 namespace AVBased {
 
@@ -22,36 +22,30 @@ using BaseTool::Raise;
 
 // Emboss
 
-namespace {
-
-const kernels::EmbossKernels& EmbossKernels() {
-    return kernels::SelectEmbossKernels(AVBasedGetCPUFeatures());
-}
-
-} // namespace
+namespace {} // namespace
 
 void emboss_effect_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
                             int level) {
     assert(pBuffer != NULL);
-    EmbossKernels().embossRgba32({pBuffer, pixels, pitch, rows}, level);
+    Kernels<kernels::EmbossKernels>().embossRgba32({pBuffer, pixels, pitch, rows}, level);
 }
 
 void emboss_effect_rgba32_mmx(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
                               int level) {
     assert(pBuffer != NULL);
-    EmbossKernels().embossRgba32Mmx({pBuffer, pixels, pitch, rows}, level);
+    Kernels<kernels::EmbossKernels>().embossRgba32Mmx({pBuffer, pixels, pitch, rows}, level);
 }
 
 void emboss_effect_component_c(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
                                int level) {
     assert(pBuffer != NULL);
-    EmbossKernels().embossComponent({pBuffer, bytes, pitch, rows}, level);
+    Kernels<kernels::EmbossKernels>().embossComponent({pBuffer, bytes, pitch, rows}, level);
 }
 
 void emboss_effect_component_mmx(unsigned char* pBuffer, unsigned bytes, unsigned pitch, unsigned rows,
                                  int level) {
     assert(pBuffer != NULL);
-    EmbossKernels().embossComponentMmx({pBuffer, bytes, pitch, rows}, level);
+    Kernels<kernels::EmbossKernels>().embossComponentMmx({pBuffer, bytes, pitch, rows}, level);
 }
 
 std::atomic<EmbossKernel> emboss_effect_rgba32 = emboss_effect_rgba32_c;
@@ -102,10 +96,6 @@ kernels::MosaicArea AreaBetween(unsigned x1, unsigned y1, unsigned x2, unsigned 
             std::max(y1, y2) & wholeBlocks, step};
 }
 
-const kernels::MosaicKernels& MosaicKernels() {
-    return kernels::SelectMosaicKernels(AVBasedGetCPUFeatures());
-}
-
 } // namespace
 
 bool CMosaicVideoImageEffect::HasBlocks(size_t width, size_t height, unsigned smallestStep) const {
@@ -116,7 +106,8 @@ bool CMosaicVideoImageEffect::HasBlocks(size_t width, size_t height, unsigned sm
 void CMosaicVideoImageEffect::MosaicRgba32Effect(Plane32 plane) const {
     assert(plane.data != NULL);
     if (HasBlocks(plane.width, plane.rows, 1))
-        MosaicKernels().mosaicRgba32(plane, AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep));
+        Kernels<kernels::MosaicKernels>().mosaicRgba32(plane,
+                                                       AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep));
 }
 
 // Two pixels at a time took blocks of four and more.
@@ -128,7 +119,7 @@ void CMosaicVideoImageEffect::MosaicComponentEffect(const PlanarView& view) {
     assert(view.y.data != NULL);
     if (!HasBlocks(view.y.width, view.y.rows, 2)) return;
     const kernels::MosaicArea area = AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep);
-    const kernels::MosaicKernels& mosaic = MosaicKernels();
+    const kernels::MosaicKernels& mosaic = Kernels<kernels::MosaicKernels>();
     mosaic.mosaicLuma(view.y, area);
     for (const Plane8& plane : {view.u, view.v})
         mosaic.mosaicChroma(plane, area, view.y.width, view.horizontalShift, view.verticalShift,
@@ -174,30 +165,28 @@ kernels::Mirage MirageOf(unsigned enlargement, unsigned alpha, size_t width, siz
     return {offset(width), offset(height), step, ((alpha << 7) + 5120) / 100, width, height, 0, 0};
 }
 
-const kernels::MirageKernels& MirageKernels() {
-    return kernels::SelectMirageKernels(AVBasedGetCPUFeatures());
-}
-
 } // namespace
 
 void CMirageVideoImageEffect::MirageRgba32Effect(Plane32 plane, Plane32 copy) {
     assert(plane.data != NULL);
-    MirageKernels().mirageRgba32(plane, copy, MirageOf(m_nWidth, m_nAlpha, plane.width, plane.rows),
-                                 m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
+    Kernels<kernels::MirageKernels>().mirageRgba32(
+        plane, copy, MirageOf(m_nWidth, m_nAlpha, plane.width, plane.rows),
+        m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
 }
 
 void CMirageVideoImageEffect::MirageRgba32EffectMMX(Plane32 plane, Plane32 copy) {
     assert(plane.data != NULL);
-    MirageKernels().mirageRgba32Mmx(plane, copy, MirageOf(m_nWidth, m_nAlpha, plane.width, plane.rows),
-                                    m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
+    Kernels<kernels::MirageKernels>().mirageRgba32Mmx(
+        plane, copy, MirageOf(m_nWidth, m_nAlpha, plane.width, plane.rows),
+        m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
 }
 
 void CMirageVideoImageEffect::MirageComponentEffect(const PlanarView& view, const PlanarView& copy) {
     assert(view.y.data != NULL && copy.y.data != NULL);
     kernels::Mirage mirage = MirageOf(m_nWidth, m_nAlpha, view.y.width, view.y.rows);
     const auto blend = [&](const Plane8& plane, const Plane8& from) {
-        MirageKernels().mirageComponent(plane, from, mirage,
-                                        m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
+        Kernels<kernels::MirageKernels>().mirageComponent(
+            plane, from, mirage, m_Scratch.Require(kernels::MirageScratchBytes(plane.width)));
     };
     blend(view.y, copy.y);
     mirage.horizontalShift = view.horizontalShift;
@@ -240,7 +229,7 @@ void CTransparencyAjustEffect::OnSetProperty(const std::string& name, PropertyNo
 void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
     if (m_nScale == 0) return;
-    const kernels::FadeKernels& fade = kernels::SelectFadeKernels(AVBasedGetCPUFeatures());
+    const kernels::FadeKernels& fade = Kernels<kernels::FadeKernels>();
     const auto level = static_cast<unsigned>(std::max(m_nScale, 0)); // below 0 nothing of alpha is left
     ForFormat(
         pFrame,
@@ -276,8 +265,7 @@ void CColorFilterEffect::FilterRGBA32Effect(Plane32 plane) const {
     constexpr int64_t kWhite = 0xFFFFFF;
     const int64_t colour = m_nColor & kWhite, scope = int64_t{m_nScope} * 0x010101;
     const int64_t low = std::max<int64_t>(colour - scope, 0), high = std::min(colour + scope, kWhite);
-    kernels::SelectKeyKernels(AVBasedGetCPUFeatures())
-        .keyRgba32(plane, static_cast<uint32_t>(low), static_cast<uint32_t>(high));
+    Kernels<kernels::KeyKernels>().keyRgba32(plane, static_cast<uint32_t>(low), static_cast<uint32_t>(high));
 }
 
 void CColorFilterEffect::FilterComponentEffect(const PlanarView& view) {
@@ -289,9 +277,8 @@ void CColorFilterEffect::FilterComponentEffect(const PlanarView& view) {
     };
     const kernels::PlanarKey key = {around(m_Yuv.y), around(m_Yuv.u), around(m_Yuv.v), view.horizontalShift,
                                     view.verticalShift};
-    kernels::SelectKeyKernels(AVBasedGetCPUFeatures())
-        .keyComponent(view.y, view.u, view.v, view.alpha, key,
-                      m_Scratch.Require(kernels::KeyScratchBytes(view.y.width)));
+    Kernels<kernels::KeyKernels>().keyComponent(view.y, view.u, view.v, view.alpha, key,
+                                                m_Scratch.Require(kernels::KeyScratchBytes(view.y.width)));
 }
 
 void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -309,11 +296,7 @@ void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFra
 
 // Noise
 
-namespace {
-
-const kernels::NoiseKernels& NoiseKernels() { return kernels::SelectNoiseKernels(AVBasedGetCPUFeatures()); }
-
-} // namespace
+namespace {} // namespace
 
 CAddNoiseVideoImageEffect::CAddNoiseVideoImageEffect()
     : CBasedVideoImageEffect(effectNameAddNoise) {}
@@ -337,7 +320,7 @@ void CAddNoiseVideoImageEffect::AddNoiseRgba32EffectFirst(Plane32 plane) {
 
 void CAddNoiseVideoImageEffect::AddNoiseRgba32Effect(Plane32 plane) const {
     assert(plane.data != NULL);
-    NoiseKernels().addNoiseRgba32(plane, m_PixelNoise.Data(), Gain());
+    Kernels<kernels::NoiseKernels>().addNoiseRgba32(plane, m_PixelNoise.Data(), Gain());
 }
 
 void CAddNoiseVideoImageEffect::AddNoiseComponentEffectFirst(Plane8 plane) {
@@ -347,7 +330,7 @@ void CAddNoiseVideoImageEffect::AddNoiseComponentEffectFirst(Plane8 plane) {
 
 void CAddNoiseVideoImageEffect::AddNoiseComponentEffect(Plane8 plane) const {
     assert(plane.data != NULL);
-    NoiseKernels().addNoiseComponent(plane, m_SampleNoise.Data(), Gain());
+    Kernels<kernels::NoiseKernels>().addNoiseComponent(plane, m_SampleNoise.Data(), Gain());
 }
 
 void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

@@ -4,7 +4,6 @@
 #include <cassert>
 
 #include "AVEffect/frame_clone.h"
-#include "aveffect/base_media.h"
 
 namespace AVBased {
 
@@ -20,7 +19,7 @@ CStoredMapEffect::CStoredMapEffect(const char* name, Outside outside, bool write
     : CBasedVideoImageEffect(name)
     , m_Outside(outside)
     , m_bWritesRimLater(writesRimLater)
-    , m_Kernels(kernels::SelectRemapKernels(AVBasedGetCPUFeatures())) {}
+    , m_Kernels(Kernels<kernels::RemapKernels>()) {}
 
 void CStoredMapEffect::BeginMap(const Rectangle& rectangle) {
     m_nMapValid = 0;

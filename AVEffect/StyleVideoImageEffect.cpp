@@ -9,9 +9,9 @@
 #include <numeric>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/kernels/pop.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
+#include "kernels/pop.h"
 
 namespace AVBased {
 
@@ -32,8 +32,6 @@ void CPopStyleVideoImageEffect::OnSetProperty(const std::string& name, PropertyN
 
 namespace {
 
-const kernels::PopKernels& PopKernels() { return kernels::SelectPopKernels(AVBasedGetCPUFeatures()); }
-
 // No sample lies above 255.
 uint8_t ByteThreshold(unsigned threshold) { return static_cast<uint8_t>(std::min(threshold, 255u)); }
 
@@ -41,12 +39,12 @@ uint8_t ByteThreshold(unsigned threshold) { return static_cast<uint8_t>(std::min
 
 void CPopStyleVideoImageEffect::PopStyleRgba32Effect(Plane32 plane) const {
     assert(plane.data != NULL);
-    PopKernels().popRgba32(plane, ByteThreshold(m_nThreshold), m_nColor);
+    Kernels<kernels::PopKernels>().popRgba32(plane, ByteThreshold(m_nThreshold), m_nColor);
 }
 
 void CPopStyleVideoImageEffect::PopStyleComponentEffect(const PlanarView& view) const {
     assert(view.y.data != NULL);
-    PopKernels().popComponent(
+    Kernels<kernels::PopKernels>().popComponent(
         view.y, view.u, view.v,
         {ByteThreshold(m_nThreshold), m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift});
 }
@@ -112,8 +110,6 @@ void CWallVideoImageEffect::PlaneTiles::Find(const Tiles& tiles, size_t lumaSize
 
 namespace {
 
-const kernels::WallKernels& WallKernels() { return kernels::SelectWallKernels(AVBasedGetCPUFeatures()); }
-
 kernels::Places PlacesOf(const std::vector<uint32_t>& table) { return {table.data(), table.size()}; }
 
 } // namespace
@@ -132,7 +128,8 @@ void CWallVideoImageEffect::Repeat(Plane8 plane, size_t sampleBytes) const {
     for (size_t y = 0; y < std::min(period, m_Rows.limit); ++y) {
         uint8_t* const row = plane.Row(y);
         if (y < m_Rows.whole) {
-            WallKernels().repeatRow(row, m_Columns.whole * sampleBytes, PlacesOf(m_Columns.following), width);
+            Kernels<kernels::WallKernels>().repeatRow(row, m_Columns.whole * sampleBytes,
+                                                      PlacesOf(m_Columns.following), width);
             std::memmove(row + width - sampleBytes, row + m_Columns.last * sampleBytes, sampleBytes);
         } else {
             AVBasedMemCopy(row, plane.Row(m_Rows.following[y - m_Rows.whole]), plane.pitch);
@@ -149,7 +146,7 @@ void CWallVideoImageEffect::WallRgba32Effect(Plane32 plane) {
     FitInto(plane.width, plane.rows);
     m_Columns.Find(m_Horizontal, plane.width, plane.width, 0);
     m_Rows.Find(m_Vertical, plane.rows, plane.rows, 0);
-    WallKernels().shrinkRgba32(plane, FirstTile(0));
+    Kernels<kernels::WallKernels>().shrinkRgba32(plane, FirstTile(0));
     Repeat(plane.Bytes(), 4);
 }
 
@@ -160,7 +157,7 @@ void CWallVideoImageEffect::WallComponentEffect(const PlanarView& view) {
         if (plane.Empty()) return;
         m_Columns.Find(m_Horizontal, view.y.width, plane.width, horizontalShift);
         m_Rows.Find(m_Vertical, view.y.rows, plane.rows, verticalShift);
-        WallKernels().shrinkComponent(plane, FirstTile(verticalShift));
+        Kernels<kernels::WallKernels>().shrinkComponent(plane, FirstTile(verticalShift));
         Repeat(plane, 1);
     };
     wall(view.y, 0, 0);
@@ -182,11 +179,7 @@ void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* p
 
 // Lenses
 
-namespace {
-
-const kernels::LensKernels& LensKernels() { return kernels::SelectLensKernels(AVBasedGetCPUFeatures()); }
-
-} // namespace
+namespace {} // namespace
 
 bool CLensMapEffect::BuildMap(size_t width, size_t height) {
     BeginMap({0, width, 0, height});
@@ -267,7 +260,8 @@ bool CTileReflectVideoImageEffect::BuildMap(size_t width, size_t height) {
 }
 
 void CTileReflectVideoImageEffect::FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const {
-    LensKernels().tileRow({m_Size, m_Turn.sine, m_Turn.cosine, *m_nZoom, m_Bends.data()}, y, columns, rows);
+    Kernels<kernels::LensKernels>().tileRow({m_Size, m_Turn.sine, m_Turn.cosine, *m_nZoom, m_Bends.data()}, y,
+                                            columns, rows);
 }
 
 void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -298,7 +292,7 @@ bool CMirrorInvertVideoImageEffect::BuildMap(size_t width, size_t height) {
 void CMirrorInvertVideoImageEffect::FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const {
     const uint32_t radius = std::min(m_Size.width / 2, m_Size.height / 2);
     const uint32_t power = static_cast<uint32_t>(m_nAmount) * (radius * radius / 100 << 8);
-    LensKernels().inversionRow(m_Size, static_cast<int32_t>(power), y, columns, rows);
+    Kernels<kernels::LensKernels>().inversionRow(m_Size, static_cast<int32_t>(power), y, columns, rows);
 }
 
 void CMirrorInvertVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

@@ -6,8 +6,8 @@
 
 #include "AVEffect/StoredMapEffect.h"
 #include "AVEffect/colour_value.h"
-#include "AVEffect/kernels/lens.h"
-#include "AVEffect/kernels/wall.h"
+#include "kernels/lens.h"
+#include "kernels/wall.h"
 
 namespace AVBased {
 

@@ -6,8 +6,8 @@
 
 #include "AVEffect/factory.h"
 #include "AVEffect/frame_clone.h"
-#include "AVEffect/kernels/pick.h"
 #include "aveffect/base_media.h"
+#include "kernels/pick.h"
 
 namespace AVBased {
 
@@ -80,8 +80,6 @@ void CTensileVideoImageEffect::UseAllRows(size_t height) {
 
 namespace {
 
-const kernels::PickKernels& PickKernels() { return kernels::SelectPickKernels(AVBasedGetCPUFeatures()); }
-
 kernels::Places PlacesOf(const std::vector<uint32_t>& table) { return {table.data(), table.size()}; }
 
 // The same table for chroma, of which each sample goes with the last luma one it belongs to.
@@ -124,14 +122,16 @@ void CTensileVideoImageEffect::VerticalTensileComponentEffect(const PlanarView& 
 }
 
 void CTensileVideoImageEffect::PickPlanes(const PlanarView& view, const PlanarView& copy) {
-    PickKernels().pickComponent(view.y, copy.y, PlacesOf(m_Columns), PlacesOf(m_Rows),
-                                m_Scratch.Require(kernels::ColumnScratchBytes(view.y.width)));
+    Kernels<kernels::PickKernels>().pickComponent(
+        view.y, copy.y, PlacesOf(m_Columns), PlacesOf(m_Rows),
+        m_Scratch.Require(kernels::ColumnScratchBytes(view.y.width)));
     const auto pick = [this](Plane8 plane, Plane8 from, unsigned horizontalShift, unsigned verticalShift) {
         if (plane.Empty()) return;
         ForChroma(m_ChromaColumns, m_Columns, horizontalShift, plane.width);
         ForChroma(m_ChromaRows, m_Rows, verticalShift, plane.rows);
-        PickKernels().pickComponent(plane, from, PlacesOf(m_ChromaColumns), PlacesOf(m_ChromaRows),
-                                    m_Scratch.Require(kernels::ColumnScratchBytes(plane.width)));
+        Kernels<kernels::PickKernels>().pickComponent(
+            plane, from, PlacesOf(m_ChromaColumns), PlacesOf(m_ChromaRows),
+            m_Scratch.Require(kernels::ColumnScratchBytes(plane.width)));
     };
     pick(view.u, copy.u, view.horizontalShift, view.verticalShift);
     pick(view.v, copy.v, view.horizontalShift, view.verticalShift);
@@ -142,8 +142,8 @@ void CTensileVideoImageEffect::HorizontalTensileRgba32Effect(Plane32 plane, Plan
     if (!m_Horizontal.FitsIn(plane.width)) return;
     FindColumns(plane.width);
     UseAllRows(plane.rows);
-    PickKernels().pickRgba32(plane, copy, PlacesOf(m_Columns), PlacesOf(m_Rows),
-                             m_Scratch.Require(kernels::ColumnScratchBytes(plane.width)));
+    Kernels<kernels::PickKernels>().pickRgba32(plane, copy, PlacesOf(m_Columns), PlacesOf(m_Rows),
+                                               m_Scratch.Require(kernels::ColumnScratchBytes(plane.width)));
 }
 
 void CTensileVideoImageEffect::HorizontalTensileComponentEffect(const PlanarView& view,
@@ -160,8 +160,8 @@ void CTensileVideoImageEffect::TensileRgba32Effect(Plane32 plane, Plane32 copy) 
     if (!m_Vertical.FitsIn(plane.rows) || !m_Horizontal.FitsIn(plane.width)) return;
     FindRows(plane.rows);
     FindColumns(plane.width);
-    PickKernels().pickRgba32(plane, copy, PlacesOf(m_Columns), PlacesOf(m_Rows),
-                             m_Scratch.Require(kernels::ColumnScratchBytes(plane.width)));
+    Kernels<kernels::PickKernels>().pickRgba32(plane, copy, PlacesOf(m_Columns), PlacesOf(m_Rows),
+                                               m_Scratch.Require(kernels::ColumnScratchBytes(plane.width)));
 }
 
 void CTensileVideoImageEffect::TensileComponentEffect(const PlanarView& view, const PlanarView& copy) {

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/stereo.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
+#include "kernels/stereo.h"
 
 namespace AVBased {
 
@@ -127,7 +127,7 @@ void CTrans2D3D::Draw(IRawVideoFrame* widened) {
     const auto shift = 3 * static_cast<size_t>(WideningFor(m_nWidth, m_nDepth) / 2);
     if (from.width < to.width + shift || from.rows < to.rows)
         Raise(kUnknownException, "the widened picture is too small; the frame is left as it is");
-    const kernels::StereoKernels& kernels = kernels::SelectStereoKernels(AVBasedGetCPUFeatures());
+    const kernels::StereoKernels& kernels = Kernels<kernels::StereoKernels>();
     switch (m_nType) {
     case 1:
         kernels.shiftRedRgb24(to, from, shift);

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/remap.h"
+#include "kernels/remap.h"
 
 namespace AVBased {
 

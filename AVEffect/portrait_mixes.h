@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "AVEffect/kernels/portrait.h"
+#include "kernels/portrait.h"
 
 namespace AVBased {
 

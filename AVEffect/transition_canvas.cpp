@@ -69,7 +69,7 @@ Layers::Layers(const Canvas& canvas, const Plane8& under, const Plane8& over)
     , m_Over(Shared(canvas, over))
     , m_nPictureBytes(canvas.RowBytes())
     , m_nRows(std::min(canvas.out.rows, under.rows))
-    , m_Kernels(kernels::SelectTransitionKernels(AVBasedGetCPUFeatures())) {}
+    , m_Kernels(Kernels<kernels::TransitionKernels>()) {}
 
 Run Layers::Within(size_t begin, size_t from, size_t bytes) const {
     const size_t place = std::max(begin, from);

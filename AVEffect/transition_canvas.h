@@ -4,7 +4,7 @@
 #include <span>
 
 #include "AVEffect/frame_planes.h"
-#include "AVEffect/kernels/transition.h"
+#include "kernels/transition.h"
 
 namespace AVBased {
 

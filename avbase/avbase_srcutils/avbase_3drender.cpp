@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <limits>
 
-#include "AVEffect/kernels/stereo.h"
 #include "BaseTools/guarded.h"
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "avbase/avbase_srcutils/plane_views.h"
 #include "aveffect/base_media.h"
+#include "kernels/stereo.h"
 
 namespace AVBased {
 
@@ -18,10 +18,6 @@ using BaseTool::Guarded;
 using BaseTool::Raise;
 
 namespace {
-
-const kernels::StereoKernels& StereoKernels() {
-    return kernels::SelectStereoKernels(AVBasedGetCPUFeatures());
-}
 
 // The planes that are drawn of planar frames; alpha comes behind them.
 constexpr unsigned kColourPlanes = 3;
@@ -44,16 +40,18 @@ Plane8 LaidOutLike(const Plane8& out, const Plane8& view) {
 }
 
 void SideBySide(const Plane8& out, const Plane8& left, const Plane8& right) {
-    StereoKernels().sideBySideComponent(out, LaidOutLike(out, left), LaidOutLike(out, right));
+    Kernels<kernels::StereoKernels>().sideBySideComponent(out, LaidOutLike(out, left),
+                                                          LaidOutLike(out, right));
 }
 
 void SideBySidePixels(const Plane8& out, const Plane8& left, const Plane8& right) {
-    StereoKernels().sideBySideRgba32(AsPixels(out), AsPixels(LaidOutLike(out, left)),
-                                     AsPixels(LaidOutLike(out, right)));
+    Kernels<kernels::StereoKernels>().sideBySideRgba32(AsPixels(out), AsPixels(LaidOutLike(out, left)),
+                                                       AsPixels(LaidOutLike(out, right)));
 }
 
 void TopAndBottom(const Plane8& out, const Plane8& left, const Plane8& right) {
-    StereoKernels().topAndBottomComponent(out, LaidOutLike(out, left), LaidOutLike(out, right));
+    Kernels<kernels::StereoKernels>().topAndBottomComponent(out, LaidOutLike(out, left),
+                                                            LaidOutLike(out, right));
 }
 
 // A view without chroma, as the smallest can be, is grey.
@@ -194,7 +192,8 @@ bool CAVBase3DRender::ProcessRGBRedBlue(IRawVideoFrame* L, IRawVideoFrame* R, IR
     return Guarded(false, [&] {
         Plane32 left = AsPixels(FilledPlane(L, 0));
         LimitTo(left, L);
-        StereoKernels().anaglyphRgba32(AsPixels(FilledPlane(out, 0)), left, AsPixels(FilledPlane(R, 0)));
+        Kernels<kernels::StereoKernels>().anaglyphRgba32(AsPixels(FilledPlane(out, 0)), left,
+                                                         AsPixels(FilledPlane(R, 0)));
         return true;
     });
 }
@@ -206,7 +205,7 @@ bool CAVBase3DRender::ProcessYUVRedBlue(IRawVideoFrame* L, IRawVideoFrame* R, IR
         left.v = OrGrey(left.v);
         right.u = OrGrey(right.u);
         right.v = OrGrey(right.v);
-        StereoKernels().anaglyphYuv(YuvPlanesOf(out), left, right);
+        Kernels<kernels::StereoKernels>().anaglyphYuv(YuvPlanesOf(out), left, right);
         return true;
     });
 }

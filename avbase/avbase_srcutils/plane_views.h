@@ -1,9 +1,9 @@
 #pragma once
 /// A frame's planes as kernels see them.
-#include "AVEffect/kernels/planes.h"
 #include "BaseTools/CBaseException.h"
 #include "aveffect/errors.h"
 #include "aveffect/video_frame.h"
+#include "kernels/planes.h"
 
 namespace AVBased {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "AVEffect/kernels/colour.h"
-#include "AVEffect/kernels/filter3x3.h"
 #include "AVEffect/scratch.h"
+#include "kernels/colour.h"
+#include "kernels/filter3x3.h"
 #include "tests/kernels/case_makers.h"
 
 namespace test {
@@ -53,7 +53,7 @@ KernelCase Filter(std::string name, Kernel kernel, Weights weights, bool track =
 }
 
 void AddColourCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectColourKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::ColourKernels>(features);
     const auto mean = [](const uint8_t* p) { return (p[0] + p[1] + p[2]) / 3; };
     cases.push_back(
         OnPixels("grayRgba32", kernels.grayRgba32, [=](uint8_t* p) { std::fill_n(p, 3, mean(p)); }));
@@ -102,7 +102,7 @@ void AddColourCases(std::vector<KernelCase>& cases, unsigned features) {
 }
 
 void AddFilterCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectFilterKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::Filter3x3Kernels>(features);
     const Weights blur = {4, 2, 1, 16}, sharpen = {9, -1, -1, 1};
     cases.push_back(Filter<Plane8>("blurComponent", kernels.blurComponent, blur));
     cases.push_back(Filter<Plane32>("blurRgba32", kernels.blurRgba32, blur));

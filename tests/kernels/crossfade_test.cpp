@@ -4,8 +4,8 @@
 #include <numeric>
 #include <random>
 
-#include "AVEffect/kernels/transition.h"
 #include "aveffect/base_media.h"
+#include "kernels/transition.h"
 #include "tests/kernels/case_makers.h"
 
 namespace {
@@ -53,8 +53,8 @@ TEST(CrossFade, GivesTheDefinitionsByteForEveryPair) {
               AVBased::kCpuAVX512 | AVBased::kCpuAVX512VBMI}) {
             if ((AVBasedGetCPUFeatures() & level) != level) continue;
             Pixels out(first.size(), 99);
-            AVBased::kernels::SelectTransitionKernels(level).crossFadeRgba32(View(out), View(first),
-                                                                             View(second), progress);
+            AVBased::kernels::SelectKernels<AVBased::kernels::TransitionKernels>(level).crossFadeRgba32(
+                View(out), View(first), View(second), progress);
             ASSERT_EQ(out, expected) << progress << ", level " << level;
         }
     }

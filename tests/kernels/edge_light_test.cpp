@@ -1,8 +1,8 @@
 // Edge light on every pair of differences that three samples can have.
 #include <gtest/gtest.h>
 
-#include "AVEffect/kernels/edge_light.h"
 #include "aveffect/base_media.h"
+#include "kernels/edge_light.h"
 #include "tests/support/light.h"
 
 namespace {
@@ -26,7 +26,7 @@ TEST(EdgeLight, IsThatOfDoublePrecisionForEveryDifference) {
             if ((AVBasedGetCPUFeatures() & features) != features) continue;
             std::vector<uint8_t> plane = first;
             plane.insert(plane.end(), second.begin(), second.end());
-            AVBased::kernels::SelectEdgeLightKernels(features).edgeLightComponent(
+            AVBased::kernels::SelectKernels<AVBased::kernels::EdgeLightKernels>(features).edgeLightComponent(
                 {plane.data(), first.size(), first.size(), 2}, level, 0);
             size_t wrong = 0;
             for (size_t i = 0; i < first.size(); i += 2) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "AVEffect/kernels/planes.h"
+#include "kernels/planes.h"
 
 namespace test {
 

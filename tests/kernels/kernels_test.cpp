@@ -2,9 +2,9 @@
 
 #include <set>
 
-#include "AVEffect/kernels/filter3x3.h"
 #include "AVEffect/scratch.h"
 #include "aveffect/base_media.h"
+#include "kernels/filter3x3.h"
 #include "tests/kernels/harness.h"
 
 namespace {
@@ -42,7 +42,7 @@ TEST_P(Kernels, TrackedFiltersTellWhetherAByteChanged) {
     const unsigned features = GetParam().features;
     if ((AVBasedGetCPUFeatures() & features) != features)
         GTEST_SKIP() << "this processor lacks " << GetParam().name;
-    const auto& kernels = AVBased::kernels::SelectFilterKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::Filter3x3Kernels>(features);
     for (const size_t width : {9u, 300u})
         for (const size_t changed : {size_t{0}, width / 2, width - 2}) {
             std::vector<uint8_t> picture(width * 5, 60);

@@ -2,10 +2,10 @@
 #include <limits>
 #include <memory>
 
-#include "AVEffect/kernels/edge_light.h"
-#include "AVEffect/kernels/radiate.h"
-#include "AVEffect/kernels/spotlight.h"
 #include "AVEffect/scratch.h"
+#include "kernels/edge_light.h"
+#include "kernels/radiate.h"
+#include "kernels/spotlight.h"
 #include "tests/kernels/case_makers.h"
 #include "tests/support/light.h"
 
@@ -16,7 +16,7 @@ namespace {
 constexpr int kLowest = std::numeric_limits<int>::min(), kHighest = std::numeric_limits<int>::max();
 
 void AddEdgeLightCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectEdgeLightKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::EdgeLightKernels>(features);
     for (const int level : {3, -11, 12, -90, 91, kHighest, kLowest}) {
         const std::string suffix = " " + std::to_string(level);
         cases.push_back({"edgeLightRgba32" + suffix, 1, 4,
@@ -30,7 +30,7 @@ void AddEdgeLightCases(std::vector<KernelCase>& cases, unsigned features) {
 
 // With a colour of 17, 201 and 130. Of pixels, or of luma and chroma.
 KernelCase SpotlightCase(unsigned features, PlainSpotlight light, size_t unit) {
-    const auto kernels = AVBased::kernels::SelectSpotlightKernels(features);
+    const auto kernels = AVBased::kernels::SelectKernels<AVBased::kernels::SpotlightKernels>(features);
     const auto place = [unit](const Plane8& plane, PlainSpotlight placed) {
         placed.x = static_cast<int64_t>(plane.width / unit / 3);
         placed.y = static_cast<int64_t>(plane.rows / 2);
@@ -96,7 +96,7 @@ KernelCase RadiateCase(const char* name, PlainRays plain, size_t unit, unsigned 
 }
 
 void AddRadiateCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto kernels = AVBased::kernels::SelectRadiateKernels(features);
+    const auto kernels = AVBased::kernels::SelectKernels<AVBased::kernels::RadiateKernels>(features);
     const auto pixels = [](auto kernel) {
         return [=](const auto& planes, const auto& rays, const auto&, uint8_t* scratch) {
             kernel(Pixels(planes[0]), Pixels(planes[1]), rays, scratch);

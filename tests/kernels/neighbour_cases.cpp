@@ -3,9 +3,9 @@
 
 #include <memory>
 
-#include "AVEffect/kernels/morphology.h"
-#include "AVEffect/kernels/relief.h"
 #include "AVEffect/scratch.h"
+#include "kernels/morphology.h"
+#include "kernels/relief.h"
 #include "tests/kernels/case_makers.h"
 
 namespace test {
@@ -36,12 +36,12 @@ void AddNeighbourCases(std::vector<KernelCase>& cases, unsigned features) {
                                              auto reference) {
         cases.push_back(OnNeighbours<Plane>(name, kernel, MorphologyScratchBytes, reference));
     };
-    const MorphologyKernels& morphology = SelectMorphologyKernels(features);
+    const MorphologyKernels& morphology = SelectKernels<MorphologyKernels>(features);
     addExtreme("dilateComponent", morphology.dilateComponent, TakeExtreme<true>);
     addExtreme("dilateRgba32", morphology.dilateRgba32, TakeExtreme<true>);
     addExtreme("erodeComponent", morphology.erodeComponent, TakeExtreme<false>);
     addExtreme("erodeRgba32", morphology.erodeRgba32, TakeExtreme<false>);
-    const ReliefKernels& relief = SelectReliefKernels(features);
+    const ReliefKernels& relief = SelectKernels<ReliefKernels>(features);
     // Of no direction: all different, the ends of the range, and the largest sums.
     for (const ReliefWeights& weights : {ReliefWeights{22, -164, -255, 196, 256, -197, 255, 163, -21},
                                          {-256, 256, -1, 1, 256, 0, -128, 127, 255},

@@ -1,10 +1,10 @@
 // The kernels of the paint effects.
 #include <memory>
 
-#include "AVEffect/kernels/oil.h"
-#include "AVEffect/kernels/stroke.h"
 #include "AVEffect/portrait_mixes.h"
 #include "AVEffect/scratch.h"
+#include "kernels/oil.h"
+#include "kernels/stroke.h"
 #include "tests/kernels/case_makers.h"
 #include "tests/support/painted.h"
 
@@ -13,7 +13,7 @@ namespace test {
 namespace {
 
 void AddStrokeCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectStrokeKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::StrokeKernels>(features);
     const auto scratch = std::make_shared<AVBased::Scratch>();
     // Contrasts end at 510 and 1020; both parities, limits of bytes, and beyond.
     for (const uint32_t threshold : {32u, 0u, 3u, 101u, 255u, 256u, 508u, 509u, 510u, 1019u, 1020u}) {
@@ -31,7 +31,7 @@ void AddStrokeCases(std::vector<KernelCase>& cases, unsigned features) {
 }
 
 void AddPortraitCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectPortraitKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::PortraitKernels>(features);
     const auto mixes = std::make_shared<AVBased::PortraitMixes>();
     // Without a filled border and with one, bands that meet in few of the pictures and in nearly all.
     for (const unsigned band : {40u, 5u, 16u, 200u}) {
@@ -72,7 +72,7 @@ void AddPortraitCases(std::vector<KernelCase>& cases, unsigned features) {
 }
 
 void AddOilCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectOilKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::OilKernels>(features);
     const auto scratch = std::make_shared<AVBased::Scratch>();
     // Radius 0, first because it is quick to compute plainly in depth; the usual brush; the largest small one
     // with the most bins; the smallest large ones.

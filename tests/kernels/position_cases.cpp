@@ -1,13 +1,13 @@
 // References of the kernels that take samples from elsewhere, each written straight from its definition.
 #include <memory>
 
-#include "AVEffect/kernels/mirage.h"
-#include "AVEffect/kernels/mosaic.h"
-#include "AVEffect/kernels/pick.h"
-#include "AVEffect/kernels/remap.h"
-#include "AVEffect/kernels/reverse.h"
-#include "AVEffect/kernels/turn.h"
 #include "AVEffect/scratch.h"
+#include "kernels/mirage.h"
+#include "kernels/mosaic.h"
+#include "kernels/pick.h"
+#include "kernels/remap.h"
+#include "kernels/reverse.h"
+#include "kernels/turn.h"
 #include "tests/kernels/case_makers.h"
 #include "tests/support/turned.h"
 
@@ -35,7 +35,7 @@ void ForBlocks(const MosaicArea& area, size_t width, Write write) {
 }
 
 void AddMosaicCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectMosaicKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::MosaicKernels>(features);
     const auto scratch = std::make_shared<AVBased::Scratch>();
     for (const unsigned step : {1u, 2u, 3u, 4u, 6u, 7u}) {
         const std::string suffix = " " + std::to_string(step);
@@ -127,7 +127,7 @@ PlaneFunction WithCopy(const std::function<void(const Plane8& plane, const Plane
 }
 
 void AddMirageCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectMirageKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::MirageKernels>(features);
     const auto scratch = std::make_shared<AVBased::Scratch>();
     const auto memory = [=](const Plane8& plane) {
         return scratch->Require(AVBased::kernels::MirageScratchBytes(plane.width));
@@ -194,8 +194,8 @@ void PickReference(const Plane8& plane, const Plane8& copy, size_t unitBytes) {
 }
 
 void AddPickCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectPickKernels(features);
-    const auto& remaps = AVBased::kernels::SelectRemapKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::PickKernels>(features);
+    const auto& remaps = AVBased::kernels::SelectKernels<AVBased::kernels::RemapKernels>(features);
     for (const size_t unit : {size_t{1}, size_t{4}}) {
         const std::string suffix = unit == 4 ? "Rgba32" : "Component";
         cases.push_back(
@@ -248,7 +248,7 @@ PlaneFunction Exchanged(size_t unit, bool columns, bool rows) {
 }
 
 void AddReverseCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectReverseKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::ReverseKernels>(features);
     const auto add = [&](const char* name, size_t unit, auto kernel, const PlaneFunction& reference) {
         cases.push_back({name, 1, unit,
                          [=](const auto& planes) {
@@ -277,7 +277,7 @@ void AddReverseCases(std::vector<KernelCase>& cases, unsigned features) {
 }
 
 void AddTurnCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectTurnKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::TurnKernels>(features);
     const auto scratch = std::make_shared<AVBased::Scratch>();
     struct Part { // of the plane that the area leaves out on either side, in tenths
         size_t left, top, right, bottom;

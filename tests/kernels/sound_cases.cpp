@@ -3,7 +3,7 @@
 #include <cstring>
 #include <limits>
 
-#include "AVEffect/kernels/sound.h"
+#include "kernels/sound.h"
 #include "tests/kernels/case_makers.h"
 #include "tests/support/host_sound.h"
 #include "tests/support/plain_sound.h"
@@ -29,7 +29,7 @@ constexpr double kScales[] = {0.1,        0.0,     0.5,    1.0,       0.99999999
                               3e9,        -0.75,   -1e300, kInfinity, -0.0};
 
 KernelCase Scaling(const char* name, int format, unsigned features, bool swapped) {
-    const auto& kernels = kernels::SelectSoundKernels(features);
+    const auto& kernels = kernels::SelectKernels<AVBased::kernels::SoundKernels>(features);
     const auto kernel = swapped ? kernels.scaleSwapped[format] : kernels.scale[format];
     const size_t unit = SampleBytesOf(format);
     return {std::string("scaleSamples ") + name + (swapped ? ", bytes swapped" : ""), 1, unit,
@@ -45,7 +45,7 @@ KernelCase Scaling(const char* name, int format, unsigned features, bool swapped
 void AddSoundCases(std::vector<KernelCase>& cases, unsigned features) {
     static constexpr int16_t kGains[] = {127, 128, 383,   384,    -128, -129, 512,
                                          0,   256, 32767, -32768, -1,   3000};
-    const auto amplify = kernels::SelectSoundKernels(features).amplify16;
+    const auto amplify = kernels::SelectKernels<AVBased::kernels::SoundKernels>(features).amplify16;
     cases.push_back(
         {"amplify16", 1, 2,
          ForRanges(kGains, [=](uint8_t* row, size_t bytes, int16_t gain) { amplify(row, bytes / 2, gain); }),

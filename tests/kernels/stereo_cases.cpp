@@ -1,5 +1,5 @@
 // References of the kernels that draw two views.
-#include "AVEffect/kernels/stereo.h"
+#include "kernels/stereo.h"
 #include "tests/kernels/case_makers.h"
 #include "tests/support/stereo.h"
 
@@ -114,7 +114,7 @@ void AddShiftCases(std::vector<KernelCase>& cases, const AVBased::kernels::Stere
 } // namespace
 
 void AddStereoCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectStereoKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::StereoKernels>(features);
     const auto onPixels = [](auto kernel) {
         return [=](const Plane8& out, const Plane8& left, const Plane8& right) {
             kernel(Pixels(out), Pixels(left), Pixels(right));

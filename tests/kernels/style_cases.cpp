@@ -2,9 +2,9 @@
 #include <array>
 #include <cstring>
 
-#include "AVEffect/kernels/lens.h"
-#include "AVEffect/kernels/pop.h"
-#include "AVEffect/kernels/wall.h"
+#include "kernels/lens.h"
+#include "kernels/pop.h"
+#include "kernels/wall.h"
 #include "tests/kernels/case_makers.h"
 
 namespace test {
@@ -14,7 +14,7 @@ namespace {
 using AVBased::kernels::PlanarPop;
 
 void AddPopCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectPopKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::PopKernels>(features);
     for (const int threshold : {0, 127, 254, 255})
         cases.push_back(OnPixels(
             "popRgba32 " + std::to_string(threshold), kernels.popRgba32,
@@ -53,7 +53,7 @@ std::vector<uint32_t> TileOf(size_t size, size_t step) {
 }
 
 void AddWallCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectWallKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::WallKernels>(features);
     struct Steps {
         size_t across, down;
         unsigned times, lastTimes;
@@ -129,7 +129,7 @@ KernelCase Places(const char* name, Kernel kernel, Reference reference) {
 constexpr std::array<int32_t, AVBased::kernels::TileLens::kBends> kFlat{};
 
 void AddLensCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectLensKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::LensKernels>(features);
     cases.push_back(Places(
         "tileRow",
         [=](auto size, uint32_t y, uint32_t* columns, uint32_t* rows) {

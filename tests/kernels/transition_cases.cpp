@@ -1,5 +1,5 @@
 // References of the transitions' kernels, each written straight from its formula.
-#include "AVEffect/kernels/transition.h"
+#include "kernels/transition.h"
 #include "tests/kernels/case_makers.h"
 
 namespace test {
@@ -28,7 +28,7 @@ KernelCase Overlay(const std::string& name, PlaneFunction kernel, Source source)
 }
 
 void AddOverlayCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectTransitionKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::TransitionKernels>(features);
     // The middle third from the row's beginning, the last sixth as it stands.
     cases.push_back(Overlay(
         "overlayRuns",
@@ -62,7 +62,7 @@ uint8_t CrossFaded(int a, int b, double progress) {
 
 void AddTransitionCases(std::vector<KernelCase>& cases, unsigned features) {
     AddOverlayCases(cases, features);
-    const auto& kernels = AVBased::kernels::SelectTransitionKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::TransitionKernels>(features);
     for (const double progress : {0.3, 0.0, 0.123, 7.0 / 25, 1 / 3.0, 0.5, 6 / 7.0, 1.0, 1.5, -0.25})
         cases.push_back({"crossFadeRgba32 " + std::to_string(progress), 3, 4,
                          [=](const auto& planes) {

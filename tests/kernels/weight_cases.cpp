@@ -1,11 +1,11 @@
 // References of the kernels that weigh each sample, each written straight from its formula.
 #include <memory>
 
-#include "AVEffect/kernels/emboss.h"
-#include "AVEffect/kernels/fade.h"
-#include "AVEffect/kernels/key.h"
-#include "AVEffect/kernels/noise.h"
 #include "AVEffect/scratch.h"
+#include "kernels/emboss.h"
+#include "kernels/fade.h"
+#include "kernels/key.h"
+#include "kernels/noise.h"
 #include "tests/kernels/case_makers.h"
 
 namespace test {
@@ -23,7 +23,7 @@ PlaneFunction ForColours(size_t unitBytes, Change change) {
 }
 
 void AddFadeCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectFadeKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::FadeKernels>(features);
     for (const uint32_t level : {0u, 1u, 77u, 255u, 256u, 257u, 300u, 1000u, 65280u, 65536u, 4294967295u}) {
         const std::string suffix = " " + std::to_string(level);
         const auto scale = [=](uint8_t x) { return Clamp(FloorDivide256(x * long{level})); };
@@ -70,7 +70,7 @@ void AddEmboss(std::vector<KernelCase>& cases, const std::string& name,
 }
 
 void AddEmbossCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectEmbossKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::EmbossKernels>(features);
     for (const int32_t level : {0, 1, -1, 2, 127, -127, 128, -128, 129, 255, -256, 257, 1000, 65536, 16777216,
                                 16777217, -2147483647 - 1}) {
         const auto limited = [=](long product) {
@@ -107,7 +107,7 @@ std::vector<uint8_t> WithoutPadding(const Plane8& plane) {
 }
 
 void AddNoiseCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectNoiseKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::NoiseKernels>(features);
     for (const uint32_t gain : {40u, 200u, 280u, 660u}) {
         const auto add = [=](const auto& planes, size_t x, size_t y) {
             uint8_t& c = planes[0].Row(y)[x];
@@ -130,7 +130,7 @@ void AddNoiseCases(std::vector<KernelCase>& cases, unsigned features) {
 }
 
 void AddKeyCases(std::vector<KernelCase>& cases, unsigned features) {
-    const auto& kernels = AVBased::kernels::SelectKeyKernels(features);
+    const auto& kernels = AVBased::kernels::SelectKernels<AVBased::kernels::KeyKernels>(features);
     for (const auto& [low, high] : {std::pair{0u, 0xFFFFFFu}, {0x404040u, 0xC0C0C0u}, {0u, 0u}, {2u, 1u}})
         cases.push_back(OnPixels(
             "keyRgba32 " + std::to_string(low) + " " + std::to_string(high), kernels.keyRgba32,

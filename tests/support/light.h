@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "AVEffect/kernels/planes.h"
+#include "kernels/planes.h"
 
 namespace test {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "AVEffect/kernels/planes.h"
+#include "kernels/planes.h"
 
 namespace test {
 

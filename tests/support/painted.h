@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "AVEffect/kernels/planes.h"
+#include "kernels/planes.h"
 
 namespace test {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "AVEffect/kernels/turn.h"
+#include "kernels/turn.h"
 
 namespace test {
 

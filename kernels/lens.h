@@ -1,0 +1,40 @@
+#pragma once
+/// Where the pixels of a picture come from when it is seen through lenses. A row of places is computed at a
+/// time, columns and rows apart, all of them inside the picture.
+#include <cstddef>
+#include <cstdint>
+
+#include "kernels/select.h"
+
+namespace AVBased::kernels {
+
+/// A picture's size. Places beyond it wrap: as 32-bit numbers without sign, then modulo the size.
+struct LensSize {
+    uint32_t width, height;
+};
+
+/// A grid of lenses about the picture's middle.
+struct TileLens {
+    static constexpr size_t kBends = 512;
+
+    LensSize size;
+    int32_t sine, cosine; ///< of the grid's direction, 32768ths
+    int32_t zoom;         ///< from there, shifted right by 23, to steps of the table
+    const int32_t* bends; ///< how far a lens shifts, from step -256 on, 32768ths
+};
+
+/// One level's kernels. With (dx, dy) a pixel's place from the middle:
+struct LensKernels {
+    /// u = sine * dy + cosine * dx and v = cosine * dy - sine * dx are bent each by its entry of the table,
+    /// then turned back.
+    void (*tileRow)(const TileLens& lens, uint32_t y, uint32_t* columns, uint32_t* rows) noexcept;
+    /// The pixels come from dx and dy times power / (dx * dx + dy * dy), in 256ths. No such sum may be 0 in
+    /// 32 bits but that of the middle, which comes from itself.
+    void (*inversionRow)(LensSize size, int32_t power, uint32_t y, uint32_t* columns,
+                         uint32_t* rows) noexcept;
+};
+
+template <>
+const LensKernels& SelectKernels<LensKernels>(unsigned features) noexcept;
+
+} // namespace AVBased::kernels
