@@ -53,7 +53,7 @@ void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<
     const double before = CopySeconds(bytes);
     body(); // scratch and caches are those of later frames
     std::vector<double> times;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         if (prepare) prepare();
         times.push_back(Seconds(body));
         state.SetIterationTime(times.back());

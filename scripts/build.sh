@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Configures and builds one preset: scripts/build.sh [release|debug|sanitize|thread|clang|fuzz]
+# Configures and builds one preset: scripts/build.sh [program|release|debug|sanitize|thread|clang|fuzz]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-release}

@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
-# The checks beside the tests: format, lint, the other compiler, sanitizers. Expects a release build.
+# The checks beside the tests: format, which room includes which, lint, the other compiler, sanitizers. Expects a release build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 echo "== format"
 git ls-files '*.cpp' '*.h' '*.inl' | xargs clang-format-14 --dry-run --Werror
 
+echo "== arrows"
+scripts/arrows.sh
+
 echo "== lint"
-git ls-files '*.cpp' | grep -vE '^(tests|bench)/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
+git ls-files '*.cpp' | grep -v '^tests/package/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
 
 echo "== clang"
 scripts/build.sh clang

@@ -3,8 +3,8 @@
 #   scripts/demo.sh [CLIP]     without a clip, one is drawn first
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/dependencies.sh
-scripts/build.sh release
+scripts/dependencies.sh program
+scripts/build.sh program
 
 out=build/demo
 mkdir -p "$out"

@@ -1,14 +1,17 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that building, testing and checking need, as far as they are missing.
+# Installs the Debian 12 packages that are needed, as far as they are missing.
+#   scripts/dependencies.sh           for building, testing and checking
+#   scripts/dependencies.sh program   for building the program and drawing its demonstration's clip
 set -euo pipefail
 
 packages=(
   git g++ cmake ninja-build pkg-config
   libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev libswresample-dev
-  libcli11-dev nlohmann-json3-dev
-  libgtest-dev libbenchmark-dev ffmpeg time
-  clang-14 clang-format-14 clang-tidy-14
+  libcli11-dev nlohmann-json3-dev ffmpeg
 )
+if [ "${1:-}" != program ]; then
+  packages+=(libgtest-dev libbenchmark-dev time clang-14 clang-format-14 clang-tidy-14)
+fi
 
 missing=()
 for package in "${packages[@]}"; do
