@@ -163,6 +163,14 @@ PlaneSize TablePlaneSize(unsigned frameFormat, unsigned plane, unsigned width, u
     return {UnitBytes(width, layout->bytes, layout->pixels), height >> layout->rowShift};
 }
 
+PlaneSize PicturePlaneSize(unsigned frameFormat, unsigned plane, unsigned width, unsigned height) {
+    const PlaneLayout* layout = FindPlane(frameFormat, plane);
+    if (!layout || TableIsPacked(frameFormat)) return TablePlaneSize(frameFormat, plane, width, height);
+    const auto roundUp = [](unsigned size, unsigned unit) { return (size + unit - 1) / unit * unit; };
+    return TablePlaneSize(frameFormat, plane, roundUp(width, layout->cropPixels),
+                          roundUp(height, 1u << layout->rowShift));
+}
+
 unsigned TableCropBytes(unsigned frameFormat, unsigned plane, unsigned right) {
     const PlaneLayout* layout = FindPlane(frameFormat, plane);
     return layout ? UnitBytes(right, layout->bytes, layout->cropPixels) : 0;

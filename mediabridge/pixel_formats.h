@@ -33,6 +33,9 @@ struct PlaneSize {
 };
 PlaneSize TablePlaneSize(unsigned frameFormat, unsigned plane, unsigned width, unsigned height);
 
+/// The same with chroma planes rounded up, as pictures have them.
+PlaneSize PicturePlaneSize(unsigned frameFormat, unsigned plane, unsigned width, unsigned height);
+
 /// Bytes of a plane's rows that the frame table hides when so many columns are cropped at the right.
 unsigned TableCropBytes(unsigned frameFormat, unsigned plane, unsigned right);
 

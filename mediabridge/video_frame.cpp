@@ -63,8 +63,8 @@ bool VideoFrame::IsPacked() { return TableIsPacked(m_format); }
 unsigned VideoFrame::GetBufferCount() { return TablePlaneCount(m_format); }
 
 PlaneSize VideoFrame::UncroppedPlane(unsigned index) const {
-    return TablePlaneSize(m_format, index, static_cast<unsigned>(m_picture->width),
-                          static_cast<unsigned>(m_picture->height));
+    return PicturePlaneSize(m_format, index, static_cast<unsigned>(m_picture->width),
+                            static_cast<unsigned>(m_picture->height));
 }
 
 unsigned VideoFrame::GetTotalSize() {

@@ -10,8 +10,7 @@
 namespace mediabridge {
 
 /// An IRawVideoFrame over a reference-counted AVFrame. Nothing is copied on wrapping; Clone() copies every
-/// byte of the picture, the last chroma column and row of odd sizes included, though GetBuffer() reports the
-/// frame table's sizes.
+/// byte of the picture. GetBuffer() reports chroma of odd sizes as the picture has it, rounded up.
 ///
 /// Always on the heap and released with Free(), as the interface demands.
 class VideoFrame final : public AVBased::IRawVideoFrame, public AVBased::IMVCRawVideoFrame {

@@ -77,12 +77,12 @@ TEST(CropPan, PlacesThePictureInBlack) {
     ExpectPlaced(RGB24, 4, 3, *odd, {{0, 27, 8, 9, 1, {0}}});
     ExpectPlaced(RGB565LE, 4, 3, *odd, {{0, 18, 8, 6, 1, {0}}});
     ExpectPlaced(GRAY8, 4, 3, *odd, {{0, 9, 8, 3, 1, {0}}});
-    // Chroma of odd margins: the offset is rounded down, like the picture's size in the table.
+    // Chroma of odd margins: the offset is rounded down, the size up.
     ExpectPlaced(YUV420P, 4, 3, *odd,
-                 {{0, 9, 8, 3, 1, {16}}, {1, 4, 4, 1, 0, {128}}, {2, 4, 4, 1, 0, {128}}});
-    ExpectPlaced(YUVJ422P, 4, 3, *odd, {{0, 9, 8, 3, 1, {0}}, {1, 4, 8, 1, 1, {128}}});
+                 {{0, 9, 8, 3, 1, {16}}, {1, 5, 4, 1, 0, {128}}, {2, 5, 4, 1, 0, {128}}});
+    ExpectPlaced(YUVJ422P, 4, 3, *odd, {{0, 9, 8, 3, 1, {0}}, {1, 5, 8, 1, 1, {128}}});
     ExpectPlaced(YUV410P, 8, 4, *Margins(8, 4, 4, 8), {{0, 20, 16, 8, 4, {16}}, {2, 5, 4, 2, 1, {128}}});
-    ExpectPlaced(YUVA420P, 4, 3, *odd, {{1, 4, 4, 1, 0, {128}}, {3, 9, 8, 3, 1, {255}}});
+    ExpectPlaced(YUVA420P, 4, 3, *odd, {{1, 5, 4, 1, 0, {128}}, {3, 9, 8, 3, 1, {255}}});
     ExpectPlaced(NV12, 4, 4, *Margins(2, 2, 4, 2), {{0, 10, 8, 2, 2, {16}}, {1, 10, 4, 2, 1, {128}}});
     ExpectPlaced(YUYV422, 4, 3, *Margins(2, 1, 2, 0), {{0, 16, 4, 4, 1, {16, 128}}});
     ExpectPlaced(UYVY422, 4, 3, *Margins(2, 1, 2, 0), {{0, 16, 4, 4, 1, {128, 16}}});

@@ -1,6 +1,7 @@
 /// The frame table and frames over the media libraries' pictures.
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -20,6 +21,12 @@ struct TableRow {
     AVPixelFormat library;
     unsigned planes;
     PlaneSize first, second; ///< of 13 x 7
+};
+
+/// Of the second plane of 13 x 7, as pictures have it.
+constexpr std::pair<unsigned, PlaneSize> kRoundedUp[] = {
+    {YUV420P, {7, 4}}, {YUV422P, {7, 7}},  {YUV410P, {4, 2}},  {YUV411P, {4, 7}},
+    {NV12, {14, 4}},   {YUV440P, {13, 4}}, {YUVA420P, {7, 4}}, {YUVA444P, {13, 7}},
 };
 
 TEST(FrameTable, CountsAsHostsAndPlugInAgreed) {
@@ -45,6 +52,10 @@ TEST(FrameTable, CountsAsHostsAndPlugInAgreed) {
         EXPECT_EQ(first.rows, row.first.rows);
         EXPECT_EQ(second.widthBytes, row.second.widthBytes);
         EXPECT_EQ(second.rows, row.second.rows);
+    }
+    for (const auto& [format, size] : kRoundedUp) {
+        EXPECT_EQ(PicturePlaneSize(format, 1, 13, 7).widthBytes, size.widthBytes) << format;
+        EXPECT_EQ(PicturePlaneSize(format, 1, 13, 7).rows, size.rows) << format;
     }
     EXPECT_EQ(FrameFormat(AV_PIX_FMT_YUV422P, AVCOL_RANGE_JPEG), 13u);
     EXPECT_EQ(FrameFormat(AV_PIX_FMT_NV12, AVCOL_RANGE_JPEG), 23u);
@@ -91,14 +102,14 @@ TEST(VideoFrame, CloneHasEverySampleAndProperty) {
     EXPECT_EQ(width, 4u);
     EXPECT_EQ(height, 3u);
     clone->GetBuffer(1, &bytes, &pitch, &rows);
-    EXPECT_EQ(bytes, 3u - 3u / 2u);
-    EXPECT_EQ(rows, 0u) << "the cropped rows are taken from every plane alike";
+    EXPECT_EQ(bytes, 4u - 3u / 2u);
+    EXPECT_EQ(rows, 3u - 2u) << "the cropped rows are taken from every plane alike";
     EXPECT_FALSE(clone->CropRightAndBottom(7, 0));
     EXPECT_FALSE(clone->CropRightAndBottom(0, 5));
     ASSERT_TRUE(clone->CropRightAndBottom(0, 0));
     unsigned char* chroma = clone->GetBuffer(1, &bytes, &pitch, &rows);
-    EXPECT_EQ(bytes, 3u);
-    EXPECT_EQ(rows, 2u);
+    EXPECT_EQ(bytes, 4u);
+    EXPECT_EQ(rows, 3u);
     EXPECT_NE(chroma, picture->data[1]);
     for (unsigned y = 0; y < 3; ++y)
         EXPECT_EQ(

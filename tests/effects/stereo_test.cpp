@@ -162,7 +162,7 @@ HostFrame Converted(IRawVideoFrame& frame, unsigned format, unsigned width, unsi
     const std::unique_ptr<IImageConverter, Freer> converter(
         CreateImageConverterEx(format, width, height, quality));
     const std::unique_ptr<IRawVideoFrame, Freer> converted(converter->Convert(&frame));
-    HostFrame result({format, width, height});
+    HostFrame result({format, width, height, 0, 0, true});
     for (unsigned i = 0; i < result.planes.size(); ++i) {
         unsigned bytes = 0, pitch = 0, rows = 0;
         const unsigned char* data = converted->GetBuffer(i, &bytes, &pitch, &rows);
@@ -209,8 +209,9 @@ HostFrame Anaglyph(HostFrame& frame, int type, unsigned depth, unsigned format) 
 // Copies what a frame's planes can hold of another's.
 void Take(HostFrame& to, HostFrame from) {
     for (size_t i = 0; i < to.planes.size(); ++i)
-        for (unsigned y = 0; y < from.planes[i].rows; ++y)
-            std::copy_n(&from.planes[i].At(0, y), from.planes[i].width, &to.planes[i].At(0, y));
+        for (unsigned y = 0; y < std::min(from.planes[i].rows, to.planes[i].rows); ++y)
+            std::copy_n(&from.planes[i].At(0, y), std::min(from.planes[i].width, to.planes[i].width),
+                        &to.planes[i].At(0, y));
 }
 
 TEST(Stereo, MakesAnaglyphsOfOnePicture) {

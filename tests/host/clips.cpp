@@ -104,21 +104,14 @@ std::string PacketSum(const std::string& path, const std::string& stream) {
 }
 
 Bytes InvertYuv(Bytes pictures, int width, int height, int chromaShiftX, int chromaShiftY, bool alpha) {
-    struct Plane {
-        int width, height, changedWidth, changedHeight;
-    };
     const auto up = [](int size, int shift) { return (size + (1 << shift) - 1) >> shift; };
-    const Plane luma{width, height, width, height};
-    const Plane chroma{up(width, chromaShiftX), up(height, chromaShiftY), width >> chromaShiftX,
-                       height >> chromaShiftY};
-    std::vector<Plane> planes{luma, chroma, chroma};
-    if (alpha) planes.push_back({width, height, 0, 0});
-    for (auto sample = pictures.begin(); sample != pictures.end();)
-        for (const Plane& plane : planes)
-            for (int y = 0; y < plane.height; ++y)
-                for (int x = 0; x < plane.width; ++x, ++sample)
-                    if (x < plane.changedWidth && y < plane.changedHeight)
-                        *sample = static_cast<unsigned char>(255 - *sample);
+    const ptrdiff_t luma = ptrdiff_t{width} * height;
+    const ptrdiff_t colours = luma + ptrdiff_t{2} * up(width, chromaShiftX) * up(height, chromaShiftY);
+    const ptrdiff_t picture = colours + (alpha ? luma : 0);
+    for (ptrdiff_t at = 0; at < std::ssize(pictures); ++at)
+        if (at % picture < colours)
+            pictures[static_cast<size_t>(at)] =
+                static_cast<unsigned char>(255 - pictures[static_cast<size_t>(at)]);
     return pictures;
 }
 

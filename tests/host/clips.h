@@ -50,8 +50,7 @@ std::vector<std::string> Packets(const std::string& path, const std::string& str
 /// Checksum of a stream's packets as they are stored.
 std::string PacketSum(const std::string& path, const std::string& stream);
 
-/// What invert makes of decoded YUV pictures whose chroma is rounded up: 255 - x in the planes 0 to 2, save
-/// in the last chroma column and row of odd sizes, which the frame table does not count.
+/// What invert makes of decoded YUV pictures whose chroma is rounded up: 255 - x in the planes 0 to 2.
 Bytes InvertYuv(Bytes pictures, int width, int height, int chromaShiftX, int chromaShiftY, bool alpha);
 
 /// Renders with the plug-in that was built; errors come through.
