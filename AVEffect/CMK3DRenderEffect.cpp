@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_clone.h"
+#include "AVEffect/support/frame_clone.h"
 #include "aveffect/base_media.h"
 #include "kernels/pick.h"
 

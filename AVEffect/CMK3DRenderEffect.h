@@ -4,7 +4,7 @@
 
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/Trans2D3D.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "avbase/avbase_srcutils/avbase_3drender.h"
 #include "kernels/planes.h"
 

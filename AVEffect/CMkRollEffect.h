@@ -1,7 +1,7 @@
 #pragma once
 /// The first picture is rolled up from the left; its edge is a bright roll.
 #include "AVEffect/MKBaseTransitionEffect.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/transition.h"
 
 namespace AVBased {

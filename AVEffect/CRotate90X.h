@@ -12,8 +12,8 @@
 ///
 /// How the picture is reduced stands in kernels/turn.h.
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/scratch.h"
 #include "aveffect/base_property.h"
 #include "kernels/turn.h"
 

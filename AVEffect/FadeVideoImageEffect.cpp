@@ -4,8 +4,8 @@
 #include <cassert>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/mmx_choice.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/mmx_choice.h"
 #include "BaseTools/guarded.h"
 #include "kernels/fade.h"
 

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/colour_value.h"
+#include "AVEffect/support/colour_value.h"
 
 namespace AVBased {
 

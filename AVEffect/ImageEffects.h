@@ -1,8 +1,8 @@
 #pragma once
 /// Colour and filter effects, and the factory of all video effects.
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/colour.h"
 #include "kernels/filter3x3.h"
 

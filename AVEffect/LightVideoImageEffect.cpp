@@ -3,8 +3,8 @@
 #include <cassert>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_clone.h"
-#include "AVEffect/mmx_choice.h"
+#include "AVEffect/support/frame_clone.h"
+#include "AVEffect/support/mmx_choice.h"
 #include "BaseTools/guarded.h"
 #include "kernels/edge_light.h"
 
@@ -13,8 +13,6 @@ namespace AVBased {
 using BaseTool::Raise;
 
 // Spotlight
-
-namespace {} // namespace
 
 CSpotlightVideoImageEffect::CSpotlightVideoImageEffect()
     : CBasedVideoImageEffect(effectNameSpotlight) {
@@ -75,8 +73,6 @@ void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFra
 
 // Edge light
 
-namespace {} // namespace
-
 CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect()
     : CBasedVideoImageEffect(effectNameEdgeLight) {
     Bind("edgelight_level", &m_nLevel);
@@ -113,8 +109,6 @@ void CEdgeLightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFra
 }
 
 // Radiate
-
-namespace {} // namespace
 
 CRadiateVideoImageEffect::CRadiateVideoImageEffect()
     : CBasedVideoImageEffect(effectNameRadiate)

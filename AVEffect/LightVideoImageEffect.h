@@ -1,9 +1,9 @@
 #pragma once
 /// A spotlight, glowing edges, and rays of light.
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/colour_value.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/colour_value.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/radiate.h"
 #include "kernels/spotlight.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/transition_canvas.h"
+#include "AVEffect/support/transition_canvas.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
 #include "aveffect/media.h"

@@ -5,12 +5,10 @@
 #include <cmath>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_clone.h"
-#include "AVEffect/mmx_choice.h"
+#include "AVEffect/support/frame_clone.h"
+#include "AVEffect/support/mmx_choice.h"
 
 namespace AVBased {
-
-namespace {} // namespace
 
 CMagnifierVideoImageEffect::CMagnifierVideoImageEffect()
     : CBasedVideoImageEffect(effectNameMagnifier)

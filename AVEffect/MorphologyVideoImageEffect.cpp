@@ -7,8 +7,6 @@
 
 namespace AVBased {
 
-namespace {} // namespace
-
 CMorphologyEffect::CMorphologyEffect(const char* name, PackedKernel packed, PlanarKernel planar)
     : CBasedVideoImageEffect(name)
     , m_pPacked(packed)

@@ -1,8 +1,8 @@
 #pragma once
 /// Dilate and erode: each sample becomes the largest or the smallest of a 3x3 block.
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/scratch.h"
 
 namespace AVBased {
 

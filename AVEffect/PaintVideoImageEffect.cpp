@@ -16,8 +16,6 @@ using BaseTool::Raise;
 
 // Stroke
 
-namespace {} // namespace
-
 CStrokeVideoImageEffect::CStrokeVideoImageEffect()
     : CBasedVideoImageEffect(effectNameStroke) {}
 
@@ -53,8 +51,6 @@ void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 }
 
 // Portrait
-
-namespace {} // namespace
 
 CPortraitVideoImageEffect::CPortraitVideoImageEffect()
     : CBasedVideoImageEffect(effectNamePortrait) {
@@ -165,8 +161,6 @@ void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 }
 
 // Oil painting
-
-namespace {} // namespace
 
 COilPaintingVideoImageEffect::COilPaintingVideoImageEffect()
     : CBasedVideoImageEffect(effectNameOilPainting) {

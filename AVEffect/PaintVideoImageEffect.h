@@ -1,10 +1,10 @@
 #pragma once
 /// Pencil strokes, a soft border of one colour, relief, oil paint.
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/colour_value.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/portrait_mixes.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/colour_value.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/portrait_mixes.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/oil.h"
 #include "kernels/relief.h"
 

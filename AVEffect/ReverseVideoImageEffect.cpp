@@ -3,12 +3,10 @@
 #include <cassert>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_planes.h"
+#include "AVEffect/support/frame_planes.h"
 #include "kernels/reverse.h"
 
 namespace AVBased {
-
-namespace {} // namespace
 
 void mirror_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows) {
     assert(pBuffer != NULL);

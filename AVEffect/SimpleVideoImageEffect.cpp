@@ -6,8 +6,8 @@
 #include <ctime>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_clone.h"
-#include "AVEffect/mmx_choice.h"
+#include "AVEffect/support/frame_clone.h"
+#include "AVEffect/support/mmx_choice.h"
 #include "BaseTools/guarded.h"
 #include "kernels/emboss.h"
 #include "kernels/fade.h"
@@ -21,8 +21,6 @@ namespace AVBased {
 using BaseTool::Raise;
 
 // Emboss
-
-namespace {} // namespace
 
 void emboss_effect_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
                             int level) {
@@ -295,8 +293,6 @@ void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFra
 }
 
 // Noise
-
-namespace {} // namespace
 
 CAddNoiseVideoImageEffect::CAddNoiseVideoImageEffect()
     : CBasedVideoImageEffect(effectNameAddNoise) {}

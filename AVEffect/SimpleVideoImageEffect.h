@@ -3,10 +3,10 @@
 #include <atomic>
 
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/colour_value.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/noise_table.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/colour_value.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/noise_table.h"
+#include "AVEffect/support/scratch.h"
 
 namespace AVBased {
 

@@ -7,7 +7,7 @@
 #include <cstdlib>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_clone.h"
+#include "AVEffect/support/frame_clone.h"
 #include "aveffect/base_media.h"
 
 namespace AVBased {

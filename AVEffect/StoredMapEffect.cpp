@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-#include "AVEffect/frame_clone.h"
+#include "AVEffect/support/frame_clone.h"
 
 namespace AVBased {
 

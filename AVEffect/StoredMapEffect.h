@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/plane_map.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/plane_map.h"
 
 namespace AVBased {
 

@@ -179,8 +179,6 @@ void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* p
 
 // Lenses
 
-namespace {} // namespace
-
 bool CLensMapEffect::BuildMap(size_t width, size_t height) {
     BeginMap({0, width, 0, height});
     m_Size = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "AVEffect/StoredMapEffect.h"
-#include "AVEffect/colour_value.h"
+#include "AVEffect/support/colour_value.h"
 #include "kernels/lens.h"
 #include "kernels/wall.h"
 

@@ -5,7 +5,7 @@
 #include <numeric>
 
 #include "AVEffect/factory.h"
-#include "AVEffect/frame_clone.h"
+#include "AVEffect/support/frame_clone.h"
 #include "aveffect/base_media.h"
 #include "kernels/pick.h"
 

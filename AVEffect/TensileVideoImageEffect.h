@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "AVEffect/CBasedVideoEffect.h"
-#include "AVEffect/frame_planes.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/scratch.h"
 
 namespace AVBased {
 

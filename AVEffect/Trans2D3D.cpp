@@ -5,7 +5,7 @@
 #include <mutex>
 #include <utility>
 
-#include "AVEffect/frame_planes.h"
+#include "AVEffect/support/frame_planes.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
 #include "kernels/stereo.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/colour.h"
 #include "kernels/filter3x3.h"
 #include "tests/kernels/case_makers.h"

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "aveffect/base_media.h"
 #include "kernels/filter3x3.h"
 #include "tests/kernels/harness.h"

@@ -2,7 +2,7 @@
 #include <limits>
 #include <memory>
 
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/edge_light.h"
 #include "kernels/radiate.h"
 #include "kernels/spotlight.h"

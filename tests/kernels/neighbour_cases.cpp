@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/morphology.h"
 #include "kernels/relief.h"
 #include "tests/kernels/case_makers.h"

@@ -1,8 +1,8 @@
 // The kernels of the paint effects.
 #include <memory>
 
-#include "AVEffect/portrait_mixes.h"
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/portrait_mixes.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/oil.h"
 #include "kernels/stroke.h"
 #include "tests/kernels/case_makers.h"

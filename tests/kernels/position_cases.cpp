@@ -1,7 +1,7 @@
 // References of the kernels that take samples from elsewhere, each written straight from its definition.
 #include <memory>
 
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/mirage.h"
 #include "kernels/mosaic.h"
 #include "kernels/pick.h"

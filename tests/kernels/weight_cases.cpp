@@ -1,7 +1,7 @@
 // References of the kernels that weigh each sample, each written straight from its formula.
 #include <memory>
 
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/emboss.h"
 #include "kernels/fade.h"
 #include "kernels/key.h"

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <span>
 
-#include "AVEffect/frame_planes.h"
+#include "AVEffect/support/frame_planes.h"
 #include "kernels/transition.h"
 
 namespace AVBased {

@@ -1,6 +1,6 @@
 #pragma once
 /// A frame's untouched copy for effects that take their samples from elsewhere in the picture.
-#include "AVEffect/frame_planes.h"
+#include "AVEffect/support/frame_planes.h"
 #include "BaseTools/guarded.h"
 #include "avbase/avbase_srcutils/holders.h"
 #include "aveffect/errors.h"

@@ -1,4 +1,4 @@
-#include "AVEffect/transition_canvas.h"
+#include "AVEffect/support/transition_canvas.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,4 +1,4 @@
-#include "AVEffect/portrait_mixes.h"
+#include "AVEffect/support/portrait_mixes.h"
 
 #include <algorithm>
 #include <array>

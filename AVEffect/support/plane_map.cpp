@@ -1,4 +1,4 @@
-#include "AVEffect/plane_map.h"
+#include "AVEffect/support/plane_map.h"
 
 #include <algorithm>
 #include <cstring>

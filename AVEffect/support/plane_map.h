@@ -2,7 +2,7 @@
 /// A stored map of one plane: where each of its samples comes from.
 #include <vector>
 
-#include "AVEffect/frame_planes.h"
+#include "AVEffect/support/frame_planes.h"
 #include "kernels/remap.h"
 
 namespace AVBased {

@@ -1,4 +1,4 @@
-#include "AVEffect/noise_table.h"
+#include "AVEffect/support/noise_table.h"
 
 #include <algorithm>
 #include <cstdlib>
