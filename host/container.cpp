@@ -67,11 +67,13 @@ void Container::Finish() {
     m_file->Require(0, "can't be written");
 }
 
+// What is no fault of the file itself is the container's word on what it was asked to hold.
 void Container::Fail(int code) {
     m_file->Require(0, "can't be written");
     const std::string detail = TakeLibraryError();
-    throw Error(ErrorKind::Output, m_target + " can't be written: " + AvText(code) +
-                                       (detail.empty() ? "" : " (" + detail + ")"));
+    throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
+                m_target + " can't be written: " + AvText(code) +
+                    (detail.empty() ? "" : " (" + detail + ")"));
 }
 
 } // namespace aveffect

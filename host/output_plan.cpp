@@ -201,21 +201,6 @@ bool Takes(const OutputPlan& plan, AVCodecID codec) {
     return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) != 0;
 }
 
-bool HoldsSurely(const OutputPlan& plan, AVCodecID codec) {
-    const auto isPcm = [](AVCodecID id) {
-        return std::string_view(avcodec_get_name(id)).starts_with("pcm_");
-    };
-    const AVCodecID usual = plan.muxer->audio_codec;
-    if (codec == usual) return true;
-    if (IsOneOf(plan.muxer, {"mpegts"})) return codec == AV_CODEC_ID_AAC || codec == AV_CODEC_ID_AC3;
-    if (plan.IsSound() && isPcm(usual) && !isPcm(codec)) return false;
-    return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
-}
-
-bool KeepsSound(const OutputPlan& plan, AVCodecID codec) {
-    return plan.IsSound() ? HoldsSurely(plan, codec) : Takes(plan, codec);
-}
-
 std::string ContainersFor(AVCodecID codec) {
     std::string names;
     for (const char* extension : {"mkv", "mov", "mp4", "webm", "avi", "ts", "nut"}) {

@@ -47,14 +47,6 @@ OutputPlan PlanStill(const std::string& target);
 /// Whether the container takes streams of that codec; what it does not know itself counts as taken.
 bool Takes(const OutputPlan& plan, AVCodecID codec);
 
-/// Whether files of that kind are known to hold sound of that codec. WAV could wrap nearly anything, but what
-/// is no PCM is played by few programs.
-bool HoldsSurely(const OutputPlan& plan, AVCodecID codec);
-
-/// Whether sound of that codec is put into files of that kind on demand: as Takes for clips, as HoldsSurely
-/// for sound alone.
-bool KeepsSound(const OutputPlan& plan, AVCodecID codec);
-
 /// Extensions of usual containers that take streams of that codec, for messages: ".mkv, .mov".
 std::string ContainersFor(AVCodecID codec);
 

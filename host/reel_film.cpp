@@ -24,6 +24,7 @@ std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan&
     }
     FilmSound sound;
     sound.encoder = std::make_unique<SoundEncoder>(plan, options.soundCodec, *heard->clip->sound);
+    reporter.Note(sound.encoder->Summary());
     const SoundForm form = sound.encoder->Form();
     sound.track = std::make_unique<SoundTrack>(reel.Sound(form.shape.rate), form, cancel);
     return sound;

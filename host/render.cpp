@@ -105,10 +105,9 @@ public:
         }
         m_stage.PrepareOutput(m_plan, *first);
         first = m_stage.ConvertForEncoder(std::move(first));
-        if (ChangesSound(m_options)) m_sound.emplace(Sound());
+        m_sound.emplace(Sound());
         m_sink = std::make_unique<Sink>(Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite,
-                                                    !m_turn.empty(), m_request, m_sound ? &*m_sound : nullptr,
-                                                    m_chain.Stereo()},
+                                                    !m_turn.empty(), m_request, *m_sound, m_chain.Stereo()},
                                         *first, m_reporter, m_cancel);
         m_head.push_back({std::move(first), nullptr});
         RunStages();
@@ -132,6 +131,7 @@ private:
                 m_options.audioEffects,
                 m_options.audioCodec,
                 m_length,
+                ChangesSound(m_options),
                 BringsSound(m_options.audioEffects),
                 Moment{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + span, kNanoseconds},
                 end,
@@ -253,7 +253,7 @@ private:
     std::unique_ptr<RightClip> m_right;
     std::string m_turn;
     PictureStage m_stage;
-    std::optional<SoundJob> m_sound; ///< absent: it is copied
+    std::optional<SoundJob> m_sound; ///< once the span is known
     std::unique_ptr<Sink> m_sink;
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
     BoundedQueue<SpanItem> m_decoded{kQueueWeight};

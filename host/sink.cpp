@@ -6,6 +6,7 @@
 
 #include "host/error.h"
 #include "host/orientation.h"
+#include "host/sound_formats.h"
 #include "host/stream_copy.h"
 
 namespace aveffect {
@@ -49,8 +50,8 @@ void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool wi
 
 Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter, const std::atomic<bool>& cancel)
     : m_source(setup.source)
-    , m_soundEnd(setup.sound ? setup.sound->end : std::nullopt)
-    , m_soundEndsWithPictures(setup.limits.frameLimit || (setup.sound && setup.sound->endless))
+    , m_soundEnd(setup.sound.end)
+    , m_soundEndsWithPictures(setup.limits.frameLimit || setup.sound.endless)
     , m_clock(MakeClock(setup))
     , m_encoder(setup.plan, sample,
                 {m_clock.Base(), ClipRate(setup.source, setup.plan.NeedsConstantRate()).picturesPerSecond,
@@ -79,8 +80,8 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
     for (const AVStream* stream : m_source.CopiedStreams()) {
         const AVCodecID codec = stream->codecpar->codec_id;
         const AVMediaType type = stream->codecpar->codec_type;
-        if (type == AVMEDIA_TYPE_AUDIO && setup.sound) {
-            AddLane(setup, stream);
+        if (type == AVMEDIA_TYPE_AUDIO && setup.sound.changes) {
+            AddLane(setup, stream, reporter);
             continue;
         }
         const std::string what = std::string(avcodec_get_name(codec)) + " " + av_get_media_type_string(type);
@@ -91,10 +92,13 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
         const bool holdsSound = setup.plan.muxer->audio_codec != AV_CODEC_ID_NONE;
         const bool taken =
             type == AVMEDIA_TYPE_ATTACHMENT ? setup.plan.Kind() == "mkv" : Takes(setup.plan, codec);
-        if (type == AVMEDIA_TYPE_AUDIO && !taken && holdsSound)
-            throw Error(ErrorKind::Usage, "." + setup.plan.Kind() + " files can't hold " + what +
-                                              ", which is copied as it is; these can: " +
-                                              ContainersFor(codec) + "; --audio-codec makes it another");
+        if (type == AVMEDIA_TYPE_AUDIO && !HoldsSound(setup.plan, codec) && holdsSound) {
+            RequireRereadable(setup.request.path);
+            reporter.Note("." + setup.plan.Kind() + " files can't hold " + avcodec_get_name(codec) +
+                          " sound");
+            AddLane(setup, stream, reporter);
+            continue;
+        }
         if (taken && (type != AVMEDIA_TYPE_AUDIO || holdsSound)) {
             m_copies[static_cast<size_t>(stream->index)] = {AddCopiedStream(m_output, *stream),
                                                             stream->time_base};
@@ -102,16 +106,17 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
             reporter.Warn("." + setup.plan.Kind() + " files can't hold " + what + "; it is left out");
         }
     }
-    if (setup.sound && m_lanes.empty() && !setup.sound->effects.empty()) AddLane(setup, nullptr);
+    if (m_lanes.empty() && !setup.sound.effects.empty()) AddLane(setup, nullptr, reporter);
 }
 
-void Sink::AddLane(const Setup& setup, const AVStream* stream) {
+void Sink::AddLane(const Setup& setup, const AVStream* stream, Reporter& reporter) {
     if (setup.plan.muxer->audio_codec == AV_CODEC_ID_NONE)
         throw Error(ErrorKind::Usage, "." + setup.plan.Kind() + " files hold no sound");
-    if (!stream && !setup.sound->endless)
+    if (!stream && !setup.sound.endless)
         throw Error(ErrorKind::Usage, setup.request.path + " has no sound for " +
-                                          setup.sound->effects.front().name + " to work on");
-    m_lanes.push_back(std::make_unique<SoundLane>(*setup.sound, setup.plan, setup.request, stream, m_output));
+                                          setup.sound.effects.front().name + " to work on");
+    m_lanes.push_back(std::make_unique<SoundLane>(setup.sound, setup.plan, setup.request, stream, m_output));
+    reporter.Note(m_lanes.back()->Summary());
 }
 
 void Sink::WritePicture(AVFramePtr picture) {

@@ -26,7 +26,7 @@ public:
         bool overwrite;
         bool turned; ///< the pictures were turned upright, so the container must not say to turn them
         const SourceRequest& request;            ///< of the source
-        const SoundJob* sound = nullptr;         ///< what becomes of the sound; null: it is copied
+        const SoundJob& sound;                   ///< what becomes of the sound
         std::optional<Presentation> stereo = {}; ///< what a stereo effect made of the pictures
     };
 
@@ -57,7 +57,7 @@ private:
     };
     void MapStreams(const Setup& setup, Reporter& reporter);
     void AddPictureStream(const Setup& setup);
-    void AddLane(const Setup& setup, const AVStream* stream);
+    void AddLane(const Setup& setup, const AVStream* stream, Reporter& reporter);
     void DrainEncoder();
 
     const Source& m_source;

@@ -1,53 +1,80 @@
 #include "host/sound_encoder.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "host/error.h"
 #include "host/log_capture.h"
+#include "host/sound_formats.h"
 
 namespace aveffect {
 namespace {
 
-const AVCodec& FindSoundEncoder(const OutputPlan& plan, const std::string& name) {
-    const AVCodec* codec = name.empty() ? avcodec_find_encoder(plan.muxer->audio_codec)
-                                        : avcodec_find_encoder_by_name(name.c_str());
-    if (!codec && !name.empty())
-        if (const AVCodecDescriptor* descriptor = avcodec_descriptor_get_by_name(name.c_str()))
-            codec = avcodec_find_encoder(descriptor->id);
-    if (!codec || codec->type != AVMEDIA_TYPE_AUDIO)
+constexpr int64_t kOwnBitRate = 0;    // the encoder's default
+constexpr int64_t kLowBitRate = 6300; // the one that G.723.1 takes
+
+int64_t UsualBitRate(int rate, int channels) { return channels * (rate > 24000 ? 96000 : 48000); }
+
+const AVCodec& ChooseEncoder(const OutputPlan& plan, const std::string& name) {
+    const AVCodec* codec =
+        name.empty() ? avcodec_find_encoder(plan.muxer->audio_codec) : FindSoundEncoder(name);
+    if (!codec && name.empty()) codec = FindSoundEncoder(UsualSoundCodec(plan, AV_CODEC_ID_NONE));
+    if (!codec)
         throw Error(ErrorKind::Usage,
                     name.empty()
                         ? std::string("no encoder for ") + avcodec_get_name(plan.muxer->audio_codec) +
                               " is installed; choose another sound codec"
                         : "no sound encoder is called \"" + name +
                               "\"; aac, libopus, libvorbis, flac and pcm_s16le are usual ones");
-    if (!KeepsSound(plan, codec->id))
+    if (!HoldsSound(plan, codec->id))
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files can't hold " + avcodec_get_name(codec->id) +
                                           " sound; these can: " + ContainersFor(codec->id));
+    const AVCodec* player = avcodec_find_decoder(codec->id);
+    if (!player || (player->capabilities & AV_CODEC_CAP_EXPERIMENTAL))
+        throw Error(ErrorKind::Usage, std::string("sound of ") + codec->name +
+                                          " could not be played again: no decoder does it");
     return *codec;
 }
 
-/// The rate itself, else the next higher one, else the highest.
-int NearestRate(const AVCodec& codec, int wanted) {
-    if (!codec.supported_samplerates) return wanted;
-    int higher = 0, highest = 0;
-    for (const int* rate = codec.supported_samplerates; *rate; ++rate) {
-        if (*rate >= wanted && (higher == 0 || *rate < higher)) higher = *rate;
-        if (*rate > highest) highest = *rate;
-    }
-    return higher ? higher : highest;
+/// Rates to try, the nearest first: the rate itself, higher ones upwards, lower ones downwards.
+std::vector<int> RatesFor(const AVCodec& codec, const SoundLimits& limits, int wanted) {
+    std::vector<int> rates;
+    if (codec.supported_samplerates)
+        for (const int* rate = codec.supported_samplerates; *rate; ++rate) rates.push_back(*rate);
+    else
+        rates = {wanted, 8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000, 88200, 96000, 192000};
+    std::erase_if(rates, [&](int rate) { return !limits.Allow(rate); });
+    std::ranges::sort(rates, [wanted](int a, int b) {
+        const bool aBelow = a < wanted, bBelow = b < wanted;
+        return aBelow != bBelow ? bBelow : aBelow ? a > b : a < b;
+    });
+    rates.erase(std::unique(rates.begin(), rates.end()), rates.end());
+    return rates;
 }
 
-/// The layout itself, else stereo, else the encoder's first.
-AVChannelLayout NearestLayout(const AVCodec& codec, const std::string& wanted) {
-    AVChannelLayout layout = {};
-    av_channel_layout_from_string(&layout, wanted.c_str());
-    if (!codec.ch_layouts) return layout;
-    const AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
-    const AVChannelLayout* best = codec.ch_layouts;
-    for (const AVChannelLayout* known = codec.ch_layouts; known->nb_channels > 0; ++known) {
-        if (av_channel_layout_compare(known, &layout) == 0) return layout;
-        if (av_channel_layout_compare(known, &stereo) == 0) best = known;
-    }
-    return *best;
+/// Layouts to try: the layout itself, one of as many channels, stereo, mono, then what else the encoder has.
+std::vector<AVChannelLayout> LayoutsFor(const AVCodec& codec, const SoundLimits& limits,
+                                        const std::string& wanted) {
+    AVChannelLayout first = {}, usual = {};
+    av_channel_layout_from_string(&first, wanted.c_str());
+    av_channel_layout_default(&usual, first.nb_channels);
+    const AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO, mono = AV_CHANNEL_LAYOUT_MONO,
+                          surround = AV_CHANNEL_LAYOUT_5POINT1;
+    std::vector<AVChannelLayout> layouts = {first, usual, stereo, mono, surround};
+    const auto known = [&](const AVChannelLayout& layout) {
+        if (!codec.ch_layouts) return true;
+        for (const AVChannelLayout* own = codec.ch_layouts; own->nb_channels > 0; ++own)
+            if (av_channel_layout_compare(own, &layout) == 0) return true;
+        return false;
+    };
+    std::erase_if(layouts, [&](const AVChannelLayout& layout) { return !known(layout); });
+    if (codec.ch_layouts)
+        for (const AVChannelLayout* own = codec.ch_layouts; own->nb_channels > 0; ++own)
+            layouts.push_back(*own);
+    std::erase_if(layouts, [&](const AVChannelLayout& layout) {
+        return layout.nb_channels < limits.fewest || layout.nb_channels > limits.most;
+    });
+    return layouts;
 }
 
 /// The format itself, planar or not, else the first that is no narrower, else the encoder's first.
@@ -63,55 +90,115 @@ AVSampleFormat NearestFormat(const AVCodec& codec, AVSampleFormat wanted) {
     return wide == AV_SAMPLE_FMT_NONE ? codec.sample_fmts[0] : wide;
 }
 
+/// Two samples share a byte in these, and some of their encoders end the program over half a byte.
+bool WantsPairs(AVCodecID codec) { return std::string_view(avcodec_get_name(codec)).starts_with("adpcm_"); }
+
+/// The sound and one sample of silence.
+mediabridge::AVFramePtr OneLonger(const AVFrame& sound) {
+    mediabridge::AVFramePtr longer(av_frame_alloc());
+    if (!longer) return nullptr;
+    longer->format = sound.format;
+    longer->sample_rate = sound.sample_rate;
+    longer->ch_layout = sound.ch_layout; // a mask, which owns nothing
+    longer->nb_samples = sound.nb_samples + 1;
+    longer->pts = sound.pts;
+    if (av_frame_get_buffer(longer.get(), 0) < 0) return nullptr;
+    const auto format = static_cast<AVSampleFormat>(sound.format);
+    av_samples_copy(longer->extended_data, sound.extended_data, 0, 0, sound.nb_samples,
+                    sound.ch_layout.nb_channels, format);
+    av_samples_set_silence(longer->extended_data, sound.nb_samples, 1, sound.ch_layout.nb_channels, format);
+    return longer;
+}
+
+std::string Describe(const AVChannelLayout& layout) {
+    char text[64] = {};
+    av_channel_layout_describe(&layout, text, sizeof text);
+    return text;
+}
+
 } // namespace
 
+// What encoders take of rates, channels and bit rates is in part known only to them, so they are asked.
 SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, const SoundShape& wanted,
-                           AVSampleFormat format) {
-    constexpr int64_t kBitsASecond = 96000; // a channel
-    const AVCodec& codec = FindSoundEncoder(plan, name);
-    m_context.reset(avcodec_alloc_context3(&codec));
-    if (!m_context) throw Error(ErrorKind::Output, "out of memory");
-    m_context->sample_fmt = NearestFormat(codec, format);
-    m_context->sample_rate = NearestRate(codec, wanted.rate);
-    m_context->ch_layout = NearestLayout(codec, wanted.layout);
-    m_context->bit_rate = kBitsASecond * m_context->ch_layout.nb_channels;
-    m_context->time_base = {1, m_context->sample_rate};
-    if (plan.muxer->flags & AVFMT_GLOBALHEADER) m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+                           AVSampleFormat format)
+    : m_codec(ChooseEncoder(plan, name))
+    , m_wanted(wanted) {
+    const SoundLimits limits = LimitsOf(plan, m_codec.id);
+    const AVSampleFormat nearest = NearestFormat(m_codec, format);
     TakeLibraryError();
-    const int code = avcodec_open2(m_context.get(), &codec, nullptr);
-    if (code < 0) Fail("can't start", code);
+    int first = 0;
+    std::string reason;
+    for (const AVChannelLayout& layout : LayoutsFor(m_codec, limits, wanted.layout))
+        for (const int rate : RatesFor(m_codec, limits, wanted.rate))
+            for (const int64_t bitRate : {UsualBitRate(rate, layout.nb_channels), kOwnBitRate, kLowBitRate}) {
+                const int code = Open(plan, nearest, layout, rate, bitRate);
+                if (code >= 0) return;
+                const std::string detail = TakeLibraryError();
+                if (first == 0) {
+                    first = code;
+                    reason = detail;
+                }
+                if (code == AVERROR(ENOMEM)) Fail("can't start", code, detail);
+            }
+    Fail("can't start", first, reason);
+}
+
+int SoundEncoder::Open(const OutputPlan& plan, AVSampleFormat format, const AVChannelLayout& layout, int rate,
+                       int64_t bitRate) {
+    m_context.reset(avcodec_alloc_context3(&m_codec));
+    if (!m_context) return AVERROR(ENOMEM);
+    m_context->sample_fmt = format;
+    m_context->sample_rate = rate;
+    m_context->ch_layout = layout; // a mask, which owns nothing
+    if (bitRate != kOwnBitRate) m_context->bit_rate = bitRate;
+    m_context->time_base = {1, rate};
+    if (plan.muxer->flags & AVFMT_GLOBALHEADER) m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    if (m_codec.capabilities & AV_CODEC_CAP_EXPERIMENTAL)
+        m_context->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    return avcodec_open2(m_context.get(), &m_codec, nullptr);
 }
 
 SoundForm SoundEncoder::Form() const {
-    const bool any = m_context->codec->capabilities & AV_CODEC_CAP_VARIABLE_FRAME_SIZE;
+    const bool any = m_codec.capabilities & AV_CODEC_CAP_VARIABLE_FRAME_SIZE;
     return {{m_context->sample_rate, LayoutText(m_context->ch_layout)},
             m_context->sample_fmt,
             any ? 0 : m_context->frame_size};
 }
 
+std::string SoundEncoder::Summary() const {
+    std::string text = std::string("sound is encoded by ") + m_codec.name;
+    if (m_context->sample_rate != m_wanted.rate)
+        text += ", at " + std::to_string(m_context->sample_rate) + " Hz instead of " +
+                std::to_string(m_wanted.rate);
+    AVChannelLayout wanted = {};
+    av_channel_layout_from_string(&wanted, m_wanted.layout.c_str());
+    if (av_channel_layout_compare(&wanted, &m_context->ch_layout) != 0)
+        text += ", " + Describe(m_context->ch_layout) + " instead of " + Describe(wanted);
+    return text;
+}
+
 void SoundEncoder::Send(const AVFrame* sound) {
+    mediabridge::AVFramePtr even;
+    if (sound && sound->nb_samples % 2 && WantsPairs(m_codec.id)) {
+        even = OneLonger(*sound);
+        if (!even) throw Error(ErrorKind::Output, "out of memory");
+        sound = even.get();
+    }
     const int code = avcodec_send_frame(m_context.get(), sound);
-    if (code < 0 && code != AVERROR_EOF) Fail("failed", code);
+    if (code < 0 && code != AVERROR_EOF) Fail("failed", code, TakeLibraryError());
 }
 
 bool SoundEncoder::Receive(AVPacket* packet) {
     const int code = avcodec_receive_packet(m_context.get(), packet);
     if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return false;
-    if (code < 0) Fail("failed", code);
+    if (code < 0) Fail("failed", code, TakeLibraryError());
     return true;
 }
 
-void SoundEncoder::Fail(const char* doing, int code) const {
-    const std::string detail = TakeLibraryError();
+void SoundEncoder::Fail(const char* doing, int code, const std::string& detail) const {
     throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
-                std::string("the encoder ") + m_context->codec->name + " " + doing + ": " +
+                std::string("the encoder ") + m_codec.name + " " + doing + ": " +
                     (detail.empty() ? AvText(code) : detail));
-}
-
-std::string UsualSoundCodec(const OutputPlan& plan, AVCodecID input) {
-    for (const AVCodecID codec : {input, AV_CODEC_ID_AAC})
-        if (HoldsSurely(plan, codec) && avcodec_find_encoder(codec)) return avcodec_get_name(codec);
-    return {};
 }
 
 } // namespace aveffect

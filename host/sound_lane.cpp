@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "host/error.h"
+#include "host/sound_formats.h"
 #include "host/stream_copy.h"
 
 namespace aveffect {
@@ -41,7 +42,10 @@ SoundShape LaneShape(const SoundJob& job, const AVStream* input) {
 
 std::string CodecName(const SoundJob& job, const OutputPlan& plan, const AVStream* input) {
     if (!job.codec.empty()) return job.codec;
-    return UsualSoundCodec(plan, input ? input->codecpar->codec_id : AV_CODEC_ID_AAC);
+    if (!input) return UsualSoundCodec(plan, AV_CODEC_ID_NONE);
+    const AVCodecParameters& sound = *input->codecpar;
+    return UsualSoundCodec(plan, sound.codec_id,
+                           std::max(sound.bits_per_raw_sample, sound.bits_per_coded_sample));
 }
 
 int64_t SamplesBy(const Moment& moment, int rate) {

@@ -23,6 +23,7 @@ struct SoundJob {
     const std::vector<EffectSpec>& effects;
     const std::string& codec; ///< encoder or codec name; empty: as UsualSoundCodec
     uint32_t lengthMs;        ///< that the effects are told of
+    bool changes; ///< all sound goes through effects or an encoder; else what the container holds is copied
     bool endless; ///< the effects bring sound (BringsSound), which goes on as long as there are pictures
     std::optional<Moment> start; ///< of the span, in the file's times; absent: the first sample
     std::optional<Moment> end;   ///< of the span from its start, when it was asked for
@@ -43,6 +44,8 @@ public:
     /// to its own end. Then writes what the encoder still holds.
     void Complete(const std::optional<Moment>& end);
 
+    /// How it is encoded, as a sentence.
+    std::string Summary() const { return m_encoder.Summary(); }
     /// Samples written, as seconds.
     Moment Written() const noexcept { return {m_done, {1, m_shape.rate}}; }
     /// How often decoding failed.

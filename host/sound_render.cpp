@@ -8,6 +8,7 @@
 #include "host/media_check.h"
 #include "host/media_manager.h"
 #include "host/progress_meter.h"
+#include "host/sound_formats.h"
 #include "host/sound_lane.h"
 #include "host/stages.h"
 #include "host/stream_copy.h"
@@ -57,8 +58,9 @@ public:
         ProgressMeter progress(m_reporter, m_length ? std::optional(Pieces(*m_length)) : std::nullopt);
         CopyTags(&m_output.Format().metadata, m_input->metadata);
         CopyChapters(m_output, *m_input, {m_options.fromMs, m_options.toMs, std::nullopt});
-        RenderResult result =
-            ChangesSound(m_options) || CutsSamples() ? Change(plugin, progress) : Copy(progress);
+        RenderResult result = ChangesSound(m_options) || !HoldsAll() || CutsSamples()
+                                  ? Change(plugin, progress)
+                                  : Copy(progress);
         CheckCancel(m_cancel);
         m_output.Publish();
         progress.Report(result.frames, true);
@@ -118,13 +120,14 @@ private:
             static_cast<uint32_t>(std::clamp<int64_t>(m_length.value_or(kUnknownLengthMs), 0, INT_MAX));
         const std::optional<Moment> start = m_options.fromMs ? std::optional(m_start) : std::nullopt;
         const SoundJob job{
-            plugin, &manager, m_options.audioEffects, m_options.audioCodec, length, false, start,
+            plugin, &manager, m_options.audioEffects, m_options.audioCodec, length, true, false, start,
             m_end,  m_cancel};
         std::vector<std::unique_ptr<SoundLane>> lanes;
         lanes.reserve(m_streams.size());
         for (const AVStream* stream : m_streams)
             lanes.push_back(
                 std::make_unique<SoundLane>(job, m_plan, SourceRequest{m_options.input}, stream, m_output));
+        for (const auto& lane : lanes) m_reporter.Note(lane->Summary());
         m_output.Start(m_options.overwrite, m_cancel);
         RenderResult result;
         Moment written{-1};
@@ -161,13 +164,25 @@ private:
         return av_rescale_q(moment.ticks, moment.base, {1, kPiecesASecond});
     }
 
+    // Sound that the container can't hold is encoded, and then all of it.
+    bool HoldsAll() {
+        for (const AVStream* stream : m_streams) {
+            const AVCodecID codec = stream->codecpar->codec_id;
+            if (HoldsSound(m_plan, codec)) continue;
+            RequireRereadable(m_options.input);
+            m_reporter.Note("." + m_plan.Kind() + " files can't hold " + avcodec_get_name(codec) + " sound");
+            return false;
+        }
+        return true;
+    }
+
     // Packets can be left out whole only; what loses nothing by being encoded again is cut to the sample.
     bool CutsSamples() const {
         if (!m_options.fromMs && !m_options.toMs) return false;
         return std::ranges::all_of(m_streams, [this](const AVStream* stream) {
             const AVCodecID codec = stream->codecpar->codec_id;
             const AVCodecDescriptor* const about = avcodec_descriptor_get(codec);
-            return about && (about->props & AV_CODEC_PROP_LOSSLESS) && KeepsSound(m_plan, codec) &&
+            return about && (about->props & AV_CODEC_PROP_LOSSLESS) && HoldsSound(m_plan, codec) &&
                    avcodec_find_encoder(codec);
         });
     }
@@ -209,13 +224,8 @@ private:
     }
 
     void RequireCopy(const AVStream& stream) const {
-        const AVCodecID codec = stream.codecpar->codec_id;
         if (stream.codecpar->sample_rate <= 0)
             throw Error(ErrorKind::Input, m_options.input + " holds no sound that can be decoded");
-        if (KeepsSound(m_plan, codec)) return;
-        throw Error(ErrorKind::Usage, "." + m_plan.Kind() + " files can't hold " + avcodec_get_name(codec) +
-                                          " sound, which is copied as it is; these can: " +
-                                          ContainersFor(codec) + "; --audio-codec makes it another");
     }
 
     // Formats that guess their length can't tell that a part is missing.

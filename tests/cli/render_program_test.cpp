@@ -180,4 +180,23 @@ TEST_F(RenderProgram, VerboseTellsTheWorkingFormat) {
     EXPECT_NE(outcome.messages.find("yuv420p"), std::string::npos) << outcome.messages;
 }
 
+// Encoders that do not start ended the program once.
+TEST_F(RenderProgram, SoundBecomesWhatEncoderAndFormatTake) {
+    Ffmpeg({"-f", "lavfi", "-i", "sine=r=11025:d=0.6", "in.wav"});
+    for (const char* codec : {"opus", "vorbis", "dca", "truehd", "mlp"})
+        Run({"render", "in.wav", std::string(codec) + ".mka", "--audio-codec", codec});
+    for (const char* format : {"ogg", "mp3", "opus", "flac"})
+        Run({"render", "in.wav", std::string("out.") + format});
+    const Outcome told = Aveffect({"render", "in.wav", "out.webm", "-v"});
+    EXPECT_EQ(told.exitCode, 0);
+    EXPECT_NE(told.messages.find("can't hold pcm_s16le sound"), std::string::npos) << told.messages;
+    EXPECT_NE(told.messages.find("libopus, at 12000 Hz instead of 11025"), std::string::npos)
+        << told.messages;
+    for (const char* codec : {"sonic", "libx264", "nonesuch", "wmav2"}) {
+        const Outcome refused = Aveffect({"render", "in.wav", "out.mp4", "--audio-codec", codec});
+        EXPECT_EQ(refused.exitCode, 2) << codec;
+        EXPECT_TRUE(IsOneMessage(refused.messages)) << refused.messages;
+    }
+}
+
 } // namespace
