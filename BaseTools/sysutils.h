@@ -1,8 +1,13 @@
 #pragma once
-/// Error texts and logging.
+/// Error texts and logging, and with them the whole of the support library: locks and events, threads, child
+/// processes, the byte queue.
 #include <string>
 
 #include "BaseTools/CBaseException.h"
+#include "BaseTools/data_buffer.h"
+#include "BaseTools/process.h"
+#include "BaseTools/synchronisation.h"
+#include "BaseTools/thread.h"
 
 namespace BaseTool {
 
@@ -10,8 +15,7 @@ namespace BaseTool {
 std::string GetLastCommonExpAsText();
 
 /// Formats printf-style with three arguments in this order: the error's file name without directories (%s),
-/// its line
-/// (%d), its message (%s). Cut to 255 characters.
+/// its line (%d), its message (%s). Cut to 255 characters.
 std::string FormatCommonExp(const CBaseException& e, std::string format);
 
 /// Writes a formatted line, cut to 255 characters, to standard error.

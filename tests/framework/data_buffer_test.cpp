@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "BaseTools/data_buffer.h"
+#include "BaseTools/sysutils.h"
 #include "tests/support/raised.h"
 
 namespace {

@@ -7,8 +7,7 @@
 #include <memory>
 #include <sys/wait.h>
 
-#include "BaseTools/process.h"
-#include "BaseTools/synchronisation.h"
+#include "BaseTools/sysutils.h"
 #include "tests/support/raised.h"
 
 namespace {

@@ -9,8 +9,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "BaseTools/synchronisation.h"
-#include "BaseTools/thread.h"
+#include "BaseTools/sysutils.h"
 #include "aveffect/base_tools.h"
 #include "tests/support/raised.h"
 
