@@ -14,23 +14,29 @@ using AVBased::kResourceDuplicated;
 using BaseTool::Guarded;
 using BaseTool::Raise;
 
+// A std::string whose change fails is as it was, and takes parts of itself.
+
+void CStringImpl::SetStr(const char* text) {
+    Guarded([&] { m_strData.assign(text ? text : ""); });
+}
+
 void CStringImpl::SetData(const void* data, unsigned int bytes) {
-    // Through a copy, since the data may be part of this very string.
-    m_strData = data ? std::string(static_cast<const char*>(data), bytes) : std::string();
+    Guarded([&] { m_strData.assign(static_cast<const char*>(data), data ? bytes : 0); });
 }
 
 void CStringImpl::Concat(const char* text) {
-    if (text) m_strData += text;
+    if (text) Guarded([&] { m_strData.append(text); });
 }
 
 void CStringImpl::Append(const void* data, unsigned int bytes) {
-    if (data) m_strData.append(static_cast<const char*>(data), bytes);
+    if (data) Guarded([&] { m_strData.append(static_cast<const char*>(data), bytes); });
 }
 
 CStringsImpl::~CStringsImpl() { FreeElements(); }
 
 void CStringsImpl::FreeElements() {
-    for (IString* string : m_Strings) string->Free();
+    // A host's own element may throw; the others go all the same.
+    for (IString* string : m_Strings) Guarded([&] { string->Free(); });
     m_Strings.clear();
 }
 
@@ -73,8 +79,9 @@ bool CStringsImpl::Remove(int iIndex) {
         // An index equal to the count passes this test and fails in at(): callers can tell the two apart by
         // the code.
         if (iIndex < 0 || iIndex > static_cast<int>(m_Strings.size())) Raise(kBadIndex, "Bad index");
-        m_Strings.at(static_cast<size_t>(iIndex))->Free();
+        IString* const removed = m_Strings.at(static_cast<size_t>(iIndex));
         m_Strings.erase(m_Strings.begin() + iIndex);
+        removed->Free();
         return true;
     });
 }

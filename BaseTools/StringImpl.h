@@ -6,7 +6,7 @@
 
 #include "aveffect/name_list.h"
 
-/// Null texts and data count as empty.
+/// Null texts and data count as empty. Should memory be short, the text stays and the record has 10021007.
 class CStringImpl : public IString {
 public:
     explicit CStringImpl(const char* text = nullptr)
@@ -14,7 +14,7 @@ public:
     virtual ~CStringImpl() = default;
 
     const char* GetStr() override { return m_strData.c_str(); }
-    void SetStr(const char* text) override { m_strData = text ? text : ""; }
+    void SetStr(const char* text) override;
     unsigned GetStrLength() override { return static_cast<unsigned>(m_strData.size()); }
     unsigned GetDataSize() override { return GetStrLength(); }
     const void* GetData() override { return GetStr(); }

@@ -1,6 +1,7 @@
 #pragma once
 /// The one error boundary: nothing that a host calls lets an exception out.
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "BaseTools/CBaseException.h"
@@ -9,8 +10,9 @@
 namespace BaseTool {
 
 /// Runs body and returns its result. What it throws goes into the calling thread's record, and the failure
-/// value comes back instead: a CBaseException whole, a standard exception with its own text, anything else as
-/// "Unknown exception". A success leaves the record as it was.
+/// value comes back instead: a CBaseException whole, short memory as 10021007 "No enough memory" whoever
+/// found it, another standard exception with its own text, anything else as "Unknown exception". A success
+/// leaves the record as it was.
 template <class Failure, class Body>
 auto Guarded(Failure failureValue, Body&& body, SourceLocation where = SourceLocation::Current())
     -> decltype(body()) {
@@ -18,6 +20,8 @@ auto Guarded(Failure failureValue, Body&& body, SourceLocation where = SourceLoc
         return std::forward<Body>(body)();
     } catch (CBaseException& error) {
         GetBaseException()->Copy(&error);
+    } catch (const std::bad_alloc&) {
+        GetBaseException()->SetException(AVBased::kNoMemory, "No enough memory", where.line, where.file);
     } catch (const std::exception& error) {
         GetBaseException()->SetException(AVBased::kStandardException, error.what(), where.line, where.file);
     } catch (...) {

@@ -2,8 +2,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <exception>
 #include <sys/wait.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -86,13 +86,11 @@ bool CBaseToolProcess::RunInternal(bool startSuspended, bool background) {
     JoinWatcher(); // of an attempt without a child
     m_bStartSuspended = startSuspended;
     m_bBackground = background;
-    std::vector<std::string> arguments;
-    parse_cmd_line(m_strCommandLine, arguments);
-    m_nProcessId = kStarting;
     try {
-        m_Watcher =
-            std::thread([this, texts = std::move(arguments)]() mutable { StartAndWatch(std::move(texts)); });
-    } catch (const std::system_error&) {
+        PrepareArguments();
+        m_nProcessId = kStarting;
+        m_Watcher = std::thread([this] { StartAndWatch(); });
+    } catch (const std::exception&) { // no thread, or no memory
         m_nProcessId = kNotRun;
         return false;
     }
@@ -100,15 +98,18 @@ bool CBaseToolProcess::RunInternal(bool startSuspended, bool background) {
     return m_nProcessId != kNotRun;
 }
 
-void CBaseToolProcess::StartAndWatch(std::vector<std::string> texts) {
-    // Made before the fork: the new process may not allocate.
-    std::vector<char*> arguments;
-    arguments.reserve(texts.size() + 1);
-    for (std::string& text : texts) arguments.push_back(text.data());
-    arguments.push_back(nullptr);
+void CBaseToolProcess::PrepareArguments() {
+    parse_cmd_line(m_strCommandLine, m_Arguments);
+    m_ArgumentPointers.clear();
+    m_ArgumentPointers.reserve(m_Arguments.size() + 1);
+    for (std::string& argument : m_Arguments) m_ArgumentPointers.push_back(argument.data());
+    m_ArgumentPointers.push_back(nullptr);
+}
 
+// The watching thread allocates nothing and so throws nothing.
+void CBaseToolProcess::StartAndWatch() noexcept {
     const pid_t child = fork();
-    if (child == 0) BecomeChild(arguments.data(), m_bBackground, m_bStartSuspended);
+    if (child == 0) BecomeChild(m_ArgumentPointers.data(), m_bBackground, m_bStartSuspended);
     if (child < 0) {
         m_nProcessId = kNotRun;
         return;

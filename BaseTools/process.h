@@ -26,8 +26,9 @@ public:
     CBaseToolProcess& operator=(const CBaseToolProcess&) = delete;
 
     /// Starts the child; one started suspended does nothing until Resume(). A program that can't be started
-    /// gives a child with exit code 254. False when there is no child; a second call throws CBaseException
-    /// 10021019 "The process has run already".
+    /// gives a child with exit code 254. False when there is no child, for want of memory or of processes: it
+    /// can be tried again then. A second call after one that had a child throws CBaseException 10021019 "The
+    /// process has run already".
     bool Run(bool startSuspended) { return RunInternal(startSuspended, false); }
     /// The same for a child that outlives the terminal: it ignores SIGHUP.
     bool RunBackgroundly(bool startSuspended) { return RunInternal(startSuspended, true); }
@@ -54,7 +55,8 @@ public:
 
 private:
     bool RunInternal(bool startSuspended, bool background);
-    void StartAndWatch(std::vector<std::string> texts);
+    void PrepareArguments();
+    void StartAndWatch() noexcept;
     void WatchUntilEnded();
     bool Signal(int signal);
     void RequireRun() const;
@@ -67,6 +69,8 @@ private:
     bool m_bBackground = false;
     std::atomic<unsigned> m_nExitCode = 0;
     std::string m_strCommandLine;
+    std::vector<std::string> m_Arguments; // made before the fork: the new process may not allocate
+    std::vector<char*> m_ArgumentPointers;
 
     // Neither waiting nor stopping uses the watching thread itself: it stays to be joined.
     std::atomic<bool> m_bEnded = false;

@@ -1,7 +1,8 @@
 #pragma once
 /// Lists of names as they cross the plug-in's boundary.
 
-/// One string. Made by the plug-in; owned by the list that holds it.
+/// One string. Made by the plug-in; owned by the list that holds it. Null texts and data count as empty. When
+/// memory is short for a change, the text stays as it was and the calling thread's record gets 10021007.
 class IString {
 public:
     virtual const char* GetStr() = 0;
@@ -26,8 +27,9 @@ protected:
 
 /// An owned list of strings. Whoever receives one releases it with Free(), which frees its elements too.
 ///
-/// Failures return -1, false or null and leave an error in the calling thread's record. All operations but
-/// AddString, InsertString and GetString clear the record first.
+/// Failures return -1, false or null and leave an error in the calling thread's record. GetCount, Add,
+/// Insert, Remove, Find, FindString and Clear clear the record first, and so AddString and InsertString do
+/// once they have their string; Free and GetString leave it alone.
 class IStrings {
 public:
     virtual void Free() = 0;

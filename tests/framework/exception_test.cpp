@@ -66,6 +66,9 @@ TEST_F(ErrorRecord, BoundaryRecordsEachKindAndReturnsTheFailureValue) {
     EXPECT_FALSE(BaseTool::Guarded(false, []() -> bool { throw std::out_of_range("too far"); }));
     EXPECT_EQ(record->GetExceptionCode(), 10021015);
     EXPECT_STREQ(record->GetExceptionMsg(), "too far");
+    EXPECT_FALSE(BaseTool::Guarded(false, []() -> bool { throw std::bad_alloc(); }));
+    EXPECT_EQ(record->GetExceptionCode(), 10021007);
+    EXPECT_STREQ(record->GetExceptionMsg(), "No enough memory");
     const int before = __LINE__;
     BaseTool::Guarded([] { throw 3; });
     EXPECT_EQ(record->GetExceptionCode(), 10021008);
