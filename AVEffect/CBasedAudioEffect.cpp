@@ -1,7 +1,6 @@
 #include "AVEffect/CBasedAudioEffect.h"
 
 #include <cassert>
-#include <memory>
 #include <utility>
 
 #include "BaseTools/guarded.h"
@@ -23,22 +22,22 @@ CBasedAudioEffect::CBasedAudioEffect(const char* name)
     AddCataloguedProperties(name);
 }
 
+CBasedAudioEffect::~CBasedAudioEffect() {
+    if (m_pCurFrame && !m_bHandedOut) Releaser()(m_pCurFrame);
+}
+
 bool CBasedAudioEffect::Seek(long long) { return true; }
 
 IRawAudioFrame* CBasedAudioEffect::ProcFrame(IRawAudioFrame* frame) {
     return Guarded(nullptr, [&] {
         if (!frame) Raise(kBadPointer, "Bad pointer");
         if (IRawAudioFrame* previous = std::exchange(m_pCurFrame, nullptr)) previous->Release();
+        m_bHandedOut = false;
         m_pCurFrame = frame->Clone();
         assert(m_pCurFrame);
-        // Should the effect fail, nobody would receive the copy.
-        const auto giveUp = [this](IRawAudioFrame* copy) {
-            m_pCurFrame = nullptr;
-            Releaser()(copy);
-        };
-        std::unique_ptr<IRawAudioFrame, decltype(giveUp)> unfinished(m_pCurFrame, giveUp);
         InnerProcFrame(m_pCurFrame);
-        return unfinished.release();
+        m_bHandedOut = true;
+        return m_pCurFrame;
     });
 }
 

@@ -10,7 +10,8 @@ public:
     explicit CBasedAudioEffect(const char* name);
 
     // The last output frame is not released here: it is left to the host, which received it from ProcFrame.
-    ~CBasedAudioEffect() override = default;
+    // What no host received goes.
+    ~CBasedAudioEffect() override;
 
     bool Seek(long long position) override;
     int GetDuration() override { return m_nDuration; }
@@ -22,8 +23,11 @@ public:
 
 protected:
     int m_nDuration = 1;
-    // What the last ProcFrame returned, null when it failed. Released by the next one.
+    // The copy that the last ProcFrame worked on, also one whose work failed. Released by the next one.
     IRawAudioFrame* m_pCurFrame = nullptr;
+
+private:
+    bool m_bHandedOut = false; // the host has that copy
 };
 
 } // namespace AVBased

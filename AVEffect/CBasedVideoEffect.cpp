@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "BaseTools/guarded.h"
+#include "avbase/avbase_srcutils/holders.h"
 
 namespace AVBased {
 
@@ -46,9 +47,7 @@ CBasedVideoImageEffect::CBasedVideoImageEffect(const char* name, const char* cat
     AddCataloguedProperties(catalogueName);
 }
 
-CBasedVideoImageEffect::~CBasedVideoImageEffect() {
-    if (m_pCurFrame) m_pCurFrame->Free();
-}
+CBasedVideoImageEffect::~CBasedVideoImageEffect() { const FramePtr last(m_pCurFrame); }
 
 IRawVideoFrame* CBasedVideoImageEffect::ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) {
     return Guarded(nullptr, [&] {

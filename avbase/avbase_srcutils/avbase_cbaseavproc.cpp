@@ -16,11 +16,14 @@ using BaseTool::Raise;
 
 namespace {
 
-// What a set leaves for the integer types when the text holds no number. A double keeps its previous number
-// then.
+// What a set leaves for the integer types when the text holds no number, and for effects that parse nothing.
+// A double keeps its previous number then; a text is the node's own, wherever its characters lie now.
 void PresetValue(CBaseAVProc::PropertyNode& node) {
     const int number = std::atoi(node.text.c_str());
     switch (node.type) {
+    case kText:
+        node.value.text = node.text.c_str();
+        break;
     case kInt64:
         node.value.int64 = number;
         break;
@@ -38,9 +41,6 @@ void PresetValue(CBaseAVProc::PropertyNode& node) {
 void ParseValue(CBaseAVProc::PropertyNode& node) {
     const char* text = node.text.c_str();
     switch (node.type) {
-    case kText:
-        node.value.text = text;
-        break;
     case kDouble:
         std::sscanf(text, "%lf", &node.value.number);
         break;

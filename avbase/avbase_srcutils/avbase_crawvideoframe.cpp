@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <utility>
 
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
@@ -67,8 +68,7 @@ CRawVideoFrame::CRawVideoFrame(const CRawVideoFrame& other)
     , m_bHasBorderData(other.m_bHasBorderData)
     , m_nViewID(other.m_nViewID) {
     CopyPixels();
-    // Last, since a frame whose construction fails has no destructor to free it.
-    if (other.m_pSubsetFrame) m_pSubsetFrame = other.m_pSubsetFrame->Clone();
+    if (other.m_pSubsetFrame) m_pSubsetFrame.reset(other.m_pSubsetFrame->Clone());
 }
 
 void CRawVideoFrame::CopyPixels() {
@@ -82,13 +82,6 @@ void CRawVideoFrame::CopyPixels() {
         buffer.data = place;
         place += RoundUpTo16(PlaneBytes(buffer));
     }
-}
-
-CRawVideoFrame::~CRawVideoFrame() { FreeSubsetFrame(); }
-
-void CRawVideoFrame::FreeSubsetFrame() {
-    if (m_pSubsetFrame) m_pSubsetFrame->Free();
-    m_pSubsetFrame = nullptr;
 }
 
 void CRawVideoFrame::Free() {
@@ -170,10 +163,12 @@ void CRawVideoFrame::SetDuplicatedCount(unsigned count, unsigned extra) {
 
 void CRawVideoFrame::SetBorderData(void* data, int bytes) {
     if (!data) return;
-    const auto* first = static_cast<const unsigned char*>(data);
-    // Through a copy, since the data may be the frame's own.
-    m_BorderData = std::vector<unsigned char>(first, first + std::max(bytes, 0));
-    m_bHasBorderData = true;
+    Guarded([&] {
+        const auto* first = static_cast<const unsigned char*>(data);
+        // Through a copy, since the data may be the frame's own.
+        m_BorderData = std::vector<unsigned char>(first, first + std::max(bytes, 0));
+        m_bHasBorderData = true;
+    });
 }
 
 void CRawVideoFrame::GetBorderData(void** data, int* bytes) {
@@ -185,7 +180,7 @@ void* CRawVideoFrame::GetInterface(const char* name) {
     if (!name) return nullptr;
     if (std::strcmp(name, kRawVideoInterface) == 0) return static_cast<IRawVideoFrame*>(this);
     if (std::strcmp(name, kMVCInterface) == 0) return static_cast<IMVCRawVideoFrame*>(this);
-    if (std::strcmp(name, kSubsetFrameInterface) == 0) return m_pSubsetFrame;
+    if (std::strcmp(name, kSubsetFrameInterface) == 0) return m_pSubsetFrame.get();
     return nullptr;
 }
 
@@ -195,9 +190,10 @@ bool CRawVideoFrame::SetViewID(int view) {
 }
 
 void CRawVideoFrame::CopySubsetFrame(IRawVideoFrame* frame) {
-    IRawVideoFrame* copy = frame ? frame->Clone() : nullptr;
-    FreeSubsetFrame();
-    m_pSubsetFrame = copy;
+    Guarded([&] {
+        FramePtr copy(frame ? frame->Clone() : nullptr);
+        if (copy || !frame) m_pSubsetFrame = std::move(copy);
+    });
 }
 
 bool CopyVideoFrame(IRawVideoFrame* dst, IRawVideoFrame* src) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "BaseTools/block_pool.h"
+#include "avbase/avbase_srcutils/holders.h"
 #include "aveffect/pixel_format.h"
 #include "aveffect/video_frame.h"
 
@@ -82,7 +83,7 @@ public:
     void GetBorderData(void** data, int* bytes) override;
     void* GetInterface(const char* name) override;
 
-    virtual ~CRawVideoFrame();
+    virtual ~CRawVideoFrame() = default;
 
     bool SetViewID(int view) override;
     int GetViewID() override { return m_nViewID; }
@@ -98,12 +99,12 @@ public:
     FrameBuffer* GetBuffer(unsigned index);
     /// Whether the pixels are this object's own, as a copy's are.
     bool OwnsPixels() const { return m_nOwnsPixels != 0; }
-    /// Attaches a clone of the frame as the second view; null detaches.
+    /// Attaches a clone of the frame as the second view; null detaches. When there is no clone, the record
+    /// says why, and the old view stays.
     void CopySubsetFrame(IRawVideoFrame* frame);
 
 private:
     void CopyPixels();
-    void FreeSubsetFrame();
 
     unsigned m_nFormat;
     unsigned m_nWidth;
@@ -127,7 +128,7 @@ private:
     std::vector<unsigned char> m_BorderData;
     bool m_bHasBorderData = false;
     int m_nViewID = 0;
-    IRawVideoFrame* m_pSubsetFrame = nullptr;
+    FramePtr m_pSubsetFrame;
 };
 
 /// Copies time stamp, interlacing, view id, border data and pixels between frames of one format, size, plane

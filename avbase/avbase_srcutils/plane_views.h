@@ -1,5 +1,8 @@
 #pragma once
 /// A frame's planes as kernels see them.
+#include <initializer_list>
+
+#include "kernels/planes.h"
 #include "BaseTools/CBaseException.h"
 #include "aveffect/errors.h"
 #include "aveffect/video_frame.h"
@@ -21,10 +24,16 @@ inline Plane8 BytePlane(IRawVideoFrame* frame, unsigned index) {
 }
 
 /// The plane, for those who don't assert that it has memory. Throws CBaseException 10021008 when it has none.
-inline const Plane8& RequireMemory(const Plane8& plane) {
-    if (plane.width != 0 && plane.rows != 0 && !plane.data)
+template <class Plane>
+Plane RequireMemory(const Plane& plane) {
+    if (!plane.Empty() && !plane.data)
         BaseTool::Raise(kUnknownException, "a plane has no memory; the frame is left as it is");
     return plane;
+}
+
+/// The same for all that an effect is about to touch.
+inline void RequireMemory(std::initializer_list<Plane8> planes) {
+    for (const Plane8& plane : planes) RequireMemory(plane);
 }
 
 inline Plane8 FilledPlane(IRawVideoFrame* frame, unsigned index) {

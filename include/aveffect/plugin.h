@@ -3,8 +3,9 @@
 ///
 /// A processor lives until its Free(). Texts that it returns stay valid until the property changes. A
 /// processor and the frames given to it are used by one thread at a time; different processors may run on
-/// different threads. No operation throws: failures return null, false, 0 or -1 and leave an error in the
-/// calling thread's record.
+/// different threads. No operation throws, whatever the host's own objects throw into it: failures return
+/// null, false, 0 or -1 and leave an error in the calling thread's record. Mistakes of the caller's program,
+/// such as a null name, end the process by an assertion.
 #include "aveffect/audio_frame.h"
 #include "aveffect/media.h"
 #include "aveffect/name_list.h"

@@ -31,6 +31,9 @@ public:
         add("short", "2", kInt16, &int16);
     }
 
+    void OnSetProperty(const std::string& name, PropertyNode& node) override {
+        if (parses) CBasedVideoImageEffect::OnSetProperty(name, node);
+    }
     void InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* frame) override {
         frame->SetTimeStamp(time);
         if (onFrame) onFrame();
@@ -42,6 +45,7 @@ public:
     using CBaseAVProc::GetProperty;
 
     std::function<void()> onFrame;
+    bool parses = true;
     std::string text;
     double number = 0;
     long long int64 = 0;
@@ -101,6 +105,9 @@ TEST_F(Processor, ParsesByTypeCode) {
     EXPECT_EQ(proc->int16, -5);
     EXPECT_EQ(proc->text, "any text");
     EXPECT_EQ(video->GetDuration(), 250u);
+    EXPECT_EQ(proc->Node("Text")->value.text, proc->Node("Text")->text.c_str());
+    proc->parses = false; // as transitions and the stereo effect do
+    EXPECT_TRUE(video->SetProperty("Text", std::string(100, 'x').c_str()));
     EXPECT_EQ(proc->Node("Text")->value.text, proc->Node("Text")->text.c_str());
 }
 
@@ -317,15 +324,23 @@ TEST(AudioProcessor, WorksOnACopyAndLeavesTheLastOneToTheHost) {
     sound.clone = &lost;
     proc->fails = true;
     EXPECT_EQ(audio->ProcFrame(&sound), nullptr);
-    EXPECT_EQ(lost.released, 1) << "nobody has it";
+    EXPECT_EQ(lost.released, 0) << "kept until the next call, though the work failed";
     proc->fails = false;
     copies[1].released = 0;
     sound.clone = &copies[1];
     EXPECT_EQ(audio->ProcFrame(&sound), &copies[1]);
+    EXPECT_EQ(lost.released, 1);
     sound.clone = nullptr;
     EXPECT_DEATH(audio->ProcFrame(&sound), "m_pCurFrame");
     audio->Free();
     EXPECT_EQ(copies[1].released, 0);
+
+    proc = new ProbeAudioEffect;
+    proc->fails = true;
+    sound.clone = &lost;
+    EXPECT_EQ(proc->ProcFrame(&sound), nullptr);
+    static_cast<IAudioProc*>(proc)->Free();
+    EXPECT_EQ(lost.released, 2) << "nobody has it";
 }
 
 } // namespace
