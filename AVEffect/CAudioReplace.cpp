@@ -2,7 +2,7 @@
 
 #include <cassert>
 #include <cstring>
-#include <utility>
+#include <optional>
 
 #include "AVEffect/factory.h"
 
@@ -15,7 +15,10 @@ namespace {
 constexpr uint32_t kAudioItem = 2;
 constexpr unsigned kNoTimeLimit = 0xFFFFFFFF;
 constexpr long long kUnitsPerMillisecond = 10000; // of 100 ns
-constexpr unsigned kMostBarrenItems = 1u << 16;
+// A resampler gives nothing until its filter is full, which takes fewer samples than these at any rates that
+// sound has.
+constexpr uint64_t kMostHeldBack = 1u << 12;
+constexpr unsigned kMostBarrenItems = 1u << 24;
 
 } // namespace
 
@@ -27,12 +30,15 @@ IAudioProc* ConstructAudio<CAudioReplace>(IAVManager* manager, const std::string
 CAudioReplace::CAudioReplace(IAVManager* manager)
     : CBasedAudioEffect(effectNameAudioReplace)
     , m_pManager(manager) {
-    Bind("audio_replace_loop", &m_nLoop);
+    Bind("audio_replace_path", &m_strPath);
 }
+
+CAudioReplace::~CAudioReplace() { m_pSource.reset(); } // before the resampler and the queue
 
 void CAudioReplace::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedAudioEffect::OnSetProperty(name, node);
-    if (name == "audio_replace_path") OpenSource(node.text);
+    if (name == "audio_replace_loop") m_bLoop = node.value.int32 != 0;
+    if (name == "audio_replace_path") OpenSource(m_strPath);
 }
 
 void CAudioReplace::OpenSource(const std::string& path) {
@@ -42,7 +48,14 @@ void CAudioReplace::OpenSource(const std::string& path) {
         m_pSource.reset(m_pManager->OpenSource(path.c_str(), "", &streams, &width, &height, nullptr));
     assert(m_pSource);
     m_nFileDuration = m_pSource->GetDuration();
-    m_bHeard = false;
+    ExpectSound();
+}
+
+/// Of a file that was opened or sought: there may be sound before this place.
+void CAudioReplace::ExpectSound() {
+    m_bHeard = true;
+    m_nHeldBack = 0;
+    m_nBarrenItems = 0;
 }
 
 bool CAudioReplace::Seek(long long position) {
@@ -51,10 +64,10 @@ bool CAudioReplace::Seek(long long position) {
         auto milliseconds = static_cast<unsigned>(position / kUnitsPerMillisecond);
         // The duration in milliseconds against the position in its own units: nearly every position counts as
         // beyond the end, and those that are not stay what they are.
-        if (m_nLoop && m_nFileDuration != 0 && m_nFileDuration < position) milliseconds %= m_nFileDuration;
+        if (m_bLoop && m_nFileDuration != 0 && m_nFileDuration < position) milliseconds %= m_nFileDuration;
         const bool sought = m_pSource->Seek(milliseconds);
         m_Queue.Clear();
-        m_bHeard = true; // there may be sound before this position
+        ExpectSound();
         return sought;
     });
 }
@@ -62,8 +75,8 @@ bool CAudioReplace::Seek(long long position) {
 void CAudioReplace::BuildAudioResampler(const Target& target) {
     m_pResampler.reset();
     m_Target = target;
-    m_pResampler.reset(CreateAudioResampler(target.format, target.rate, static_cast<int>(target.channels), 0,
-                                            target.interleaved, 1, 0));
+    m_pResampler.reset(CreateAudioResampler(static_cast<int>(target.format), target.rate,
+                                            static_cast<int>(target.channels), 0, target.interleaved, 1, 0));
     if (!m_pResampler) throw CBaseException(GetBaseException());
 }
 
@@ -72,10 +85,13 @@ bool CAudioReplace::ReadNext(AVItem& item) {
     return m_pSource->ReadItem(&item, 0, kNoTimeLimit);
 }
 
-/// False at the end, which a file that loops and has sound does not have.
+/// One without sound from its beginning to its end does not, nor one that no resampler makes sound of.
+bool CAudioReplace::BeginsAgain() const { return m_bLoop && m_bHeard && m_nHeldBack < kMostHeldBack; }
+
+/// False at the end, which a file that begins again does not have.
 bool CAudioReplace::ReadNextOrStartAgain(AVItem& item) {
     if (ReadNext(item)) return true;
-    if (!m_nLoop || !m_bHeard) return false;
+    if (!BeginsAgain()) return false;
     m_bHeard = false;
     m_pSource->Seek(0);
     ReadNext(item); // when it fails there is no sound in the item, and the next one is the end
@@ -88,36 +104,56 @@ void CAudioReplace::QueueSilence(unsigned size) {
     m_Queue.Push(m_Silence.Data(), size);
 }
 
+/// What the resampler makes of the sound. When that is nothing, it has nothing yet, or it refuses the sound
+/// and records why.
+CAudioReplace::Conversion CAudioReplace::Convert(IRawAudioFrame* sound) {
+    IBaseException* const record = GetBaseException();
+    std::optional<CBaseException> older;
+    if (record->GetExceptionCode() != kNoError) {
+        older.emplace(record);
+        record->Clear();
+    }
+    IRawAudioFrame* const converted = m_pResampler->Convert(sound);
+    const bool refused = !converted && record->GetExceptionCode() != kNoError;
+    if (!refused && older) record->Copy(&*older);
+    return {converted, refused};
+}
+
 /// False when the converted sound has no bytes to take: for now the file counts as ended. A resampler that
 /// has nothing yet is no such case.
 bool CAudioReplace::QueueSound(IRawAudioFrame* sound) {
-    IRawAudioFrame* const converted = m_pResampler->Convert(sound);
+    const auto [converted, refused] = Convert(sound);
+    if (!refused) {
+        const unsigned samples = sound->GetSampleCount();
+        if (samples != 0) m_bHeard = true;
+        m_nHeldBack += samples;
+    }
     if (!converted) return true;
     unsigned size = 0;
     const unsigned char* const bytes = converted->GetBuffer(0, &size);
     m_Queue.Push(bytes, size);
-    if (bytes && size != 0) m_bHeard = true;
+    if (bytes && size != 0) m_nHeldBack = m_nBarrenItems = 0;
     return bytes != nullptr;
 }
 
+/// A file that goes on without sound and without an end is given up, and silent from then on.
 void CAudioReplace::FillQueue(unsigned size) {
-    uint64_t queued = m_Queue.GetDataSize();
-    for (unsigned barren = 0; queued < size;) {
+    while (m_Queue.GetDataSize() < size) {
         AVItem item;
-        bool ended = !ReadNextOrStartAgain(item);
-        if (!ended && item.kind == kAudioItem && item.object)
-            ended = !QueueSound(static_cast<IRawAudioFrame*>(item.object));
+        bool ended = m_nBarrenItems == kMostBarrenItems || !ReadNextOrStartAgain(item);
+        if (!ended) {
+            ++m_nBarrenItems;
+            if (item.kind == kAudioItem && item.object)
+                ended = !QueueSound(static_cast<IRawAudioFrame*>(item.object));
+        }
         if (ended) QueueSilence(size);
-        const uint64_t before = std::exchange(queued, m_Queue.GetDataSize());
-        barren = queued == before ? barren + 1 : 0;
-        if (barren == kMostBarrenItems)
-            Raise(kUnknownException, "The file of audio_replace_path goes on without giving sound");
     }
 }
 
 void CAudioReplace::InnerProcFrame(IRawAudioFrame* frame) {
-    const Target target = {frame->GetSampleFormat(), static_cast<unsigned>(frame->GetChannels()),
-                           frame->GetSampleRate(), frame->IsInterleaved()};
+    const Target target = {static_cast<unsigned>(frame->GetSampleFormat()),
+                           static_cast<unsigned>(frame->GetChannels()), frame->GetSampleRate(),
+                           frame->IsInterleaved()};
     if (!m_pResampler || target != m_Target) BuildAudioResampler(target);
     unsigned size = 0;
     unsigned char* const buffer = frame->GetBuffer(0, &size);

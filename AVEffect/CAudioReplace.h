@@ -11,6 +11,7 @@ class CAudioReplace final : public CBasedAudioEffect {
 public:
     /// The manager opens the file; it stays the host's and lives longer.
     explicit CAudioReplace(IAVManager* manager);
+    ~CAudioReplace() override;
 
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
 
@@ -24,7 +25,7 @@ public:
 private:
     /// What the sound is converted to: that of the frames.
     struct Target {
-        int format = 0;
+        unsigned format = 0;
         unsigned channels = 0;
         unsigned rate = 0;
         bool interleaved = false;
@@ -35,11 +36,19 @@ private:
     void BuildAudioResampler(const Target& target);
     bool ReadNext(AVItem& item);
     bool ReadNextOrStartAgain(AVItem& item);
+    bool BeginsAgain() const;
+    void ExpectSound();
     void FillQueue(unsigned size);
+    struct Conversion {
+        IRawAudioFrame* sound; // the resampler's
+        bool refused;
+    };
+    Conversion Convert(IRawAudioFrame* sound);
     bool QueueSound(IRawAudioFrame* sound);
     void QueueSilence(unsigned size);
 
-    int m_nLoop = 0; // not 0: at its end the file begins again
+    bool m_bLoop = false; // at its end the file begins again
+    std::string m_strPath;
     IAVManager* m_pManager;
     Owned<IAVReader> m_pSource;
     BaseTool::CDataBuffer2 m_Queue{true}; // converted sound that no frame has had yet
@@ -47,8 +56,9 @@ private:
     unsigned m_nFileDuration = 0; // milliseconds, 0 when not known
     Owned<IAudioResampler> m_pResampler;
     Target m_Target;
-    // Whether the file gave sound since its beginning: one that does not is not begun again.
-    bool m_bHeard = false;
+    bool m_bHeard = false;       // the file gave samples since its beginning, or may have
+    uint64_t m_nHeldBack = 0;    // samples of the file since the resampler last gave any
+    unsigned m_nBarrenItems = 0; // items since then
 };
 
 } // namespace AVBased

@@ -89,8 +89,8 @@ AVBased::IImageConverter* CreateImageConverterEx(unsigned format, unsigned width
 AVBased::IRawVideoFrameCropPan* CreateRawVideoFrameCropPan();
 
 /// A resampler from any audio frame to this sample format (see AVBased::SampleFormat), rate in Hz and channel
-/// count, interleaved or one buffer a channel, little-endian. The unnamed arguments are reserved, 0. Null
-/// with an error recorded when it can't be made.
+/// count, interleaved or one buffer a channel, little-endian. The reserved arguments are not looked at;
+/// effects pass 0, 1 and 0. Null with an error recorded when it can't be made.
 AVBased::IAudioResampler* CreateAudioResampler(int format, unsigned rate, int channels, int reserved1,
                                                bool interleaved, int reserved2, int reserved3);
 }
