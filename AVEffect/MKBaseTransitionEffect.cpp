@@ -33,13 +33,6 @@ Object* NotNull(Object* object) {
     return object;
 }
 
-// What a companion made. Where it could not, its own word about that stays, if it left one.
-IRawVideoFrame* Made(IRawVideoFrame* frame) {
-    IBaseException* const why = GetBaseException();
-    if (!frame && why->GetExceptionCode() != kNoError) throw CBaseException(why);
-    return NotNull(frame);
-}
-
 IImageConverter* MakeConverter(unsigned format, unsigned width, unsigned height) {
     IImageConverter* converter = CreateImageConverterEx(format, width, height, kQuality);
     if (!converter) assert(0);
@@ -140,7 +133,7 @@ void CMkBaseTransitionEffect::ConvertPicture(IRawVideoFrame** picture, unsigned 
                                              unsigned format) {
     Replace(m_pScaler, MakeConverter(format, width, height));
     Replace(m_pScaled);
-    m_pScaled = Made(m_pScaler->Convert(*picture));
+    m_pScaled = NotNull(m_pScaler->Convert(*picture));
 }
 
 void CMkBaseTransitionEffect::PlaceInMargins(IRawVideoFrame** picture, unsigned width, unsigned height) {
@@ -161,7 +154,7 @@ void CMkBaseTransitionEffect::PlaceInMargins(IRawVideoFrame** picture, unsigned 
     IRawVideoFrame* fitted = m_pScaled;
     if (left || top || right || bottom) {
         Replace(m_pPadded);
-        fitted = m_pPadded = Made(cropPan->Process(m_pScaled));
+        fitted = m_pPadded = NotNull(cropPan->Process(m_pScaled));
     }
     // Cloned first: should that fail, the picture that was there can be fitted to a later frame.
     Replace(*picture, NotNull(fitted->Clone()));
@@ -211,9 +204,9 @@ bool CMkBaseTransitionEffect::InnerProcFrame2(ImagePostion*, int time, IRawVideo
 void CMkBaseTransitionEffect::ProcConverted(ImagePostion* position, int time, IRawVideoFrame* frame) {
     if (!m_pToBgra) m_pToBgra = MakeConverter(BGRA, 0, 0);
     if (!m_pBack) m_pBack = MakeConverter(frame->GetPixelFormat(), 0, 0);
-    const Owned<IRawVideoFrame> working(Made(m_pToBgra->Convert(frame)));
+    const Owned<IRawVideoFrame> working(NotNull(m_pToBgra->Convert(frame)));
     if (!InnerProcFrame2(position, time, working.get())) return;
-    const Owned<IRawVideoFrame> back(Made(m_pBack->Convert(working.get())));
+    const Owned<IRawVideoFrame> back(NotNull(m_pBack->Convert(working.get())));
     CopyPlanes(frame, back.get());
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/plane_copy.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
 #include "kernels/stereo.h"
@@ -56,12 +57,6 @@ private:
 BackConverter& TheBackConverter() {
     static BackConverter back;
     return back;
-}
-
-// Row by row whatever the pitches, since hidden parts of a cropped frame lie behind its rows.
-void CopyPlane(const Plane8& to, const Plane8& from) {
-    const size_t rows = std::min(to.rows, from.rows), width = std::min(to.width, from.width);
-    for (size_t y = 0; width > 0 && y < rows; ++y) AVBasedMemCopy(to.Row(y), from.Row(y), width);
 }
 
 std::pair<unsigned, unsigned> SizeOf(IRawVideoFrame* frame) {
@@ -189,7 +184,7 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
         Raise(kUnknownException,
               "the anaglyph has another format or size than the frame, which is left as it is");
     for (unsigned i = 0; i < pFrame->GetBufferCount(); ++i)
-        CopyPlane(FilledPlane(pFrame, i), FilledPlane(local_frame, i));
+        CopyPicture(FilledPlane(pFrame, i), FilledPlane(local_frame, i));
 }
 
 } // namespace AVBased

@@ -12,10 +12,6 @@ using BaseTool::Raise;
 
 namespace {
 
-void Copy(uint8_t* to, const uint8_t* from, size_t bytes) {
-    if (bytes) AVBasedMemCopy(to, from, bytes); // planes without bytes may have no address
-}
-
 bool Holds(const Plane8& plane, size_t rowBytes, size_t rows) {
     return plane.data && plane.width >= rowBytes && plane.pitch >= rowBytes && plane.rows >= rows;
 }
@@ -35,18 +31,6 @@ Canvas MakeCanvas(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* se
     if (first->GetPixelFormat() != BGRA || second->GetPixelFormat() != BGRA)
         Raise(kUnknownException, "a picture has another format than the frame; the frame is left as it is");
     return canvas;
-}
-
-void CopyRows(const Plane8& to, const Plane8& from) {
-    const size_t bytes = std::min(to.width, from.width);
-    for (size_t y = 0; y < std::min(to.rows, from.rows); ++y) Copy(to.Row(y), from.Row(y), bytes);
-}
-
-void CopyPicture(const Plane8& to, const Plane8& from) {
-    if (to.pitch == from.pitch)
-        Copy(to.data, from.data, std::min(to.rows, from.rows) * to.pitch);
-    else
-        CopyRows(to, from);
 }
 
 namespace {

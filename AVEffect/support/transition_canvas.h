@@ -4,6 +4,7 @@
 #include <span>
 
 #include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/plane_copy.h"
 #include "kernels/transition.h"
 
 namespace AVBased {
@@ -20,12 +21,6 @@ struct Canvas {
 /// Throws CBaseException 10021003 when one is null, and 10021008 when the pictures are not of the output's
 /// size. An output of another format fails an assertion.
 Canvas MakeCanvas(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second);
-
-/// Copies as many rows and bytes a row as both planes have.
-void CopyRows(const Plane8& to, const Plane8& from);
-
-/// Copies a whole picture: as it stands in memory, padding included, when the pitches are equal.
-void CopyPicture(const Plane8& to, const Plane8& from);
 
 using kernels::Run;
 

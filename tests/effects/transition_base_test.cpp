@@ -232,13 +232,14 @@ TEST_F(TransitionBase, SurvivesHostsThatFail) {
     auto empty = test::MakeFrame({BGRA, 0, 8});
     Show(empty.get(), empty.get());
     ExpectFails(*Make(&manager), 10021008, "a picture without a pixel can't be fitted");
-    // A frame that can't be converted: the converter's word stays.
-    GetBaseException()->Clear();
+    // A frame that can't be converted, whatever was recorded before and by the converter.
+    GetBaseException()->SetException(10021005, "older", 1, "f");
     picture->onClone = nullptr;
     Show(picture.get(), picture.get());
     HostFrame hollow({YUV420P, 0, 0});
     test::Run(*Make(&manager), hollow);
-    EXPECT_EQ(Code(), 10021008);
+    EXPECT_EQ(Code(), 10021003);
+    EXPECT_STREQ(GetBaseException()->GetExceptionMsg(), "Bad pointer");
 }
 
 } // namespace
