@@ -109,7 +109,7 @@ void CAtomizeVideoImageEffect::Scatter(Plane32 plane) {
 }
 
 void CAtomizeVideoImageEffect::Scatter(const PlanarView& view) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     const Geometry geometry = {false, {view.y, view.u, view.v}};
     const bool oneChroma = SameShape(view.u, view.v);
     if (!IsMapped(geometry)) {
@@ -139,8 +139,11 @@ void CAtomizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const bool first = m_nTableReady != 1;
     // What was drawn for other properties is of no use, should this frame be one that is not served.
     if (first) Forget();
-    m_nTableReady = 1;
-    if (!Horizontal() && !Vertical()) return;
+    if (Horizontal() || Vertical()) ScatterFrame(pFrame, first);
+    m_nTableReady = 1; // not when memory was short: the next frame draws then
+}
+
+void CAtomizeVideoImageEffect::ScatterFrame(IRawVideoFrame* pFrame, bool first) {
     ForFormat(
         pFrame,
         [&](Plane32 plane) {

@@ -43,6 +43,7 @@ private:
 
     bool Horizontal() const { return m_nIsHorizontal == 1; }
     bool Vertical() const { return m_nIsVertical == 1; }
+    void ScatterFrame(IRawVideoFrame* pFrame, bool first);
     void DrawAndScatter(Plane32 plane);
     void DrawAndScatter(const PlanarView& view);
     void Scatter(Plane32 plane);

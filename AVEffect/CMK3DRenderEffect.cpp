@@ -7,6 +7,7 @@
 
 #include "AVEffect/factory.h"
 #include "AVEffect/support/frame_clone.h"
+#include "AVEffect/support/plane_copy.h"
 #include "aveffect/base_media.h"
 #include "kernels/pick.h"
 
@@ -29,10 +30,6 @@ void FollowFrame(IRawVideoFrame* view, IRawVideoFrame* frame) {
     frame->GetBorderData(&border, &borderBytes);
     unsigned char none = 0; // a null address would leave the view's old data
     view->SetBorderData(border ? border : &none, border ? borderBytes : 0);
-}
-
-void CopyRows(const Plane8& to, const Plane8& from) {
-    for (size_t y = 0; !to.Empty() && y < to.rows; ++y) AVBasedMemCopy(to.Row(y), from.Row(y), to.width);
 }
 
 } // namespace
@@ -87,7 +84,9 @@ IRawVideoFrame* CMK3DRenderEffect::Prepare(FramePtr& view, IRawVideoFrame* frame
     frame->GetDimension(&width, nullptr);
     const size_t offset = side == Side::Right ? width / 4 : 0;
     const bool halvesOffset = frame->GetPixelFormat() != YUVA444P; // whatever chroma's width is
+    const auto packed = [&](Plane32 to, Plane32 from) { StretchPixels(to, RequireMemory(from), offset); };
     const auto planar = [&](const PlanarView& to, const PlanarView& from) {
+        RequireMemory({from.y, from.u, from.v, from.alpha});
         StretchSamples(to.y, from.y, offset);
         StretchSamples(to.u, from.u, halvesOffset ? offset / 2 : offset);
         StretchSamples(to.v, from.v, halvesOffset ? offset / 2 : offset);
@@ -95,9 +94,7 @@ IRawVideoFrame* CMK3DRenderEffect::Prepare(FramePtr& view, IRawVideoFrame* frame
     };
     if (!SameLayout(view.get(), frame))
         BaseTool::Raise(kUnknownException, "the frame's clone differs in layout; the frame is left as it is");
-    RequireMemory(frame);
-    ForFormat(
-        view.get(), frame, [&](Plane32 to, Plane32 from) { StretchPixels(to, from, offset); }, planar);
+    ForFormat(view.get(), frame, packed, planar);
     return view.get();
 }
 

@@ -103,11 +103,17 @@ void CRotate90X::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     if (format != BGRA && format != YUV420P)
         Raise(kUnknownException, "rotate 90 effect only support BGRA/yuv pixfmt, value:" +
                                      std::to_string(static_cast<int>(format)));
-    RequireMemory(pFrame);
     const unsigned quarters = m_nDirection % 4;
     ForFormat(
-        pFrame, [&](Plane32 plane) { TurnPacked(plane, quarters); },
-        [&](const PlanarView& view) { TurnPlanar(view, quarters); });
+        pFrame,
+        [&](Plane32 plane) {
+            if (quarters != 0) RequireMemory(plane);
+            TurnPacked(plane, quarters);
+        },
+        [&](const PlanarView& view) {
+            if (quarters != 0) RequireMemory({view.y, view.u, view.v});
+            TurnPlanar(view, quarters);
+        });
 }
 
 bool CRotate90X::GetProp(const char* name, int* value) {

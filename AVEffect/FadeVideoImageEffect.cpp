@@ -49,9 +49,9 @@ std::optional<unsigned> CFadeEffect::LevelAt(int time, IRawVideoFrame* frame) {
     // Unsigned, so times before the span's start lie beyond its end.
     const auto position = static_cast<unsigned>(time == kTimeFromFrame ? frame->GetTimeStamp() : time);
     const unsigned duration = GetDuration();
+    if (position > duration) return std::nullopt;
     if (duration == 0)
         BaseTool::Raise(kUnknownException, "duration must be 1 or more; the frame is left as it is");
-    if (position > duration) return std::nullopt;
     const unsigned level = m_pRawLevel(position, duration);
     return level < m_nMin ? m_nMin : std::min(level, m_nMax);
 }

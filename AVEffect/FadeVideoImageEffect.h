@@ -19,7 +19,7 @@ protected:
     CFadeEffect(const char* name, const char* catalogueName, const char* minName, const char* maxName,
                 unsigned max, RawLevel rawLevel);
 
-    /// Nothing for frames beyond the span. Throws CBaseException 10021008 when the span is empty.
+    /// Nothing for frames beyond the span. Throws CBaseException 10021008 at the start of an empty span.
     std::optional<unsigned> LevelAt(int time, IRawVideoFrame* frame);
 
 private:

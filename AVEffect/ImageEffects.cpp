@@ -26,6 +26,20 @@ CFilterEffect::CFilterEffect(const char* name, const char* countName, PackedKern
     Bind(countName, &m_nCount);
 }
 
+namespace {
+
+// Planes with fewer than three samples or rows are not touched.
+void RequireMemoryOf(IRawVideoFrame* frame) {
+    const auto require = [](const auto& plane) {
+        if (plane.width >= 3 && plane.rows >= 3) RequireMemory(plane);
+    };
+    ForFormat(frame, require, [&](const PlanarView& view) {
+        for (const Plane8& plane : {view.y, view.u, view.v, view.alpha}) require(plane);
+    });
+}
+
+} // namespace
+
 // One pass over every plane, alpha included. False when no byte changed, which only track finds out.
 bool CFilterEffect::FilterFrame(IRawVideoFrame* frame, bool track) {
     bool changed = false;
@@ -49,10 +63,11 @@ bool CFilterEffect::FilterFrame(IRawVideoFrame* frame, bool track) {
 
 void CFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    RequireMemory(frame);
     if (m_nCount > kMostPasses)
         Raise(kUnknownException,
               std::string(m_strCountName) + " must lie in 0 to 65535; the frame is left as it is");
+    if (m_nCount == 0) return;
+    RequireMemoryOf(frame);
     // Once a pass changes nothing, no later one does.
     for (unsigned pass = 0; pass < m_nCount; ++pass)
         if (!FilterFrame(frame, pass + 1 < m_nCount)) break;
@@ -83,17 +98,25 @@ CColourEffect::CColourEffect(const char* name)
     : CBasedVideoImageEffect(name)
     , m_Kernels(Kernels<kernels::ColourKernels>()) {}
 
+namespace {
+
+void FillChroma(const PlanarView& view, uint8_t u, uint8_t v) {
+    RequireMemory({view.u, view.v});
+    kernels::FillPitch(view.u, u);
+    kernels::FillPitch(view.v, v);
+}
+
+} // namespace
+
 CGrayEffect::CGrayEffect()
     : CColourEffect(effectNameGray) {}
 
 void CGrayEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    RequireMemory(frame);
     // 127 and not 128: the middle that this plug-in's colour effects share.
-    ForFormat(frame, m_Kernels.grayRgba32, [](const PlanarView& view) {
-        kernels::FillPitch(view.u, 127);
-        kernels::FillPitch(view.v, 127);
-    });
+    ForFormat(
+        frame, [this](Plane32 plane) { m_Kernels.grayRgba32(RequireMemory(plane)); },
+        [](const PlanarView& view) { FillChroma(view, 127, 127); });
 }
 
 CFlipColorEffect::CFlipColorEffect()
@@ -101,9 +124,12 @@ CFlipColorEffect::CFlipColorEffect()
 
 void CFlipColorEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    RequireMemory(frame);
-    ForFormat(frame, m_Kernels.flipColorRgba32,
-              [this](const PlanarView& view) { m_Kernels.swapPlanes(view.u, view.v); });
+    ForFormat(
+        frame, [this](Plane32 plane) { m_Kernels.flipColorRgba32(RequireMemory(plane)); },
+        [this](const PlanarView& view) {
+            RequireMemory({view.u, view.v});
+            m_Kernels.swapPlanes(view.u, view.v);
+        });
 }
 
 CInvertEffect::CInvertEffect()
@@ -111,10 +137,12 @@ CInvertEffect::CInvertEffect()
 
 void CInvertEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    RequireMemory(frame);
-    ForFormat(frame, m_Kernels.invertRgba32, [this](const PlanarView& view) {
-        for (const Plane8& plane : {view.y, view.u, view.v}) m_Kernels.invertComponent(plane);
-    });
+    ForFormat(
+        frame, [this](Plane32 plane) { m_Kernels.invertRgba32(RequireMemory(plane)); },
+        [this](const PlanarView& view) {
+            RequireMemory({view.y, view.u, view.v});
+            for (const Plane8& plane : {view.y, view.u, view.v}) m_Kernels.invertComponent(plane);
+        });
 }
 
 CAgedFilmEffect::CAgedFilmEffect()
@@ -122,11 +150,9 @@ CAgedFilmEffect::CAgedFilmEffect()
 
 void CAgedFilmEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    RequireMemory(frame);
-    ForFormat(frame, m_Kernels.agedFilmRgba32, [](const PlanarView& view) {
-        kernels::FillPitch(view.u, 117);
-        kernels::FillPitch(view.v, 136);
-    });
+    ForFormat(
+        frame, [this](Plane32 plane) { m_Kernels.agedFilmRgba32(RequireMemory(plane)); },
+        [](const PlanarView& view) { FillChroma(view, 117, 136); });
 }
 
 CBrightnessContrastEffect::CBrightnessContrastEffect()
@@ -157,19 +183,36 @@ kernels::MiddleGain CBrightnessContrastEffect::Map(double brightnessOffset) cons
             static_cast<int32_t>(brightnessOffset) + 127};
 }
 
+// Of NaN no byte can be made; where it isn't asked for, it does no harm.
+void CBrightnessContrastEffect::RequireNumbers(bool map, bool saturation) const {
+    if ((map && (std::isnan(m_dBrightness) || std::isnan(m_dContrast))) ||
+        (saturation && std::isnan(m_dSaturation)))
+        Raise(kUnknownException,
+              "brightness, contrast and saturation must lie in -100 to 100; the frame is left as it is");
+}
+
 // With brightness and contrast 0 the gain is the identity.
 void CBrightnessContrastEffect::ProcPacked(Plane32 plane) const {
+    const bool saturates = m_dSaturation != 0;
+    if (plane.Empty() || !(saturates || Active())) return;
+    RequireNumbers(true, saturates);
+    RequireMemory(plane);
     const kernels::MiddleGain map = Map(m_dBrightness * 255 / 100);
-    if (m_dSaturation != 0)
+    if (saturates)
         m_Kernels.saturateRgba32(plane, map, SaturationGain(m_dSaturation));
-    else if (Active())
+    else
         m_Kernels.middleGainRgba32(plane, map);
 }
 
 void CBrightnessContrastEffect::ProcPlanar(const PlanarView& view) const {
+    const bool changesLuma = Active() && !view.y.Empty();
+    const bool saturates = m_dSaturation != 0 && !(view.u.Empty() && view.v.Empty());
+    RequireNumbers(changesLuma, saturates);
+    if (changesLuma) RequireMemory(view.y);
+    if (saturates) RequireMemory({view.u, view.v});
     // A unit of brightness counts 1.27 here and 2.55 in packed pictures.
-    if (Active()) m_Kernels.middleGainComponent(view.y, Map(m_dBrightness * 1.27));
-    if (m_dSaturation == 0) return;
+    if (changesLuma) m_Kernels.middleGainComponent(view.y, Map(m_dBrightness * 1.27));
+    if (!saturates) return;
     const kernels::MiddleGain chroma = {SaturationGain(m_dSaturation), 127};
     m_Kernels.middleGainComponent(view.u, chroma);
     m_Kernels.middleGainComponent(view.v, chroma);
@@ -177,10 +220,6 @@ void CBrightnessContrastEffect::ProcPlanar(const PlanarView& view) const {
 
 void CBrightnessContrastEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
-    RequireMemory(frame);
-    if (std::isnan(m_dBrightness) || std::isnan(m_dContrast) || std::isnan(m_dSaturation))
-        Raise(kUnknownException,
-              "brightness, contrast and saturation must lie in -100 to 100; the frame is left as it is");
     ForFormat(
         frame, [this](Plane32 plane) { ProcPacked(plane); },
         [this](const PlanarView& view) { ProcPlanar(view); });

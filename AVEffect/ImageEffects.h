@@ -81,6 +81,7 @@ public:
 private:
     bool Active() const { return m_dBrightness != 0 || m_dContrast != 0; }
     kernels::MiddleGain Map(double brightnessOffset) const;
+    void RequireNumbers(bool map, bool saturation) const;
     void ProcPacked(Plane32 plane) const;
     void ProcPlanar(const PlanarView& view) const;
 

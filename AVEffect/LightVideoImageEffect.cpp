@@ -51,7 +51,7 @@ void CSpotlightVideoImageEffect::SpotlightRgba32Effect(Plane32 plane) {
 }
 
 void CSpotlightVideoImageEffect::SpotlightComponentEffect(const PlanarView& view) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     if (!Reaches(view.y.width, view.y.rows)) return;
     const kernels::SpotPlanes planes = {
         view.y, view.u, view.v, m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift};
@@ -139,7 +139,8 @@ void CRadiateVideoImageEffect::RadiateRgba32EffectMMX(Plane32 plane, Plane32 cop
 }
 
 void CRadiateVideoImageEffect::RadiateComponentEffect(const PlanarView& view, const PlanarView& copy) {
-    assert(view.y.data != NULL && copy.y.data != NULL);
+    AssertMemory(view);
+    AssertMemory(copy);
     const kernels::Rays rays = RaysToCentre();
     const kernels::LumaShape luma = {view.y.width, view.y.rows, view.horizontalShift, view.verticalShift};
     Kernels<kernels::RadiateKernels>().radiateLuma(view.y, copy.y, rays, RequireFor(luma.width, luma.rows));

@@ -148,7 +148,7 @@ void CMagnifierVideoImageEffect::MagnifierDoubleRGBA32EffectMMX(Plane32 plane, P
 
 void CMagnifierVideoImageEffect::MagnifyPlanes(PlanarKernel kernel, const PlanarView& view,
                                                const PlanarView& copy) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     FindPlaces(view.y.width, view.y.rows, false);
     const auto magnify = [&](Plane8 plane, Plane8 from, unsigned horizontalShift, unsigned verticalShift) {
         if (plane.Empty()) return;

@@ -32,11 +32,10 @@ void CStrokeVideoImageEffect::StrokeRgba32Effect(Plane32 plane) {
 
 // A warm tint, whatever there is to draw.
 void CStrokeVideoImageEffect::StrokeComponentEffect(const PlanarView& view) const {
+    AssertMemory(view);
     kernels::FillPitch(view.u, 117);
     kernels::FillPitch(view.v, 136);
-    if (view.y.Empty()) return;
-    assert(view.y.data != NULL);
-    Kernels<kernels::StrokeKernels>().strokeComponent(view.y, m_nThreshold);
+    if (!view.y.Empty()) Kernels<kernels::StrokeKernels>().strokeComponent(view.y, m_nThreshold);
 }
 
 void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -72,7 +71,7 @@ void CPortraitVideoImageEffect::PortraitRgba32Effect(Plane32 plane) {
 }
 
 void CPortraitVideoImageEffect::PortraitComponentEffect(const PlanarView& view) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     const auto mix = [&](Plane8 plane, uint8_t value, unsigned horizontalShift, unsigned verticalShift) {
         // Samples that no luma belongs to stay.
         plane.width = std::min(plane.width, ((view.y.width - 1) >> horizontalShift) + 1);
@@ -90,9 +89,10 @@ void CPortraitVideoImageEffect::PortraitComponentEffect(const PlanarView& view) 
 
 void CPortraitVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
+    if (m_nWidth == 0) return; // no band
     const auto requireWidth = [this] {
-        if (m_nWidth < 1)
-            Raise(kUnknownException, "portrait_width must be 1 or more; the frame is left as it is");
+        if (m_nWidth < 0)
+            Raise(kUnknownException, "portrait_width must be 0 or more; the frame is left as it is");
     };
     ForFormat(
         pFrame,
@@ -190,7 +190,7 @@ void COilPaintingVideoImageEffect::OilPaintingRgba32Effect(Plane32 plane) {
 }
 
 void COilPaintingVideoImageEffect::OilPaintingComponentEffect(const PlanarView& view) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     const kernels::OilBrush brush = BrushFor(view.y.width, view.y.rows);
     const size_t memory = kernels::OilMemory(view.y.width, view.y.rows, brush).total;
     Kernels<kernels::OilKernels>().oilComponent(view.y, view.u, view.v, view.horizontalShift,

@@ -114,7 +114,7 @@ void CMosaicVideoImageEffect::MosaicRgba32EffectMMX(Plane32 plane) const {
 }
 
 void CMosaicVideoImageEffect::MosaicComponentEffect(const PlanarView& view) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     if (!HasBlocks(view.y.width, view.y.rows, 2)) return;
     const kernels::MosaicArea area = AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep);
     const kernels::MosaicKernels& mosaic = Kernels<kernels::MosaicKernels>();
@@ -180,7 +180,8 @@ void CMirageVideoImageEffect::MirageRgba32EffectMMX(Plane32 plane, Plane32 copy)
 }
 
 void CMirageVideoImageEffect::MirageComponentEffect(const PlanarView& view, const PlanarView& copy) {
-    assert(view.y.data != NULL && copy.y.data != NULL);
+    AssertMemory(view);
+    AssertMemory(copy);
     kernels::Mirage mirage = MirageOf(m_nWidth, m_nAlpha, view.y.width, view.y.rows);
     const auto blend = [&](const Plane8& plane, const Plane8& from) {
         Kernels<kernels::MirageKernels>().mirageComponent(
@@ -267,7 +268,8 @@ void CColorFilterEffect::FilterRGBA32Effect(Plane32 plane) const {
 }
 
 void CColorFilterEffect::FilterComponentEffect(const PlanarView& view) {
-    assert(view.y.data != NULL && view.alpha.data != NULL);
+    AssertMemory(view);
+    assert(view.alpha.data != NULL);
     const auto around = [this](int sample) {
         const int64_t scope = m_nScope;
         return kernels::KeyRange{static_cast<uint8_t>(std::max<int64_t>(sample - scope, 0)),

@@ -161,10 +161,12 @@ void CRotateVideoImageEffect::PrepareRow(int64_t dy, int64_t farthest) {
 }
 
 CCircleMapEffect::Source CRotateVideoImageEffect::SourceOf(int64_t dx, int64_t dy) const {
-    if (!Inside(dx, dy)) return {Narrow(dx + m_nX), Narrow(dy + m_nY)};
+    const Source itself = {Narrow(dx + m_nX), Narrow(dy + m_nY)};
+    if (!Inside(dx, dy)) return itself;
+    const Turn& turn = m_Turns[static_cast<size_t>(std::abs(dx))];
+    if (turn.sine == 0) return itself; // an angle of 0; the divisions below might miss the pixel by one
     const auto radius = static_cast<float>(m_nRadius);
     const float nx = static_cast<float>(dx) / radius, ny = static_cast<float>(dy) / radius;
-    const Turn& turn = m_Turns[static_cast<size_t>(std::abs(dx))];
     return {Truncate((nx * turn.cosine - ny * turn.sine) * radius + static_cast<float>(m_nX)),
             Truncate(static_cast<float>(m_nY) + (ny * turn.cosine + nx * turn.sine) * radius)};
 }

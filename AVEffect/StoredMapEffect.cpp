@@ -110,7 +110,7 @@ void CStoredMapEffect::ReplayPacked(Plane32 plane, Plane32 copy) {
 }
 
 void CStoredMapEffect::ApplyPlanar(const PlanarView& view, const PlanarView& copy, bool atOnce) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     const Geometry geometry = {false,        view.y.width, view.y.rows,          copy.y.pitch,
                                view.u.width, view.u.rows,  copy.u.pitch,         view.v.width,
                                view.v.rows,  copy.v.pitch, view.horizontalShift, view.verticalShift};

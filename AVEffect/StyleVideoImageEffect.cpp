@@ -151,7 +151,7 @@ void CWallVideoImageEffect::WallRgba32Effect(Plane32 plane) {
 }
 
 void CWallVideoImageEffect::WallComponentEffect(const PlanarView& view) {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     FitInto(view.y.width, view.y.rows);
     const auto wall = [&](Plane8 plane, unsigned horizontalShift, unsigned verticalShift) {
         if (plane.Empty()) return;

@@ -93,6 +93,20 @@ void ForChroma(std::vector<uint32_t>& chroma, const std::vector<uint32_t>& luma,
     }
 }
 
+// Not both without memory is the assertion; but what is drawn on needs it.
+template <class Plane>
+void AssertMemory(const Plane& plane, const Plane& copy) {
+    if (plane.Empty()) return;
+    assert(plane.data != NULL || copy.data != NULL);
+    RequireMemory(plane);
+}
+
+void AssertMemory(const PlanarView& view, const PlanarView& copy) {
+    AssertMemory(view.y, copy.y);
+    AssertMemory(view.u, copy.u);
+    AssertMemory(view.v, copy.v);
+}
+
 } // namespace
 
 // Whole rows, what lies behind their last sample included. Rows that stay are not copied.
@@ -105,7 +119,7 @@ void CTensileVideoImageEffect::CopyRows(Plane8 plane, Plane8 copy, unsigned vert
 }
 
 void CTensileVideoImageEffect::VerticalTensileRgba32Effect(Plane32 plane, Plane32 copy) {
-    assert(plane.data != NULL || copy.data != NULL);
+    AssertMemory(plane, copy);
     if (!m_Vertical.FitsIn(plane.rows)) return;
     FindRows(plane.rows);
     CopyRows(plane.Bytes(), copy.Bytes(), 0);
@@ -113,7 +127,7 @@ void CTensileVideoImageEffect::VerticalTensileRgba32Effect(Plane32 plane, Plane3
 
 void CTensileVideoImageEffect::VerticalTensileComponentEffect(const PlanarView& view,
                                                               const PlanarView& copy) {
-    assert(view.y.data != NULL || copy.y.data != NULL);
+    AssertMemory(view, copy);
     if (!m_Vertical.FitsIn(view.y.rows)) return;
     FindRows(view.y.rows);
     CopyRows(view.y, copy.y, 0);
@@ -138,7 +152,7 @@ void CTensileVideoImageEffect::PickPlanes(const PlanarView& view, const PlanarVi
 }
 
 void CTensileVideoImageEffect::HorizontalTensileRgba32Effect(Plane32 plane, Plane32 copy) {
-    assert(plane.data != NULL || copy.data != NULL);
+    AssertMemory(plane, copy);
     if (!m_Horizontal.FitsIn(plane.width)) return;
     FindColumns(plane.width);
     UseAllRows(plane.rows);
@@ -148,7 +162,7 @@ void CTensileVideoImageEffect::HorizontalTensileRgba32Effect(Plane32 plane, Plan
 
 void CTensileVideoImageEffect::HorizontalTensileComponentEffect(const PlanarView& view,
                                                                 const PlanarView& copy) {
-    assert(view.y.data != NULL || copy.y.data != NULL);
+    AssertMemory(view, copy);
     if (!m_Horizontal.FitsIn(view.y.width)) return;
     FindColumns(view.y.width);
     UseAllRows(view.y.rows);
@@ -156,7 +170,7 @@ void CTensileVideoImageEffect::HorizontalTensileComponentEffect(const PlanarView
 }
 
 void CTensileVideoImageEffect::TensileRgba32Effect(Plane32 plane, Plane32 copy) {
-    assert(plane.data != NULL || copy.data != NULL);
+    AssertMemory(plane, copy);
     if (!m_Vertical.FitsIn(plane.rows) || !m_Horizontal.FitsIn(plane.width)) return;
     FindRows(plane.rows);
     FindColumns(plane.width);
@@ -165,7 +179,7 @@ void CTensileVideoImageEffect::TensileRgba32Effect(Plane32 plane, Plane32 copy) 
 }
 
 void CTensileVideoImageEffect::TensileComponentEffect(const PlanarView& view, const PlanarView& copy) {
-    assert(view.y.data != NULL || copy.y.data != NULL);
+    AssertMemory(view, copy);
     if (!m_Vertical.FitsIn(view.y.rows) || !m_Horizontal.FitsIn(view.y.width)) return;
     FindRows(view.y.rows);
     FindColumns(view.y.width);

@@ -27,7 +27,9 @@ void ForFormat(IRawVideoFrame* frame, IRawVideoFrame* copy, Packed&& packed, Pla
             BaseTool::Raise(kUnknownException,
                             "the frame's clone differs in shape; the frame is left as it is");
     };
-    const auto same = [](const auto& a, const auto& b) { return a.width == b.width && a.rows == b.rows; };
+    const auto same = [](const auto& a, const auto& b) {
+        return a.width == b.width && a.rows == b.rows && (b.data || !a.data || a.Empty());
+    };
     expectSame(frame->GetPixelFormat() == copy->GetPixelFormat());
     ForFormat(
         frame,

@@ -1,6 +1,7 @@
 #pragma once
 /// Which pixel formats the effects serve and how: the one place that turns a frame into plane views.
 #include <array>
+#include <cassert>
 
 #include "avbase/avbase_srcutils/plane_views.h"
 #include "aveffect/pixel_format.h"
@@ -66,11 +67,10 @@ void ForFormat(IRawVideoFrame* frame, Packed&& packed, Planar&& planar) {
                       layout->horizontalShift, layout->verticalShift});
 }
 
-/// For effects whose kernels don't assert it. Throws CBaseException 10021008 for a frame of a served format
-/// with a plane that has no memory.
-inline void RequireMemory(IRawVideoFrame* frame) {
-    if (FindLayout(frame->GetPixelFormat()))
-        for (unsigned i = 0; i < frame->GetBufferCount(); ++i) FilledPlane(frame, i);
+/// The kernels' assertion, for chroma as for luma: planes that they draw on have memory.
+inline void AssertMemory(const PlanarView& view) {
+    for (const Plane8& plane : {view.y, view.u, view.v})
+        if (!plane.Empty()) assert(plane.data != NULL);
 }
 
 } // namespace AVBased

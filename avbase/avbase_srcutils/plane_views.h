@@ -2,7 +2,6 @@
 /// A frame's planes as kernels see them.
 #include <initializer_list>
 
-#include "kernels/planes.h"
 #include "BaseTools/CBaseException.h"
 #include "aveffect/errors.h"
 #include "aveffect/video_frame.h"

@@ -362,7 +362,7 @@ constexpr PropertyInfo kPortraitProperties[] = {
     {"portrait_width", "0xffffffff", kInt32, ValueKind::Number, "Width",
      "Over how many pixels the frame fades into the picture; a sixteenth of it more is filled. 200 until it "
      "is set.",
-     "px", 1, 65535, kNoNeutral, PixelAxis::Smaller},
+     "px", 0, 65535, 0, PixelAxis::Smaller},
 };
 constexpr PropertyInfo kStrokeProperties[] = {
     {"stroke_pressure", "0x20", kInt32, ValueKind::Number, "Pressure",

@@ -173,6 +173,44 @@ TEST(BrightnessContrastEffect, RefusesWhatIsNoNumber) {
             test::ExpectSame(*frame, original, property);
             EXPECT_EQ(GetBaseException()->GetExceptionCode(), 10021008);
             EXPECT_NE(std::string(GetBaseException()->GetExceptionMsg()).find(property), std::string::npos);
+            // Where there is no byte to make there is nothing to refuse.
+            GetBaseException()->Clear();
+            test::Run(*proc, *test::MakeFrame({RGB24, 33, 5}));
+            test::Run(*proc, *test::MakeFrame({format, 0, 5}));
+            EXPECT_EQ(GetBaseException()->GetExceptionCode(), 0);
+        }
+}
+
+// Null addresses for planes that the setting leaves alone, 1 to 4 as bits of a mask.
+TEST(ColourEffects, AskForMemoryOnlyOfWhatTheyTouch) {
+    struct Case {
+        test::Setting setting;
+        unsigned untouched;
+    };
+    for (const Case& c : {Case{{"gray"}, 0b1001},
+                          {{"aged_film"}, 0b1001},
+                          {{"flip_color"}, 0b1001},
+                          {{"invert"}, 0b1000},
+                          {{"brightness_contrast"}, 0b1111},
+                          {{"brightness_contrast", {{"contrast", "5"}}}, 0b1110},
+                          {{"brightness_contrast", {{"saturation", "5"}}}, 0b1001},
+                          {{"simple_gauss_blur", {{"blur_count", "0"}}}, 0b1111},
+                          {{"simple_gauss_blur"}, 0b0000}})
+        for (unsigned missing = 0; missing < 4; ++missing) {
+            auto whole = test::MakeFrame({YUVA420P, 16, 8});
+            HostFrame expected = *whole;
+            std::vector<MemoryFrame::Plane> planes;
+            for (HostFrame::Plane& p : whole->planes) planes.push_back({p.Data(), p.width, p.pitch, p.rows});
+            planes[missing].data = nullptr;
+            MemoryFrame frame(YUVA420P, 16, 8, planes);
+            const bool serves = c.untouched >> missing & 1;
+            GetBaseException()->Clear();
+            test::Run(*MakeVideo(c.setting), frame);
+            EXPECT_EQ(GetBaseException()->GetExceptionCode(), serves ? 0 : 10021008)
+                << c.setting.effect << missing;
+            if (serves) test::Run(*MakeVideo(c.setting), expected);
+            expected.planes[missing] = whole->planes[missing];
+            test::ExpectSame(*whole, expected, c.setting.effect);
         }
 }
 

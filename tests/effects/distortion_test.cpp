@@ -131,6 +131,16 @@ TEST(Spherize, MovesAlongTheRays) {
 
 TEST(Rotate, TwistsTheCircle) {
     for (const Circle& c : kCircles) ASSERT_NO_FATAL_FAILURE(TryCircle("rotate", c, true, RotateMap));
+    // An angle of 0 moves nothing, not even where the division by the radius misses a pixel's own place.
+    for (int r = 1; r < 60; r += 2) {
+        const auto proc = MakeVideo({"rotate", CircleProperties("rotate", r, r + 3, r + 5, 0)});
+        for (const unsigned format : {BGRA, YUV420P}) {
+            auto frame = test::MakeFrame({format, 128, 128}, 3);
+            const HostFrame original = *frame;
+            test::Run(*proc, *frame);
+            ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, original, std::to_string(r)));
+        }
+    }
 }
 
 // With exponent 1 a pixel of radius 20 at distance 10 comes from distance 10 * 10 / 20 = 5.

@@ -84,7 +84,9 @@ TEST(Limits, EffectsRefuseWhatCantBeAddressed) {
         for (const char* mode : {"3", "1"})
             for (const auto& [width, height] : kSizes) {
                 const int code = CodeFor(effect, mode, width, height, {pixels, 16, 16, 4});
-                const bool refused = IsRefusal(code) || (code == kBadPointer && *mode == '1');
+                const bool refused =
+                    IsRefusal(code) ||
+                    (code == kBadPointer && (*mode == '1' || effect.kind == EffectKind::Transition));
                 EXPECT_TRUE(refused || code == kNoError) << test::underWay << ": " << code;
             }
 }
@@ -104,6 +106,32 @@ TEST(LimitsDeathTest, PlanesWithoutMemoryAreNeverTouched) {
             };
             EXPECT_EXIT(run(), endsWell, "") << effect.name << ", mode " << mode;
         }
+    // Of a planar frame, any one plane: chroma ends as luma does, where both are drawn on.
+    for (const EffectInfo& effect : kVideoEffects) {
+        int ends[3] = {};
+        for (size_t missing = 0; missing < 3; ++missing) {
+            const auto run = [&] {
+                std::vector<unsigned char> pixels(96 * 64 * 2);
+                std::vector<MemoryFrame::Plane> planes = {{pixels.data(), 96, 96, 64},
+                                                          {pixels.data() + 96 * 64, 48, 48, 32},
+                                                          {pixels.data() + 96 * 80, 48, 48, 32}};
+                planes[missing].data = nullptr;
+                MemoryFrame frame(YUV420P, 96, 64, planes);
+                const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
+                test::SetBusy(*proc, effect);
+                test::Run(*proc, frame, 50);
+                std::_Exit(0);
+            };
+            const auto keepsHow = [&](int status) {
+                ends[missing] = status;
+                return endsWell(status);
+            };
+            EXPECT_EXIT(run(), keepsHow, "") << effect.name << ", plane " << missing;
+        }
+        const bool lumaAlone = effect.name == std::string_view(effectNameAddNoise);
+        EXPECT_EQ(ends[1], lumaAlone ? 0 : ends[0]) << effect.name;
+        EXPECT_EQ(ends[2], ends[1]) << effect.name;
+    }
     const EffectInfo& fade = *FindEffect(effectNameFadeIn);
     EXPECT_DEATH(CodeFor(fade, "", 96, 64, {nullptr, 384, 384, 64}), "fade_in_out_rgba32.*`pBuffer != NULL'");
 }
