@@ -43,7 +43,7 @@ void CPopStyleVideoImageEffect::PopStyleRgba32Effect(Plane32 plane) const {
 }
 
 void CPopStyleVideoImageEffect::PopStyleComponentEffect(const PlanarView& view) const {
-    assert(view.y.data != NULL);
+    AssertMemory(view);
     Kernels<kernels::PopKernels>().popComponent(
         view.y, view.u, view.v,
         {ByteThreshold(m_nThreshold), m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift});
