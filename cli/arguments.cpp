@@ -65,7 +65,8 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
         ->type_name("TIME");
     render->add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
     render->add_option("--frames", command.frames, "Stop after this many pictures")->type_name("N");
-    AddEncoderOptions(*render, command.codec, command.crf, command.preset, command.threads);
+    AddEncoderOptions(*render, command.codec, command.outputFormat, command.crf, command.preset,
+                      command.threads);
     AddAudioCodecOption(
         *render, command.audioCodec,
         "Sound encoder or codec, the input's own or aac if not given; without it and -a, sound "
@@ -203,6 +204,7 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
     if (command.threads) options.threads = ThreadsOption(*command.threads);
     options.videoCodec = command.codec;
     options.preset = command.preset;
+    options.outputFormat = command.outputFormat;
     options.pixelFormat = command.media.pixelFormat;
     options.overwrite = command.media.run.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);

@@ -47,7 +47,7 @@ struct RenderCommand {
     std::vector<std::string> audioEffects;
     std::optional<std::string> from, to, frames, crf, threads;
     std::string codec, audioCodec;
-    std::string preset;
+    std::string outputFormat, preset;
     ProgressStyle progress = ProgressStyle::Auto;
 };
 

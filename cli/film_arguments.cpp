@@ -35,7 +35,7 @@ void AddEffect(CLI::App& app, FilmArguments& film) {
 }
 
 void AddFilmOptions(CLI::App& app, FilmArguments& film) {
-    AddEncoderOptions(app, film.codec, film.crf, film.preset, film.threads);
+    AddEncoderOptions(app, film.codec, film.outputFormat, film.crf, film.preset, film.threads);
     AddAudioCodecOption(app, film.soundCodec, "Sound encoder or codec; the format's usual one if not given");
     AddProgressOption(app, film.progress);
     AddRunOptions(app, film.run);
@@ -49,6 +49,7 @@ FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output
     options.soundCodec = film.soundCodec;
     if (film.crf) options.crf = CrfOption(*film.crf);
     options.preset = film.preset;
+    options.outputFormat = film.outputFormat;
     if (film.threads) options.threads = ThreadsOption(*film.threads);
     options.overwrite = film.run.overwrite;
     return options;

@@ -19,7 +19,7 @@ struct FilmArguments {
     RunArguments run;
     std::string transition;
     std::string duration = "1";
-    std::string codec, soundCodec, preset;
+    std::string codec, outputFormat, soundCodec, preset;
     std::optional<std::string> crf, threads;
     ProgressStyle progress = ProgressStyle::Auto;
 };

@@ -20,8 +20,9 @@ struct RunArguments {
 void AddRunOptions(CLI::App& app, RunArguments& run);
 
 /// The options of the encoder and of the display, which commands that write clips have in common.
-void AddEncoderOptions(CLI::App& app, std::string& codec, std::optional<std::string>& crf,
-                       std::string& preset, std::optional<std::string>& threads);
+void AddEncoderOptions(CLI::App& app, std::string& codec, std::string& outputFormat,
+                       std::optional<std::string>& crf, std::string& preset,
+                       std::optional<std::string>& threads);
 void AddAudioCodecOption(CLI::App& app, std::string& codec, const char* help);
 void AddProgressOption(CLI::App& app, ProgressStyle& style);
 

@@ -6,9 +6,25 @@
 #include "host/log_capture.h"
 
 namespace aveffect {
+namespace {
+
+// A file without a name can't be opened by one: who wants to read what was written gets it from the file.
+int OpenWritten(AVFormatContext* output, AVIOContext** io, const char*, int flags, AVDictionary**) {
+    if (flags != AVIO_FLAG_READ) return AVERROR(ENOSYS);
+    *io = static_cast<OutputFile*>(output->opaque)->OpenReader();
+    return *io ? 0 : AVERROR(ENOMEM);
+}
+
+int CloseWritten(AVFormatContext*, AVIOContext* io) {
+    OutputFile::CloseReader(io);
+    return 0;
+}
+
+} // namespace
 
 Container::Container(const OutputPlan& plan)
-    : m_target(plan.target) {
+    : m_target(plan.target)
+    , m_hasIndex(plan.HasIndex()) {
     AVFormatContext* output = nullptr;
     avformat_alloc_output_context2(&output, plan.muxer, nullptr, m_target.c_str());
     m_output.reset(output);
@@ -43,7 +59,15 @@ void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
     m_output->pb = m_file->Io();
     m_output->flags |= AVFMT_FLAG_CUSTOM_IO;
     TakeLibraryError();
-    const int code = avformat_write_header(m_output.get(), nullptr);
+    AVDictionary* options = nullptr;
+    if (m_hasIndex && m_file->Seekable()) {
+        m_output->opaque = m_file.get();
+        m_output->io_open = OpenWritten;
+        m_output->io_close2 = CloseWritten;
+        av_dict_set(&options, "movflags", "+faststart", 0);
+    }
+    const int code = avformat_write_header(m_output.get(), &options);
+    av_dict_free(&options);
     if (code < 0) Fail(code);
 }
 

@@ -38,6 +38,7 @@ private:
     [[noreturn]] void Fail(int code);
 
     std::string m_target;
+    bool m_hasIndex; ///< which is written last and then moved to the file's beginning, where players want it
     std::unique_ptr<OutputFile> m_file;
     OutputContextPtr m_output; ///< after m_file, whose AVIOContext it writes to
 };

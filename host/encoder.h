@@ -1,30 +1,11 @@
 #pragma once
 /// Encoding pictures.
+#include <utility>
+
 #include "host/av_owner.h"
 #include "host/output_plan.h"
 
 namespace aveffect {
-
-/// What the pictures look like when they reach the encoder.
-struct EncoderFormat {
-    AVPixelFormat format = AV_PIX_FMT_NONE;
-    AVColorRange range = AVCOL_RANGE_UNSPECIFIED; ///< unspecified: as the pictures are
-    bool losesAlpha = false;
-
-    /// Whether a picture has to be converted; otherwise its bytes are taken as they are.
-    bool Converts(const AVFrame& picture) const;
-};
-
-/// The clip's own pictures, before any conversion.
-struct ClipKind {
-    AVPixelFormat format = AV_PIX_FMT_NONE;
-    AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
-};
-
-/// The encoder's format nearest to what the output should look like (wanted) for pictures like this one. The
-/// colour range stays where codec or container say it to players; it becomes limited where they can't.
-EncoderFormat ChooseEncoderFormat(const OutputPlan& plan, AVPixelFormat wanted, const ClipKind& clip,
-                                  const AVFrame& picture);
 
 /// One open encoder. Used by one thread at a time.
 class Encoder {
@@ -55,6 +36,11 @@ private:
 
     const AVCodec* m_codec; ///< the context forgets it when it fails to open
     mediabridge::AVCodecContextPtr m_context;
+    int64_t m_sent = 0; ///< pictures
 };
+
+/// The size, at least the sample's, in which the encoder takes pictures like it: some want even sides. The
+/// sample's own where it takes none.
+std::pair<int, int> EncodableSize(const OutputPlan& plan, const AVFrame& sample);
 
 } // namespace aveffect

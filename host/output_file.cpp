@@ -164,6 +164,43 @@ int64_t OutputFile::Seek(void* self, int64_t offset, int whence) {
     return reached < 0 ? AVERROR(errno) : reached;
 }
 
+AVIOContext* OutputFile::OpenReader() {
+    auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
+    AVIOContext* reader =
+        buffer ? avio_alloc_context(buffer, kBufferBytes, 0, this, Read, nullptr, SeekReader) : nullptr;
+    if (!reader) av_free(buffer);
+    m_readerAt = 0;
+    return reader;
+}
+
+void OutputFile::CloseReader(AVIOContext* reader) noexcept {
+    av_freep(&reader->buffer);
+    avio_context_free(&reader);
+}
+
+// At a place of its own, since writing goes on beside it. The library takes what can't be read for the end,
+// so that failures are kept for Require().
+int OutputFile::Read(void* self, uint8_t* data, int bytes) {
+    auto* file = static_cast<OutputFile*>(self);
+    ssize_t count = -1;
+    if (file->m_cancel.load())
+        errno = ECANCELED;
+    else
+        do count = pread(file->m_file, data, static_cast<size_t>(bytes), file->m_readerAt);
+        while (count < 0 && errno == EINTR);
+    if (count < 0 && !file->m_error) file->m_error = errno;
+    if (count <= 0) return count < 0 ? AVERROR(file->m_error) : AVERROR_EOF;
+    file->m_readerAt += count;
+    return static_cast<int>(count);
+}
+
+int64_t OutputFile::SeekReader(void* self, int64_t offset, int whence) {
+    auto* file = static_cast<OutputFile*>(self);
+    if (whence == AVSEEK_SIZE) return Seek(self, 0, whence);
+    if ((whence & ~AVSEEK_FORCE) != SEEK_SET) return AVERROR(EINVAL);
+    return file->m_readerAt = offset;
+}
+
 void OutputFile::Require(int code, const char* doing) {
     if (m_error) Fail(doing, m_error);
     if (code < 0) throw Error(ErrorKind::Output, m_target + " " + doing + ": " + AvText(code));

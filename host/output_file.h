@@ -28,6 +28,14 @@ public:
     /// The file as the container library writes to it; this object's.
     AVIOContext* Io() noexcept { return m_io.get(); }
 
+    /// Whether what was written can be read again and replaced: not on pipes and most devices.
+    bool Seekable() const noexcept { return m_io->seekable != 0; }
+
+    /// What has been written, from its beginning, for the container library to read; this object outlives it,
+    /// CloseReader() frees it. Null when memory is short.
+    AVIOContext* OpenReader();
+    static void CloseReader(AVIOContext* reader) noexcept;
+
     /// Throws Error (Output, Interrupted) when any write has failed so far; otherwise with the code's text
     /// when code is negative.
     void Require(int code, const char* doing);
@@ -56,6 +64,8 @@ private:
     void Discard() noexcept;
     [[noreturn]] void FailExists() const;
     [[noreturn]] void Fail(const char* doing, int error) const;
+    static int Read(void* self, uint8_t* data, int bytes);
+    static int64_t SeekReader(void* self, int64_t offset, int whence);
     static int Write(void* self, uint8_t* data, int bytes);
     static int64_t Seek(void* self, int64_t offset, int whence);
 
@@ -67,6 +77,7 @@ private:
     const std::atomic<bool>& m_cancel;
     int m_file = -1;
     int m_error = 0; ///< errno of the first write that failed
+    int64_t m_readerAt = 0;
     std::unique_ptr<AVIOContext, IoDeleter> m_io;
 };
 

@@ -9,11 +9,14 @@
 
 extern "C" {
 #include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+#include <libswscale/swscale.h>
 }
 
 #include "host/device.h"
 #include "host/error.h"
 #include "host/log_capture.h"
+#include "host/output_format.h"
 
 namespace aveffect {
 namespace {
@@ -119,6 +122,16 @@ void CheckEncoder(const OutputPlan& plan) {
         throw Error(ErrorKind::Usage, std::string("the encoder ") + codec.name + " has no presets");
 }
 
+AVPixelFormat FindFormat(const AVCodec& codec, const std::string& name) {
+    const AVPixelFormat format = av_get_pix_fmt(name.c_str());
+    if (format != AV_PIX_FMT_NONE && sws_isSupportedOutput(format) && TakesFormat(codec, format))
+        return format;
+    const std::string known = FormatsOf(codec);
+    throw Error(ErrorKind::Usage,
+                std::string("the encoder ") + codec.name + " takes no pictures in \"" + name + "\"; " +
+                    (known.empty() ? "yuv420p and rgb24 are usual ones" : "it takes " + known));
+}
+
 bool IsOneOf(const AVOutputFormat* muxer, std::initializer_list<std::string_view> names) {
     return muxer && std::ranges::find(names, std::string_view(muxer->name)) != names.end();
 }
@@ -137,9 +150,13 @@ bool OutputPlan::IsSound() const {
            (IsOneOf(muxer, {"ipod"}) && Extension(target) != "m4v");
 }
 
-bool OutputPlan::CarriesRotation() const {
-    return IsOneOf(muxer, {"mov", "mp4", "3gp", "3g2", "ipod", "psp", "f4v", "ismv"});
+bool OutputPlan::CarriesRotation() const { return HasIndex() || IsOneOf(muxer, {"ismv"}); }
+
+bool OutputPlan::HasIndex() const {
+    return IsOneOf(muxer, {"mov", "mp4", "3gp", "3g2", "ipod", "psp", "f4v"});
 }
+
+bool OutputPlan::CarriesAlphaLayer() const { return IsOneOf(muxer, {"matroska", "webm"}); }
 
 bool OutputPlan::CarriesRange() const { return IsOneOf(muxer, {"matroska", "webm", "yuv4mpegpipe"}); }
 
@@ -170,7 +187,7 @@ OutputPlan PlanStill(const std::string& target) {
 }
 
 OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
-                      const std::string& preset, unsigned threads) {
+                      const std::string& preset, unsigned threads, const std::string& pixelFormat) {
     CaptureLibraryLog();
     OutputPlan plan;
     if (FindStill(target)) {
@@ -182,7 +199,7 @@ OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, 
         plan.target = target;
         plan.muxer = FindMuxer(target);
         if (plan.IsSound()) {
-            if (!videoCodec.empty() || crf || !preset.empty())
+            if (!videoCodec.empty() || crf || !preset.empty() || !pixelFormat.empty())
                 throw Error(ErrorKind::Usage, "." + plan.Kind() +
                                                   " files hold no pictures; their encoder can't "
                                                   "be chosen");
@@ -194,6 +211,7 @@ OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, 
     plan.encoder.preset = preset;
     plan.encoder.threads = threads;
     CheckEncoder(plan);
+    if (!pixelFormat.empty()) plan.encoder.format = FindFormat(*plan.encoder.codec, pixelFormat);
     return plan;
 }
 

@@ -14,6 +14,7 @@ struct EncoderChoice {
     std::optional<double> crf;
     std::string preset;
     unsigned threads = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE; ///< that was asked for; none: what suits codec and clip
 };
 
 struct OutputPlan {
@@ -30,6 +31,10 @@ struct OutputPlan {
     bool CarriesRotation() const;
     /// Whether the container says the colour range of its pictures.
     bool CarriesRange() const;
+    /// Whether the container has one index of all packets, which may stand before them.
+    bool HasIndex() const;
+    /// Whether the container carries the second layer in which VP8 and VP9 hold transparency.
+    bool CarriesAlphaLayer() const;
     /// Whether all pictures last equally long in the container.
     bool NeedsConstantRate() const;
     /// The largest denominator of the encoder's time base, 0 for no limit.
@@ -37,9 +42,10 @@ struct OutputPlan {
 };
 
 /// Throws Error: Output for a name without a known extension, Usage for an encoder that is unknown, does not
-/// fit the container or lacks an option that is asked for, or for any choice of one in a container for sound.
+/// fit the container, lacks an option that is asked for or does not take the pixel format of that name
+/// (empty: none is asked for), or for any choice of one in a container for sound.
 OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
-                      const std::string& preset, unsigned threads);
+                      const std::string& preset, unsigned threads, const std::string& pixelFormat = {});
 
 /// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
 OutputPlan PlanStill(const std::string& target);

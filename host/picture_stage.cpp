@@ -7,6 +7,8 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include "host/edge_padding.h"
+#include "host/encoder.h"
 #include "host/error.h"
 #include "mediabridge/picture_pool.h"
 #include "mediabridge/pixel_formats.h"
@@ -107,9 +109,22 @@ AVPixelFormat PictureStage::WantedFormat() const {
     return grey ? m_working.format : kind;
 }
 
-void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture, AVPixelFormat wanted) {
-    if (wanted == AV_PIX_FMT_NONE) wanted = WantedFormat();
-    m_output = ChooseEncoderFormat(plan, wanted, *m_clip, picture);
+void PictureStage::PrepareSize(const OutputPlan& plan, const AVFrame& picture) {
+    const AVFramePtr sample(av_frame_clone(&picture));
+    if (!sample) throw Error(ErrorKind::Output, "no memory for a picture");
+    sample->format = m_output.format;
+    m_encodedSize = EncodableSize(plan, *sample);
+    const auto& [width, height] = m_encodedSize;
+    if (m_encodedSize != std::pair(picture.width, picture.height))
+        m_reporter.Note(std::string(plan.encoder.codec->name) + " takes no pictures of " +
+                        std::to_string(picture.width) + "x" + std::to_string(picture.height) +
+                        "; their last column and row go on to " + std::to_string(width) + "x" +
+                        std::to_string(height));
+}
+
+void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture) {
+    m_output = ChooseEncoderFormat(plan, WantedFormat(), *m_clip, picture);
+    PrepareSize(plan, picture);
     if (m_chain.ChangesAlpha() && HasAlpha(m_working.format) && !HasAlpha(m_output.format)) {
         m_toBlack.emplace("premultiply=inplace=1", "blended over black");
         m_reporter.Note(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
@@ -145,7 +160,8 @@ AVFramePtr PictureStage::ConvertForEncoder(AVFramePtr picture) {
             m_output.range == AVCOL_RANGE_MPEG && picture->color_range == AVCOL_RANGE_UNSPECIFIED;
         if (!saysLimited) picture->color_range = m_output.range;
     }
-    return picture;
+    const bool fits = m_encodedSize == std::pair(picture->width, picture->height);
+    return fits ? std::move(picture) : PadByEdge(*picture, m_encodedSize.first, m_encodedSize.second);
 }
 
 } // namespace aveffect

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "host/effect_chain.h"
-#include "host/encoder.h"
+#include "host/output_format.h"
 #include "host/picture_filter.h"
 #include "host/reporter.h"
 #include "host/view_pairs.h"
@@ -29,18 +29,17 @@ public:
     mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs,
                                          const AVFrame* second = nullptr);
 
-    /// Chooses the encoder's format for pictures like this one, which ApplyEffects has returned: the one
-    /// nearest to the wanted format; without a wish, to what the clip looks like.
-    void PrepareOutput(const OutputPlan& plan, const AVFrame& picture,
-                       AVPixelFormat wanted = AV_PIX_FMT_NONE);
+    /// Chooses the encoder's format and size for pictures like this one, which ApplyEffects has returned.
+    void PrepareOutput(const OutputPlan& plan, const AVFrame& picture);
 
-    /// The picture in the encoder's format.
+    /// The picture in the encoder's format and size.
     mediabridge::AVFramePtr ConvertForEncoder(mediabridge::AVFramePtr picture);
 
 private:
     void LearnFrom(const AVFrame& first);
     mediabridge::AVFramePtr ToWorkingFormat(mediabridge::AVFramePtr picture);
     AVPixelFormat WantedFormat() const;
+    void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
 
     EffectChain& m_chain;
     std::string m_pixelFormat;
@@ -51,7 +50,8 @@ private:
     int m_width = 0, m_height = 0;
     bool m_saidSizeChange = false;
     EncoderFormat m_output;
-    bool m_viaRgb = false; ///< the encoder's format can't name the pictures' matrix
+    std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own
+    bool m_viaRgb = false;             ///< the encoder's format can't name the pictures' matrix
     std::optional<mediabridge::Scaler> m_toWorking, m_toRgb, m_toEncoder;
     std::optional<PictureFilter> m_turner, m_toBlack;
 };

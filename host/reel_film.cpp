@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/media_manager.h"
-#include "host/transition_frame.h"
 
 namespace aveffect {
 
@@ -38,11 +37,7 @@ RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPicture
     EffectChain none(plugin, &manager, {}, 0);
     PictureStage stage(none, "auto", "", reporter);
     const AVFramePtr seen = stage.ApplyEffects(std::move(look), 0, 0);
-    const AVPixelFormat wanted = WantedFilmFormat(setup.plan, *seen);
-    if (wanted == AV_PIX_FMT_YUV444P && wanted != seen->format)
-        reporter.Warn("an odd width or height (" + std::to_string(seen->width) + "x" +
-                      std::to_string(seen->height) + ") needs yuv444p, which some players can't show");
-    stage.PrepareOutput(setup.plan, *seen, wanted);
+    stage.PrepareOutput(setup.plan, *seen);
     const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, stage, reporter, cancel);
     film->Publish();
     return {film->Pictures(), std::nullopt};

@@ -284,8 +284,8 @@ AVFramePtr FindPicture(Source& source, int64_t atMs, const std::atomic<bool>& ca
 RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
                     const std::atomic<bool>& cancel) {
     CheckPixelFormatName(options.pixelFormat);
-    OutputPlan plan =
-        PlanOutput(options.output, options.videoCodec, options.crf, options.preset, options.threads);
+    OutputPlan plan = PlanOutput(options.output, options.videoCodec, options.crf, options.preset,
+                                 options.threads, options.outputFormat);
     OutputFile::Check(options.output, options.input, options.overwrite);
     if (!options.stereo.right.empty())
         OutputFile::Check(options.output, options.stereo.right, options.overwrite);

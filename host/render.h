@@ -26,6 +26,7 @@ struct RenderOptions {
     std::string videoCodec;            ///< encoder or codec name; empty: the container's usual one
     std::optional<double> crf;         ///< constant-quality factor; absent: the encoder's own
     std::string preset;                ///< encoder preset; empty: the encoder's own
+    std::string outputFormat;          ///< pixel format of the output; empty: what suits codec and clip
     std::string pixelFormat =
         "auto";           ///< format that the effects work in: auto or a frame-table format by name
     unsigned threads = 0; ///< threads of the decoder and of the encoder; 0: as many as there are processors

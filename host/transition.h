@@ -28,7 +28,8 @@ struct FilmOptions {
     std::string soundCodec; ///< likewise
     std::optional<double> crf;
     std::string preset;
-    unsigned threads = 0; ///< of each decoder and of the encoder; 0: as many as there are processors
+    std::string outputFormat; ///< pixel format of the output; empty: what suits the codec
+    unsigned threads = 0;     ///< of each decoder and of the encoder; 0: as many as there are processors
     bool overwrite = false;
 };
 

@@ -8,7 +8,6 @@ extern "C" {
 #include "host/output_file.h"
 #include "host/source_request.h"
 #include "mediabridge/picture_pool.h"
-#include "mediabridge/pixel_formats.h"
 #include "mediabridge/video_frame.h"
 
 namespace aveffect {
@@ -71,8 +70,8 @@ void RequirePictures(int64_t pictures, int64_t milliseconds, AVRational rate) {
 
 OutputPlan PlanFilm(const FilmOptions& options, const std::vector<std::string>& inputs) {
     RequireTransition(options.transition);
-    OutputPlan plan =
-        PlanOutput(options.output, options.videoCodec, options.crf, options.preset, options.threads);
+    OutputPlan plan = PlanOutput(options.output, options.videoCodec, options.crf, options.preset,
+                                 options.threads, options.outputFormat);
     if (plan.IsStill())
         throw Error(ErrorKind::Usage, options.output + " holds one picture, but the result is a clip");
     if (plan.IsSound())
@@ -81,14 +80,6 @@ OutputPlan PlanFilm(const FilmOptions& options, const std::vector<std::string>& 
     for (const std::string& input : inputs)
         OutputFile::Check(options.output, ParseSourceUrl(input).path, options.overwrite);
     return plan;
-}
-
-AVPixelFormat WantedFilmFormat(const OutputPlan& plan, const AVFrame& picture) {
-    const auto own = static_cast<AVPixelFormat>(picture.format);
-    if (mediabridge::HasColourRange(own)) return own;
-    const AVCodecDescriptor* codec = avcodec_descriptor_get(plan.encoder.codec->id);
-    if (!codec || !(codec->props & AV_CODEC_PROP_LOSSY)) return own;
-    return picture.width % 2 == 0 && picture.height % 2 == 0 ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_YUV444P;
 }
 
 } // namespace aveffect

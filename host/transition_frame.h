@@ -26,8 +26,4 @@ void RequirePictures(int64_t pictures, int64_t milliseconds, AVRational rate);
 /// input. Throws Error (Usage, Output).
 OutputPlan PlanFilm(const FilmOptions& options, const std::vector<std::string>& inputs);
 
-/// The format that the output's pictures should have, given one of them: their own; for RGB, which few
-/// players take, that of usual clips unless the codec is lossless.
-AVPixelFormat WantedFilmFormat(const OutputPlan& plan, const AVFrame& picture);
-
 } // namespace aveffect

@@ -24,19 +24,16 @@ TEST(Properties, ColourAndShapeReachTheOutput) {
     }
 }
 
+// MPEG-4 in AVI has no place for the range: samples are brought to the one that players take for granted.
 TEST(Properties, FullRangeStaysWhereItCanBeSaid) {
     const clips::TemporaryDirectory directory;
-    const std::string input =
-        clips::Make(directory / "in.mov", "64x48", 25, 0.2, "-c:v mjpeg -pix_fmt yuvj422p");
-    clips::Render(input, directory / "out.mp4", "libx264");
-    EXPECT_EQ(clips::Probe(directory / "out.mp4", "color_range"), "pc");
-    EXPECT_EQ(clips::Probe(directory / "out.mp4", "pix_fmt"), "yuvj422p");
-    // MPEG-4 in AVI has no place for it: the samples are brought to the range that players take for granted.
-    clips::Make(directory / "white.mov", "64x48", 25, 0.2,
-                "-vf drawbox=c=white:t=fill,format=yuv420p -c:v mjpeg -pix_fmt yuvj420p");
-    clips::Render(directory / "white.mov", directory / "out.avi", "", {});
-    const clips::Bytes limited = clips::Decode(directory / "out.avi");
-    EXPECT_NEAR(limited.front(), 235, 2);
+    const std::string white =
+        clips::Make(directory / "white.mov", "64x48", 25, 0.2,
+                    "-vf drawbox=c=white:t=fill,format=yuv420p -c:v mjpeg -pix_fmt yuvj422p");
+    clips::Render(white, directory / "out.mkv", "ffv1", {});
+    EXPECT_EQ(clips::Probe(directory / "out.mkv", "color_range"), "pc");
+    clips::Render(white, directory / "out.avi", "", {});
+    EXPECT_NEAR(clips::Decode(directory / "out.avi").front(), 235, 2);
 }
 
 TEST(Properties, RotationIsCopiedOrCarriedOut) {
@@ -123,7 +120,6 @@ TEST(Containers, WhatDoesNotFitIsSaidBeforeAnythingIsWritten) {
         EXPECT_NE(failure.text.find(word), std::string::npos) << failure.text;
         EXPECT_EQ(failure.text.find('\n'), std::string::npos);
     };
-    refused(odd, "out.mp4", "", ErrorKind::Usage, "33x21");
     refused(odd, "out.webm", "ffv1", ErrorKind::Usage, ".mkv");
     refused(odd, "out.mkv", "no_such_codec", ErrorKind::Usage, "no_such_codec");
     refused(odd, "out.xyz", "", ErrorKind::Output, "mp4");
