@@ -4,12 +4,11 @@
 #include <map>
 #include <span>
 
-#include "BaseTools/block_pool.h"
-#include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "aveffect/catalogue.h"
 #include "bench/copy_time.h"
 #include "tests/support/picture_manager.h"
 #include "tests/support/plugin.h"
+#include "tests/support/recycled_frame.h"
 
 namespace bench {
 
@@ -129,7 +128,7 @@ public:
     std::span<unsigned char> Pixels() { return {m_memory.get(), Bytes()}; }
 
 private:
-    AVBased::CRawVideoFrame m_frame;
+    test::RecycledFrame m_frame;
     Memory m_memory;
 };
 
@@ -154,7 +153,6 @@ test::VideoProc MakeProc(const std::string& effect, const Settings& settings, co
 
 void RunEffect(benchmark::State& state, const std::string& effect, const Settings& settings,
                const Picture& picture, Way way) {
-    const BaseTool::BlockKeeper keeper; // the frames, and so their clones, are this program's
     const Picture still = {AVBased::BGRA, "", picture.width, picture.height};
     BenchFrame first(still), second(still), frame(picture);
     std::ranges::reverse(second.Pixels()); // two pictures that differ

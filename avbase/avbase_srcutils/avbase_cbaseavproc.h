@@ -5,7 +5,6 @@
 #include <string>
 #include <variant>
 
-#include "BaseTools/block_pool.h"
 #include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 
@@ -70,7 +69,6 @@ protected:
 private:
     PropertyNode& Require(const char* name);
 
-    BaseTool::BlockKeeper m_BlockKeeper; // frames are cloned for as long as there are processors
     unsigned m_nType;
     unsigned m_nSubType;
     std::string m_strName;

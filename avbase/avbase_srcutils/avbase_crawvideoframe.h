@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "BaseTools/block_pool.h"
+#include "BaseTools/res_keeper.h"
 #include "avbase/avbase_srcutils/holders.h"
 #include "aveffect/pixel_format.h"
 #include "aveffect/video_frame.h"
@@ -51,10 +51,6 @@ public:
     /// Throws CBaseException 10021007 when memory is short.
     CRawVideoFrame(const CRawVideoFrame& other);
     CRawVideoFrame& operator=(const CRawVideoFrame&) = delete;
-
-    // Clones come and go with every frame, so the memory of all that they consist of is recycled.
-    static void* operator new(size_t size) { return BaseTool::RecyclingAllocator<char>().allocate(size); }
-    static void operator delete(void* frame, size_t size) { BaseTool::ReturnBlock(frame, size); }
 
     unsigned GetPixelFormat() override { return m_nFormat; }
     void GetDimension(unsigned* width, unsigned* height) override;
@@ -116,7 +112,7 @@ private:
     bool m_bSelfOwned;
     bool m_bTopFieldFirst = false;
     bool m_bInterlaced = false;
-    std::vector<FrameBuffer, BaseTool::RecyclingAllocator<FrameBuffer>> m_Buffers;
+    std::vector<FrameBuffer> m_Buffers;
     double m_dDAR = 0;
     unsigned m_nCropRight = 0;
     unsigned m_nCropBottom = 0;
@@ -124,7 +120,7 @@ private:
     unsigned m_nDuplicatedCount = 1;
     unsigned m_nDuplicatedExtra = 0;
     unsigned m_nOwnsPixels = 0;
-    BaseTool::RecycledBlock m_Pixels;
+    BaseTool::AlignedMallocAllocator m_Pixels;
     std::vector<unsigned char> m_BorderData;
     bool m_bHasBorderData = false;
     int m_nViewID = 0;

@@ -234,6 +234,28 @@ TEST(Stereo, MakesAnaglyphsOfOnePicture) {
     }
 }
 
+// What lies behind the rows comes along where the converter's frame has them as far apart, and only there.
+TEST(Stereo, AnaglyphsCopyRowsOfEqualPitchWhole) {
+    constexpr unsigned kRowBytes = 50 * 4;
+    unsigned width = 0, pitch = 0, rows = 0;
+    IImageConverter* const converter = CreateImageConverterEx(BGRA, 50, 4, 4);
+    IRawVideoFrame* const like = converter->Convert(MakeFrame({BGRA, 50, 4}).get());
+    like->GetBuffer(0, &width, &pitch, &rows);
+    like->Free();
+    converter->Release();
+    ASSERT_GT(pitch, kRowBytes);
+    for (const unsigned more : {0u, 4u}) {
+        auto frame = MakeFrame({BGRA, 50, 4, pitch - kRowBytes + more});
+        const auto padding = [&] {
+            const unsigned char* const row = frame->planes[0].Data();
+            return std::vector<unsigned char>(row + kRowBytes, row + pitch);
+        };
+        const auto before = padding();
+        test::Run(*MakeVideo(Mode(1)), *frame);
+        EXPECT_EQ(padding() == before, more != 0) << more;
+    }
+}
+
 // One way back for the process: that of the first such frame.
 TEST(Stereo, AnaglyphsOfOtherFormatsShareTheWayBack) {
     GetBaseException()->Clear();

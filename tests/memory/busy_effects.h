@@ -2,23 +2,22 @@
 /// Every effect at work, on a host's picture.
 #include <vector>
 
-#include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "aveffect/catalogue.h"
 #include "tests/memory/allocation_count.h"
 #include "tests/support/busy_settings.h"
 #include "tests/support/picture_manager.h"
 #include "tests/support/plugin.h"
+#include "tests/support/recycled_frame.h"
 
 namespace test {
 
-/// A host's frame whose clones are recycled in this program. The host has the memory for a clone: a frame
-/// that can't be cloned ends the program by contract.
-class ClonableFrame final : public AVBased::CRawVideoFrame {
+/// The host has the memory for a clone: a frame that can't be cloned ends the program by contract.
+class ClonableFrame final : public RecycledFrame {
 public:
-    using CRawVideoFrame::CRawVideoFrame;
+    using RecycledFrame::RecycledFrame;
     AVBased::IRawVideoFrame* Clone() override {
         const WithoutLimit enough;
-        return CRawVideoFrame::Clone();
+        return RecycledFrame::Clone();
     }
 };
 

@@ -1,7 +1,6 @@
 // Every effect of the catalogue, after its first frame.
 #include <gtest/gtest.h>
 
-#include "BaseTools/block_pool.h"
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "aveffect/base_media.h"
 #include "aveffect/catalogue.h"
@@ -16,7 +15,6 @@ using test::MakeBusy;
 using test::Picture;
 
 TEST(SteadyState, NothingIsAllocatedAfterTheFirstFrame) {
-    const BaseTool::BlockKeeper keeper;
     for (const EffectInfo& effect : kVideoEffects)
         for (const unsigned format : {BGRA, YUV420P, YUVA444P}) {
             if (format == YUVA444P && test::ReportsOtherFormats(effect.name)) continue;
@@ -36,7 +34,6 @@ TEST(SteadyState, NothingIsAllocatedAfterTheFirstFrame) {
 }
 
 TEST(SteadyState, TransitionsInOtherFormatsAllocateTwoConversions) {
-    const BaseTool::BlockKeeper keeper;
     for (const unsigned format : {YUV420P, YUVA444P}) {
         Picture picture(format);
         const auto allocationsOf = [](const auto& frame) {
@@ -76,7 +73,6 @@ TEST(SteadyState, SoundIsChangedWithoutAllocating) {
 
 // Views, converters and working frames that are made anew for every format and size.
 TEST(SteadyState, StereoDoesNotGrow) {
-    const BaseTool::BlockKeeper keeper;
     for (const char* mode : {"0", "1", "2", "3", "4"}) {
         const test::VideoProc proc = test::MakeVideo("EffectName3DRenderEffect", {{"render_3d_mode", mode}});
         Picture bgra(BGRA), yuv(YUV420P), second(YUV420P), other(YUV422P);
