@@ -127,13 +127,11 @@ std::pair<std::unique_ptr<Media>, int> Process(test::Held<Media>& proc, const Me
     return {result ? std::make_unique<Media>(*result) : nullptr, code};
 }
 
-// Assertions are part of the contract, and so is that a copy which can't be freed with its processor ends the
-// program.
+// Assertions are part of the contract.
 template <class Media>
-bool IsStatedToStop(const Subject<Media>& subject, bool inPlace, bool lasting) {
+bool IsStatedToStop(const Subject<Media>& subject, bool inPlace) {
     const std::string_view name = subject.effect.name;
-    if (trouble.how != How::Nothing)
-        return trouble.place == Place::Free && lasting && subject.effect.kind != EffectKind::Audio;
+    if (trouble.how != How::Nothing) return false;
     return (trouble.place == Place::Clone && !inPlace) ||
            (trouble.place == Place::MakeConverter && subject.effect.kind == EffectKind::Transition) ||
            (trouble.place == Place::Open && name == effectNameAudioReplace) ||
@@ -168,7 +166,7 @@ void Suffer(const Subject<Media>& subject, bool lasting) {
     }
     subject.Set(*proc);
     for (const bool inPlace : {true, false}) {
-        if (IsStatedToStop(subject, inPlace, lasting)) continue;
+        if (IsStatedToStop(subject, inPlace)) continue;
         const auto [result, code] = Process(*proc, subject.original, inPlace);
         bool good = result && subject.effect.traits & kDrawsRandom;
         for (const auto& media : wanted) good = good || (result && *media == *result);
@@ -196,7 +194,7 @@ void SufferAll(const Subject<Media>& subject) {
                                  ", how " + std::to_string(static_cast<int>(how)) +
                                  (lasting ? ", to the end" : "") + (subject.mode ? subject.mode : "");
                 trouble = now;
-                const bool stops = IsStatedToStop(subject, true, lasting);
+                const bool stops = IsStatedToStop(subject, true);
                 trouble = {};
                 if (stops) continue;
                 const std::string left = test::LeftBehind([&] {
