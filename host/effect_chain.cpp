@@ -105,9 +105,16 @@ EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
                          const std::vector<EffectSpec>& effects, uint32_t durationMs) {
     for (const EffectSpec& effect : effects) {
         m_procs.push_back(plugin.MakeVideo(manager, effect.name));
-        m_traits |= RequireEffect(effect.name).traits;
+        const AVBased::EffectInfo& info = RequireEffect(effect.name);
+        m_traits |= info.traits;
+        if (info.kind == AVBased::EffectKind::Transition) m_transitions = true;
         AVBased::IVideoProc& proc = *m_procs.back();
-        if (IsStereoEffect(proc)) m_stereo = &proc;
+        if (IsStereoEffect(proc)) {
+            m_stereo = &proc;
+            m_mixesViews = false;
+        } else if (!KeepsViews(info)) {
+            m_mixesViews = true;
+        }
         SetDuration(proc, durationMs);
         if (NeedsPictureSize(effect)) {
             m_waiting.emplace_back(&proc, effect);

@@ -67,22 +67,32 @@ public:
     /// Whether an effect of the chain works on transparency alone.
     bool ChangesAlpha() const noexcept { return (m_traits & AVBased::kChangesAlpha) != 0; }
 
-    /// Whether an effect of the chain serves BGRA and YUV420P only. Anaglyphs of one picture take any other
-    /// format by way of a converter that fits the process's first such clip alone.
-    bool ServesFewFormats() const {
-        return (m_traits & AVBased::kFewFormats) != 0 || (m_stereo && Stereo()->IsAnaglyph());
-    }
+    /// Whether an effect of the chain serves BGRA and YUV420P only.
+    bool ServesFewFormats() const noexcept { return (m_traits & AVBased::kFewFormats) != 0; }
+
+    /// Whether an effect of the chain brings YUV pictures to RGB and back: transitions and anaglyphs do, and
+    /// know BT.601 of usual range alone. Anaglyphs of formats other than YUV420P besides by way of a
+    /// converter that fits the process's first such clip alone.
+    bool GoesThroughRgb() const { return m_transitions || (m_stereo && Stereo()->IsAnaglyph()); }
 
     /// What the last stereo effect shows; absent when there is none.
     std::optional<Presentation> Stereo() const {
         return m_stereo ? std::optional(PresentationOf(*m_stereo)) : std::nullopt;
     }
 
+    /// How pictures hold two views behind the chain: mode 0 when they don't, absent where what the input says
+    /// about it still holds.
+    std::optional<Presentation> Views() const {
+        return m_mixesViews ? std::optional(Presentation{}) : Stereo();
+    }
+
 private:
     void SetWaiting(AVBased::IRawVideoFrame& frame);
 
     AVBased::IVideoProc* m_stereo = nullptr; ///< the last one
-    unsigned m_traits = 0;                   ///< AVBased::EffectTraits of all effects together
+    bool m_mixesViews = false;               ///< an effect behind it does
+    bool m_transitions = false;
+    unsigned m_traits = 0; ///< AVBased::EffectTraits of all effects together
     std::vector<VideoProcPtr> m_procs;
     std::vector<std::pair<AVBased::IVideoProc*, EffectSpec>> m_waiting; ///< for the pictures' size
 };

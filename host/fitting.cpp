@@ -17,9 +17,9 @@ using mediabridge::AVFramePtr;
 
 namespace {
 
+// Of RGB, the one that it came from.
 AVColorSpace MatrixOf(const AVFrame& picture) {
-    const bool yuv = mediabridge::HasColourRange(static_cast<AVPixelFormat>(picture.format));
-    return yuv && picture.colorspace != AVCOL_SPC_RGB ? picture.colorspace : AVCOL_SPC_UNSPECIFIED;
+    return picture.colorspace != AVCOL_SPC_RGB ? picture.colorspace : AVCOL_SPC_UNSPECIFIED;
 }
 
 /// A picture or canvas that does not tell its matrix counts as having the other's: most files don't, and

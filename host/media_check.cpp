@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include "aveffect/base_tools.h"
-#include "aveffect/video_frame.h"
 #include "host/catalogue_lookup.h"
 #include "host/error.h"
+#include "mediabridge/video_frame.h"
 
 namespace aveffect {
 namespace {
@@ -53,7 +53,7 @@ const std::string& RequirePath(const EffectSpec& effect, const AVBased::Property
 
 } // namespace
 
-PictureSize RequirePicture(AVBased::IAVManager& manager, const std::string& url) {
+Canvas RequirePicture(MediaManager& manager, const std::string& url) {
     constexpr int kItems = 30; // as many as a transition reads
     constexpr uint32_t kVideoItem = 1;
     if (url.find('?') != std::string::npos && access(url.c_str(), F_OK) == 0)
@@ -64,15 +64,14 @@ PictureSize RequirePicture(AVBased::IAVManager& manager, const std::string& url)
     for (int index = 0; index < kItems; ++index) {
         if (!reader->ReadItem(&item, 1, kNoLimit)) ThrowNone(url, "picture");
         if (item.kind != kVideoItem || !item.object) continue;
-        unsigned width = 0, height = 0;
-        static_cast<AVBased::IRawVideoFrame*>(item.object)->GetDimension(&width, &height);
-        return {static_cast<int>(width), static_cast<int>(height)};
+        auto* frame = static_cast<AVBased::IRawVideoFrame*>(item.object);
+        return CanvasOf(*static_cast<mediabridge::VideoFrame*>(frame)->Picture()); // the manager's are such
     }
     throw Error(ErrorKind::Input,
                 url + " has no picture among its first " + std::to_string(kItems) + " items");
 }
 
-void RequirePictures(AVBased::IAVManager& manager, const std::vector<EffectSpec>& effects) {
+void RequirePictures(MediaManager& manager, const std::vector<EffectSpec>& effects) {
     for (const EffectSpec& effect : effects) {
         const AVBased::EffectInfo& info = RequireEffect(effect.name);
         if (info.kind != AVBased::EffectKind::Transition) continue;

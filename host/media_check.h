@@ -3,19 +3,19 @@
 #include <string>
 #include <vector>
 
-#include "aveffect/media.h"
 #include "host/effect_chain.h"
-#include "host/transition.h"
+#include "host/fitting.h"
+#include "host/media_manager.h"
 
 namespace aveffect {
 
-/// The size of the picture that a transition will read from the URL through the manager. A transition would
+/// The canvas of the picture that a transition will read from the URL through the manager. A transition would
 /// say nothing of files that it can't use, so this throws Error (Input) that names the file and the reason:
 /// it can't be opened, or has no picture among its first 30 items.
-PictureSize RequirePicture(AVBased::IAVManager& manager, const std::string& url);
+Canvas RequirePicture(MediaManager& manager, const std::string& url);
 
 /// The same for both pictures of every transition in a chain. Throws Error (Usage) when one is not named.
-void RequirePictures(AVBased::IAVManager& manager, const std::vector<EffectSpec>& effects);
+void RequirePictures(MediaManager& manager, const std::vector<EffectSpec>& effects);
 
 /// As RequirePictures for the files whose sound a chain of audio effects plays.
 void RequireSounds(AVBased::IAVManager& manager, const std::vector<EffectSpec>& effects);

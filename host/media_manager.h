@@ -3,26 +3,33 @@
 #include <atomic>
 
 #include "aveffect/media.h"
+#include "host/fitting.h"
 
 namespace aveffect {
 
 /// Opens anything the installed libraries read. A URL is a path or protocol URL, optionally followed by "?"
 /// and key=value pairs joined by "&", of which "vstreamid" and "astreamid" select streams by their index in
-/// the file (bit 29 of the number is a flag and not part of the index). Pictures come in the frame table's
-/// nearest format, sound in one of the boundary's sample formats.
+/// the file (bit 29 of the number is a flag and not part of the index). Pictures come in BGRA, brought there
+/// by the matrix and range that they say, upright, and of square pixels unless others are asked for; sound
+/// comes in one of the boundary's sample formats.
 ///
-/// Different threads may open sources at the same time. Readers outlive it safely.
+/// Different threads may open sources at the same time, but not while it is told to match. Readers outlive it
+/// safely.
 class MediaManager final : public AVBased::IAVManager {
 public:
     /// The flag, if any, ends all waiting for sources; it outlives the manager and its readers.
     explicit MediaManager(const std::atomic<bool>* cancel = nullptr)
         : m_cancel(cancel) {}
 
+    /// Pictures of sources that are opened from now on have pixels of this canvas's shape.
+    void Match(const Canvas& canvas) { m_canvas = canvas; }
+
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
                                    unsigned* height, unsigned* duration) override;
 
 private:
     const std::atomic<bool>* m_cancel;
+    Canvas m_canvas;
 };
 
 } // namespace aveffect

@@ -7,8 +7,6 @@
 #include "host/error.h"
 #include "host/error_record.h"
 #include "host/stages.h"
-#include "host/working_format.h"
-#include "mediabridge/pixel_formats.h"
 
 namespace aveffect {
 namespace {
@@ -20,8 +18,9 @@ constexpr uint32_t kVideoItem = 1;
 constexpr uint32_t kAudioItem = 2;
 } // namespace
 
-MediaReader::MediaReader(const std::string& url, const std::atomic<bool>* cancel)
-    : m_interrupt{cancel, std::nullopt}
+MediaReader::MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel)
+    : m_canvas(canvas)
+    , m_interrupt{cancel, std::nullopt}
     , m_packet(av_packet_alloc()) {
     const SourceRequest request = ParseSourceUrl(url);
     m_path = request.path;
@@ -123,23 +122,18 @@ bool MediaReader::Locate(AVBased::AVItem& item, const AVFrame& frame, const AVSt
     return true;
 }
 
-// The picture as it is meant to be seen, in one of the frame table's formats.
+// The picture as it is meant to be seen.
 AVFramePtr MediaReader::Shown(AVFramePtr picture) {
     // The container's word on the pixels' shape overrules the codec's.
     picture->sample_aspect_ratio = av_guess_sample_aspect_ratio(m_input.get(), m_video.stream, picture.get());
     picture = m_upright.Apply(std::move(picture), *m_video.stream);
-    const auto format = static_cast<AVPixelFormat>(picture->format);
-    const int width = SquareWidth(*picture);
-    if (width == picture->width && mediabridge::FrameFormat(format, picture->color_range)) return picture;
-    const auto wanted = std::tuple(format, width, picture->height);
-    if (!m_scaler || m_scaled != wanted) {
-        const WorkingFormat nearest = NearestServed(format, picture->color_range);
-        m_scaler.emplace(nearest.format, width, picture->height, mediabridge::ScaleQuality::Bicubic,
-                         nearest.range);
-        m_scaled = wanted;
-    }
+    const std::pair size(WidthFor(*picture, m_canvas.pixelAspect), picture->height);
+    if (!m_scaler || m_scaled != size)
+        m_scaler.emplace(AV_PIX_FMT_BGRA, size.first, size.second, mediabridge::ScaleQuality::Bicubic);
+    m_scaled = size;
     picture = m_scaler->Convert(picture.get());
     if (!picture) throw Error(ErrorKind::Input, m_path + ": " + m_scaler->Error());
+    picture->sample_aspect_ratio = m_canvas.pixelAspect;
     return picture;
 }
 

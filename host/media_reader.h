@@ -4,9 +4,10 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <tuple>
+#include <utility>
 
 #include "aveffect/media.h"
+#include "host/fitting.h"
 #include "host/input.h"
 #include "host/orientation.h"
 #include "host/source_request.h"
@@ -16,12 +17,12 @@
 
 namespace aveffect {
 
-/// Items in the order in which the file's pictures and sound come out of their decoders, pictures upright and
-/// of square pixels. On the heap; Release() frees it.
+/// Items in the order in which the file's pictures and sound come out of their decoders, pictures upright, of
+/// the canvas's pixels, and in BGRA. On the heap; Release() frees it.
 class MediaReader final : public AVBased::IAVReader {
 public:
     /// The flag, if any, ends all waiting. Throws Error (Input, Interrupted).
-    MediaReader(const std::string& url, const std::atomic<bool>* cancel);
+    MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel);
 
     bool ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeout) override;
     bool Seek(unsigned milliseconds) override;
@@ -52,6 +53,7 @@ private:
                 AVRational lengthBase);
 
     std::string m_path;
+    Canvas m_canvas;
     ReadInterrupt m_interrupt;
     InputContextPtr m_input;
     Stream m_video, m_audio;
@@ -60,7 +62,7 @@ private:
     mediabridge::AudioFrame::Ptr m_sound;
     Upright m_upright;
     std::optional<mediabridge::Scaler> m_scaler;
-    std::tuple<AVPixelFormat, int, int> m_scaled; ///< source format and target size of the scaler
+    std::pair<int, int> m_scaled; ///< the size that the scaler makes
     mediabridge::SwrContextPtr m_resampler;
     int64_t m_skipBeforeMs = 0; ///< items that end by then lie before the last Seek()
     bool m_skippedVideo = false;

@@ -2,17 +2,45 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 extern "C" {
 #include <libavutil/display.h>
+#include <libswscale/swscale.h>
 }
+
+#include "host/working_format.h"
+#include "mediabridge/pixel_formats.h"
 
 namespace aveffect {
 
 namespace {
+
 constexpr size_t kMatrixBytes = 9 * sizeof(int32_t);
+constexpr char kOrientationTag[] = "Orientation";
+
+/// Libavfilter's words for the orientations 1 to 8 that cameras write.
+constexpr const char* kPhotoTurns[] = {"",
+                                       "hflip",
+                                       "hflip,vflip",
+                                       "vflip",
+                                       "transpose=cclock_flip",
+                                       "transpose=clock",
+                                       "transpose=clock_flip",
+                                       "transpose=cclock"};
+
+/// Not all decoders turn the tag into a matrix.
+std::string OwnTurn(const AVFrame& picture) {
+    const AVFrameSideData* own = av_frame_get_side_data(&picture, AV_FRAME_DATA_DISPLAYMATRIX);
+    if (own && own->size >= kMatrixBytes)
+        return TurnFilter(reinterpret_cast<const int32_t*>(own->data)).value_or("");
+    const AVDictionaryEntry* tag = av_dict_get(picture.metadata, kOrientationTag, nullptr, 0);
+    const int orientation = tag ? std::atoi(tag->value) : 1;
+    return orientation >= 1 && orientation <= 8 ? kPhotoTurns[orientation - 1] : "";
 }
+
+} // namespace
 
 const int32_t* DisplayMatrix(const AVStream& stream) {
     size_t size = 0;
@@ -41,14 +69,27 @@ std::optional<std::string> TurnFilter(const int32_t matrix[9]) {
 
 mediabridge::AVFramePtr Upright::Apply(mediabridge::AVFramePtr picture, const AVStream& stream) {
     const int32_t* matrix = DisplayMatrix(stream);
-    if (!matrix)
-        if (const AVFrameSideData* own = av_frame_get_side_data(picture.get(), AV_FRAME_DATA_DISPLAYMATRIX))
-            if (own->size >= kMatrixBytes) matrix = reinterpret_cast<const int32_t*>(own->data);
-    const std::string words = matrix ? TurnFilter(matrix).value_or("") : "";
-    if (words.empty()) return picture;
+    std::string words = matrix ? TurnFilter(matrix).value_or("") : OwnTurn(*picture);
+    m_turned = !words.empty();
+    if (!m_turned) return picture;
+    // Chroma that is not halved both ways can't be turned as it is. The filters' way there and back keeps the
+    // samples' range as long as nothing is said about it.
+    const bool quarter = words.starts_with("transpose");
+    const int format = picture->format;
+    const AVColorRange range = picture->color_range;
+    const AVPixelFormat plain = mediabridge::WithoutRange(static_cast<AVPixelFormat>(format));
+    if (sws_isSupportedOutput(plain)) words += ",format=" + FormatName(plain);
     if (!m_filter || m_words != words) m_filter.emplace(words, "turned upright");
     m_words = words;
-    return m_filter->Apply(std::move(picture));
+    picture->format = plain;
+    picture->color_range = AVCOL_RANGE_UNSPECIFIED;
+    picture = m_filter->Apply(std::move(picture));
+    if (picture->format == plain) picture->format = format;
+    picture->color_range = range;
+    if (quarter) picture->interlaced_frame = 0; // its fields are columns now
+    av_frame_remove_side_data(picture.get(), AV_FRAME_DATA_STEREO3D);
+    av_dict_set(&picture->metadata, kOrientationTag, nullptr, 0);
+    return picture;
 }
 
 double PixelAspect(const AVFrame& picture) {
@@ -59,8 +100,9 @@ double PixelAspect(const AVFrame& picture) {
     return aspect > kOddest || aspect < 1 / kOddest ? 1 : aspect;
 }
 
-int SquareWidth(const AVFrame& picture) {
-    return std::max(1, static_cast<int>(std::lround(picture.width * PixelAspect(picture))));
+int WidthFor(const AVFrame& picture, AVRational pixelAspect) {
+    const double width = picture.width * PixelAspect(picture) / av_q2d(pixelAspect);
+    return std::max(1, static_cast<int>(std::lround(width)));
 }
 
 } // namespace aveffect

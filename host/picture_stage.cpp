@@ -19,37 +19,33 @@ namespace {
 
 using mediabridge::AVFramePtr;
 using mediabridge::HasColourRange;
+using mediabridge::Is601;
 using mediabridge::ScaleQuality;
 
 AVPixelFormat FormatOf(const AVFrame& picture) { return static_cast<AVPixelFormat>(picture.format); }
 
-bool Is601(AVColorSpace matrix) {
-    return matrix == AVCOL_SPC_UNSPECIFIED || matrix == AVCOL_SPC_BT470BG || matrix == AVCOL_SPC_SMPTE170M;
-}
-
 } // namespace
 
-PictureStage::PictureStage(EffectChain& chain, std::string pixelFormat, const std::string& turnFilter,
-                           Reporter& reporter, ViewPairs* pairs)
+PictureStage::PictureStage(EffectChain& chain, MediaManager& media, std::string pixelFormat,
+                           const AVStream* uprightBy, Reporter& reporter, ViewPairs* pairs)
     : m_chain(chain)
+    , m_media(media)
     , m_pixelFormat(std::move(pixelFormat))
+    , m_uprightBy(uprightBy)
     , m_reporter(reporter)
-    , m_pairs(pairs) {
-    // The host's own anaglyphs.
-    if (m_pairs && m_chain.Stereo()->IsAnaglyph() && m_pixelFormat == "auto") m_pixelFormat = "bgra";
-    if (!turnFilter.empty()) m_turner.emplace(turnFilter, "turned upright");
-}
+    , m_pairs(pairs) {}
 
 void PictureStage::LearnFrom(const AVFrame& first) {
     m_clip = ClipKind{FormatOf(first), first.color_range};
+    m_media.Match(CanvasOf(first));
     m_width = first.width;
     m_height = first.height;
     if (m_chain.Empty()) {
         m_working = {0, FormatOf(first), AVCOL_RANGE_UNSPECIFIED};
         return;
     }
-    m_working =
-        ChooseWorkingFormat(m_pixelFormat, first, {m_chain.ChangesAlpha(), m_chain.ServesFewFormats()});
+    m_working = ChooseWorkingFormat(
+        m_pixelFormat, first, {m_chain.ChangesAlpha(), m_chain.ServesFewFormats(), m_chain.GoesThroughRgb()});
     if (m_chain.ChangesAlpha() && !HasAlpha(m_working.format))
         m_reporter.Warn("an effect changes transparency, but " + m_pixelFormat +
                         " has none; try --pixel-format auto, bgra, yuva420p or yuva444p");
@@ -61,24 +57,30 @@ void PictureStage::LearnFrom(const AVFrame& first) {
                                          (depth > 8 ? " (8 bits)" : ""));
 }
 
+bool PictureStage::IsInWorkingFormat(const AVFrame& picture) const {
+    if (m_chain.Empty()) return FormatOf(picture) == m_working.format;
+    if (mediabridge::FrameFormat(FormatOf(picture), picture.color_range) != m_working.id) return false;
+    return m_working.matrix == AVCOL_SPC_UNSPECIFIED ||
+           (Is601(picture.colorspace) && picture.color_range == m_working.range);
+}
+
 AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
     const bool sameSize = picture->width == m_width && picture->height == m_height;
     if (!sameSize && !std::exchange(m_saidSizeChange, true))
         m_reporter.Warn("pictures change from " + std::to_string(m_width) + "x" + std::to_string(m_height) +
                         " to " + std::to_string(picture->width) + "x" + std::to_string(picture->height) +
                         "; they are scaled to the first size");
-    const bool sameFormat =
-        m_chain.Empty() ? FormatOf(*picture) == m_working.format
-                        : mediabridge::FrameFormat(FormatOf(*picture), picture->color_range) == m_working.id;
-    if (sameSize && sameFormat) return picture;
+    if (sameSize && IsInWorkingFormat(*picture)) return picture;
     if (!m_toWorking)
-        m_toWorking.emplace(m_working.format, m_width, m_height, ScaleQuality::Bicubic, m_working.range);
+        m_toWorking.emplace(m_working.format, m_width, m_height, ScaleQuality::Bicubic, m_working.range,
+                            m_working.matrix);
     return ConvertWith(*m_toWorking, *picture);
 }
 
 AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned durationMs,
                                       const AVFrame* second) {
     AVFramePtr right;
+    if (m_uprightBy) picture = m_upright.Apply(std::move(picture), *m_uprightBy);
     if (m_pairs && !second) std::tie(picture, right) = m_pairs->Split(*picture);
     if (!m_clip) LearnFrom(*picture);
     picture = ToWorkingFormat(std::move(picture));
@@ -93,9 +95,9 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
         if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
         if (right) frame->SetSubsetFrame(m_pairs->Prepare(*right, timeMs, durationMs));
         m_chain.Process(frame.get(), timeMs);
-        if (const auto stereo = m_chain.Stereo()) MarkPicture(*picture, *stereo);
+        if (const auto views = m_chain.Views()) MarkPicture(*picture, *views);
     }
-    return m_turner ? m_turner->Apply(std::move(picture)) : std::move(picture);
+    return picture;
 }
 
 // The output looks like the clip, in the bits that the effects worked in. Grey clips may have been given
@@ -134,20 +136,15 @@ void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture)
                         " files; the pictures become opaque");
     m_reporter.Note("the encoder " + std::string(plan.encoder.codec->name) + " takes " +
                     FormatName(m_output.format));
-    m_toEncoder.emplace(m_output.format, 0, 0, ScaleQuality::Bicubic, m_output.range);
-    m_viaRgb = plan.IsStill() && HasColourRange(m_output.format) && HasColourRange(FormatOf(picture)) &&
-               !Is601(picture.colorspace);
-    if (m_viaRgb) m_toRgb.emplace(AV_PIX_FMT_BGRA, 0, 0, ScaleQuality::Bicubic);
+    // Pictures in files are read with the BT.601 matrix whatever they say.
+    m_only601 = plan.IsStill() && HasColourRange(m_output.format);
+    m_toEncoder.emplace(m_output.format, 0, 0, ScaleQuality::Bicubic, m_output.range,
+                        m_only601 ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_UNSPECIFIED);
 }
 
 AVFramePtr PictureStage::ConvertForEncoder(AVFramePtr picture) {
     if (m_toBlack) picture = m_toBlack->Apply(std::move(picture));
-    if (m_viaRgb) {
-        // Pictures in files are read with the BT.601 matrix whatever they say.
-        picture = ConvertWith(*m_toRgb, *picture);
-        picture->colorspace = AVCOL_SPC_SMPTE170M;
-    }
-    if (m_output.Converts(*picture)) {
+    if (m_output.Converts(*picture) || (m_only601 && !Is601(picture->colorspace))) {
         const bool fromRgb = !HasColourRange(FormatOf(*picture)) && HasColourRange(m_output.format);
         picture = ConvertWith(*m_toEncoder, *picture);
         // Unsaid counts as BT.601 here, but players guess BT.709 for large pictures.
@@ -155,6 +152,7 @@ AVFramePtr PictureStage::ConvertForEncoder(AVFramePtr picture) {
             picture->colorspace = AVCOL_SPC_SMPTE170M;
     }
     picture->format = m_output.format;
+    if (!HasColourRange(m_output.format)) picture->colorspace = AVCOL_SPC_UNSPECIFIED; // RGB has no matrix
     if (m_output.range != AVCOL_RANGE_UNSPECIFIED && HasColourRange(m_output.format)) {
         const bool saysLimited =
             m_output.range == AVCOL_RANGE_MPEG && picture->color_range == AVCOL_RANGE_UNSPECIFIED;

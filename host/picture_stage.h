@@ -4,6 +4,8 @@
 #include <string>
 
 #include "host/effect_chain.h"
+#include "host/media_manager.h"
+#include "host/orientation.h"
 #include "host/output_format.h"
 #include "host/picture_filter.h"
 #include "host/reporter.h"
@@ -13,18 +15,18 @@
 
 namespace aveffect {
 
-/// Brings pictures into the working format, runs the effects on them as they are stored, turns them upright
-/// where the output can't say how to, and brings them into the encoder's format. Without effects there is no
-/// working format. Pictures that change size or format in mid-clip are brought to the first one's. Used by
-/// one thread at a time.
+/// Turns pictures upright, brings them into the working format, runs the effects on them, and brings them
+/// into the encoder's format. Without effects there is no working format. Pictures that change size or format
+/// in mid-clip are brought to the first one's. Used by one thread at a time.
 class PictureStage {
 public:
-    /// An empty turn filter leaves pictures as they are. With pairs every picture gets its second view.
-    /// Chain, reporter and pairs outlive the stage.
-    PictureStage(EffectChain& chain, std::string pixelFormat, const std::string& turnFilter,
+    /// Pictures are turned by that stream's word or their own, without a stream not at all. With pairs every
+    /// picture gets its second view. Chain, the manager that its effects read pictures through, stream,
+    /// reporter and pairs outlive the stage.
+    PictureStage(EffectChain& chain, MediaManager& media, std::string pixelFormat, const AVStream* uprightBy,
                  Reporter& reporter, ViewPairs* pairs = nullptr);
 
-    /// Effects and turning. Time in milliseconds from the span's start. The second picture is the other
+    /// Turning and effects. Time in milliseconds from the span's start. The second picture is the other
     /// view's, where the first one does not hold both. Throws Error.
     mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs,
                                          const AVFrame* second = nullptr);
@@ -35,14 +37,20 @@ public:
     /// The picture in the encoder's format and size.
     mediabridge::AVFramePtr ConvertForEncoder(mediabridge::AVFramePtr picture);
 
+    /// Whether the last picture was turned.
+    bool Turned() const noexcept { return m_upright.Turned(); }
+
 private:
     void LearnFrom(const AVFrame& first);
+    bool IsInWorkingFormat(const AVFrame& picture) const;
     mediabridge::AVFramePtr ToWorkingFormat(mediabridge::AVFramePtr picture);
     AVPixelFormat WantedFormat() const;
     void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
 
     EffectChain& m_chain;
+    MediaManager& m_media;
     std::string m_pixelFormat;
+    const AVStream* m_uprightBy;
     Reporter& m_reporter;
     ViewPairs* m_pairs;
     std::optional<ClipKind> m_clip;
@@ -51,9 +59,10 @@ private:
     bool m_saidSizeChange = false;
     EncoderFormat m_output;
     std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own
-    bool m_viaRgb = false;             ///< the encoder's format can't name the pictures' matrix
-    std::optional<mediabridge::Scaler> m_toWorking, m_toRgb, m_toEncoder;
-    std::optional<PictureFilter> m_turner, m_toBlack;
+    bool m_only601 = false;            ///< the encoder's format can't name another matrix
+    std::optional<mediabridge::Scaler> m_toWorking, m_toEncoder;
+    std::optional<PictureFilter> m_toBlack;
+    Upright m_upright;
 };
 
 } // namespace aveffect

@@ -27,7 +27,7 @@ Reel::Reel(const Plugin& plugin, ReelSetup setup, const std::atomic<bool>& cance
 Canvas Reel::ChooseCanvas(const AVFrame& first) const {
     Canvas canvas = CanvasOf(first);
     if (m_setup.squarePixels || m_setup.size) {
-        const PictureSize size = m_setup.size.value_or(PictureSize{SquareWidth(first), first.height});
+        const PictureSize size = m_setup.size.value_or(PictureSize{WidthFor(first, {1, 1}), first.height});
         canvas.width = size.width;
         canvas.height = size.height;
         canvas.pixelAspect = {1, 1};

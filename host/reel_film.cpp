@@ -35,7 +35,7 @@ RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPicture
                         Reporter& reporter, const std::atomic<bool>& cancel) {
     MediaManager manager(&cancel);
     EffectChain none(plugin, &manager, {}, 0);
-    PictureStage stage(none, "auto", "", reporter);
+    PictureStage stage(none, manager, "auto", nullptr, reporter);
     const AVFramePtr seen = stage.ApplyEffects(std::move(look), 0, 0);
     stage.PrepareOutput(setup.plan, *seen);
     const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, stage, reporter, cancel);

@@ -34,15 +34,16 @@ int ToMs(int64_t ticks, AVRational base) {
 
 unsigned WeightOf(const SpanItem& item) { return item.picture ? kPictureWeight : kPacketWeight; }
 
-// Which way pictures have to be turned for an output that can't say so itself.
-std::string TurnFor(const Source& source, const OutputPlan& plan, Reporter& reporter) {
-    const int32_t* matrix = DisplayMatrix(source.Pictures());
-    if (!matrix || plan.CarriesRotation()) return {};
-    const auto filter = TurnFilter(matrix);
-    if (!filter)
+// Whose word pictures are turned upright by. Null: they stay as they are, and the output hands the word on,
+// which it does where it can and no effect looks at the pictures.
+const AVStream* UprightBy(const Source& source, const OutputPlan& plan, bool effects, Reporter& reporter) {
+    const AVStream& stream = source.Pictures();
+    const int32_t* matrix = DisplayMatrix(stream);
+    if (matrix && !effects && plan.CarriesRotation()) return nullptr;
+    if (matrix && !TurnFilter(matrix) && !plan.CarriesRotation())
         reporter.Warn("the clip is shown at an angle, which ." + plan.Kind() +
                       " files can't say; it is lost");
-    return filter.value_or("");
+    return &stream;
 }
 
 uint32_t EffectLength(std::optional<int64_t> lengthMs, const Source& source, Reporter& reporter) {
@@ -84,8 +85,9 @@ public:
         , m_length(EffectLength(m_span.LengthMs(), m_source, m_reporter))
         , m_chain(plugin, &m_manager, options.effects, m_length)
         , m_pairs(PairsFor(plugin, &m_manager, options.effects, m_length, options.stereo))
-        , m_turn(TurnFor(m_source, m_plan, m_reporter))
-        , m_stage(m_chain, options.pixelFormat, m_turn, m_reporter, m_pairs.get()) {
+        , m_stage(m_chain, m_manager, options.pixelFormat,
+                  UprightBy(m_source, m_plan, !options.effects.empty(), m_reporter), m_reporter,
+                  m_pairs.get()) {
         if (!options.stereo.right.empty())
             m_right = std::make_unique<RightClip>(options.stereo.right, options.fromMs, options.threads,
                                                   m_reporter, cancel);
@@ -107,7 +109,7 @@ public:
         first = m_stage.ConvertForEncoder(std::move(first));
         m_sound.emplace(Sound());
         m_sink = std::make_unique<Sink>(Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite,
-                                                    !m_turn.empty(), m_request, *m_sound, m_chain.Stereo()},
+                                                    m_stage.Turned(), m_request, *m_sound, m_chain.Views()},
                                         *first, m_reporter, m_cancel);
         m_head.push_back({std::move(first), nullptr});
         RunStages();
@@ -251,7 +253,6 @@ private:
     EffectChain m_chain;
     std::unique_ptr<ViewPairs> m_pairs;
     std::unique_ptr<RightClip> m_right;
-    std::string m_turn;
     PictureStage m_stage;
     std::optional<SoundJob> m_sound; ///< once the span is known
     std::unique_ptr<Sink> m_sink;
@@ -311,7 +312,8 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     const uint32_t length = EffectLength(source.EndMs(), source, reporter);
     EffectChain chain(plugin, &manager, options.effects, length);
     const auto pairs = PairsFor(plugin, &manager, options.effects, length, options.stereo);
-    PictureStage stage(chain, options.pixelFormat, TurnFor(source, plan, reporter), reporter, pairs.get());
+    PictureStage stage(chain, manager, options.pixelFormat,
+                       UprightBy(source, plan, !options.effects.empty(), reporter), reporter, pairs.get());
 
     RequirePictures(manager, options.effects);
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;

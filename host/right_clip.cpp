@@ -22,7 +22,7 @@ AVFramePtr RightClip::Read() {
     while (std::optional<SourceItem> item = m_source.Next()) {
         if (!item->picture) continue;
         ++m_pictures;
-        return std::move(item->picture);
+        return m_upright.Apply(std::move(item->picture), m_source.Pictures());
     }
     return nullptr;
 }

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "host/orientation.h"
 #include "host/reporter.h"
 #include "host/source.h"
 
@@ -16,9 +17,9 @@ public:
     RightClip(const std::string& path, std::optional<int64_t> fromMs, unsigned threads, Reporter& reporter,
               const std::atomic<bool>& cancel);
 
-    /// The picture that begins nearest to a time from the clip's start, the earlier one of two; the last one
-    /// for as long as it takes, with a warning. Times do not fall from call to call. Throws Error (Input)
-    /// when there is none at all.
+    /// The picture, upright, that begins nearest to a time from the clip's start, the earlier one of two; the
+    /// last one for as long as it takes, with a warning. Times do not fall from call to call. Throws Error
+    /// (Input) when there is none at all.
     mediabridge::AVFramePtr At(const Moment& time);
 
     /// What was found to be wrong with what was read.
@@ -30,6 +31,7 @@ private:
     void WarnOfEnd(const Moment& time);
 
     Source m_source;
+    Upright m_upright;
     Reporter& m_reporter;
     mediabridge::AVFramePtr m_current, m_next;
     int64_t m_pictures = 0;

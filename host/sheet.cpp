@@ -22,7 +22,7 @@ using mediabridge::AVFramePtr;
 constexpr int kMoments = 8;
 constexpr int kGap = 4; ///< pixels of white between samples
 
-PictureSize TileSize(const PictureSize& picture) {
+PictureSize TileSize(const Canvas& picture) {
     constexpr double kLargerSide = 160;
     const double scale = kLargerSide / std::max(picture.width, picture.height);
     return {std::max(1, static_cast<int>(std::lround(picture.width * scale))),
@@ -61,8 +61,9 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
     for (const std::string& input : {options.first, options.second})
         OutputFile::Check(options.output, ParseSourceUrl(input).path, options.overwrite);
     MediaManager manager(&cancel);
-    const PictureSize first = RequirePicture(manager, options.first);
+    const Canvas first = RequirePicture(manager, options.first);
     RequirePicture(manager, options.second);
+    manager.Match(first);
     const PictureSize tile = options.tile.value_or(TileSize(first));
     const auto transitions = AllTransitions();
 
@@ -81,7 +82,7 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
         }
     }
     EffectChain none(plugin, &manager, {}, 0);
-    PictureStage stage(none, "auto", "", reporter);
+    PictureStage stage(none, manager, "auto", nullptr, reporter);
     sheet = stage.ApplyEffects(std::move(sheet), 0, 0);
     stage.PrepareOutput(plan, *sheet);
     WriteStill(plan, stage.ConvertForEncoder(std::move(sheet)), options.overwrite, cancel);

@@ -71,8 +71,9 @@ void Sink::AddPictureStream(const Setup& setup) {
     const AVStream& source = m_source.Pictures();
     m_pictureStream->disposition = source.disposition;
     CopyTags(&m_pictureStream->metadata, source.metadata);
-    CopySideData(m_pictureStream, source, !setup.turned, !setup.stereo);
-    if (setup.stereo) MarkStream(*m_pictureStream, *setup.stereo);
+    const bool asInput = !setup.turned && !setup.views;
+    CopySideData(m_pictureStream, source, !setup.turned, asInput);
+    if (!asInput) MarkStream(*m_pictureStream, setup.views.value_or(Presentation{}));
 }
 
 void Sink::MapStreams(const Setup& setup, Reporter& reporter) {

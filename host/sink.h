@@ -24,10 +24,10 @@ public:
         const Source& source;
         const SpanLimits& limits;
         bool overwrite;
-        bool turned; ///< the pictures were turned upright, so the container must not say to turn them
-        const SourceRequest& request;            ///< of the source
-        const SoundJob& sound;                   ///< what becomes of the sound
-        std::optional<Presentation> stereo = {}; ///< what a stereo effect made of the pictures
+        bool turned; ///< the pictures were turned upright, and what the input says of their sides is no more
+        const SourceRequest& request;           ///< of the source
+        const SoundJob& sound;                  ///< what becomes of the sound
+        std::optional<Presentation> views = {}; ///< how they hold two views; absent: as the input says
     };
 
     /// Opens the encoder for pictures like the sample, creates the file and writes its header. The source

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 #include "host/av_owner.h"
 
@@ -29,6 +30,10 @@ struct Presentation {
 };
 
 bool IsStereoEffect(AVBased::IVideoProc& proc);
+
+/// Whether each half of a picture that holds two views still shows its view after the effect. What moves
+/// pixels across the picture, or brings others in, mixes them up.
+bool KeepsViews(const AVBased::EffectInfo& effect);
 Presentation PresentationOf(AVBased::IVideoProc& stereoEffect);
 
 /// Draws what a stereo effect leaves to the host: the anaglyph of a frame that has a second view. Red is the

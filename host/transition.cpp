@@ -1,6 +1,7 @@
 #include "host/transition.h"
 
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 #include "host/film.h"
@@ -69,10 +70,12 @@ public:
 
 private:
     Canvas MakeCanvas() {
-        const PictureSize first = RequirePicture(m_manager, m_options.first);
+        Canvas canvas = RequirePicture(m_manager, m_options.first);
         RequirePicture(m_manager, m_options.second);
-        const PictureSize size = m_options.size.value_or(first);
-        return {size.width, size.height};
+        m_manager.Match(canvas);
+        if (m_options.size)
+            std::tie(canvas.width, canvas.height) = std::pair(m_options.size->width, m_options.size->height);
+        return canvas;
     }
 
     const TransitionOptions& m_options;

@@ -11,6 +11,7 @@ extern "C" {
 #include "host/catalogue_lookup.h"
 #include "host/error.h"
 #include "mediabridge/picture_pool.h"
+#include "mediabridge/pixel_formats.h"
 
 namespace aveffect {
 namespace {
@@ -89,8 +90,15 @@ std::pair<AVFramePtr, AVFramePtr> ViewPairs::Split(const AVFrame& picture) {
 }
 
 AVFramePtr ViewPairs::Fit(const AVFrame& second, AVFramePtr& left, const WorkingFormat& working) {
-    if (!m_fit)
-        m_fit.emplace(working.format, left->width, left->height, ScaleQuality::Bicubic, working.range);
+    if (!m_fit) {
+        const AVColorRange range = left->color_range == AVCOL_RANGE_UNSPECIFIED
+                                       ? mediabridge::UsualRange(working.format)
+                                       : left->color_range;
+        // Said, so that a right view that says another one is brought to it.
+        const AVColorSpace matrix =
+            mediabridge::Is601(left->colorspace) ? AVCOL_SPC_SMPTE170M : left->colorspace;
+        m_fit.emplace(working.format, left->width, left->height, ScaleQuality::Bicubic, range, matrix);
+    }
     AVFramePtr right = ConvertWith(*m_fit, second);
     // Pictures from elsewhere may have other pitches than those that are made here.
     if (!std::equal(left->linesize, left->linesize + 4, right->linesize))

@@ -98,12 +98,17 @@ WorkingFormat OfFew(const WorkingFormat& format, bool needsAlpha) {
 WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, FormatNeeds needs) {
     const auto own = static_cast<AVPixelFormat>(picture.format);
     if (wanted == "auto") {
+        if (needs.rgb) return Served(AVBased::BGRA, AVCOL_RANGE_UNSPECIFIED);
         const WorkingFormat nearest = NearestServed(own, picture.color_range);
         if (needs.fewFormats) return OfFew(nearest, needs.alpha);
         return needs.alpha ? WithAlpha(nearest, picture.color_range) : nearest;
     }
     CheckPixelFormatName(wanted);
     const unsigned id = *mediabridge::FrameFormatByName(wanted);
+    if (needs.rgb && id != AVBased::BGRA) {
+        const AVPixelFormat format = mediabridge::LibraryFormat(id);
+        return {id, format, mediabridge::UsualRange(format), AVCOL_SPC_SMPTE170M};
+    }
     if (mediabridge::FrameFormat(own, picture.color_range) == id) return {id, own, AVCOL_RANGE_UNSPECIFIED};
     const AVPixelFormat format = mediabridge::LibraryFormat(id);
     // The plain 4:2:0 and 4:2:2 ids mean limited range, since the full one has ids of its own.

@@ -12,6 +12,7 @@ struct WorkingFormat {
     unsigned id = 0; ///< frame-table id
     AVPixelFormat format = AV_PIX_FMT_NONE;
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED; ///< unspecified: the pictures' own
+    AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;  ///< unspecified: the pictures' own
 };
 
 /// The served format nearest to these pictures; their own when it is served.
@@ -21,6 +22,7 @@ WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range);
 struct FormatNeeds {
     bool alpha = false;      ///< an alpha channel
     bool fewFormats = false; ///< BGRA or YUV420P
+    bool rgb = false;        ///< BGRA; another one only as BT.601 of usual range
 };
 
 /// As NearestServed, among those that answer the needs, or the one of that name whatever they are. Throws

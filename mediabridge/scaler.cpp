@@ -60,6 +60,10 @@ std::string Describe(AVPixelFormat format, int width, int height) {
            std::to_string(height);
 }
 
+AVColorSpace OneName(AVColorSpace matrix) {
+    return Is601(matrix) || matrix == AVCOL_SPC_RGB ? AVCOL_SPC_SMPTE170M : matrix;
+}
+
 /// The display aspect ratio stays, so the pixels' changes with the size.
 AVRational ScaledPixelAspect(const AVFrame* source, int width, int height) {
     const AVRational pixel = source->sample_aspect_ratio;
@@ -72,12 +76,14 @@ AVRational ScaledPixelAspect(const AVFrame* source, int width, int height) {
 
 } // namespace
 
-Scaler::Scaler(AVPixelFormat format, int width, int height, ScaleQuality quality, AVColorRange range)
+Scaler::Scaler(AVPixelFormat format, int width, int height, ScaleQuality quality, AVColorRange range,
+               AVColorSpace matrix)
     : m_format(format)
     , m_width(width)
     , m_height(height)
     , m_quality(quality)
-    , m_range(range) {}
+    , m_range(range)
+    , m_matrix(matrix) {}
 
 AVColorRange Scaler::TargetRange(const Side& source) const {
     if (!HasColourRange(m_format) || WithoutRange(m_format) != m_format) return AVCOL_RANGE_JPEG;
@@ -91,11 +97,16 @@ Scaler::Shape Scaler::ShapeFor(const AVFrame* source) const {
     const bool saysRange = HasColourRange(format) && WithoutRange(format) == format &&
                            source->color_range != AVCOL_RANGE_UNSPECIFIED;
     shape.source = {WithoutRange(format), source->width, source->height,
-                    saysRange ? source->color_range : UsualRange(format)};
+                    saysRange ? source->color_range : UsualRange(format), OneName(source->colorspace)};
+    const bool keeps = m_matrix == AVCOL_SPC_UNSPECIFIED || !HasColourRange(m_format);
     shape.target = {WithoutRange(m_format), m_width ? m_width : source->width,
-                    m_height ? m_height : source->height, TargetRange(shape.source)};
-    shape.matrix = source->colorspace;
+                    m_height ? m_height : source->height, TargetRange(shape.source),
+                    keeps ? shape.source.matrix : OneName(m_matrix)};
     return shape;
+}
+
+bool Is601(AVColorSpace matrix) {
+    return matrix == AVCOL_SPC_UNSPECIFIED || matrix == AVCOL_SPC_BT470BG || matrix == AVCOL_SPC_SMPTE170M;
 }
 
 AVFramePtr Scaler::Fail(const std::string& reason) {
@@ -128,8 +139,9 @@ bool Scaler::Prepare(const Shape& shape) {
     if (av_opt_set(context.get(), "sws_dither", "bayer", 0) < 0) return false;
     if (sws_init_context(context.get(), nullptr, nullptr) < 0) return false;
     // After the start, which takes grey for full range whatever was asked.
-    const int* matrix = sws_getCoefficients(shape.matrix);
-    if (sws_setColorspaceDetails(context.get(), matrix, shape.source.range == AVCOL_RANGE_JPEG, matrix,
+    if (sws_setColorspaceDetails(context.get(), sws_getCoefficients(shape.source.matrix),
+                                 shape.source.range == AVCOL_RANGE_JPEG,
+                                 sws_getCoefficients(shape.target.matrix),
                                  shape.target.range == AVCOL_RANGE_JPEG, 0, kUnity, kUnity) < 0)
         return false;
     m_context = std::move(context);
@@ -150,6 +162,7 @@ AVFramePtr Scaler::Convert(const AVFrame* source) {
     // "RGB" as a matrix would make encoders write the planes as G, B and R.
     if (HasColourRange(m_format) && source->colorspace == AVCOL_SPC_RGB)
         result->colorspace = AVCOL_SPC_SMPTE170M;
+    if (m_matrix != AVCOL_SPC_UNSPECIFIED) result->colorspace = m_matrix;
 
     if (shape.source == shape.target) {
         av_image_copy(result->data, result->linesize, const_cast<const std::uint8_t**>(source->data),

@@ -14,14 +14,14 @@ enum class ScaleQuality { Fastest, Bilinear, Bicubic };
 ///
 /// The matrix is the picture's own (AVFrame::colorspace) on the way to RGB and back; a picture that has none,
 /// or says RGB, counts as BT.601 whatever its size. A converted picture keeps the matrix tag on RGB too, so
-/// that the way back uses it.
+/// that the way back uses it; a matrix that is asked for takes its place.
 class Scaler {
 public:
     /// Width or height 0 keep each source's own. A range of AVCOL_RANGE_UNSPECIFIED keeps the source's where
     /// both formats are YUV or grey, else takes the usual range of the target format; J formats are always
-    /// full range.
+    /// full range. A matrix of AVCOL_SPC_UNSPECIFIED keeps the source's.
     Scaler(AVPixelFormat format, int width, int height, ScaleQuality quality,
-           AVColorRange range = AVCOL_RANGE_UNSPECIFIED);
+           AVColorRange range = AVCOL_RANGE_UNSPECIFIED, AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED);
 
     /// Converts into a new picture from recycled memory, with the source's properties (time, display aspect
     /// ratio, field flags, colour description) and the range that it really has. Null when libswscale can't;
@@ -37,12 +37,12 @@ private:
         int width = 0;
         int height = 0;
         AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+        AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED; ///< one name for each matrix
         bool operator==(const Side&) const = default;
     };
     struct Shape {
         Side source;
         Side target;
-        AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
         bool operator==(const Shape&) const = default;
     };
 
@@ -56,9 +56,13 @@ private:
     int m_height;
     ScaleQuality m_quality;
     AVColorRange m_range;
+    AVColorSpace m_matrix;
     Shape m_shape; ///< the context's
     SwsContextPtr m_context;
     std::string m_error;
 };
+
+/// Whether pictures that say this matrix are read with BT.601's, as those are that say nothing.
+bool Is601(AVColorSpace matrix);
 
 } // namespace mediabridge

@@ -46,7 +46,7 @@ TEST(Properties, RotationIsCopiedOrCarriedOut) {
                    " -c copy -metadata:s:v rotate=" + angle + " " + input);
         ASSERT_FALSE(clips::RunText(rotation + input).empty());
         const std::string said = directory / (angle + ".mov");
-        clips::Render(input, said, "libx264");
+        clips::Render(input, said, "libx264", {});
         EXPECT_EQ(clips::RunText(rotation + said), clips::RunText(rotation + input));
         EXPECT_EQ(clips::Probe(said, "width"), "64");
 

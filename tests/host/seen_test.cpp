@@ -1,0 +1,258 @@
+/// Pictures as they are seen: upright, in their own colours, of their own shape, as the views that they hold.
+#include <array>
+#include <cstdlib>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "host/transition.h"
+#include "tests/host/clips.h"
+
+namespace {
+
+using clips::Bytes;
+
+const std::atomic<bool> kGoOn{false};
+
+class AsSeen : public testing::Test {
+protected:
+    std::string Path(const std::string& name) const { return m_directory / name; }
+    void Ffmpeg(const std::string& arguments, const std::string& output) {
+        clips::Run("ffmpeg -v error -nostdin -y " + arguments + " " + Path(output));
+    }
+    /// A copy that players turn.
+    void Turned(const std::string& input, const std::string& angle, const std::string& output) {
+        Ffmpeg("-i " + Path(input) + " -c copy -metadata:s:v rotate=" + angle, output);
+    }
+    /// The stream's mark for two views and its turn, as players are told of them.
+    std::string Marks(const std::string& name) const {
+        return clips::RunText("ffprobe -v error -show_entries "
+                              "stream_tags=stereo_mode:stream_side_data=type,rotation:frame_side_data=type "
+                              "-read_intervals %+#1 -of csv=p=0:nk=0 " +
+                              Path(name) +
+                              " | grep -io 'stereo_mode=[a-z_]*\\|stereo 3d\\|rotation' | sort -u");
+    }
+    void Render(const std::string& input, const std::string& output, const std::vector<std::string>& effects,
+                aveffect::StereoOptions stereo = {}, const std::string& pixelFormat = "auto") {
+        aveffect::RenderOptions options;
+        options.input = Path(input);
+        options.output = Path(output);
+        options.videoCodec = output.ends_with(".mkv") ? "ffv1" : "";
+        options.overwrite = true;
+        options.pixelFormat = pixelFormat;
+        options.stereo = std::move(stereo);
+        for (const std::string& effect : effects)
+            options.effects.push_back(aveffect::ParseEffect(effect, false));
+        clips::Render(options, kGoOn);
+    }
+    /// The first picture's colour at a place, in RGB.
+    std::array<int, 3> Colour(const std::string& name, int x = 4, int y = 4) const {
+        const Bytes rgb =
+            clips::Run("ffmpeg -v error -nostdin -i " + Path(name) + " -vf crop=1:1:" + std::to_string(x) +
+                       ":" + std::to_string(y) + ":exact=1 -frames:v 1 -pix_fmt rgb24 -f rawvideo -");
+        return {rgb.at(0), rgb.at(1), rgb.at(2)};
+    }
+
+    clips::TemporaryDirectory m_directory;
+};
+
+/// What a camera adds to its JPEG files.
+void SetOrientation(const std::string& path, int orientation) {
+    std::ifstream in(path, std::ios::binary);
+    std::string file((std::istreambuf_iterator<char>(in)), {});
+    std::string exif("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0?\0\0\0\0\0\0\0", 32);
+    exif[24] = static_cast<char>(orientation);
+    file.insert(2, std::string("\xFF\xE1\0\x22", 4) + exif);
+    std::ofstream(path, std::ios::binary) << file;
+}
+
+/// Three planes, chroma halved both ways, as the orientation has them seen.
+Bytes SeenPlanes(const Bytes& stored, int width, int height, int orientation) {
+    Bytes seen;
+    size_t begin = 0;
+    for (const int shift : {0, 1, 1}) {
+        const int w = (width + shift) >> shift, h = (height + shift) >> shift;
+        const bool quarter = orientation > 4;
+        for (int y = 0; y < (quarter ? w : h); ++y)
+            for (int x = 0; x < (quarter ? h : w); ++x) {
+                const std::array<std::pair<int, int>, 8> from = {{{x, y},
+                                                                  {w - 1 - x, y},
+                                                                  {w - 1 - x, h - 1 - y},
+                                                                  {x, h - 1 - y},
+                                                                  {y, x},
+                                                                  {y, h - 1 - x},
+                                                                  {w - 1 - y, h - 1 - x},
+                                                                  {w - 1 - y, x}}};
+                const auto& [column, row] = from[static_cast<size_t>(orientation - 1)];
+                seen.push_back(stored[begin + static_cast<size_t>(row * w + column)]);
+            }
+        begin += static_cast<size_t>(w * h);
+    }
+    return seen;
+}
+
+TEST_F(AsSeen, PhotosAreUpright) {
+    const std::string base =
+        clips::Make(Path("base.jpg"), "35x27", 25, 0.04, "-frames:v 1 -pix_fmt yuvj420p -q:v 2");
+    const Bytes stored = clips::Decode(base);
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        std::filesystem::copy_file(base, Path("photo.jpg"),
+                                   std::filesystem::copy_options::overwrite_existing);
+        SetOrientation(Path("photo.jpg"), orientation);
+        const Bytes seen = SeenPlanes(stored, 35, 27, orientation);
+        Render("photo.jpg", "plain.mkv", {});
+        EXPECT_TRUE(clips::Decode(Path("plain.mkv")) == seen) << orientation;
+        Render("photo.jpg", "inverted.mkv", {"invert"});
+        const bool quarter = orientation > 4;
+        EXPECT_TRUE(clips::Decode(Path("inverted.mkv")) ==
+                    clips::InvertYuv(seen, quarter ? 27 : 35, quarter ? 35 : 27, 1, 1, false))
+            << orientation;
+        Render("photo.jpg", "photo.png", {});
+        EXPECT_EQ(clips::Probe(Path("photo.png"), "width"), quarter ? "27" : "35");
+        EXPECT_EQ(Marks("photo.png"), "");
+    }
+}
+
+TEST_F(AsSeen, EffectsWorkOnTurnedClipsAsTheyAreShown) {
+    clips::Make(Path("flat.mov"), "64x48", 25, 0.12, "-c:v rawvideo -pix_fmt yuv420p");
+    clips::Make(Path("wide.mov"), "64x48", 25, 0.12, "-c:v prores_ks -pix_fmt yuv422p10le");
+    for (const std::string angle : {"90", "180", "270"}) {
+        Turned("flat.mov", angle, "in.mov");
+        const size_t width = angle == "180" ? 64 : 48, height = 112 - width;
+        const Bytes shown = clips::Run("ffmpeg -v error -nostdin -i " + Path("in.mov") + " -f rawvideo -");
+        Render("in.mov", "out.mkv", {"mosaic:mosaic_x1=50%:mosaic_x2=100%:mosaic_y2=100%:mosaic_step=4"});
+        const Bytes made = clips::Decode(Path("out.mkv"));
+        ASSERT_EQ(made.size(), shown.size());
+        size_t leftChanged = 0, rightChanged = 0;
+        for (size_t i = 0; i < width * height; ++i)
+            (i % width < width / 2 ? leftChanged : rightChanged) += made[i] != shown[i];
+        EXPECT_EQ(leftChanged, 0u) << angle;
+        EXPECT_GT(rightChanged, width * height / 8) << angle;
+        Render("in.mov", "out.mp4", {"gray"});
+        EXPECT_EQ(clips::Probe(Path("out.mp4"), "width"), std::to_string(width));
+        EXPECT_EQ(Marks("out.mp4"), "");
+        // Two views, one above the other as they are shown.
+        Render("in.mov", "upper.mkv", {"EffectName3DRenderEffect:render_3d_mode=left"},
+               {{}, aveffect::StereoLayout::TopAndBottom});
+        const Bytes upper = clips::Decode(Path("upper.mkv"));
+        EXPECT_TRUE(std::equal(upper.begin(), upper.begin() + static_cast<ptrdiff_t>(width * height / 2),
+                               shown.begin()))
+            << angle;
+        // Chroma that is halved one way alone keeps its format.
+        Turned("wide.mov", angle, "wide_turned.mov");
+        Render("wide_turned.mov", "wide.mkv", {});
+        EXPECT_EQ(clips::Probe(Path("wide.mkv"), "pix_fmt"), "yuv422p10le");
+    }
+    // The second clip's mark counts for its pictures, whatever the first one's.
+    Turned("flat.mov", "180", "over.mov");
+    Render("flat.mov", "views.mkv", {"EffectName3DRenderEffect:render_3d_mode=left:render_3d_swtich=on"},
+           {Path("over.mov"), {}});
+    const Bytes shown = clips::Run("ffmpeg -v error -nostdin -i " + Path("over.mov") + " -f rawvideo -");
+    EXPECT_TRUE(clips::Decode(Path("views.mkv")) == shown);
+}
+
+TEST_F(AsSeen, MarksOfTwoViewsHoldOrGo) {
+    const std::string beside = "EffectName3DRenderEffect:render_3d_mode=side-by-side";
+    clips::Make(Path("plain.mkv"), "64x48", 25, 0.12, "-c:v libx264 -pix_fmt yuv420p");
+    Ffmpeg("-i " + Path("plain.mkv") + " -c copy -metadata:s:v stereo_mode=left_right", "marked.mkv");
+    const std::string marked = Marks("marked.mkv");
+    ASSERT_NE(marked.find("left_right"), std::string::npos);
+    const std::pair<std::string, bool> kEffects[] = {
+        {"gray", true},     {"simple_gauss_blur", true}, {"directfadein", true},
+        {"portrait", true}, {"reverse", false},          {"tensile", false},
+        {"mirage", false},  {"videowall", false},        {"EffectNameRotate90X", false},
+    };
+    for (const auto& [effect, holds] : kEffects) {
+        Render("plain.mkv", "out.mkv", {beside, effect});
+        EXPECT_EQ(Marks("out.mkv"), holds ? marked : "") << effect;
+        Render("marked.mkv", "out.mkv", {effect});
+        EXPECT_EQ(Marks("out.mkv"), holds ? marked : "") << effect;
+    }
+    Render("plain.mkv", "out.mkv", {"reverse", beside, "gray"});
+    EXPECT_EQ(Marks("out.mkv"), marked);
+}
+
+/// A green that BT.601 and BT.709 tell apart by 12, in YUV of that matrix and range.
+const std::string kGreen = "-f lavfi -i color=0x1dbe2c:s=64x48:d=0.2,format=gbrp -c:v ffv1 ";
+std::string As(const std::string& matrix, const std::string& range, const std::string& format = "yuv420p") {
+    return kGreen + "-vf scale=out_color_matrix=" + matrix + ":out_range=" + range + ",format=" + format +
+           " -colorspace " + matrix + " -color_range " + range;
+}
+testing::AssertionResult IsGreen(const std::array<int, 3>& colour) {
+    for (const auto& [is, wanted] : {std::pair{colour[0], 0x1d}, {colour[1], 0xbe}, {colour[2], 0x2c}})
+        if (std::abs(is - wanted) > 3)
+            return testing::AssertionFailure() << colour[0] << " " << colour[1] << " " << colour[2];
+    return testing::AssertionSuccess();
+}
+
+TEST_F(AsSeen, ColoursAreThoseThatPicturesSay) {
+    Ffmpeg(As("bt709", "tv"), "hd.mkv");
+    Ffmpeg(As("smpte170m", "tv"), "sd.mkv");
+    Ffmpeg(As("bt709", "pc", "yuva420p"), "full.mkv");
+    Ffmpeg(As("bt2020nc", "tv", "yuv422p"), "wide.mkv");
+    const std::vector<std::string> names = {"hd", "sd", "full", "wide"};
+    for (const std::string& first : names)
+        for (const std::string& second : names) {
+            const std::string a = Path(first + ".mkv"), b = Path(second + ".mkv"),
+                              pair = first + ", " + second;
+            aveffect::TransitionOptions still{{Path("still.mp4"), "EffectNameMkFade"}, a, b};
+            still.film.overwrite = true;
+            still.film.crf = 4;
+            still.durationMs = 80;
+            still.holdAfterMs = 40;
+            aveffect::RenderTransition(clips::ThePlugin(), still, {}, kGoOn);
+            EXPECT_TRUE(IsGreen(Colour("still.mp4"))) << pair;
+            EXPECT_EQ(clips::Probe(Path("still.mp4"), "color_space"), clips::Probe(a, "color_space"));
+            clips::Run("ffmpeg -v error -nostdin -y -i " + Path("still.mp4") + " -vf reverse -c:v ffv1 " +
+                       Path("end.mkv"));
+            EXPECT_TRUE(IsGreen(Colour("end.mkv"))) << pair;
+
+            const std::string settings =
+                "EffectNameMkFade:EffectPropSourceDur=80:EffectPropVFPath1=" + b + ":EffectPropVFPath2=" + a;
+            for (const std::string format : {"auto", "yuv420p", "yuva420p"}) {
+                Render(first + ".mkv", "render.mkv", {settings}, {}, format);
+                EXPECT_TRUE(IsGreen(Colour("render.mkv"))) << pair << ", " << format;
+            }
+            Render(first + ".mkv", "views.mkv", {"EffectName3DRenderEffect:render_3d_mode=3"}, {b, {}});
+            EXPECT_TRUE(IsGreen(Colour("views.mkv"))) << pair;
+            EXPECT_TRUE(IsGreen(Colour("views.mkv", 48))) << pair;
+        }
+    for (const std::string& clip : names) {
+        // Moving the colours of an even picture leaves it as it is.
+        for (const std::string format : {"auto", "yuv420p"}) {
+            Render(clip + ".mkv", "anaglyph.mkv", {"EffectName3DRenderEffect:render_3d_mode=1"}, {}, format);
+            EXPECT_TRUE(IsGreen(Colour("anaglyph.mkv"))) << clip << ", " << format;
+        }
+        const aveffect::FrameOptions frame{
+            Path(clip + ".mkv"),
+            Path("frame.jpg"),
+            0,
+            {aveffect::ParseEffect("EffectName3DRenderEffect:render_3d_mode=1", false)},
+            "auto",
+            true};
+        aveffect::RenderFrame(clips::ThePlugin(), frame, {}, kGoOn);
+        EXPECT_TRUE(IsGreen(Colour("frame.jpg"))) << clip;
+        const aveffect::SheetOptions sheet{Path(clip + ".mkv"), Path("sd.mkv"), Path("sheet.jpg"), {}, true};
+        aveffect::RenderSheet(clips::ThePlugin(), sheet, {}, kGoOn);
+        EXPECT_TRUE(IsGreen(Colour("sheet.jpg"))) << clip;
+    }
+}
+
+TEST_F(AsSeen, PicturesOfClipsFitTheirOwnShape) {
+    for (const std::string shape : {"16/15", "3", "1/2"}) {
+        Ffmpeg("-f lavfi -i testsrc2=s=64x48:d=0.2 -vf loop=5:1:0,setsar=" + shape +
+                   " -c:v ffv1 -pix_fmt bgra",
+               "in.mkv");
+        const std::string path = Path("in.mkv");
+        Render("in.mkv", "out.mkv",
+               {"EffectNameMkLeftRightMove:EffectPropStartTime=1000:EffectPropVFPath1=" + path +
+                ":EffectPropVFPath2=" + path});
+        EXPECT_EQ(
+            clips::Run("ffmpeg -v error -nostdin -i " + Path("out.mkv") +
+                       " -frames:v 1 -f rawvideo -pix_fmt bgr24 -"),
+            clips::Run("ffmpeg -v error -nostdin -i " + path + " -frames:v 1 -f rawvideo -pix_fmt bgr24 -"))
+            << shape;
+    }
+}
+
+} // namespace
