@@ -4,13 +4,17 @@
 #include <cassert>
 #include <cstdlib>
 
-#include "AVEffect/factory.h"
+#include "aveffect/catalogue/distortions.h"
 
 namespace AVBased {
 
 CAtomizeVideoImageEffect::CAtomizeVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameAtomize)
-    , m_Kernels(Kernels<kernels::RemapKernels>()) {}
+    : CBasedVideoImageEffect(catalogue::kAtomize)
+    , m_Kernels(Kernels<kernels::RemapKernels>()) {
+    StartFrom("atomize_ishorizontal", &m_nIsHorizontal);
+    StartFrom("atomize_isvertical", &m_nIsVertical);
+    StartFrom("atomize_level", &m_nLevel);
+}
 
 void CAtomizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -165,7 +169,5 @@ void CAtomizeVideoImageEffect::ScatterFrame(IRawVideoFrame* pFrame, bool first) 
                 first ? AtomizeVerticalComponentEffectFirst(view) : AtomizeVerticalComponentEffect(view);
         });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CAtomizeVideoImageEffect)
 
 } // namespace AVBased

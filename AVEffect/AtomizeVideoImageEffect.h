@@ -57,9 +57,9 @@ private:
     void MapPlane(PlaneMap& map, size_t width, size_t rows, size_t pitch) const;
     void MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& plane) const;
 
-    unsigned m_nIsVertical = 0;
-    unsigned m_nIsHorizontal = 0;
-    unsigned m_nLevel = 0; // distances lie below it
+    unsigned m_nIsVertical;
+    unsigned m_nIsHorizontal;
+    unsigned m_nLevel; // distances lie below it
     const kernels::RemapKernels& m_Kernels;
     std::vector<uint32_t> m_Distances; // of a picture's samples, in row order
     size_t m_nWidth = 0, m_nRows = 0;  // of that picture

@@ -1,21 +1,25 @@
 // The factory of all audio effects.
-#include <array>
-
+#include "AVEffect/CAudioFaderEffect.h"
+#include "AVEffect/CAudioReplace.h"
+#include "AVEffect/CAudioVolume.h"
 #include "AVEffect/factory.h"
-
-#define AVEFFECT_DECLARE_ROW(Class, ...)                                                                     \
-    namespace AVBased {                                                                                      \
-    class Class;                                                                                             \
-    template <>                                                                                              \
-    IAudioProc* ConstructAudio<Class>(IAVManager*, const std::string&);                                      \
-    }
-AVEFFECT_AUDIO_EFFECTS(AVEFFECT_DECLARE_ROW)
+#include "aveffect/catalogue.h"
 
 namespace {
+
 using namespace AVBased;
-#define AVEFFECT_FACTORY_ROW(Class, name, ...) FactoryRow<IAudioProc>{name, &ConstructAudio<Class>},
-constexpr std::array<FactoryRow<IAudioProc>, kAudioEffects.size()> kRows = {
-    AVEFFECT_AUDIO_EFFECTS(AVEFFECT_FACTORY_ROW)};
+
+template <class Effect>
+constexpr auto Row = RowOf<IAudioProc, Effect>;
+
+// A new effect adds its row to the catalogue and its class here, in the same place.
+constexpr FactoryRow<IAudioProc> kRows[] = {
+    Row<CAudioReplace>(catalogue::kReplaceSound),
+    Row<CAudioFaderEffect>(catalogue::kFadeSound),
+    Row<CAudioVolume>(catalogue::kVolume),
+};
+static_assert(InTheOrderOf<IAudioProc>(kAudioEffects, kRows), "classes stand in the catalogue's order");
+
 } // namespace
 
 extern "C" [[gnu::visibility("default")]] IAudioProc* CreateAudioProc(IAVManager* manager, const char* name) {

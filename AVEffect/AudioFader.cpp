@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "BaseTools/CBaseException.h"
+#include "BaseTools/guarded.h"
 #include "kernels/sound.h"
 
 namespace AVBased {

@@ -1,13 +1,12 @@
 #include "AVEffect/CAudioFaderEffect.h"
 
-#include "AVEffect/factory.h"
+#include "BaseTools/guarded.h"
+#include "aveffect/catalogue/sounds.h"
 
 namespace AVBased {
 
-AVEFFECT_CONSTRUCT_AUDIO(CAudioFaderEffect)
-
 CAudioFaderEffect::CAudioFaderEffect()
-    : CBasedAudioEffect(effectNameAudioFader) {
+    : CBasedAudioEffect(catalogue::kFadeSound) {
     Bind("fader_start_time", &m_Settings.startTime);
     Bind("fader_duration", &m_Settings.duration);
     Bind("fader_start_scale", &m_Settings.startScale);

@@ -19,10 +19,10 @@ public:
 private:
     /// What the ramp is made of; times in milliseconds, a negative scale is not set.
     struct Settings {
-        int startTime = 0;
-        int duration = -1;
-        double startScale = -1.0;
-        double endScale = -1.0;
+        int startTime;
+        int duration;
+        double startScale;
+        double endScale;
 
         bool operator==(const Settings&) const = default;
     };

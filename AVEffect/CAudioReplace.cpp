@@ -4,7 +4,8 @@
 #include <cstring>
 #include <optional>
 
-#include "AVEffect/factory.h"
+#include "BaseTools/guarded.h"
+#include "aveffect/catalogue/sounds.h"
 
 namespace AVBased {
 
@@ -22,13 +23,8 @@ constexpr unsigned kMostBarrenItems = 1u << 24;
 
 } // namespace
 
-template <>
-IAudioProc* ConstructAudio<CAudioReplace>(IAVManager* manager, const std::string&) {
-    return new CAudioReplace(manager);
-}
-
 CAudioReplace::CAudioReplace(IAVManager* manager)
-    : CBasedAudioEffect(effectNameAudioReplace)
+    : CBasedAudioEffect(catalogue::kReplaceSound)
     , m_pManager(manager) {
     Bind("audio_replace_path", &m_strPath);
 }

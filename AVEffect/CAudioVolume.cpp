@@ -3,7 +3,7 @@
 #include <cassert>
 #include <climits>
 
-#include "AVEffect/factory.h"
+#include "aveffect/catalogue/sounds.h"
 
 namespace AVBased {
 
@@ -22,10 +22,8 @@ int16_t GainOf(unsigned volume) {
 
 } // namespace
 
-AVEFFECT_CONSTRUCT_AUDIO(CAudioVolume)
-
 CAudioVolume::CAudioVolume()
-    : CBasedAudioEffect(effectNameAudioVolume)
+    : CBasedAudioEffect(catalogue::kVolume)
     , m_Kernels(Kernels<kernels::SoundKernels>()) {
     Bind("audio_volume", &m_nVolume);
 }

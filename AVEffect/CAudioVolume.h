@@ -14,7 +14,7 @@ public:
 
 private:
     const kernels::SoundKernels& m_Kernels;
-    unsigned m_nVolume = 100; // percent; a negative value counts as a huge one
+    unsigned m_nVolume; // percent; a negative value counts as a huge one
 };
 
 } // namespace AVBased

@@ -19,7 +19,6 @@ constexpr unsigned kSubTypeAudio = 2;
 CBasedAudioEffect::CBasedAudioEffect(const char* name)
     : CProcessor(name, kTypeAudio, kSubTypeAudio, IAudioProcName) {
     Bind(PROP_NAME_DURATION, &m_nDuration);
-    AddCataloguedProperties(name);
 }
 
 CBasedAudioEffect::~CBasedAudioEffect() {

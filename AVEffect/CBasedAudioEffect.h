@@ -6,7 +6,12 @@ namespace AVBased {
 
 class CBasedAudioEffect : public CProcessor<IAudioProc> {
 public:
-    /// Registers the catalogue's properties under the effect's name.
+    /// With the name and the properties of its row.
+    explicit CBasedAudioEffect(const EffectInfo& effect)
+        : CBasedAudioEffect(effect.name) {
+        AddProperties(effect);
+    }
+    /// Without a row: "duration" is its only property.
     explicit CBasedAudioEffect(const char* name);
 
     // The last output frame is not released here: it is left to the host, which received it from ProcFrame.
@@ -22,7 +27,7 @@ public:
     virtual void InnerProcFrame(IRawAudioFrame* frame) = 0;
 
 protected:
-    int m_nDuration = 1;
+    int m_nDuration;
     // The copy that the last ProcFrame worked on, also one whose work failed. Released by the next one.
     IRawAudioFrame* m_pCurFrame = nullptr;
 

@@ -14,7 +14,6 @@ using BaseTool::Raise;
 namespace {
 
 constexpr unsigned kTypeVideo = 1;
-constexpr unsigned kSubTypeImage = 2;
 
 void CheckArguments(const ImagePostion* position, const IRawVideoFrame* frame) {
     if (!position || !frame) Raise(kBadPointer, "Bad pointer");
@@ -42,9 +41,9 @@ void CBasedVideoMotionXYEffect::ProcFrameInPlace(ImagePostion* position, int tim
     });
 }
 
-CBasedVideoImageEffect::CBasedVideoImageEffect(const char* name, const char* catalogueName)
+CBasedVideoImageEffect::CBasedVideoImageEffect(const EffectInfo& effect, const char* name)
     : CBasedVideoEffect(name, kSubTypeImage) {
-    AddCataloguedProperties(catalogueName);
+    AddProperties(effect);
 }
 
 CBasedVideoImageEffect::~CBasedVideoImageEffect() { const FramePtr last(m_pCurFrame); }

@@ -21,7 +21,7 @@ public:
                     IRawVideoFrame* second) override;
 
 protected:
-    unsigned m_nDuration = 1;
+    unsigned m_nDuration;
 };
 
 /// Effects that move a picture in place.
@@ -35,13 +35,16 @@ protected:
     virtual void InnerProcFrameInPlace(ImagePostion* position, int time, IRawVideoFrame* frame) = 0;
 };
 
-/// Effects that change a picture's bytes: all of this plug-in's. Registers the properties that the catalogue
-/// has under the effect's name, or under another one for effects that share a name.
+/// Effects that change a picture's bytes: all of this plug-in's.
 class CBasedVideoImageEffect : public CBasedVideoEffect {
 public:
+    /// With the properties of its row, and the row's name or another one.
+    explicit CBasedVideoImageEffect(const EffectInfo& effect)
+        : CBasedVideoImageEffect(effect, effect.name) {}
+    CBasedVideoImageEffect(const EffectInfo& effect, const char* name);
+    /// Without a row: "duration" is its only property.
     explicit CBasedVideoImageEffect(const char* name)
-        : CBasedVideoImageEffect(name, name) {}
-    CBasedVideoImageEffect(const char* name, const char* catalogueName);
+        : CBasedVideoEffect(name, kSubTypeImage) {}
     ~CBasedVideoImageEffect() override;
 
     IRawVideoFrame* ProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) override;
@@ -51,6 +54,8 @@ public:
     virtual void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* frame) = 0;
 
 private:
+    static constexpr unsigned kSubTypeImage = 2;
+
     IRawVideoFrame* m_pCurFrame = nullptr; // the copy that the last ProcFrame returned, owned
 };
 

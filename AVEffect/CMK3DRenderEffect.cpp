@@ -5,10 +5,10 @@
 #include <numeric>
 #include <utility>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_clone.h"
 #include "AVEffect/support/plane_copy.h"
 #include "aveffect/base_media.h"
+#include "aveffect/catalogue/stereo.h"
 #include "kernels/pick.h"
 
 namespace AVBased {
@@ -35,7 +35,10 @@ void FollowFrame(IRawVideoFrame* view, IRawVideoFrame* frame) {
 } // namespace
 
 CMK3DRenderEffect::CMK3DRenderEffect()
-    : CBasedVideoImageEffect(effectName3DRenderEffect) {}
+    : CBasedVideoImageEffect(catalogue::k3DRender) {
+    StartFrom("render_3d_depth", &m_nDepth);
+    StartFrom("render_3d_mode", &m_nMode);
+}
 
 void CMK3DRenderEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     if (name == "render_3d_depth") m_nDepth = node.value.int32;
@@ -120,7 +123,5 @@ void CMK3DRenderEffect::StretchSamples(const Plane8& to, const Plane8& from, siz
     uint8_t* scratch = FindPlaces(to.width, from.width, to.rows, offset);
     Kernels<kernels::PickKernels>().pickComponent(to, from, PlacesOf(m_Columns), PlacesOf(m_Rows), scratch);
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CMK3DRenderEffect)
 
 } // namespace AVBased

@@ -36,8 +36,8 @@ private:
 
     CAVBase3DRender m_Renderer;
     CTrans2D3D m_Converter;
-    int m_nMode = 3;
-    int m_nDepth = 80; ///< a quarter of the last frame's width once views have been rendered
+    int m_nMode;
+    int m_nDepth; ///< a quarter of the last frame's width once views have been rendered
     bool m_bSwap = false;
     double m_dRatio = 0; ///< share of the picture's width that a view shows
     FramePtr m_pLeftView, m_pRightView;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "AVEffect/factory.h"
-
 namespace AVBased {
 
 bool CMkBrokenBoxEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second,
@@ -32,7 +30,5 @@ bool CMkBrokenBoxEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* fir
         layers.Rest(canvas.height);
     });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkBrokenBoxEffect)
 
 } // namespace AVBased

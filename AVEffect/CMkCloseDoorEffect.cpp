@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "AVEffect/factory.h"
-
 namespace AVBased {
 
 bool CMkCloseDoorEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second,
@@ -20,7 +18,5 @@ bool CMkCloseDoorEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* fir
         layers.Rest(canvas.height);
     });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkCloseDoorEffect)
 
 } // namespace AVBased

@@ -1,6 +1,5 @@
 #include "AVEffect/CMkFadeEffect.h"
 
-#include "AVEffect/factory.h"
 #include "kernels/transition.h"
 
 namespace AVBased {
@@ -15,7 +14,5 @@ bool CMkFadeEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, I
                                                               pixels(canvas.second), Progress(time));
     });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkFadeEffect)
 
 } // namespace AVBased

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "AVEffect/factory.h"
 #include "aveffect/base_media.h"
 
 namespace AVBased {
@@ -29,7 +28,5 @@ bool CMkLeftRightMoveEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame*
         }
     });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkLeftRightMoveEffect)
 
 } // namespace AVBased

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "AVEffect/factory.h"
 #include "aveffect/base_media.h"
 
 namespace AVBased {
@@ -76,7 +75,5 @@ bool CMkRollEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, I
         Roll(canvas, shift);
     });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkRollEffect)
 
 } // namespace AVBased

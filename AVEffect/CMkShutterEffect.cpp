@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "AVEffect/factory.h"
-
 namespace AVBased {
 
 namespace {
@@ -76,7 +74,5 @@ bool CMkShutterEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first
                                       int time) {
     return DrawFromStart(out, first, second, time, [&](const Canvas& canvas) { Draw(canvas, time); });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkShutterEffect)
 
 } // namespace AVBased

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "AVEffect/factory.h"
 #include "aveffect/base_media.h"
 
 namespace AVBased {
@@ -35,7 +34,5 @@ bool CMkTurnEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, I
         }
     });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkTurnEffect)
 
 } // namespace AVBased

@@ -31,10 +31,9 @@ public:
 protected:
     using CBaseAVProc::GetProperty;
 
-    /// Registers the properties that the catalogue has for the effect of that name; none for other names.
-    void AddCataloguedProperties(const char* name) {
-        if (const EffectInfo* info = FindEffect(name))
-            for (const PropertyInfo& property : info->properties) AddProperty(property);
+    /// Registers an effect's properties.
+    void AddProperties(const EffectInfo& effect) {
+        for (const PropertyInfo& property : effect.properties) AddProperty(property);
     }
 };
 

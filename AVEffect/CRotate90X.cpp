@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "AVEffect/factory.h"
 #include "BaseTools/guarded.h"
+#include "aveffect/catalogue/distortions.h"
 #include "kernels/reverse.h"
 
 namespace AVBased {
@@ -62,7 +62,7 @@ constexpr bool IsClockwise(unsigned quarters) { return quarters == 1; }
 } // namespace
 
 CRotate90X::CRotate90X()
-    : CBasedVideoImageEffect(effectNameRotate90X) {
+    : CBasedVideoImageEffect(catalogue::kQuarterTurns) {
     AddInterface(EffectInterfaceNameProp, static_cast<IAVBaseProperty*>(this));
     Bind("Rotate90XDerection", &m_nDirection);
 }
@@ -134,7 +134,5 @@ bool CRotate90X::GetProp(const char* name, int* value) {
         Raise(kDoesNotExist, std::string("Value with name(") + name + ") does not exist");
     });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CRotate90X)
 
 } // namespace AVBased

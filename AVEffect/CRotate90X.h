@@ -30,7 +30,7 @@ private:
     void TurnPlanar(const PlanarView& view, unsigned quarters);
     void TurnPart(const Plane8& plane, const kernels::PlaneArea& area, unsigned quarters, uint8_t black);
 
-    unsigned m_nDirection = 0;   // quarter turns clockwise, modulo 4
+    unsigned m_nDirection;       // quarter turns clockwise, modulo 4
     kernels::PlaneArea m_Area{}; // the last frame's picture, in pixels
     Scratch m_Scratch;
 };

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cassert>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_planes.h"
 #include "AVEffect/support/mmx_choice.h"
 #include "BaseTools/guarded.h"
+#include "aveffect/catalogue/fades.h"
 #include "kernels/fade.h"
 
 namespace AVBased {
@@ -18,10 +18,6 @@ unsigned Rising(unsigned position, unsigned duration) { return (position << 8) /
 unsigned Falling(unsigned position, unsigned duration) { return ((duration - position) << 8) / duration; }
 // One level for the whole span: the direct fade-in does not look at the position.
 unsigned Constant(unsigned, unsigned duration) { return 15360 / duration; }
-
-// Direct fades give the base the names of the alpha fades. Only the factory tells them apart.
-constexpr const char* kNameIn = effectNameFadeIn;
-constexpr const char* kNameOut = effectNameFadeOut;
 
 void fade_in_out_rgba32(unsigned char* pBuffer, size_t pixels, size_t pitch, size_t rows, unsigned level) {
     assert(pBuffer != NULL);
@@ -36,13 +32,11 @@ void fade_in_out_yuva_Graphic(unsigned char* pBuffer, size_t bytes, size_t pitch
 
 } // namespace
 
-CFadeEffect::CFadeEffect(const char* name, const char* catalogueName, const char* minName,
-                         const char* maxName, unsigned max, RawLevel rawLevel)
-    : CBasedVideoImageEffect(name, catalogueName)
-    , m_nMax(max)
+CFadeEffect::CFadeEffect(const EffectInfo& effect, const char* name, RawLevel rawLevel)
+    : CBasedVideoImageEffect(effect, name)
     , m_pRawLevel(rawLevel) {
-    Bind(minName, &m_nMin);
-    Bind(maxName, &m_nMax);
+    Bind(effect.properties.front().name, &m_nMin);
+    Bind(effect.properties.back().name, &m_nMax);
 }
 
 std::optional<unsigned> CFadeEffect::LevelAt(int time, IRawVideoFrame* frame) {
@@ -56,8 +50,8 @@ std::optional<unsigned> CFadeEffect::LevelAt(int time, IRawVideoFrame* frame) {
     return level < m_nMin ? m_nMin : std::min(level, m_nMax);
 }
 
-CAlphaFadeEffect::CAlphaFadeEffect(const char* name, RawLevel rawLevel)
-    : CFadeEffect(name, name, "FadeMin", "FadeMax", 255, rawLevel) {}
+CAlphaFadeEffect::CAlphaFadeEffect(const EffectInfo& effect, RawLevel rawLevel)
+    : CFadeEffect(effect, effect.name, rawLevel) {}
 
 void CAlphaFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* pFrame) {
     assert(pFrame);
@@ -76,15 +70,14 @@ void CAlphaFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* p
 }
 
 CFadeInVideoImageEffect::CFadeInVideoImageEffect()
-    : CAlphaFadeEffect(kNameIn, Rising) {}
+    : CAlphaFadeEffect(catalogue::kFadeIn, Rising) {}
 
 CFadeOutVideoImageEffect::CFadeOutVideoImageEffect()
-    : CAlphaFadeEffect(kNameOut, Falling) {}
+    : CAlphaFadeEffect(catalogue::kFadeOut, Falling) {}
 
-CDirectFadeEffect::CDirectFadeEffect(const char* name, const char* catalogueName, const char* minName,
-                                     const char* colourName, const char* maxName, RawLevel rawLevel)
-    : CFadeEffect(name, catalogueName, minName, maxName, 256, rawLevel)
-    , m_strColourName(colourName) {
+CDirectFadeEffect::CDirectFadeEffect(const EffectInfo& effect, const char* name, RawLevel rawLevel)
+    : CFadeEffect(effect, name, rawLevel)
+    , m_strColourName(effect.properties[1].name) {
     if (ChoosesMmxKernels()) {
         fade_in_out_direct_rgba32 = fade_in_out_direct_rgba32_mmx;
         fade_in_out_direct_component = fade_in_out_direct_yuva_mmx;
@@ -122,13 +115,12 @@ void CDirectFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* 
         });
 }
 
+// Direct fades give the base the names of the alpha fades. Only the factory tells them apart.
 CDirectFadeInEffect::CDirectFadeInEffect()
-    : CDirectFadeEffect(kNameIn, effectNameDirectFadeIn, "fadein_min", "fadein_color", "fadein_max",
-                        Constant) {}
+    : CDirectFadeEffect(catalogue::kDirectFadeIn, effectNameFadeIn, Constant) {}
 
 CDirectFadeOutEffect::CDirectFadeOutEffect()
-    : CDirectFadeEffect(kNameOut, effectNameDirectFadeOut, "fadeout_min", "fadeout_color", "fadeout_max",
-                        Falling) {}
+    : CDirectFadeEffect(catalogue::kDirectFadeOut, effectNameFadeOut, Falling) {}
 
 // The two variants of a kernel compute the same, and inside both choose the fastest way.
 void fade_in_out_direct_rgba32_c(unsigned char* pBuffer, unsigned pixels, unsigned pitch, unsigned rows,
@@ -159,10 +151,5 @@ void fade_in_out_direct_yuva_mmx(unsigned char* pBuffer, unsigned bytes, unsigne
 
 std::atomic<DirectFadeKernel> fade_in_out_direct_rgba32 = fade_in_out_direct_rgba32_c;
 std::atomic<DirectFadeKernel> fade_in_out_direct_component = fade_in_out_direct_yuva_c;
-
-AVEFFECT_CONSTRUCT_VIDEO(CFadeInVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CFadeOutVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CDirectFadeInEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CDirectFadeOutEffect)
 
 } // namespace AVBased

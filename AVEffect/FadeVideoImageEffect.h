@@ -15,15 +15,14 @@ protected:
     /// From position and duration, both in the unit of the frames' times and position not above duration.
     using RawLevel = unsigned (*)(unsigned position, unsigned duration);
 
-    /// The level's floor and ceiling follow the two properties.
-    CFadeEffect(const char* name, const char* catalogueName, const char* minName, const char* maxName,
-                unsigned max, RawLevel rawLevel);
+    /// The level's floor and ceiling follow the effect's first and last property.
+    CFadeEffect(const EffectInfo& effect, const char* name, RawLevel rawLevel);
 
     /// Nothing for frames beyond the span. Throws CBaseException 10021008 at the start of an empty span.
     std::optional<unsigned> LevelAt(int time, IRawVideoFrame* frame);
 
 private:
-    unsigned m_nMin = 0;
+    unsigned m_nMin;
     unsigned m_nMax;
     RawLevel m_pRawLevel;
 };
@@ -34,7 +33,7 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 protected:
-    CAlphaFadeEffect(const char* name, RawLevel rawLevel);
+    CAlphaFadeEffect(const EffectInfo& effect, RawLevel rawLevel);
 };
 
 class CFadeInVideoImageEffect : public CAlphaFadeEffect {
@@ -54,8 +53,8 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 protected:
-    CDirectFadeEffect(const char* name, const char* catalogueName, const char* minName,
-                      const char* colourName, const char* maxName, RawLevel rawLevel);
+    /// The colour follows the effect's second property.
+    CDirectFadeEffect(const EffectInfo& effect, const char* name, RawLevel rawLevel);
 
 private:
     const char* m_strColourName;

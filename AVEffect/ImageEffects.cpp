@@ -3,8 +3,8 @@
 #include <cassert>
 #include <cmath>
 
-#include "AVEffect/factory.h"
 #include "BaseTools/guarded.h"
+#include "aveffect/catalogue/filters.h"
 
 namespace AVBased {
 
@@ -17,13 +17,12 @@ constexpr unsigned kMostPasses = 65535;
 
 } // namespace
 
-CFilterEffect::CFilterEffect(const char* name, const char* countName, PackedKernel packed,
-                             PlanarKernel planar)
-    : CBasedVideoImageEffect(name)
-    , m_strCountName(countName)
+CFilterEffect::CFilterEffect(const EffectInfo& effect, PackedKernel packed, PlanarKernel planar)
+    : CBasedVideoImageEffect(effect)
+    , m_strCountName(effect.properties.front().name)
     , m_pPacked(packed)
     , m_pPlanar(planar) {
-    Bind(countName, &m_nCount);
+    Bind(m_strCountName, &m_nCount);
 }
 
 namespace {
@@ -74,12 +73,11 @@ void CFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
 }
 
 CSimpleGaussBlurEffect::CSimpleGaussBlurEffect()
-    : CFilterEffect(effectNameSimpleGaussBlur, "blur_count", Kernels<kernels::Filter3x3Kernels>().blurRgba32,
+    : CFilterEffect(catalogue::kGaussBlur, Kernels<kernels::Filter3x3Kernels>().blurRgba32,
                     Kernels<kernels::Filter3x3Kernels>().blurComponent) {}
 
 CSimpleLaplacianSharpenEffect::CSimpleLaplacianSharpenEffect()
-    : CFilterEffect(effectNameSimpleLaplacianSharpen, "sharpen_count",
-                    Kernels<kernels::Filter3x3Kernels>().sharpenRgba32,
+    : CFilterEffect(catalogue::kLaplacianSharpen, Kernels<kernels::Filter3x3Kernels>().sharpenRgba32,
                     Kernels<kernels::Filter3x3Kernels>().sharpenComponent) {}
 
 void gauss_blur_component_c(unsigned char* plane, unsigned width, unsigned pitch, unsigned height) {
@@ -94,8 +92,8 @@ void laplacian_sharpen_component_c(unsigned char* plane, unsigned width, unsigne
         {plane, width, pitch, height}, scratch.Require(kernels::FilterScratchBytes(width)), false);
 }
 
-CColourEffect::CColourEffect(const char* name)
-    : CBasedVideoImageEffect(name)
+CColourEffect::CColourEffect(const EffectInfo& effect)
+    : CBasedVideoImageEffect(effect)
     , m_Kernels(Kernels<kernels::ColourKernels>()) {}
 
 namespace {
@@ -109,7 +107,7 @@ void FillChroma(const PlanarView& view, uint8_t u, uint8_t v) {
 } // namespace
 
 CGrayEffect::CGrayEffect()
-    : CColourEffect(effectNameGray) {}
+    : CColourEffect(catalogue::kGray) {}
 
 void CGrayEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
@@ -120,7 +118,7 @@ void CGrayEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
 }
 
 CFlipColorEffect::CFlipColorEffect()
-    : CColourEffect(effectNameFlipColor) {}
+    : CColourEffect(catalogue::kFlipColor) {}
 
 void CFlipColorEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
@@ -133,7 +131,7 @@ void CFlipColorEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame)
 }
 
 CInvertEffect::CInvertEffect()
-    : CColourEffect(effectNameInvert) {}
+    : CColourEffect(catalogue::kInvert) {}
 
 void CInvertEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
@@ -146,7 +144,7 @@ void CInvertEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
 }
 
 CAgedFilmEffect::CAgedFilmEffect()
-    : CColourEffect(effectNameAgedFilm) {}
+    : CColourEffect(catalogue::kAgedFilm) {}
 
 void CAgedFilmEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     assert(frame);
@@ -156,7 +154,11 @@ void CAgedFilmEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) 
 }
 
 CBrightnessContrastEffect::CBrightnessContrastEffect()
-    : CColourEffect(effectNameBrightnessContrast) {}
+    : CColourEffect(catalogue::kBrightnessContrast) {
+    StartFrom("brightness", &m_dBrightness);
+    StartFrom("contrast", &m_dContrast);
+    StartFrom("saturation", &m_dSaturation);
+}
 
 void CBrightnessContrastEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -225,31 +227,4 @@ void CBrightnessContrastEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
         [this](const PlanarView& view) { ProcPlanar(view); });
 }
 
-AVEFFECT_CONSTRUCT_VIDEO(CSimpleGaussBlurEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CSimpleLaplacianSharpenEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CGrayEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CFlipColorEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CInvertEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CAgedFilmEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CBrightnessContrastEffect)
-
 } // namespace AVBased
-
-// The factory's table, one row for each of the catalogue's.
-#define AVEFFECT_DECLARE_ROW(Class, ...)                                                                     \
-    namespace AVBased {                                                                                      \
-    class Class;                                                                                             \
-    template <>                                                                                              \
-    IVideoProc* ConstructVideo<Class>(IAVManager*, const std::string&);                                      \
-    }
-AVEFFECT_VIDEO_EFFECTS(AVEFFECT_DECLARE_ROW)
-
-namespace {
-using namespace AVBased;
-#define AVEFFECT_FACTORY_ROW(Class, name, ...) FactoryRow<IVideoProc>{name, &ConstructVideo<Class>},
-constexpr FactoryRow<IVideoProc> kRows[] = {AVEFFECT_VIDEO_EFFECTS(AVEFFECT_FACTORY_ROW)};
-} // namespace
-
-extern "C" [[gnu::visibility("default")]] IVideoProc* CreateVideoProc(IAVManager* manager, const char* name) {
-    return ConstructByName<IVideoProc>(kRows, manager, name);
-}

@@ -1,5 +1,5 @@
 #pragma once
-/// Colour and filter effects, and the factory of all video effects.
+/// Colour and filter effects.
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/support/frame_planes.h"
 #include "AVEffect/support/scratch.h"
@@ -17,7 +17,8 @@ protected:
     using PackedKernel = bool (*)(Plane32 plane, uint8_t* scratch, bool track) noexcept;
     using PlanarKernel = bool (*)(Plane8 plane, uint8_t* scratch, bool track) noexcept;
 
-    CFilterEffect(const char* name, const char* countName, PackedKernel packed, PlanarKernel planar);
+    /// The effect has one property, the number of passes.
+    CFilterEffect(const EffectInfo& effect, PackedKernel packed, PlanarKernel planar);
 
 private:
     bool FilterFrame(IRawVideoFrame* frame, bool track);
@@ -26,7 +27,7 @@ private:
     PackedKernel m_pPacked;
     PlanarKernel m_pPlanar;
     Scratch m_Scratch;
-    unsigned m_nCount = 1;
+    unsigned m_nCount;
 };
 
 class CSimpleGaussBlurEffect : public CFilterEffect {
@@ -42,7 +43,7 @@ public:
 /// An effect that changes every sample on its own.
 class CColourEffect : public CBasedVideoImageEffect {
 protected:
-    explicit CColourEffect(const char* name);
+    explicit CColourEffect(const EffectInfo& effect);
 
     const kernels::ColourKernels& m_Kernels;
 };
@@ -85,9 +86,9 @@ private:
     void ProcPacked(Plane32 plane) const;
     void ProcPlanar(const PlanarView& view) const;
 
-    double m_dSaturation = 0;
-    double m_dBrightness = 0;
-    double m_dContrast = 0;
+    double m_dSaturation;
+    double m_dBrightness;
+    double m_dContrast;
 };
 
 /// Blurs one plane of bytes in place, once: 1-2-1 by 1-2-1, divided by 16. Throws CBaseException 10021007

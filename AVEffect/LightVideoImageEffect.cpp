@@ -2,10 +2,10 @@
 
 #include <cassert>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_clone.h"
 #include "AVEffect/support/mmx_choice.h"
 #include "BaseTools/guarded.h"
+#include "aveffect/catalogue/looks.h"
 #include "kernels/edge_light.h"
 
 namespace AVBased {
@@ -15,20 +15,22 @@ using BaseTool::Raise;
 // Spotlight
 
 CSpotlightVideoImageEffect::CSpotlightVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameSpotlight) {
+    : CBasedVideoImageEffect(catalogue::kSpotlight) {
     Bind("spotlight_x", &m_nX);
     Bind("spotlight_y", &m_nY);
     Bind("spotlight_r", &m_nRadius);
     Bind("spotlight_density", &m_nDensity);
+    Bind("spotlight_color", &m_nColor);
+    m_Yuv = YuvColour::FromRgb(m_nColor);
+    int brightness = 0;
+    StartFrom("spotlight_brightness", &brightness);
+    SetBrightness(brightness);
 }
 
 void CSpotlightVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
-    if (name == "spotlight_brightness") m_nBrightness = int64_t{node.value.int32} * 256 / 100;
-    if (name == "spotlight_color") {
-        m_nColor = static_cast<unsigned>(node.value.int32);
-        m_Yuv = YuvColour::FromRgb(m_nColor);
-    }
+    if (name == "spotlight_brightness") SetBrightness(node.value.int32);
+    if (name == "spotlight_color") m_Yuv = YuvColour::FromRgb(m_nColor);
 }
 
 // A centre left of the picture or above it counts as one far beyond.
@@ -74,7 +76,7 @@ void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFra
 // Edge light
 
 CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameEdgeLight) {
+    : CBasedVideoImageEffect(catalogue::kEdgeLight) {
     Bind("edgelight_level", &m_nLevel);
 }
 
@@ -111,7 +113,7 @@ void CEdgeLightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFra
 // Radiate
 
 CRadiateVideoImageEffect::CRadiateVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameRadiate)
+    : CBasedVideoImageEffect(catalogue::kRadiate)
     , m_bUseMMX(ChoosesMmxKernels()) {
     Bind("radiate_x", &m_nX);
     Bind("radiate_y", &m_nY);
@@ -162,9 +164,5 @@ void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
         },
         [this](const PlanarView& view, const PlanarView& from) { RadiateComponentEffect(view, from); });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CSpotlightVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CEdgeLightVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CRadiateVideoImageEffect)
 
 } // namespace AVBased

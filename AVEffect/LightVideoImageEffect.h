@@ -23,13 +23,14 @@ private:
     bool Reaches(size_t width, size_t height) const;
     kernels::Spot Spot() const;
 
-    // These count until they are set, whatever the default texts say.
-    int m_nX = 250, m_nY = 250; // the centre
-    int m_nRadius = 200;
-    int64_t m_nBrightness = 128; // added, in 255ths; any percentage fits
-    unsigned m_nColor = 0xFFFFFF;
-    int m_nDensity = 40; // percent
-    YuvColour m_Yuv = YuvColour::FromRgb(0xFFFFFF);
+    void SetBrightness(int percent) { m_nBrightness = int64_t{percent} * 256 / 100; }
+
+    int m_nX, m_nY; // the centre
+    int m_nRadius;
+    int64_t m_nBrightness; // added, in 255ths; any percentage fits
+    unsigned m_nColor;
+    int m_nDensity; // percent
+    YuvColour m_Yuv;
     Scratch m_Scratch;
 };
 
@@ -44,7 +45,7 @@ private:
     void EdgeLightCompYEffect(Plane8 plane) const;
     void EdgeLightCompUVEffect(Plane8 plane) const;
 
-    int m_nLevel = 3;
+    int m_nLevel;
 };
 
 /// Blurs the picture along the rays from a centre, and brightens it.
@@ -60,8 +61,8 @@ private:
     kernels::Rays RaysToCentre() const;
     uint8_t* RequireFor(size_t width, size_t lumaRows, unsigned horizontalShift = 0);
 
-    int m_nX = 300, m_nY = 300; // the centre
-    int m_nLevel = 300;         // 16384ths of its distance that a sample goes on at a time
+    int m_nX, m_nY; // the centre
+    int m_nLevel;   // 16384ths of its distance that a sample goes on at a time
     bool m_bUseMMX;
     Scratch m_Scratch;
 };

@@ -7,6 +7,7 @@
 
 #include "avbase/avbase_srcutils/avbase_url.h"
 #include "avbase/avbase_srcutils/holders.h"
+#include "aveffect/catalogue/transitions.h"
 
 namespace AVBased {
 
@@ -71,9 +72,14 @@ void CopyPlanes(IRawVideoFrame* to, IRawVideoFrame* from) {
 
 CMkBaseTransitionEffect::CMkBaseTransitionEffect(IAVManager* manager, const std::string& name)
     // All transitions have the same properties.
-    : CBasedVideoImageEffect(name.c_str(), effectNameMkFade)
-    , m_pManager(manager)
-    , m_pCropPan(CreateRawVideoFrameCropPan()) {}
+    : CBasedVideoImageEffect(catalogue::kCrossFade, name.c_str())
+    , m_pManager(manager) {
+    StartFrom("EffectPropSourceDur", &m_nSourceDur);
+    StartFrom("EffectPropVFPath1", &m_strPath1);
+    StartFrom("EffectPropVFPath2", &m_strPath2);
+    StartFrom("EffectPropStartTime", &m_nStartTime);
+    m_pCropPan = CreateRawVideoFrameCropPan(); // last: nothing frees it when a constructor fails
+}
 
 CMkBaseTransitionEffect::~CMkBaseTransitionEffect() { ReleaseElements(); }
 

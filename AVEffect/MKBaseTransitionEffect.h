@@ -77,15 +77,15 @@ private:
     void ProcConverted(ImagePostion* position, int time, IRawVideoFrame* frame);
 
     IAVManager* m_pManager;
-    unsigned m_nSourceDur = 0;
+    unsigned m_nSourceDur;
     std::string m_strPath1;
     std::string m_strPath2;
     IRawVideoFrame* m_pFirst = nullptr;
     IRawVideoFrame* m_pSecond = nullptr;
-    int m_nStartTime = 0;
+    int m_nStartTime;
     IImageConverter* m_pToBgra = nullptr; // made on first need, as is the next
     IImageConverter* m_pBack = nullptr;
-    IRawVideoFrameCropPan* m_pCropPan;
+    IRawVideoFrameCropPan* m_pCropPan = nullptr;
     IImageConverter* m_pScaler = nullptr; // of the last fit, as are the pictures
     IRawVideoFrame* m_pScaled = nullptr;
     IRawVideoFrame* m_pPadded = nullptr;

@@ -4,14 +4,14 @@
 #include <cassert>
 #include <cmath>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_clone.h"
 #include "AVEffect/support/mmx_choice.h"
+#include "aveffect/catalogue/distortions.h"
 
 namespace AVBased {
 
 CMagnifierVideoImageEffect::CMagnifierVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameMagnifier)
+    : CBasedVideoImageEffect(catalogue::kMagnifier)
     , m_nUseMMX(ChoosesMmxKernels()) {
     Bind("magnifier_r", &m_nRadius);
     Bind("magnifier_x", &m_nX);
@@ -192,7 +192,5 @@ void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFra
                 MagnifierNearestComponentEffect(view, from);
         });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CMagnifierVideoImageEffect)
 
 } // namespace AVBased

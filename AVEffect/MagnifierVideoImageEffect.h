@@ -50,9 +50,9 @@ private:
     const kernels::Circle& CircleFor(size_t width, size_t rows, unsigned horizontalShift,
                                      unsigned verticalShift);
 
-    int m_nRadius = 0;
-    int m_nX = 0, m_nY = 0; // the centre
-    double m_dScale = 0;
+    int m_nRadius;
+    int m_nX, m_nY; // the centre
+    double m_dScale;
     unsigned m_nUseMMX;
     Axis m_Columns, m_Rows;
     PlaneCircle m_Circle;

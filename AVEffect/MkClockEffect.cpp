@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "AVEffect/factory.h"
-
 namespace AVBased {
 
 namespace {
@@ -86,7 +84,5 @@ bool CMkClockEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, 
             DrawLastQuarter(canvas, layers, angle);
     });
 }
-
-AVEFFECT_CONSTRUCT_TRANSITION(CMkClockEffect)
 
 } // namespace AVBased

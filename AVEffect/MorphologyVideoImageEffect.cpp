@@ -2,13 +2,13 @@
 
 #include <cassert>
 
-#include "AVEffect/factory.h"
+#include "aveffect/catalogue/filters.h"
 #include "kernels/morphology.h"
 
 namespace AVBased {
 
-CMorphologyEffect::CMorphologyEffect(const char* name, PackedKernel packed, PlanarKernel planar)
-    : CBasedVideoImageEffect(name)
+CMorphologyEffect::CMorphologyEffect(const EffectInfo& effect, PackedKernel packed, PlanarKernel planar)
+    : CBasedVideoImageEffect(effect)
     , m_pPacked(packed)
     , m_pPlanar(planar) {}
 
@@ -27,14 +27,11 @@ void CMorphologyEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFram
 }
 
 CDilateVideoImageEffect::CDilateVideoImageEffect()
-    : CMorphologyEffect(effectNameDilate, Kernels<kernels::MorphologyKernels>().dilateRgba32,
+    : CMorphologyEffect(catalogue::kDilate, Kernels<kernels::MorphologyKernels>().dilateRgba32,
                         Kernels<kernels::MorphologyKernels>().dilateComponent) {}
 
 CErodeVideoImageEffect::CErodeVideoImageEffect()
-    : CMorphologyEffect(effectNameErode, Kernels<kernels::MorphologyKernels>().erodeRgba32,
+    : CMorphologyEffect(catalogue::kErode, Kernels<kernels::MorphologyKernels>().erodeRgba32,
                         Kernels<kernels::MorphologyKernels>().erodeComponent) {}
-
-AVEFFECT_CONSTRUCT_VIDEO(CDilateVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CErodeVideoImageEffect)
 
 } // namespace AVBased

@@ -15,7 +15,7 @@ protected:
     using PackedKernel = void (*)(Plane32 plane, uint8_t* scratch) noexcept;
     using PlanarKernel = void (*)(Plane8 plane, uint8_t* scratch) noexcept;
 
-    CMorphologyEffect(const char* name, PackedKernel packed, PlanarKernel planar);
+    CMorphologyEffect(const EffectInfo& effect, PackedKernel packed, PlanarKernel planar);
 
 private:
     PackedKernel m_pPacked;

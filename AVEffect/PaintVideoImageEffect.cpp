@@ -5,8 +5,9 @@
 #include <cmath>
 #include <numbers>
 
-#include "AVEffect/factory.h"
 #include "BaseTools/guarded.h"
+#include "aveffect/catalogue/filters.h"
+#include "aveffect/catalogue/looks.h"
 #include "kernels/colour.h"
 #include "kernels/stroke.h"
 
@@ -17,11 +18,15 @@ using BaseTool::Raise;
 // Stroke
 
 CStrokeVideoImageEffect::CStrokeVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameStroke) {}
+    : CBasedVideoImageEffect(catalogue::kStroke) {
+    int pressure = 0;
+    StartFrom("stroke_pressure", &pressure);
+    SetPressure(pressure);
+}
 
 void CStrokeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
-    if (name == "stroke_pressure") m_nThreshold = 100 - static_cast<unsigned>(node.value.int32);
+    if (name == "stroke_pressure") SetPressure(node.value.int32);
 }
 
 void CStrokeVideoImageEffect::StrokeRgba32Effect(Plane32 plane) {
@@ -52,7 +57,7 @@ void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 // Portrait
 
 CPortraitVideoImageEffect::CPortraitVideoImageEffect()
-    : CBasedVideoImageEffect(effectNamePortrait) {
+    : CBasedVideoImageEffect(catalogue::kPortrait) {
     Bind("portrait_width", &m_nWidth);
 }
 
@@ -112,8 +117,6 @@ void CPortraitVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
 
 namespace {
 
-constexpr int kInitialAngle = 40;
-
 // In degrees. A neighbour's weight is the cosine of the angle between its direction and the light's way; each
 // is truncated by itself, so that opposite ones may differ by one.
 kernels::ReliefWeights WeightsOf(int angle) {
@@ -127,8 +130,11 @@ kernels::ReliefWeights WeightsOf(int angle) {
 } // namespace
 
 CReliefVideoImageEffect::CReliefVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameRelief)
-    , m_Weights(WeightsOf(kInitialAngle)) {}
+    : CBasedVideoImageEffect(catalogue::kRelief) {
+    int angle = 0;
+    StartFrom("relief_angle", &angle);
+    m_Weights = WeightsOf(angle);
+}
 
 void CReliefVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -163,7 +169,7 @@ void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 // Oil painting
 
 COilPaintingVideoImageEffect::COilPaintingVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameOilPainting) {
+    : CBasedVideoImageEffect(catalogue::kOilPainting) {
     Bind("oilpainting_brushsize", &m_nRadius);
     Bind("oilpainting_coarseness", &m_nLevels);
 }
@@ -208,10 +214,5 @@ void COilPaintingVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoF
             if (!view.y.Empty()) OilPaintingComponentEffect(view);
         });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CStrokeVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CPortraitVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CReliefVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(COilPaintingVideoImageEffect)
 
 } // namespace AVBased

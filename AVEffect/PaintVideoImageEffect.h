@@ -17,10 +17,11 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 private:
+    void SetPressure(int pressure) { m_nThreshold = 100 - static_cast<unsigned>(pressure); }
     void StrokeRgba32Effect(Plane32 plane);
     void StrokeComponentEffect(const PlanarView& view) const;
 
-    unsigned m_nThreshold = 32; // of contrast; pressures above 100 make it so large that all is white
+    unsigned m_nThreshold; // of contrast; pressures above 100 make it so large that all is white
     Scratch m_Scratch;
 };
 
@@ -34,7 +35,7 @@ private:
     void PortraitRgba32Effect(Plane32 plane);
     void PortraitComponentEffect(const PlanarView& view);
 
-    int m_nWidth = 200;    // of the bands, in pixels
+    int m_nWidth;          // of the bands, in pixels
     unsigned m_nColor = 0; // 0xAARRGGBB; only colours that were set are opaque
     YuvColour m_Yuv;
     PortraitMixes m_Mixes;
@@ -66,8 +67,8 @@ private:
     /// Throws CBaseException 10021008 for what no neighbourhood or number of bins can be.
     kernels::OilBrush BrushFor(size_t width, size_t height) const;
 
-    int m_nRadius = 3;  // of the neighbourhood, in pixels
-    int m_nLevels = 50; // of brightness
+    int m_nRadius; // of the neighbourhood, in pixels
+    int m_nLevels; // of brightness
     Scratch m_Scratch;
 };
 

@@ -2,8 +2,8 @@
 
 #include <cassert>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_planes.h"
+#include "aveffect/catalogue/distortions.h"
 #include "kernels/reverse.h"
 
 namespace AVBased {
@@ -41,7 +41,7 @@ void mirror_vertical_reverse_component_c(unsigned char* pBuffer, unsigned bytes,
 }
 
 CReverseVideoImageEffect::CReverseVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameReverse) {
+    : CBasedVideoImageEffect(catalogue::kReverse) {
     Bind("mirror", &m_nMirror);
     Bind("vertical", &m_nVertical);
 }
@@ -68,7 +68,5 @@ void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
             if (view.hasAlpha) reverse(planar, view.alpha);
         });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CReverseVideoImageEffect)
 
 } // namespace AVBased

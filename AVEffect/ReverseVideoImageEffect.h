@@ -11,8 +11,8 @@ public:
 
 private:
     // Each is on with 1 alone.
-    int m_nMirror = 0;
-    int m_nVertical = 0;
+    int m_nMirror;
+    int m_nVertical;
 };
 
 /// Exchange the halves of a plane of pixels or bytes in place, the middle of odd sizes left out: left and

@@ -5,10 +5,11 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_clone.h"
 #include "AVEffect/support/mmx_choice.h"
 #include "BaseTools/guarded.h"
+#include "aveffect/catalogue/filters.h"
+#include "aveffect/catalogue/looks.h"
 #include "kernels/emboss.h"
 #include "kernels/fade.h"
 #include "kernels/key.h"
@@ -50,7 +51,7 @@ std::atomic<EmbossKernel> emboss_effect_rgba32 = emboss_effect_rgba32_c;
 std::atomic<EmbossKernel> emboss_effect_component = emboss_effect_component_c;
 
 CEmbossVideoImageEffect::CEmbossVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameEmboss) {
+    : CBasedVideoImageEffect(catalogue::kEmboss) {
     Bind("emboss_level", &m_nLevel);
     if (ChoosesMmxKernels()) {
         emboss_effect_rgba32 = emboss_effect_rgba32_mmx;
@@ -75,7 +76,7 @@ void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 // Mosaic
 
 CMosaicVideoImageEffect::CMosaicVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameMosaic)
+    : CBasedVideoImageEffect(catalogue::kMosaic)
     , m_nUseMMX(ChoosesMmxKernels()) {
     Bind("mosaic_x1", &m_nX1);
     Bind("mosaic_y1", &m_nY1);
@@ -143,7 +144,7 @@ void CMosaicVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 // Mirage
 
 CMirageVideoImageEffect::CMirageVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameMirage)
+    : CBasedVideoImageEffect(catalogue::kMirage)
     , m_nUseMMX(ChoosesMmxKernels()) {
     Bind("mirage_width", &m_nWidth);
     Bind("mirage_alpha", &m_nAlpha);
@@ -215,7 +216,7 @@ void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 // Transparency
 
 CTransparencyAjustEffect::CTransparencyAjustEffect()
-    : CBasedVideoImageEffect(effectNameTransparency) {
+    : CBasedVideoImageEffect(catalogue::kTransparency) {
     Bind("transparency_scale", &m_nScale);
 }
 
@@ -247,15 +248,15 @@ void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
 // Colour filter
 
 CColorFilterEffect::CColorFilterEffect()
-    : CBasedVideoImageEffect(effectNameColorFilter) {
+    : CBasedVideoImageEffect(catalogue::kColorFilter) {
     Bind("filter_scope", &m_nScope);
+    Bind("filter_color", &m_nColor);
+    m_Yuv = YuvColour::FromRgb(m_nColor);
 }
 
 void CColorFilterEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
-    if (name != "filter_color") return;
-    m_nColor = static_cast<unsigned>(node.value.int32);
-    m_Yuv = YuvColour::FromRgb(m_nColor);
+    if (name == "filter_color") m_Yuv = YuvColour::FromRgb(m_nColor);
 }
 
 // The scope counts in each byte, but the comparison is of all 24 bits as one number.
@@ -296,13 +297,23 @@ void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFra
 
 // Noise
 
+namespace {
+
+unsigned ShiftOf(int level) { return static_cast<unsigned>(std::clamp<int64_t>(int64_t{12} - level, 0, 31)); }
+
+} // namespace
+
 CAddNoiseVideoImageEffect::CAddNoiseVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameAddNoise) {}
+    : CBasedVideoImageEffect(catalogue::kAddNoise) {
+    int level = 0;
+    StartFrom("addnoise_level", &level);
+    m_nShift = ShiftOf(level);
+}
 
 void CAddNoiseVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
     if (name != "addnoise_level") return;
-    const auto shift = static_cast<unsigned>(std::clamp<int64_t>(int64_t{12} - node.value.int32, 0, 31));
+    const unsigned shift = ShiftOf(node.value.int32);
     if (shift != m_nShift) {
         m_PixelNoise.Clear();
         m_SampleNoise.Clear();
@@ -350,12 +361,5 @@ void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
                 AddNoiseComponentEffectFirst(view.y);
         });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CEmbossVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CMosaicVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CMirageVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CTransparencyAjustEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CColorFilterEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CAddNoiseVideoImageEffect)
 
 } // namespace AVBased

@@ -16,7 +16,7 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 private:
-    int m_nLevel = 0;
+    int m_nLevel;
 };
 
 /// Emboss in place. The kernels differ in what overflows how, see kernels::EmbossKernels. A null buffer fails
@@ -47,8 +47,8 @@ private:
     void MosaicComponentEffect(const PlanarView& view);
     bool HasBlocks(size_t width, size_t height, unsigned smallestStep) const;
 
-    unsigned m_nX1 = 0, m_nY1 = 0, m_nX2 = 0, m_nY2 = 0; // two opposite corners, in pixels
-    unsigned m_nStep = 0;                                // blocks are 2^step pixels wide and high
+    unsigned m_nX1, m_nY1, m_nX2, m_nY2; // two opposite corners, in pixels
+    unsigned m_nStep;                    // blocks are 2^step pixels wide and high
     unsigned m_nUseMMX;
     Scratch m_Scratch;
 };
@@ -63,8 +63,8 @@ private:
     void MirageRgba32EffectMMX(Plane32 plane, Plane32 copy);
     void MirageComponentEffect(const PlanarView& view, const PlanarView& copy);
 
-    unsigned m_nWidth = 10; // 200ths of the picture that it is enlarged by
-    unsigned m_nAlpha = 10; // percent, roughly
+    unsigned m_nWidth; // 200ths of the picture that it is enlarged by
+    unsigned m_nAlpha; // percent, roughly
     unsigned m_nUseMMX;
     Scratch m_Scratch;
 };
@@ -76,7 +76,7 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 private:
-    int m_nScale = 0; // 256ths
+    int m_nScale; // 256ths
 };
 
 class CColorFilterEffect : public CBasedVideoImageEffect {
@@ -89,8 +89,8 @@ private:
     void FilterRGBA32Effect(Plane32 plane) const;
     void FilterComponentEffect(const PlanarView& view);
 
-    int m_nScope = 0; // how far the colour may be missed
-    unsigned m_nColor = 0;
+    int m_nScope; // how far the colour may be missed
+    unsigned m_nColor;
     YuvColour m_Yuv;
     Scratch m_Scratch;
 };
@@ -109,7 +109,7 @@ private:
     void AddNoiseComponentEffect(Plane8 plane) const;
     unsigned Gain() const { return 20 * m_nShift + 40; }
 
-    unsigned m_nShift = 8; // 0 to 31; the property's default text would give 10, but only a set of it counts
+    unsigned m_nShift; // 0 to 31
     NoiseTable m_PixelNoise{NoiseTable::Layout::Pixels};
     NoiseTable m_SampleNoise{NoiseTable::Layout::Samples};
 };

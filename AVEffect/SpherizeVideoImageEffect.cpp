@@ -6,9 +6,9 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_clone.h"
 #include "aveffect/base_media.h"
+#include "aveffect/catalogue/distortions.h"
 
 namespace AVBased {
 
@@ -18,6 +18,14 @@ namespace {
 int32_t LowBits(double scale) { return static_cast<int32_t>(std::bit_cast<uint64_t>(scale)); }
 
 } // namespace
+
+CCircleMapEffect::CCircleMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater)
+    : CStoredMapEffect(effect, outside, writesRimLater) {
+    StartFrom(effect.properties[0].name, &m_nRadius);
+    StartFrom(effect.properties[1].name, &m_nX);
+    StartFrom(effect.properties[2].name, &m_nY);
+    StartFrom(effect.properties[3].name, &m_dScale);
+}
 
 bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
     if (m_nRadius < 0 || m_nX < 0 || m_nY < 0) return false;
@@ -71,7 +79,7 @@ uint32_t Squares(int64_t dx, int64_t dy) { return static_cast<uint32_t>(dx * dx 
 } // namespace
 
 CSpherizeVideoImageEffect::CSpherizeVideoImageEffect()
-    : CCircleMapEffect(effectNameSpherize, Outside::PlanarWhite, false) {}
+    : CCircleMapEffect(catalogue::kSpherize, Outside::PlanarWhite, false) {}
 
 void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -130,7 +138,7 @@ void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
 // Rotate
 
 CRotateVideoImageEffect::CRotateVideoImageEffect()
-    : CCircleMapEffect(effectNameRotate, Outside::White, true) {}
+    : CCircleMapEffect(catalogue::kRotate, Outside::White, true) {}
 
 void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -189,8 +197,5 @@ void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
                 RotateComponentEffect(view, from);
         });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CSpherizeVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CRotateVideoImageEffect)
 
 } // namespace AVBased

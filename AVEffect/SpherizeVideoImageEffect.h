@@ -11,7 +11,8 @@ namespace AVBased {
 /// What spherize and rotate share: the circle.
 class CCircleMapEffect : public CStoredMapEffect {
 protected:
-    using CStoredMapEffect::CStoredMapEffect;
+    /// The effect's properties are the radius, the centre's column and row, and the scale.
+    CCircleMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater);
 
     /// A place in the picture; it may lie outside.
     struct Source {
@@ -34,9 +35,9 @@ protected:
     }
     static int32_t Narrow(int64_t x) { return Truncate(static_cast<double>(x)); }
 
-    int m_nRadius = 0;
-    int m_nX = 0, m_nY = 0; // the centre
-    double m_dScale = 0;
+    int m_nRadius;
+    int m_nX, m_nY; // the centre
+    double m_dScale;
 
 private:
     SamplePlaces SourcesOf(size_t y) override;

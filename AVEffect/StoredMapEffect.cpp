@@ -15,8 +15,8 @@ constexpr uint32_t kOutside = 0xFFFFFFFF; // of every plane
 
 } // namespace
 
-CStoredMapEffect::CStoredMapEffect(const char* name, Outside outside, bool writesRimLater)
-    : CBasedVideoImageEffect(name)
+CStoredMapEffect::CStoredMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater)
+    : CBasedVideoImageEffect(effect)
     , m_Outside(outside)
     , m_bWritesRimLater(writesRimLater)
     , m_Kernels(Kernels<kernels::RemapKernels>()) {}

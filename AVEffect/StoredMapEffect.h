@@ -20,7 +20,7 @@ protected:
     enum class Outside { Kept, White, PlanarWhite };
 
     /// With writesRimLater the frame that the map is made on leaves out what WrittenAtOnce says.
-    CStoredMapEffect(const char* name, Outside outside, bool writesRimLater);
+    CStoredMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater);
 
     /// Makes the map for pictures of that size in pixels, and says so in m_nMapValid. False where there is
     /// none.

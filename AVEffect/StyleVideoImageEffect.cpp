@@ -8,9 +8,10 @@
 #include <numbers>
 #include <numeric>
 
-#include "AVEffect/factory.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
+#include "aveffect/catalogue/distortions.h"
+#include "aveffect/catalogue/looks.h"
 #include "kernels/pop.h"
 
 namespace AVBased {
@@ -20,9 +21,10 @@ using BaseTool::Raise;
 // Poster
 
 CPopStyleVideoImageEffect::CPopStyleVideoImageEffect()
-    : CBasedVideoImageEffect(effectNamePopStyle) {
+    : CBasedVideoImageEffect(catalogue::kPopStyle) {
     Bind("popstyle_threshold", &m_nThreshold);
     Bind("popstyle_color", &m_nColor);
+    m_Yuv = YuvColour::FromRgb(m_nColor);
 }
 
 void CPopStyleVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
@@ -64,7 +66,7 @@ void CPopStyleVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
 // Video wall
 
 CWallVideoImageEffect::CWallVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameVideoWall) {
+    : CBasedVideoImageEffect(catalogue::kVideoWall) {
     Bind("videowall_horiTiles", &m_Horizontal.count);
     Bind("videowall_verTiles", &m_Vertical.count);
 }
@@ -223,7 +225,17 @@ CTileReflectVideoImageEffect::Turn CTileReflectVideoImageEffect::Turn::Of(int de
 }
 
 CTileReflectVideoImageEffect::CTileReflectVideoImageEffect()
-    : CLensMapEffect(effectNameTileReflect) {}
+    : CLensMapEffect(catalogue::kTileReflect) {
+    int size = 0;
+    StartFrom("tilereflect_size", &size);
+    m_nZoom = ZoomOf(size);
+    StartFrom("tilereflect_curvature", &m_nCurvature);
+}
+
+std::optional<int32_t> CTileReflectVideoImageEffect::ZoomOf(int size) {
+    if (size == 0) return std::nullopt;
+    return 46080 / size; // 180 * 256
+}
 
 void CTileReflectVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -233,8 +245,7 @@ void CTileReflectVideoImageEffect::OnSetProperty(const std::string& name, Proper
     };
     const int value = node.value.int32;
     if (name == "tilereflect_angle") store(m_Turn, Turn::Of(value));
-    if (name == "tilereflect_size")
-        store(m_nZoom, value == 0 ? std::nullopt : std::optional<int32_t>(46080 / value)); // 180 * 256
+    if (name == "tilereflect_size") store(m_nZoom, ZoomOf(value));
     if (name == "tilereflect_curvature") store(m_nCurvature, value);
 }
 
@@ -269,7 +280,9 @@ void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoF
 // Inversion
 
 CMirrorInvertVideoImageEffect::CMirrorInvertVideoImageEffect()
-    : CLensMapEffect(effectNameMirrorInvert) {}
+    : CLensMapEffect(catalogue::kMirrorInvert) {
+    StartFrom("mirrorinvert_amount", &m_nAmount);
+}
 
 void CMirrorInvertVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoEffect::OnSetProperty(name, node);
@@ -296,10 +309,5 @@ void CMirrorInvertVideoImageEffect::FindRow(uint32_t y, uint32_t* columns, uint3
 void CMirrorInvertVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     MapFrame(pFrame, "mirrorinvert_amount");
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CPopStyleVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CWallVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CTileReflectVideoImageEffect)
-AVEFFECT_CONSTRUCT_VIDEO(CMirrorInvertVideoImageEffect)
 
 } // namespace AVBased

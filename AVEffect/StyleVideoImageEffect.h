@@ -22,10 +22,9 @@ private:
     void PopStyleRgba32Effect(Plane32 plane) const;
     void PopStyleComponentEffect(const PlanarView& view) const;
 
-    // These are not what the properties' default texts say; only a set of them counts.
-    unsigned m_nThreshold = 128;
-    unsigned m_nColor = 0xFFAFD1;
-    YuvColour m_Yuv = YuvColour::FromRgb(0xFFAFD1);
+    unsigned m_nThreshold;
+    unsigned m_nColor;
+    YuvColour m_Yuv;
 };
 
 /// The picture, made smaller, over and over.
@@ -37,7 +36,7 @@ public:
 private:
     /// The tiles along one axis: what is asked for, and the luma columns or rows of the first tile.
     struct Tiles {
-        double count = 3;
+        double count;
         size_t size = 0;
         uint64_t step = 0; // from sample to sample of the tile, 256ths
 
@@ -70,8 +69,8 @@ private:
 /// What the effects with lenses share: a map of the whole picture, of which a row at a time is computed.
 class CLensMapEffect : public CStoredMapEffect {
 protected:
-    explicit CLensMapEffect(const char* name)
-        : CStoredMapEffect(name, Outside::Kept, false) {}
+    explicit CLensMapEffect(const EffectInfo& effect)
+        : CStoredMapEffect(effect, Outside::Kept, false) {}
 
     bool BuildMap(size_t width, size_t height) override;
     /// Where the pixels of a row of the map come from, inside the picture.
@@ -104,10 +103,11 @@ private:
     void FindBends();
     void FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const override;
 
-    // These are not what the properties' default texts say; only a set of them counts.
-    Turn m_Turn = {11743, 25466};
-    std::optional<int32_t> m_nZoom = 1; // 256ths of a degree each pixel; none for tiles without a size
-    int32_t m_nCurvature = 8;
+    static std::optional<int32_t> ZoomOf(int size);
+
+    Turn m_Turn = {11743, 25466};   // no angle's; only a set of the property counts
+    std::optional<int32_t> m_nZoom; // 256ths of a degree each pixel; none for tiles without a size
+    int32_t m_nCurvature;
     std::array<int32_t, kernels::TileLens::kBends> m_Bends{}; // of the map, by degrees from -256 on
 };
 
@@ -122,7 +122,7 @@ private:
     bool BuildMap(size_t width, size_t height) override;
     void FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const override;
 
-    int32_t m_nAmount = 100; // percent of the circle's area
+    int32_t m_nAmount; // percent of the circle's area
 };
 
 } // namespace AVBased

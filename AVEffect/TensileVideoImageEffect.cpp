@@ -4,15 +4,15 @@
 #include <cassert>
 #include <numeric>
 
-#include "AVEffect/factory.h"
 #include "AVEffect/support/frame_clone.h"
 #include "aveffect/base_media.h"
+#include "aveffect/catalogue/distortions.h"
 #include "kernels/pick.h"
 
 namespace AVBased {
 
 CTensileVideoImageEffect::CTensileVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameTensile) {
+    : CBasedVideoImageEffect(catalogue::kTensile) {
     Bind("tensile_vertical", &m_Vertical.enabled);
     Bind("tensile_vertical_y1", &m_Vertical.begin);
     Bind("tensile_vertical_y2", &m_Vertical.end);
@@ -210,7 +210,5 @@ void CTensileVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
                 HorizontalTensileComponentEffect(view, from);
         });
 }
-
-AVEFFECT_CONSTRUCT_VIDEO(CTensileVideoImageEffect)
 
 } // namespace AVBased

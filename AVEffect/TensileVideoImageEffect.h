@@ -16,9 +16,9 @@ public:
 private:
     /// A band of rows or columns; the property values are unsigned.
     struct Band {
-        int enabled = 0;
-        unsigned begin = 0, end = 0;
-        double scale = 0;
+        int enabled;
+        unsigned begin, end;
+        double scale;
 
         bool FitsIn(size_t size) const { return end <= size && end > begin && scale >= 1.0; }
         /// Rows or columns that it is stretched to.

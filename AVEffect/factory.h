@@ -1,21 +1,27 @@
 #pragma once
-/// How effect classes become rows of the factory tables. The catalogue names the class; the class's source
-/// unit says how it is made with one of the two macros below; a row without that does not link.
+/// How effect classes become rows of the factory tables.
+#include <concepts>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "BaseTools/guarded.h"
-#include "aveffect/catalogue.h"
+#include "aveffect/effect_info.h"
 #include "aveffect/plugin.h"
 
 namespace AVBased {
 
-/// Makes a processor of that class. The name is the one the host asked for.
-template <class Effect>
-IVideoProc* ConstructVideo(IAVManager* manager, const std::string& name);
-template <class Effect>
-IAudioProc* ConstructAudio(IAVManager* manager, const std::string& name);
+/// Makes a processor of that class, which takes the manager and the name that the host asked for, the
+/// manager, or nothing.
+template <class Proc, class Effect>
+Proc* Construct(IAVManager* manager, const std::string& name) {
+    if constexpr (std::constructible_from<Effect, IAVManager*, const std::string&>)
+        return new Effect(manager, name);
+    else if constexpr (std::constructible_from<Effect, IAVManager*>)
+        return new Effect(manager);
+    else
+        return new Effect;
+}
 
 /// One effect that a factory can make.
 template <class Proc>
@@ -23,6 +29,20 @@ struct FactoryRow {
     std::string_view name;
     Proc* (*construct)(IAVManager* manager, const std::string& name);
 };
+
+template <class Proc, class Effect>
+constexpr FactoryRow<Proc> RowOf(const EffectInfo& effect) {
+    return {effect.name, &Construct<Proc, Effect>};
+}
+
+/// Whether a table's rows are the catalogue's, in its order.
+template <class Proc>
+constexpr bool InTheOrderOf(std::span<const EffectInfo> effects, std::span<const FactoryRow<Proc>> rows) {
+    if (effects.size() != rows.size()) return false;
+    for (size_t i = 0; i < rows.size(); ++i)
+        if (rows[i].name != effects[i].name) return false;
+    return true;
+}
 
 /// The first row of exactly that name makes the processor; null with an error recorded when there is none.
 template <class Proc>
@@ -37,21 +57,3 @@ Proc* ConstructByName(std::span<const FactoryRow<Proc>> rows, IAVManager* manage
 }
 
 } // namespace AVBased
-
-/// In namespace AVBased, in the class's source unit: the class is constructed without arguments.
-#define AVEFFECT_CONSTRUCT_VIDEO(Class)                                                                      \
-    template <>                                                                                              \
-    IVideoProc* ConstructVideo<Class>(IAVManager*, const std::string&) {                                     \
-        return new Class;                                                                                    \
-    }
-/// The same for a class that takes the manager and the name.
-#define AVEFFECT_CONSTRUCT_TRANSITION(Class)                                                                 \
-    template <>                                                                                              \
-    IVideoProc* ConstructVideo<Class>(IAVManager * manager, const std::string& name) {                       \
-        return new Class(manager, name);                                                                     \
-    }
-#define AVEFFECT_CONSTRUCT_AUDIO(Class)                                                                      \
-    template <>                                                                                              \
-    IAudioProc* ConstructAudio<Class>(IAVManager*, const std::string&) {                                     \
-        return new Class;                                                                                    \
-    }

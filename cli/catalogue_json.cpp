@@ -23,12 +23,13 @@ ordered_json NumberJson(double number) {
     return number;
 }
 
-ordered_json DefaultJson(const PropertyInfo& property) {
-    if (property.kind == AVBased::ValueKind::Switch) return property.defaultText == std::string_view("1");
-    if (property.type == AVBased::kText) return property.defaultText;
-    if (const auto whole = ParseWhole(property.defaultText)) return *whole;
-    if (const auto real = ParseReal(property.defaultText)) return NumberJson(*real);
-    return property.defaultText;
+ordered_json ValueJson(const PropertyInfo& property, const char* text) {
+    if (!text) return nullptr;
+    if (property.kind == AVBased::ValueKind::Switch) return text == std::string_view("1");
+    if (property.type == AVBased::kText) return text;
+    if (const auto whole = ParseWhole(text)) return *whole;
+    if (const auto real = ParseReal(text)) return NumberJson(*real);
+    return text;
 }
 
 ordered_json PropertyJson(const PropertyInfo& property) {
@@ -42,7 +43,9 @@ ordered_json PropertyJson(const PropertyInfo& property) {
         {"help", property.help},
         {"type", TypeName(property.type)},
         {"kind", ValueKindName(property.kind)},
-        {"default", DefaultJson(property)},
+        {"default", ValueJson(property, property.defaultText)},
+        {"defaultText", property.defaultText},
+        {"start", ValueJson(property, property.InForceAtFirst())},
         {"unit", property.unit},
         {"minimum", NumberJson(property.minimum)},
         {"maximum", NumberJson(property.maximum)},
@@ -61,6 +64,7 @@ ordered_json EffectJson(const EffectInfo& effect) {
     properties.push_back(PropertyJson(AVBased::kDurationProperty));
     return {
         {"name", effect.name},
+        {"shortName", effect.shortName},
         {"kind", KindName(effect.kind)},
         {"media", IsVideoEffect(effect) ? "video" : "audio"},
         {"title", effect.title},
@@ -70,6 +74,7 @@ ordered_json EffectJson(const EffectInfo& effect) {
         {"drawsRandom", (effect.traits & AVBased::kDrawsRandom) != 0},
         {"fewFormats", (effect.traits & AVBased::kFewFormats) != 0},
         {"changesAlpha", (effect.traits & AVBased::kChangesAlpha) != 0},
+        {"needsSettings", (effect.traits & AVBased::kNeedsSettings) != 0},
         {"properties", properties},
     };
 }

@@ -2,7 +2,7 @@
 /// The catalogue for programs: what `list --json` and `describe --json` print.
 #include <nlohmann/json.hpp>
 
-#include "aveffect/catalogue.h"
+#include "aveffect/effect_info.h"
 
 namespace aveffect {
 

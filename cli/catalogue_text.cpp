@@ -194,11 +194,7 @@ std::string_view TypeName(PropertyType type) {
     return "text";
 }
 
-bool IsVideoEffect(const EffectInfo& effect) {
-    return std::any_of(
-        AVBased::kVideoEffects.begin(), AVBased::kVideoEffects.end(),
-        [&effect](const EffectInfo& other) { return std::strcmp(other.name, effect.name) == 0; });
-}
+bool IsVideoEffect(const EffectInfo& effect) { return effect.kind != EffectKind::Audio; }
 
 std::string ListText() {
     const auto effects = AllEffects();

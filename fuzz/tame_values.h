@@ -8,7 +8,7 @@
 #include "avbase/avbase_srcutils/holders.h"
 #include "avbase/avbase_srcutils/plane_views.h"
 #include "aveffect/base_media.h"
-#include "aveffect/catalogue.h"
+#include "aveffect/effect_info.h"
 #include "aveffect/plugin.h"
 #include "fuzz/input_bytes.h"
 

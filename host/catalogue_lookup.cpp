@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "aveffect/catalogue.h"
 #include "host/error.h"
 
 namespace aveffect {

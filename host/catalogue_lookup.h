@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "aveffect/catalogue.h"
+#include "aveffect/effect_info.h"
 
 namespace aveffect {
 

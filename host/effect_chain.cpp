@@ -4,7 +4,6 @@
 #include <limits>
 
 #include "aveffect/base_tools.h"
-#include "aveffect/catalogue.h"
 #include "host/catalogue_lookup.h"
 #include "host/error.h"
 #include "host/value_text.h"

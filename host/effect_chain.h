@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "aveffect/catalogue.h"
+#include "aveffect/effect_info.h"
 #include "host/plugin.h"
 #include "host/stereo.h"
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "aveffect/base_tools.h"
+#include "aveffect/catalogue/sounds.h"
 #include "host/error.h"
 #include "mediabridge/audio_frame.h"
 

@@ -12,7 +12,7 @@ extern "C" {
 #include <libavutil/stereo3d.h>
 }
 
-#include "aveffect/catalogue.h"
+#include "aveffect/catalogue/stereo.h"
 #include "aveffect/pixel_format.h"
 #include "host/error.h"
 #include "mediabridge/pixel_formats.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "aveffect/catalogue.h"
+#include "aveffect/effect_info.h"
 
 namespace aveffect {
 

@@ -8,6 +8,7 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include "aveffect/catalogue/stereo.h"
 #include "host/catalogue_lookup.h"
 #include "host/error.h"
 #include "mediabridge/picture_pool.h"

@@ -158,12 +158,16 @@ void CBaseAVProc::AddProperty(const std::string& propName, const PropertyNode& n
 }
 
 void CBaseAVProc::AddProperty(const PropertyInfo& info) {
-    PropertyNode node;
-    node.text = info.defaultText;
-    node.type = info.type;
-    PresetValue(node);
-    ParseValue(node);
-    AddProperty(info.name, node);
+    const auto parsed = [&](const char* text) {
+        PropertyNode node;
+        node.text = text;
+        node.type = info.type;
+        PresetValue(node);
+        ParseValue(node);
+        return node;
+    };
+    AddProperty(info.name, parsed(info.defaultText));
+    if (info.start) m_Starts[info.name] = parsed(info.start);
 }
 
 CBaseAVProc::PropertyNode* CBaseAVProc::GetProperty(const std::string& propName) {
@@ -171,8 +175,15 @@ CBaseAVProc::PropertyNode* CBaseAVProc::GetProperty(const std::string& propName)
     return it == m_Properties.end() ? nullptr : &it->second;
 }
 
+void CBaseAVProc::StartFrom(const std::string& propName, Member member) {
+    const auto registered = m_Properties.find(propName);
+    assert(registered != m_Properties.end());
+    const auto start = m_Starts.find(propName);
+    std::visit(CopyValue{start == m_Starts.end() ? registered->second : start->second}, member);
+}
+
 void CBaseAVProc::Bind(const std::string& propName, Member member) {
-    assert(m_Properties.find(propName) != m_Properties.end());
+    StartFrom(propName, member);
     m_Members[propName] = member;
 }
 

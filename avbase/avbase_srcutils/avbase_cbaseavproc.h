@@ -5,7 +5,7 @@
 #include <string>
 #include <variant>
 
-#include "aveffect/catalogue.h"
+#include "aveffect/effect_info.h"
 #include "aveffect/plugin.h"
 
 namespace AVBased {
@@ -62,8 +62,10 @@ protected:
     /// A member that follows a property. The member's type says which of the node's values it takes.
     using Member = std::variant<double*, long long*, int*, unsigned*, short*, std::string*>;
 
-    /// From now on the parsed value goes into the member whenever the property is set. The member keeps its
-    /// present value until then.
+    /// The member gets the value that is in force at first, which the catalogue has.
+    void StartFrom(const std::string& propName, Member member);
+
+    /// The same, and from now on the parsed value goes into the member whenever the property is set.
     void Bind(const std::string& propName, Member member);
 
 private:
@@ -73,6 +75,8 @@ private:
     unsigned m_nSubType;
     std::string m_strName;
     std::map<std::string, PropertyNode> m_Properties;
+    std::map<std::string, PropertyNode>
+        m_Starts; // of properties whose registered text is not in force at first
     std::map<std::string, void*> m_InterfaceMap;
     std::map<std::string, Member> m_Members;
 };

@@ -32,10 +32,16 @@ std::string ParseError(const std::string& text) {
 }
 
 constexpr AVBased::PropertyChoice kModes[] = {{3, "left", ""}, {7, "right", ""}};
-constexpr AVBased::EffectInfo kEffect = {"thing", AVBased::EffectKind::Look, 0, "", "", {}};
+constexpr AVBased::EffectInfo kEffect = {.name = "thing",
+                                         .shortName = "",
+                                         .kind = AVBased::EffectKind::Look,
+                                         .traits = 0,
+                                         .title = "",
+                                         .help = ""};
 
 AVBased::PropertyInfo Property(AVBased::ValueKind kind, double maximum) {
-    return {"part", "0", AVBased::kInt32, kind, "", "", "", 0, maximum, AVBased::kNoNeutral, {}, kModes};
+    return {"part", "0",     AVBased::kInt32,     kind, "",      "",    "",
+            0,      maximum, AVBased::kNoNeutral, {},   nullptr, kModes};
 }
 
 std::string Translated(const AVBased::PropertyInfo& property, const std::string& value) {

@@ -1,0 +1,118 @@
+#pragma once
+/// What the catalogue says of an effect and of its properties.
+///
+/// Ranges and neutral values inform people and programs; the plug-in parses and stores any value.
+#include <limits>
+#include <span>
+#include <string_view>
+
+namespace AVBased {
+
+/// The property that every processor has: the length of the effect's span, in the unit of the frames' times.
+constexpr char PROP_NAME_DURATION[] = "duration";
+
+/// Interface names that processors answer.
+constexpr char IVideoProcName[] = "IVideoProc";
+constexpr char IAudioProcName[] = "IAudioProc";
+
+/// Type codes of properties, as IAVProc::GetProperty reports them.
+enum PropertyType : int { kText = 0, kDouble = 1, kInt64 = 2, kInt32 = 3, kInt16 = 4 };
+
+/// How people write a property's value.
+enum class ValueKind {
+    Number, ///< a number in the property's range
+    Switch, ///< on or off, stored as 1 or 0
+    Choice, ///< one of the listed choices
+    Colour, ///< 0xRRGGBB, stored as a decimal number
+    Path,   ///< a media file
+    Text,
+};
+
+/// The side of the picture that a length or position counted in pixels is a share of: hosts that let people
+/// give it in percent work the pixels out with it once they know the picture's size.
+enum class PixelAxis {
+    None,    ///< the property does not count pixels
+    Width,   ///< a horizontal length or position
+    Height,  ///< a vertical length or position
+    Smaller, ///< a radius or other length without direction: the smaller of width and height
+};
+
+/// One of the values that a property of kind Choice can have.
+struct PropertyChoice {
+    int value;
+    std::string_view name;
+    std::string_view help;
+};
+
+/// No neutral value: nothing makes this property do nothing.
+constexpr double kNoNeutral = std::numeric_limits<double>::quiet_NaN();
+
+struct PropertyInfo {
+    const char* name;
+    const char* defaultText; ///< the text registered at first
+    PropertyType type;
+    ValueKind kind;
+    std::string_view title;
+    std::string_view help;
+    std::string_view unit; ///< empty for a plain number
+    double minimum;        ///< meaningful range, both ends included
+    double maximum;
+    double neutral = kNoNeutral;        ///< the value with which the property changes nothing
+    PixelAxis pixels = PixelAxis::None; ///< whether it counts pixels, and of what a percentage is taken
+    /// What the effect works with until the property is set, where the default text does not say it: empty
+    /// where no value of the property does.
+    const char* start = nullptr;
+    std::span<const PropertyChoice> choices = {};
+
+    /// The text whose value is in force at first; null when no text says it.
+    constexpr const char* InForceAtFirst() const {
+        if (!start) return defaultText;
+        return *start ? start : nullptr;
+    }
+};
+
+enum class EffectKind { Filter, Fade, Distortion, Look, Transition, Stereo, Audio };
+
+/// What a host should know before it shares work between threads or skips frames.
+enum EffectTraits : unsigned {
+    kPlain = 0,
+    kFollowsTime = 1u << 0,  ///< depends on the frame's time in the span
+    kKeepsState = 1u << 1,   ///< a frame can depend on the frames before it
+    kDrawsRandom = 1u << 2,  ///< uses the C library's random generator
+    kChangesAlpha = 1u << 3, ///< changes alpha alone: pictures without it, or shown without it, stay the same
+    kFewFormats = 1u << 4,   ///< serves BGRA and YUV420P only
+    kNeedsSettings = 1u << 5, ///< changes nothing until properties are set
+};
+
+/// Settings of an effect with a name of their own.
+struct EffectPreset {
+    std::string_view name; ///< lower case, words joined by dashes
+    std::string_view help;
+    std::string_view settings; ///< NAME=VALUE:... as people write them
+};
+
+struct EffectInfo {
+    const char* name;           ///< by which the factories are asked
+    std::string_view shortName; ///< for people: lower case, words joined by dashes; no other effect has it
+    EffectKind kind;
+    unsigned traits; ///< EffectTraits
+    std::string_view title;
+    std::string_view help;
+    std::span<const PropertyInfo> properties = {};   ///< besides "duration", in the order of registration
+    std::span<const std::string_view> synonyms = {}; ///< other words that people look for it by
+    std::span<const EffectPreset> presets = {};
+};
+
+constexpr PropertyInfo kDurationProperty = {
+    PROP_NAME_DURATION, "1", kInt32, ValueKind::Number, "Duration", "Length of the effect's span.", "ms", 0,
+    2147483647};
+
+/// The property of that name ("duration" included), null when the effect has none.
+static constexpr const PropertyInfo* FindProperty(const EffectInfo& effect, std::string_view name) {
+    if (name == kDurationProperty.name) return &kDurationProperty;
+    for (const PropertyInfo& property : effect.properties)
+        if (name == property.name) return &property;
+    return nullptr;
+}
+
+} // namespace AVBased
