@@ -49,6 +49,7 @@ std::string LayoutText(const AVChannelLayout& layout) {
     AVChannelLayout usual = {};
     const bool known = layout.order == AV_CHANNEL_ORDER_NATIVE;
     if (!known) av_channel_layout_default(&usual, std::max(1, layout.nb_channels));
+    if (!known && usual.order != AV_CHANNEL_ORDER_NATIVE) return std::to_string(usual.nb_channels) + "C";
     char text[64] = {};
     std::snprintf(text, sizeof text, "0x%llx",
                   static_cast<unsigned long long>(known ? layout.u.mask : usual.u.mask));

@@ -52,27 +52,40 @@ std::vector<int> RatesFor(const AVCodec& codec, const SoundLimits& limits, int w
     return rates;
 }
 
-/// Layouts to try: the layout itself, one of as many channels, stereo, mono, then what else the encoder has.
+AVChannelLayout LayoutFrom(const std::string& text) {
+    AVChannelLayout layout = {};
+    av_channel_layout_from_string(&layout, text.c_str());
+    return layout;
+}
+
+/// Layouts to try, the nearest first: the layout itself, one of as many channels, smaller ones downwards,
+/// larger ones upwards. Channels without a place can't be mixed.
 std::vector<AVChannelLayout> LayoutsFor(const AVCodec& codec, const SoundLimits& limits,
-                                        const std::string& wanted) {
-    AVChannelLayout first = {}, usual = {};
-    av_channel_layout_from_string(&first, wanted.c_str());
-    av_channel_layout_default(&usual, first.nb_channels);
-    const AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO, mono = AV_CHANNEL_LAYOUT_MONO,
-                          surround = AV_CHANNEL_LAYOUT_5POINT1;
-    std::vector<AVChannelLayout> layouts = {first, usual, stereo, mono, surround};
+                                        const std::string& text) {
+    const AVChannelLayout wanted = LayoutFrom(text);
+    AVChannelLayout usual = {};
+    av_channel_layout_default(&usual, wanted.nb_channels);
+    std::vector<AVChannelLayout> layouts = {wanted, usual};
+    for (const int channels : {1, 2, 6, 8}) av_channel_layout_default(&layouts.emplace_back(), channels);
+    if (codec.ch_layouts)
+        for (const AVChannelLayout* own = codec.ch_layouts; own->nb_channels > 0; ++own)
+            layouts.push_back(*own);
     const auto known = [&](const AVChannelLayout& layout) {
         if (!codec.ch_layouts) return true;
         for (const AVChannelLayout* own = codec.ch_layouts; own->nb_channels > 0; ++own)
             if (av_channel_layout_compare(own, &layout) == 0) return true;
         return false;
     };
-    std::erase_if(layouts, [&](const AVChannelLayout& layout) { return !known(layout); });
-    if (codec.ch_layouts)
-        for (const AVChannelLayout* own = codec.ch_layouts; own->nb_channels > 0; ++own)
-            layouts.push_back(*own);
     std::erase_if(layouts, [&](const AVChannelLayout& layout) {
-        return layout.nb_channels < limits.fewest || layout.nb_channels > limits.most;
+        const bool mixed = layout.nb_channels != wanted.nb_channels;
+        return !known(layout) || layout.nb_channels < limits.fewest || layout.nb_channels > limits.most ||
+               (mixed && wanted.order != AV_CHANNEL_ORDER_NATIVE);
+    });
+    std::ranges::stable_sort(layouts, [&](const AVChannelLayout& a, const AVChannelLayout& b) {
+        const bool aAbove = a.nb_channels > wanted.nb_channels, bAbove = b.nb_channels > wanted.nb_channels;
+        return aAbove != bAbove ? bAbove
+               : aAbove         ? a.nb_channels < b.nb_channels
+                                : a.nb_channels > b.nb_channels;
     });
     return layouts;
 }
@@ -99,7 +112,7 @@ mediabridge::AVFramePtr OneLonger(const AVFrame& sound) {
     if (!longer) return nullptr;
     longer->format = sound.format;
     longer->sample_rate = sound.sample_rate;
-    longer->ch_layout = sound.ch_layout; // a mask, which owns nothing
+    longer->ch_layout = sound.ch_layout; // owns nothing: a mask, or a number
     longer->nb_samples = sound.nb_samples + 1;
     longer->pts = sound.pts;
     if (av_frame_get_buffer(longer.get(), 0) < 0) return nullptr;
@@ -127,7 +140,7 @@ SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, cons
     const AVSampleFormat nearest = NearestFormat(m_codec, format);
     TakeLibraryError();
     int first = 0;
-    std::string reason;
+    std::string reason = "it takes nothing near " + Describe(LayoutFrom(wanted.layout));
     for (const AVChannelLayout& layout : LayoutsFor(m_codec, limits, wanted.layout))
         for (const int rate : RatesFor(m_codec, limits, wanted.rate))
             for (const int64_t bitRate : {UsualBitRate(rate, layout.nb_channels), kOwnBitRate, kLowBitRate}) {
@@ -140,7 +153,7 @@ SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, cons
                 }
                 if (code == AVERROR(ENOMEM)) Fail("can't start", code, detail);
             }
-    Fail("can't start", first, reason);
+    Fail("can't start", first ? first : AVERROR(EINVAL), reason);
 }
 
 int SoundEncoder::Open(const OutputPlan& plan, AVSampleFormat format, const AVChannelLayout& layout, int rate,
@@ -149,7 +162,7 @@ int SoundEncoder::Open(const OutputPlan& plan, AVSampleFormat format, const AVCh
     if (!m_context) return AVERROR(ENOMEM);
     m_context->sample_fmt = format;
     m_context->sample_rate = rate;
-    m_context->ch_layout = layout; // a mask, which owns nothing
+    m_context->ch_layout = layout; // owns nothing: a mask, or a number
     if (bitRate != kOwnBitRate) m_context->bit_rate = bitRate;
     m_context->time_base = {1, rate};
     if (plan.muxer->flags & AVFMT_GLOBALHEADER) m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -170,8 +183,7 @@ std::string SoundEncoder::Summary() const {
     if (m_context->sample_rate != m_wanted.rate)
         text += ", at " + std::to_string(m_context->sample_rate) + " Hz instead of " +
                 std::to_string(m_wanted.rate);
-    AVChannelLayout wanted = {};
-    av_channel_layout_from_string(&wanted, m_wanted.layout.c_str());
+    const AVChannelLayout wanted = LayoutFrom(m_wanted.layout);
     if (av_channel_layout_compare(&wanted, &m_context->ch_layout) != 0)
         text += ", " + Describe(m_context->ch_layout) + " instead of " + Describe(wanted);
     return text;
