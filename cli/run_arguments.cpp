@@ -19,7 +19,10 @@ void AddRunOptions(CLI::App& app, RunArguments& run) {
 void AddEncoderOptions(CLI::App& app, std::string& codec, std::string& outputFormat,
                        std::optional<std::string>& crf, std::string& preset,
                        std::optional<std::string>& threads) {
-    app.add_option("--codec", codec, "Video encoder or codec; the format's usual one if not given")
+    app.add_option(
+           "--codec", codec,
+           "Video encoder or codec, the format's usual one if not given; render copies the pictures as they "
+           "are with \"copy\"")
         ->type_name("NAME");
     app.add_option(
            "--output-format", outputFormat,

@@ -12,6 +12,7 @@
 #include "host/orientation.h"
 #include "host/output_file.h"
 #include "host/output_plan.h"
+#include "host/picture_copy.h"
 #include "host/picture_stage.h"
 #include "host/progress_meter.h"
 #include "host/reporter.h"
@@ -107,10 +108,11 @@ public:
         }
         m_stage.PrepareOutput(m_plan, *first);
         first = m_stage.ConvertForEncoder(std::move(first));
-        m_sound.emplace(Sound());
+        m_sound.emplace(
+            SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), m_length}, m_cancel));
         m_sink = std::make_unique<Sink>(Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite,
                                                     m_stage.Turned(), m_request, *m_sound, m_chain.Views()},
-                                        *first, m_reporter, m_cancel);
+                                        first.get(), m_reporter, m_cancel);
         m_head.push_back({std::move(first), nullptr});
         RunStages();
         CheckCancel(m_cancel);
@@ -120,26 +122,6 @@ public:
     }
 
 private:
-    // Of the span, which is known once the first picture was read.
-    SoundJob Sound() {
-        constexpr AVRational kNanoseconds{1, 1'000'000'000};
-        const Moment clip = m_source.Start();
-        const int64_t span = av_rescale_q(m_span.Start(), m_base, kNanoseconds);
-        std::optional<Moment> end;
-        if (m_limits.toMs)
-            end = {av_rescale_q(*m_limits.toMs, kMilliseconds, kNanoseconds) - span, kNanoseconds};
-        return {m_plugin,
-                &m_manager,
-                m_options.audioEffects,
-                m_options.audioCodec,
-                m_length,
-                ChangesSound(m_options),
-                BringsSound(m_options.audioEffects),
-                Moment{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + span, kNanoseconds},
-                end,
-                m_cancel};
-    }
-
     // With the right clip's picture of the same moment.
     std::optional<SpanItem> Next() {
         std::optional<SpanItem> item = m_span.Next();
@@ -285,8 +267,9 @@ AVFramePtr FindPicture(Source& source, int64_t atMs, const std::atomic<bool>& ca
 RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
                     const std::atomic<bool>& cancel) {
     CheckPixelFormatName(options.pixelFormat);
-    OutputPlan plan = PlanOutput(options.output, options.videoCodec, options.crf, options.preset,
-                                 options.threads, options.outputFormat);
+    const bool copies = AsksForCopy(options);
+    OutputPlan plan = PlanOutput(options.output, copies ? "" : options.videoCodec, options.crf,
+                                 options.preset, options.threads, options.outputFormat);
     OutputFile::Check(options.output, options.input, options.overwrite);
     if (!options.stereo.right.empty())
         OutputFile::Check(options.output, options.stereo.right, options.overwrite);
@@ -294,6 +277,8 @@ RenderResult Render(const Plugin& plugin, const RenderOptions& options, const Re
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");
     if (ChangesSound(options)) RequireRereadable(options.input); // sound is read apart from the pictures
     if (IsSoundRender(options, plan, cancel)) return RenderSound(plugin, options, plan, observer, cancel);
+    if (copies || LeavesPictures(options, plan, cancel))
+        return RenderCopy(plugin, options, plan, observer, cancel);
     return RenderJob(plugin, options, std::move(plan), observer, cancel).Run();
 }
 

@@ -48,17 +48,20 @@ void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool wi
 
 } // namespace
 
-Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter, const std::atomic<bool>& cancel)
+Sink::Sink(const Setup& setup, const AVFrame* sample, Reporter& reporter, const std::atomic<bool>& cancel)
     : m_source(setup.source)
     , m_soundEnd(setup.sound.end)
     , m_soundEndsWithPictures(setup.limits.frameLimit || setup.sound.endless)
-    , m_clock(MakeClock(setup))
-    , m_encoder(setup.plan, sample,
-                {m_clock.Base(), ClipRate(setup.source, setup.plan.NeedsConstantRate()).picturesPerSecond,
-                 setup.source.Pictures().codecpar->field_order})
     , m_output(setup.plan)
     , m_packet(av_packet_alloc()) {
     if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
+    if (sample) {
+        m_clock = MakeClock(setup);
+        const AVRational rate = ClipRate(setup.source, setup.plan.NeedsConstantRate()).picturesPerSecond;
+        m_encoder = std::make_unique<Encoder>(
+            setup.plan, *sample,
+            Encoder::Timing{m_clock->Base(), rate, setup.source.Pictures().codecpar->field_order});
+    }
     AddPictureStream(setup);
     MapStreams(setup, reporter);
     CopyTags(&m_output.Format().metadata, m_source.Format().metadata);
@@ -67,8 +70,9 @@ Sink::Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter, const 
 }
 
 void Sink::AddPictureStream(const Setup& setup) {
-    m_pictureStream = m_output.AddStream(m_encoder.Context());
     const AVStream& source = m_source.Pictures();
+    m_pictureStream =
+        m_encoder ? m_output.AddStream(m_encoder->Context()) : AddCopiedPictures(m_output, source);
     m_pictureStream->disposition = source.disposition;
     CopyTags(&m_pictureStream->metadata, source.metadata);
     const bool asInput = !setup.turned && !setup.views;
@@ -78,6 +82,8 @@ void Sink::AddPictureStream(const Setup& setup) {
 
 void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
     m_copies.resize(m_source.Format().nb_streams);
+    const AVStream& pictures = m_source.Pictures();
+    if (!m_encoder) m_copies[static_cast<size_t>(pictures.index)] = {m_pictureStream, pictures.time_base};
     for (const AVStream* stream : m_source.CopiedStreams()) {
         const AVCodecID codec = stream->codecpar->codec_id;
         const AVMediaType type = stream->codecpar->codec_type;
@@ -93,10 +99,10 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
         const bool holdsSound = setup.plan.muxer->audio_codec != AV_CODEC_ID_NONE;
         const bool taken =
             type == AVMEDIA_TYPE_ATTACHMENT ? setup.plan.Kind() == "mkv" : Takes(setup.plan, codec);
-        if (type == AVMEDIA_TYPE_AUDIO && !HoldsSound(setup.plan, codec) && holdsSound) {
+        if (type == AVMEDIA_TYPE_AUDIO && !HoldsAsIs(setup.plan, *stream->codecpar) && holdsSound) {
             RequireRereadable(setup.request.path);
-            reporter.Note("." + setup.plan.Kind() + " files can't hold " + avcodec_get_name(codec) +
-                          " sound");
+            reporter.Note("." + setup.plan.Kind() + " files can't hold the " + avcodec_get_name(codec) +
+                          " sound as it is");
             AddLane(setup, stream, reporter);
             continue;
         }
@@ -124,23 +130,23 @@ void Sink::WritePicture(AVFramePtr picture) {
     const int64_t clipTime = picture->pts;
     m_end = {clipTime + picture->pkt_duration, m_source.Pictures().time_base};
     for (const auto& lane : m_lanes) lane->WriteUntil(m_end);
-    picture->pts = m_clock.Convert(clipTime);
-    picture->pkt_duration = m_clock.ConvertDuration(clipTime, picture->pkt_duration);
+    picture->pts = m_clock->Convert(clipTime);
+    picture->pkt_duration = m_clock->ConvertDuration(clipTime, picture->pkt_duration);
     m_durations[picture->pts] = picture->pkt_duration;
-    m_encoder.Send(picture.get());
+    m_encoder->Send(picture.get());
     ++m_pictures;
     DrainEncoder();
 }
 
 // Not all encoders hand a picture's duration on to its packet, and the last one's would be lost.
 void Sink::DrainEncoder() {
-    while (m_encoder.Receive(m_packet.get())) {
+    while (m_encoder->Receive(m_packet.get())) {
         if (const auto duration = m_durations.find(m_packet->pts); duration != m_durations.end()) {
             m_packet->duration = duration->second;
             m_durations.erase(duration);
         }
         m_packet->stream_index = m_pictureStream->index;
-        av_packet_rescale_ts(m_packet.get(), m_clock.Base(), m_pictureStream->time_base);
+        av_packet_rescale_ts(m_packet.get(), m_clock->Base(), m_pictureStream->time_base);
         m_output.Write(m_packet.get());
     }
 }
@@ -148,15 +154,28 @@ void Sink::DrainEncoder() {
 void Sink::WritePacket(AVPacketPtr packet) {
     const Copy& copy = m_copies[static_cast<size_t>(packet->stream_index)];
     if (!copy.target) return;
+    const bool firstPicture = copy.target == m_pictureStream && m_pictures == 0;
+    if (copy.target == m_pictureStream) FollowPictures(*packet);
     packet->stream_index = copy.target->index;
     packet->pos = -1;
     av_packet_rescale_ts(packet.get(), copy.base, copy.target->time_base);
-    if (!m_output.WriteCopied(packet.get())) ++m_refused;
+    if (firstPicture) // a container that refuses this one refuses them all
+        m_output.Write(packet.get());
+    else if (!m_output.WriteCopied(packet.get()))
+        ++m_refused;
+}
+
+void Sink::FollowPictures(const AVPacket& packet) {
+    m_end = std::max(m_end, Moment{packet.pts + packet.duration, m_source.Pictures().time_base});
+    for (const auto& lane : m_lanes) lane->WriteUntil(m_end);
+    ++m_pictures;
 }
 
 void Sink::Complete() {
-    m_encoder.Send(nullptr);
-    DrainEncoder();
+    if (m_encoder) {
+        m_encoder->Send(nullptr);
+        DrainEncoder();
+    }
     for (const auto& lane : m_lanes) lane->Complete(m_soundEndsWithPictures ? m_end : m_soundEnd);
     m_output.Finish();
 }

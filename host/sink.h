@@ -33,9 +33,10 @@ public:
     /// Opens the encoder for pictures like the sample, creates the file and writes its header. The source
     /// outlives the sink. Throws Error: Usage for an encoder or a copied stream that does not fit, Output,
     /// Interrupted.
-    Sink(const Setup& setup, const AVFrame& sample, Reporter& reporter, const std::atomic<bool>& cancel);
+    /// Without a sample the pictures are copied.
+    Sink(const Setup& setup, const AVFrame* sample, Reporter& reporter, const std::atomic<bool>& cancel);
 
-    /// Encodes a picture; pts and pkt_duration as SpanReader gives them.
+    /// Encodes a picture; not where they are copied. pts and pkt_duration as SpanReader gives them.
     void WritePicture(mediabridge::AVFramePtr picture);
     /// Copies a packet, whose stream_index and times are the source's.
     void WritePacket(mediabridge::AVPacketPtr packet);
@@ -57,14 +58,15 @@ private:
     };
     void MapStreams(const Setup& setup, Reporter& reporter);
     void AddPictureStream(const Setup& setup);
+    void FollowPictures(const AVPacket& packet);
     void AddLane(const Setup& setup, const AVStream* stream, Reporter& reporter);
     void DrainEncoder();
 
     const Source& m_source;
     std::optional<Moment> m_soundEnd; ///< that was asked for
     bool m_soundEndsWithPictures;
-    OutputClock m_clock;
-    Encoder m_encoder;
+    std::optional<OutputClock> m_clock; ///< absent where pictures are copied
+    std::unique_ptr<Encoder> m_encoder; ///< likewise
     Container m_output;
     AVStream* m_pictureStream = nullptr;
     std::vector<Copy> m_copies; ///< by source index

@@ -78,8 +78,7 @@ std::vector<AVChannelLayout> LayoutsFor(const AVCodec& codec, const SoundLimits&
     };
     std::erase_if(layouts, [&](const AVChannelLayout& layout) {
         const bool mixed = layout.nb_channels != wanted.nb_channels;
-        return !known(layout) || layout.nb_channels < limits.fewest || layout.nb_channels > limits.most ||
-               (mixed && wanted.order != AV_CHANNEL_ORDER_NATIVE);
+        return !known(layout) || !limits.Allow(layout) || (mixed && wanted.order != AV_CHANNEL_ORDER_NATIVE);
     });
     std::ranges::stable_sort(layouts, [&](const AVChannelLayout& a, const AVChannelLayout& b) {
         const bool aAbove = a.nb_channels > wanted.nb_channels, bAbove = b.nb_channels > wanted.nb_channels;

@@ -114,6 +114,10 @@ bool SoundLimits::Allow(int rate) const {
     return rates.empty() || std::ranges::find(rates, rate) != rates.end();
 }
 
+bool SoundLimits::Allow(const AVChannelLayout& layout) const {
+    return layout.nb_channels >= fewest && layout.nb_channels <= most;
+}
+
 bool HoldsSound(const OutputPlan& plan, AVCodecID codec) {
     const AVCodecID usual = plan.muxer->audio_codec;
     if (usual == AV_CODEC_ID_NONE) return false;
@@ -127,6 +131,12 @@ bool HoldsSound(const OutputPlan& plan, AVCodecID codec) {
 SoundLimits LimitsOf(const OutputPlan& plan, AVCodecID codec) {
     const Holding* holding = Find(plan, codec);
     return holding ? SoundLimits{holding->rates, holding->fewest, holding->most} : SoundLimits{};
+}
+
+bool HoldsAsIs(const OutputPlan& plan, const AVCodecParameters& sound) {
+    const SoundLimits limits = LimitsOf(plan, sound.codec_id);
+    return HoldsSound(plan, sound.codec_id) && limits.Allow(sound.sample_rate) &&
+           limits.Allow(sound.ch_layout);
 }
 
 // The library itself puts those that are still tried out behind the others.

@@ -16,8 +16,12 @@ struct SoundLimits {
     int fewest = 1, most = 64; ///< channels
 
     bool Allow(int rate) const;
+    bool Allow(const AVChannelLayout& layout) const;
 };
 SoundLimits LimitsOf(const OutputPlan& plan, AVCodecID codec);
+
+/// Whether the container holds this very sound, so that it can be copied.
+bool HoldsAsIs(const OutputPlan& plan, const AVCodecParameters& sound);
 
 /// The encoder for a codec's name, the best where there are several, or by its own name. Null when there is
 /// none for sound.

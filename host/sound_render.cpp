@@ -168,9 +168,10 @@ private:
     bool HoldsAll() {
         for (const AVStream* stream : m_streams) {
             const AVCodecID codec = stream->codecpar->codec_id;
-            if (HoldsSound(m_plan, codec)) continue;
+            if (HoldsAsIs(m_plan, *stream->codecpar)) continue;
             RequireRereadable(m_options.input);
-            m_reporter.Note("." + m_plan.Kind() + " files can't hold " + avcodec_get_name(codec) + " sound");
+            m_reporter.Note("." + m_plan.Kind() + " files can't hold the " + avcodec_get_name(codec) +
+                            " sound as it is");
             return false;
         }
         return true;
@@ -272,6 +273,25 @@ RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, con
                          const RenderObserver& observer, const std::atomic<bool>& cancel) {
     RequireSoundOptions(options, plan);
     return SoundRender(options, plan, observer, cancel).Run(plugin);
+}
+
+SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
+                     const SoundSpan& span, const std::atomic<bool>& cancel) {
+    constexpr AVRational kNanoseconds{1, 1'000'000'000};
+    const Moment clip = span.source.Start();
+    const int64_t start = av_rescale_q(span.start, span.source.Pictures().time_base, kNanoseconds);
+    std::optional<Moment> end;
+    if (options.toMs) end = {av_rescale_q(*options.toMs, kMilliseconds, kNanoseconds) - start, kNanoseconds};
+    return {plugin,
+            manager,
+            options.audioEffects,
+            options.audioCodec,
+            span.lengthMs,
+            ChangesSound(options),
+            BringsSound(options.audioEffects),
+            Moment{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + start, kNanoseconds},
+            end,
+            cancel};
 }
 
 std::optional<std::string> SoundDamage(int64_t failures) {

@@ -2,6 +2,7 @@
 /// Renders of sound alone.
 #include "host/output_plan.h"
 #include "host/render.h"
+#include "host/sound_lane.h"
 
 namespace aveffect {
 
@@ -15,6 +16,16 @@ bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const s
 /// As Render for such options; the plan and the names have been checked.
 RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
                          const RenderObserver& observer, const std::atomic<bool>& cancel);
+
+/// What of a clip's pictures is rendered.
+struct SoundSpan {
+    const Source& source;
+    int64_t start;     ///< as SpanReader::Start
+    uint32_t lengthMs; ///< that the effects are told of
+};
+/// What becomes of the sound that lies beside pictures. The options outlive it.
+SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
+                     const SoundSpan& span, const std::atomic<bool>& cancel);
 
 /// A sentence for how often decoding sound failed; absent for never.
 std::optional<std::string> SoundDamage(int64_t failures);

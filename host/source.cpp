@@ -17,7 +17,8 @@ using mediabridge::AVPacketPtr;
 
 Source::Source(const SourceRequest& request, Others others, unsigned threads, const std::atomic<bool>& cancel)
     : m_path(request.path)
-    , m_packet(av_packet_alloc()) {
+    , m_packet(av_packet_alloc())
+    , m_copiesPictures(others == Others::WithPictures) {
     if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
     m_interrupt.cancel = &cancel;
     m_input = OpenInput(m_path, m_interrupt);
@@ -25,6 +26,7 @@ Source::Source(const SourceRequest& request, Others others, unsigned threads, co
     if (!m_pictures) throw Error(ErrorKind::Input, m_path + " has no picture stream");
     m_decoder = std::make_unique<Decoder>(*m_pictures, threads, m_path);
     ChooseStreams(others);
+    if (m_copiesPictures) m_input->flags |= AVFMT_FLAG_GENPTS; // AVI has no times of presentation
     FindStart();
     FindEnd();
 }
@@ -35,7 +37,7 @@ void Source::ChooseStreams(Others others) {
         if (stream == m_pictures) continue;
         const AVMediaType type = stream->codecpar->codec_type;
         const bool copied =
-            others == Others::Copied &&
+            others != Others::None &&
             (type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_SUBTITLE || type == AVMEDIA_TYPE_ATTACHMENT);
         if (copied)
             m_copied.push_back(stream);
@@ -111,6 +113,46 @@ void Source::SeekBefore(int64_t milliseconds) {
     SeekAndDecode(0);
 }
 
+std::optional<int64_t> Source::SeekToKey(int64_t milliseconds) {
+    constexpr int64_t kLeadMs = 2000;
+    for (const int64_t back : {0, 2000, 10000, 60000}) {
+        const bool sought = SeekPackets(milliseconds - back);
+        const std::optional<int64_t> key = LastKeyBefore(milliseconds);
+        if (key) SeekPackets(av_rescale_q(*key, m_pictures->time_base, kMilliseconds) - kLeadMs);
+        if (key || !sought) return key;
+    }
+    SeekPackets(0);
+    const std::optional<int64_t> key = LastKeyBefore(milliseconds);
+    SeekPackets(0);
+    return key;
+}
+
+// False when the file can't be sought in.
+bool Source::SeekPackets(int64_t milliseconds) {
+    const AVRational base = m_pictures->time_base;
+    const int64_t target =
+        av_rescale_q(std::max<int64_t>(0, milliseconds), kMilliseconds, base) + StartIn(base);
+    m_draining = false;
+    m_readError = 0;
+    m_soughtAway = true;
+    return av_seek_frame(m_input.get(), m_pictures->index, target, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+// Reads on until no picture of that time can come any more.
+std::optional<int64_t> Source::LastKeyBefore(int64_t milliseconds) {
+    const AVRational base = m_pictures->time_base;
+    const Moment wanted{milliseconds, kMilliseconds};
+    std::optional<int64_t> key;
+    while (const std::optional<SourceItem> item = Read()) {
+        const AVPacket& packet = *item->packet;
+        if (packet.stream_index != m_pictures->index) continue;
+        const int64_t time = packet.pts == AV_NOPTS_VALUE ? packet.dts : packet.pts;
+        if ((packet.flags & AV_PKT_FLAG_KEY) && !(wanted < Moment{time, base})) key = time;
+        if (wanted < Moment{packet.dts == AV_NOPTS_VALUE ? time : packet.dts, base}) break;
+    }
+    return key;
+}
+
 // False when the file can't be sought in; it is then read on from where it is.
 bool Source::SeekAndDecode(int64_t milliseconds) {
     const int64_t target =
@@ -139,15 +181,17 @@ std::optional<SourceItem> Source::Next() {
 
 std::optional<SourceItem> Source::Read() {
     for (;;) {
-        if (!m_packetsUntil)
+        if (!m_packetsUntil && !m_copiesPictures)
             if (AVFramePtr picture = TakePicture()) return SourceItem{std::move(picture), nullptr};
         if (m_draining) return std::nullopt;
         if (!ReadPacket()) {
             m_draining = true;
+            if (m_copiesPictures) return std::nullopt;
             if (!m_packetsUntil) m_decoder->Send(nullptr);
             continue;
         }
-        if (m_packet->stream_index != m_pictures->index) {
+        const bool picture = m_packet->stream_index == m_pictures->index;
+        if (!picture || (m_copiesPictures && !m_packetsUntil)) {
             if (AVPacketPtr packet = TakePacket()) return SourceItem{nullptr, std::move(packet)};
             continue;
         }
@@ -173,9 +217,10 @@ bool Source::ReadPacket() {
     }
     const AVRational base = m_input->streams[m_packet->stream_index]->time_base;
     const int64_t start = StartIn(base);
-    if (m_packet->stream_index == m_pictures->index) {
-        ++m_picturePackets; // their times are shifted once they are decoded
-    } else {
+    const bool picture = m_packet->stream_index == m_pictures->index;
+    if (picture) ++m_picturePackets;
+    if (!picture || m_copiesPictures) { // decoded pictures are moved when they come
+
         if (m_packet->pts != AV_NOPTS_VALUE) m_packet->pts -= start;
         if (m_packet->dts != AV_NOPTS_VALUE) m_packet->dts -= start;
         if (m_packet->pts != AV_NOPTS_VALUE)
@@ -187,8 +232,10 @@ bool Source::ReadPacket() {
 
 // A copied stream's packet; null when it isn't wanted, or is cut off in the middle.
 AVPacketPtr Source::TakePacket() {
-    const bool wanted = std::ranges::any_of(
-        m_copied, [&](const AVStream* stream) { return stream->index == m_packet->stream_index; });
+    const bool wanted = (m_copiesPictures && m_packet->stream_index == m_pictures->index) ||
+                        std::ranges::any_of(m_copied, [&](const AVStream* stream) {
+                            return stream->index == m_packet->stream_index;
+                        });
     if (!wanted || (m_packet->flags & AV_PKT_FLAG_CORRUPT)) return nullptr;
     AVPacketPtr packet(av_packet_alloc());
     if (!packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
@@ -218,8 +265,8 @@ AVFramePtr Source::TakePicture() {
 void Source::StopPictures(const Moment& packetsUntil) {
     constexpr int64_t kSlackMs = 5000;
     const int64_t ms = av_rescale_q(packetsUntil.ticks, packetsUntil.base, kMilliseconds);
-    m_packetsUntil =
-        Moment{ms + kSlackMs + StartIn(kMilliseconds), kMilliseconds}; // file time, as in the packets
+    const int64_t start = m_copiesPictures ? 0 : StartIn(kMilliseconds); // times as in the packets
+    m_packetsUntil = Moment{ms + kSlackMs + start, kMilliseconds};
 }
 
 void Source::ForgetDamage() noexcept {

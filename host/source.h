@@ -32,8 +32,8 @@ struct SourceItem {
 /// Reads a clip from its beginning. Used by one thread at a time.
 class Source {
 public:
-    /// What is read besides the pictures.
-    enum class Others { None, Copied };
+    /// What is read besides the pictures. WithPictures: these are not decoded but come as packets too.
+    enum class Others { None, Copied, WithPictures };
 
     /// Opens the clip. Throws Error (Input, Interrupted). The flag ends blocking reads and outlives the
     /// source.
@@ -66,6 +66,14 @@ public:
     /// one, or the clip's first.
     void SeekBefore(int64_t milliseconds);
 
+    /// Goes to before the last key picture that is shown at or before this time, or the clip's first; a while
+    /// before, for the sound that belongs to it. Gives its time in the pictures' base; absent when there is
+    /// none. For pictures that come as packets.
+    std::optional<int64_t> SeekToKey(int64_t milliseconds);
+
+    /// Whether the pictures come as packets.
+    bool CopiesPictures() const noexcept { return m_copiesPictures; }
+
     /// The next picture, in order of presentation, or packet; absent at the end.
     std::optional<SourceItem> Next();
 
@@ -86,6 +94,8 @@ private:
     void FindStart();
     void FindEnd();
     bool SeekAndDecode(int64_t milliseconds);
+    bool SeekPackets(int64_t milliseconds);
+    std::optional<int64_t> LastKeyBefore(int64_t milliseconds);
     bool ReadPacket();
     std::optional<SourceItem> Read();
     mediabridge::AVPacketPtr TakePacket();
@@ -107,6 +117,7 @@ private:
     bool m_endIsPictures = false; ///< m_endMs is the picture stream's own, not the whole container's
     std::optional<Moment> m_packetsUntil;
     std::optional<int64_t> m_lastPts;
+    bool m_copiesPictures;
     int64_t m_picturePackets = 0;
     int64_t m_corruptPackets = 0;
     int64_t m_forgivenFailures = 0;

@@ -17,10 +17,16 @@ SpanReader::SpanReader(Source& source, const SpanLimits& limits)
     std::optional<int64_t> end = source.EndMs();
     if (limits.toMs) end = end ? std::min(*end, *limits.toMs) : *limits.toMs;
     if (end) m_lengthMs = *end - limits.fromMs.value_or(0);
-    if (limits.fromMs)
+    if (limits.fromMs && source.CopiesPictures()) {
+        m_start = source.SeekToKey(*limits.fromMs);
+        if (!m_start) throw Error(ErrorKind::Input, source.Path() + " has no key picture to begin with");
+        source.ForgetDamage();
+        if (m_lengthMs) *m_lengthMs += *limits.fromMs - av_rescale_q(*m_start, Base(), kMilliseconds);
+    } else if (limits.fromMs) {
         source.SeekBefore(*limits.fromMs);
-    else
+    } else if (!source.CopiesPictures()) {
         m_start = 0;
+    }
     for (const AVStream* stream : source.CopiedStreams())
         if (stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) m_soundBeforeEnd.push_back(stream->index);
 }
@@ -98,7 +104,48 @@ void SpanReader::EndPictures(const Moment& end) {
     m_finished = m_soundBeforeEnd.empty() || !m_start;
 }
 
+// Without a start the clip begins with its first picture, even where it says that it would not be shown: what
+// is shown needs it. A picture past the end that comes before one that is shown may be what that one refers
+// to; what then lies between is kept too, so that no gap is seen.
+void SpanReader::TakeCopiedPicture(AVPacketPtr packet) {
+    const int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts;
+    if (m_end || time == AV_NOPTS_VALUE) return;
+    packet->flags &= ~AV_PKT_FLAG_DISCARD;
+    if (!m_start) {
+        m_start = std::min<int64_t>(0, time);
+        ReleaseHeld(false);
+    }
+    const auto past = [&](int64_t moment) {
+        return m_limits.toMs && Moment{moment, Base()} >= Moment{*m_limits.toMs, kMilliseconds};
+    };
+    const bool over = past(packet->dts == AV_NOPTS_VALUE ? time : packet->dts);
+    if (time < *m_start) {
+        return; // belongs to what comes before the key picture
+    } else if (past(time) && !(m_lastCopied && time < *m_lastCopied)) {
+        m_late.push_back(std::move(packet));
+    } else {
+        for (AVPacketPtr& late : std::exchange(m_late, {})) {
+            const int64_t lateTime = late->pts;
+            EmitCopied(std::move(late), lateTime);
+        }
+        EmitCopied(std::move(packet), time);
+    }
+    if (over) EndPictures(std::max(Moment{*m_limits.toMs, kMilliseconds}, m_lastEnd));
+}
+
+void SpanReader::EmitCopied(AVPacketPtr packet, int64_t time) {
+    const int64_t duration = packet->duration > 0 ? packet->duration : UsualDuration();
+    m_lastCopied = std::max(m_lastCopied.value_or(time), time);
+    m_lastEnd = std::max(m_lastEnd, Moment{time + duration, Base()});
+    ++m_emitted;
+    packet->pts = time - *m_start;
+    if (packet->dts != AV_NOPTS_VALUE) packet->dts -= *m_start;
+    packet->duration = duration;
+    m_ready.push_back({nullptr, std::move(packet)});
+}
+
 void SpanReader::TakePacket(AVPacketPtr packet) {
+    if (packet->stream_index == m_source.Pictures().index) return TakeCopiedPicture(std::move(packet));
     const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
     const bool late = m_limits.frameLimit && !m_end && packet->pts != AV_NOPTS_VALUE &&
                       !(m_pending && Moment{packet->pts, base} < Moment{m_pending->pts, Base()});
@@ -171,7 +218,10 @@ int64_t SpanReader::LastDuration() const {
         const int64_t tenSeconds = av_rescale_q(10000, kMilliseconds, Base());
         if (rest > 0 && rest <= tenSeconds) return rest;
     }
-    if (m_lastInterval > 0) return m_lastInterval;
+    return m_lastInterval > 0 ? m_lastInterval : UsualDuration();
+}
+
+int64_t SpanReader::UsualDuration() const {
     return std::max<int64_t>(1, av_rescale_q(1, av_inv_q(m_source.FrameRate()), Base()));
 }
 

@@ -28,7 +28,9 @@ struct SpanItem {
 
 /// Cuts a source to a span. With a start, the span begins at the first picture at or after it, so that the
 /// first picture's time is 0; without one it begins with the clip. Packets are kept when they start inside
-/// the span. A span that ends inside a picture's time shortens that picture. Used by one thread at a time.
+/// the span. A span that ends inside a picture's time shortens that picture. Where the pictures come as
+/// packets, the span begins at the last key picture shown at or before its start, and ends where no picture
+/// that is shown before its end needs another one. Used by one thread at a time.
 class SpanReader {
 public:
     /// The source outlives the reader. Seeks. Throws Error (Usage) when the span lies outside the clip.
@@ -55,6 +57,8 @@ private:
     void CheckLimits();
     void TakePicture(mediabridge::AVFramePtr picture);
     void TakePacket(mediabridge::AVPacketPtr packet);
+    void TakeCopiedPicture(mediabridge::AVPacketPtr packet);
+    void EmitCopied(mediabridge::AVPacketPtr packet, int64_t time);
     void PassPacket(mediabridge::AVPacketPtr packet);
     void KeepShownSubtitle(AVPacket& packet) const;
     void ReleaseHeld(bool all);
@@ -62,6 +66,7 @@ private:
     void EndPictures(const Moment& end);
     void EndOfClip();
     int64_t LastDuration() const;
+    int64_t UsualDuration() const;
     AVRational Base() const noexcept { return m_source.Pictures().time_base; }
 
     Source& m_source;
@@ -70,6 +75,8 @@ private:
     std::deque<SpanItem> m_ready;
     /// Packets that came before it was known whether they lie in the span.
     std::deque<mediabridge::AVPacketPtr> m_held;
+    /// Copied pictures past the end, which an earlier one may still need.
+    std::deque<mediabridge::AVPacketPtr> m_late;
     mediabridge::AVFramePtr m_pending; ///< waits for its successor, which tells its duration
     std::optional<int64_t> m_start;    ///< in the picture stream's base
     std::optional<Moment> m_end;       ///< known once the pictures have reached it
@@ -79,6 +86,7 @@ private:
     int64_t m_taken = 0;
     int64_t m_emitted = 0;
     int64_t m_damagedPictures = 0;
+    std::optional<int64_t> m_lastCopied; ///< latest time of a copied picture, from the clip's start
     bool m_finished = false;
     bool m_readToEnd = false;
 };

@@ -44,6 +44,16 @@ AVStream* AddCopiedStream(Container& output, const AVStream& stream) {
     return copy;
 }
 
+AVStream* AddCopiedPictures(Container& output, const AVStream& stream) {
+    AVStream* copy = AddCopiedStream(output, stream);
+    copy->sample_aspect_ratio = stream.sample_aspect_ratio;
+    copy->avg_frame_rate = stream.avg_frame_rate;
+    copy->r_frame_rate = stream.r_frame_rate;
+    if (const AVDictionaryEntry* alpha = av_dict_get(stream.metadata, "alpha_mode", nullptr, 0))
+        av_dict_set(&copy->metadata, alpha->key, alpha->value, 0);
+    return copy;
+}
+
 void CopyChapters(Container& output, const AVFormatContext& input, const SpanLimits& limits) {
     if (input.nb_chapters == 0 || limits.frameLimit) return;
     auto** chapters = static_cast<AVChapter**>(av_calloc(input.nb_chapters, sizeof(AVChapter*)));

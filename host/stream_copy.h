@@ -14,6 +14,9 @@ void CopyTags(AVDictionary** to, const AVDictionary* from);
 /// A stream for the input stream's packets. Throws Error (Output).
 AVStream* AddCopiedStream(Container& output, const AVStream& stream);
 
+/// The same for pictures, with their shape, rate and the marks that their decoders look for.
+AVStream* AddCopiedPictures(Container& output, const AVStream& stream);
+
 /// The damage that so many refused packets are.
 std::optional<std::string> CopyDamage(int64_t refused);
 

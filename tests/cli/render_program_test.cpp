@@ -189,7 +189,7 @@ TEST_F(RenderProgram, SoundBecomesWhatEncoderAndFormatTake) {
         Run({"render", "in.wav", std::string("out.") + format});
     const Outcome told = Aveffect({"render", "in.wav", "out.webm", "-v"});
     EXPECT_EQ(told.exitCode, 0);
-    EXPECT_NE(told.messages.find("can't hold pcm_s16le sound"), std::string::npos) << told.messages;
+    EXPECT_NE(told.messages.find("can't hold the pcm_s16le sound"), std::string::npos) << told.messages;
     EXPECT_NE(told.messages.find("libopus, at 12000 Hz instead of 11025"), std::string::npos)
         << told.messages;
     for (const char* codec : {"sonic", "libx264", "nonesuch", "wmav2"}) {

@@ -212,6 +212,76 @@ TEST_F(SoundRender, WithoutEffectsSoundIsCopied) {
     }
 }
 
+TEST_F(SoundRender, PicturesStayWhereOnlySoundIsChanged) {
+    const std::string h264 = "-c:v libx264 -bf 2 -g 5 -pix_fmt yuv420p ", ffv1 = "-c:a pcm_s16le";
+    const struct {
+        std::string input, options, output, codec;
+        bool stays;
+    } cases[] = {
+        {"a.mp4", h264 + "-c:a aac", "a2.mp4", "", true},
+        {"a.mp4", "", "b.mkv", "opus", true},
+        {"a.mp4", "", "c.ts", "", true},
+        {"a.mp4", "", "d.avi", "", false},
+        {"a.mp4", "", "e.webm", "", false},
+        {"f.mkv", ffv1, "f2.mkv", "", true},
+        {"f.mkv", "", "g.mp4", "", false},
+        {"h.mov", h264 + "-c:a pcm_s16le", "h.mp4", "", true},
+        {"i.avi", "-c:v mpeg4 -bf 2 -c:a mp3", "i.mkv", "", true},
+    };
+    for (const auto& [input, options, output, codec, stays] : cases) {
+        SCOPED_TRACE(input + " " + output);
+        const std::string from = options.empty() ? m_directory / input : MakeClip(input, options),
+                          to = m_directory / output;
+        m_options.audioCodec = codec;
+        EXPECT_FALSE(
+            Render(from, to, codec.empty() ? std::vector<std::string>{kHalf} : std::vector<std::string>{})
+                .inputDamage);
+        EXPECT_EQ(clips::Decode(to) == clips::Decode(from), stays);
+        EXPECT_NEAR(static_cast<double>(Decode(to).size()), static_cast<double>(Decode(from).size()),
+                    2 * 4800);
+    }
+}
+
+// At 25 pictures a second, every fifth a key picture.
+TEST_F(SoundRender, CopiedPicturesAreCutAtKeyPictures) {
+    const std::string clip = MakeClip("in.mkv", "-c:v libx264 -bf 2 -g 5 -sc_threshold 0 -pix_fmt yuv420p "
+                                                "-x264-params open-gop=0 -c:a pcm_s16le"),
+                      to = m_directory / "out.mkv";
+    const Bytes whole = clips::Decode(clip);
+    const Samples sound = Decode(clip);
+    m_options.videoCodec = "copy";
+    m_options.fromMs = 300;
+    m_options.toMs = 360;
+    for (const std::vector<std::string>& effects : {std::vector<std::string>{}, {kHalf}}) {
+        m_options.overwrite = true;
+        EXPECT_FALSE(Render(clip, to, effects).inputDamage);
+        const Bytes part = clips::Decode(to);
+        const size_t picture = 64 * 48 * 3 / 2, count = part.size() / picture;
+        EXPECT_GE(count, 4u); // 0.2 to 0.36 s; those after it that one of them refers to
+        EXPECT_LE(count, 5u);
+        EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin() + static_cast<long>(5 * picture)));
+        const Samples heard = Decode(to);
+        if (effects.empty())
+            EXPECT_NEAR(static_cast<double>(heard.size()), 2 * 0.16 * 48000, 2 * 2048); // whole packets
+        else
+            EXPECT_EQ(heard, Half(Part(sound, 0.2, 0.36)));
+    }
+    m_options.fromMs.reset();
+    m_options.toMs.reset();
+    for (const char* name : {"all.mkv", "all.mp4", "all.flv", "all.ts"}) {
+        Render(clip, m_directory / name, {});
+        EXPECT_EQ(clips::Decode(m_directory / name), whole) << name;
+    }
+    const auto refused = [&](const char* output) {
+        return clips::FailureOf([&] { Render(clip, m_directory / output, {}); });
+    };
+    for (const char* output : {"no.webm", "no.mpg", "no.avi", "no.png", "no.wav"})
+        EXPECT_EQ(refused(output).kind, ErrorKind::Usage) << output;
+    m_options.effects = {aveffect::ParseEffect("gray", false)};
+    EXPECT_EQ(refused("no.mkv").text,
+              "--codec copy leaves the pictures as they are, which does not go with the effect gray");
+}
+
 TEST_F(SoundRender, SaysWhatIsWrong) {
     const std::string music = clips::MakeSound(m_directory / "in.wav", ""), clip = MakeClip("no.mkv", "-an");
     const std::string out = m_directory / "out.flac";
