@@ -47,7 +47,7 @@ bool Fitter::Fits(const AVFrame& picture) const {
     const bool sameShape = picture.width == m_canvas.width && picture.height == m_canvas.height &&
                            std::abs(PixelAspect(picture) - av_q2d(m_canvas.pixelAspect)) < kSame;
     const bool yuv = mediabridge::HasColourRange(static_cast<AVPixelFormat>(picture.format));
-    return sameShape && (SharesMatrix(m_canvas, picture) || !yuv);
+    return sameShape && (SharesMatrix(m_canvas, picture) || !yuv) && !m_colours.Changes(picture);
 }
 
 std::pair<int, int> Fitter::FittedSize(const AVFrame& picture) const {
@@ -72,6 +72,7 @@ AVFramePtr Fitter::Fit(const AVFrame& picture) {
     if (SharesMatrix(m_canvas, picture)) read->colorspace = m_canvas.matrix;
     AVFramePtr fitted = m_scaler->Convert(read.get());
     if (!fitted) throw Error(ErrorKind::Output, "a picture can't be converted: " + m_scaler->Error());
+    fitted = m_colours.Apply(std::move(fitted));
 
     if (size != std::pair(m_canvas.width, m_canvas.height)) {
         AVFramePtr whole = mediabridge::AllocatePicture(AV_PIX_FMT_BGRA, m_canvas.width, m_canvas.height);

@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/colour_match.h"
 #include "mediabridge/scaler.h"
 
 namespace aveffect {
@@ -25,7 +26,8 @@ Canvas CanvasOf(const AVFrame& picture);
 class Fitter {
 public:
     explicit Fitter(const Canvas& canvas = {})
-        : m_canvas(canvas) {}
+        : m_canvas(canvas)
+        , m_colours(canvas.primaries, canvas.transfer) {}
 
     /// Whether the picture lies on the canvas as it is, whatever its pixel format.
     bool Fits(const AVFrame& picture) const;
@@ -37,6 +39,7 @@ private:
     std::pair<int, int> FittedSize(const AVFrame& picture) const;
 
     Canvas m_canvas;
+    ColourMatch m_colours;
     std::optional<mediabridge::Scaler> m_scaler;
     std::pair<int, int> m_scaled; ///< size that the scaler makes
 };

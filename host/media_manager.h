@@ -21,7 +21,8 @@ public:
     explicit MediaManager(const std::atomic<bool>* cancel = nullptr)
         : m_cancel(cancel) {}
 
-    /// Pictures of sources that are opened from now on have pixels of this canvas's shape.
+    /// Pictures of sources that are opened from now on have pixels of this canvas's shape and its primaries
+    /// and transfer.
     void Match(const Canvas& canvas) { m_canvas = canvas; }
 
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,

@@ -20,6 +20,7 @@ constexpr uint32_t kAudioItem = 2;
 
 MediaReader::MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel)
     : m_canvas(canvas)
+    , m_colours(canvas.primaries, canvas.transfer)
     , m_interrupt{cancel, std::nullopt}
     , m_packet(av_packet_alloc()) {
     const SourceRequest request = ParseSourceUrl(url);
@@ -133,6 +134,7 @@ AVFramePtr MediaReader::Shown(AVFramePtr picture) {
     m_scaled = size;
     picture = m_scaler->Convert(picture.get());
     if (!picture) throw Error(ErrorKind::Input, m_path + ": " + m_scaler->Error());
+    picture = m_colours.Apply(std::move(picture));
     picture->sample_aspect_ratio = m_canvas.pixelAspect;
     return picture;
 }

@@ -54,6 +54,7 @@ private:
 
     std::string m_path;
     Canvas m_canvas;
+    ColourMatch m_colours;
     ReadInterrupt m_interrupt;
     InputContextPtr m_input;
     Stream m_video, m_audio;

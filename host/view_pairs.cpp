@@ -92,6 +92,7 @@ std::pair<AVFramePtr, AVFramePtr> ViewPairs::Split(const AVFrame& picture) {
 
 AVFramePtr ViewPairs::Fit(const AVFrame& second, AVFramePtr& left, const WorkingFormat& working) {
     if (!m_fit) {
+        m_colours.emplace(left->color_primaries, left->color_trc);
         const AVColorRange range = left->color_range == AVCOL_RANGE_UNSPECIFIED
                                        ? mediabridge::UsualRange(working.format)
                                        : left->color_range;
@@ -100,7 +101,12 @@ AVFramePtr ViewPairs::Fit(const AVFrame& second, AVFramePtr& left, const Working
             mediabridge::Is601(left->colorspace) ? AVCOL_SPC_SMPTE170M : left->colorspace;
         m_fit.emplace(working.format, left->width, left->height, ScaleQuality::Bicubic, range, matrix);
     }
-    AVFramePtr right = ConvertWith(*m_fit, second);
+    AVFramePtr matched;
+    if (m_colours->Changes(second)) {
+        if (!m_toBytes) m_toBytes.emplace(AV_PIX_FMT_BGRA, 0, 0, ScaleQuality::Bicubic);
+        matched = m_colours->Apply(ConvertWith(*m_toBytes, second));
+    }
+    AVFramePtr right = ConvertWith(*m_fit, matched ? *matched : second);
     // Pictures from elsewhere may have other pitches than those that are made here.
     if (!std::equal(left->linesize, left->linesize + 4, right->linesize))
         left = CutOut(*left, 0, 0, left->width, left->height);

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/colour_match.h"
 #include "host/effect_chain.h"
 #include "host/working_format.h"
 #include "mediabridge/scaler.h"
@@ -23,8 +24,8 @@ public:
     /// samples; what does not fit lies between them. Throws Error (Usage) when a side is too short.
     std::pair<mediabridge::AVFramePtr, mediabridge::AVFramePtr> Split(const AVFrame& picture);
 
-    /// A second view in the left one's format and size. Where the two are not laid out alike, the left one is
-    /// replaced by a copy.
+    /// A second view in the left one's format, size and colours. Where the two are not laid out alike, the
+    /// left one is replaced by a copy.
     mediabridge::AVFramePtr Fit(const AVFrame& second, mediabridge::AVFramePtr& left,
                                 const WorkingFormat& working);
 
@@ -35,7 +36,8 @@ private:
     StereoOptions m_options;
     EffectChain m_before; ///< the stereo effect, for the right view
     std::optional<mediabridge::Scaler> m_fit;
-    std::optional<mediabridge::Scaler> m_toBytes; ///< formats with less than a byte a pixel, or a palette
+    std::optional<mediabridge::Scaler> m_toBytes; ///< of bits or a palette, or in other colours
+    std::optional<ColourMatch> m_colours;         ///< the left view's
 };
 
 } // namespace aveffect

@@ -178,9 +178,9 @@ std::string As(const std::string& matrix, const std::string& range, const std::s
     return kGreen + "-vf scale=out_color_matrix=" + matrix + ":out_range=" + range + ",format=" + format +
            " -colorspace " + matrix + " -color_range " + range;
 }
-testing::AssertionResult IsGreen(const std::array<int, 3>& colour) {
+testing::AssertionResult IsGreen(const std::array<int, 3>& colour, int off = 3) {
     for (const auto& [is, wanted] : {std::pair{colour[0], 0x1d}, {colour[1], 0xbe}, {colour[2], 0x2c}})
-        if (std::abs(is - wanted) > 3)
+        if (std::abs(is - wanted) > off)
             return testing::AssertionFailure() << colour[0] << " " << colour[1] << " " << colour[2];
     return testing::AssertionSuccess();
 }
@@ -239,6 +239,32 @@ TEST_F(AsSeen, ColoursAreThoseThatPicturesSay) {
         aveffect::RenderSheet(clips::ThePlugin(), sheet, {}, kGoOn);
         EXPECT_TRUE(IsGreen(Colour("sheet.jpg"))) << clip;
     }
+}
+
+// The green of BT.709's primaries in those of BT.2020, as the ffmpeg program works it out.
+TEST_F(AsSeen, PrimariesAreBroughtToThoseOfTheFirst) {
+    constexpr int kOff = 10; // a step in the wider primaries is up to six in dark red
+    const std::string tags = " -colorspace bt709 -color_trc bt709 -color_primaries ";
+    Ffmpeg(As("bt709", "tv") + tags + "bt709", "usual.mkv");
+    Ffmpeg("-i " + Path("usual.mkv") + " -vf zscale=p=2020:pin=709,format=yuv420p -c:v ffv1" + tags +
+               "bt2020",
+           "wide.mkv");
+    ASSERT_FALSE(IsGreen(Colour("wide.mkv"))) << "the samples differ";
+    const std::string wide = Path("wide.mkv");
+    Render("usual.mkv", "drawn.mkv",
+           {"EffectNameMkFade:EffectPropVFPath1=" + wide + ":EffectPropVFPath2=" + wide});
+    EXPECT_TRUE(IsGreen(Colour("drawn.mkv"), kOff));
+    Render("usual.mkv", "views.mkv", {"EffectName3DRenderEffect:render_3d_mode=3"}, {wide, {}});
+    EXPECT_TRUE(IsGreen(Colour("views.mkv", 48), kOff));
+    aveffect::JoinOptions join;
+    join.film.output = Path("joined.mkv");
+    join.film.transition = "EffectNameMkFade";
+    join.film.videoCodec = "ffv1";
+    join.clips = {Path("usual.mkv"), wide};
+    join.durationMs = 40;
+    aveffect::RenderJoin(clips::ThePlugin(), join, {}, kGoOn);
+    Ffmpeg("-i " + Path("joined.mkv") + " -vf reverse -c:v ffv1", "end.mkv");
+    EXPECT_TRUE(IsGreen(Colour("end.mkv"), kOff));
 }
 
 TEST_F(AsSeen, PicturesOfClipsFitTheirOwnShape) {
