@@ -46,7 +46,7 @@ std::unique_ptr<HostSound> TakeSound(fuzz::InputBytes& input) {
     size_t bytes = sound->shape.samples * together * SampleBytes(*sound);
     if (flags & 8) bytes -= std::min<size_t>(bytes, input.Take<uint8_t>());
     if (flags & 16) bytes += input.TakeWithin(0, 999);
-    sound->buffers.assign(sound->shape.interleaved ? 1 : channels, std::vector<unsigned char>(bytes));
+    sound->buffers.assign(sound->shape.interleaved ? 1 : channels, test::GuardedBytes(bytes));
     if (flags & 32) sound->buffers.resize(input.Take<uint8_t>());
     for (auto& buffer : sound->buffers) input.Spread(buffer.data(), buffer.size());
     return sound;

@@ -25,59 +25,58 @@ long long FloorShift8(long long value) {
 }
 
 TEST(Gray, TakesTheMeanOrFillsChroma) {
-    const test::Setting setting{"gray"};
-    ExpectComputes(setting, kPacked, [](HostFrame& frame) {
-        ForPixels(frame, [](Byte* p) { p[0] = p[1] = p[2] = static_cast<Byte>((p[0] + p[1] + p[2]) / 3); });
-    });
-    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
-        test::FillPitch(frame.planes[1], 127);
-        test::FillPitch(frame.planes[2], 127);
-    });
+    ExpectComputes(
+        {"gray"},
+        [](HostFrame& frame) {
+            ForPixels(frame,
+                      [](Byte* p) { p[0] = p[1] = p[2] = static_cast<Byte>((p[0] + p[1] + p[2]) / 3); });
+        },
+        [](HostFrame& frame) {
+            test::FillPitch(frame.planes[1], 127);
+            test::FillPitch(frame.planes[2], 127);
+        });
 }
 
 TEST(FlipColor, SwapsBlueAndRedOrThePlanes) {
-    const test::Setting setting{"flip_color"};
-    ExpectComputes(setting, kPacked,
-                   [](HostFrame& frame) { ForPixels(frame, [](Byte* p) { std::swap(p[0], p[2]); }); });
-    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
-        for (unsigned y = 0; y < frame.planes[1].rows; ++y)
-            for (unsigned x = 0; x < frame.planes[1].width; ++x)
-                std::swap(frame.planes[1].At(x, y), frame.planes[2].At(x, y));
-    });
+    ExpectComputes(
+        {"flip_color"}, [](HostFrame& frame) { ForPixels(frame, [](Byte* p) { std::swap(p[0], p[2]); }); },
+        [](HostFrame& frame) {
+            for (unsigned y = 0; y < frame.planes[1].rows; ++y)
+                for (unsigned x = 0; x < frame.planes[1].width; ++x)
+                    std::swap(frame.planes[1].At(x, y), frame.planes[2].At(x, y));
+        });
 }
 
 TEST(Invert, ComplementsAllButAlpha) {
-    const test::Setting setting{"invert"};
-    ExpectComputes(setting, kPacked, [](HostFrame& frame) {
-        ForPixels(frame, [](Byte* p) {
-            for (int i = 0; i < 3; ++i) p[i] = static_cast<Byte>(255 - p[i]);
+    const auto invert = [](Byte& x) { x = static_cast<Byte>(255 - x); };
+    ExpectComputes(
+        {"invert"},
+        [=](HostFrame& frame) { ForPixels(frame, [=](Byte* p) { std::for_each(p, p + 3, invert); }); },
+        [=](HostFrame& frame) {
+            for (size_t i = 0; i < 3; ++i) ForSamples(frame.planes[i], invert);
         });
-    });
-    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
-        for (int i = 0; i < 3; ++i)
-            ForSamples(frame.planes[static_cast<size_t>(i)], [](Byte& x) { x = static_cast<Byte>(255 - x); });
-    });
 }
 
 TEST(AgedFilm, TintsAndLiftsTheDark) {
-    const test::Setting setting{"aged_film"};
-    ExpectComputes(setting, kPacked, [](HostFrame& frame) {
-        ForPixels(frame, [](Byte* p) {
-            int mean = (p[0] + p[1] + p[2]) / 3;
-            if (mean < 36) mean = 35;
-            p[0] = static_cast<Byte>(mean - 35);
-            p[1] = static_cast<Byte>(mean - 15);
-            p[2] = static_cast<Byte>(mean);
+    ExpectComputes(
+        {"aged_film"},
+        [](HostFrame& frame) {
+            ForPixels(frame, [](Byte* p) {
+                int mean = (p[0] + p[1] + p[2]) / 3;
+                if (mean < 36) mean = 35;
+                p[0] = static_cast<Byte>(mean - 35);
+                p[1] = static_cast<Byte>(mean - 15);
+                p[2] = static_cast<Byte>(mean);
+            });
+        },
+        [](HostFrame& frame) {
+            test::FillPitch(frame.planes[1], 117);
+            test::FillPitch(frame.planes[2], 136);
         });
-    });
-    ExpectComputes(setting, kPlanarFormats, [](HostFrame& frame) {
-        test::FillPitch(frame.planes[1], 117);
-        test::FillPitch(frame.planes[2], 136);
-    });
     auto frame = test::MakeFrame({BGRA, 2, 1});
     std::memcpy(frame->planes[0].Data(), "\0\0\0\x07\x24\x24\x24\x08",
                 8); // black, and the first grey above the lift
-    test::Run(*test::MakeVideo(setting), *frame);
+    test::Run(*test::MakeVideo("aged_film"), *frame);
     EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\x00\x14\x23\x07\x01\x15\x24\x08", 8), 0);
 }
 
@@ -127,9 +126,7 @@ TEST(BrightnessContrastEffect, ComputesItsFormulas) {
                                     {{"brightness", std::to_string(c.brightness)},
                                      {"contrast", std::to_string(c.contrast)},
                                      {"saturation", std::to_string(c.saturation)}}};
-        SCOPED_TRACE(testing::Message() << c.brightness << ' ' << c.contrast << ' ' << c.saturation);
-        ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, kPacked, c));
-        ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, kPlanarFormats, c));
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, c));
     }
 }
 
@@ -164,21 +161,13 @@ TEST(BrightnessContrastEffect, HandWorkedValues) {
 
 TEST(BrightnessContrastEffect, RefusesWhatIsNoNumber) {
     for (const char* property : {"brightness", "contrast", "saturation"})
-        for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}}) {
-            const auto proc = MakeVideo("brightness_contrast", {{"brightness", "5"}, {property, "nan"}});
-            auto frame = test::MakeFrame({format, 33, 5}, 3);
-            const HostFrame original = *frame;
-            GetBaseException()->Clear();
-            test::Run(*proc, *frame);
-            test::ExpectSame(*frame, original, property);
-            EXPECT_EQ(GetBaseException()->GetExceptionCode(), 10021008);
-            EXPECT_NE(std::string(GetBaseException()->GetExceptionMsg()).find(property), std::string::npos);
-            // Where there is no byte to make there is nothing to refuse.
-            GetBaseException()->Clear();
-            test::Run(*proc, *test::MakeFrame({RGB24, 33, 5}));
-            test::Run(*proc, *test::MakeFrame({format, 0, 5}));
-            EXPECT_EQ(GetBaseException()->GetExceptionCode(), 0);
-        }
+        ASSERT_NO_FATAL_FAILURE(
+            test::ExpectRefuses("brightness_contrast", {{"brightness", "5"}, {property, "nan"}}, property));
+        // Where there is no byte to make there is nothing to refuse.
+        const auto proc = MakeVideo("brightness_contrast", {{property, "nan"}});
+        for (const test::Shape& shape : {test::Shape{RGB24, 33, 5}, {BGRA, 0, 5}, {YUV420P, 0, 5}})
+            test::ExpectLeavesAlone(*proc, shape);
+    }
 }
 
 // Null addresses for planes that the setting leaves alone, 1 to 4 as bits of a mask.

@@ -51,11 +51,8 @@ TEST(Filters, ComputeTheTextbookResultInEveryPlane) {
         const std::string text = std::to_string(count);
         const test::Setting blur{"simple_gauss_blur", {{"blur_count", text}}};
         const test::Setting sharpen{"simple_laplacian_sharpen", {{"sharpen_count", text}}};
-        for (const auto formats :
-             {std::span<const unsigned>(test::kPacked), std::span<const unsigned>(test::kPlanarFormats)}) {
-            ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(blur, formats, Passes(count, Blur)));
-            ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(sharpen, formats, Passes(count, Sharpen)));
-        }
+        ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(blur, Passes(count, Blur)));
+        ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(sharpen, Passes(count, Sharpen)));
     }
 }
 
@@ -83,16 +80,8 @@ TEST(Filters, LargeCounts) {
     test::Run(*blur, *frame);
     test::ExpectSame(*frame, original, "flat");
     EXPECT_EQ(GetBaseException()->GetExceptionCode(), 0);
-    for (const char* count : {"65536", "-1"}) {
-        GetBaseException()->Clear();
-        blur->SetProperty("blur_count", count);
-        auto random = test::MakeFrame({YUV420P, 64, 64}, 5);
-        const HostFrame before = *random;
-        test::Run(*blur, *random);
-        test::ExpectSame(*random, before, "refused");
-        EXPECT_EQ(GetBaseException()->GetExceptionCode(), 10021008);
-        EXPECT_NE(std::string(GetBaseException()->GetExceptionMsg()).find("blur_count"), std::string::npos);
-    }
+    for (const char* count : {"65536", "-1"})
+        test::ExpectRefuses("simple_gauss_blur", {{"blur_count", count}}, "blur_count");
 }
 
 } // namespace

@@ -14,7 +14,7 @@ namespace {
 using namespace AVBased;
 using test::HostSound;
 using test::SoundShape;
-using Bytes = std::vector<unsigned char>;
+using Bytes = test::GuardedBytes;
 
 int Code() { return GetBaseException()->GetExceptionCode(); }
 std::string Message() { return GetBaseException()->GetExceptionMsg(); }

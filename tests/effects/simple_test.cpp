@@ -148,29 +148,25 @@ void AddToLuma(HostFrame& frame, int shift, const std::vector<int>& noise) {
 }
 
 TEST(AddNoise, AddsTheGeneratorsNumbersInTheirOrder) {
-    for (const unsigned mask : test::kLevelMasks) {
-        const test::FeatureMask hidden(mask);
+    test::ForLevels([] {
         for (const auto& [level, shift] :
-             {std::pair{"-12", 24}, {"-16", 28}, {"-100", 31}, {"4", 8}, {"99", 0}}) {
-            const auto packed = MakeVideo("addnoise", {{"addnoise_level", level}});
-            const auto planar = MakeVideo("addnoise", {{"addnoise_level", level}});
-            for (const int frames : {0, 1}) { // the second frame has the same grain, and nothing is drawn
-                const std::vector<int> noise = Draws(11, 67 * 31 * 3, shift);
-                auto frame = test::MakeFrame({BGRA, 67, 31, 3}, 5);
-                HostFrame expected = *frame;
-                AddToPixels(expected, shift, noise);
-                test::Run(*packed, *frame);
-                ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, level + std::to_string(frames)));
-                EXPECT_EQ(std::rand() >> shift == noise[0], frames == 1 || noise[0] == 0);
-            }
-            const std::vector<int> noise = Draws(12, 67 * 31, shift);
-            auto frame = test::MakeFrame({YUVA420P, 67, 31, 3}, 5);
-            HostFrame expected = *frame;
-            AddToLuma(expected, shift, noise);
-            test::Run(*planar, *frame);
-            ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, level));
-        }
-    }
+             {std::pair{"-12", 24}, {"-16", 28}, {"-100", 31}, {"4", 8}, {"99", 0}})
+            for (const unsigned format : {unsigned{BGRA}, unsigned{YUVA420P}})
+                for (const test::Shape& shape : test::AwkwardShapes(format)) {
+                    const auto proc = MakeVideo("addnoise", {{"addnoise_level", level}});
+                    const size_t perPixel = format == BGRA ? 3 : 1;
+                    for (const bool first : {true, false}) { // the second has the same grain
+                        const std::vector<int> noise = Draws(11, perPixel * shape.width * shape.height, shift);
+                        ASSERT_NO_FATAL_FAILURE(test::ExpectFrame(
+                            *proc, shape,
+                            [&, by = shift](HostFrame& frame) {
+                                (format == BGRA ? AddToPixels : AddToLuma)(frame, by, noise);
+                            },
+                            level));
+                        EXPECT_TRUE(first || std::rand() >> shift == noise[0]) << "more is drawn";
+                    }
+                }
+    });
 }
 
 TEST(AddNoise, StartsWithAnotherLevelThanItsText) {

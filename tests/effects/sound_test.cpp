@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <limits>
 
 #include "aveffect/base_media.h"
 #include "tests/support/effect_cases.h"
@@ -48,6 +50,26 @@ TEST(Volume, GainsInFixedPointRoundingDown) {
         EXPECT_EQ(at(volume), Samples(values.size())) << volume;
 }
 
+// On every number of samples, at every level.
+TEST(Volume, GainsAllSamplesAlike) {
+    test::ForLevels([] {
+        for (const int volume : {50, 100, 150, 200, 1172, 12799, 12800, 7, -50})
+            for (unsigned samples = 1; samples < 200; samples += samples < 40 ? 1 : 17) {
+                HostSound sound({.samples = samples});
+                sound.Randomise(samples);
+                const int16_t gain = volume < 0 ? int16_t{0} : static_cast<int16_t>(volume * 256 / 100);
+                std::vector<int16_t> expected(samples * 2), actual(samples * 2);
+                std::memcpy(expected.data(), sound.buffers[0].data(), samples * 4);
+                for (int16_t& sample : expected)
+                    sample = static_cast<int16_t>(std::clamp((sample * gain) >> 8, -32768, 32767));
+                MakeAudio("audio_volume", {{"audio_volume", std::to_string(volume).c_str()}})
+                    ->ProcFrameInPlace(&sound);
+                std::memcpy(actual.data(), sound.buffers[0].data(), samples * 4);
+                ASSERT_EQ(actual, expected) << volume << ", " << samples;
+            }
+    });
+}
+
 TEST(Volume, WorksOnACopyAndOnWhateverBytesThereAre) {
     const test::AudioProc proc = MakeAudio("audio_volume", {{"audio_volume", "0"}});
     EXPECT_TRUE(proc->Seek(12345));
@@ -55,11 +77,11 @@ TEST(Volume, WorksOnACopyAndOnWhateverBytesThereAre) {
     const auto original = sound.buffers;
     auto* copy = static_cast<HostSound*>(proc->ProcFrame(&sound));
     EXPECT_EQ(sound.buffers, original);
-    EXPECT_EQ(copy->buffers[0], std::vector<unsigned char>(8));
+    EXPECT_EQ(copy->buffers[0], test::GuardedBytes(8));
     copy->Release();
     sound.buffers[0] = {1, 2, 3};
     proc->ProcFrameInPlace(&sound);
-    EXPECT_EQ(sound.buffers[0], (std::vector<unsigned char>{0, 0, 3}));
+    EXPECT_EQ(sound.buffers[0], (test::GuardedBytes{0, 0, 3}));
     sound.hasBuffers = false;
     proc->ProcFrameInPlace(&sound);
 
@@ -109,12 +131,18 @@ struct PlainFader {
     }
 };
 
+std::string Exact(double value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.17g", value);
+    return text;
+}
+
 void ExpectFades(const SoundShape& shape, PlainFader plain, std::initializer_list<unsigned> sizes) {
     const test::AudioProc proc =
         MakeAudio("audio_fader", {{"fader_start_time", "100"},
                                   {"fader_duration", std::to_string(plain.duration).c_str()},
-                                  {"fader_start_scale", std::to_string(plain.start).c_str()},
-                                  {"fader_end_scale", std::to_string(plain.end).c_str()}});
+                                  {"fader_start_scale", Exact(plain.start).c_str()},
+                                  {"fader_end_scale", Exact(plain.end).c_str()}});
     IRawAudioFrame* last = nullptr;
     unsigned frame = 0;
     for (const unsigned size : sizes) {
@@ -138,20 +166,23 @@ void ExpectFades(const SoundShape& shape, PlainFader plain, std::initializer_lis
 }
 
 TEST(Fader, ScalesEveryFormatLayoutAndByteOrder) {
-    for (const unsigned mask : test::kLevelMasks) {
-        const test::FeatureMask hidden(mask);
+    test::ForLevels([] {
         for (const int format : kFormats)
             for (const bool interleaved : {false, true})
                 for (const bool little : {false, true})
                     for (const int channels : {1, 2, 5}) {
-                        SCOPED_TRACE("mask " + std::to_string(mask) + ", format " + std::to_string(format) +
+                        SCOPED_TRACE("format " + std::to_string(format) +
                                      (interleaved ? ", interleaved" : ", per channel") +
                                      (little ? ", little-endian, " : ", big-endian, ") +
                                      std::to_string(channels) + " channels");
-                        ASSERT_NO_FATAL_FAILURE(ExpectFades({format, 8000, channels, interleaved, little},
-                                                            {1.75, 0.25, 40}, {100, 97, 210}));
+                        const SoundShape shape = {format, 8000, channels, interleaved, little};
+                        ASSERT_NO_FATAL_FAILURE(ExpectFades(shape, {1.75, 0.25, 40}, {100, 97, 210}));
+                        // Gains that no step changes, products just below whole numbers among them.
+                        for (const double gain : {0.9999999999999999, 0.005 * 67, 1.0 / 3, 65537.0, 70000.5,
+                                                  3e9, std::numeric_limits<double>::infinity()})
+                            ASSERT_NO_FATAL_FAILURE(ExpectFades(shape, {gain, gain, 4}, {39}));
                     }
-    }
+    });
 }
 
 TEST(Fader, CutsFramesIntoStepsAndStartsAgain) {

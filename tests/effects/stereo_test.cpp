@@ -94,41 +94,45 @@ TEST(Stereo, MakesBothViewsOfOnePicture) {
 
 TEST(Stereo, DrawsTheSecondView) {
     unsigned seed = 0;
-    for (const int mode : {0, 3, 4})
-        for (const bool swap : {false, true}) {
-            const auto proc = MakeVideo(Mode(mode, swap));
-            for (const unsigned format : AllFormats())
-                for (const Shape& shape : test::AwkwardShapes(format)) {
-                    auto frame = MakeFrame(shape, ++seed), second = MakeFrame(shape, ++seed);
-                    frame->subset = second.get();
-                    HostFrame expected = *frame;
-                    const HostFrame untouched = *second;
-                    Draw(expected, swap ? *second : *frame, swap ? *frame : *second, mode);
-                    test::Run(*proc, *frame);
-                    const std::string what = std::to_string(mode) + (swap ? ", swapped, " : ", ");
-                    ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, what + Describe(shape)));
-                    ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*second, untouched, "second view"));
-                }
-        }
+    test::ForLevels([&] {
+        for (const int mode : {0, 3, 4})
+            for (const bool swap : {false, true}) {
+                const auto proc = MakeVideo(Mode(mode, swap));
+                for (const unsigned format : AllFormats())
+                    for (const Shape& shape : test::AwkwardShapes(format)) {
+                        auto frame = MakeFrame(shape, ++seed), second = MakeFrame(shape, ++seed);
+                        frame->subset = second.get();
+                        HostFrame expected = *frame;
+                        const HostFrame untouched = *second;
+                        Draw(expected, swap ? *second : *frame, swap ? *frame : *second, mode);
+                        test::Run(*proc, *frame);
+                        const std::string what = std::to_string(mode) + (swap ? ", swapped, " : ", ");
+                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, what + Describe(shape)));
+                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*second, untouched, "second view"));
+                    }
+            }
+    });
 }
 
 // The views of one frame differ in size or layout; the first picture's own layout counts unless a view is
-// smaller. Nothing outside a view is read, which the sanitizers see.
+// smaller. Nothing outside a view is read.
 TEST(Stereo, DrawsSecondViewsOfOtherShapes) {
     unsigned seed = 0;
-    for (const int mode : {3, 4})
-        for (const bool swap : {false, true})
-            for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}, unsigned{YUV411P}})
-                for (const auto& [width, height, padding] :
-                     {std::tuple{20u, 9u, 0u}, {33u, 4u, 3u}, {60u, 20u, 1u}, {33u, 9u, 9u}, {33u, 9u, 0u}}) {
-                    auto frame = MakeFrame({format, 33, 9, 3}, ++seed);
-                    auto second = MakeFrame({format, width, height, padding}, ++seed);
-                    frame->subset = second.get();
-                    HostFrame expected = *frame;
-                    Draw(expected, swap ? *second : *frame, swap ? *frame : *second, mode);
-                    test::Run(*MakeVideo(Mode(mode, swap)), *frame);
-                    ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, std::to_string(width)));
-                }
+    test::ForLevels([&] {
+        for (const int mode : {3, 4})
+            for (const bool swap : {false, true})
+                for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}, unsigned{YUV411P}})
+                    for (const auto& [width, height, padding] :
+                         {std::tuple{90u, 9u, 0u}, {133u, 4u, 3u}, {160u, 20u, 1u}, {133u, 9u, 9u}}) {
+                        auto frame = MakeFrame({format, 133, 9, 3}, ++seed);
+                        auto second = MakeFrame({format, width, height, padding}, ++seed);
+                        frame->subset = second.get();
+                        HostFrame expected = *frame;
+                        Draw(expected, swap ? *second : *frame, swap ? *frame : *second, mode);
+                        test::Run(*MakeVideo(Mode(mode, swap)), *frame);
+                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, std::to_string(width)));
+                    }
+    });
     // A frame that is its own second view.
     auto frame = MakeFrame({BGRA, 33, 9}, 1);
     frame->subset = frame.get();
@@ -148,8 +152,8 @@ TEST(Stereo, ByHand) {
         test::Run(*MakeVideo(Mode(mode)), *frame);
         return frame->planes[0].bytes;
     };
-    EXPECT_EQ(row(0), (std::vector<unsigned char>{0, 0, 1, 2, 3, 3, 4, 5}));
-    EXPECT_EQ(row(3), (std::vector<unsigned char>{0, 1, 3, 4, 2, 3, 5, 6}));
+    EXPECT_EQ(row(0), (test::GuardedBytes{0, 0, 1, 2, 3, 3, 4, 5}));
+    EXPECT_EQ(row(3), (test::GuardedBytes{0, 1, 3, 4, 2, 3, 5, 6}));
 }
 
 struct Freer {
@@ -216,22 +220,24 @@ void Take(HostFrame& to, HostFrame from) {
 
 TEST(Stereo, MakesAnaglyphsOfOnePicture) {
     unsigned seed = 0;
-    for (const int type : {1, 2}) {
-        const auto proc = MakeVideo(Mode(type, true)); // exchanging views changes nothing here
-        for (const auto& [text, depth] : {std::pair{"5", 20u}, {"47", 40u}, {"100", 100u}, {"250", 100u}})
-            for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}})
-                for (const auto& [width, height] : {std::pair{640u, 6u}, {130u, 9u}, {3u, 3u}}) {
-                    proc->SetProperty("render_3d_depth", text);
-                    auto frame = MakeFrame({format, width, height, 5, 1}, ++seed),
-                         second = MakeFrame({format, width, height});
-                    frame->subset = second.get(); // is not looked at
-                    HostFrame expected = *frame;
-                    Take(expected, Anaglyph(*frame, type, depth, format));
-                    test::Run(*proc, *frame);
-                    ASSERT_NO_FATAL_FAILURE(
-                        test::ExpectSame(*frame, expected, std::string(text) + ", " + std::to_string(width)));
-                }
-    }
+    test::ForLevels([&] {
+        for (const int type : {1, 2}) {
+            const auto proc = MakeVideo(Mode(type, true)); // exchanging views changes nothing here
+            for (const auto& [text, depth] : {std::pair{"5", 20u}, {"47", 40u}, {"100", 100u}, {"250", 100u}})
+                for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}})
+                    for (const auto& [width, height] : {std::pair{640u, 6u}, {130u, 9u}, {3u, 3u}}) {
+                        proc->SetProperty("render_3d_depth", text);
+                        auto frame = MakeFrame({format, width, height, 5, 1}, ++seed),
+                             second = MakeFrame({format, width, height});
+                        frame->subset = second.get(); // is not looked at
+                        HostFrame expected = *frame;
+                        Take(expected, Anaglyph(*frame, type, depth, format));
+                        test::Run(*proc, *frame);
+                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(
+                            *frame, expected, std::string(text) + ", " + std::to_string(width)));
+                    }
+        }
+    });
 }
 
 // What lies behind the rows comes along where the converter's frame has them as far apart, and only there.

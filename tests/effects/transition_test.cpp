@@ -4,57 +4,30 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tests/kernels/guarded_memory.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/picture_manager.h"
 
 namespace {
 
 using namespace AVBased;
+using test::HostFrame;
 
-// A BGRA picture whose last row's padding ends, or whose first row begins, at a protected page. So do its
-// clones.
-class Picture final : public MemoryFrame {
-public:
-    Picture(unsigned w, unsigned h, unsigned padding, unsigned seed)
-        : Picture(w, h, padding,
-                  std::make_shared<test::GuardedMemory>(size_t{w * 4 + padding} * h, kFlush[seed % 2])) {
-        std::mt19937 random(seed);
-        for (size_t i = 0; i < Size(); ++i) m_memory->Data()[i] = static_cast<uint8_t>(random());
-    }
-    std::vector<uint8_t> Bytes() const { return {m_memory->Data(), m_memory->Data() + Size()}; }
-    size_t Size() const { return size_t{pitch} * height; }
-    IRawVideoFrame* Clone() override {
-        auto* copy = new Picture(width, height, pitch - width * 4, 0);
-        std::copy_n(m_memory->Data(), Size(), copy->m_memory->Data());
-        return copy;
-    }
-    void Free() override { delete this; }
-
-    const unsigned width, height, pitch;
-
-private:
-    static constexpr test::GuardedMemory::Flush kFlush[] = {test::GuardedMemory::Flush::End,
-                                                            test::GuardedMemory::Flush::Start};
-
-    Picture(unsigned w, unsigned h, unsigned padding, std::shared_ptr<test::GuardedMemory> memory)
-        : MemoryFrame(BGRA, w, h, {{memory->Data(), w * 4, w * 4 + padding, h}})
-        , width(w)
-        , height(h)
-        , pitch(w * 4 + padding)
-        , m_memory(std::move(memory)) {}
-
-    std::shared_ptr<test::GuardedMemory> m_memory;
-};
+// A BGRA picture; every other one begins at a protected page, the others end at one.
+HostFrame Picture(unsigned width, unsigned height, unsigned padding, unsigned seed) {
+    HostFrame picture(
+        {BGRA, width, height, padding, 0, false, seed % 2 ? test::Flush::Start : test::Flush::End});
+    picture.Randomise(seed);
+    return picture;
+}
 
 // What a plain drawing works on.
 struct Drawing {
-    std::vector<uint8_t> out, first, second;
+    test::GuardedBytes out, first, second;
     long width, height, pitch, pitch1, pitch2; // of out, first and second
     int s, d, t;
 
     double Progress() const { return d <= s ? 1 : static_cast<double>(t - s) / (d - s); }
-    const std::vector<uint8_t>& From(int which) const { return which == 1 ? first : second; }
+    const test::GuardedBytes& From(int which) const { return which == 1 ? first : second; }
     long PitchOf(int which) const { return which == 1 ? pitch1 : pitch2; }
 
     // Bytes of a picture's row, by offsets. With different pitches only the pictures count.
@@ -234,10 +207,12 @@ struct Paddings {
 
 // Draws at times around and within the span from s to d.
 void ExpectDrawn(const Transition& transition, Size size, Paddings paddings, int s, int d) {
-    Picture first(size.width, size.height, paddings.first, 2),
-        second(size.width, size.height, paddings.second, 3);
+    HostFrame first = Picture(size.width, size.height, paddings.first, 2);
+    HostFrame second = Picture(size.width, size.height, paddings.second, 3);
     test::PictureManager manager;
     manager.sources = {{"first", {&first}}, {"second", {&second}}};
+    static size_t turn = 0; // each level in turns
+    const test::FeatureMask hidden(test::kLevelMasks[turn++ % std::size(test::kLevelMasks)]);
     const test::VideoProc proc = test::MakeVideo(
         transition.effect, {{"EffectPropVFPath1", "first"}, {"EffectPropVFPath2", "second"}}, &manager);
     proc->SetProperty("EffectPropStartTime", std::to_string(s).c_str());
@@ -265,15 +240,16 @@ void ExpectDrawn(const Transition& transition, Size size, Paddings paddings, int
                         d + 1,
                         d + n / 3,
                         d + 3 * n}) {
-        Picture out(size.width, size.height, paddings.out, static_cast<unsigned>(t) % 7 + 5);
-        Drawing drawing = {out.Bytes(),
-                           first.Bytes(),
-                           second.Bytes(),
+        HostFrame out = Picture(size.width, size.height, paddings.out, static_cast<unsigned>(t) % 7 + 5);
+        const unsigned pitch = out.planes[0].pitch;
+        Drawing drawing = {out.planes[0].bytes,
+                           first.planes[0].bytes,
+                           second.planes[0].bytes,
                            size.width,
                            size.height,
-                           out.pitch,
-                           first.pitch,
-                           second.pitch,
+                           pitch,
+                           first.planes[0].pitch,
+                           second.planes[0].pitch,
                            s,
                            d,
                            t};
@@ -282,12 +258,12 @@ void ExpectDrawn(const Transition& transition, Size size, Paddings paddings, int
         else
             transition.draw(drawing);
         test::Run(*proc, out, t);
-        const std::vector<uint8_t> drawn = out.Bytes();
+        const test::GuardedBytes& drawn = out.planes[0].bytes;
         const auto [is, should] = std::mismatch(drawn.begin(), drawn.end(), drawing.out.begin());
         ASSERT_TRUE(is == drawn.end())
             << transition.effect << " " << size.width << "x" << size.height << ", paddings " << paddings.out
             << " " << paddings.first << " " << paddings.second << ", " << s << " to " << d << " at " << t
-            << ": byte " << (is - drawn.begin()) % out.pitch << " of row " << (is - drawn.begin()) / out.pitch
+            << ": byte " << (is - drawn.begin()) % pitch << " of row " << (is - drawn.begin()) / pitch
             << " is " << int{*is} << ", not " << int{*should};
     }
 }
@@ -337,7 +313,7 @@ TEST(Transitions, AnyTimesDoNoHarm) {
                                    {"2147483647", "0"},
                                    {"0", "1"},
                                    {"0", "4294967295"}}) {
-            Picture picture(45, 44, 8, 2);
+            HostFrame picture = Picture(45, 44, 8, 2);
             test::PictureManager manager;
             manager.sources = {{"picture", {&picture}}};
             const test::VideoProc proc = test::MakeVideo(transition.effect,

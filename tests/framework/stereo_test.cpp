@@ -47,22 +47,27 @@ void Anaglyph(HostFrame& out, HostFrame left, HostFrame right) {
 
 TEST(StereoRenderer, DrawsAnaglyphs) {
     unsigned seed = 0;
-    for (const unsigned format : kEffectFormats)
-        for (const Shape& shape : test::AwkwardShapes(format))
-            for (const int over : {0, 1, 2}) { // a frame of its own, the left view, the right view
-                CAVBase3DRender renderer;
-                renderer.SetRenderMode(kRenderRedCyan);
-                Shape padded = shape;
-                padded.extraPitch += 7; // each frame has its own pitch
-                auto left = MakeFrame(shape, ++seed), right = MakeFrame(padded, ++seed),
-                     own = MakeFrame(shape, ++seed);
-                HostFrame& out = over == 0 ? *own : over == 1 ? *left : *right;
-                HostFrame expected = out;
-                Anaglyph(expected, *left, *right);
-                EXPECT_EQ(renderer.Render(left.get(), right.get(), &out), &out);
-                ASSERT_NO_FATAL_FAILURE(
-                    test::ExpectSame(out, expected, Describe(shape) + std::to_string(over)));
-            }
+    test::ForLevels([&] {
+        for (const unsigned format : kEffectFormats)
+            for (const Shape& shape : test::AwkwardShapes(format))
+                for (const int over :
+                     {0, 1, 2, 3}) { // a frame of its own, the left view, the right, both less
+                    CAVBase3DRender renderer;
+                    renderer.SetRenderMode(kRenderRedCyan);
+                    Shape padded = shape, views = shape;
+                    padded.extraPitch += 7; // each frame has its own pitch
+                    if (over == 3) views.width -= shape.width / 3;
+                    if (over == 3) padded.height -= shape.height / 2;
+                    auto left = MakeFrame(views, ++seed), right = MakeFrame(padded, ++seed),
+                         own = MakeFrame(shape, ++seed);
+                    HostFrame& out = over == 1 ? *left : over == 2 ? *right : *own;
+                    HostFrame expected = out;
+                    Anaglyph(expected, *left, *right);
+                    EXPECT_EQ(renderer.Render(left.get(), right.get(), &out), &out);
+                    ASSERT_NO_FATAL_FAILURE(
+                        test::ExpectSame(out, expected, Describe(shape) + std::to_string(over)));
+                }
+    });
 }
 
 // Grey left, black right: 130 red, nothing else.
@@ -75,9 +80,9 @@ TEST(StereoRenderer, AnaglyphByHand) {
     CAVBase3DRender renderer;
     renderer.SetRenderMode(kRenderRedCyan);
     auto* out = static_cast<HostFrame*>(renderer.Render(left.get(), right.get(), nullptr));
-    EXPECT_EQ(out->planes[0].bytes, (std::vector<unsigned char>(4, 50)));  // 66 * 130 + 128 >> 8, + 16
-    EXPECT_EQ(out->planes[1].bytes, (std::vector<unsigned char>(1, 109))); // -38 * 130 + 128 >> 8, + 128
-    EXPECT_EQ(out->planes[2].bytes, (std::vector<unsigned char>(1, 185))); // 112 * 130 + 128 >> 8, + 128
+    EXPECT_EQ(out->planes[0].bytes, (test::GuardedBytes(4, 50)));  // 66 * 130 + 128 >> 8, + 16
+    EXPECT_EQ(out->planes[1].bytes, (test::GuardedBytes(1, 109))); // -38 * 130 + 128 >> 8, + 128
+    EXPECT_EQ(out->planes[2].bytes, (test::GuardedBytes(1, 185))); // 112 * 130 + 128 >> 8, + 128
 }
 
 // The kept output is a clone of the first left view, for good.

@@ -1,6 +1,6 @@
 #pragma once
 /// A host's own frames for tests: any pitch, any base offset, chroma rounded down or up, every byte outside
-/// the picture watched.
+/// the picture watched, and beyond it a protected page.
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -11,6 +11,7 @@
 
 #include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
+#include "tests/support/guarded_bytes.h"
 
 namespace test {
 
@@ -55,14 +56,18 @@ struct Shape {
     unsigned extraPitch = 0; ///< bytes from the end of a row to the next one
     unsigned offset = 0;     ///< bytes from an aligned address to the first byte
     bool roundUp = false;    ///< chroma of odd sizes
+    Flush flush = Flush::End;
 };
+
+/// What a frame's bytes are: anything, or what meets the limits of samples.
+enum class Contents { Random, NearZero, NearTop, Extremes };
 
 class HostFrame final : public AVBased::MemoryFrame {
 public:
     struct Plane {
         unsigned width = 0, pitch = 0, rows = 0;
         size_t offset = 0;
-        std::vector<unsigned char> bytes; ///< offset, then rows x pitch
+        GuardedBytes bytes; ///< offset, then rows x pitch
 
         unsigned char* Data() { return bytes.data() + offset; }
         unsigned char& At(unsigned x, unsigned y) { return Data()[size_t{y} * pitch + x]; }
@@ -78,16 +83,23 @@ public:
             plane.rows = Shifted(shape, shape.height, chroma ? layout.vShift : 0);
             plane.pitch = plane.width + shape.extraPitch;
             plane.offset = shape.offset;
-            plane.bytes.resize(shape.offset + size_t{plane.pitch} * plane.rows);
+            plane.bytes =
+                GuardedBytes(shape.offset + size_t{plane.pitch} * plane.rows, uint8_t{0}, shape.flush);
             planes.push_back(std::move(plane));
         }
     }
 
-    /// Every byte random, padding included.
-    void Randomise(unsigned seed) {
+    /// Every byte, padding included.
+    void Randomise(unsigned seed, Contents contents = Contents::Random) {
         std::mt19937 random(seed);
         for (Plane& plane : planes)
-            for (unsigned char& byte : plane.bytes) byte = static_cast<unsigned char>(random());
+            for (unsigned char& byte : plane.bytes) {
+                const unsigned x = random() & 255;
+                byte = static_cast<unsigned char>(contents == Contents::Random     ? x
+                                                  : contents == Contents::NearZero ? x % 4
+                                                  : contents == Contents::NearTop  ? 252 + x % 4
+                                                                                   : x % 2 * 255);
+            }
     }
 
     std::vector<Plane> planes;
@@ -125,9 +137,9 @@ struct Freer {
 };
 using FramePtr = std::unique_ptr<HostFrame, Freer>;
 
-inline FramePtr MakeFrame(Shape shape, unsigned seed = 1) {
+inline FramePtr MakeFrame(Shape shape, unsigned seed = 1, Contents contents = Contents::Random) {
     FramePtr frame(new HostFrame(shape));
-    frame->Randomise(seed);
+    frame->Randomise(seed, contents);
     return frame;
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "aveffect/audio_frame.h"
+#include "tests/support/guarded_bytes.h"
 
 namespace test {
 
@@ -53,7 +54,7 @@ public:
         const auto channels = static_cast<size_t>(shape.channels);
         const size_t bytes = shape.samples * SampleBytesOf(shape.format);
         buffers.assign(shape.interleaved ? 1 : channels,
-                       std::vector<unsigned char>(shape.interleaved ? bytes * channels : bytes));
+                       GuardedBytes(shape.interleaved ? bytes * channels : bytes));
     }
     void Randomise(unsigned seed) {
         std::mt19937 random(seed);
@@ -61,7 +62,7 @@ public:
             for (unsigned char& byte : buffer) byte = static_cast<unsigned char>(random());
     }
 
-    std::vector<std::vector<unsigned char>> buffers;
+    std::vector<GuardedBytes> buffers;
     bool hasBuffers = true;
 
     unsigned char* GetBuffer(int index, unsigned* size) override {

@@ -1,0 +1,55 @@
+#pragma once
+/// Bytes whose next neighbour at one end is a protected page: who reads or writes there ends the test.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <new>
+#include <vector>
+
+namespace test {
+
+/// Which end of the bytes lies at the protected page. One follows far behind the other end, too.
+enum class Flush { Start, End };
+
+template <class T>
+class GuardedAllocator {
+public:
+    using value_type = T;
+    using propagate_on_container_move_assignment = std::true_type;
+
+    GuardedAllocator(Flush flush = Flush::End)
+        : m_flush(flush) {}
+
+    T* allocate(size_t count) {
+        const size_t bytes = count * sizeof(T), inner = (bytes + Page() - 1) / Page() * Page();
+        void* const mapping =
+            mmap(nullptr, inner + 2 * Page(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (mapping == MAP_FAILED) throw std::bad_alloc();
+        uint8_t* const first = static_cast<uint8_t*>(mapping) + Page();
+        if (inner && mprotect(first, inner, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+        return reinterpret_cast<T*>(m_flush == Flush::Start ? first : first + inner - bytes);
+    }
+    void deallocate(T* data, size_t count) {
+        const size_t inner = (count * sizeof(T) + Page() - 1) / Page() * Page();
+        const auto first = reinterpret_cast<uintptr_t>(data) / Page() * Page();
+        munmap(reinterpret_cast<void*>(first - Page()), inner + 2 * Page());
+    }
+    /// A copy is guarded at its other end, so that what works on clones is tried at both.
+    GuardedAllocator select_on_container_copy_construction() const {
+        return m_flush == Flush::Start ? Flush::End : Flush::Start;
+    }
+    bool operator==(const GuardedAllocator&) const { return true; } // either frees what the other made
+
+private:
+    static size_t Page() {
+        static const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        return page;
+    }
+
+    Flush m_flush;
+};
+
+using GuardedBytes = std::vector<uint8_t, GuardedAllocator<uint8_t>>;
+
+} // namespace test
