@@ -1,24 +1,32 @@
-// Each kernel at each level that this processor has, over the list that the tests try.
+// Each kernel at each level that this processor has.
 #include "aveffect/base_media.h"
 #include "bench/copy_time.h"
-#include "tests/kernels/harness.h"
+#include "bench/kernel_calls.h"
 
 namespace bench {
 
 namespace {
 
-void RunKernel(benchmark::State& state, const test::KernelCase& kernelCase, size_t width, size_t height) {
-    const size_t pitch = width * kernelCase.unitBytes;
+void RunKernel(benchmark::State& state, const KernelCall& call, size_t width, size_t height) {
+    const size_t pitch = width * call.unitBytes;
     std::vector<Memory> memories;
-    std::vector<test::Plane8> planes;
-    for (size_t i = 0; i < kernelCase.planes; ++i) {
+    std::vector<Plane8> planes;
+    for (size_t i = 0; i < call.planes; ++i) {
         memories.push_back(MakeMemory(pitch * height));
         planes.push_back({memories.back().get(), pitch, pitch, height});
     }
-    TimeAgainstCopy(state, pitch * height * kernelCase.planes, [&] { kernelCase.kernel(planes); });
+    TimeAgainstCopy(state, pitch * height * call.planes, [&] { call.run(planes); });
 }
 
 } // namespace
+
+std::vector<KernelCall> KernelCalls(unsigned features) {
+    std::vector<KernelCall> calls;
+    AddSampleCalls(calls, features);
+    AddPlaceCalls(calls, features);
+    AddDrawingCalls(calls, features);
+    return calls;
+}
 
 void RegisterKernelBenchmarks() {
     constexpr struct {
@@ -30,10 +38,10 @@ void RegisterKernelBenchmarks() {
                    {"AVX512VBMI", AVBased::kCpuAVX512 | AVBased::kCpuAVX512VBMI}};
     for (const auto& level : kLevels) {
         if ((AVBasedGetCPUFeatures() & level.features) != level.features) continue;
-        for (const test::KernelCase& kernelCase : test::KernelCases(level.features))
+        for (const KernelCall& call : KernelCalls(level.features))
             benchmark::RegisterBenchmark(
-                ("kernel " + kernelCase.name + ", " + level.name).c_str(),
-                [kernelCase](benchmark::State& state) { RunKernel(state, kernelCase, 1920, 1080); })
+                ("kernel " + call.name + ", " + level.name).c_str(),
+                [call](benchmark::State& state) { RunKernel(state, call, 1920, 1080); })
                 ->UseManualTime();
     }
 }

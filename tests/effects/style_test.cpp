@@ -58,7 +58,7 @@ TEST(PopStyle, MakesAPoster) {
         ASSERT_NO_FATAL_FAILURE(ExpectComputes(
             {"popstyle", {{"popstyle_threshold", c.threshold}, {"popstyle_color", c.colour}}}, c.poster));
     // 0.257 * 255 + 0.504 * 175 + 0.098 * 209 + 16 = 190.2, 131.1 and 160.7 for 0xFFAFD1.
-    ASSERT_NO_FATAL_FAILURE(ExpectComputes({"popstyle"}, {128, 0xFFAFD1, 190, 131, 160}));
+    ASSERT_NO_FATAL_FAILURE(ExpectComputes({"popstyle"}, Poster{128, 0xFFAFD1, 190, 131, 160}));
 }
 
 // Video wall
