@@ -149,8 +149,7 @@ TEST(Fades, TakeTheFramesOwnTimeWhenNoneIsGiven) {
 }
 
 TEST(Fades, SayThatTheSpanIsEmpty) {
-    for (const char* fade : kFades)
-    {
+    for (const char* fade : kFades) {
         const auto proc = MakeVideo(fade, {{"duration", "0"}});
         const test::Shape shape{YUVA420P, 20, 10, 3};
         ASSERT_NO_FATAL_FAILURE(test::ExpectRefuses(*proc, shape, "duration"));

@@ -156,7 +156,8 @@ TEST(AddNoise, AddsTheGeneratorsNumbersInTheirOrder) {
                     const auto proc = MakeVideo("addnoise", {{"addnoise_level", level}});
                     const size_t perPixel = format == BGRA ? 3 : 1;
                     for (const bool first : {true, false}) { // the second has the same grain
-                        const std::vector<int> noise = Draws(11, perPixel * shape.width * shape.height, shift);
+                        const std::vector<int> noise =
+                            Draws(11, perPixel * shape.width * shape.height, shift);
                         ASSERT_NO_FATAL_FAILURE(test::ExpectFrame(
                             *proc, shape,
                             [&, by = shift](HostFrame& frame) {

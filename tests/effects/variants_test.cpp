@@ -58,8 +58,7 @@ auto Emboss(int level) {
             HostFrame::Plane old = plane;
             for (unsigned y = 1; y < plane.rows; ++y)
                 for (unsigned x = 0; x < plane.width; ++x) {
-                    const int c = plane.At(x, y),
-                              above = old.At(x, y - 1);
+                    const int c = plane.At(x, y), above = old.At(x, y - 1);
                     if (!packed)
                         plane.At(x, y) = EmbossPlanar(c, above, level, x >= plane.width / 4 * 4);
                     else if (x % 4 != 3)

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <map>
 #include <new>
 #include <vector>
 
@@ -22,18 +23,24 @@ public:
         : m_flush(flush) {}
 
     T* allocate(size_t count) {
-        const size_t bytes = count * sizeof(T), inner = (bytes + Page() - 1) / Page() * Page();
-        void* const mapping =
-            mmap(nullptr, inner + 2 * Page(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (mapping == MAP_FAILED) throw std::bad_alloc();
-        uint8_t* const first = static_cast<uint8_t*>(mapping) + Page();
-        if (inner && mprotect(first, inner, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+        const size_t bytes = count * sizeof(T), inner = Inner(bytes);
+        std::vector<uint8_t*>& spare = Spare()[inner];
+        uint8_t* first = nullptr;
+        if (spare.empty()) {
+            void* const mapping =
+                mmap(nullptr, inner + 2 * Page(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            if (mapping == MAP_FAILED) throw std::bad_alloc();
+            first = static_cast<uint8_t*>(mapping) + Page();
+            if (mprotect(first, inner, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+        } else {
+            first = spare.back();
+            spare.pop_back();
+        }
         return reinterpret_cast<T*>(m_flush == Flush::Start ? first : first + inner - bytes);
     }
     void deallocate(T* data, size_t count) {
-        const size_t inner = (count * sizeof(T) + Page() - 1) / Page() * Page();
         const auto first = reinterpret_cast<uintptr_t>(data) / Page() * Page();
-        munmap(reinterpret_cast<void*>(first - Page()), inner + 2 * Page());
+        Spare()[Inner(count * sizeof(T))].push_back(reinterpret_cast<uint8_t*>(first));
     }
     /// A copy is guarded at its other end, so that what works on clones is tried at both.
     GuardedAllocator select_on_container_copy_construction() const {
@@ -42,6 +49,14 @@ public:
     bool operator==(const GuardedAllocator&) const { return true; } // either frees what the other made
 
 private:
+    /// Whole pages for so many bytes.
+    static size_t Inner(size_t bytes) { return (bytes + Page() - 1) / Page() * Page(); }
+    /// By size, what is ready for use again: asking the system for each takes longer than most effects. Stays
+    /// till the program ends.
+    static std::map<size_t, std::vector<uint8_t*>>& Spare() {
+        static thread_local auto* const spare = new std::map<size_t, std::vector<uint8_t*>>;
+        return *spare;
+    }
     static size_t Page() {
         static const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
         return page;
