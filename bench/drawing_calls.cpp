@@ -1,7 +1,7 @@
 // Kernels of light and paint.
 #include <memory>
 
-#include "AVEffect/portrait_mixes.h"
+#include "AVEffect/support/portrait_mixes.h"
 #include "bench/kernel_calls.h"
 #include "kernels/edge_light.h"
 #include "kernels/oil.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "AVEffect/scratch.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/planes.h"
 
 namespace bench {

@@ -1,6 +1,6 @@
-// Any video effect with any property texts on frames of any shape: effect and level, the files of
-// transitions, then for each frame its settings (their number, lines "property index, text"), shape, time and
-// pixels.
+// Any video effect with any property texts on frames of any shape: a line with the effect's name, the level,
+// the files of transitions, then for each frame its settings (their number, lines "property index, text"),
+// shape, time and pixels.
 #include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 #include "fuzz/any_picture.h"
@@ -11,9 +11,10 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace AVBased;
     fuzz::InputBytes input(data, size);
-    const unsigned choice = input.Take<uint8_t>();
-    const EffectInfo& effect = kVideoEffects[choice % kVideoEffects.size()];
-    fuzz::UseLevel(choice / kVideoEffects.size());
+    const EffectInfo* const named = FindEffect(input.TakeLine());
+    if (!named || named->kind == EffectKind::Audio) return -1; // nothing to keep for the corpus
+    const EffectInfo& effect = *named;
+    fuzz::UseLevel(input.Take<uint8_t>());
     const bool readsFiles = effect.kind == EffectKind::Transition;
 
     test::PictureManager manager;

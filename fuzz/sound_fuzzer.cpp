@@ -1,6 +1,7 @@
-// Any audio effect with any property texts on sound of any format, layout, rate and size: effect and level,
-// the file of audio_replace, then for each frame its settings (their number, lines "property index, text"),
-// shape, time and samples. Buffers are as large as they say, whatever else the sound says of itself.
+// Any audio effect with any property texts on sound of any format, layout, rate and size: a line with the
+// effect's name, the level, the file of audio_replace, then for each frame its settings (their number, lines
+// "property index, text"), shape, time and samples. Buffers are as large as they say, whatever else the sound
+// says of itself.
 #include <memory>
 
 #include "aveffect/catalogue.h"
@@ -100,9 +101,10 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::InputBytes input(data, size);
-    const unsigned choice = input.Take<uint8_t>();
-    const EffectInfo& effect = kAudioEffects[choice % kAudioEffects.size()];
-    fuzz::UseLevel(choice / kAudioEffects.size());
+    const EffectInfo* const named = FindEffect(input.TakeLine());
+    if (!named || named->kind != EffectKind::Audio) return -1; // nothing to keep for the corpus
+    const EffectInfo& effect = *named;
+    fuzz::UseLevel(input.Take<uint8_t>());
     SoundManager manager(input);
     IRawAudioFrame* last = nullptr; // left to the host when the processor goes
     {

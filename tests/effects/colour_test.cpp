@@ -160,14 +160,14 @@ TEST(BrightnessContrastEffect, HandWorkedValues) {
 }
 
 TEST(BrightnessContrastEffect, RefusesWhatIsNoNumber) {
-    for (const char* property : {"brightness", "contrast", "saturation"})
+    for (const char* property : {"brightness", "contrast", "saturation"}) {
         ASSERT_NO_FATAL_FAILURE(
             test::ExpectRefuses("brightness_contrast", {{"brightness", "5"}, {property, "nan"}}, property));
-    // Where there is no byte to make there is nothing to refuse.
-    const auto proc = MakeVideo("brightness_contrast", {{property, "nan"}});
-    for (const test::Shape& shape : {test::Shape{RGB24, 33, 5}, {BGRA, 0, 5}, {YUV420P, 0, 5}})
-        test::ExpectLeavesAlone(*proc, shape);
-}
+        // Where there is no byte to make there is nothing to refuse.
+        const auto proc = MakeVideo("brightness_contrast", {{property, "nan"}});
+        for (const test::Shape& shape : {test::Shape{RGB24, 33, 5}, {BGRA, 0, 5}, {YUV420P, 0, 5}})
+            test::ExpectLeavesAlone(*proc, shape);
+    }
 }
 
 // Null addresses for planes that the setting leaves alone, 1 to 4 as bits of a mask.

@@ -6,11 +6,10 @@
 
 #include "aveffect/base_media.h"
 #include "kernels/transition.h"
-#include "tests/kernels/case_makers.h"
 
 namespace {
 
-using test::Plane32;
+using AVBased::kernels::Plane32;
 using Pixels = std::vector<uint8_t>;
 
 constexpr size_t kSide = 256;
@@ -43,11 +42,16 @@ std::vector<double> Progresses() {
     return all;
 }
 
+uint8_t CrossFaded(int a, int b, double progress) {
+    const double sum = a * (1 - progress) + b * progress;
+    return sum >= 256 ? 255 : sum < 1 ? 0 : static_cast<uint8_t>(sum);
+}
+
 TEST(CrossFade, GivesTheDefinitionsByteForEveryPair) {
     Pixels first = Samples(true), second = Samples(false), expected(first.size(), 99);
     for (const double progress : Progresses()) {
         for (size_t i = 0; i < first.size(); ++i)
-            if (i % 4 != 3) expected[i] = test::CrossFaded(first[i], second[i], progress);
+            if (i % 4 != 3) expected[i] = CrossFaded(first[i], second[i], progress);
         for (const unsigned level :
              {unsigned{AVBased::kCpuSSE2}, unsigned{AVBased::kCpuAVX2}, unsigned{AVBased::kCpuAVX512},
               AVBased::kCpuAVX512 | AVBased::kCpuAVX512VBMI}) {
