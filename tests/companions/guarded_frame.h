@@ -17,7 +17,7 @@ extern "C" {
 #include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
 #include "mediabridge/pixel_formats.h"
-#include "tests/kernels/guarded_memory.h"
+#include "tests/support/guarded_bytes.h"
 
 namespace test {
 
@@ -61,9 +61,8 @@ public:
             plane.pitch = plane.bytes + shape.extraPitch;
             const std::size_t size =
                 plane.rows ? std::size_t{plane.pitch} * (plane.rows - 1) + plane.bytes : 0;
-            m_memory.push_back(std::make_unique<GuardedMemory>(
-                size, shape.atEnd ? GuardedMemory::Flush::End : GuardedMemory::Flush::Start));
-            plane.data = m_memory.back()->Data();
+            m_memory.emplace_back(size, uint8_t{0}, shape.atEnd ? Flush::End : Flush::Start);
+            plane.data = m_memory.back().data();
             m_planes.push_back(plane);
         }
     }
@@ -102,7 +101,7 @@ private:
     }
 
     FrameShape m_shape;
-    std::vector<std::unique_ptr<GuardedMemory>> m_memory;
+    std::vector<GuardedBytes> m_memory;
     std::vector<Plane> m_planes;
 };
 

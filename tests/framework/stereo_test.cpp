@@ -55,7 +55,7 @@ TEST(StereoRenderer, DrawsAnaglyphs) {
                     CAVBase3DRender renderer;
                     renderer.SetRenderMode(kRenderRedCyan);
                     Shape padded = shape, views = shape;
-                    padded.extraPitch += 7; // each frame has its own pitch
+                    (seed % 2 ? padded : views).extraPitch += 7; // each frame has its own pitch
                     if (over == 3) views.width -= shape.width / 3;
                     if (over == 3) padded.height -= shape.height / 2;
                     auto left = MakeFrame(views, ++seed), right = MakeFrame(padded, ++seed),

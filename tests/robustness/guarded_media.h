@@ -13,7 +13,7 @@
 #include "aveffect/media.h"
 #include "aveffect/memory_frame.h"
 #include "mediabridge/pixel_formats.h"
-#include "tests/kernels/guarded_memory.h"
+#include "tests/support/guarded_bytes.h"
 #include "tests/support/host_frame.h"
 #include "tests/support/host_sound.h"
 
@@ -66,8 +66,6 @@ inline Trouble trouble;
 /// The memory of a picture or a sound.
 class GuardedBuffers {
 public:
-    using Flush = GuardedMemory::Flush;
-
     static inline std::atomic<int> alive = 0;
     bool fromSource = false; ///< a reader's, or a clone of it
     bool hasBuffers = true;
@@ -99,7 +97,7 @@ public:
     size_t Count() const { return m_Buffers.size(); }
     size_t Bytes(size_t i) const { return m_Buffers[i].bytes; }
     unsigned char* Data(size_t i) const {
-        return m_Buffers[i].memory->Data() + (m_Flush == Flush::End ? kWatched : 0);
+        return m_Buffers[i].memory.data() + (m_Flush == Flush::End ? kWatched : 0);
     }
     bool WatchedBytesAreWhole() const {
         for (size_t i = 0; i < Count(); ++i)
@@ -116,7 +114,7 @@ public:
 
 protected:
     void Add(size_t bytes) {
-        m_Buffers.push_back({bytes, std::make_unique<GuardedMemory>(bytes + kWatched, m_Flush)});
+        m_Buffers.push_back({bytes, GuardedBytes(bytes + kWatched, uint8_t{0}, m_Flush)});
         std::fill_n(Watched(Count() - 1), kWatched, kWatchedByte);
     }
     unsigned char* Give(size_t i) const {
@@ -137,13 +135,13 @@ protected:
 private:
     struct Buffer {
         size_t bytes;
-        std::unique_ptr<GuardedMemory> memory;
+        mutable GuardedBytes memory; // of const pictures, effects get what they work on
     };
     static constexpr int kWatched = 64;
     static constexpr unsigned char kWatchedByte = 0xA5;
 
     unsigned char* Watched(size_t i) const {
-        return m_Buffers[i].memory->Data() + (m_Flush == Flush::End ? 0 : Bytes(i));
+        return m_Buffers[i].memory.data() + (m_Flush == Flush::End ? 0 : Bytes(i));
     }
 
     Flush m_Flush;
@@ -298,7 +296,7 @@ private:
 
     void Show(const char* name, const Shape& shape) {
         auto& picture = m_Pictures.emplace_back(
-            new GuardedFrame(shape, GuardedMemory::Flush::End, static_cast<unsigned>(m_Pictures.size())));
+            new GuardedFrame(shape, Flush::End, static_cast<unsigned>(m_Pictures.size())));
         picture->fromSource = true;
         m_Sources[name].push_back({static_cast<AVBased::IRawVideoFrame*>(picture.get()), 0, 0, 1, 1});
     }

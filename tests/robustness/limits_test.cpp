@@ -30,7 +30,7 @@ bool IsRefusal(int code) { return code == kNoMemory || code == kUnknownException
 TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
     TakeCode();
     const test::Shape shape = {BGRA, 4, 4};
-    GuardedFrame small(shape, test::GuardedMemory::Flush::End, 1);
+    GuardedFrame small(shape, test::Flush::End, 1);
     for (const auto& [width, height] : kSizes) {
         const std::string what = std::to_string(width) + "x" + std::to_string(height);
         MemoryFrame claims(BGRA, width, height, {{nullptr, width * 4, width * 4, height}});
@@ -55,7 +55,7 @@ TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
     }
     IAudioResampler* const resampler = CreateAudioResampler(sfFloat, 48000, 2, 0, true, 0, 0);
     for (const unsigned samples : {UINT_MAX, unsigned{INT_MAX}, 0x40000000u}) {
-        GuardedSound claims({.samples = samples}, 16, test::GuardedMemory::Flush::End, 1);
+        GuardedSound claims({.samples = samples}, 16, test::Flush::End, 1);
         EXPECT_EQ(resampler->Convert(&claims), nullptr) << samples;
         EXPECT_TRUE(IsRefusal(TakeCode())) << samples;
     }
@@ -170,7 +170,7 @@ private:
     }
     unsigned char* Row(size_t y) const { return m_Memory + kPage + y * kPitch; }
     IRawVideoFrame* Clone() override {
-        auto* copy = new GuardedFrame({BGRA, kWidth, kRows}, test::GuardedMemory::Flush::End, 1);
+        auto* copy = new GuardedFrame({BGRA, kWidth, kRows}, test::Flush::End, 1);
         for (size_t y = 0; y < kRows; ++y) std::copy_n(Row(y), kWidth * 4, RowOf(*copy, y));
         return copy;
     }
@@ -186,8 +186,7 @@ TEST(Limits, RowsMayLieFartherApartThan32BitsCount) {
             effect.kind == EffectKind::Transition || effect.name == std::string_view(effectNameVideoWall))
             continue;
         test::underWay = effect.name;
-        GuardedFrame plain({BGRA, LongFrame::kWidth, LongFrame::kRows, 4}, test::GuardedMemory::Flush::End,
-                           3);
+        GuardedFrame plain({BGRA, LongFrame::kWidth, LongFrame::kRows, 4}, test::Flush::End, 3);
         LongFrame frame(plain);
         for (IRawVideoFrame* const each : std::initializer_list<IRawVideoFrame*>{&frame, &plain}) {
             const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());

@@ -210,8 +210,8 @@ TEST(Outside, NothingThatGoesWrongThereTakesAnEffectDown) {
     test::Sources();
     for (const unsigned format : {BGRA, YUV420P}) {
         const test::Shape shape = {format, 64, 48};
-        const GuardedFrame frame(shape, test::GuardedMemory::Flush::End, 1);
-        GuardedFrame second({YUV422P, 64, 48}, test::GuardedMemory::Flush::End, 2), both(frame);
+        const GuardedFrame frame(shape, test::Flush::End, 1);
+        GuardedFrame second({YUV422P, 64, 48}, test::Flush::End, 2), both(frame);
         both.subset = &second;
         for (const EffectInfo& effect : kVideoEffects) {
             SufferAll<GuardedFrame>({effect, frame});
@@ -245,7 +245,7 @@ void Die(const Subject<Media>& subject, Place place) {
 }
 
 TEST(OutsideDeathTest, StopsWhereThatIsStated) {
-    const GuardedFrame frame({BGRA, 8, 8}, test::GuardedMemory::Flush::End, 1);
+    const GuardedFrame frame({BGRA, 8, 8}, test::Flush::End, 1);
     const GuardedSound sound({.samples = 8});
     for (const EffectInfo& effect : kVideoEffects) {
         const Subject<GuardedFrame> subject = {effect, frame};

@@ -23,11 +23,11 @@ extern "C" {
 namespace {
 
 using namespace AVBased;
+using test::Flush;
 using test::GuardedFrame;
 using test::GuardedSound;
 using test::Trial;
 using test::underWay;
-using Flush = test::GuardedMemory::Flush;
 
 // Random numbers as unsigned ones.
 class Random {

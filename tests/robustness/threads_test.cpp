@@ -62,7 +62,7 @@ bool RendersTheSame(const Subject& subject, const Media& original,
 TEST(Threads, EveryEffectComputesTheSameOnManyAtOnce) {
     const std::vector<Subject> subjects = Subjects();
     const auto frameOf = [](const Subject& subject) {
-        return GuardedFrame({subject.format, 96, 64}, test::GuardedMemory::Flush::End, 7);
+        return GuardedFrame({subject.format, 96, 64}, test::Flush::End, 7);
     };
     const GuardedSound sound({.samples = 500});
     std::vector<std::vector<std::unique_ptr<GuardedFrame>>> pictures;
