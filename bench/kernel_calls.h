@@ -22,7 +22,8 @@ struct KernelCall {
     std::function<void(const std::vector<Plane8>& planes)> run;
 };
 
-/// Every kernel at the level that a feature word selects. A new kernel adds a line to one of the lists.
+/// The kernels at the level that a feature word selects; those of circles are timed with the magnifier. A new
+/// kernel adds a line to one of the lists.
 std::vector<KernelCall> KernelCalls(unsigned features);
 
 /// Colours, fades, keys, noise, filters, sound: samples stay where they are.
