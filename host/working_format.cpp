@@ -1,7 +1,5 @@
 #include "host/working_format.h"
 
-#include <algorithm>
-
 extern "C" {
 #include <libavutil/pixdesc.h>
 }
@@ -14,8 +12,6 @@ namespace aveffect {
 namespace {
 
 using AVBased::kEffectFormats;
-
-bool IsServed(unsigned id) { return std::ranges::find(kEffectFormats, id) != kEffectFormats.end(); }
 
 struct Kind {
     bool rgb, alpha, grey;
@@ -54,7 +50,7 @@ WorkingFormat Served(unsigned id, AVColorRange range) { return {id, mediabridge:
 } // namespace
 
 WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range) {
-    if (const auto own = mediabridge::FrameFormat(format, range); own && IsServed(*own))
+    if (const auto own = mediabridge::FrameFormat(format, range); own && AVBased::IsEffectFormat(*own))
         return {*own, format, AVCOL_RANGE_UNSPECIFIED};
     const Kind kind = KindOf(format);
     if (kind.rgb || (kind.grey && kind.alpha)) return Served(AVBased::BGRA, AVCOL_RANGE_UNSPECIFIED);
@@ -68,7 +64,7 @@ WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range) {
 
 void CheckPixelFormatName(const std::string& wanted) {
     if (wanted == "auto") return;
-    if (const auto id = mediabridge::FrameFormatByName(wanted); id && IsServed(*id)) return;
+    if (const auto id = mediabridge::FrameFormatByName(wanted); id && AVBased::IsEffectFormat(*id)) return;
     std::string names = "auto";
     for (const unsigned served : kEffectFormats) names += ", " + mediabridge::FrameFormatName(served);
     throw Error(ErrorKind::Usage,
@@ -81,8 +77,8 @@ namespace {
 WorkingFormat WithAlpha(const WorkingFormat& format, AVColorRange pictures) {
     if (HasAlpha(format.format)) return format;
     const bool quarter = format.id == AVBased::YUV420P || format.id == AVBased::YUVJ420P;
-    const bool full = format.id == AVBased::YUVJ420P || format.id == AVBased::YUVJ422P ||
-                      format.range == AVCOL_RANGE_JPEG || pictures == AVCOL_RANGE_JPEG;
+    const bool full =
+        AVBased::IsFullRange(format.id) || format.range == AVCOL_RANGE_JPEG || pictures == AVCOL_RANGE_JPEG;
     return Served(quarter ? AVBased::YUVA420P : AVBased::YUVA444P,
                   full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG);
 }

@@ -17,53 +17,18 @@ struct PlanarView {
     unsigned verticalShift;
 };
 
-/// What a served format looks like.
-struct FormatLayout {
-    unsigned id;
-    bool packed;
-    bool hasAlphaPlane;
-    unsigned char horizontalShift;
-    unsigned char verticalShift;
-};
-
-/// One row for each of kEffectFormats, in that order.
-inline constexpr std::array<FormatLayout, kEffectFormats.size()> kServedFormats = {{
-    {BGRA, true, false, 0, 0},
-    {YUV420P, false, false, 1, 1},
-    {YUV422P, false, false, 1, 0},
-    {YUV410P, false, false, 2, 2},
-    {YUV411P, false, false, 2, 0},
-    {YUVJ420P, false, false, 1, 1},
-    {YUVJ422P, false, false, 1, 0},
-    {YUVA420P, false, true, 1, 1},
-    {YUVA444P, false, true, 0, 0},
-}};
-
-constexpr const FormatLayout* FindLayout(unsigned format) {
-    for (const FormatLayout& layout : kServedFormats)
-        if (layout.id == format) return &layout;
-    return nullptr;
-}
-
-static_assert(
-    [] {
-        for (size_t i = 0; i < kServedFormats.size(); ++i)
-            if (kServedFormats[i].id != kEffectFormats[i]) return false;
-        return true;
-    }(),
-    "the layouts stand in the order of the formats");
-
 /// Calls packed(Plane32) for BGRA, planar(PlanarView) for the planar formats, and nothing for any other.
 template <class Packed, class Planar>
 void ForFormat(IRawVideoFrame* frame, Packed&& packed, Planar&& planar) {
-    const FormatLayout* layout = FindLayout(frame->GetPixelFormat());
-    if (!layout) return;
+    const unsigned format = frame->GetPixelFormat();
+    if (!IsEffectFormat(format)) return;
+    const FormatLayout* const layout = FindPixelFormat(format);
     if (layout->packed) {
         packed(PixelPlane(frame));
         return;
     }
     planar(PlanarView{BytePlane(frame, 0), BytePlane(frame, 1), BytePlane(frame, 2),
-                      layout->hasAlphaPlane ? BytePlane(frame, 3) : Plane8{}, layout->hasAlphaPlane,
+                      layout->HasAlphaPlane() ? BytePlane(frame, 3) : Plane8{}, layout->HasAlphaPlane(),
                       layout->horizontalShift, layout->verticalShift});
 }
 

@@ -23,8 +23,7 @@ namespace {
 constexpr unsigned kColourPlanes = 3;
 
 bool IsPlanarServed(unsigned format) {
-    return format != BGRA &&
-           std::find(kEffectFormats.begin(), kEffectFormats.end(), format) != kEffectFormats.end();
+    return format != BGRA && IsEffectFormat(format);
 }
 
 bool SharesPixels(IRawVideoFrame* a, IRawVideoFrame* b) {

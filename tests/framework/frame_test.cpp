@@ -6,7 +6,6 @@
 
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
 #include "aveffect/base_tools.h"
-#include "mediabridge/pixel_formats.h"
 
 namespace {
 
@@ -70,25 +69,6 @@ TEST(PixelFormats, OnlyTheTablesIdsAreServed) {
     }
     for (const unsigned format : {17u, 24u, 32u, 65u, 82u})
         EXPECT_DEATH(GetImageParameters(format, 8, 8), "`0' failed");
-}
-
-// The plug-in and the libraries beside it each lay frames out; they must agree.
-TEST(PixelFormats, TheBridgeHasTheSameTable) {
-    for (unsigned format = 0; format < 110; ++format) {
-        if (!mediabridge::TablePlaneCount(format)) continue;
-        const ImageParameters parameters = GetImageParameters(format, 37, 23);
-        ASSERT_EQ(mediabridge::TablePlaneCount(format), parameters.planeCount) << format;
-        EXPECT_EQ(mediabridge::TableIsPacked(format), parameters.packed) << format;
-        for (unsigned i = 0; i < parameters.planeCount; ++i) {
-            const mediabridge::PlaneSize size = mediabridge::TablePlaneSize(format, i, 37, 23);
-            EXPECT_EQ(size.widthBytes, parameters.planes[i].widthBytes) << format << ", plane " << i;
-            EXPECT_EQ(size.rows, parameters.planes[i].rows) << format << ", plane " << i;
-            const unsigned code = parameters.planes[i].horizontalCode;
-            EXPECT_EQ(mediabridge::TableCropBytes(format, i, 5), (code & 0xFFFF) * 5 / (code >> 16))
-                << format;
-        }
-    }
-    EXPECT_GT(mediabridge::TablePlaneCount(YUV420P), 0u) << "the loop has something to compare";
 }
 
 // A frame over memory that the test provides, each byte different from its neighbours.
