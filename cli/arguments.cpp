@@ -30,6 +30,7 @@ void AddMediaOptions(CLI::App& app, MediaArguments& media) {
     app.add_option("--pixel-format", media.pixelFormat,
                    "Format that the effects work in: auto, bgra, yuv420p, ...")
         ->type_name("NAME");
+    AddSdrOption(app, media.sdr);
     app.add_flag("--lenient", media.lenient, "Hand property values on as they are, unchecked");
     AddRunOptions(app, media.run);
 }
@@ -206,6 +207,7 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
     options.preset = command.preset;
     options.outputFormat = command.outputFormat;
     options.pixelFormat = command.media.pixelFormat;
+    options.sdr = command.media.sdr;
     options.overwrite = command.media.run.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);
     return options;
@@ -218,6 +220,7 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.atMs = TimeOption("--at", command.at);
     options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
     options.pixelFormat = command.media.pixelFormat;
+    options.sdr = command.media.sdr;
     options.overwrite = command.media.run.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);
     return options;

@@ -32,6 +32,7 @@ struct MediaArguments {
     std::vector<std::string> effects;
     std::string pixelFormat = "auto";
     bool lenient = false;
+    bool sdr = false;
     RunArguments run;
 };
 

@@ -35,6 +35,10 @@ void AddEncoderOptions(CLI::App& app, std::string& codec, std::string& outputFor
         ->type_name("N");
 }
 
+void AddSdrOption(CLI::App& app, bool& sdr) {
+    app.add_flag("--sdr", sdr, "Bring PQ and HLG pictures to BT.709 and standard dynamic range");
+}
+
 void AddAudioCodecOption(CLI::App& app, std::string& codec, const char* help) {
     app.add_option("--audio-codec", codec, help)->type_name("NAME");
 }

@@ -23,6 +23,7 @@ void AddRunOptions(CLI::App& app, RunArguments& run);
 void AddEncoderOptions(CLI::App& app, std::string& codec, std::string& outputFormat,
                        std::optional<std::string>& crf, std::string& preset,
                        std::optional<std::string>& threads);
+void AddSdrOption(CLI::App& app, bool& sdr);
 void AddAudioCodecOption(CLI::App& app, std::string& codec, const char* help);
 void AddProgressOption(CLI::App& app, ProgressStyle& style);
 

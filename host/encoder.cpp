@@ -10,6 +10,7 @@ extern "C" {
 }
 
 #include "host/error.h"
+#include "host/light_metadata.h"
 #include "host/log_capture.h"
 
 namespace aveffect {
@@ -62,6 +63,7 @@ Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& ti
     if (plan.muxer && (plan.muxer->flags & AVFMT_GLOBALHEADER))
         m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     SetInterlacing(sample, timing.fieldOrder);
+    SetPrivate(sample);
     SetQuality(plan.encoder);
     TakeLibraryError();
     const int code = avcodec_open2(m_context.get(), plan.encoder.codec, nullptr);
@@ -81,6 +83,14 @@ void Encoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
         m_context->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
 }
 
+void Encoder::SetPrivate(const AVFrame& sample) {
+    const std::string light = LightSettings(m_codec->name, sample);
+    av_opt_set(m_context->priv_data, "x264-params", light.c_str(), 0);
+    // x265 prints on its own unless told not to.
+    const std::string quiet = "log-level=none" + (light.empty() ? "" : ":" + light);
+    av_opt_set(m_context->priv_data, "x265-params", quiet.c_str(), 0);
+}
+
 void Encoder::SetQuality(const EncoderChoice& choice) {
     // x264 prints a complaint of its own about a preset that it does not know.
     const bool x26 = std::string_view(m_codec->name).starts_with("libx26");
@@ -89,8 +99,6 @@ void Encoder::SetQuality(const EncoderChoice& choice) {
         (!known || av_opt_set(m_context->priv_data, "preset", choice.preset.c_str(), 0) < 0))
         throw Error(ErrorKind::Usage, std::string("the encoder ") + choice.codec->name + " has no preset \"" +
                                           choice.preset + "\"");
-    // x265 prints on its own unless told not to.
-    av_opt_set(m_context->priv_data, "x265-params", "log-level=none", 0);
     if (choice.crf) {
         m_context->bit_rate = 0; // libvpx keeps to a bit rate otherwise
         const int code = av_opt_set_double(m_context->priv_data, "crf", *choice.crf, 0);

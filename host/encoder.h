@@ -31,6 +31,7 @@ public:
 
 private:
     void SetQuality(const EncoderChoice& choice);
+    void SetPrivate(const AVFrame& sample);
     void SetInterlacing(const AVFrame& sample, AVFieldOrder order);
     [[noreturn]] void Fail(const std::string& doing, int code) const;
 

@@ -4,6 +4,7 @@
 
 #include "host/bounded_queue.h"
 #include "host/error.h"
+#include "host/light_metadata.h"
 #include "host/progress_meter.h"
 #include "host/stages.h"
 
@@ -20,6 +21,7 @@ Film::Film(FilmSetup setup, const AVFrame& sample, const std::atomic<bool>& canc
     , m_packet(av_packet_alloc()) {
     if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
     m_pictureStream = m_output.AddStream(m_encoder.Context());
+    MarkLight(*m_pictureStream, sample);
     if (m_setup.sound) m_soundStream = m_output.AddStream(m_setup.sound->encoder->Context());
     m_soundDone = !m_setup.sound;
     m_output.Start(m_setup.overwrite, cancel);
@@ -62,11 +64,6 @@ void Film::Complete() {
     m_encoder.Send(nullptr);
     Drain(m_encoder, *m_pictureStream, m_clock.ConvertDuration(0, 1));
     m_output.Finish();
-}
-
-AVRational NearestRate(const OutputPlan& plan, AVRational rate) {
-    const AVRational* list = plan.encoder.codec->supported_framerates;
-    return list ? list[av_find_nearest_q_idx(rate, list)] : rate;
 }
 
 std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, PictureStage& stage,

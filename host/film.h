@@ -66,9 +66,6 @@ struct FilmPictures {
     std::function<mediabridge::AVFramePtr(int64_t)> draw;
 };
 
-/// The nearest rate that the encoder takes.
-AVRational NearestRate(const OutputPlan& plan, AVRational rate);
-
 /// Draws and encodes a film, each on its own thread; the stage has been prepared for the output. The film
 /// that is returned is whole but not published. Throws Error.
 std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, PictureStage& stage,

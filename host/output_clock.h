@@ -26,6 +26,9 @@ public:
 
     /// Time in the encoder's base, always later than the one before.
     int64_t Convert(int64_t clipTime);
+    /// Whether a picture of that time would come more than a tick late, because the clip has more pictures
+    /// than the output has ticks.
+    bool ComesLate(int64_t clipTime) const { return m_last != INT64_MIN && Nearest(clipTime) < m_last; }
     /// A duration that starts at a time in the clip; at least one tick.
     int64_t ConvertDuration(int64_t clipTime, int64_t duration) const;
 

@@ -8,7 +8,9 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include "host/bit_depth.h"
 #include "host/error.h"
+#include "host/light_metadata.h"
 #include "host/working_format.h"
 #include "mediabridge/pixel_formats.h"
 
@@ -48,14 +50,12 @@ bool IsForPlayers(const AVCodec& codec) {
     }
 }
 
-int DepthOf(AVPixelFormat format) { return av_pix_fmt_desc_get(format)->comp[0].depth; }
-
 AVPixelFormat PlayersFormat(const OutputPlan& plan, AVPixelFormat wanted, const AVFrame& picture) {
     const AVCodec& codec = *plan.encoder.codec;
     if (HasAlpha(wanted) && wanted != AV_PIX_FMT_PAL8 && plan.CarriesAlphaLayer() &&
         TakesFormat(codec, AV_PIX_FMT_YUVA420P))
         return AV_PIX_FMT_YUVA420P;
-    if (IsHighDynamicRange(picture) && DepthOf(wanted) > 8 && codec.id != AV_CODEC_ID_H264 &&
+    if (IsHighDynamicRange(picture) && BitDepth(wanted) > 8 && codec.id != AV_CODEC_ID_H264 &&
         TakesFormat(codec, AV_PIX_FMT_YUV420P10))
         return AV_PIX_FMT_YUV420P10;
     return AV_PIX_FMT_YUV420P;
@@ -139,10 +139,6 @@ std::string FormatsOf(const AVCodec& codec) {
     for (const AVPixelFormat* known = codec.pix_fmts; known && *known != AV_PIX_FMT_NONE; ++known)
         if (sws_isSupportedOutput(*known)) names += (names.empty() ? "" : ", ") + FormatName(*known);
     return names;
-}
-
-bool IsHighDynamicRange(const AVFrame& picture) {
-    return picture.color_trc == AVCOL_TRC_SMPTE2084 || picture.color_trc == AVCOL_TRC_ARIB_STD_B67;
 }
 
 bool EncoderFormat::Converts(const AVFrame& picture) const {

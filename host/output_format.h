@@ -21,9 +21,6 @@ bool TakesFormat(const AVCodec& codec, AVPixelFormat format);
 /// The names of the formats that an encoder lists, for messages; empty when it takes any.
 std::string FormatsOf(const AVCodec& codec);
 
-/// Whether the picture says that it is PQ or HLG.
-bool IsHighDynamicRange(const AVFrame& picture);
-
 /// The clip's own pictures, before any conversion.
 struct ClipKind {
     AVPixelFormat format = AV_PIX_FMT_NONE;

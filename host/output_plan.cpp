@@ -167,6 +167,12 @@ bool OutputPlan::NeedsConstantRate() const {
                      (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
 }
 
+// Streams of codecs with a list of rates go on at their rate whatever the container's times say.
+bool OutputPlan::CountsPictures() const {
+    return muxer && ((muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates ||
+                     IsOneOf(muxer, {"mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}));
+}
+
 int OutputPlan::LargestDenominator() const {
     const AVCodecID id = encoder.codec->id;
     return id == AV_CODEC_ID_MPEG4 || id == AV_CODEC_ID_H263 || id == AV_CODEC_ID_H263P ||
@@ -213,6 +219,15 @@ OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, 
     CheckEncoder(plan);
     if (!pixelFormat.empty()) plan.encoder.format = FindFormat(*plan.encoder.codec, pixelFormat);
     return plan;
+}
+
+AVRational NearestRate(const OutputPlan& plan, AVRational rate) {
+    static constexpr AVRational kBroadcast[] = {{24000, 1001}, {24, 1}, {25, 1},       {30000, 1001}, {30, 1},
+                                                {50, 1},       {60, 1}, {60000, 1001}, {0, 0}};
+    // The encoder of MPEG-1 lists rates that it then refuses.
+    const bool few = IsOneOf(plan.muxer, {"mxf", "gxf"}) || plan.encoder.codec->id == AV_CODEC_ID_MPEG1VIDEO;
+    const AVRational* list = few ? kBroadcast : plan.encoder.codec->supported_framerates;
+    return list ? list[av_find_nearest_q_idx(rate, list)] : rate;
 }
 
 bool Takes(const OutputPlan& plan, AVCodecID codec) {

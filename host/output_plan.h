@@ -37,6 +37,8 @@ struct OutputPlan {
     bool CarriesAlphaLayer() const;
     /// Whether all pictures last equally long in the container.
     bool NeedsConstantRate() const;
+    /// Whether the container numbers pictures instead of timing them, so that none may be missing.
+    bool CountsPictures() const;
     /// The largest denominator of the encoder's time base, 0 for no limit.
     int LargestDenominator() const;
 };
@@ -46,6 +48,9 @@ struct OutputPlan {
 /// (empty: none is asked for), or for any choice of one in a container for sound.
 OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
                       const std::string& preset, unsigned threads, const std::string& pixelFormat = {});
+
+/// The picture rate nearest to this one that container and codec have.
+AVRational NearestRate(const OutputPlan& plan, AVRational rate);
 
 /// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
 OutputPlan PlanStill(const std::string& target);

@@ -51,10 +51,12 @@ void PictureStage::LearnFrom(const AVFrame& first) {
                         " has none; try --pixel-format auto, bgra, yuva420p or yuva444p");
     const std::string own = FormatName(m_clip->format);
     const std::string working = mediabridge::FrameFormatName(m_working.id);
-    const int depth = av_pix_fmt_desc_get(m_clip->format)->comp[0].depth;
+    const int depth = BitDepth(m_clip->format);
     m_reporter.Note(own == working ? "effects work in " + working + ", as the pictures are"
-                                   : "pictures are " + own + "; effects work in " + working +
-                                         (depth > 8 ? " (8 bits)" : ""));
+                                   : "pictures are " + own + "; effects work in " + working);
+    if (depth > BitDepth(m_working.format))
+        m_reporter.Warn("effects work in 8 bits; the pictures' " + std::to_string(depth) +
+                        " bits are brought to 8 with dithering");
 }
 
 bool PictureStage::IsInWorkingFormat(const AVFrame& picture) const {
@@ -71,6 +73,8 @@ AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
                         " to " + std::to_string(picture->width) + "x" + std::to_string(picture->height) +
                         "; they are scaled to the first size");
     if (sameSize && IsInWorkingFormat(*picture)) return picture;
+    if (!HasColourRange(m_working.format) && BitDepth(m_working.format) == 8)
+        picture = m_toEightBits.Apply(std::move(picture));
     if (!m_toWorking)
         m_toWorking.emplace(m_working.format, m_width, m_height, ScaleQuality::Bicubic, m_working.range,
                             m_working.matrix);
@@ -81,6 +85,7 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
                                       const AVFrame* second) {
     AVFramePtr right;
     if (m_uprightBy) picture = m_upright.Apply(std::move(picture), *m_uprightBy);
+    if (m_toSdr) picture = m_toSdr->Apply(std::move(picture));
     if (m_pairs && !second) std::tie(picture, right) = m_pairs->Split(*picture);
     if (!m_clip) LearnFrom(*picture);
     picture = ToWorkingFormat(std::move(picture));
@@ -124,8 +129,19 @@ void PictureStage::PrepareSize(const OutputPlan& plan, const AVFrame& picture) {
                         std::to_string(height));
 }
 
+// Where no effect has said so already.
+void PictureStage::SayDepth(const OutputPlan& plan) {
+    const int depth = BitDepth(m_clip->format);
+    if (plan.IsStill() || !m_chain.Empty() || depth <= 8 || BitDepth(m_output.format) > 8) return;
+    const std::string format = FormatName(AV_PIX_FMT_YUV420P10);
+    const bool could = TakesFormat(*plan.encoder.codec, AV_PIX_FMT_YUV420P10);
+    m_reporter.Warn("the pictures' " + std::to_string(depth) + " bits are brought to 8 with dithering" +
+                    (could ? "; --output-format " + format + " writes 10" : ""));
+}
+
 void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture) {
     m_output = ChooseEncoderFormat(plan, WantedFormat(), *m_clip, picture);
+    SayDepth(plan);
     PrepareSize(plan, picture);
     if (m_chain.ChangesAlpha() && HasAlpha(m_working.format) && !HasAlpha(m_output.format)) {
         m_toBlack.emplace("premultiply=inplace=1", "blended over black");

@@ -3,7 +3,9 @@
 #include <optional>
 #include <string>
 
+#include "host/bit_depth.h"
 #include "host/effect_chain.h"
+#include "host/light_metadata.h"
 #include "host/media_manager.h"
 #include "host/orientation.h"
 #include "host/output_format.h"
@@ -26,6 +28,9 @@ public:
     PictureStage(EffectChain& chain, MediaManager& media, std::string pixelFormat, const AVStream* uprightBy,
                  Reporter& reporter, ViewPairs* pairs = nullptr);
 
+    /// From now on PQ and HLG pictures are brought to standard dynamic range first. Throws Error (Usage).
+    void MapToSdr() { m_toSdr.emplace(); }
+
     /// Turning and effects. Time in milliseconds from the span's start. The second picture is the other
     /// view's, where the first one does not hold both. Throws Error.
     mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs,
@@ -43,6 +48,7 @@ public:
 private:
     void LearnFrom(const AVFrame& first);
     bool IsInWorkingFormat(const AVFrame& picture) const;
+    void SayDepth(const OutputPlan& plan);
     mediabridge::AVFramePtr ToWorkingFormat(mediabridge::AVFramePtr picture);
     AVPixelFormat WantedFormat() const;
     void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
@@ -61,6 +67,8 @@ private:
     std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own
     bool m_only601 = false;            ///< the encoder's format can't name another matrix
     std::optional<mediabridge::Scaler> m_toWorking, m_toEncoder;
+    std::optional<ToneMapper> m_toSdr;
+    DepthReducer m_toEightBits;
     std::optional<PictureFilter> m_toBlack;
     Upright m_upright;
 };

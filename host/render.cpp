@@ -89,6 +89,7 @@ public:
         , m_stage(m_chain, m_manager, options.pixelFormat,
                   UprightBy(m_source, m_plan, !options.effects.empty(), m_reporter), m_reporter,
                   m_pairs.get()) {
+        if (options.sdr) m_stage.MapToSdr();
         if (!options.stereo.right.empty())
             m_right = std::make_unique<RightClip>(options.stereo.right, options.fromMs, options.threads,
                                                   m_reporter, cancel);
@@ -108,6 +109,7 @@ public:
         }
         m_stage.PrepareOutput(m_plan, *first);
         first = m_stage.ConvertForEncoder(std::move(first));
+        if (IsHighDynamicRange(*first)) KeepLight(m_source.Pictures(), *first);
         m_sound.emplace(
             SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), m_length}, m_cancel));
         m_sink = std::make_unique<Sink>(Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite,
@@ -299,6 +301,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     const auto pairs = PairsFor(plugin, &manager, options.effects, length, options.stereo);
     PictureStage stage(chain, manager, options.pixelFormat,
                        UprightBy(source, plan, !options.effects.empty(), reporter), reporter, pairs.get());
+    if (options.sdr) stage.MapToSdr();
 
     RequirePictures(manager, options.effects);
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;

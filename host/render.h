@@ -26,6 +26,7 @@ struct RenderOptions {
     std::string videoCodec;            ///< encoder or codec name; empty: the container's usual one
     std::optional<double> crf;         ///< constant-quality factor; absent: the encoder's own
     std::string preset;                ///< encoder preset; empty: the encoder's own
+    bool sdr = false;                  ///< PQ and HLG are brought to BT.709 of standard range
     std::string outputFormat;          ///< pixel format of the output; empty: what suits codec and clip
     std::string pixelFormat =
         "auto";           ///< format that the effects work in: auto or a frame-table format by name
@@ -69,6 +70,7 @@ struct FrameOptions {
     int64_t atMs = 0;
     std::vector<EffectSpec> effects;
     std::string pixelFormat = "auto";
+    bool sdr = false; ///< as in RenderOptions
     bool overwrite = false;
     StereoOptions stereo = {};
 };

@@ -1,10 +1,13 @@
 #include "host/sink.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include "host/error.h"
+#include "host/light_metadata.h"
 #include "host/orientation.h"
 #include "host/sound_formats.h"
 #include "host/stream_copy.h"
@@ -17,26 +20,35 @@ using mediabridge::AVPacketPtr;
 
 // In a container of constant rate the ticks of a variable-rate clip are those that all its times fall on, if
 // few enough.
-OutputClock::Rate ClipRate(const Source& source, bool needsConstantRate) {
+OutputClock::Rate ClipRate(const Source& source, const OutputPlan& plan) {
     OutputClock::Rate rate{source.FrameRate(), source.IsConstantRate()};
     const AVRational common = source.Pictures().r_frame_rate;
-    if (needsConstantRate && !rate.constant && common.num > 0 && av_q2d(common) <= 240 &&
+    if (!plan.NeedsConstantRate()) return rate;
+    if (!rate.constant && common.num > 0 && av_q2d(common) <= 240 &&
         av_cmp_q(common, rate.picturesPerSecond) > 0)
         rate.picturesPerSecond = common;
+    rate.picturesPerSecond = NearestRate(plan, rate.picturesPerSecond);
     return rate;
 }
 
 OutputClock MakeClock(const Sink::Setup& setup) {
-    const bool constant = setup.plan.NeedsConstantRate();
-    return {setup.source.Pictures().time_base, ClipRate(setup.source, constant), constant,
-            setup.plan.LargestDenominator()};
+    return {setup.source.Pictures().time_base, ClipRate(setup.source, setup.plan),
+            setup.plan.NeedsConstantRate(), setup.plan.LargestDenominator()};
 }
 
-void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool withStereo) {
+constexpr double kSameRate = 1e-4; ///< a picture in several minutes
+
+std::string RateText(AVRational rate) {
+    char text[48];
+    std::snprintf(text, sizeof text, "%.8g", av_q2d(rate));
+    return text;
+}
+
+void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool withStereo, bool withLight) {
     for (int index = 0; index < from.nb_side_data; ++index) {
         const AVPacketSideData& data = from.side_data[index];
-        const bool wanted = data.type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
-                            data.type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL ||
+        const bool wanted = (withLight && (data.type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
+                                           data.type == AV_PKT_DATA_CONTENT_LIGHT_LEVEL)) ||
                             data.type == AV_PKT_DATA_SPHERICAL ||
                             (withStereo && data.type == AV_PKT_DATA_STEREO3D) ||
                             (withRotation && data.type == AV_PKT_DATA_DISPLAYMATRIX);
@@ -57,26 +69,45 @@ Sink::Sink(const Setup& setup, const AVFrame* sample, Reporter& reporter, const 
     if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
     if (sample) {
         m_clock = MakeClock(setup);
-        const AVRational rate = ClipRate(setup.source, setup.plan.NeedsConstantRate()).picturesPerSecond;
+        m_countsPictures = setup.plan.CountsPictures();
+        const AVRational rate = ClipRate(setup.source, setup.plan).picturesPerSecond;
         m_encoder = std::make_unique<Encoder>(
             setup.plan, *sample,
             Encoder::Timing{m_clock->Base(), rate, setup.source.Pictures().codecpar->field_order});
+        SayRate(setup, reporter);
     }
-    AddPictureStream(setup);
+    AddPictureStream(setup, sample);
     MapStreams(setup, reporter);
     CopyTags(&m_output.Format().metadata, m_source.Format().metadata);
     CopyChapters(m_output, m_source.Format(), setup.limits);
     m_output.Start(setup.overwrite, cancel);
 }
 
-void Sink::AddPictureStream(const Setup& setup) {
+void Sink::SayRate(const Setup& setup, Reporter& reporter) const {
+    const AVRational own = setup.source.FrameRate(), written = m_encoder->Context().framerate;
+    if (!setup.plan.NeedsConstantRate() || !setup.source.IsConstantRate() || av_cmp_q(own, written) == 0)
+        return;
+    const std::string text = "." + setup.plan.Kind() + " files with " +
+                             avcodec_get_name(m_encoder->Context().codec_id) + " have no " + RateText(own) +
+                             " pictures a second; the output has " + RateText(written);
+    const double change = av_q2d(written) / av_q2d(own);
+    if (std::abs(change - 1) < kSameRate)
+        reporter.Note(text);
+    else
+        reporter.Warn(text + (change > 1 ? ", some of them shown again" : ", some of them left out"));
+}
+
+void Sink::AddPictureStream(const Setup& setup, const AVFrame* sample) {
     const AVStream& source = m_source.Pictures();
     m_pictureStream =
         m_encoder ? m_output.AddStream(m_encoder->Context()) : AddCopiedPictures(m_output, source);
     m_pictureStream->disposition = source.disposition;
     CopyTags(&m_pictureStream->metadata, source.metadata);
     const bool asInput = !setup.turned && !setup.views;
-    CopySideData(m_pictureStream, source, !setup.turned, asInput);
+    const bool mapped =
+        sample && IsHighDynamicRange(source.codecpar->color_trc) && !IsHighDynamicRange(*sample);
+    CopySideData(m_pictureStream, source, !setup.turned, asInput, !mapped);
+    if (sample) MarkLight(*m_pictureStream, *sample);
     if (!asInput) MarkStream(*m_pictureStream, setup.views.value_or(Presentation{}));
 }
 
@@ -130,12 +161,29 @@ void Sink::WritePicture(AVFramePtr picture) {
     const int64_t clipTime = picture->pts;
     m_end = {clipTime + picture->pkt_duration, m_source.Pictures().time_base};
     for (const auto& lane : m_lanes) lane->WriteUntil(m_end);
+    ++m_pictures;
+    if (m_countsPictures && m_clock->ComesLate(clipTime)) return;
     picture->pts = m_clock->Convert(clipTime);
     picture->pkt_duration = m_clock->ConvertDuration(clipTime, picture->pkt_duration);
-    m_durations[picture->pts] = picture->pkt_duration;
+    if (m_countsPictures) FillUntil(picture->pts);
+    m_durations[picture->pts] = m_countsPictures ? 1 : picture->pkt_duration;
+    m_fillUntil = picture->pts + picture->pkt_duration;
+    if (m_countsPictures) m_shown.reset(av_frame_clone(picture.get()));
     m_encoder->Send(picture.get());
-    ++m_pictures;
     DrainEncoder();
+}
+
+// What counts pictures has one at every tick: the one that is shown stands again where the next is not due.
+void Sink::FillUntil(int64_t tick) {
+    if (!m_shown) return;
+    while (m_shown->pts + 1 < tick) {
+        const AVFramePtr again(av_frame_clone(m_shown.get()));
+        if (!again) throw Error(ErrorKind::Output, "no memory for a picture");
+        again->pts = ++m_shown->pts;
+        m_durations[again->pts] = 1;
+        m_encoder->Send(again.get());
+        DrainEncoder();
+    }
 }
 
 // Not all encoders hand a picture's duration on to its packet, and the last one's would be lost.
@@ -173,6 +221,7 @@ void Sink::FollowPictures(const AVPacket& packet) {
 
 void Sink::Complete() {
     if (m_encoder) {
+        FillUntil(m_fillUntil);
         m_encoder->Send(nullptr);
         DrainEncoder();
     }

@@ -57,8 +57,10 @@ private:
         AVRational base{1, 1}; ///< of the packets; kept, since the source's own lists change while it is read
     };
     void MapStreams(const Setup& setup, Reporter& reporter);
-    void AddPictureStream(const Setup& setup);
+    void AddPictureStream(const Setup& setup, const AVFrame* sample);
     void FollowPictures(const AVPacket& packet);
+    void SayRate(const Setup& setup, Reporter& reporter) const;
+    void FillUntil(int64_t tick);
     void AddLane(const Setup& setup, const AVStream* stream, Reporter& reporter);
     void DrainEncoder();
 
@@ -67,6 +69,7 @@ private:
     bool m_soundEndsWithPictures;
     std::optional<OutputClock> m_clock; ///< absent where pictures are copied
     std::unique_ptr<Encoder> m_encoder; ///< likewise
+    bool m_countsPictures = false;
     Container m_output;
     AVStream* m_pictureStream = nullptr;
     std::vector<Copy> m_copies; ///< by source index
@@ -74,6 +77,8 @@ private:
     std::vector<std::unique_ptr<SoundLane>> m_lanes;
     Moment m_end;                           ///< of the pictures so far
     std::map<int64_t, int64_t> m_durations; ///< of pictures in the encoder, by time
+    mediabridge::AVFramePtr m_shown;        ///< where pictures are counted: the last one that was encoded
+    int64_t m_fillUntil = 0;                ///< its end, in the encoder's base
     int64_t m_pictures = 0;
     int64_t m_refused = 0;
 };

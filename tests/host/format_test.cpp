@@ -116,4 +116,80 @@ TEST_F(Formats, FilesStartWithTheirIndex) {
     EXPECT_EQ(clips::Packets(m_directory / "out.mp4", "v:0", "pts").size(), 25u);
 }
 
+constexpr char kPq[] =
+    "-vf format=yuv420p10le,setparams=color_primaries=bt2020:color_trc=smpte2084:"
+    "colorspace=bt2020nc:range=tv -c:v libx265 -x265-params log-level=none:hdr10=1:max-cll=1000,400:"
+    "master-display='G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)' ";
+
+/// Transfer, format, the mastering display's brightest and the brightest picture, as file and first picture
+/// say.
+std::string Light(const std::string& path) {
+    return clips::RunText(
+        "ffprobe -v error -select_streams v -read_intervals %+#1 -show_frames -show_streams " + path +
+        " | sed -nE 's/^(color_transfer|pix_fmt|max_luminance|max_content)=//p' | sort -u | "
+        "tr '\\n' ' '");
+}
+
+TEST_F(Formats, HighDynamicRangeIsKeptOrMapped) {
+    const std::string pq = clips::Make(m_directory / "pq.mp4", "128x96", 25, 0.2, kPq);
+    const auto render = [&](const std::string& output, const std::string& codec, const char* effect,
+                            bool sdr) {
+        aveffect::RenderOptions options;
+        options.input = pq;
+        options.output = m_directory / output;
+        options.videoCodec = codec;
+        if (effect) options.effects = {aveffect::ParseEffect(effect, false)};
+        options.sdr = sdr;
+        options.overwrite = true;
+        clips::Render(options, m_cancel);
+        return Light(options.output);
+    };
+    const std::string kept = "1000 10000000/10000 smpte2084 yuv420p10le ";
+    ASSERT_EQ(Light(pq), kept);
+    EXPECT_EQ(render("out.mp4", "libx265", nullptr, false), kept);
+    EXPECT_EQ(render("out.ts", "libx265", nullptr, false), kept);
+    EXPECT_EQ(render("out.mp4", "libx265", "invert", false), "1000 10000000/10000 smpte2084 yuv420p ");
+    EXPECT_EQ(render("out.mp4", "libx264", nullptr, false), "1000 10000000/10000 smpte2084 yuv420p ");
+    EXPECT_EQ(render("out.mp4", "libx265", nullptr, true), "bt709 yuv420p ");
+    // Grey of 203 cd/m2, which PQ writes as 0.58 of its range, is near the brightest that SDR has.
+    clips::Run(
+        "ffmpeg -v error -nostdin -y -i " + pq +
+        " -vf format=gray10le,geq=lum=64+508,format=yuv420p10le,"
+        "setparams=color_primaries=bt2020:color_trc=smpte2084:colorspace=bt2020nc:range=tv -c:v ffv1 " +
+        (m_directory / "white.mkv"));
+    aveffect::FrameOptions frame;
+    frame.input = m_directory / "white.mkv";
+    frame.output = m_directory / "white.png";
+    frame.sdr = true;
+    aveffect::RenderFrame(clips::ThePlugin(), frame, {}, m_cancel);
+    const clips::Bytes white = clips::Decode(frame.output);
+    EXPECT_GT(white[0], 150);
+    EXPECT_NEAR(white[0], white[1], 2);
+}
+
+// A ramp of a tenth of a code a pixel: with dithering, rows differ from each other.
+TEST_F(Formats, MoreThanEightBitsAreDithered) {
+    const std::string ramp =
+        "-frames:v 1 -vf format=gbrp16le,geq=r='16384+X*26':g='16384+X*26':b='16384+X*26' ";
+    for (const std::string form : {"rgb48be", "gray16be", "yuv444p10le", "yuv420p10le"}) {
+        const bool still = form.ends_with("be");
+        const std::string input = clips::Make(m_directory / (form + (still ? ".png" : ".mkv")), "128x16", 25,
+                                              0.04, ramp + (still ? "" : "-c:v ffv1 ") + "-pix_fmt " + form);
+        std::string said;
+        aveffect::RenderOptions options;
+        options.input = input;
+        options.output = m_directory / (form + "_out.png");
+        options.effects = {aveffect::ParseEffect("mosaic:mosaic_x2=1:mosaic_y2=1", false)};
+        aveffect::RenderObserver observer;
+        observer.warning = [&](const std::string& text) { said += text; };
+        aveffect::Render(clips::ThePlugin(), options, observer, m_cancel);
+        EXPECT_NE(said.find("with dithering"), std::string::npos) << form << said;
+        const clips::Bytes grey =
+            clips::Run("ffmpeg -v error -nostdin -i " + options.output + " -pix_fmt gray -f rawvideo -");
+        int differ = 0;
+        for (size_t index = 128; index < grey.size(); ++index) differ += grey[index] != grey[index - 128];
+        EXPECT_GT(differ, 200) << form;
+    }
+}
+
 } // namespace

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavutil/parseutils.h>
+}
+
 #include "host/output_clock.h"
 #include "tests/host/clips.h"
 
@@ -44,6 +48,43 @@ TEST(Timing, ConstantRateContainersLoseNoPicture) {
                                           std::string(kVariable) + "-c:v ffv1 -pix_fmt yuv420p");
     clips::Render(input, directory / "out.avi", "ffv1", {});
     EXPECT_TRUE(clips::Decode(directory / "out.avi") == clips::Decode(input));
+}
+
+TEST(Timing, RatesThatAFormatLacksBecomeTheNearest) {
+    const clips::TemporaryDirectory directory;
+    const struct {
+        const char *rate, *name, *written, *said;
+    } cases[] = {{"24000/1001", "a.mpg", "24000/1001", ""},
+                 {"2997/125", "b.ts", "24000/1001", "23.976024"},
+                 {"2997/125", "c.mxf", "24000/1001", "23.976024"},
+                 {"15", "d.mpg", "24000/1001", "shown again"},
+                 {"15", "e.mxf", "24000/1001", "shown again"},
+                 {"15", "f.ts", "15/1", ""},
+                 {"15", "g.avi", "15/1", ""},
+                 {"100", "h.mxf", "60/1", "left out"}};
+    for (const auto& [rate, name, written, said] : cases) {
+        const std::string input = directory / (std::string(name) + ".mp4");
+        clips::Run("ffmpeg -v error -nostdin -f lavfi -i testsrc2=s=96x64:d=2:r=" + std::string(rate) +
+                   " -c:v libx264 -preset ultrafast -pix_fmt yuv420p " + input);
+        std::string heard;
+        aveffect::RenderOptions options;
+        options.input = input;
+        options.output = directory / name;
+        aveffect::RenderObserver observer;
+        observer.warning = observer.note = [&](const std::string& text) { heard += text + "\n"; };
+        const std::atomic<bool> cancel{false};
+        aveffect::Render(clips::ThePlugin(), options, observer, cancel);
+        EXPECT_TRUE(clips::Probe(options.output, "r_frame_rate").starts_with(written)) << name;
+        EXPECT_EQ(heard.find("pictures a second") != std::string::npos, said[0] != 0) << name << heard;
+        EXPECT_NE(heard.find(said), std::string::npos) << name << heard;
+        // Every picture lasts as long as the next: their number tells how long the clip is.
+        const int pictures = std::stoi(clips::RunText("ffprobe -v error -select_streams v -count_packets "
+                                                      "-show_entries stream=nb_read_packets -of csv=p=0 " +
+                                                      options.output + " | head -1"));
+        AVRational base{};
+        av_parse_ratio(&base, written, 1000000, 0, nullptr);
+        EXPECT_NEAR(pictures / av_q2d(base), 2, 0.05) << name;
+    }
 }
 
 TEST(Timing, TheLastPictureLastsAsLongAsBefore) {
