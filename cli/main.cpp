@@ -77,8 +77,7 @@ int RunMedia(const RunArguments& run, ProgressStyle style, Work work) {
         const RenderResult result = work(observer);
         const int exitCode = result.inputDamage ? kDamagedInput : kDone;
         progress->Done(result, exitCode);
-        if (result.inputDamage)
-            PrintMessage(*result.inputDamage + "; the output holds what could be decoded");
+        if (result.inputDamage) PrintLines(*result.inputDamage + "; the output holds what could be decoded");
         return exitCode;
     } catch (...) {
         const Failure failure = CurrentFailure();

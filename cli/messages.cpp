@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdio>
+#include <sstream>
 
 namespace aveffect {
 
@@ -28,6 +29,11 @@ void PrintMessage(const std::string& text) {
     // One call a line: messages of other writers can't get in between.
     const std::string line = "aveffect: " + OneLine(text) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+void PrintLines(const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) PrintMessage(line);
 }
 
 } // namespace aveffect

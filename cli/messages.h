@@ -11,4 +11,7 @@ std::string OneLine(const std::string& text);
 /// Writes "aveffect: TEXT" and a line break to standard error.
 void PrintMessage(const std::string& text);
 
+/// The same for each of the text's lines.
+void PrintLines(const std::string& text);
+
 } // namespace aveffect

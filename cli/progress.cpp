@@ -62,7 +62,8 @@ public:
 
     void Done(const RenderResult& result, int /*exitCode*/) override {
         m_last.framesDone = result.frames;
-        m_last.framesExpected = result.frames; // what was expected at first may have been an estimate
+        // What was expected at first may have been an estimate.
+        if (!result.inputDamage) m_last.framesExpected = result.frames;
         m_last.secondsLeft = 0;
         Draw();
         Write("\n");
@@ -95,12 +96,12 @@ public:
         const auto now = Clock::now();
         if (m_written && now - *m_written < kInterval) return;
         m_written = now;
-        Write(Fields("running", Percent(progress), progress.secondsLeft));
+        Write(Fields("running", BelowAll(Percent(progress)), progress.secondsLeft));
     }
 
     void Done(const RenderResult& result, int exitCode) override {
         m_last.framesDone = result.frames;
-        auto fields = Fields("done", 100, 0);
+        auto fields = Fields("done", result.inputDamage ? BelowAll(Percent(m_last)) : 100, 0);
         fields["exitCode"] = exitCode;
         if (result.inputDamage) fields["warning"] = *result.inputDamage;
         Write(fields);
@@ -112,6 +113,12 @@ public:
 
 private:
     using Json = nlohmann::ordered_json;
+
+    /// All that was expected is no more than nearly all of what there is to do.
+    static std::optional<double> BelowAll(std::optional<double> percent) {
+        constexpr double kNearly = 99.9;
+        return percent ? std::optional(std::min(*percent, kNearly)) : percent;
+    }
 
     static Json Rounded(std::optional<double> number) {
         constexpr double kTenths = 10;

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "host/damage.h"
 #include "mediabridge/av_ptr.h"
 
 extern "C" {
@@ -18,7 +19,8 @@ struct DeviceInputDeleter {
 using DeviceInputPtr = std::unique_ptr<AVIOContext, DeviceInputDeleter>;
 
 struct InputContextDeleter {
-    DeviceInputPtr device; ///< that the input reads from, if any; closed after it
+    DeviceInputPtr device;               ///< that the input reads from, if any; closed after it
+    std::unique_ptr<InputDamage> damage; ///< of the input; outlives it
     void operator()(AVFormatContext* context) const noexcept { avformat_close_input(&context); }
 };
 using InputContextPtr = std::unique_ptr<AVFormatContext, InputContextDeleter>;

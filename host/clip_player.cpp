@@ -24,7 +24,6 @@ void ClipPlayer::Read() {
     ++m_read;
     const AVRational base = m_source.Pictures().time_base;
     m_end = {item->picture->pts + item->picture->pkt_duration, base};
-    if (item->picture->decode_error_flags || (item->picture->flags & AV_FRAME_FLAG_CORRUPT)) ++m_damaged;
     m_next = std::move(item->picture);
 }
 
@@ -39,14 +38,6 @@ AVFramePtr ClipPlayer::At(int64_t tick) {
     AVFramePtr picture(av_frame_clone(m_shown.get()));
     if (!picture) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");
     return picture;
-}
-
-std::optional<std::string> ClipPlayer::Damage() const {
-    std::optional<std::string> found = m_source.Damage(m_read, m_end, !m_next);
-    if (!found && m_damaged > 0)
-        found = std::to_string(m_damaged) + (m_damaged == 1 ? " picture is" : " pictures are") + " damaged";
-    if (found) found = m_source.Path() + ": " + *found;
-    return found;
 }
 
 } // namespace aveffect

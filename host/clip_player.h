@@ -18,8 +18,8 @@ public:
     /// nearest to their time; before the first and after the last picture those are shown.
     mediabridge::AVFramePtr At(int64_t tick);
 
-    /// What was found to be wrong with the clip so far, as a sentence that names it; absent when all is well.
-    std::optional<std::string> Damage() const;
+    /// What was found to be wrong with the clip so far.
+    DamageReport Damage() const { return m_source.Damage(m_read, m_end, !m_next); }
 
 private:
     void Read();
@@ -30,7 +30,6 @@ private:
     mediabridge::AVFramePtr m_shown;
     mediabridge::AVFramePtr m_next; ///< null at the end
     int64_t m_read = 0;
-    int64_t m_damaged = 0;
     Moment m_end; ///< of the last picture read
 };
 

@@ -41,6 +41,8 @@ public:
     void Publish() { m_output.Publish(); }
 
     int64_t Pictures() const noexcept { return m_pictures; }
+    /// What was found to be wrong with the sound that was read.
+    DamageReport Damage() const { return m_setup.sound ? m_setup.sound->track->Damage() : DamageReport(); }
 
 private:
     void WriteSound();
@@ -64,6 +66,8 @@ struct FilmPictures {
     int64_t count = 0;
     /// The picture of an index, of the canvas's size; called in order, from one thread.
     std::function<mediabridge::AVFramePtr(int64_t)> draw;
+    /// What was found to be wrong with the files that are drawn from; called at the end.
+    std::function<DamageReport()> damage;
 };
 
 /// Draws and encodes a film, each on its own thread; the stage has been prepared for the output. The film

@@ -80,6 +80,7 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
     AVFormatContext* context = avformat_alloc_context();
     if (!context) throw Error(ErrorKind::Input, path + ": out of memory");
+    auto damage = std::make_unique<InputDamage>(path);
     context->interrupt_callback = interrupt.Callback();
     context->pb = device.get();
     // The prefix keeps a name like "a:b.mp4" from being taken for a protocol.
@@ -89,7 +90,8 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
         if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
         ThrowNoMedia(path, code);
     }
-    InputContextPtr input(context, InputContextDeleter{std::move(device)});
+    context->opaque = &damage->Lines();
+    InputContextPtr input(context, InputContextDeleter{std::move(device), std::move(damage)});
     // Plain text opens as a terminal recording, which nobody means.
     if (std::string_view(context->iformat->name) == "tty") ThrowNoMedia(path, AVERROR_INVALIDDATA);
     code = avformat_find_stream_info(context, nullptr);
@@ -98,7 +100,19 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     return input;
 }
 
-Decoder::Decoder(const AVStream& stream, unsigned threads, const std::string& path) {
+int ReadPacket(const InputContextPtr& input, AVPacket& packet) {
+    const int code = av_read_frame(input.get(), &packet);
+    InputDamage& damage = *input.get_deleter().damage;
+    if (code >= 0)
+        damage.Note(packet);
+    else if (code != AVERROR_EOF)
+        damage.NoteEnd(code);
+    return code;
+}
+
+Decoder::Decoder(const InputContextPtr& input, const AVStream& stream, unsigned threads)
+    : m_path(input.get_deleter().damage->Path()) {
+    const std::string& path = m_path;
     const AVCodec* codec = FindDecoder(stream);
     if (!codec)
         throw Error(ErrorKind::Input,
@@ -108,6 +122,8 @@ Decoder::Decoder(const AVStream& stream, unsigned threads, const std::string& pa
     int code = avcodec_parameters_to_context(m_context.get(), stream.codecpar);
     if (code >= 0) {
         m_context->pkt_timebase = stream.time_base;
+        m_context->opaque = &m_lines;
+        m_context->err_recognition = AV_EF_CRCCHECK;
         m_context->thread_count = static_cast<int>(std::min(threads, 64u));
         TakeLibraryError();
         code = avcodec_open2(m_context.get(), codec, nullptr);
@@ -129,11 +145,41 @@ mediabridge::AVFramePtr Decoder::Receive() {
     // up.
     for (int attempt = 0; attempt < 64; ++attempt) {
         const int code = avcodec_receive_frame(m_context.get(), frame.get());
-        if (code >= 0) return frame;
+        if (code >= 0) {
+            Note(*frame);
+            return frame;
+        }
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return nullptr;
         ++m_failures;
     }
     return nullptr;
+}
+
+void Decoder::Note(const AVFrame& frame) {
+    if (frame.decode_error_flags || (frame.flags & AV_FRAME_FLAG_CORRUPT)) ++m_hidden;
+}
+
+void Decoder::ForgetDamageBefore(const AVFrame& frame) {
+    const AVCodecDescriptor* const about = avcodec_descriptor_get(m_context->codec_id);
+    if (about && (about->props & AV_CODEC_PROP_INTRA_ONLY)) return;
+    m_lines.Forget();
+    m_failures = m_hidden = 0;
+    Note(frame);
+}
+
+DamageReport Decoder::Damage() const {
+    DamageReport report;
+    const std::string subject = m_path + ": the " + m_context->codec->name + " decoder";
+    const int64_t errors = std::max(m_failures, m_lines.Count());
+    if (errors > 0)
+        report.Add(subject, std::to_string(errors) + (errors == 1 ? " error" : " errors") +
+                                (m_lines.Count() > 0 ? ", \"" + m_lines.First() + "\"" : ""));
+    if (m_hidden > 0) {
+        const bool pictures = m_context->codec_type == AVMEDIA_TYPE_VIDEO;
+        report.Add(subject, "damage in " + std::to_string(m_hidden) + (pictures ? " picture" : " piece") +
+                                (m_hidden == 1 ? "" : "s") + (pictures ? "" : " of sound"));
+    }
+    return report;
 }
 
 void Decoder::Flush() { avcodec_flush_buffers(m_context.get()); }

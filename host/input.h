@@ -29,11 +29,16 @@ void RequireRereadable(const std::string& path);
 /// file.
 InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt);
 
+/// As av_read_frame, noting damage.
+int ReadPacket(const InputContextPtr& input, AVPacket& packet);
+
 /// One stream's decoder. Used by one thread at a time.
 class Decoder {
 public:
     /// Threads 0: as many as there are processors. Throws Error (Input).
-    Decoder(const AVStream& stream, unsigned threads, const std::string& path);
+    Decoder(const InputContextPtr& input, const AVStream& stream, unsigned threads);
+    Decoder(const Decoder&) = delete; // the library holds on to its place
+    Decoder& operator=(const Decoder&) = delete;
 
     /// Hands over the next packet, null at the end. Receive() everything before the next Send().
     void Send(const AVPacket* packet);
@@ -44,14 +49,22 @@ public:
     /// Forgets what it has in work, before reading on elsewhere.
     void Flush();
 
-    /// How often decoding failed so far.
-    int64_t Failures() const noexcept { return m_failures; }
+    /// Errors that the decoder reported and those that it hides in what it gives out.
+    DamageReport Damage() const;
+    /// Forgets those before this frame, the latest received, which may come from starting in the middle of
+    /// frames that depend on one another.
+    void ForgetDamageBefore(const AVFrame& frame);
 
     const AVCodecContext& Context() const noexcept { return *m_context; }
 
 private:
+    void Note(const AVFrame& frame);
+
+    std::string m_path;
+    ErrorLines m_lines; ///< outlives the context
     mediabridge::AVCodecContextPtr m_context;
     int64_t m_failures = 0;
+    int64_t m_hidden = 0; ///< frames in which damage is hidden
 };
 
 } // namespace aveffect

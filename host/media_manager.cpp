@@ -5,6 +5,12 @@
 
 namespace aveffect {
 
+MediaManager::MediaManager(const std::atomic<bool>* cancel)
+    : m_cancel(cancel)
+    , m_readers(std::make_shared<OpenReaders>()) {}
+
+DamageReport MediaManager::Damage() const { return m_readers->Damage(); }
+
 AVBased::IAVReader* MediaManager::OpenSource(const char* url, const char* /*options*/, unsigned* streams,
                                              unsigned* width, unsigned* height, unsigned* duration) {
     if (!url) {
@@ -12,7 +18,7 @@ AVBased::IAVReader* MediaManager::OpenSource(const char* url, const char* /*opti
         return nullptr;
     }
     return Recorded([&]() -> AVBased::IAVReader* {
-        auto* reader = new MediaReader(url, m_canvas, m_cancel);
+        auto* reader = new MediaReader(url, m_canvas, m_cancel, m_readers);
         if (streams) *streams = reader->Streams();
         if (width) *width = reader->Width();
         if (height) *height = reader->Height();

@@ -1,11 +1,15 @@
 #pragma once
 /// The host's media access for processors: IAVManager on libavformat and libavcodec.
 #include <atomic>
+#include <memory>
 
 #include "aveffect/media.h"
+#include "host/damage.h"
 #include "host/fitting.h"
 
 namespace aveffect {
+
+class OpenReaders;
 
 /// Opens anything the installed libraries read. A URL is a path or protocol URL, optionally followed by "?"
 /// and key=value pairs joined by "&", of which "vstreamid" and "astreamid" select streams by their index in
@@ -18,8 +22,7 @@ namespace aveffect {
 class MediaManager final : public AVBased::IAVManager {
 public:
     /// The flag, if any, ends all waiting for sources; it outlives the manager and its readers.
-    explicit MediaManager(const std::atomic<bool>* cancel = nullptr)
-        : m_cancel(cancel) {}
+    explicit MediaManager(const std::atomic<bool>* cancel = nullptr);
 
     /// Pictures of sources that are opened from now on have pixels of this canvas's shape and its primaries
     /// and transfer.
@@ -28,9 +31,13 @@ public:
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
                                    unsigned* height, unsigned* duration) override;
 
+    /// What was found to be wrong with the sources so far. Call while nobody reads.
+    DamageReport Damage() const;
+
 private:
     const std::atomic<bool>* m_cancel;
     Canvas m_canvas;
+    std::shared_ptr<OpenReaders> m_readers;
 };
 
 } // namespace aveffect

@@ -18,8 +18,28 @@ constexpr uint32_t kVideoItem = 1;
 constexpr uint32_t kAudioItem = 2;
 } // namespace
 
-MediaReader::MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel)
-    : m_canvas(canvas)
+void OpenReaders::Add(const MediaReader& reader) {
+    const std::scoped_lock lock(m_mutex);
+    m_open.insert(&reader);
+}
+
+void OpenReaders::Remove(const MediaReader& reader) {
+    const std::scoped_lock lock(m_mutex);
+    m_found.Add(reader.Damage());
+    m_open.erase(&reader);
+}
+
+DamageReport OpenReaders::Damage() const {
+    const std::scoped_lock lock(m_mutex);
+    DamageReport all = m_found;
+    for (const MediaReader* reader : m_open) all.Add(reader->Damage());
+    return all;
+}
+
+MediaReader::MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel,
+                         std::shared_ptr<OpenReaders> siblings)
+    : m_siblings(std::move(siblings))
+    , m_canvas(canvas)
     , m_colours(canvas.primaries, canvas.transfer)
     , m_interrupt{cancel, std::nullopt}
     , m_packet(av_packet_alloc()) {
@@ -35,11 +55,19 @@ MediaReader::MediaReader(const std::string& url, const Canvas& canvas, const std
         AVStream* stream = m_input->streams[index];
         if (stream != m_video.stream && stream != m_audio.stream) stream->discard = AVDISCARD_ALL;
     }
+    m_siblings->Add(*this);
 }
 
 void MediaReader::Open(Stream& target, AVStream* stream) {
     target.stream = stream;
-    if (stream) target.decoder = std::make_unique<Decoder>(*stream, 0, m_path);
+    if (stream) target.decoder = std::make_unique<Decoder>(m_input, *stream, 0);
+}
+
+DamageReport MediaReader::Damage() const {
+    DamageReport report = m_input.get_deleter().damage->Report();
+    for (const Stream* each : {&m_video, &m_audio})
+        if (each->decoder) report.Add(each->decoder->Damage());
+    return report;
 }
 
 unsigned MediaReader::Width() const noexcept {
@@ -80,7 +108,7 @@ bool MediaReader::TakeDecoded(AVBased::AVItem& item, Stream& from, bool video) {
 
 bool MediaReader::ReadPacket(bool wantsVideo) {
     av_packet_unref(m_packet.get());
-    const int code = av_read_frame(m_input.get(), m_packet.get());
+    const int code = aveffect::ReadPacket(m_input, *m_packet);
     if (code < 0) {
         if (m_interrupt.cancel) CheckCancel(*m_interrupt.cancel);
         if (m_interrupt.Due()) throw Error(ErrorKind::Input, m_path + ": reading took longer than allowed");

@@ -2,7 +2,9 @@
 /// One opened source of the media manager.
 #include <array>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -17,12 +19,29 @@
 
 namespace aveffect {
 
+class MediaReader;
+
+/// The readers of one manager, and what those that are gone have found to be wrong. Safe from any thread.
+class OpenReaders {
+public:
+    void Add(const MediaReader& reader);
+    void Remove(const MediaReader& reader);
+    /// Call while nobody reads.
+    DamageReport Damage() const;
+
+private:
+    mutable std::mutex m_mutex;
+    std::set<const MediaReader*> m_open;
+    DamageReport m_found;
+};
+
 /// Items in the order in which the file's pictures and sound come out of their decoders, pictures upright, of
 /// the canvas's pixels, and in BGRA. On the heap; Release() frees it.
 class MediaReader final : public AVBased::IAVReader {
 public:
     /// The flag, if any, ends all waiting. Throws Error (Input, Interrupted).
-    MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel);
+    MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel,
+                std::shared_ptr<OpenReaders> siblings);
 
     bool ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeout) override;
     bool Seek(unsigned milliseconds) override;
@@ -34,12 +53,14 @@ public:
     unsigned Width() const noexcept;
     unsigned Height() const noexcept;
 
+    DamageReport Damage() const;
+
 private:
     struct Stream {
         AVStream* stream = nullptr;
         std::unique_ptr<Decoder> decoder;
     };
-    ~MediaReader() = default;
+    ~MediaReader() { m_siblings->Remove(*this); }
 
     void Open(Stream& target, AVStream* stream);
     bool Read(AVBased::AVItem& item, bool wantsVideo);
@@ -52,6 +73,7 @@ private:
     bool Locate(AVBased::AVItem& item, const AVFrame& frame, const AVStream& stream, int64_t lengthTicks,
                 AVRational lengthBase);
 
+    std::shared_ptr<OpenReaders> m_siblings;
     std::string m_path;
     Canvas m_canvas;
     ColourMatch m_colours;

@@ -11,7 +11,7 @@ void ProgressMeter::Report(int64_t done, bool last) {
     m_told = now;
     RenderProgress progress;
     progress.framesDone = done;
-    progress.framesExpected = last ? done : m_expected;
+    progress.framesExpected = m_expected;
     progress.secondsElapsed = std::chrono::duration<double>(now - m_started).count();
     if (progress.secondsElapsed > 0)
         progress.framesPerSecond = static_cast<double>(done) / progress.secondsElapsed;

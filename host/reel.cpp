@@ -52,7 +52,7 @@ AVFramePtr Reel::FirstPicture() {
 
 AVFramePtr Reel::Draw(int64_t index) {
     if (index >= m_begins[m_shown] + m_setup.parts[m_shown].pictures) {
-        KeepDamage(*m_playing.front().player);
+        m_damage.Add(m_playing.front().player->Damage());
         m_playing.pop_front();
         ++m_shown;
     }
@@ -91,15 +91,10 @@ std::vector<SoundPart> Reel::Sound(int rate) const {
     return parts;
 }
 
-void Reel::KeepDamage(const ClipPlayer& player) {
-    if (const auto found = player.Damage()) m_damage += (m_damage.empty() ? "" : "; ") + *found;
-}
-
-std::optional<std::string> Reel::Damage() const {
-    std::string all = m_damage;
-    for (const Playing& playing : m_playing)
-        if (const auto found = playing.player->Damage()) all += (all.empty() ? "" : "; ") + *found;
-    return all.empty() ? std::nullopt : std::optional(all);
+DamageReport Reel::Damage() const {
+    DamageReport all = m_damage;
+    for (const Playing& playing : m_playing) all.Add(playing.player->Damage());
+    return all;
 }
 
 } // namespace aveffect

@@ -47,8 +47,8 @@ public:
     /// The parts' sound in samples of that rate, ending where their pictures do.
     std::vector<SoundPart> Sound(int rate) const;
 
-    /// What was found to be wrong with the clips, call after the last Draw(); absent when all is well.
-    std::optional<std::string> Damage() const;
+    /// What was found to be wrong with the clips; call after the last Draw().
+    DamageReport Damage() const;
 
 private:
     /// A clip that is being played.
@@ -57,7 +57,6 @@ private:
         Fitter fitter;
     };
     void Open(size_t part);
-    void KeepDamage(const ClipPlayer& player);
     mediabridge::AVFramePtr Cross(mediabridge::AVFramePtr from, mediabridge::AVFramePtr to, int64_t picture);
     Canvas ChooseCanvas(const AVFrame& first) const;
 
@@ -69,7 +68,7 @@ private:
     std::deque<Playing> m_playing; ///< the part that is shown, and the next one once they cross
     size_t m_shown = 0;            ///< the part at the front of m_playing
     MemoryPictures m_pictures;
-    std::string m_damage;
+    DamageReport m_damage; ///< of the parts before
 };
 
 } // namespace aveffect

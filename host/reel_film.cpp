@@ -40,7 +40,9 @@ RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPicture
     stage.PrepareOutput(setup.plan, *seen);
     const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, stage, reporter, cancel);
     film->Publish();
-    return {film->Pictures(), std::nullopt};
+    DamageReport damage = pictures.damage();
+    damage.Add(film->Damage());
+    return {film->Pictures(), damage.Text()};
 }
 
 RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
@@ -48,11 +50,9 @@ RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const 
     Reel reel(plugin, setup, cancel);
     FilmSetup film{plan, setup.rate, options.overwrite};
     film.sound = MakeSound(options, plan, setup, reel, reporter, cancel);
-    const FilmPictures pictures{reel.Pictures(), [&](int64_t index) { return reel.Draw(index); }};
-    RenderResult result =
-        RenderFilm(plugin, std::move(film), pictures, reel.FirstPicture(), reporter, cancel);
-    result.inputDamage = reel.Damage();
-    return result;
+    const FilmPictures pictures{reel.Pictures(), [&](int64_t index) { return reel.Draw(index); },
+                                [&] { return reel.Damage(); }};
+    return RenderFilm(plugin, std::move(film), pictures, reel.FirstPicture(), reporter, cancel);
 }
 
 } // namespace aveffect

@@ -133,13 +133,11 @@ private:
     }
 
     std::optional<std::string> Damage() const {
-        const auto right = m_right ? m_right->Damage() : std::nullopt;
-        const auto sound = m_sink ? SoundDamage(m_sink->SoundFailures()) : std::nullopt;
-        const auto copied = m_sink ? CopyDamage(m_sink->RefusedPackets()) : std::nullopt;
-        std::optional<std::string> all = m_span.Damage();
-        for (const auto& damage : {right, sound, copied})
-            if (damage) all = all ? *all + "; " + *damage : *damage;
-        return all;
+        DamageReport all = m_span.Damage();
+        if (m_right) all.Add(m_right->Damage());
+        if (m_sink) all.Add(m_sink->Damage());
+        all.Add(m_manager.Damage());
+        return all.Text();
     }
 
     // The first picture tells what the output looks like; packets before it wait in m_head.
@@ -150,7 +148,7 @@ private:
             m_head.push_back(std::move(*item));
         }
         const bool part = m_limits.fromMs || m_limits.toMs;
-        if (part && !m_span.Damage())
+        if (part && m_span.Damage().Empty())
             throw Error(ErrorKind::Usage, m_options.input + " has no picture between " +
                                               SecondsText(m_limits.fromMs.value_or(0)) + " and " +
                                               (m_limits.toMs ? SecondsText(*m_limits.toMs) : "its end"));
@@ -305,13 +303,12 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
 
     RequirePictures(manager, options.effects);
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;
-    if (!options.stereo.right.empty())
-        second = RightClip(options.stereo.right, options.atMs, 0, reporter, cancel)
-                     .At({picture->pts, source.Pictures().time_base});
-    RenderResult result;
-    result.frames = 1;
-    if (picture->decode_error_flags || (picture->flags & AV_FRAME_FLAG_CORRUPT))
-        result.inputDamage = "the picture is damaged";
+    DamageReport damage = source.Damage(1, {}, false);
+    if (!options.stereo.right.empty()) {
+        RightClip right(options.stereo.right, options.atMs, 0, reporter, cancel);
+        second = right.At({picture->pts, source.Pictures().time_base});
+        damage.Add(right.Damage());
+    }
     const AVRational base = source.Pictures().time_base;
     const int time = ToMs(picture->pts, base);
     const int duration = ToMs(picture->pkt_duration, base);
@@ -323,7 +320,8 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     progress.framesExpected = 1;
     progress.secondsLeft = 0.0;
     reporter.Progress(progress);
-    return result;
+    damage.Add(manager.Damage());
+    return {1, damage.Text()};
 }
 
 } // namespace aveffect

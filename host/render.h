@@ -53,7 +53,8 @@ struct RenderObserver {
 
 struct RenderResult {
     int64_t frames = 0; ///< pictures; where there is sound alone, pieces of a fiftieth of a second
-    /// The input ended early or was damaged; what could be decoded is in the output. Says what was found.
+    /// An input ended early or was damaged; what could be decoded is in the output. Says what was found, a
+    /// line for each file and each decoder.
     std::optional<std::string> inputDamage;
 };
 

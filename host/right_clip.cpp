@@ -13,9 +13,7 @@ RightClip::RightClip(const std::string& path, std::optional<int64_t> fromMs, uns
                      Reporter& reporter, const std::atomic<bool>& cancel)
     : m_source({path}, Source::Others::None, threads, cancel)
     , m_reporter(reporter) {
-    if (!fromMs) return;
-    m_source.SeekBefore(*fromMs);
-    m_source.ForgetDamage();
+    if (fromMs) m_source.SeekBefore(*fromMs);
 }
 
 AVFramePtr RightClip::Read() {
@@ -55,11 +53,6 @@ void RightClip::WarnOfEnd(const Moment& time) {
     if (m_warned || m_pictures < 2 || -DistanceOf(*m_current, time) < 2 * interval) return;
     m_warned = true;
     m_reporter.Warn(m_source.Path() + " ends before the other view; its last picture stays");
-}
-
-std::optional<std::string> RightClip::Damage() const {
-    const auto damage = m_source.Damage(m_pictures, {}, false);
-    return damage ? std::optional(m_source.Path() + ": " + *damage) : std::nullopt;
 }
 
 } // namespace aveffect

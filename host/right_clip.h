@@ -23,7 +23,7 @@ public:
     mediabridge::AVFramePtr At(const Moment& time);
 
     /// What was found to be wrong with what was read.
-    std::optional<std::string> Damage() const;
+    DamageReport Damage() const { return m_source.Damage(m_pictures, {}, false); }
 
 private:
     mediabridge::AVFramePtr Read();

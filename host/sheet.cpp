@@ -86,7 +86,7 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
     sheet = stage.ApplyEffects(std::move(sheet), 0, 0);
     stage.PrepareOutput(plan, *sheet);
     WriteStill(plan, stage.ConvertForEncoder(std::move(sheet)), options.overwrite, cancel);
-    return {1, std::nullopt};
+    return {1, manager.Damage().Text()};
 }
 
 } // namespace aveffect

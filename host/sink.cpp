@@ -229,10 +229,10 @@ void Sink::Complete() {
     m_output.Finish();
 }
 
-int64_t Sink::SoundFailures() const {
-    int64_t failures = 0;
-    for (const auto& lane : m_lanes) failures += lane->Failures();
-    return failures;
+DamageReport Sink::Damage() const {
+    DamageReport report = CopyDamage(m_source.Path(), m_refused);
+    for (const auto& lane : m_lanes) report.Add(lane->Damage());
+    return report;
 }
 
 void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {

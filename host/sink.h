@@ -46,10 +46,8 @@ public:
     void Publish() { m_output.Publish(); }
 
     int64_t Pictures() const noexcept { return m_pictures; }
-    /// How often decoding sound failed.
-    int64_t SoundFailures() const;
-    /// How many copied packets the container refused.
-    int64_t RefusedPackets() const noexcept { return m_refused; }
+    /// What was found to be wrong with sound that was decoded, and with packets that were copied.
+    DamageReport Damage() const;
 
 private:
     struct Copy {

@@ -48,8 +48,8 @@ public:
     std::string Summary() const { return m_encoder.Summary(); }
     /// Samples written, as seconds.
     Moment Written() const noexcept { return {m_done, {1, m_shape.rate}}; }
-    /// How often decoding failed.
-    int64_t Failures() const noexcept { return m_reader ? m_reader->Failures() : 0; }
+    /// What was found to be wrong with what was read.
+    DamageReport Damage() const { return m_reader ? m_reader->Damage() : DamageReport(); }
 
 private:
     int64_t NextBoundary() const;

@@ -21,7 +21,7 @@ SoundReader::SoundReader(SoundRequest request, const std::atomic<bool>& cancel)
     if (!m_stream) throw Error(ErrorKind::Input, path + " has no sound any more");
     for (unsigned index = 0; index < m_input->nb_streams; ++index)
         if (m_input->streams[index] != m_stream) m_input->streams[index]->discard = AVDISCARD_ALL;
-    m_decoder = std::make_unique<Decoder>(*m_stream, 1, path);
+    m_decoder = std::make_unique<Decoder>(m_input, *m_stream, 1);
     SeekNearStart();
 }
 
@@ -38,6 +38,12 @@ void SoundReader::SeekNearStart() {
     av_seek_frame(m_input.get(), m_stream->index, target, AVSEEK_FLAG_BACKWARD);
 }
 
+DamageReport SoundReader::Damage() const {
+    DamageReport report = m_input.get_deleter().damage->Report();
+    report.Add(m_decoder->Damage());
+    return report;
+}
+
 AVFramePtr SoundReader::Next() {
     while (AVFramePtr sound = Decode())
         if (AVFramePtr converted = Convert(sound.get())) return converted;
@@ -49,7 +55,7 @@ AVFramePtr SoundReader::Decode() {
         if (AVFramePtr sound = m_decoder->Receive()) return sound;
         if (m_draining) return nullptr;
         av_packet_unref(m_packet.get());
-        if (av_read_frame(m_input.get(), m_packet.get()) < 0) {
+        if (ReadPacket(m_input, *m_packet) < 0) {
             if (m_interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
             m_draining = true;
             m_decoder->Send(nullptr);

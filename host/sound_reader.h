@@ -25,8 +25,8 @@ public:
     /// The next samples; pts counts samples from the request's start and may be negative. Null at the end.
     mediabridge::AVFramePtr Next();
 
-    /// How often decoding failed so far.
-    int64_t Failures() const noexcept { return m_decoder->Failures(); }
+    /// What was found to be wrong so far.
+    DamageReport Damage() const;
 
 private:
     void SeekNearStart();

@@ -144,19 +144,20 @@ private:
             written = latest;
             progress.Report(PiecesOf(latest), false);
         }
-        int64_t failures = 0;
         Moment end;
+        DamageReport found;
         for (const auto& lane : lanes) {
             lane->Complete(m_end);
             end = std::max(end, lane->Written());
-            failures += lane->Failures();
+            found.Add(lane->Damage());
         }
         if (end.ticks == 0)
             throw Error(ErrorKind::Input, m_options.input + " holds no sound that can be decoded" +
                                               (m_options.fromMs || m_options.toMs ? " in that span" : ""));
         m_output.Finish();
         result.frames = PiecesOf(end);
-        result.inputDamage = Damage(end, SoundDamage(failures));
+        found.Add(manager.Damage());
+        result.inputDamage = Damage(end, std::move(found));
         return result;
     }
 
@@ -199,7 +200,7 @@ private:
         if (!packet) throw Error(ErrorKind::Output, "out of memory");
         Moment end;
         int64_t refused = 0;
-        for (; av_read_frame(m_input.get(), packet.get()) >= 0; av_packet_unref(packet.get())) {
+        for (; ReadPacket(m_input, *packet) >= 0; av_packet_unref(packet.get())) {
             const auto index = static_cast<size_t>(packet->stream_index);
             AVStream* const target = index < targets.size() ? targets[index] : nullptr;
             if (!target) continue;
@@ -221,7 +222,7 @@ private:
         }
         if (m_interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
         m_output.Finish();
-        return {PiecesOf(end), Damage(end, CopyDamage(refused))};
+        return {PiecesOf(end), Damage(end, CopyDamage(m_options.input, refused))};
     }
 
     void RequireCopy(const AVStream& stream) const {
@@ -230,14 +231,17 @@ private:
     }
 
     // Formats that guess their length can't tell that a part is missing.
-    std::optional<std::string> Damage(const Moment& end, std::optional<std::string> found) const {
+    std::optional<std::string> Damage(const Moment& end, DamageReport found) const {
         constexpr int64_t kToleranceMs = 100;
         const bool guessed = m_input->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-        if (!m_length || guessed || end >= Moment{*m_length - kToleranceMs, kMilliseconds}) return found;
-        const std::string early = "the clip ends early: at " +
-                                  SecondsText(av_rescale_q(end.ticks, end.base, kMilliseconds)) + " of " +
-                                  SecondsText(*m_length);
-        return found ? early + "; " + *found : early;
+        DamageReport all;
+        if (m_length && !guessed && end < Moment{*m_length - kToleranceMs, kMilliseconds})
+            all.Add(m_options.input, "the clip ends early: at " +
+                                         SecondsText(av_rescale_q(end.ticks, end.base, kMilliseconds)) +
+                                         " of " + SecondsText(*m_length));
+        all.Add(m_input.get_deleter().damage->Report());
+        all.Add(found);
+        return all.Text();
     }
 
     const RenderOptions& m_options;
@@ -292,12 +296,6 @@ SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const R
             Moment{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + start, kNanoseconds},
             end,
             cancel};
-}
-
-std::optional<std::string> SoundDamage(int64_t failures) {
-    if (failures == 0) return std::nullopt;
-    return std::to_string(failures) +
-           (failures == 1 ? " part of the sound is damaged" : " parts of the sound are damaged");
 }
 
 } // namespace aveffect

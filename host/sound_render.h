@@ -27,7 +27,4 @@ struct SoundSpan {
 SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
                      const SoundSpan& span, const std::atomic<bool>& cancel);
 
-/// A sentence for how often decoding sound failed; absent for never.
-std::optional<std::string> SoundDamage(int64_t failures);
-
 } // namespace aveffect

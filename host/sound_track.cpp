@@ -113,6 +113,12 @@ AVFramePtr SoundTrack::Next() {
     }
 }
 
+DamageReport SoundTrack::Damage() const {
+    DamageReport all = m_damage;
+    if (m_reader) all.Add(m_reader->Damage());
+    return all;
+}
+
 // Gives samples to the part that waits for them: parts come to an end in order, so it is never one before the
 // part that is read.
 void SoundTrack::Feed() {
@@ -126,6 +132,7 @@ void SoundTrack::Feed() {
     }
     if (!m_reader || waiting != m_reading) {
         const ClipScan& clip = *m_parts[waiting].clip;
+        if (m_reader) m_damage.Add(m_reader->Damage());
         m_reader = std::make_unique<SoundReader>(SoundRequest{clip.request, clip.start, m_shape}, m_cancel);
         m_reading = waiting;
     }

@@ -35,6 +35,9 @@ public:
     /// The next samples, pts in samples from the track's start; null at the end. Throws Error.
     mediabridge::AVFramePtr Next();
 
+    /// What was found to be wrong with what was read.
+    DamageReport Damage() const;
+
 private:
     struct GraphDeleter {
         void operator()(AVFilterGraph* graph) const noexcept { avfilter_graph_free(&graph); }
@@ -50,7 +53,8 @@ private:
     std::vector<AVFilterContext*> m_inputs; ///< by part; null for silence and for parts that are read
     AVFilterContext* m_output = nullptr;
     std::unique_ptr<SoundReader> m_reader;
-    size_t m_reading = 0; ///< the part that the reader reads
+    DamageReport m_damage; ///< of the parts before
+    size_t m_reading = 0;  ///< the part that the reader reads
     int64_t m_next = 0;
 };
 

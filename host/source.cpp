@@ -24,7 +24,7 @@ Source::Source(const SourceRequest& request, Others others, unsigned threads, co
     m_input = OpenInput(m_path, m_interrupt);
     m_pictures = FindPictures(*m_input, request);
     if (!m_pictures) throw Error(ErrorKind::Input, m_path + " has no picture stream");
-    m_decoder = std::make_unique<Decoder>(*m_pictures, threads, m_path);
+    m_decoder = std::make_unique<Decoder>(m_input, *m_pictures, threads);
     ChooseStreams(others);
     if (m_copiesPictures) m_input->flags |= AVFMT_FLAG_GENPTS; // AVI has no times of presentation
     FindStart();
@@ -169,6 +169,11 @@ bool Source::SeekAndDecode(int64_t milliseconds) {
         if (!item) break;
         m_stash.push_back(std::move(*item));
     }
+    // Pictures that are shown before this one but depend on others before it are no damage.
+    if (!m_stash.empty() && m_stash.back().picture) {
+        m_decoder->ForgetDamageBefore(*m_stash.back().picture);
+        m_input.get_deleter().damage->ForgetPackets();
+    }
     return true;
 }
 
@@ -209,7 +214,7 @@ std::optional<SourceItem> Source::Read() {
 // Reads into m_packet, times from the clip's start. False at the end and when reading fails for good.
 bool Source::ReadPacket() {
     av_packet_unref(m_packet.get());
-    const int code = av_read_frame(m_input.get(), m_packet.get());
+    const int code = aveffect::ReadPacket(m_input, *m_packet);
     if (m_interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
     if (code < 0) {
         if (code != AVERROR_EOF) m_readError = code;
@@ -226,7 +231,6 @@ bool Source::ReadPacket() {
         if (m_packet->pts != AV_NOPTS_VALUE)
             m_lastRead = std::max(m_lastRead, Moment{m_packet->pts + m_packet->duration, base});
     }
-    if (m_packet->flags & AV_PKT_FLAG_CORRUPT) ++m_corruptPackets;
     return true;
 }
 
@@ -269,25 +273,15 @@ void Source::StopPictures(const Moment& packetsUntil) {
     m_packetsUntil = Moment{ms + kSlackMs + start, kMilliseconds};
 }
 
-void Source::ForgetDamage() noexcept {
-    m_forgivenFailures = m_decoder->Failures();
-    m_corruptPackets = 0;
-}
-
-std::optional<std::string> Source::Damage(int64_t pictures, const Moment& end, bool readToEnd) const {
-    std::string found;
-    const auto add = [&found](const std::string& text) { found += (found.empty() ? "" : "; ") + text; };
+DamageReport Source::Damage(int64_t pictures, const Moment& end, bool readToEnd) const {
+    DamageReport report;
     if (readToEnd) {
         const std::string early = EarlyEnd(pictures, end);
-        if (!early.empty()) add(early);
-        if (m_readError && early.empty()) add("the clip can't be read to its end: " + AvText(m_readError));
+        if (!early.empty()) report.Add(m_path, early);
     }
-    const int64_t failures = std::max(m_decoder->Failures() - m_forgivenFailures, m_corruptPackets);
-    if (failures > 0)
-        add(std::to_string(failures) +
-            (failures == 1 ? " part of the clip is damaged" : " parts of the clip are damaged"));
-    if (found.empty()) return std::nullopt;
-    return found;
+    report.Add(m_input.get_deleter().damage->Report());
+    report.Add(m_decoder->Damage());
+    return report;
 }
 
 std::string Source::EarlyEnd(int64_t pictures, const Moment& end) const {

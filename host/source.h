@@ -81,13 +81,9 @@ public:
     /// interleaved).
     void StopPictures(const Moment& packetsUntil);
 
-    /// Forgets damage seen so far, as after a seek into the middle of dependent pictures.
-    void ForgetDamage() noexcept;
-
-    /// What was found to be wrong, as a sentence; absent when all is well. Call after the last Next() with
-    /// the number of pictures of the whole clip and the time at which the last of them ended; readToEnd
-    /// false: only a part was wanted.
-    std::optional<std::string> Damage(int64_t pictures, const Moment& end, bool readToEnd) const;
+    /// What was found to be wrong. Call after the last Next() with the number of pictures of the whole clip
+    /// and the time at which the last of them ended; readToEnd false: only a part was wanted.
+    DamageReport Damage(int64_t pictures, const Moment& end, bool readToEnd) const;
 
 private:
     void ChooseStreams(Others others);
@@ -119,8 +115,6 @@ private:
     std::optional<int64_t> m_lastPts;
     bool m_copiesPictures;
     int64_t m_picturePackets = 0;
-    int64_t m_corruptPackets = 0;
-    int64_t m_forgivenFailures = 0;
     int m_readError = 0;
     bool m_draining = false;
     bool m_soughtAway = false;

@@ -67,10 +67,7 @@ void SpanReader::TakePicture(AVFramePtr picture) {
     const Moment time{picture->pts, Base()};
     if (m_limits.fromMs && time < Moment{*m_limits.fromMs, kMilliseconds}) return;
     const bool past = m_limits.toMs && time >= Moment{*m_limits.toMs, kMilliseconds};
-    if (!m_start && !past) {
-        m_start = picture->pts;
-        m_source.ForgetDamage();
-    }
+    if (!m_start && !past) m_start = picture->pts;
     if (m_pending) EmitPending(picture->pts - m_pending->pts);
     if (past) {
         EndPictures({*m_limits.toMs, kMilliseconds});
@@ -78,7 +75,6 @@ void SpanReader::TakePicture(AVFramePtr picture) {
         EndPictures(time);
     } else {
         ++m_taken;
-        if (picture->decode_error_flags || (picture->flags & AV_FRAME_FLAG_CORRUPT)) ++m_damagedPictures;
         m_pending = std::move(picture);
         ReleaseHeld(false);
     }
@@ -234,16 +230,6 @@ std::optional<int64_t> SpanReader::ExpectedPictures() const {
     }
     if (m_limits.frameLimit) count = count ? std::min(*count, *m_limits.frameLimit) : *m_limits.frameLimit;
     return count;
-}
-
-std::optional<std::string> SpanReader::Damage() const {
-    std::optional<std::string> found = m_source.Damage(m_emitted, m_lastEnd, m_readToEnd);
-    if (m_damagedPictures > 0) {
-        const std::string text = std::to_string(m_damagedPictures) +
-                                 (m_damagedPictures == 1 ? " picture is damaged" : " pictures are damaged");
-        found = found ? *found + "; " + text : text;
-    }
-    return found;
 }
 
 } // namespace aveffect

@@ -51,7 +51,7 @@ public:
     int64_t Pictures() const noexcept { return m_emitted; }
 
     /// As Source::Damage. Call after Next() has found the end.
-    std::optional<std::string> Damage() const;
+    DamageReport Damage() const { return m_source.Damage(m_emitted, m_lastEnd, m_readToEnd); }
 
 private:
     void CheckLimits();
@@ -85,7 +85,6 @@ private:
     int64_t m_lastInterval = 0;
     int64_t m_taken = 0;
     int64_t m_emitted = 0;
-    int64_t m_damagedPictures = 0;
     std::optional<int64_t> m_lastCopied; ///< latest time of a copied picture, from the clip's start
     bool m_finished = false;
     bool m_readToEnd = false;

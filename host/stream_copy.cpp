@@ -79,9 +79,12 @@ void CopyChapters(Container& output, const AVFormatContext& input, const SpanLim
     }
 }
 
-std::optional<std::string> CopyDamage(int64_t refused) {
-    if (refused == 0) return std::nullopt;
-    return std::to_string(refused) + (refused == 1 ? " packet" : " packets") + " could not be copied";
+DamageReport CopyDamage(const std::string& path, int64_t refused) {
+    DamageReport report;
+    if (refused > 0)
+        report.Add(path, std::to_string(refused) + (refused == 1 ? " packet" : " packets") +
+                             " could not be copied");
+    return report;
 }
 
 } // namespace aveffect

@@ -18,7 +18,7 @@ AVStream* AddCopiedStream(Container& output, const AVStream& stream);
 AVStream* AddCopiedPictures(Container& output, const AVStream& stream);
 
 /// The damage that so many refused packets are.
-std::optional<std::string> CopyDamage(int64_t refused);
+DamageReport CopyDamage(const std::string& path, int64_t refused);
 
 /// Chapters, moved with the span and cut to it. Call before the output is started.
 void CopyChapters(Container& output, const AVFormatContext& input, const SpanLimits& limits);

@@ -60,6 +60,7 @@ public:
 
     AVRational Rate() const { return m_rate; }
     int64_t Pictures() const { return m_marks.count; }
+    DamageReport Damage() const { return m_manager.Damage(); }
 
     AVFramePtr Draw(int64_t index) {
         const int64_t time = av_rescale_q(index, av_inv_q(m_rate), kMilliseconds) - m_options.holdBeforeMs;
@@ -90,7 +91,8 @@ private:
 RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
                          Reporter& reporter, const std::atomic<bool>& cancel) {
     StillTransition transition(plugin, options, plan, cancel);
-    const FilmPictures pictures{transition.Pictures(), [&](int64_t index) { return transition.Draw(index); }};
+    const FilmPictures pictures{transition.Pictures(), [&](int64_t index) { return transition.Draw(index); },
+                                [&] { return transition.Damage(); }};
     FilmSetup setup{plan, transition.Rate(), options.film.overwrite};
     return RenderFilm(plugin, std::move(setup), pictures, transition.Draw(0), reporter, cancel);
 }

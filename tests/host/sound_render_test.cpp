@@ -310,7 +310,7 @@ TEST_F(SoundRender, SaysWhatIsWrong) {
     std::filesystem::resize_file(cut, std::filesystem::file_size(cut) * 3 / 4);
     const auto damage = Render(cut, out, {kHalf}).inputDamage;
     ASSERT_TRUE(damage);
-    EXPECT_EQ(damage->find("the clip ends early: at 0."), 0u) << *damage;
+    EXPECT_NE(damage->find("cut.flac: the clip ends early: at 0."), std::string::npos) << *damage;
     const Samples left = Decode(out);
     EXPECT_GT(left.size(), 4000u);
     EXPECT_EQ(left, Half(Part(whole, 0, static_cast<double>(left.size()) / 96000)));

@@ -1,0 +1,125 @@
+// Files that are cut off are said to be, whatever they are read for, and whole ones are not.
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/program.h"
+
+namespace {
+
+using test::Outcome;
+using Strings = std::vector<std::string>;
+
+struct File {
+    std::string name;
+    Strings options; ///< of the ffmpeg program; sound alone where there is no picture
+};
+
+const Strings kPicture = {"-f", "lavfi", "-i", "testsrc2=size=160x120:rate=25:duration=1"};
+const Strings kSound = {"-f", "lavfi", "-i", "sine=frequency=440:duration=1:sample_rate=48000"};
+
+const File kStills[] = {{"a.jpg", {}},  {"a.png", {}}, {"a.gif", {}}, {"a.bmp", {}}, {"a.tif", {}},
+                        {"a.webp", {}}, {"a.qoi", {}}, {"a.exr", {}}, {"a.jp2", {}}, {"a.ppm", {}}};
+const File kClips[] = {{"a.mp4", {"-movflags", "+faststart"}},
+                       {"b.mov", {"-c:v", "mjpeg", "-movflags", "+faststart"}},
+                       {"a.mkv", {}},
+                       {"a.webm", {"-c:v", "libvpx", "-deadline", "realtime"}},
+                       {"a.avi", {"-c:v", "mjpeg"}},
+                       {"a.ts", {}},
+                       {"a.ogv", {}},
+                       {"a.flv", {}},
+                       {"a.wmv", {}},
+                       {"a.mxf", {"-s", "720x576"}},
+                       {"a.nut", {}},
+                       {"a.y4m", {"-an"}},
+                       {"b.gif", {"-an"}}};
+const File kSounds[] = {{"a.wav", {}}, {"a.flac", {}}, {"a.mp3", {}}, {"b.mp3", {"-write_xing", "0"}},
+                        {"a.ogg", {}}, {"a.opus", {}}, {"a.aac", {}}, {"a.aiff", {}},
+                        {"a.au", {}},  {"a.wma", {}},  {"a.wv", {}},  {"a.mka", {}}};
+
+class CutOff : public test::ProgramTest {
+protected:
+    void Make(const File& file, Strings inputs) const {
+        inputs.insert(inputs.end(), file.options.begin(), file.options.end());
+        inputs.insert(inputs.end(), {"-flags", "+bitexact", "whole." + file.name});
+        Ffmpeg(inputs);
+    }
+    void Cut(const std::string& name, int percent) const {
+        const std::string bytes = test::ReadFile(Path("whole." + name));
+        test::WriteFile(Path("cut." + name),
+                        bytes.substr(0, percent < 100 ? bytes.size() * percent / 100 : bytes.size() - 1));
+    }
+    // The file whole, and cut off early, in the middle, late and before its last byte.
+    void Try(const File& file, const Strings& inputs, const Strings& options) const {
+        SCOPED_TRACE(file.name);
+        Make(file, inputs);
+        const auto render = [&](const std::string& kind) {
+            Strings command = {"render", kind + file.name};
+            command.insert(command.end(), options.begin(), options.end());
+            return Aveffect(command);
+        };
+        const Outcome whole = render("whole.");
+        EXPECT_EQ(whole.exitCode, 0);
+        EXPECT_EQ(whole.messages, "");
+        for (const int percent : {20, 50, 80, 100}) {
+            Cut(file.name, percent);
+            const Outcome cut = render("cut.");
+            EXPECT_TRUE(cut.exitCode == 6 || (cut.exitCode == 3 && percent < 100)) << percent << cut.exitCode;
+            EXPECT_NE(cut.messages.find("cut." + file.name), std::string::npos) << percent << cut.messages;
+        }
+    }
+};
+
+TEST_F(CutOff, Stills) {
+    Strings one = kPicture;
+    one.insert(one.end(), {"-frames:v", "1"});
+    for (const File& file : kStills) Try(file, one, {"out.ppm", "-e", "gray", "--overwrite"});
+}
+
+TEST_F(CutOff, Clips) {
+    Strings both = kPicture;
+    both.insert(both.end(), kSound.begin(), kSound.end());
+    both.insert(both.end(), {"-g", "10"});
+    for (const File& file : kClips)
+        Try(file, both, {"out.mkv", "--codec", "ffv1", "--audio-codec", "flac", "--overwrite"});
+}
+
+TEST_F(CutOff, Sounds) {
+    for (const File& file : kSounds)
+        Try(file, kSound, {"out.mka", "-a", "audio_volume:audio_volume=50", "--overwrite"});
+}
+
+TEST_F(CutOff, IsSaidWhateverTheFileIsReadFor) {
+    MakeClip("b.mkv", "160x120", 25);
+    MakeStill("b.png", "ff0000");
+    Make({"a.jpg", {"-frames:v", "1"}}, kPicture);
+    Make({"a.avi", {"-c:v", "mjpeg"}}, kPicture);
+    Make({"a.flac", {}}, kSound);
+    for (const char* name : {"a.jpg", "a.avi", "a.flac"}) Cut(name, 70);
+    const auto said = [&](Strings command) {
+        command.push_back("--overwrite");
+        const Outcome outcome = Aveffect(command);
+        EXPECT_EQ(outcome.exitCode, 6) << command[0] << outcome.messages;
+        EXPECT_NE(outcome.messages.find("cut.a."), std::string::npos) << outcome.messages;
+        return outcome;
+    };
+    const std::string fade = "EffectNameMkFade";
+    said({"frame", "cut.a.jpg", "out.png"});
+    said({"transition", "cut.a.jpg", "b.png", "out.mkv", "-e", fade});
+    said({"transition", "b.png", "cut.a.jpg", "out.mkv", "-e", fade});
+    said({"transition", "cut.a.avi", "b.mkv", "out.mkv", "-e", fade, "--live", "--duration", "0.5"});
+    said({"join", "b.mkv", "cut.a.avi", "out.mkv", "-e", fade, "--duration", "0.2"});
+    said({"sheet", "cut.a.jpg", "b.png", "out.png"});
+    said({"render", "b.mkv", "out.mkv", "-e", fade + ":trans_path=cut.a.jpg"});
+    said({"render", "b.mkv", "out.mkv", "--right", "cut.a.avi", "-e", "EffectName3DRenderEffect"});
+    said({"render", "b.mkv", "out.mkv", "-a", "audio_replace:audio_replace_path=cut.a.flac"});
+
+    // Each decoder has a line of its own, and nobody is told that all is done.
+    const Outcome json = said({"render", "cut.a.jpg", "out.mkv", "--progress", "json"});
+    EXPECT_NE(json.messages.find("mjpeg decoder"), std::string::npos) << json.messages;
+    std::istringstream lines(json.output);
+    for (std::string line; std::getline(lines, line);) {
+        const auto percent = nlohmann::json::parse(line)["percent"];
+        EXPECT_TRUE(percent.is_null() || percent < 100) << line;
+    }
+}
+
+} // namespace
