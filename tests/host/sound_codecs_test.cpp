@@ -38,7 +38,7 @@ std::string MakeWav(const std::string& path, unsigned rate, unsigned channels) {
 struct Heard {
     double seconds = 0;
     double slack = 0; ///< seconds that the codec's frames may add at both ends
-    int64_t failures = 0;
+    std::string damage = {}; ///< what its decoder says of it
 };
 
 Heard Listen(const std::string& path) {
@@ -46,7 +46,7 @@ Heard Listen(const std::string& path) {
     const aveffect::InputContextPtr input = aveffect::OpenInput(path, interrupt);
     const int index = av_find_best_stream(input.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (index < 0) return {};
-    aveffect::Decoder decoder(*input->streams[index], 1, path);
+    aveffect::Decoder decoder(input, *input->streams[index], 1);
     const mediabridge::AVPacketPtr packet(av_packet_alloc());
     Heard heard;
     const auto drain = [&] {
@@ -61,7 +61,7 @@ Heard Listen(const std::string& path) {
     decoder.Send(nullptr);
     drain();
     heard.slack = 2.5 * std::max(decoder.Context().frame_size, 2048) / decoder.Context().sample_rate;
-    heard.failures = decoder.Failures();
+    heard.damage = decoder.Damage().Text().value_or("");
     return heard;
 }
 
