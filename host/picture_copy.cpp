@@ -128,10 +128,10 @@ private:
     }
 
     std::optional<std::string> Damage(const Sink& sink) const {
-        std::optional<std::string> all = m_span.Damage();
-        for (const auto& damage : {SoundDamage(sink.SoundFailures()), CopyDamage(sink.RefusedPackets())})
-            if (damage) all = all ? *all + "; " + *damage : *damage;
-        return all;
+        DamageReport all = m_span.Damage();
+        all.Add(sink.Damage());
+        all.Add(m_manager.Damage());
+        return all.Text();
     }
 
     const Plugin& m_plugin;

@@ -20,7 +20,6 @@ SpanReader::SpanReader(Source& source, const SpanLimits& limits)
     if (limits.fromMs && source.CopiesPictures()) {
         m_start = source.SeekToKey(*limits.fromMs);
         if (!m_start) throw Error(ErrorKind::Input, source.Path() + " has no key picture to begin with");
-        source.ForgetDamage();
         if (m_lengthMs) *m_lengthMs += *limits.fromMs - av_rescale_q(*m_start, Base(), kMilliseconds);
     } else if (limits.fromMs) {
         source.SeekBefore(*limits.fromMs);
