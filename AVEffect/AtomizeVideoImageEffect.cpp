@@ -103,7 +103,6 @@ bool CAtomizeVideoImageEffect::IsMapped(const Geometry& geometry) {
 }
 
 void CAtomizeVideoImageEffect::Scatter(Plane32 plane) {
-    assert(plane.data != NULL);
     const Geometry geometry = {true, {plane.Bytes()}};
     if (!IsMapped(geometry)) {
         MapPlane(m_Pixels, plane.width, plane.rows, plane.pitch);
@@ -113,7 +112,6 @@ void CAtomizeVideoImageEffect::Scatter(Plane32 plane) {
 }
 
 void CAtomizeVideoImageEffect::Scatter(const PlanarView& view) {
-    AssertMemory(view);
     const Geometry geometry = {false, {view.y, view.u, view.v}};
     const bool oneChroma = SameShape(view.u, view.v);
     if (!IsMapped(geometry)) {
@@ -148,26 +146,9 @@ void CAtomizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
 }
 
 void CAtomizeVideoImageEffect::ScatterFrame(IRawVideoFrame* pFrame, bool first) {
-    ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            if (plane.Empty()) return;
-            if (Horizontal() && Vertical())
-                first ? AtomizeRgba32EffectFirst(plane) : AtomizeRgba32Effect(plane);
-            else if (Horizontal())
-                first ? AtomizeHorizontalRgba32EffectFirst(plane) : AtomizeHorizontalRgba32Effect(plane);
-            else
-                first ? AtomizeVerticalRgba32EffectFirst(plane) : AtomizeVerticalRgba32Effect(plane);
-        },
-        [&](const PlanarView& view) {
-            if (view.y.Empty()) return;
-            if (Horizontal() && Vertical())
-                first ? AtomizeComponentEffectFirst(view) : AtomizeComponentEffect(view);
-            else if (Horizontal())
-                first ? AtomizeHorizontalComponentEffectFirst(view) : AtomizeHorizontalComponentEffect(view);
-            else
-                first ? AtomizeVerticalComponentEffectFirst(view) : AtomizeVerticalComponentEffect(view);
-        });
+    ForPicture(
+        pFrame, [&](Plane32 plane) { first ? DrawAndScatter(plane) : Scatter(plane); },
+        [&](const PlanarView& view) { first ? DrawAndScatter(view) : Scatter(view); });
 }
 
 } // namespace AVBased

@@ -28,19 +28,6 @@ private:
         bool operator==(const Geometry& other) const;
     };
 
-    void AtomizeHorizontalRgba32EffectFirst(Plane32 plane) { DrawAndScatter(plane); }
-    void AtomizeHorizontalRgba32Effect(Plane32 plane) { Scatter(plane); }
-    void AtomizeVerticalRgba32EffectFirst(Plane32 plane) { DrawAndScatter(plane); }
-    void AtomizeVerticalRgba32Effect(Plane32 plane) { Scatter(plane); }
-    void AtomizeRgba32EffectFirst(Plane32 plane) { DrawAndScatter(plane); }
-    void AtomizeRgba32Effect(Plane32 plane) { Scatter(plane); }
-    void AtomizeHorizontalComponentEffectFirst(const PlanarView& view) { DrawAndScatter(view); }
-    void AtomizeHorizontalComponentEffect(const PlanarView& view) { Scatter(view); }
-    void AtomizeVerticalComponentEffectFirst(const PlanarView& view) { DrawAndScatter(view); }
-    void AtomizeVerticalComponentEffect(const PlanarView& view) { Scatter(view); }
-    void AtomizeComponentEffectFirst(const PlanarView& view) { DrawAndScatter(view); }
-    void AtomizeComponentEffect(const PlanarView& view) { Scatter(view); }
-
     bool Horizontal() const { return m_nIsHorizontal == 1; }
     bool Vertical() const { return m_nIsVertical == 1; }
     void ScatterFrame(IRawVideoFrame* pFrame, bool first);

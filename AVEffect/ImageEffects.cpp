@@ -110,7 +110,6 @@ CGrayEffect::CGrayEffect()
     : CColourEffect(catalogue::kGray) {}
 
 void CGrayEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    assert(frame);
     // 127 and not 128: the middle that this plug-in's colour effects share.
     ForFormat(
         frame, [this](Plane32 plane) { m_Kernels.grayRgba32(RequireMemory(plane)); },
@@ -121,7 +120,6 @@ CFlipColorEffect::CFlipColorEffect()
     : CColourEffect(catalogue::kFlipColor) {}
 
 void CFlipColorEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    assert(frame);
     ForFormat(
         frame, [this](Plane32 plane) { m_Kernels.flipColorRgba32(RequireMemory(plane)); },
         [this](const PlanarView& view) {
@@ -134,7 +132,6 @@ CInvertEffect::CInvertEffect()
     : CColourEffect(catalogue::kInvert) {}
 
 void CInvertEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    assert(frame);
     ForFormat(
         frame, [this](Plane32 plane) { m_Kernels.invertRgba32(RequireMemory(plane)); },
         [this](const PlanarView& view) {
@@ -147,7 +144,6 @@ CAgedFilmEffect::CAgedFilmEffect()
     : CColourEffect(catalogue::kAgedFilm) {}
 
 void CAgedFilmEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    assert(frame);
     ForFormat(
         frame, [this](Plane32 plane) { m_Kernels.agedFilmRgba32(RequireMemory(plane)); },
         [](const PlanarView& view) { FillChroma(view, 117, 136); });
@@ -221,7 +217,6 @@ void CBrightnessContrastEffect::ProcPlanar(const PlanarView& view) const {
 }
 
 void CBrightnessContrastEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    assert(frame);
     ForFormat(
         frame, [this](Plane32 plane) { ProcPacked(plane); },
         [this](const PlanarView& view) { ProcPlanar(view); });

@@ -46,14 +46,12 @@ kernels::Spot CSpotlightVideoImageEffect::Spot() const {
 }
 
 void CSpotlightVideoImageEffect::SpotlightRgba32Effect(Plane32 plane) {
-    assert(plane.data != NULL);
     if (Reaches(plane.width, plane.rows))
         Kernels<kernels::SpotlightKernels>().spotlightRgba32(
             plane, Spot(), m_nColor, m_Scratch.Require(kernels::SpotScratchBytes(plane.width)));
 }
 
 void CSpotlightVideoImageEffect::SpotlightComponentEffect(const PlanarView& view) {
-    AssertMemory(view);
     if (!Reaches(view.y.width, view.y.rows)) return;
     const kernels::SpotPlanes planes = {
         view.y, view.u, view.v, m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift};
@@ -62,15 +60,9 @@ void CSpotlightVideoImageEffect::SpotlightComponentEffect(const PlanarView& view
 }
 
 void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    ForFormat(
-        pFrame,
-        [this](Plane32 plane) {
-            if (!plane.Empty()) SpotlightRgba32Effect(plane);
-        },
-        [this](const PlanarView& view) {
-            if (!view.y.Empty()) SpotlightComponentEffect(view);
-        });
+    ForPicture(
+        pFrame, [this](Plane32 plane) { SpotlightRgba32Effect(plane); },
+        [this](const PlanarView& view) { SpotlightComponentEffect(view); });
 }
 
 // Edge light
@@ -100,7 +92,6 @@ void CEdgeLightVideoImageEffect::EdgeLightCompUVEffect(Plane8 plane) const {
 }
 
 void CEdgeLightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
     ForFormat(
         pFrame, [this](Plane32 plane) { EdgeLightRgba32Effect(plane); },
         [this](const PlanarView& view) {
@@ -152,15 +143,10 @@ void CRadiateVideoImageEffect::RadiateComponentEffect(const PlanarView& view, co
 }
 
 void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    const FrameClone copy = CloneFrame(pFrame);
-    ForFormat(
-        pFrame, copy.get(),
+    ForPictureAndCopy(
+        pFrame,
         [this](Plane32 plane, Plane32 from) {
-            if (m_bUseMMX)
-                RadiateRgba32EffectMMX(plane, from);
-            else
-                RadiateRgba32Effect(plane, from);
+            m_bUseMMX ? RadiateRgba32EffectMMX(plane, from) : RadiateRgba32Effect(plane, from);
         },
         [this](const PlanarView& view, const PlanarView& from) { RadiateComponentEffect(view, from); });
 }

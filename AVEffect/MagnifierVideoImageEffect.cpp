@@ -171,10 +171,8 @@ void CMagnifierVideoImageEffect::MagnifierDoubleComponentEffect(const PlanarView
 }
 
 void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    const FrameClone copy = CloneFrame(pFrame);
-    ForFormat(
-        pFrame, copy.get(),
+    ForPictureAndCopy(
+        pFrame,
         [this](Plane32 plane, Plane32 from) {
             if (!FitsIn(plane.width, plane.rows) || m_nRadius == 0) return;
             if (!Blends())

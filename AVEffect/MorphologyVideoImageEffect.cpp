@@ -13,17 +13,13 @@ CMorphologyEffect::CMorphologyEffect(const EffectInfo& effect, PackedKernel pack
     , m_pPlanar(planar) {}
 
 void CMorphologyEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
     const auto filter = [this](auto kernel, const auto& plane, size_t widthBytes) {
-        if (plane.Empty()) return;
         assert(plane.data != NULL);
         kernel(plane, m_Scratch.Require(kernels::MorphologyScratchBytes(widthBytes)));
     };
-    ForFormat(
-        pFrame, [&](Plane32 plane) { filter(m_pPacked, plane, plane.width * 4); },
-        [&](const PlanarView& view) {
-            for (const Plane8& plane : {view.y, view.u, view.v}) filter(m_pPlanar, plane, plane.width);
-        });
+    ForPlanes(
+        pFrame, Alpha::Left, [&](Plane32 plane) { filter(m_pPacked, plane, plane.width * 4); },
+        [&](Plane8 plane) { filter(m_pPlanar, plane, plane.width); });
 }
 
 CDilateVideoImageEffect::CDilateVideoImageEffect()

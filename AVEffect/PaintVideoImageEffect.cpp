@@ -154,16 +154,9 @@ void CReliefVideoImageEffect::ReliefComponentEffect(Plane8 plane) {
 }
 
 void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    ForFormat(
-        pFrame,
-        [this](Plane32 plane) {
-            if (!plane.Empty()) ReliefRgba32Effect(plane);
-        },
-        [this](const PlanarView& view) {
-            for (const Plane8& plane : {view.y, view.u, view.v})
-                if (!plane.Empty()) ReliefComponentEffect(plane);
-        });
+    ForPlanes(
+        pFrame, Alpha::Left, [this](Plane32 plane) { ReliefRgba32Effect(plane); },
+        [this](Plane8 plane) { ReliefComponentEffect(plane); });
 }
 
 // Oil painting
@@ -189,14 +182,12 @@ kernels::OilBrush COilPaintingVideoImageEffect::BrushFor(size_t width, size_t he
 }
 
 void COilPaintingVideoImageEffect::OilPaintingRgba32Effect(Plane32 plane) {
-    assert(plane.data != NULL);
     const kernels::OilBrush brush = BrushFor(plane.width, plane.rows);
     const size_t memory = kernels::OilMemory(plane.width, plane.rows, brush).total;
     Kernels<kernels::OilKernels>().oilRgba32(plane, brush, m_Scratch.Require(memory));
 }
 
 void COilPaintingVideoImageEffect::OilPaintingComponentEffect(const PlanarView& view) {
-    AssertMemory(view);
     const kernels::OilBrush brush = BrushFor(view.y.width, view.y.rows);
     const size_t memory = kernels::OilMemory(view.y.width, view.y.rows, brush).total;
     Kernels<kernels::OilKernels>().oilComponent(view.y, view.u, view.v, view.horizontalShift,
@@ -204,15 +195,9 @@ void COilPaintingVideoImageEffect::OilPaintingComponentEffect(const PlanarView& 
 }
 
 void COilPaintingVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    ForFormat(
-        pFrame,
-        [this](Plane32 plane) {
-            if (!plane.Empty()) OilPaintingRgba32Effect(plane);
-        },
-        [this](const PlanarView& view) {
-            if (!view.y.Empty()) OilPaintingComponentEffect(view);
-        });
+    ForPicture(
+        pFrame, [this](Plane32 plane) { OilPaintingRgba32Effect(plane); },
+        [this](const PlanarView& view) { OilPaintingComponentEffect(view); });
 }
 
 } // namespace AVBased

@@ -51,7 +51,6 @@ void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const bool mirror = m_nMirror == 1, vertical = m_nVertical == 1;
     if (!mirror && !vertical) return;
     const auto reverse = [](auto kernel, const auto& plane) {
-        if (plane.Empty()) return;
         kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
                static_cast<unsigned>(plane.rows));
     };
@@ -61,12 +60,9 @@ void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const auto planar = !vertical ? mirror_component_c
                         : mirror  ? mirror_vertical_reverse_component_c
                                   : vertical_reverse_component_c;
-    ForFormat(
-        pFrame, [&](Plane32 plane) { reverse(packed, plane); },
-        [&](const PlanarView& view) {
-            for (const Plane8& plane : {view.y, view.u, view.v}) reverse(planar, plane);
-            if (view.hasAlpha) reverse(planar, view.alpha);
-        });
+    ForPlanes(
+        pFrame, Alpha::Drawn, [&](Plane32 plane) { reverse(packed, plane); },
+        [&](Plane8 plane) { reverse(planar, plane); });
 }
 
 } // namespace AVBased

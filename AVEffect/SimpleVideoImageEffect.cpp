@@ -60,17 +60,13 @@ CEmbossVideoImageEffect::CEmbossVideoImageEffect()
 }
 
 void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
     const auto emboss = [this](EmbossKernel kernel, const auto& plane) {
-        if (plane.Empty()) return;
         kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
                static_cast<unsigned>(plane.rows), m_nLevel);
     };
-    ForFormat(
-        pFrame, [&](Plane32 plane) { emboss(emboss_effect_rgba32, plane); },
-        [&](const PlanarView& view) {
-            for (const Plane8& plane : {view.y, view.u, view.v}) emboss(emboss_effect_component, plane);
-        });
+    ForPlanes(
+        pFrame, Alpha::Left, [&](Plane32 plane) { emboss(emboss_effect_rgba32, plane); },
+        [&](Plane8 plane) { emboss(emboss_effect_component, plane); });
 }
 
 // Mosaic
@@ -103,7 +99,6 @@ bool CMosaicVideoImageEffect::HasBlocks(size_t width, size_t height, unsigned sm
 }
 
 void CMosaicVideoImageEffect::MosaicRgba32Effect(Plane32 plane) const {
-    assert(plane.data != NULL);
     if (HasBlocks(plane.width, plane.rows, 1))
         Kernels<kernels::MosaicKernels>().mosaicRgba32(plane,
                                                        AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep));
@@ -115,7 +110,6 @@ void CMosaicVideoImageEffect::MosaicRgba32EffectMMX(Plane32 plane) const {
 }
 
 void CMosaicVideoImageEffect::MosaicComponentEffect(const PlanarView& view) {
-    AssertMemory(view);
     if (!HasBlocks(view.y.width, view.y.rows, 2)) return;
     const kernels::MosaicArea area = AreaBetween(m_nX1, m_nY1, m_nX2, m_nY2, m_nStep);
     const kernels::MosaicKernels& mosaic = Kernels<kernels::MosaicKernels>();
@@ -126,19 +120,10 @@ void CMosaicVideoImageEffect::MosaicComponentEffect(const PlanarView& view) {
 }
 
 void CMosaicVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    ForFormat(
+    ForPicture(
         pFrame,
-        [this](Plane32 plane) {
-            if (plane.Empty()) return;
-            if (m_nUseMMX)
-                MosaicRgba32EffectMMX(plane);
-            else
-                MosaicRgba32Effect(plane);
-        },
-        [this](const PlanarView& view) {
-            if (!view.y.Empty()) MosaicComponentEffect(view);
-        });
+        [this](Plane32 plane) { m_nUseMMX ? MosaicRgba32EffectMMX(plane) : MosaicRgba32Effect(plane); },
+        [this](const PlanarView& view) { MosaicComponentEffect(view); });
 }
 
 // Mirage
@@ -196,7 +181,6 @@ void CMirageVideoImageEffect::MirageComponentEffect(const PlanarView& view, cons
 }
 
 void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
     // Cloned whatever follows; the clone goes on every way out.
     const FrameClone copy = CloneFrame(pFrame);
     if (m_nAlpha > 100) return;
@@ -205,10 +189,7 @@ void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
     ForFormat(
         pFrame, copy.get(),
         [this](Plane32 plane, Plane32 from) {
-            if (m_nUseMMX)
-                MirageRgba32EffectMMX(plane, from);
-            else
-                MirageRgba32Effect(plane, from);
+            m_nUseMMX ? MirageRgba32EffectMMX(plane, from) : MirageRgba32Effect(plane, from);
         },
         [this](const PlanarView& view, const PlanarView& from) { MirageComponentEffect(view, from); });
 }
@@ -261,7 +242,7 @@ void CColorFilterEffect::OnSetProperty(const std::string& name, PropertyNode& no
 
 // The scope counts in each byte, but the comparison is of all 24 bits as one number.
 void CColorFilterEffect::FilterRGBA32Effect(Plane32 plane) const {
-    assert(plane.data != NULL);
+    AssertMemory(plane);
     constexpr int64_t kWhite = 0xFFFFFF;
     const int64_t colour = m_nColor & kWhite, scope = int64_t{m_nScope} * 0x010101;
     const int64_t low = std::max<int64_t>(colour - scope, 0), high = std::min(colour + scope, kWhite);
@@ -343,7 +324,6 @@ void CAddNoiseVideoImageEffect::AddNoiseComponentEffect(Plane8 plane) const {
 }
 
 void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
     ForFormat(
         pFrame,
         [this](Plane32 plane) {

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <cassert>
 #include <cmath>
 #include <cstdlib>
 
-#include "AVEffect/support/frame_clone.h"
 #include "aveffect/base_media.h"
 #include "aveffect/catalogue/distortions.h"
 
@@ -116,25 +114,6 @@ CCircleMapEffect::Source CSpherizeVideoImageEffect::SourceOf(int64_t dx, int64_t
     return {Narrow(dx + m_nX), Narrow(dy + m_nY)};
 }
 
-void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    const FrameClone copy = CloneFrame(pFrame);
-    ForFormat(
-        pFrame, copy.get(),
-        [this](Plane32 plane, Plane32 from) {
-            if (m_nMapValid == 1)
-                ConverSpherizeRgba32Effect(plane, from);
-            else
-                SpherizeRgba32Effect(plane, from);
-        },
-        [this](const PlanarView& view, const PlanarView& from) {
-            if (m_nMapValid == 1)
-                ConverSpherizeComponentEffect(view, from);
-            else
-                SpherizeComponentEffect(view, from);
-        });
-}
-
 // Rotate
 
 CRotateVideoImageEffect::CRotateVideoImageEffect()
@@ -177,25 +156,6 @@ CCircleMapEffect::Source CRotateVideoImageEffect::SourceOf(int64_t dx, int64_t d
     const float nx = static_cast<float>(dx) / radius, ny = static_cast<float>(dy) / radius;
     return {Truncate((nx * turn.cosine - ny * turn.sine) * radius + static_cast<float>(m_nX)),
             Truncate(static_cast<float>(m_nY) + (ny * turn.cosine + nx * turn.sine) * radius)};
-}
-
-void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    const FrameClone copy = CloneFrame(pFrame);
-    ForFormat(
-        pFrame, copy.get(),
-        [this](Plane32 plane, Plane32 from) {
-            if (m_nMapValid == 1)
-                ConverRotateRgba32Effect(plane, from);
-            else
-                RotateRgba32Effect(plane, from);
-        },
-        [this](const PlanarView& view, const PlanarView& from) {
-            if (m_nMapValid == 1)
-                ConverRotateComponentEffect(view, from);
-            else
-                RotateComponentEffect(view, from);
-        });
 }
 
 } // namespace AVBased

@@ -10,6 +10,9 @@ namespace AVBased {
 
 /// What spherize and rotate share: the circle.
 class CCircleMapEffect : public CStoredMapEffect {
+public:
+    void InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) override { MapFrame(pFrame); }
+
 protected:
     /// The effect's properties are the radius, the centre's column and row, and the scale.
     CCircleMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater);
@@ -51,16 +54,8 @@ class CSpherizeVideoImageEffect : public CCircleMapEffect {
 public:
     CSpherizeVideoImageEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
-    void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 private:
-    void SpherizeRgba32Effect(Plane32 plane, Plane32 copy) { BuildPacked(plane, copy); }
-    void ConverSpherizeRgba32Effect(Plane32 plane, Plane32 copy) { ReplayPacked(plane, copy); }
-    void SpherizeComponentEffect(const PlanarView& view, const PlanarView& copy) { BuildPlanar(view, copy); }
-    void ConverSpherizeComponentEffect(const PlanarView& view, const PlanarView& copy) {
-        ReplayPlanar(view, copy);
-    }
-
     void PrepareRow(int64_t dy, int64_t farthest) override;
     Source SourceOf(int64_t dx, int64_t dy) const override;
 
@@ -72,16 +67,8 @@ class CRotateVideoImageEffect : public CCircleMapEffect {
 public:
     CRotateVideoImageEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
-    void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 private:
-    void RotateRgba32Effect(Plane32 plane, Plane32 copy) { BuildPacked(plane, copy); }
-    void ConverRotateRgba32Effect(Plane32 plane, Plane32 copy) { ReplayPacked(plane, copy); }
-    void RotateComponentEffect(const PlanarView& view, const PlanarView& copy) { BuildPlanar(view, copy); }
-    void ConverRotateComponentEffect(const PlanarView& view, const PlanarView& copy) {
-        ReplayPlanar(view, copy);
-    }
-
     void PrepareRow(int64_t dy, int64_t farthest) override;
     Source SourceOf(int64_t dx, int64_t dy) const override;
     bool WrittenAtOnce(size_t x, size_t y) const override {

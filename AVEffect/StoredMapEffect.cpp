@@ -136,7 +136,6 @@ void CStoredMapEffect::ReplayPlanar(const PlanarView& view, const PlanarView& co
 }
 
 void CStoredMapEffect::MapFrame(IRawVideoFrame* pFrame, const char* property) {
-    assert(pFrame);
     const FrameClone copy = CloneFrame(pFrame);
     const bool replays = m_nMapValid == 1;
     const auto refuseEmpty = [&](const auto& plane) {
@@ -145,7 +144,7 @@ void CStoredMapEffect::MapFrame(IRawVideoFrame* pFrame, const char* property) {
                             std::string(property) +
                                 " asks for a picture with pixels; the frame is left as it is");
     };
-    ForFormat(pFrame, refuseEmpty, [&](const PlanarView& view) { refuseEmpty(view.y); });
+    if (property) ForFormat(pFrame, refuseEmpty, [&](const PlanarView& view) { refuseEmpty(view.y); });
     ForFormat(
         pFrame, copy.get(),
         [&](Plane32 plane, Plane32 from) { replays ? ReplayPacked(plane, from) : BuildPacked(plane, from); },

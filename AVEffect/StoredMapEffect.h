@@ -38,9 +38,9 @@ protected:
     void ReplayPacked(Plane32 plane, Plane32 copy);
     void BuildPlanar(const PlanarView& view, const PlanarView& copy);
     void ReplayPlanar(const PlanarView& view, const PlanarView& copy);
-    /// The one of these four that the frame asks for, on its clone. Throws CBaseException 10021008, which
-    /// names the property, where a picture without pixels asks for a map.
-    void MapFrame(IRawVideoFrame* pFrame, const char* property);
+    /// The one of these four that the frame asks for, on its clone. With a property's name, throws
+    /// CBaseException 10021008, which names it, where a picture without pixels asks for a map.
+    void MapFrame(IRawVideoFrame* pFrame, const char* property = nullptr);
 
     int16_t m_nMapValid = 0;
 

@@ -1,7 +1,6 @@
 #include "AVEffect/StyleVideoImageEffect.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -40,27 +39,19 @@ uint8_t ByteThreshold(unsigned threshold) { return static_cast<uint8_t>(std::min
 } // namespace
 
 void CPopStyleVideoImageEffect::PopStyleRgba32Effect(Plane32 plane) const {
-    assert(plane.data != NULL);
     Kernels<kernels::PopKernels>().popRgba32(plane, ByteThreshold(m_nThreshold), m_nColor);
 }
 
 void CPopStyleVideoImageEffect::PopStyleComponentEffect(const PlanarView& view) const {
-    AssertMemory(view);
     Kernels<kernels::PopKernels>().popComponent(
         view.y, view.u, view.v,
         {ByteThreshold(m_nThreshold), m_Yuv.y, m_Yuv.u, m_Yuv.v, view.horizontalShift, view.verticalShift});
 }
 
 void CPopStyleVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    ForFormat(
-        pFrame,
-        [this](Plane32 plane) {
-            if (!plane.Empty()) PopStyleRgba32Effect(plane);
-        },
-        [this](const PlanarView& view) {
-            if (!view.y.Empty()) PopStyleComponentEffect(view);
-        });
+    ForPicture(
+        pFrame, [this](Plane32 plane) { PopStyleRgba32Effect(plane); },
+        [this](const PlanarView& view) { PopStyleComponentEffect(view); });
 }
 
 // Video wall
@@ -144,7 +135,6 @@ void CWallVideoImageEffect::Repeat(Plane8 plane, size_t sampleBytes) const {
 }
 
 void CWallVideoImageEffect::WallRgba32Effect(Plane32 plane) {
-    assert(plane.data != NULL);
     FitInto(plane.width, plane.rows);
     m_Columns.Find(m_Horizontal, plane.width, plane.width, 0);
     m_Rows.Find(m_Vertical, plane.rows, plane.rows, 0);
@@ -153,7 +143,6 @@ void CWallVideoImageEffect::WallRgba32Effect(Plane32 plane) {
 }
 
 void CWallVideoImageEffect::WallComponentEffect(const PlanarView& view) {
-    AssertMemory(view);
     FitInto(view.y.width, view.y.rows);
     const auto wall = [&](Plane8 plane, unsigned horizontalShift, unsigned verticalShift) {
         if (plane.Empty()) return;
@@ -168,15 +157,9 @@ void CWallVideoImageEffect::WallComponentEffect(const PlanarView& view) {
 }
 
 void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    ForFormat(
-        pFrame,
-        [this](Plane32 plane) {
-            if (!plane.Empty()) WallRgba32Effect(plane);
-        },
-        [this](const PlanarView& view) {
-            if (!view.y.Empty()) WallComponentEffect(view);
-        });
+    ForPicture(
+        pFrame, [this](Plane32 plane) { WallRgba32Effect(plane); },
+        [this](const PlanarView& view) { WallComponentEffect(view); });
 }
 
 // Lenses

@@ -119,7 +119,6 @@ void CTensileVideoImageEffect::CopyRows(Plane8 plane, Plane8 copy, unsigned vert
 }
 
 void CTensileVideoImageEffect::VerticalTensileRgba32Effect(Plane32 plane, Plane32 copy) {
-    AssertMemory(plane, copy);
     if (!m_Vertical.FitsIn(plane.rows)) return;
     FindRows(plane.rows);
     CopyRows(plane.Bytes(), copy.Bytes(), 0);
@@ -127,7 +126,6 @@ void CTensileVideoImageEffect::VerticalTensileRgba32Effect(Plane32 plane, Plane3
 
 void CTensileVideoImageEffect::VerticalTensileComponentEffect(const PlanarView& view,
                                                               const PlanarView& copy) {
-    AssertMemory(view, copy);
     if (!m_Vertical.FitsIn(view.y.rows)) return;
     FindRows(view.y.rows);
     CopyRows(view.y, copy.y, 0);
@@ -152,7 +150,6 @@ void CTensileVideoImageEffect::PickPlanes(const PlanarView& view, const PlanarVi
 }
 
 void CTensileVideoImageEffect::HorizontalTensileRgba32Effect(Plane32 plane, Plane32 copy) {
-    AssertMemory(plane, copy);
     if (!m_Horizontal.FitsIn(plane.width)) return;
     FindColumns(plane.width);
     UseAllRows(plane.rows);
@@ -162,7 +159,6 @@ void CTensileVideoImageEffect::HorizontalTensileRgba32Effect(Plane32 plane, Plan
 
 void CTensileVideoImageEffect::HorizontalTensileComponentEffect(const PlanarView& view,
                                                                 const PlanarView& copy) {
-    AssertMemory(view, copy);
     if (!m_Horizontal.FitsIn(view.y.width)) return;
     FindColumns(view.y.width);
     UseAllRows(view.y.rows);
@@ -170,7 +166,6 @@ void CTensileVideoImageEffect::HorizontalTensileComponentEffect(const PlanarView
 }
 
 void CTensileVideoImageEffect::TensileRgba32Effect(Plane32 plane, Plane32 copy) {
-    AssertMemory(plane, copy);
     if (!m_Vertical.FitsIn(plane.rows) || !m_Horizontal.FitsIn(plane.width)) return;
     FindRows(plane.rows);
     FindColumns(plane.width);
@@ -179,7 +174,6 @@ void CTensileVideoImageEffect::TensileRgba32Effect(Plane32 plane, Plane32 copy) 
 }
 
 void CTensileVideoImageEffect::TensileComponentEffect(const PlanarView& view, const PlanarView& copy) {
-    AssertMemory(view, copy);
     if (!m_Vertical.FitsIn(view.y.rows) || !m_Horizontal.FitsIn(view.y.width)) return;
     FindRows(view.y.rows);
     FindColumns(view.y.width);
@@ -187,13 +181,13 @@ void CTensileVideoImageEffect::TensileComponentEffect(const PlanarView& view, co
 }
 
 void CTensileVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    assert(pFrame);
     const FrameClone copy = CloneFrame(pFrame);
     const bool vertical = m_Vertical.enabled == 1, horizontal = m_Horizontal.enabled == 1;
     if (!vertical && !horizontal) return;
     ForFormat(
         pFrame, copy.get(),
         [&](Plane32 plane, Plane32 from) {
+            AssertMemory(plane, from);
             if (vertical && horizontal)
                 TensileRgba32Effect(plane, from);
             else if (vertical)
@@ -202,6 +196,7 @@ void CTensileVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
                 HorizontalTensileRgba32Effect(plane, from);
         },
         [&](const PlanarView& view, const PlanarView& from) {
+            AssertMemory(view, from);
             if (vertical && horizontal)
                 TensileComponentEffect(view, from);
             else if (vertical)

@@ -1,5 +1,7 @@
 #pragma once
 /// A frame's untouched copy for effects that take their samples from elsewhere in the picture.
+#include <cassert>
+
 #include "AVEffect/support/frame_planes.h"
 #include "BaseTools/guarded.h"
 #include "avbase/avbase_srcutils/holders.h"
@@ -10,9 +12,11 @@ namespace AVBased {
 /// Frees the copy when it goes.
 using FrameClone = FramePtr;
 
-/// The host's own clone of its frame. Throws CBaseException 10021008 when the host has none.
-inline FrameClone CloneFrame(IRawVideoFrame* frame) {
-    FrameClone copy(frame->Clone());
+/// The host's own clone of its frame. Throws CBaseException 10021008 when the host has none; a null frame
+/// fails an assertion.
+inline FrameClone CloneFrame(IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    FrameClone copy(pFrame->Clone());
     if (!copy) BaseTool::Raise(kUnknownException, "the frame can't be cloned; it is left as it is");
     return copy;
 }
@@ -46,6 +50,13 @@ void ForFormat(IRawVideoFrame* frame, IRawVideoFrame* copy, Packed&& packed, Pla
                     if (!view.y.Empty()) planar(view, from);
                 });
         });
+}
+
+/// The same with a copy made for the purpose, whatever the frame's format.
+template <class Packed, class Planar>
+void ForPictureAndCopy(IRawVideoFrame* pFrame, Packed&& packed, Planar&& planar) {
+    const FrameClone copy = CloneFrame(pFrame);
+    ForFormat(pFrame, copy.get(), packed, planar);
 }
 
 } // namespace AVBased

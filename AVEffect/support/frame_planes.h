@@ -17,25 +17,66 @@ struct PlanarView {
     unsigned verticalShift;
 };
 
-/// Calls packed(Plane32) for BGRA, planar(PlanarView) for the planar formats, and nothing for any other.
+/// Calls packed(Plane32) for BGRA, planar(PlanarView) for the planar formats, and nothing for any other. A
+/// null frame fails an assertion. Planes may be without samples, or without memory.
 template <class Packed, class Planar>
-void ForFormat(IRawVideoFrame* frame, Packed&& packed, Planar&& planar) {
-    const unsigned format = frame->GetPixelFormat();
+void ForFormat(IRawVideoFrame* pFrame, Packed&& packed, Planar&& planar) {
+    assert(pFrame);
+    const unsigned format = pFrame->GetPixelFormat();
     if (!IsEffectFormat(format)) return;
     const FormatLayout* const layout = FindPixelFormat(format);
     if (layout->packed) {
-        packed(PixelPlane(frame));
+        packed(PixelPlane(pFrame));
         return;
     }
-    planar(PlanarView{BytePlane(frame, 0), BytePlane(frame, 1), BytePlane(frame, 2),
-                      layout->HasAlphaPlane() ? BytePlane(frame, 3) : Plane8{}, layout->HasAlphaPlane(),
+    planar(PlanarView{BytePlane(pFrame, 0), BytePlane(pFrame, 1), BytePlane(pFrame, 2),
+                      layout->HasAlphaPlane() ? BytePlane(pFrame, 3) : Plane8{}, layout->HasAlphaPlane(),
                       layout->horizontalShift, layout->verticalShift});
 }
 
-/// The kernels' assertion, for chroma as for luma: planes that they draw on have memory.
+/// The kernels' assertion: planes that they draw on have memory.
+inline void AssertMemory(const Plane32& plane) {
+    if (!plane.Empty()) assert(plane.data != NULL);
+}
 inline void AssertMemory(const PlanarView& view) {
     for (const Plane8& plane : {view.y, view.u, view.v})
         if (!plane.Empty()) assert(plane.data != NULL);
+}
+
+/// ForFormat for effects that draw the picture as a whole: nothing for pictures without a luma sample, and
+/// the kernels' assertion, for chroma as for luma.
+template <class Packed, class Planar>
+void ForPicture(IRawVideoFrame* pFrame, Packed&& packed, Planar&& planar) {
+    ForFormat(
+        pFrame,
+        [&](Plane32 plane) {
+            if (plane.Empty()) return;
+            AssertMemory(plane);
+            packed(plane);
+        },
+        [&](const PlanarView& view) {
+            if (view.y.Empty()) return;
+            AssertMemory(view);
+            planar(view);
+        });
+}
+
+enum class Alpha { Left, Drawn };
+
+/// ForFormat for effects that draw each plane by itself: planar(Plane8) for luma, chroma and, if asked for,
+/// alpha. Nothing for planes without samples.
+template <class Packed, class Planar>
+void ForPlanes(IRawVideoFrame* pFrame, Alpha alpha, Packed&& packed, Planar&& planar) {
+    ForFormat(
+        pFrame,
+        [&](Plane32 plane) {
+            if (!plane.Empty()) packed(plane);
+        },
+        [&](const PlanarView& view) {
+            for (const Plane8& plane :
+                 {view.y, view.u, view.v, alpha == Alpha::Drawn ? view.alpha : Plane8{}})
+                if (!plane.Empty()) planar(plane);
+        });
 }
 
 } // namespace AVBased
