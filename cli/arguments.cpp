@@ -4,8 +4,8 @@
 
 #include "cli/exit_code.h"
 #include "cli/option_values.h"
-#include "host/catalogue_lookup.h"
-#include "host/value_text.h"
+#include "host/effects/catalogue_lookup.h"
+#include "host/effects/value_text.h"
 
 namespace aveffect {
 

@@ -7,7 +7,7 @@
 #include "cli/film_arguments.h"
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
-#include "host/render.h"
+#include "host/jobs/render.h"
 
 namespace aveffect {
 

@@ -1,6 +1,6 @@
 #pragma once
 /// What the program's exit codes mean.
-#include "host/error.h"
+#include "host/support/error.h"
 
 namespace aveffect {
 

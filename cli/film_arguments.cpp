@@ -4,7 +4,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/option_values.h"
-#include "host/error.h"
+#include "host/support/error.h"
 
 namespace aveffect {
 

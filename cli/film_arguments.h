@@ -6,7 +6,7 @@
 
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
-#include "host/transition.h"
+#include "host/jobs/transition.h"
 
 namespace CLI {
 class App;

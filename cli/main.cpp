@@ -10,7 +10,7 @@
 #include "cli/interruption.h"
 #include "cli/messages.h"
 #include "cli/progress.h"
-#include "host/catalogue_lookup.h"
+#include "host/effects/catalogue_lookup.h"
 
 namespace aveffect {
 

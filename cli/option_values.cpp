@@ -5,8 +5,8 @@
 #include <optional>
 #include <string_view>
 
-#include "host/error.h"
-#include "host/value_text.h"
+#include "host/effects/value_text.h"
+#include "host/support/error.h"
 
 namespace aveffect {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "cli/progress.h"
-#include "host/transition.h"
+#include "host/jobs/transition.h"
 
 namespace aveffect {
 

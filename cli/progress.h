@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "host/render.h"
+#include "host/jobs/render.h"
 
 namespace aveffect {
 

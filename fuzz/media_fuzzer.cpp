@@ -9,7 +9,7 @@
 #include "aveffect/audio_frame.h"
 #include "aveffect/video_frame.h"
 #include "fuzz/input_bytes.h"
-#include "host/media_manager.h"
+#include "host/media/media_manager.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace AVBased;

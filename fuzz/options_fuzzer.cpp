@@ -4,7 +4,7 @@
 
 #include "cli/arguments.h"
 #include "fuzz/input_bytes.h"
-#include "host/error.h"
+#include "host/support/error.h"
 
 namespace {
 

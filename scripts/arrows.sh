@@ -13,8 +13,14 @@ AVEffect:           include BaseTools kernels avbase
 mediabridge:        include
 companions/basetools: include
 companions/basemedia: include mediabridge
-host:               include mediabridge
-cli:                include mediabridge host
+host/support:       include mediabridge
+host/picture:       include mediabridge host/support
+host/media:         include mediabridge host/support host/picture
+host/effects:       include mediabridge host/support host/picture host/media
+host/sound:         include mediabridge host/support host/picture host/media host/effects
+host/output:        include mediabridge host/support host/picture host/media host/effects host/sound
+host/jobs:          include mediabridge host/support host/picture host/media host/effects host/sound host/output
+cli:                include mediabridge host/support host/media host/effects host/jobs
 tests:              *
 fuzz:               *
 bench:              *

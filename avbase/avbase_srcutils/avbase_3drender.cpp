@@ -22,9 +22,7 @@ namespace {
 // The planes that are drawn of planar frames; alpha comes behind them.
 constexpr unsigned kColourPlanes = 3;
 
-bool IsPlanarServed(unsigned format) {
-    return format != BGRA && IsEffectFormat(format);
-}
+bool IsPlanarServed(unsigned format) { return format != BGRA && IsEffectFormat(format); }
 
 bool SharesPixels(IRawVideoFrame* a, IRawVideoFrame* b) {
     return BytePlane(a, 0).data == BytePlane(b, 0).data;

@@ -6,7 +6,7 @@
 
 #include "aveffect/catalogue.h"
 #include "cli/catalogue_text.h"
-#include "host/effect_chain.h"
+#include "host/effects/effect_chain.h"
 #include "tests/cli/program.h"
 
 namespace {

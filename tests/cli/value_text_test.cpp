@@ -1,11 +1,11 @@
 // Effects and values as people write them.
-#include "host/value_text.h"
+#include "host/effects/value_text.h"
 
 #include <gtest/gtest.h>
 
-#include "host/catalogue_lookup.h"
-#include "host/effect_chain.h"
-#include "host/error.h"
+#include "host/effects/catalogue_lookup.h"
+#include "host/effects/effect_chain.h"
+#include "host/support/error.h"
 
 namespace {
 

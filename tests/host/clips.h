@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/render.h"
+#include "host/jobs/render.h"
 
 namespace clips {
 

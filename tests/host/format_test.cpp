@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/transition.h"
+#include "host/jobs/transition.h"
 #include "tests/host/clips.h"
 
 namespace {

@@ -6,7 +6,7 @@
 
 #include "aveffect/base_tools.h"
 #include "aveffect/pixel_format.h"
-#include "host/media_manager.h"
+#include "host/media/media_manager.h"
 #include "tests/host/clips.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "aveffect/catalogue.h"
-#include "host/memory_pictures.h"
+#include "host/effects/memory_pictures.h"
 #include "mediabridge/picture_pool.h"
 #include "mediabridge/video_frame.h"
 #include "tests/host/clips.h"

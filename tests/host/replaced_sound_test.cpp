@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/media_manager.h"
+#include "host/media/media_manager.h"
 #include "tests/host/clips.h"
 #include "tests/support/host_sound.h"
 #include "tests/support/plugin.h"

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/input.h"
-#include "host/sound_formats.h"
+#include "host/media/input.h"
+#include "host/output/sound_formats.h"
 #include "tests/host/clips.h"
 
 namespace {
@@ -37,7 +37,7 @@ std::string MakeWav(const std::string& path, unsigned rate, unsigned channels) {
 /// What FFmpeg's decoders make of a file.
 struct Heard {
     double seconds = 0;
-    double slack = 0; ///< seconds that the codec's frames may add at both ends
+    double slack = 0;        ///< seconds that the codec's frames may add at both ends
     std::string damage = {}; ///< what its decoder says of it
 };
 

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/bounded_queue.h"
-#include "host/stages.h"
+#include "host/support/bounded_queue.h"
+#include "host/support/stages.h"
 
 namespace {
 

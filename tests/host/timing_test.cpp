@@ -7,7 +7,7 @@ extern "C" {
 #include <libavutil/parseutils.h>
 }
 
-#include "host/output_clock.h"
+#include "host/output/output_clock.h"
 #include "tests/host/clips.h"
 
 namespace {

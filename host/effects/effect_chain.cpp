@@ -1,0 +1,152 @@
+#include "host/effects/effect_chain.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "aveffect/base_tools.h"
+#include "host/effects/catalogue_lookup.h"
+#include "host/effects/value_text.h"
+#include "host/support/error.h"
+
+namespace aveffect {
+
+namespace {
+
+/// Cuts at colons that no backslash protects. The escapes stay in the parts, for names have none.
+std::vector<std::string> SplitAtColons(const std::string& text) {
+    std::vector<std::string> parts(1);
+    for (size_t index = 0; index < text.size(); ++index) {
+        if (text[index] == ':') {
+            parts.emplace_back();
+            continue;
+        }
+        parts.back() += text[index];
+        if (text[index] == '\\' && index + 1 < text.size()) parts.back() += text[++index];
+    }
+    return parts;
+}
+
+/// "\:" and "\\" lose their backslash; a backslash before anything else is meant.
+std::string Unescape(const std::string& text) {
+    std::string result;
+    for (size_t index = 0; index < text.size(); ++index) {
+        const bool escape = text[index] == '\\' && index + 1 < text.size();
+        if (escape && (text[index + 1] == ':' || text[index + 1] == '\\')) ++index;
+        result += text[index];
+    }
+    return result;
+}
+
+PropertySetting Translate(const AVBased::EffectInfo& effect, const AVBased::PropertyInfo& property,
+                          const std::string& value) {
+    if (const auto percentage = ParsePercentage(property, value)) return {property.name, {}, percentage};
+    return {property.name, TranslateValue(effect, property, value)};
+}
+
+bool NeedsPictureSize(const EffectSpec& effect) {
+    return std::any_of(effect.properties.begin(), effect.properties.end(),
+                       [](const PropertySetting& setting) { return setting.percentage.has_value(); });
+}
+
+} // namespace
+
+EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium) {
+    const auto parts = SplitAtColons(text);
+    if (parts.front().empty())
+        throw Error(ErrorKind::Usage, "'" + text + "' names no effect; write NAME[:property=value...]");
+    const AVBased::EffectInfo& effect = RequireEffect(parts.front());
+    const bool forSound = effect.kind == AVBased::EffectKind::Audio;
+    if (forSound != (medium == Medium::Audio))
+        throw Error(ErrorKind::Usage, std::string(effect.name) +
+                                          (forSound ? " works on sound: name it with -a, not with -e"
+                                                    : " works on pictures: name it with -e, not with -a"));
+
+    EffectSpec spec{parts.front(), {}};
+    for (size_t index = 1; index < parts.size(); ++index) {
+        const std::string& setting = parts[index];
+        const size_t equals = setting.find('=');
+        const std::string name = setting.substr(0, equals);
+        if (name.empty())
+            throw Error(ErrorKind::Usage, "a setting in '" + text + "' has no name; write property=value");
+        const AVBased::PropertyInfo& property = RequireProperty(effect, name);
+        if (equals == std::string::npos)
+            throw Error(ErrorKind::Usage,
+                        name + " of " + effect.name + " has no value; write property=value");
+        const std::string value = Unescape(setting.substr(equals + 1));
+        spec.properties.push_back(lenient ? PropertySetting{name, value}
+                                          : Translate(effect, property, value));
+    }
+    return spec;
+}
+
+void SetProperty(AVBased::IAVProc& proc, const std::string& name, const std::string& value) {
+    GetBaseException()->Clear();
+    if (proc.SetProperty(name.c_str(), value.c_str())) return;
+    std::string message = std::string(proc.GetName()) + " does not take " + name + "='" + value + "'";
+    const std::string reason = GetBaseException()->GetExceptionMsg();
+    if (!reason.empty()) message += ": " + reason;
+    throw Error(ErrorKind::Usage, message);
+}
+
+void SetDuration(AVBased::IAVProc& proc, uint32_t durationMs) {
+    const uint32_t longest = std::numeric_limits<int32_t>::max();
+    SetProperty(proc, AVBased::PROP_NAME_DURATION, std::to_string(std::min(durationMs, longest)));
+}
+
+void RequireNoRecord(AVBased::IAVProc& proc) {
+    IBaseException* const record = GetBaseException();
+    if (record->GetExceptionCode() != AVBased::kNoError)
+        throw Error(ErrorKind::Effect,
+                    "effect " + std::string(proc.GetName()) + " failed: " + record->GetExceptionMsg());
+}
+
+EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
+                         const std::vector<EffectSpec>& effects, uint32_t durationMs) {
+    for (const EffectSpec& effect : effects) {
+        m_procs.push_back(plugin.MakeVideo(manager, effect.name));
+        const AVBased::EffectInfo& info = RequireEffect(effect.name);
+        m_traits |= info.traits;
+        if (info.kind == AVBased::EffectKind::Transition) m_transitions = true;
+        AVBased::IVideoProc& proc = *m_procs.back();
+        if (IsStereoEffect(proc)) {
+            m_stereo = &proc;
+            m_mixesViews = false;
+        } else if (!KeepsViews(info)) {
+            m_mixesViews = true;
+        }
+        SetDuration(proc, durationMs);
+        if (NeedsPictureSize(effect)) {
+            m_waiting.emplace_back(&proc, effect);
+            continue;
+        }
+        for (const PropertySetting& setting : effect.properties)
+            SetProperty(proc, setting.name, setting.value);
+    }
+}
+
+void EffectChain::SetWaiting(AVBased::IRawVideoFrame& frame) {
+    unsigned width = 0, height = 0;
+    frame.GetDimension(&width, &height);
+    for (const auto& [proc, spec] : m_waiting) {
+        const AVBased::EffectInfo& effect = RequireEffect(spec.name);
+        for (const auto& [name, value, percentage] : spec.properties)
+            SetProperty(*proc, name,
+                        percentage ? PixelsOfPercentage(effect, RequireProperty(effect, name), *percentage,
+                                                        width, height)
+                                   : value);
+    }
+    m_waiting.clear();
+}
+
+void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs) {
+    if (!m_waiting.empty()) SetWaiting(*frame);
+    AVBased::ImagePostion position{};
+    for (const VideoProcPtr& proc : m_procs) {
+        if (DrawInPlaceOf(*proc, *frame)) continue;
+        GetBaseException()->Clear();
+        proc->ProcFrameInPlace(&position, timeMs, frame);
+        RequireNoRecord(*proc);
+    }
+}
+
+} // namespace aveffect

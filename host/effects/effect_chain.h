@@ -1,0 +1,100 @@
+#pragma once
+/// Effects as people write them, and chains of processors made from them.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "aveffect/effect_info.h"
+#include "host/effects/plugin.h"
+#include "host/effects/stereo.h"
+
+namespace aveffect {
+
+/// What a property is to be set to.
+struct PropertySetting {
+    std::string name;
+    std::string value;                     ///< in the plug-in's own text form; empty with a percentage
+    std::optional<double> percentage = {}; ///< of the side of the picture that the catalogue names
+
+    bool operator==(const PropertySetting&) const = default;
+};
+
+/// What an effect works on.
+enum class Medium { Video, Audio };
+
+/// One effect with its settings, in the order in which they are made.
+struct EffectSpec {
+    std::string name;
+    std::vector<PropertySetting> properties;
+};
+
+/// Parses "NAME[:property=value[:property=value...]]"; "\:" stands for a colon and "\\" for a backslash in a
+/// value. Values are translated to the plug-in's form by the catalogue: colours from #RRGGBB, 0xRRGGBB or a
+/// number, switches from on/off, choices from their names; numbers are checked for form and range, but what a
+/// percentage comes to is checked when the pictures' size is known. Lenient hands every value on as it is,
+/// percentages too. Throws Error (Usage) that names the effect, property and value, and says
+/// what would be right (the nearest name, the range), and for an effect of the other medium.
+EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium = Medium::Video);
+
+/// Sets one property of a processor. Throws Error (Usage) with the record's text when it is refused.
+void SetProperty(AVBased::IAVProc& proc, const std::string& name, const std::string& value);
+
+/// Sets "duration" of a processor, whose signed integer longer spans don't fit. Throws as SetProperty.
+void SetDuration(AVBased::IAVProc& proc, uint32_t durationMs);
+
+/// Throws Error (Effect) with the record's text when the processor has recorded an error since the record was
+/// cleared.
+void RequireNoRecord(AVBased::IAVProc& proc);
+
+/// Video processors that a frame passes in order. Used by one thread at a time.
+class EffectChain {
+public:
+    /// Makes the processors and sets their properties; "duration" of each is set to durationMs first, so that
+    /// an explicit setting of it wins. A processor with a percentage among its settings is left at the
+    /// duration until the first frame, for the order of settings can matter. Throws Error (Effect or Usage).
+    EffectChain(const Plugin& plugin, AVBased::IAVManager* manager, const std::vector<EffectSpec>& effects,
+                uint32_t durationMs);
+
+    /// Changes the frame in place; timeMs is its time in the effects' span. All frames have the first one's
+    /// size, which percentages refer to. Throws Error (Effect) with the record's text when a processor
+    /// records an error, and with the first frame Error (Usage) for settings that can't be made.
+    void Process(AVBased::IRawVideoFrame* frame, int timeMs);
+
+    bool Empty() const noexcept { return m_procs.empty(); }
+
+    /// Whether an effect of the chain works on transparency alone.
+    bool ChangesAlpha() const noexcept { return (m_traits & AVBased::kChangesAlpha) != 0; }
+
+    /// Whether an effect of the chain serves BGRA and YUV420P only.
+    bool ServesFewFormats() const noexcept { return (m_traits & AVBased::kFewFormats) != 0; }
+
+    /// Whether an effect of the chain brings YUV pictures to RGB and back: transitions and anaglyphs do, and
+    /// know BT.601 of usual range alone. Anaglyphs of formats other than YUV420P besides by way of a
+    /// converter that fits the process's first such clip alone.
+    bool GoesThroughRgb() const { return m_transitions || (m_stereo && Stereo()->IsAnaglyph()); }
+
+    /// What the last stereo effect shows; absent when there is none.
+    std::optional<Presentation> Stereo() const {
+        return m_stereo ? std::optional(PresentationOf(*m_stereo)) : std::nullopt;
+    }
+
+    /// How pictures hold two views behind the chain: mode 0 when they don't, absent where what the input says
+    /// about it still holds.
+    std::optional<Presentation> Views() const {
+        return m_mixesViews ? std::optional(Presentation{}) : Stereo();
+    }
+
+private:
+    void SetWaiting(AVBased::IRawVideoFrame& frame);
+
+    AVBased::IVideoProc* m_stereo = nullptr; ///< the last one
+    bool m_mixesViews = false;               ///< an effect behind it does
+    bool m_transitions = false;
+    unsigned m_traits = 0; ///< AVBased::EffectTraits of all effects together
+    std::vector<VideoProcPtr> m_procs;
+    std::vector<std::pair<AVBased::IVideoProc*, EffectSpec>> m_waiting; ///< for the pictures' size
+};
+
+} // namespace aveffect

@@ -1,0 +1,76 @@
+#pragma once
+/// What happens to each picture between decoder and encoder.
+#include <optional>
+#include <string>
+
+#include "host/effects/effect_chain.h"
+#include "host/effects/view_pairs.h"
+#include "host/media/media_manager.h"
+#include "host/output/output_format.h"
+#include "host/picture/bit_depth.h"
+#include "host/picture/light_metadata.h"
+#include "host/picture/orientation.h"
+#include "host/picture/picture_filter.h"
+#include "host/picture/working_format.h"
+#include "host/support/reporter.h"
+#include "mediabridge/scaler.h"
+
+namespace aveffect {
+
+/// Turns pictures upright, brings them into the working format, runs the effects on them, and brings them
+/// into the encoder's format. Without effects there is no working format. Pictures that change size or format
+/// in mid-clip are brought to the first one's. Used by one thread at a time.
+class PictureStage {
+public:
+    /// Pictures are turned by that stream's word or their own, without a stream not at all. With pairs every
+    /// picture gets its second view. Chain, the manager that its effects read pictures through, stream,
+    /// reporter and pairs outlive the stage.
+    PictureStage(EffectChain& chain, MediaManager& media, std::string pixelFormat, const AVStream* uprightBy,
+                 Reporter& reporter, ViewPairs* pairs = nullptr);
+
+    /// From now on PQ and HLG pictures are brought to standard dynamic range first. Throws Error (Usage).
+    void MapToSdr() { m_toSdr.emplace(); }
+
+    /// Turning and effects. Time in milliseconds from the span's start. The second picture is the other
+    /// view's, where the first one does not hold both. Throws Error.
+    mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs,
+                                         const AVFrame* second = nullptr);
+
+    /// Chooses the encoder's format and size for pictures like this one, which ApplyEffects has returned.
+    void PrepareOutput(const OutputPlan& plan, const AVFrame& picture);
+
+    /// The picture in the encoder's format and size.
+    mediabridge::AVFramePtr ConvertForEncoder(mediabridge::AVFramePtr picture);
+
+    /// Whether the last picture was turned.
+    bool Turned() const noexcept { return m_upright.Turned(); }
+
+private:
+    void LearnFrom(const AVFrame& first);
+    bool IsInWorkingFormat(const AVFrame& picture) const;
+    void SayDepth(const OutputPlan& plan);
+    mediabridge::AVFramePtr ToWorkingFormat(mediabridge::AVFramePtr picture);
+    AVPixelFormat WantedFormat() const;
+    void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
+
+    EffectChain& m_chain;
+    MediaManager& m_media;
+    std::string m_pixelFormat;
+    const AVStream* m_uprightBy;
+    Reporter& m_reporter;
+    ViewPairs* m_pairs;
+    std::optional<ClipKind> m_clip;
+    WorkingFormat m_working;
+    int m_width = 0, m_height = 0;
+    bool m_saidSizeChange = false;
+    EncoderFormat m_output;
+    std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own
+    bool m_only601 = false;            ///< the encoder's format can't name another matrix
+    std::optional<mediabridge::Scaler> m_toWorking, m_toEncoder;
+    std::optional<ToneMapper> m_toSdr;
+    DepthReducer m_toEightBits;
+    std::optional<PictureFilter> m_toBlack;
+    Upright m_upright;
+};
+
+} // namespace aveffect

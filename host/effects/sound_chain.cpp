@@ -1,0 +1,65 @@
+#include "host/effects/sound_chain.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "aveffect/base_tools.h"
+#include "aveffect/catalogue/sounds.h"
+#include "host/support/error.h"
+#include "mediabridge/audio_frame.h"
+
+namespace aveffect {
+namespace {
+
+bool Has(const std::vector<EffectSpec>& effects, const char* name) {
+    return std::ranges::find(effects, name, &EffectSpec::name) != effects.end();
+}
+
+} // namespace
+
+bool BringsSound(const std::vector<EffectSpec>& effects) {
+    return Has(effects, AVBased::effectNameAudioReplace);
+}
+
+AVSampleFormat SoundFormatFor(const std::vector<EffectSpec>& effects, AVSampleFormat decoded) {
+    if (Has(effects, AVBased::effectNameAudioVolume)) return AV_SAMPLE_FMT_S16;
+    switch (av_get_packed_sample_fmt(decoded)) {
+    case AV_SAMPLE_FMT_U8: // silence is zero in the others
+    case AV_SAMPLE_FMT_S16:
+        return AV_SAMPLE_FMT_S16;
+    case AV_SAMPLE_FMT_S32:
+        return AV_SAMPLE_FMT_S32;
+    case AV_SAMPLE_FMT_S64: // the boundary has no code for it
+    case AV_SAMPLE_FMT_DBL:
+        return AV_SAMPLE_FMT_DBL;
+    default:
+        return AV_SAMPLE_FMT_FLT;
+    }
+}
+
+SoundChain::SoundChain(const Plugin& plugin, AVBased::IAVManager* manager,
+                       const std::vector<EffectSpec>& effects, uint32_t durationMs) {
+    for (const EffectSpec& effect : effects) {
+        m_procs.push_back(plugin.MakeAudio(manager, effect.name));
+        AVBased::IAudioProc& proc = *m_procs.back();
+        SetDuration(proc, durationMs);
+        for (const PropertySetting& setting : effect.properties)
+            SetProperty(proc, setting.name, setting.value);
+    }
+}
+
+void SoundChain::Process(AVFrame& sound, uint32_t timeMs) {
+    if (m_procs.empty()) return;
+    const auto frame = mediabridge::AudioFrame::Copy(&sound, timeMs);
+    if (!frame) throw Error(ErrorKind::Effect, "the sound can't be handed to the effects: out of memory");
+    for (const AudioProcPtr& proc : m_procs) {
+        GetBaseException()->Clear();
+        proc->ProcFrameInPlace(frame.get());
+        RequireNoRecord(*proc);
+    }
+    unsigned bytes = 0;
+    const unsigned char* const samples = frame->GetBuffer(0, &bytes);
+    std::memcpy(sound.data[0], samples, bytes);
+}
+
+} // namespace aveffect

@@ -1,0 +1,85 @@
+#include "host/effects/transition_frame.h"
+
+extern "C" {
+#include <libavutil/imgutils.h>
+}
+
+#include "host/effects/catalogue_lookup.h"
+#include "host/media/source_request.h"
+#include "host/output/output_file.h"
+#include "mediabridge/picture_pool.h"
+#include "mediabridge/video_frame.h"
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+
+std::vector<const AVBased::EffectInfo*> AllTransitions() {
+    auto effects = AllEffects();
+    std::erase_if(effects, [](const AVBased::EffectInfo* effect) {
+        return effect->kind != AVBased::EffectKind::Transition;
+    });
+    return effects;
+}
+
+void RequireTransition(const std::string& name) {
+    std::string names;
+    for (const AVBased::EffectInfo* transition : AllTransitions()) {
+        if (name == transition->name) return;
+        names += (names.empty() ? "" : ", ") + std::string(transition->name);
+    }
+    throw Error(ErrorKind::Usage, "'" + name + "' is no transition; these are: " + names);
+}
+
+EffectSpec TransitionSpec(const std::string& transition, const std::string& first, const std::string& second,
+                          int64_t startMs, int64_t endMs) {
+    return {transition,
+            {{"EffectPropVFPath1", first},
+             {"EffectPropVFPath2", second},
+             {"EffectPropStartTime", std::to_string(startMs)},
+             {"EffectPropSourceDur", std::to_string(endMs)}}};
+}
+
+AVFramePtr DrawTransition(EffectChain& chain, const Canvas& canvas, int64_t timeMs) {
+    AVFramePtr picture = mediabridge::AllocatePicture(AV_PIX_FMT_BGRA, canvas.width, canvas.height);
+    const auto frame =
+        picture ? mediabridge::VideoFrame::Wrap(picture.get(), static_cast<int>(timeMs), 0) : nullptr;
+    if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
+    const ptrdiff_t pitches[4] = {picture->linesize[0]};
+    av_image_fill_black(picture->data, pitches, AV_PIX_FMT_BGRA, AVCOL_RANGE_JPEG, picture->width,
+                        picture->height);
+    chain.Process(frame.get(), static_cast<int>(timeMs));
+    picture->format = AV_PIX_FMT_BGR0;
+    picture->sample_aspect_ratio = canvas.pixelAspect;
+    picture->colorspace = canvas.matrix;
+    picture->color_primaries = canvas.primaries;
+    picture->color_trc = canvas.transfer;
+    return picture;
+}
+
+int64_t PicturesIn(int64_t milliseconds, AVRational rate) {
+    return av_rescale_q(milliseconds, kMilliseconds, av_inv_q(rate));
+}
+
+void RequirePictures(int64_t pictures, int64_t milliseconds, AVRational rate) {
+    if (pictures > 0) return;
+    const int64_t picture = av_rescale_q_rnd(1, av_inv_q(rate), kMilliseconds, AV_ROUND_UP);
+    throw Error(ErrorKind::Usage, "a transition of " + SecondsText(milliseconds) +
+                                      " is too short to be seen: a picture lasts " + SecondsText(picture));
+}
+
+OutputPlan PlanFilm(const FilmOptions& options, const std::vector<std::string>& inputs) {
+    RequireTransition(options.transition);
+    OutputPlan plan = PlanOutput(options.output, options.videoCodec, options.crf, options.preset,
+                                 options.threads, options.outputFormat);
+    if (plan.IsStill())
+        throw Error(ErrorKind::Usage, options.output + " holds one picture, but the result is a clip");
+    if (plan.IsSound())
+        throw Error(ErrorKind::Usage,
+                    options.output + " would hold sound alone, but the result has pictures");
+    for (const std::string& input : inputs)
+        OutputFile::Check(options.output, ParseSourceUrl(input).path, options.overwrite);
+    return plan;
+}
+
+} // namespace aveffect

@@ -1,0 +1,189 @@
+#include "host/jobs/picture_copy.h"
+
+#include <algorithm>
+#include <climits>
+#include <initializer_list>
+#include <string_view>
+
+extern "C" {
+#include <libavutil/avstring.h>
+}
+
+#include "host/effects/media_check.h"
+#include "host/jobs/sound_render.h"
+#include "host/media/media_manager.h"
+#include "host/media/span.h"
+#include "host/output/sink.h"
+#include "host/output/stream_copy.h"
+#include "host/picture/orientation.h"
+#include "host/support/progress_meter.h"
+#include "host/support/stages.h"
+
+namespace aveffect {
+namespace {
+
+/// What the options want of the pictures that only decoding them gives, in words; empty for nothing.
+std::string AskedOfPictures(const RenderOptions& options) {
+    if (!options.effects.empty()) return "the effect " + options.effects.front().name;
+    if (options.stereo.TwoViews()) return "two views";
+    if (options.crf || !options.preset.empty()) return "--crf or --preset";
+    if (!options.outputFormat.empty()) return "--output-format";
+    if (options.pixelFormat != "auto") return "--pixel-format";
+    if (options.frameLimit) return "--frames";
+    return {};
+}
+
+using Names = std::initializer_list<std::string_view>;
+
+bool IsOneOf(const OutputPlan& plan, Names muxers) {
+    return std::ranges::find(muxers, std::string_view(plan.muxer->name)) != muxers.end();
+}
+
+/// MPEG's streams take anything, without a word on what it is.
+bool IsMpeg(const OutputPlan& plan) { return IsOneOf(plan, {"mpegts", "mpeg", "vcd", "svcd", "dvd", "vob"}); }
+
+bool HoldsPictures(const OutputPlan& plan, AVCodecID codec) {
+    if (!IsMpeg(plan)) return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
+    if (codec == AV_CODEC_ID_MPEG1VIDEO || codec == AV_CODEC_ID_MPEG2VIDEO) return true;
+    return IsOneOf(plan, {"mpegts"}) && (codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC);
+}
+
+/// Whether a file of the input's format has a name that the output has too.
+bool IsSameFormat(const Source& source, const OutputPlan& plan) {
+    return av_match_name(plan.muxer->name, source.Format().iformat->name) != 0;
+}
+
+/// Whether the first packet shows a picture that needs no other one.
+bool BeginsWithKey(Source& source) {
+    while (const std::optional<SourceItem> item = source.Next()) {
+        const AVPacket& packet = *item->packet;
+        if (packet.stream_index != source.Pictures().index) continue;
+        return (packet.flags & AV_PKT_FLAG_KEY) && !(packet.flags & AV_PKT_FLAG_DISCARD) &&
+               packet.pts != AV_NOPTS_VALUE;
+    }
+    return false;
+}
+
+/// One such render, from its options to its result.
+class CopyJob {
+public:
+    CopyJob(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
+            const RenderObserver& observer, const std::atomic<bool>& cancel)
+        : m_plugin(plugin)
+        , m_options(options)
+        , m_plan(plan)
+        , m_cancel(cancel)
+        , m_reporter(observer)
+        , m_source(m_request, Source::Others::WithPictures, options.threads, cancel)
+        , m_limits{options.fromMs, options.toMs, std::nullopt}
+        , m_span(m_source, m_limits) {}
+
+    RenderResult Run() {
+        RequireSounds(m_manager, m_options.audioEffects);
+        RequireHeld();
+        std::optional<SpanItem> item = m_span.Next(); // the span's start is known from here on
+        if (!item)
+            throw Error(ErrorKind::Input, m_options.input + " holds no picture that can be copied" +
+                                              (m_limits.fromMs || m_limits.toMs ? " in that span" : ""));
+        Tell();
+        const auto length = static_cast<uint32_t>(
+            std::clamp<int64_t>(m_span.LengthMs().value_or(kUnknownLengthMs), 0, INT_MAX));
+        const SoundJob sound =
+            SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), length}, m_cancel);
+        Sink sink({m_plan, m_source, m_limits, m_options.overwrite, false, m_request, sound}, nullptr,
+                  m_reporter, m_cancel);
+        ProgressMeter progress(m_reporter, m_span.ExpectedPictures());
+        for (; item; item = m_span.Next()) {
+            CheckCancel(m_cancel);
+            sink.WritePacket(std::move(item->packet));
+            progress.Report(sink.Pictures(), false);
+        }
+        sink.Complete();
+        CheckCancel(m_cancel);
+        sink.Publish();
+        progress.Report(sink.Pictures(), true);
+        return {sink.Pictures(), Damage(sink)};
+    }
+
+private:
+    void RequireHeld() {
+        const AVCodecID codec = m_source.Pictures().codecpar->codec_id;
+        if (IsMpeg(m_plan) ? !HoldsPictures(m_plan, codec) : !Takes(m_plan, codec))
+            throw Error(ErrorKind::Usage, "." + m_plan.Kind() + " files can't hold " +
+                                              avcodec_get_name(codec) + " pictures, which are copied; " +
+                                              "these can: " + ContainersFor(codec));
+        if (DisplayMatrix(m_source.Pictures()) && !m_plan.CarriesRotation())
+            m_reporter.Warn("the clip's pictures lie turned, which ." + m_plan.Kind() +
+                            " files can't say; without --codec copy they are turned upright");
+    }
+
+    void Tell() {
+        const AVRational base = m_source.Pictures().time_base;
+        std::string text = std::string("pictures are copied as they are (") +
+                           avcodec_get_name(m_source.Pictures().codecpar->codec_id) + ")";
+        if (m_limits.fromMs)
+            text += ", from the key picture at " +
+                    SecondsText(av_rescale_q(m_span.Start(), base, kMilliseconds)) + " on";
+        m_reporter.Note(text);
+    }
+
+    std::optional<std::string> Damage(const Sink& sink) const {
+        DamageReport all = m_span.Damage();
+        all.Add(sink.Damage());
+        all.Add(m_manager.Damage());
+        return all.Text();
+    }
+
+    const Plugin& m_plugin;
+    const RenderOptions& m_options;
+    const OutputPlan& m_plan;
+    const std::atomic<bool>& m_cancel;
+    Reporter m_reporter;
+    const SourceRequest m_request{m_options.input};
+    Source m_source;
+    SpanLimits m_limits;
+    SpanReader m_span;
+    MediaManager m_manager{&m_cancel};
+};
+
+} // namespace
+
+bool AsksForCopy(const RenderOptions& options) {
+    if (options.videoCodec != "copy") return false;
+    const std::string asked = AskedOfPictures(options);
+    if (!asked.empty())
+        throw Error(ErrorKind::Usage,
+                    "--codec copy leaves the pictures as they are, which does not go with " + asked);
+    return true;
+}
+
+// A cut to the picture needs them encoded, and so do containers that ask more of them than the file does.
+bool LeavesPictures(const RenderOptions& options, const OutputPlan& plan, const std::atomic<bool>& cancel) {
+    if (plan.IsStill() || !ChangesSound(options) || !options.videoCodec.empty() || options.fromMs ||
+        options.toMs || !AskedOfPictures(options).empty())
+        return false;
+    Source source({options.input}, Source::Others::WithPictures, 1, cancel);
+    const AVStream& pictures = source.Pictures();
+    if (DisplayMatrix(pictures) && !plan.CarriesRotation()) return false;
+    if (!Takes(plan, pictures.codecpar->codec_id)) return false;
+    if (!IsSameFormat(source, plan)) {
+        // H.264 in AVI is laid out in another way too.
+        const AVCodecID codec = pictures.codecpar->codec_id;
+        const bool ordered = source.IsConstantRate() && pictures.codecpar->video_delay == 0 &&
+                             codec != AV_CODEC_ID_H264 && codec != AV_CODEC_ID_HEVC;
+        const bool needsOrder = (plan.muxer->flags & AVFMT_NOTIMESTAMPS) || IsOneOf(plan, {"avi"});
+        if (IsOneOf(plan, {"mxf", "mxf_d10", "gxf", "dv", "swf"}) || (needsOrder && !ordered)) return false;
+        if (!HoldsPictures(plan, codec)) return false;
+    }
+    return BeginsWithKey(source);
+}
+
+RenderResult RenderCopy(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
+                        const RenderObserver& observer, const std::atomic<bool>& cancel) {
+    if (plan.IsStill())
+        throw Error(ErrorKind::Usage,
+                    "." + plan.Kind() + " files are no clips into which pictures are copied");
+    return CopyJob(plugin, options, plan, observer, cancel).Run();
+}
+
+} // namespace aveffect

@@ -1,0 +1,74 @@
+#pragma once
+/// Clips that follow one another, each crossing into the next with a transition.
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/effects/memory_pictures.h"
+#include "host/effects/plugin.h"
+#include "host/jobs/transition.h"
+#include "host/media/clip_player.h"
+#include "host/picture/fitting.h"
+#include "host/sound/sound_track.h"
+
+namespace aveffect {
+
+/// A clip's part of a reel: its first so many pictures at the reel's rate.
+struct ReelPart {
+    const ClipScan* clip; ///< outlives the reel
+    int64_t pictures;     ///< no less than it shares with its neighbours together
+};
+
+struct ReelSetup {
+    std::string transition;
+    AVRational rate{25, 1};
+    int64_t across = 1; ///< pictures that neighbours share, in which the one crosses into the other
+    std::vector<ReelPart> parts;
+    std::optional<PictureSize> size = {}; ///< absent: the first clip's
+    bool squarePixels = false;            ///< absent size: the first clip's in square pixels
+    unsigned threads = 0;                 ///< of each decoder
+};
+
+/// Draws the pictures of a reel. No more than two clips are open at a time. Used by one thread at a time.
+class Reel {
+public:
+    /// Plug-in and flag outlive the reel. Throws Error.
+    Reel(const Plugin& plugin, ReelSetup setup, const std::atomic<bool>& cancel);
+
+    int64_t Pictures() const;
+    /// The first clip's first picture as the reel shows it.
+    mediabridge::AVFramePtr FirstPicture();
+    /// The picture of an index; indices only go up. Pictures of clips that have the reel's shape come as they
+    /// are, others in BGRA, crossing ones in BGR0. Throws Error.
+    mediabridge::AVFramePtr Draw(int64_t index);
+
+    /// The parts' sound in samples of that rate, ending where their pictures do.
+    std::vector<SoundPart> Sound(int rate) const;
+
+    /// What was found to be wrong with the clips; call after the last Draw().
+    DamageReport Damage() const;
+
+private:
+    /// A clip that is being played.
+    struct Playing {
+        std::unique_ptr<ClipPlayer> player;
+        Fitter fitter;
+    };
+    void Open(size_t part);
+    mediabridge::AVFramePtr Cross(mediabridge::AVFramePtr from, mediabridge::AVFramePtr to, int64_t picture);
+    Canvas ChooseCanvas(const AVFrame& first) const;
+
+    const Plugin& m_plugin;
+    ReelSetup m_setup;
+    const std::atomic<bool>& m_cancel;
+    std::vector<int64_t> m_begins; ///< each part's first picture
+    Canvas m_canvas;
+    std::deque<Playing> m_playing; ///< the part that is shown, and the next one once they cross
+    size_t m_shown = 0;            ///< the part at the front of m_playing
+    MemoryPictures m_pictures;
+    DamageReport m_damage; ///< of the parts before
+};
+
+} // namespace aveffect

@@ -1,0 +1,58 @@
+#include "host/jobs/reel_film.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/media/media_manager.h"
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+
+namespace {
+
+/// Sound like that of the first part that has any; nothing when none has, or the container holds none.
+std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan& plan, const ReelSetup& setup,
+                                   const Reel& reel, Reporter& reporter, const std::atomic<bool>& cancel) {
+    const auto heard =
+        std::ranges::find_if(setup.parts, [](const ReelPart& part) { return part.clip->sound.has_value(); });
+    if (heard == setup.parts.end()) return std::nullopt;
+    if (plan.muxer->audio_codec == AV_CODEC_ID_NONE) {
+        reporter.Warn("." + plan.Kind() + " files can't hold sound; it is left out");
+        return std::nullopt;
+    }
+    FilmSound sound;
+    sound.encoder = std::make_unique<SoundEncoder>(plan, options.soundCodec, *heard->clip->sound);
+    reporter.Note(sound.encoder->Summary());
+    const SoundForm form = sound.encoder->Form();
+    sound.track = std::make_unique<SoundTrack>(reel.Sound(form.shape.rate), form, cancel);
+    return sound;
+}
+
+} // namespace
+
+RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPictures& pictures, AVFramePtr look,
+                        Reporter& reporter, const std::atomic<bool>& cancel) {
+    MediaManager manager(&cancel);
+    EffectChain none(plugin, &manager, {}, 0);
+    PictureStage stage(none, manager, "auto", nullptr, reporter);
+    const AVFramePtr seen = stage.ApplyEffects(std::move(look), 0, 0);
+    stage.PrepareOutput(setup.plan, *seen);
+    const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, stage, reporter, cancel);
+    film->Publish();
+    DamageReport damage = pictures.damage();
+    damage.Add(film->Damage());
+    return {film->Pictures(), damage.Text()};
+}
+
+RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
+                        const ReelSetup& setup, Reporter& reporter, const std::atomic<bool>& cancel) {
+    Reel reel(plugin, setup, cancel);
+    FilmSetup film{plan, setup.rate, options.overwrite};
+    film.sound = MakeSound(options, plan, setup, reel, reporter, cancel);
+    const FilmPictures pictures{reel.Pictures(), [&](int64_t index) { return reel.Draw(index); },
+                                [&] { return reel.Damage(); }};
+    return RenderFilm(plugin, std::move(film), pictures, reel.FirstPicture(), reporter, cancel);
+}
+
+} // namespace aveffect

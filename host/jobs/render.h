@@ -1,0 +1,85 @@
+#pragma once
+/// The render pipeline: decoding, effects and encoding, each on its own thread, joined by bounded queues.
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/effects/effect_chain.h"
+#include "host/support/error.h"
+
+namespace aveffect {
+
+struct RenderOptions {
+    std::string input;
+    std::string output;
+    std::vector<EffectSpec> effects;
+    std::vector<EffectSpec> audioEffects; ///< that each stream of sound passes; without any, and without a
+                                          ///< codec, sound is copied as it is
+    std::string
+        audioCodec; ///< encoder or codec name; empty: the input's where it serves, AAC, or the container's
+    std::optional<int64_t> fromMs; ///< first moment of the input that is kept; the clip's start when absent
+    std::optional<int64_t> toMs;   ///< first moment that is no longer kept; the clip's end when absent
+    std::optional<int64_t> frameLimit; ///< no more pictures than this
+    std::string videoCodec;            ///< encoder or codec name; empty: the container's usual one
+    std::optional<double> crf;         ///< constant-quality factor; absent: the encoder's own
+    std::string preset;                ///< encoder preset; empty: the encoder's own
+    bool sdr = false;                  ///< PQ and HLG are brought to BT.709 of standard range
+    std::string outputFormat;          ///< pixel format of the output; empty: what suits codec and clip
+    std::string pixelFormat =
+        "auto";           ///< format that the effects work in: auto or a frame-table format by name
+    unsigned threads = 0; ///< threads of the decoder and of the encoder; 0: as many as there are processors
+    bool overwrite = false;
+    StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
+};
+
+struct RenderProgress {
+    int64_t framesDone = 0;
+    std::optional<int64_t> framesExpected; ///< absent when the input does not tell
+    double secondsElapsed = 0;
+    double framesPerSecond = 0;
+    std::optional<double> secondsLeft;
+};
+
+/// Told what happens, from the pipeline's threads, one call at a time.
+struct RenderObserver {
+    std::function<void(const RenderProgress&)> progress; ///< several times a second and once at the end
+    std::function<void(const std::string&)>
+        note; ///< a detail for the curious: the working format, for example
+    std::function<void(const std::string&)> warning; ///< something the user should know
+};
+
+struct RenderResult {
+    int64_t frames = 0; ///< pictures; where there is sound alone, pieces of a fiftieth of a second
+    /// An input ended early or was damaged; what could be decoded is in the output. Says what was found, a
+    /// line for each file and each decoder.
+    std::optional<std::string> inputDamage;
+};
+
+/// Renders a clip, a still picture or a file of sound alone. A container for sound alone takes the sound of a
+/// clip. The output appears under its name only when it is whole: it is written
+/// beside it under a temporary name, which is removed on failure. Throws Error. Setting cancel ends the
+/// render soon with Error (Interrupted). Memory use does not grow with the length of the clip.
+RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
+                    const std::atomic<bool>& cancel);
+
+struct FrameOptions {
+    std::string input;
+    std::string output;
+    int64_t atMs = 0;
+    std::vector<EffectSpec> effects;
+    std::string pixelFormat = "auto";
+    bool sdr = false; ///< as in RenderOptions
+    bool overwrite = false;
+    StereoOptions stereo = {};
+};
+
+/// Renders the picture shown at one moment of the input into a still picture (format by the output's
+/// extension), seeking straight to it. "duration" is the whole clip's and the effects see the picture's time
+/// in the clip. Throws Error.
+RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, const RenderObserver& observer,
+                         const std::atomic<bool>& cancel);
+
+} // namespace aveffect

@@ -1,0 +1,301 @@
+#include "host/jobs/sound_render.h"
+
+#include <algorithm>
+#include <climits>
+#include <memory>
+#include <sys/stat.h>
+
+#include "host/effects/media_check.h"
+#include "host/media/media_manager.h"
+#include "host/output/sound_formats.h"
+#include "host/output/stream_copy.h"
+#include "host/sound/sound_lane.h"
+#include "host/support/progress_meter.h"
+#include "host/support/stages.h"
+
+namespace aveffect {
+namespace {
+
+bool HasNoSound(AVFormatContext& input) {
+    return std::none_of(input.streams, input.streams + input.nb_streams, [](const AVStream* stream) {
+        return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
+    });
+}
+
+/// What needs pictures is refused.
+void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan) {
+    const auto refuse = [&](const std::string& option) {
+        throw plan.IsSound() ? Error(ErrorKind::Usage, options.output + " takes no pictures for " + option)
+                             : Error(ErrorKind::Input, options.input + " has no pictures for " + option);
+    };
+    if (!options.effects.empty()) refuse("the effect " + options.effects.front().name);
+    if (options.frameLimit) refuse("--frames");
+    if (options.stereo.TwoViews()) refuse("two views");
+    if (!options.videoCodec.empty() || options.crf || !options.preset.empty())
+        refuse("--codec, --crf or --preset");
+    if (plan.IsStill()) refuse(options.output);
+    if (plan.muxer->audio_codec == AV_CODEC_ID_NONE)
+        throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");
+}
+
+/// One render of sound alone, from its options to its result.
+class SoundRender {
+public:
+    SoundRender(const RenderOptions& options, const OutputPlan& plan, const RenderObserver& observer,
+                const std::atomic<bool>& cancel)
+        : m_options(options)
+        , m_plan(plan)
+        , m_cancel(cancel)
+        , m_reporter(observer)
+        , m_interrupt{&cancel, std::nullopt}
+        , m_input(OpenInput(options.input, m_interrupt))
+        , m_output(plan) {
+        ChooseStreams();
+        FindSpan();
+    }
+
+    RenderResult Run(const Plugin& plugin) {
+        ProgressMeter progress(m_reporter, m_length ? std::optional(Pieces(*m_length)) : std::nullopt);
+        CopyTags(&m_output.Format().metadata, m_input->metadata);
+        CopyChapters(m_output, *m_input, {m_options.fromMs, m_options.toMs, std::nullopt});
+        RenderResult result = ChangesSound(m_options) || !HoldsAll() || CutsSamples()
+                                  ? Change(plugin, progress)
+                                  : Copy(progress);
+        CheckCancel(m_cancel);
+        m_output.Publish();
+        progress.Report(result.frames, true);
+        return result;
+    }
+
+private:
+    // All of a container for clips, the best one where files hold one piece of music.
+    void ChooseStreams() {
+        const SourceRequest request{m_options.input};
+        AVStream* const best = FindSound(*m_input, request, FindPictures(*m_input, request));
+        if (!best) throw Error(ErrorKind::Input, m_options.input + " has no sound");
+        m_streams = {best};
+        for (unsigned index = 0; index < m_input->nb_streams; ++index) {
+            AVStream* const stream = m_input->streams[index];
+            if (stream == best || stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) {
+                if (stream != best) stream->discard = AVDISCARD_ALL;
+            } else if (m_plan.IsSound()) {
+                stream->discard = AVDISCARD_ALL;
+                m_reporter.Warn("." + m_plan.Kind() + " files hold one stream of sound; stream " +
+                                std::to_string(index) + " is left out");
+            } else {
+                m_streams.push_back(stream);
+            }
+        }
+    }
+
+    void FindSpan() {
+        const AVStream& first = *m_streams.front();
+        if (first.start_time != AV_NOPTS_VALUE)
+            m_start = {first.start_time, first.time_base};
+        else if (m_input->start_time != AV_NOPTS_VALUE)
+            m_start = {m_input->start_time, kMicroseconds};
+        if (first.duration != AV_NOPTS_VALUE && first.duration > 0)
+            m_announced = av_rescale_q(first.duration, first.time_base, kMilliseconds);
+        else if (m_input->duration != AV_NOPTS_VALUE && m_input->duration > 0)
+            m_announced = av_rescale_q(m_input->duration, kMicroseconds, kMilliseconds);
+        const int64_t from = m_options.fromMs.value_or(0);
+        if (m_announced && from > 0 && from >= *m_announced)
+            throw Error(ErrorKind::Usage, "the span starts at " + SecondsText(from) + ", but " +
+                                              m_options.input + " lasts only " + SecondsText(*m_announced));
+        std::optional<int64_t> end = m_announced;
+        if (m_options.toMs) end = end ? std::min(*end, *m_options.toMs) : *m_options.toMs;
+        if (end) m_length = *end - from;
+        m_start = {av_rescale_q(m_start.ticks, m_start.base, kMicroseconds) +
+                       av_rescale_q(from, kMilliseconds, kMicroseconds),
+                   kMicroseconds};
+        if (m_options.toMs) m_end = Moment{*m_options.toMs - from, kMilliseconds};
+    }
+
+    static int64_t Pieces(int64_t milliseconds) { return milliseconds * kPiecesASecond / 1000; }
+
+    RenderResult Change(const Plugin& plugin, ProgressMeter& progress) {
+        MediaManager manager(&m_cancel);
+        RequireSounds(manager, m_options.audioEffects);
+        const auto length =
+            static_cast<uint32_t>(std::clamp<int64_t>(m_length.value_or(kUnknownLengthMs), 0, INT_MAX));
+        const std::optional<Moment> start = m_options.fromMs ? std::optional(m_start) : std::nullopt;
+        const SoundJob job{
+            plugin, &manager, m_options.audioEffects, m_options.audioCodec, length, true, false, start,
+            m_end,  m_cancel};
+        std::vector<std::unique_ptr<SoundLane>> lanes;
+        lanes.reserve(m_streams.size());
+        for (const AVStream* stream : m_streams)
+            lanes.push_back(
+                std::make_unique<SoundLane>(job, m_plan, SourceRequest{m_options.input}, stream, m_output));
+        for (const auto& lane : lanes) m_reporter.Note(lane->Summary());
+        m_output.Start(m_options.overwrite, m_cancel);
+        RenderResult result;
+        Moment written{-1};
+        for (int64_t seconds = 1;; ++seconds) {
+            CheckCancel(m_cancel);
+            const Moment until{seconds, {1, 1}};
+            if (m_end && until >= *m_end) break;
+            Moment latest;
+            for (const auto& lane : lanes) {
+                lane->WriteUntil(until);
+                latest = std::max(latest, lane->Written());
+            }
+            if (!(written < latest)) break; // all have come to their ends
+            written = latest;
+            progress.Report(PiecesOf(latest), false);
+        }
+        Moment end;
+        DamageReport found;
+        for (const auto& lane : lanes) {
+            lane->Complete(m_end);
+            end = std::max(end, lane->Written());
+            found.Add(lane->Damage());
+        }
+        if (end.ticks == 0)
+            throw Error(ErrorKind::Input, m_options.input + " holds no sound that can be decoded" +
+                                              (m_options.fromMs || m_options.toMs ? " in that span" : ""));
+        m_output.Finish();
+        result.frames = PiecesOf(end);
+        found.Add(manager.Damage());
+        result.inputDamage = Damage(end, std::move(found));
+        return result;
+    }
+
+    static int64_t PiecesOf(const Moment& moment) {
+        return av_rescale_q(moment.ticks, moment.base, {1, kPiecesASecond});
+    }
+
+    // Sound that the container can't hold is encoded, and then all of it.
+    bool HoldsAll() {
+        for (const AVStream* stream : m_streams) {
+            const AVCodecID codec = stream->codecpar->codec_id;
+            if (HoldsAsIs(m_plan, *stream->codecpar)) continue;
+            RequireRereadable(m_options.input);
+            m_reporter.Note("." + m_plan.Kind() + " files can't hold the " + avcodec_get_name(codec) +
+                            " sound as it is");
+            return false;
+        }
+        return true;
+    }
+
+    // Packets can be left out whole only; what loses nothing by being encoded again is cut to the sample.
+    bool CutsSamples() const {
+        if (!m_options.fromMs && !m_options.toMs) return false;
+        return std::ranges::all_of(m_streams, [this](const AVStream* stream) {
+            const AVCodecID codec = stream->codecpar->codec_id;
+            const AVCodecDescriptor* const about = avcodec_descriptor_get(codec);
+            return about && (about->props & AV_CODEC_PROP_LOSSLESS) && HoldsSound(m_plan, codec) &&
+                   avcodec_find_encoder(codec);
+        });
+    }
+
+    RenderResult Copy(ProgressMeter& progress) {
+        std::vector<AVStream*> targets(m_input->nb_streams);
+        for (AVStream* stream : m_streams) {
+            RequireCopy(*stream);
+            targets[static_cast<size_t>(stream->index)] = AddCopiedStream(m_output, *stream);
+        }
+        m_output.Start(m_options.overwrite, m_cancel);
+        const mediabridge::AVPacketPtr packet(av_packet_alloc());
+        if (!packet) throw Error(ErrorKind::Output, "out of memory");
+        Moment end;
+        int64_t refused = 0;
+        for (; ReadPacket(m_input, *packet) >= 0; av_packet_unref(packet.get())) {
+            const auto index = static_cast<size_t>(packet->stream_index);
+            AVStream* const target = index < targets.size() ? targets[index] : nullptr;
+            if (!target) continue;
+            const AVRational base = m_input->streams[index]->time_base;
+            const int64_t start = av_rescale_q(m_start.ticks, m_start.base, base);
+            if (packet->pts != AV_NOPTS_VALUE) {
+                const Moment begin{packet->pts - start, base};
+                if (m_options.fromMs && begin.ticks < 0) continue;
+                if (m_end && begin >= *m_end) continue;
+                end = std::max(end, Moment{begin.ticks + packet->duration, base});
+            }
+            if (m_options.fromMs && packet->pts != AV_NOPTS_VALUE) packet->pts -= start;
+            if (m_options.fromMs && packet->dts != AV_NOPTS_VALUE) packet->dts -= start;
+            packet->stream_index = target->index;
+            packet->pos = -1;
+            av_packet_rescale_ts(packet.get(), base, target->time_base);
+            if (!m_output.WriteCopied(packet.get())) ++refused;
+            progress.Report(PiecesOf(end), false);
+        }
+        if (m_interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+        m_output.Finish();
+        return {PiecesOf(end), Damage(end, CopyDamage(m_options.input, refused))};
+    }
+
+    void RequireCopy(const AVStream& stream) const {
+        if (stream.codecpar->sample_rate <= 0)
+            throw Error(ErrorKind::Input, m_options.input + " holds no sound that can be decoded");
+    }
+
+    // Formats that guess their length can't tell that a part is missing.
+    std::optional<std::string> Damage(const Moment& end, DamageReport found) const {
+        constexpr int64_t kToleranceMs = 100;
+        const bool guessed = m_input->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
+        DamageReport all;
+        if (m_length && !guessed && end < Moment{*m_length - kToleranceMs, kMilliseconds})
+            all.Add(m_options.input, "the clip ends early: at " +
+                                         SecondsText(av_rescale_q(end.ticks, end.base, kMilliseconds)) +
+                                         " of " + SecondsText(*m_length));
+        all.Add(m_input.get_deleter().damage->Report());
+        all.Add(found);
+        return all.Text();
+    }
+
+    const RenderOptions& m_options;
+    const OutputPlan& m_plan;
+    const std::atomic<bool>& m_cancel;
+    Reporter m_reporter;
+    ReadInterrupt m_interrupt;
+    InputContextPtr m_input;
+    std::vector<AVStream*> m_streams; ///< of sound, that go into the output
+    Container m_output;
+    Moment m_start;                     ///< of the span, in the file's times
+    std::optional<Moment> m_end;        ///< of the span from its start, where it is asked for
+    std::optional<int64_t> m_announced; ///< length of the whole sound, in milliseconds
+    std::optional<int64_t> m_length;    ///< of the span, in milliseconds
+};
+
+} // namespace
+
+bool ChangesSound(const RenderOptions& options) {
+    return !options.audioEffects.empty() || !options.audioCodec.empty();
+}
+
+bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const std::atomic<bool>& cancel) {
+    if (plan.IsSound()) return true;
+    struct stat info = {};
+    if (stat(options.input.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+    ReadInterrupt interrupt{&cancel, std::nullopt};
+    const InputContextPtr input = OpenInput(options.input, interrupt);
+    return !FindPictures(*input, {options.input}) && !HasNoSound(*input);
+}
+
+RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
+                         const RenderObserver& observer, const std::atomic<bool>& cancel) {
+    RequireSoundOptions(options, plan);
+    return SoundRender(options, plan, observer, cancel).Run(plugin);
+}
+
+SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
+                     const SoundSpan& span, const std::atomic<bool>& cancel) {
+    constexpr AVRational kNanoseconds{1, 1'000'000'000};
+    const Moment clip = span.source.Start();
+    const int64_t start = av_rescale_q(span.start, span.source.Pictures().time_base, kNanoseconds);
+    std::optional<Moment> end;
+    if (options.toMs) end = {av_rescale_q(*options.toMs, kMilliseconds, kNanoseconds) - start, kNanoseconds};
+    return {plugin,
+            manager,
+            options.audioEffects,
+            options.audioCodec,
+            span.lengthMs,
+            ChangesSound(options),
+            BringsSound(options.audioEffects),
+            Moment{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + start, kNanoseconds},
+            end,
+            cancel};
+}
+
+} // namespace aveffect

@@ -1,0 +1,30 @@
+#pragma once
+/// Renders of sound alone.
+#include "host/jobs/render.h"
+#include "host/output/output_plan.h"
+#include "host/sound/sound_lane.h"
+
+namespace aveffect {
+
+/// Whether sound is decoded and encoded again rather than copied.
+bool ChangesSound(const RenderOptions& options);
+
+/// Whether there are no pictures to render: the output holds none, or the input, an ordinary file, has none
+/// but has sound. Throws Error (Input, Interrupted).
+bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const std::atomic<bool>& cancel);
+
+/// As Render for such options; the plan and the names have been checked.
+RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
+                         const RenderObserver& observer, const std::atomic<bool>& cancel);
+
+/// What of a clip's pictures is rendered.
+struct SoundSpan {
+    const Source& source;
+    int64_t start;     ///< as SpanReader::Start
+    uint32_t lengthMs; ///< that the effects are told of
+};
+/// What becomes of the sound that lies beside pictures. The options outlive it.
+SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
+                     const SoundSpan& span, const std::atomic<bool>& cancel);
+
+} // namespace aveffect

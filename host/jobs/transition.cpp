@@ -1,0 +1,138 @@
+#include "host/jobs/transition.h"
+
+#include <iterator>
+#include <tuple>
+#include <utility>
+
+#include "host/effects/media_check.h"
+#include "host/effects/transition_frame.h"
+#include "host/jobs/reel_film.h"
+#include "host/media/media_manager.h"
+#include "host/output/film.h"
+
+namespace aveffect {
+namespace {
+
+using mediabridge::AVFramePtr;
+
+/// Where the result's pictures begin to be others. Each is rounded for itself, so that the whole is as long
+/// as was asked for.
+struct Marks {
+    int64_t begin; ///< of the transition's span
+    int64_t start; ///< of the transition in it
+    int64_t end;   ///< of both
+    int64_t count; ///< of all pictures
+};
+
+Marks MarksOf(const TransitionOptions& options, AVRational rate) {
+    const auto at = [&](int64_t milliseconds) {
+        return PicturesIn(options.holdBeforeMs + milliseconds, rate);
+    };
+    const Marks marks{at(0), at(options.startMs), at(options.durationMs),
+                      at(options.durationMs + options.holdAfterMs)};
+    RequirePictures(marks.end - marks.start, options.durationMs - options.startMs, rate);
+    return marks;
+}
+
+AVRational RateOf(const TransitionOptions& options, const std::atomic<bool>& cancel) {
+    if (options.rate) return {options.rate->pictures, options.rate->seconds};
+    return Source(ParseSourceUrl(options.first), Source::Others::None, 1, cancel).FrameRate();
+}
+
+/// A transition between two pictures that stand still.
+class StillTransition {
+public:
+    StillTransition(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
+                    const std::atomic<bool>& cancel)
+        : m_options(options)
+        , m_manager(&cancel)
+        , m_canvas(MakeCanvas())
+        , m_rate(NearestRate(plan, RateOf(options, cancel)))
+        , m_marks(MarksOf(options, m_rate))
+        , m_across(plugin, &m_manager,
+                   {TransitionSpec(options.film.transition, options.first, options.second, options.startMs,
+                                   options.durationMs)},
+                   static_cast<uint32_t>(options.durationMs))
+        , m_last(plugin, &m_manager,
+                 {TransitionSpec(options.film.transition, options.second, options.second, options.startMs,
+                                 options.durationMs)},
+                 static_cast<uint32_t>(options.durationMs)) {}
+
+    AVRational Rate() const { return m_rate; }
+    int64_t Pictures() const { return m_marks.count; }
+    DamageReport Damage() const { return m_manager.Damage(); }
+
+    AVFramePtr Draw(int64_t index) {
+        const int64_t time = av_rescale_q(index, av_inv_q(m_rate), kMilliseconds) - m_options.holdBeforeMs;
+        if (index < m_marks.end) return DrawTransition(m_across, m_canvas, time);
+        // Transitions go on beyond their end in ways of their own; before their start they show a picture.
+        return DrawTransition(m_last, m_canvas, m_options.startMs - 1);
+    }
+
+private:
+    Canvas MakeCanvas() {
+        Canvas canvas = RequirePicture(m_manager, m_options.first);
+        RequirePicture(m_manager, m_options.second);
+        m_manager.Match(canvas);
+        if (m_options.size)
+            std::tie(canvas.width, canvas.height) = std::pair(m_options.size->width, m_options.size->height);
+        return canvas;
+    }
+
+    const TransitionOptions& m_options;
+    MediaManager m_manager;
+    Canvas m_canvas;
+    AVRational m_rate;
+    Marks m_marks;
+    EffectChain m_across;
+    EffectChain m_last; ///< from the second picture to itself
+};
+
+RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
+                         Reporter& reporter, const std::atomic<bool>& cancel) {
+    StillTransition transition(plugin, options, plan, cancel);
+    const FilmPictures pictures{transition.Pictures(), [&](int64_t index) { return transition.Draw(index); },
+                                [&] { return transition.Damage(); }};
+    FilmSetup setup{plan, transition.Rate(), options.film.overwrite};
+    return RenderFilm(plugin, std::move(setup), pictures, transition.Draw(0), reporter, cancel);
+}
+
+/// Both clips play; see TransitionOptions::live.
+RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
+                        Reporter& reporter, const std::atomic<bool>& cancel) {
+    const ClipScan first = ScanClip(options.first, cancel);
+    const ClipScan second = ScanClip(options.second, cancel);
+    const AVRational rate = NearestRate(
+        plan, options.rate ? AVRational{options.rate->pictures, options.rate->seconds} : first.rate);
+    const Marks marks = MarksOf(options, rate);
+    const ReelPart parts[] = {{&first, marks.end}, {&second, marks.count - marks.start}};
+    for (const auto& [clip, pictures] : parts)
+        if (!clip->still && clip->PicturesAt(rate) < pictures)
+            throw Error(ErrorKind::Usage,
+                        clip->request.path + " lasts " + SecondsText(clip->LengthMs()) + ", but " +
+                            SecondsText(av_rescale_q(pictures, av_inv_q(rate), kMilliseconds)) +
+                            " of it are asked for");
+    ReelSetup reel{
+        options.film.transition, rate, marks.end - marks.start, {std::begin(parts), std::end(parts)}};
+    reel.size = options.size;
+    reel.squarePixels = true;
+    reel.threads = options.film.threads;
+    return RenderReel(plugin, options.film, plan, reel, reporter, cancel);
+}
+
+} // namespace
+
+RenderResult RenderTransition(const Plugin& plugin, const TransitionOptions& options,
+                              const RenderObserver& observer, const std::atomic<bool>& cancel) {
+    Reporter reporter(observer);
+    const OutputPlan plan = PlanFilm(options.film, {options.first, options.second});
+    if (options.durationMs < 1) throw Error(ErrorKind::Usage, "the transition has no duration");
+    if (options.startMs >= options.durationMs)
+        throw Error(ErrorKind::Usage, "the transition starts at " + SecondsText(options.startMs) +
+                                          ", which is not before its end at " +
+                                          SecondsText(options.durationMs));
+    return options.live ? RenderLive(plugin, options, plan, reporter, cancel)
+                        : RenderStill(plugin, options, plan, reporter, cancel);
+}
+
+} // namespace aveffect

@@ -1,0 +1,87 @@
+#pragma once
+/// Clips made of transitions: between two pictures or clips, as a sheet of samples, and at the seams of a row
+/// of clips. Pictures and clips are named by source URLs (a path, and "?vstreamid=1" for one of its streams).
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/jobs/render.h"
+
+namespace aveffect {
+
+/// In pixels.
+struct PictureSize {
+    int width = 0, height = 0;
+};
+
+/// Pictures a second.
+struct PictureRate {
+    int pictures = 25, seconds = 1;
+};
+
+/// What the clips have in common.
+struct FilmOptions {
+    std::string output;
+    std::string transition; ///< an effect's name
+    std::string videoCodec; ///< encoder or codec name; empty: the container's usual one
+    std::string soundCodec; ///< likewise
+    std::optional<double> crf;
+    std::string preset;
+    std::string outputFormat; ///< pixel format of the output; empty: what suits the codec
+    unsigned threads = 0;     ///< of each decoder and of the encoder; 0: as many as there are processors
+    bool overwrite = false;
+};
+
+struct TransitionOptions {
+    FilmOptions film;
+    std::string first, second;
+    int64_t durationMs = 1000; ///< of the span in which the transition lies; above 0
+    int64_t startMs =
+        0; ///< when it begins in the span, the first picture being shown before; below durationMs
+    int64_t holdBeforeMs = 0;             ///< the first picture before the span
+    int64_t holdAfterMs = 0;              ///< the second one after it
+    std::optional<PictureSize> size = {}; ///< absent: the first one's, upright and of square pixels
+    std::optional<PictureRate> rate = {}; ///< absent: the first one's, 25 for a still picture
+    /// Both clips play from their beginnings, the first from the start of the result, the second from the
+    /// start of the transition, and their sound is faded over with it. Without it a clip's first picture
+    /// stands for it, without sound.
+    bool live = false;
+};
+
+/// Renders a transition from one picture to another. Throws Error. As for Render(), the output appears under
+/// its name only when it is whole, cancelling ends soon, and memory use does not grow with the length.
+RenderResult RenderTransition(const Plugin& plugin, const TransitionOptions& options,
+                              const RenderObserver& observer, const std::atomic<bool>& cancel);
+
+struct JoinOptions {
+    FilmOptions film;
+    std::vector<std::string> clips; ///< two or more
+    int64_t durationMs = 1000;      ///< of each transition; above 0
+};
+
+/// Renders clips one after the other, the end of each crossing into the beginning of the next with a
+/// transition, sound and all. Pictures are fitted to the first clip's size and rate, sound to that of the
+/// first clip that has any; clips without count as silent. As RenderTransition() otherwise.
+RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
+                        const std::atomic<bool>& cancel);
+
+struct SheetOptions {
+    std::string first, second;
+    std::string output;              ///< a still picture
+    std::optional<PictureSize> tile; ///< size of one sample; absent: the first picture's shape, 160 at most
+    bool overwrite = false;
+};
+
+/// Renders a picture of all transitions between two pictures: one row for each, in the catalogue's order,
+/// eight moments across. Throws Error.
+RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, const RenderObserver& observer,
+                         const std::atomic<bool>& cancel);
+
+/// The catalogue's transitions, in its order.
+std::vector<const AVBased::EffectInfo*> AllTransitions();
+
+/// Throws Error (Usage) that lists the transitions unless the name is one of theirs.
+void RequireTransition(const std::string& name);
+
+} // namespace aveffect

@@ -1,0 +1,43 @@
+#include "host/media/clip_player.h"
+
+#include <utility>
+
+#include "host/support/error.h"
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+
+ClipPlayer::ClipPlayer(const ClipScan& scan, AVRational rate, unsigned threads,
+                       const std::atomic<bool>& cancel)
+    : m_source(scan.request, Source::Others::None, threads, cancel)
+    , m_interval(av_inv_q(rate)) {
+    Read();
+    if (!m_next) throw Error(ErrorKind::Input, scan.request.path + " holds no picture that can be decoded");
+}
+
+// Reads the next picture; the one that was next stays shown at the clip's end.
+void ClipPlayer::Read() {
+    if (m_next) m_shown = std::move(m_next);
+    std::optional<SourceItem> item = m_source.Next();
+    if (!item) return;
+    ++m_read;
+    const AVRational base = m_source.Pictures().time_base;
+    m_end = {item->picture->pts + item->picture->pkt_duration, base};
+    m_next = std::move(item->picture);
+}
+
+AVFramePtr ClipPlayer::At(int64_t tick) {
+    const AVRational base = m_source.Pictures().time_base;
+    bool changed = false;
+    while (m_next && (!m_shown || av_rescale_q(m_next->pts, base, m_interval) <= tick)) {
+        Read();
+        changed = true;
+    }
+    if (changed) m_shown = m_upright.Apply(std::move(m_shown), m_source.Pictures());
+    AVFramePtr picture(av_frame_clone(m_shown.get()));
+    if (!picture) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");
+    return picture;
+}
+
+} // namespace aveffect

@@ -1,0 +1,36 @@
+#pragma once
+/// A clip's pictures at another rate.
+#include <optional>
+
+#include "host/media/clip_scan.h"
+#include "host/picture/orientation.h"
+
+namespace aveffect {
+
+/// Tells which of a clip's pictures is shown at each tick of a constant rate, upright. Used by one thread at
+/// a time.
+class ClipPlayer {
+public:
+    /// Throws Error (Input, Interrupted).
+    ClipPlayer(const ClipScan& scan, AVRational rate, unsigned threads, const std::atomic<bool>& cancel);
+
+    /// The picture of a tick, counted from the clip's start; ticks only go up. Pictures count from the tick
+    /// nearest to their time; before the first and after the last picture those are shown.
+    mediabridge::AVFramePtr At(int64_t tick);
+
+    /// What was found to be wrong with the clip so far.
+    DamageReport Damage() const { return m_source.Damage(m_read, m_end, !m_next); }
+
+private:
+    void Read();
+
+    Source m_source;
+    AVRational m_interval; ///< seconds a tick
+    Upright m_upright;
+    mediabridge::AVFramePtr m_shown;
+    mediabridge::AVFramePtr m_next; ///< null at the end
+    int64_t m_read = 0;
+    Moment m_end; ///< of the last picture read
+};
+
+} // namespace aveffect

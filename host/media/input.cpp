@@ -1,0 +1,187 @@
+#include "host/media/input.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+#include "host/media/device.h"
+#include "host/support/error.h"
+#include "host/support/log_capture.h"
+
+namespace aveffect {
+namespace {
+
+// Gives the plain reasons (missing, a directory, empty) their plain words before the container library is
+// asked.
+void CheckFile(const std::string& path) {
+    struct stat info = {};
+    if (stat(path.c_str(), &info) != 0)
+        throw Error(ErrorKind::Input, errno == ENOENT ? path + ": no such file"
+                                                      : path + " can't be read: " + std::strerror(errno));
+    if (S_ISDIR(info.st_mode)) throw Error(ErrorKind::Input, path + " is a directory, not a clip");
+    if (access(path.c_str(), R_OK) != 0)
+        throw Error(ErrorKind::Input, path + " can't be read: " + std::strerror(errno));
+    if (S_ISREG(info.st_mode) && info.st_size == 0)
+        throw Error(ErrorKind::Input, path + " is empty (0 bytes)");
+}
+
+[[noreturn]] void ThrowNoMedia(const std::string& path, int code) {
+    const std::string detail = TakeLibraryError();
+    const std::string reason = detail.empty() ? AvText(code) : detail;
+    throw Error(ErrorKind::Input, code == AVERROR_INVALIDDATA
+                                      ? path + " is no clip or picture that can be read: " + reason
+                                      : path + " can't be read: " + AvText(code));
+}
+
+// VP8 and VP9 keep their alpha beside the picture, where only the decoders of libvpx look.
+const AVCodec* FindDecoder(const AVStream& stream) {
+    const AVCodecID id = stream.codecpar->codec_id;
+    const AVDictionaryEntry* alpha = av_dict_get(stream.metadata, "alpha_mode", nullptr, 0);
+    if (alpha && std::string_view(alpha->value) == "1") {
+        const char* name = id == AV_CODEC_ID_VP9 ? "libvpx-vp9" : id == AV_CODEC_ID_VP8 ? "libvpx" : nullptr;
+        if (name)
+            if (const AVCodec* decoder = avcodec_find_decoder_by_name(name)) return decoder;
+    }
+    return avcodec_find_decoder(id);
+}
+
+} // namespace
+
+bool ReadInterrupt::Due() const noexcept {
+    return (cancel && cancel->load(std::memory_order_relaxed)) ||
+           (deadline && std::chrono::steady_clock::now() >= *deadline);
+}
+
+AVIOInterruptCB ReadInterrupt::Callback() noexcept {
+    return {[](void* self) { return static_cast<const ReadInterrupt*>(self)->Due() ? 1 : 0; }, this};
+}
+
+bool IsLocalPath(const std::string& path) {
+    if (access(path.c_str(), F_OK) == 0) return true;
+    return path.find("://") == std::string::npos;
+}
+
+void RequireRereadable(const std::string& path) {
+    if (IsDevice(path))
+        throw Error(ErrorKind::Input, path + " is no ordinary file; clips are read more than once here");
+}
+
+InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
+    CaptureLibraryLog();
+    TakeLibraryError();
+    const bool local = IsLocalPath(path);
+    // A pattern of numbered pictures ("shot%03d.png") is no file of its own but opens as one clip.
+    if (local && !(av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0)) CheckFile(path);
+
+    DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context) throw Error(ErrorKind::Input, path + ": out of memory");
+    auto damage = std::make_unique<InputDamage>(path);
+    context->interrupt_callback = interrupt.Callback();
+    context->pb = device.get();
+    // The prefix keeps a name like "a:b.mp4" from being taken for a protocol.
+    const std::string url = local ? "file:" + path : path;
+    int code = avformat_open_input(&context, url.c_str(), nullptr, nullptr); // frees the context on failure
+    if (code < 0) {
+        if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+        ThrowNoMedia(path, code);
+    }
+    context->opaque = &damage->Lines();
+    InputContextPtr input(context, InputContextDeleter{std::move(device), std::move(damage)});
+    // Plain text opens as a terminal recording, which nobody means.
+    if (std::string_view(context->iformat->name) == "tty") ThrowNoMedia(path, AVERROR_INVALIDDATA);
+    code = avformat_find_stream_info(context, nullptr);
+    if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+    if (code < 0) ThrowNoMedia(path, code);
+    return input;
+}
+
+int ReadPacket(const InputContextPtr& input, AVPacket& packet) {
+    const int code = av_read_frame(input.get(), &packet);
+    InputDamage& damage = *input.get_deleter().damage;
+    if (code >= 0)
+        damage.Note(packet);
+    else if (code != AVERROR_EOF)
+        damage.NoteEnd(code);
+    return code;
+}
+
+Decoder::Decoder(const InputContextPtr& input, const AVStream& stream, unsigned threads)
+    : m_path(input.get_deleter().damage->Path()) {
+    const std::string& path = m_path;
+    const AVCodec* codec = FindDecoder(stream);
+    if (!codec)
+        throw Error(ErrorKind::Input,
+                    path + ": no decoder for " + avcodec_get_name(stream.codecpar->codec_id));
+    m_context.reset(avcodec_alloc_context3(codec));
+    if (!m_context) throw Error(ErrorKind::Input, path + ": out of memory");
+    int code = avcodec_parameters_to_context(m_context.get(), stream.codecpar);
+    if (code >= 0) {
+        m_context->pkt_timebase = stream.time_base;
+        m_context->opaque = &m_lines;
+        m_context->err_recognition = AV_EF_CRCCHECK;
+        m_context->thread_count = static_cast<int>(std::min(threads, 64u));
+        TakeLibraryError();
+        code = avcodec_open2(m_context.get(), codec, nullptr);
+    }
+    if (code < 0)
+        throw Error(ErrorKind::Input,
+                    path + ": the " + std::string(codec->name) + " decoder can't start: " + AvText(code));
+}
+
+void Decoder::Send(const AVPacket* packet) {
+    const int code = avcodec_send_packet(m_context.get(), packet);
+    if (code < 0 && code != AVERROR_EOF) ++m_failures;
+}
+
+mediabridge::AVFramePtr Decoder::Receive() {
+    mediabridge::AVFramePtr frame(av_frame_alloc());
+    if (!frame) throw Error(ErrorKind::Input, "out of memory");
+    // A damaged picture makes one call fail and the next one go on; a decoder that never recovers is given
+    // up.
+    for (int attempt = 0; attempt < 64; ++attempt) {
+        const int code = avcodec_receive_frame(m_context.get(), frame.get());
+        if (code >= 0) {
+            Note(*frame);
+            return frame;
+        }
+        if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return nullptr;
+        ++m_failures;
+    }
+    return nullptr;
+}
+
+void Decoder::Note(const AVFrame& frame) {
+    if (frame.decode_error_flags || (frame.flags & AV_FRAME_FLAG_CORRUPT)) ++m_hidden;
+}
+
+void Decoder::ForgetDamageBefore(const AVFrame& frame) {
+    const AVCodecDescriptor* const about = avcodec_descriptor_get(m_context->codec_id);
+    if (about && (about->props & AV_CODEC_PROP_INTRA_ONLY)) return;
+    m_lines.Forget();
+    m_failures = m_hidden = 0;
+    Note(frame);
+}
+
+DamageReport Decoder::Damage() const {
+    DamageReport report;
+    const std::string subject = m_path + ": the " + m_context->codec->name + " decoder";
+    const int64_t errors = std::max(m_failures, m_lines.Count());
+    if (errors > 0)
+        report.Add(subject, std::to_string(errors) + (errors == 1 ? " error" : " errors") +
+                                (m_lines.Count() > 0 ? ", \"" + m_lines.First() + "\"" : ""));
+    if (m_hidden > 0) {
+        const bool pictures = m_context->codec_type == AVMEDIA_TYPE_VIDEO;
+        report.Add(subject, "damage in " + std::to_string(m_hidden) + (pictures ? " picture" : " piece") +
+                                (m_hidden == 1 ? "" : "s") + (pictures ? "" : " of sound"));
+    }
+    return report;
+}
+
+void Decoder::Flush() { avcodec_flush_buffers(m_context.get()); }
+
+} // namespace aveffect

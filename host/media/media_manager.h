@@ -1,0 +1,43 @@
+#pragma once
+/// The host's media access for processors: IAVManager on libavformat and libavcodec.
+#include <atomic>
+#include <memory>
+
+#include "aveffect/media.h"
+#include "host/media/damage.h"
+#include "host/picture/fitting.h"
+
+namespace aveffect {
+
+class OpenReaders;
+
+/// Opens anything the installed libraries read. A URL is a path or protocol URL, optionally followed by "?"
+/// and key=value pairs joined by "&", of which "vstreamid" and "astreamid" select streams by their index in
+/// the file (bit 29 of the number is a flag and not part of the index). Pictures come in BGRA, brought there
+/// by the matrix and range that they say, upright, and of square pixels unless others are asked for; sound
+/// comes in one of the boundary's sample formats.
+///
+/// Different threads may open sources at the same time, but not while it is told to match. Readers outlive it
+/// safely.
+class MediaManager final : public AVBased::IAVManager {
+public:
+    /// The flag, if any, ends all waiting for sources; it outlives the manager and its readers.
+    explicit MediaManager(const std::atomic<bool>* cancel = nullptr);
+
+    /// Pictures of sources that are opened from now on have pixels of this canvas's shape and its primaries
+    /// and transfer.
+    void Match(const Canvas& canvas) { m_canvas = canvas; }
+
+    AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
+                                   unsigned* height, unsigned* duration) override;
+
+    /// What was found to be wrong with the sources so far. Call while nobody reads.
+    DamageReport Damage() const;
+
+private:
+    const std::atomic<bool>* m_cancel;
+    Canvas m_canvas;
+    std::shared_ptr<OpenReaders> m_readers;
+};
+
+} // namespace aveffect

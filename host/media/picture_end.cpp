@@ -1,0 +1,159 @@
+/// Where files of single pictures end.
+#include <algorithm>
+
+#include "host/media/file_end.h"
+
+namespace aveffect {
+namespace {
+
+/// Behind GIF's blocks of up to 255 bytes, of which the last is empty.
+int64_t SkipBlocks(FileBytes& file, int64_t position) {
+    while (position < file.Size()) {
+        const int64_t length = file.At(position);
+        position += 1 + length;
+        if (length == 0) break;
+    }
+    return position;
+}
+
+int64_t GifColours(uint8_t flags) { return flags & 0x80 ? int64_t{3} << ((flags & 7) + 1) : 0; }
+
+/// TIFF's numbers in either order.
+struct TiffFile {
+    FileBytes& bytes;
+    bool big;
+
+    int64_t Number(int64_t position, int length) const {
+        return big ? bytes.Big(position, length) : bytes.Little(position, length);
+    }
+};
+
+int64_t TiffSize(int64_t type) {
+    static constexpr int kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
+    return type < 13 ? kSizes[type] : 0;
+}
+
+/// The end of what a directory points at.
+int64_t TiffDirectoryEnd(const TiffFile& tiff, int64_t directory) {
+    constexpr int64_t kStripOffsets = 273, kStripBytes = 279, kTileOffsets = 324, kTileBytes = 325;
+    struct List {
+        int64_t at = 0, count = 0, size = 0;
+    } offsets, lengths;
+    const int64_t entries = tiff.Number(directory, 2);
+    int64_t end = directory + 2 + 12 * entries + 4;
+    if (end > tiff.bytes.Size()) return end;
+    for (int64_t entry = directory + 2; entry < end - 4; entry += 12) {
+        const int64_t tag = tiff.Number(entry, 2), size = TiffSize(tiff.Number(entry + 2, 2));
+        const int64_t count = tiff.Number(entry + 4, 4);
+        const bool inside = size * count <= 4;
+        const int64_t at = inside ? entry + 8 : tiff.Number(entry + 8, 4);
+        end = std::max(end, inside ? 0 : at + size * count);
+        if (tag == kStripOffsets || tag == kTileOffsets) offsets = {at, count, size};
+        if (tag == kStripBytes || tag == kTileBytes) lengths = {at, count, size};
+    }
+    if (end > tiff.bytes.Size() || offsets.count != lengths.count) return end;
+    for (int64_t index = 0; index < offsets.count; ++index)
+        end =
+            std::max(end, tiff.Number(offsets.at + index * offsets.size, static_cast<int>(offsets.size)) +
+                              tiff.Number(lengths.at + index * lengths.size, static_cast<int>(lengths.size)));
+    return end;
+}
+
+} // namespace
+
+int64_t GifEnd(FileBytes& file) {
+    constexpr uint8_t kExtension = 0x21, kImage = 0x2c, kTrailer = 0x3b;
+    int64_t position = 13 + GifColours(file.At(10));
+    while (position < file.Size()) {
+        const uint8_t kind = file.At(position);
+        if (kind == kTrailer) return position + 1;
+        if (kind == kExtension)
+            position = SkipBlocks(file, position + 2);
+        else if (kind == kImage)
+            position = SkipBlocks(file, position + 11 + GifColours(file.At(position + 9)));
+        else
+            return 0;
+    }
+    return kNoMark;
+}
+
+int64_t PngEnd(FileBytes& file) {
+    for (int64_t position = 8; position < file.Size();) {
+        const bool last = file.Says(position + 4, "IEND");
+        position += 12 + file.Big(position, 4);
+        if (last) return position;
+    }
+    return kNoMark;
+}
+
+// Markers with their lengths, and behind each start of a scan its bytes, in which 255 is followed by 0, by
+// one of the restart marks, or begins the next marker.
+int64_t JpegEnd(FileBytes& file) {
+    constexpr uint8_t kEnd = 0xd9, kScan = 0xda, kRestart = 0xd0, kLastWithoutLength = 0xd9;
+    bool scan = false;
+    for (int64_t position = 2; position + 1 < file.Size();) {
+        if (file.At(position) != 0xff) {
+            if (!scan) return 0;
+            ++position;
+            continue;
+        }
+        const uint8_t mark = file.At(position + 1);
+        if (mark == kEnd) return position + 2;
+        const bool stuffed = scan && mark < 0x80; // JPEG-LS stuffs one bit only
+        if (mark == 0xff) {
+            ++position;
+        } else if (stuffed || mark == 1 || (mark >= kRestart && mark <= kLastWithoutLength)) {
+            position += 2;
+        } else {
+            scan = mark == kScan;
+            position += 2 + file.Big(position + 2, 2);
+        }
+    }
+    return kNoMark;
+}
+
+int64_t TiffEnd(FileBytes& file) {
+    constexpr int kMostDirectories = 10000;
+    const TiffFile tiff{file, file.At(0) == 'M'};
+    int64_t end = 8;
+    int64_t directory = tiff.Number(4, 4);
+    for (int count = 0; directory != 0 && count < kMostDirectories; ++count) {
+        end = std::max(end, TiffDirectoryEnd(tiff, directory));
+        if (end > file.Size()) break;
+        directory = tiff.Number(directory + 2 + 12 * tiff.Number(directory, 2), 4);
+    }
+    return end;
+}
+
+int64_t QoiEnd(FileBytes& file) { return file.Big(file.Size() - 8, 8) == 1 ? 0 : kNoMark; }
+
+// Old files say no length.
+int64_t SunEnd(FileBytes& file) {
+    const int64_t length = file.Big(16, 4);
+    return length > 0 ? 32 + file.Big(28, 4) + length : 0;
+}
+
+// The header's properties, then a table of where the parts of the picture lie, of which the first may come
+// last. Files of several pictures are not looked at.
+int64_t ExrEnd(FileBytes& file) {
+    constexpr int64_t kTiled = 0x200, kSeveralOrDeep = 0x1800;
+    const int64_t flags = file.Little(4, 4);
+    if (flags & kSeveralOrDeep) return 0;
+    int64_t position = 8;
+    while (position < file.Size() && file.At(position) != 0) {
+        for (int text = 0; text < 2; ++text, ++position)
+            while (position < file.Size() && file.At(position) != 0) ++position;
+        position += 4 + file.Little(position, 4);
+    }
+    int64_t first = file.Size(), last = 0;
+    for (++position; position < first; position += 8) {
+        const int64_t part = file.Little(position, 8);
+        if (part == 0) return kNoMark; // writers fill the table in at the end
+        first = std::min(first, part);
+        last = std::max(last, part);
+    }
+    const int64_t head = flags & kTiled ? 16 : 4;
+    return last + head + 4 + (last + head + 4 <= file.Size() ? file.Little(last + head, 4) : 0);
+}
+
+} // namespace aveffect

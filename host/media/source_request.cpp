@@ -1,0 +1,72 @@
+#include "host/media/source_request.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <string_view>
+#include <unistd.h>
+
+#include "host/media/input.h"
+#include "host/support/error.h"
+
+namespace aveffect {
+namespace {
+
+/// Set by hosts in stream numbers; not part of the index.
+constexpr unsigned kStreamFlag = 1u << 29;
+
+std::optional<int> StreamIndex(std::string_view text) {
+    unsigned number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || (number & ~kStreamFlag) > INT_MAX)
+        return std::nullopt;
+    return static_cast<int>(number & ~kStreamFlag);
+}
+
+AVStream* RequireStream(AVFormatContext& input, const std::string& path, int index, AVMediaType type) {
+    AVStream* stream = index < static_cast<int>(input.nb_streams) ? input.streams[index] : nullptr;
+    if (stream && stream->codecpar->codec_type == type) return stream;
+    throw Error(ErrorKind::Input, path + ": stream " + std::to_string(index) + " is no " +
+                                      av_get_media_type_string(type) + " stream");
+}
+
+} // namespace
+
+SourceRequest ParseSourceUrl(const std::string& url) {
+    SourceRequest request{url};
+    const size_t mark = url.rfind('?');
+    if (mark == std::string::npos || access(url.c_str(), F_OK) == 0) return request;
+    std::string_view query = std::string_view(url).substr(mark + 1);
+    while (!query.empty()) {
+        const std::string_view pair = query.substr(0, query.find('&'));
+        query.remove_prefix(std::min(query.size(), pair.size() + 1));
+        const size_t equals = pair.find('=');
+        if (equals == std::string_view::npos) continue;
+        const std::string_view key = pair.substr(0, equals);
+        if (key != "vstreamid" && key != "astreamid") continue;
+        const std::optional<int> index = StreamIndex(pair.substr(equals + 1));
+        if (!index) throw Error(ErrorKind::Input, url + ": " + std::string(pair) + " names no stream");
+        (key == "vstreamid" ? request.videoStream : request.audioStream) = index;
+    }
+    // Other keys of a protocol's own URL are the server's.
+    if (IsLocalPath(url) || request.videoStream || request.audioStream) request.path = url.substr(0, mark);
+    return request;
+}
+
+AVStream* FindPictures(AVFormatContext& input, const SourceRequest& request) {
+    if (request.videoStream)
+        return RequireStream(input, request.path, *request.videoStream, AVMEDIA_TYPE_VIDEO);
+    const int index = av_find_best_stream(&input, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (index < 0 || (input.streams[index]->disposition & AV_DISPOSITION_ATTACHED_PIC)) return nullptr;
+    return input.streams[index];
+}
+
+AVStream* FindSound(AVFormatContext& input, const SourceRequest& request, const AVStream* pictures) {
+    if (request.audioStream)
+        return RequireStream(input, request.path, *request.audioStream, AVMEDIA_TYPE_AUDIO);
+    const int index =
+        av_find_best_stream(&input, AVMEDIA_TYPE_AUDIO, -1, pictures ? pictures->index : -1, nullptr, 0);
+    return index < 0 ? nullptr : input.streams[index];
+}
+
+} // namespace aveffect

@@ -1,0 +1,103 @@
+#include "host/output/container.h"
+
+#include <cstring>
+
+#include "host/support/error.h"
+#include "host/support/log_capture.h"
+
+namespace aveffect {
+namespace {
+
+// A file without a name can't be opened by one: who wants to read what was written gets it from the file.
+int OpenWritten(AVFormatContext* output, AVIOContext** io, const char*, int flags, AVDictionary**) {
+    if (flags != AVIO_FLAG_READ) return AVERROR(ENOSYS);
+    *io = static_cast<OutputFile*>(output->opaque)->OpenReader();
+    return *io ? 0 : AVERROR(ENOMEM);
+}
+
+int CloseWritten(AVFormatContext*, AVIOContext* io) {
+    OutputFile::CloseReader(io);
+    return 0;
+}
+
+} // namespace
+
+Container::Container(const OutputPlan& plan)
+    : m_target(plan.target)
+    , m_hasIndex(plan.HasIndex()) {
+    AVFormatContext* output = nullptr;
+    avformat_alloc_output_context2(&output, plan.muxer, nullptr, m_target.c_str());
+    m_output.reset(output);
+    if (!m_output) throw Error(ErrorKind::Output, "out of memory");
+    // FLAC in MP4, for example, which players have learned since it was called so.
+    m_output->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+}
+
+AVStream* Container::AddStream() {
+    AVStream* stream = avformat_new_stream(m_output.get(), nullptr);
+    if (!stream) throw Error(ErrorKind::Output, "out of memory");
+    return stream;
+}
+
+AVStream* Container::AddStream(const AVCodecContext& encoder) {
+    AVStream* stream = AddStream();
+    if (avcodec_parameters_from_context(stream->codecpar, &encoder) < 0)
+        throw Error(ErrorKind::Output, "out of memory");
+    stream->time_base = encoder.time_base;
+    stream->avg_frame_rate = encoder.framerate;
+    stream->sample_aspect_ratio = encoder.sample_aspect_ratio;
+    for (int index = 0; index < encoder.nb_coded_side_data; ++index) {
+        const AVPacketSideData& data = encoder.coded_side_data[index];
+        if (uint8_t* copy = av_stream_new_side_data(stream, data.type, data.size))
+            std::memcpy(copy, data.data, data.size);
+    }
+    return stream;
+}
+
+void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
+    m_file = std::make_unique<OutputFile>(m_target, overwrite, cancel);
+    m_output->pb = m_file->Io();
+    m_output->flags |= AVFMT_FLAG_CUSTOM_IO;
+    TakeLibraryError();
+    AVDictionary* options = nullptr;
+    if (m_hasIndex && m_file->Seekable()) {
+        m_output->opaque = m_file.get();
+        m_output->io_open = OpenWritten;
+        m_output->io_close2 = CloseWritten;
+        av_dict_set(&options, "movflags", "+faststart", 0);
+    }
+    const int code = avformat_write_header(m_output.get(), &options);
+    av_dict_free(&options);
+    if (code < 0) Fail(code);
+}
+
+void Container::Write(AVPacket* packet) {
+    const int code = av_interleaved_write_frame(m_output.get(), packet);
+    if (code < 0) Fail(code);
+}
+
+bool Container::WriteCopied(AVPacket* packet) {
+    const int code = av_interleaved_write_frame(m_output.get(), packet);
+    const bool refused = code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA;
+    if (code < 0 && !refused) Fail(code);
+    m_file->Require(0, "can't be written");
+    if (refused) TakeLibraryError();
+    return !refused;
+}
+
+void Container::Finish() {
+    const int code = av_write_trailer(m_output.get());
+    if (code < 0) Fail(code);
+    m_file->Require(0, "can't be written");
+}
+
+// What is no fault of the file itself is the container's word on what it was asked to hold.
+void Container::Fail(int code) {
+    m_file->Require(0, "can't be written");
+    const std::string detail = TakeLibraryError();
+    throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
+                m_target + " can't be written: " + AvText(code) +
+                    (detail.empty() ? "" : " (" + detail + ")"));
+}
+
+} // namespace aveffect

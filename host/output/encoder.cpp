@@ -1,0 +1,162 @@
+#include "host/output/encoder.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <tuple>
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+#include "host/picture/light_metadata.h"
+#include "host/support/error.h"
+#include "host/support/log_capture.h"
+
+namespace aveffect {
+namespace {
+
+constexpr std::string_view kX26Presets[] = {"ultrafast", "superfast", "veryfast", "faster",   "fast",
+                                            "medium",    "slow",      "slower",   "veryslow", "placebo"};
+
+// Encoders whose default is a bit rate of the 1990s get a constant, good quality instead.
+int UsualQuantizer(AVCodecID id) {
+    switch (id) {
+    case AV_CODEC_ID_MPEG1VIDEO:
+    case AV_CODEC_ID_MPEG2VIDEO:
+    case AV_CODEC_ID_MPEG4:
+    case AV_CODEC_ID_MSMPEG4V2:
+    case AV_CODEC_ID_MSMPEG4V3:
+    case AV_CODEC_ID_H263:
+    case AV_CODEC_ID_H263P:
+    case AV_CODEC_ID_FLV1:
+    case AV_CODEC_ID_WMV1:
+    case AV_CODEC_ID_WMV2:
+        return 3;
+    case AV_CODEC_ID_MJPEG:
+        return 2;
+    case AV_CODEC_ID_THEORA:
+        return 8;
+    default:
+        return 0;
+    }
+}
+
+} // namespace
+
+Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing)
+    : m_codec(plan.encoder.codec)
+    , m_context(avcodec_alloc_context3(plan.encoder.codec)) {
+    if (!m_context) throw Error(ErrorKind::Output, "out of memory");
+    m_context->width = sample.width;
+    m_context->height = sample.height;
+    m_context->pix_fmt = static_cast<AVPixelFormat>(sample.format);
+    m_context->sample_aspect_ratio = sample.sample_aspect_ratio;
+    m_context->color_range = sample.color_range;
+    m_context->colorspace = sample.colorspace;
+    m_context->color_primaries = sample.color_primaries;
+    m_context->color_trc = sample.color_trc;
+    m_context->chroma_sample_location = sample.chroma_location;
+    m_context->time_base = timing.base;
+    m_context->framerate = timing.rate;
+    m_context->thread_count = static_cast<int>(std::min(plan.encoder.threads, 64u));
+    if (plan.muxer && (plan.muxer->flags & AVFMT_GLOBALHEADER))
+        m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    SetInterlacing(sample, timing.fieldOrder);
+    SetPrivate(sample);
+    SetQuality(plan.encoder);
+    TakeLibraryError();
+    const int code = avcodec_open2(m_context.get(), plan.encoder.codec, nullptr);
+    if (code < 0) Fail("can't start", code);
+}
+
+void Encoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
+    if (!sample.interlaced_frame) {
+        m_context->field_order = AV_FIELD_PROGRESSIVE;
+        return;
+    }
+    const AVFieldOrder fromFrame = sample.top_field_first ? AV_FIELD_TT : AV_FIELD_BB;
+    const bool said = order != AV_FIELD_UNKNOWN && order != AV_FIELD_PROGRESSIVE;
+    m_context->field_order = said ? order : fromFrame;
+    const AVCodecID id = m_codec->id;
+    if (id == AV_CODEC_ID_H264 || id == AV_CODEC_ID_MPEG2VIDEO || id == AV_CODEC_ID_MPEG4)
+        m_context->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
+}
+
+void Encoder::SetPrivate(const AVFrame& sample) {
+    const std::string light = LightSettings(m_codec->name, sample);
+    av_opt_set(m_context->priv_data, "x264-params", light.c_str(), 0);
+    // x265 prints on its own unless told not to.
+    const std::string quiet = "log-level=none" + (light.empty() ? "" : ":" + light);
+    av_opt_set(m_context->priv_data, "x265-params", quiet.c_str(), 0);
+}
+
+void Encoder::SetQuality(const EncoderChoice& choice) {
+    // x264 prints a complaint of its own about a preset that it does not know.
+    const bool x26 = std::string_view(m_codec->name).starts_with("libx26");
+    const bool known = !x26 || std::ranges::find(kX26Presets, choice.preset) != std::end(kX26Presets);
+    if (!choice.preset.empty() &&
+        (!known || av_opt_set(m_context->priv_data, "preset", choice.preset.c_str(), 0) < 0))
+        throw Error(ErrorKind::Usage, std::string("the encoder ") + choice.codec->name + " has no preset \"" +
+                                          choice.preset + "\"");
+    if (choice.crf) {
+        m_context->bit_rate = 0; // libvpx keeps to a bit rate otherwise
+        const int code = av_opt_set_double(m_context->priv_data, "crf", *choice.crf, 0);
+        if (code < 0) Fail("does not take this crf", code);
+    } else if (const int quantizer = UsualQuantizer(choice.codec->id)) {
+        m_context->flags |= AV_CODEC_FLAG_QSCALE;
+        m_context->global_quality = FF_QP2LAMBDA * quantizer;
+    }
+}
+
+void Encoder::Fail(const std::string& doing, int code) const {
+    const std::string detail = TakeLibraryError();
+    throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
+                std::string("the encoder ") + m_codec->name + " " + doing + ": " +
+                    (detail.empty() ? AvText(code) : detail));
+}
+
+void Encoder::Send(AVFrame* picture) {
+    if (picture) {
+        // What the decoder said about its own coding would force the encoder's hand.
+        picture->pict_type = AV_PICTURE_TYPE_NONE;
+        picture->key_frame = 0;
+        picture->quality = m_context->global_quality;
+        ++m_sent;
+    }
+    const int code = avcodec_send_frame(m_context.get(), picture);
+    if (code < 0 && code != AVERROR_EOF) Fail("failed", code);
+}
+
+bool Encoder::Receive(AVPacket* packet) {
+    const int code = avcodec_receive_packet(m_context.get(), packet);
+    if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return false;
+    if (code < 0) Fail("failed", code);
+    // libx265 learns its delay from pictures beyond it. Without any, its times of decoding are whatever
+    // memory held; so few pictures come in their order.
+    constexpr int64_t kLongestDelay = 2;
+    if (m_codec->id == AV_CODEC_ID_HEVC && m_sent <= kLongestDelay) packet->dts = packet->pts;
+    return true;
+}
+
+std::pair<int, int> EncodableSize(const OutputPlan& plan, const AVFrame& sample) {
+    const auto own = std::pair(sample.width, sample.height);
+    const auto even = std::pair(sample.width + sample.width % 2, sample.height + sample.height % 2);
+    // The fields of 4:2:0 pictures are even for themselves.
+    const auto evenFields = std::pair(even.first, (sample.height + 3) / 4 * 4);
+    if (plan.IsStill() || own == (sample.interlaced_frame ? evenFields : even)) return own;
+    const mediabridge::AVFramePtr trial(av_frame_clone(&sample));
+    if (!trial) throw Error(ErrorKind::Output, "no memory for a picture");
+    for (const auto& size : {own, even, evenFields}) {
+        std::tie(trial->width, trial->height) = size;
+        try {
+            const Encoder opens(plan, *trial, {{1, 25}, {25, 1}});
+            return size;
+        } catch (const Error&) {
+            continue; // the next size; the last failure comes again, in the open that counts
+        }
+    }
+    return own;
+}
+
+} // namespace aveffect

@@ -1,0 +1,99 @@
+#include "host/output/film.h"
+
+#include <utility>
+
+#include "host/picture/light_metadata.h"
+#include "host/support/bounded_queue.h"
+#include "host/support/error.h"
+#include "host/support/progress_meter.h"
+#include "host/support/stages.h"
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+
+Film::Film(FilmSetup setup, const AVFrame& sample, const std::atomic<bool>& cancel)
+    : m_setup(std::move(setup))
+    , m_clock(av_inv_q(m_setup.rate), {m_setup.rate, true}, m_setup.plan.NeedsConstantRate(),
+              m_setup.plan.LargestDenominator())
+    , m_encoder(m_setup.plan, sample, {m_clock.Base(), m_setup.rate})
+    , m_output(m_setup.plan)
+    , m_packet(av_packet_alloc()) {
+    if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
+    m_pictureStream = m_output.AddStream(m_encoder.Context());
+    MarkLight(*m_pictureStream, sample);
+    if (m_setup.sound) m_soundStream = m_output.AddStream(m_setup.sound->encoder->Context());
+    m_soundDone = !m_setup.sound;
+    m_output.Start(m_setup.overwrite, cancel);
+}
+
+template <typename AnyEncoder>
+void Film::Drain(AnyEncoder& encoder, const AVStream& stream, int64_t usualDuration) {
+    while (encoder.Receive(m_packet.get())) {
+        if (m_packet->duration <= 0) m_packet->duration = usualDuration;
+        m_packet->stream_index = stream.index;
+        av_packet_rescale_ts(m_packet.get(), encoder.Context().time_base, stream.time_base);
+        m_output.Write(m_packet.get());
+    }
+}
+
+void Film::WritePicture(AVFramePtr picture) {
+    // Sound first, so that no part of the file waits long for its neighbour.
+    const AVRational soundBase =
+        m_soundStream ? m_setup.sound->encoder->Context().time_base : AVRational{1, 1};
+    while (!m_soundDone && av_compare_ts(m_soundEnd, soundBase, m_pictures, av_inv_q(m_setup.rate)) <= 0)
+        WriteSound();
+    picture->pts = m_clock.Convert(m_pictures);
+    picture->pkt_duration = m_clock.ConvertDuration(m_pictures, 1);
+    const int64_t duration = picture->pkt_duration;
+    m_encoder.Send(picture.get());
+    ++m_pictures;
+    Drain(m_encoder, *m_pictureStream, duration);
+}
+
+void Film::WriteSound() {
+    const AVFramePtr sound = m_setup.sound->track->Next();
+    if (sound) m_soundEnd = sound->pts + sound->nb_samples;
+    m_soundDone = !sound;
+    m_setup.sound->encoder->Send(sound.get());
+    Drain(*m_setup.sound->encoder, *m_soundStream, 0);
+}
+
+void Film::Complete() {
+    while (!m_soundDone) WriteSound();
+    m_encoder.Send(nullptr);
+    Drain(m_encoder, *m_pictureStream, m_clock.ConvertDuration(0, 1));
+    m_output.Finish();
+}
+
+std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, PictureStage& stage,
+                               Reporter& reporter, const std::atomic<bool>& cancel) {
+    ProgressMeter progress(reporter, pictures.count);
+    AVFramePtr first = stage.ConvertForEncoder(pictures.draw(0));
+    auto film = std::make_unique<Film>(std::move(setup), *first, cancel);
+    film->WritePicture(std::move(first));
+
+    BoundedQueue<AVFramePtr> drawn(kQueueWeight);
+    StageGroup stages([&] { drawn.Stop(); });
+    stages.Start([&] {
+        for (int64_t index = 1; index < pictures.count; ++index) {
+            CheckCancel(cancel);
+            if (!drawn.Push(pictures.draw(index), kPictureWeight)) return;
+        }
+        drawn.Finish();
+    });
+    stages.Start([&] {
+        while (std::optional<AVFramePtr> picture = drawn.Pop()) {
+            CheckCancel(cancel);
+            film->WritePicture(stage.ConvertForEncoder(std::move(*picture)));
+            progress.Report(film->Pictures(), false);
+        }
+        if (!drawn.Stopped()) film->Complete();
+    });
+    stages.Join();
+    CheckCancel(cancel);
+    progress.Report(film->Pictures(), true);
+    return film;
+}
+
+} // namespace aveffect

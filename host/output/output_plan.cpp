@@ -1,0 +1,248 @@
+#include "host/output/output_plan.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <string_view>
+
+extern "C" {
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+#include <libswscale/swscale.h>
+}
+
+#include "host/media/device.h"
+#include "host/output/output_format.h"
+#include "host/support/error.h"
+#include "host/support/log_capture.h"
+
+namespace aveffect {
+namespace {
+
+struct StillFormat {
+    std::string_view extension;
+    AVCodecID codec;
+    const char* encoder; ///< by name where the codec's first encoder is another one
+};
+constexpr StillFormat kStills[] = {
+    {"png", AV_CODEC_ID_PNG, nullptr},    {"jpg", AV_CODEC_ID_MJPEG, "mjpeg"},
+    {"jpeg", AV_CODEC_ID_MJPEG, "mjpeg"}, {"webp", AV_CODEC_ID_WEBP, "libwebp"},
+    {"bmp", AV_CODEC_ID_BMP, nullptr},    {"tif", AV_CODEC_ID_TIFF, nullptr},
+    {"tiff", AV_CODEC_ID_TIFF, nullptr},  {"ppm", AV_CODEC_ID_PPM, nullptr},
+    {"tga", AV_CODEC_ID_TARGA, nullptr},
+};
+constexpr const char* kStillNames = "png, jpg, webp, bmp, tiff, ppm, tga";
+constexpr std::array kContainers = {"mp4", "mov", "mkv", "webm", "avi",  "ts",  "mpg",  "ogv",
+                                    "flv", "nut", "gif", "wav",  "flac", "mp3", "opus", "m4a"};
+
+std::string Extension(const std::string& target) {
+    std::string extension = std::filesystem::path(target).extension().string();
+    if (!extension.empty()) extension.erase(0, 1);
+    std::ranges::transform(extension, extension.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
+}
+
+const StillFormat* FindStill(const std::string& target) {
+    const std::string extension = Extension(target);
+    const auto* found = std::ranges::find(kStills, extension, &StillFormat::extension);
+    return found == std::end(kStills) ? nullptr : found;
+}
+
+[[noreturn]] void ThrowUnknownExtension(const std::string& target, bool stillsOnly) {
+    const std::string extension = Extension(target);
+    std::string known;
+    if (!stillsOnly)
+        for (const char* container : kContainers) known.append(container).append(", ");
+    known += kStillNames;
+    throw Error(ErrorKind::Output,
+                target + ": " +
+                    (extension.empty() ? "no extension tells the format"
+                                       : "no " + std::string(stillsOnly ? "picture " : "") +
+                                             "format has the extension ." + extension) +
+                    "; known ones are " + known);
+}
+
+const AVOutputFormat* FindMuxer(const std::string& target) {
+    const AVOutputFormat* muxer = av_guess_format(nullptr, target.c_str(), nullptr);
+    if (!muxer && IsDevice(target)) muxer = av_guess_format("matroska", nullptr, nullptr);
+    if (!muxer) ThrowUnknownExtension(target, false);
+    const bool holdsSomething =
+        muxer->video_codec != AV_CODEC_ID_NONE || muxer->audio_codec != AV_CODEC_ID_NONE;
+    if (!holdsSomething || (muxer->flags & AVFMT_NOFILE))
+        throw Error(ErrorKind::Output, target + ": ." + Extension(target) +
+                                           " files hold no pictures and no sound that can be written");
+    return muxer;
+}
+
+std::string NumberText(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", number);
+    return text;
+}
+
+bool HasOption(const AVCodec& codec, const char* name) {
+    const AVClass* options = codec.priv_class;
+    return options && av_opt_find(&options, name, nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ);
+}
+
+const AVCodec* FindEncoder(const std::string& name, AVCodecID usual) {
+    if (name.empty()) {
+        const AVCodec* codec = avcodec_find_encoder(usual);
+        if (!codec)
+            throw Error(ErrorKind::Usage, std::string("no encoder for ") + avcodec_get_name(usual) +
+                                              " is installed; choose another codec");
+        return codec;
+    }
+    const AVCodec* codec = avcodec_find_encoder_by_name(name.c_str());
+    if (!codec)
+        if (const AVCodecDescriptor* descriptor = avcodec_descriptor_get_by_name(name.c_str()))
+            codec = avcodec_find_encoder(descriptor->id);
+    if (!codec || codec->type != AVMEDIA_TYPE_VIDEO)
+        throw Error(ErrorKind::Usage, "no video encoder is called \"" + name +
+                                          "\"; libx264, libx265, libvpx-vp9, ffv1, prores_ks, mpeg4 "
+                                          "and mjpeg are usual ones");
+    return codec;
+}
+
+void CheckEncoder(const OutputPlan& plan) {
+    const AVCodec& codec = *plan.encoder.codec;
+    if (!plan.IsStill() && !Takes(plan, codec.id))
+        throw Error(ErrorKind::Usage, "." + plan.Kind() + " files can't hold " + avcodec_get_name(codec.id) +
+                                          " pictures; these can: " + ContainersFor(codec.id));
+    if (plan.encoder.crf && !HasOption(codec, "crf"))
+        throw Error(ErrorKind::Usage,
+                    std::string("the encoder ") + codec.name + " has no constant-quality factor (crf)");
+    if (plan.encoder.crf && (*plan.encoder.crf < 0 || *plan.encoder.crf > 63))
+        throw Error(ErrorKind::Usage,
+                    "crf must lie between 0 and 63, not at " + NumberText(*plan.encoder.crf));
+    if (!plan.encoder.preset.empty() && !HasOption(codec, "preset"))
+        throw Error(ErrorKind::Usage, std::string("the encoder ") + codec.name + " has no presets");
+}
+
+AVPixelFormat FindFormat(const AVCodec& codec, const std::string& name) {
+    const AVPixelFormat format = av_get_pix_fmt(name.c_str());
+    if (format != AV_PIX_FMT_NONE && sws_isSupportedOutput(format) && TakesFormat(codec, format))
+        return format;
+    const std::string known = FormatsOf(codec);
+    throw Error(ErrorKind::Usage,
+                std::string("the encoder ") + codec.name + " takes no pictures in \"" + name + "\"; " +
+                    (known.empty() ? "yuv420p and rgb24 are usual ones" : "it takes " + known));
+}
+
+bool IsOneOf(const AVOutputFormat* muxer, std::initializer_list<std::string_view> names) {
+    return muxer && std::ranges::find(names, std::string_view(muxer->name)) != names.end();
+}
+
+} // namespace
+
+std::string OutputPlan::Kind() const {
+    const std::string extension = Extension(target);
+    return extension.empty() && muxer ? muxer->name : extension;
+}
+
+// Formats that name PNG for pictures mean the cover of a piece of music.
+bool OutputPlan::IsSound() const {
+    if (!muxer || muxer->audio_codec == AV_CODEC_ID_NONE) return false;
+    return muxer->video_codec == AV_CODEC_ID_NONE || muxer->video_codec == AV_CODEC_ID_PNG ||
+           (IsOneOf(muxer, {"ipod"}) && Extension(target) != "m4v");
+}
+
+bool OutputPlan::CarriesRotation() const { return HasIndex() || IsOneOf(muxer, {"ismv"}); }
+
+bool OutputPlan::HasIndex() const {
+    return IsOneOf(muxer, {"mov", "mp4", "3gp", "3g2", "ipod", "psp", "f4v"});
+}
+
+bool OutputPlan::CarriesAlphaLayer() const { return IsOneOf(muxer, {"matroska", "webm"}); }
+
+bool OutputPlan::CarriesRange() const { return IsOneOf(muxer, {"matroska", "webm", "yuv4mpegpipe"}); }
+
+// The library's own flag for variable rates is missing from containers that do hold them (mp4), so these are
+// named.
+bool OutputPlan::NeedsConstantRate() const {
+    return muxer && (IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}) ||
+                     (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
+}
+
+// Streams of codecs with a list of rates go on at their rate whatever the container's times say.
+bool OutputPlan::CountsPictures() const {
+    return muxer && ((muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates ||
+                     IsOneOf(muxer, {"mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}));
+}
+
+int OutputPlan::LargestDenominator() const {
+    const AVCodecID id = encoder.codec->id;
+    return id == AV_CODEC_ID_MPEG4 || id == AV_CODEC_ID_H263 || id == AV_CODEC_ID_H263P ||
+                   id == AV_CODEC_ID_MSMPEG4V3
+               ? 65535
+               : 0;
+}
+
+OutputPlan PlanStill(const std::string& target) {
+    CaptureLibraryLog();
+    const StillFormat* still = FindStill(target);
+    if (!still) ThrowUnknownExtension(target, true);
+    OutputPlan plan;
+    plan.target = target;
+    if (still->encoder) plan.encoder.codec = avcodec_find_encoder_by_name(still->encoder);
+    if (!plan.encoder.codec) plan.encoder.codec = FindEncoder("", still->codec);
+    return plan;
+}
+
+OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
+                      const std::string& preset, unsigned threads, const std::string& pixelFormat) {
+    CaptureLibraryLog();
+    OutputPlan plan;
+    if (FindStill(target)) {
+        plan = PlanStill(target);
+        if (!videoCodec.empty() && FindEncoder(videoCodec, AV_CODEC_ID_NONE)->id != plan.encoder.codec->id)
+            throw Error(ErrorKind::Usage,
+                        "." + plan.Kind() + " files can't hold " + videoCodec + " pictures");
+    } else {
+        plan.target = target;
+        plan.muxer = FindMuxer(target);
+        if (plan.IsSound()) {
+            if (!videoCodec.empty() || crf || !preset.empty() || !pixelFormat.empty())
+                throw Error(ErrorKind::Usage, "." + plan.Kind() +
+                                                  " files hold no pictures; their encoder can't "
+                                                  "be chosen");
+            return plan;
+        }
+        plan.encoder.codec = FindEncoder(videoCodec, plan.muxer->video_codec);
+    }
+    plan.encoder.crf = crf;
+    plan.encoder.preset = preset;
+    plan.encoder.threads = threads;
+    CheckEncoder(plan);
+    if (!pixelFormat.empty()) plan.encoder.format = FindFormat(*plan.encoder.codec, pixelFormat);
+    return plan;
+}
+
+AVRational NearestRate(const OutputPlan& plan, AVRational rate) {
+    static constexpr AVRational kBroadcast[] = {{24000, 1001}, {24, 1}, {25, 1},       {30000, 1001}, {30, 1},
+                                                {50, 1},       {60, 1}, {60000, 1001}, {0, 0}};
+    // The encoder of MPEG-1 lists rates that it then refuses.
+    const bool few = IsOneOf(plan.muxer, {"mxf", "gxf"}) || plan.encoder.codec->id == AV_CODEC_ID_MPEG1VIDEO;
+    const AVRational* list = few ? kBroadcast : plan.encoder.codec->supported_framerates;
+    return list ? list[av_find_nearest_q_idx(rate, list)] : rate;
+}
+
+bool Takes(const OutputPlan& plan, AVCodecID codec) {
+    return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) != 0;
+}
+
+std::string ContainersFor(AVCodecID codec) {
+    std::string names;
+    for (const char* extension : {"mkv", "mov", "mp4", "webm", "avi", "ts", "nut"}) {
+        const AVOutputFormat* muxer =
+            av_guess_format(extension, (std::string("x.") + extension).c_str(), nullptr);
+        if (muxer && avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL) == 1)
+            names += (names.empty() ? "." : ", .") + std::string(extension);
+    }
+    return names.empty() ? "none of the usual ones" : names;
+}
+
+} // namespace aveffect

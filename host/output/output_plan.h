@@ -1,0 +1,64 @@
+#pragma once
+/// What an output's name and the options say about how it is written, checked before anything is read.
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/support/av_owner.h"
+
+namespace aveffect {
+
+/// The encoder and its settings.
+struct EncoderChoice {
+    const AVCodec* codec = nullptr;
+    std::optional<double> crf;
+    std::string preset;
+    unsigned threads = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE; ///< that was asked for; none: what suits codec and clip
+};
+
+struct OutputPlan {
+    std::string target;
+    const AVOutputFormat* muxer = nullptr; ///< null for a still picture
+    EncoderChoice encoder;
+
+    bool IsStill() const noexcept { return muxer == nullptr; }
+    /// Whether the container is one for sound alone; it has no picture encoder.
+    bool IsSound() const;
+    /// The container's or picture format's name as people know it: the extension.
+    std::string Kind() const;
+    /// Whether the container carries a display matrix, so that players turn the picture.
+    bool CarriesRotation() const;
+    /// Whether the container says the colour range of its pictures.
+    bool CarriesRange() const;
+    /// Whether the container has one index of all packets, which may stand before them.
+    bool HasIndex() const;
+    /// Whether the container carries the second layer in which VP8 and VP9 hold transparency.
+    bool CarriesAlphaLayer() const;
+    /// Whether all pictures last equally long in the container.
+    bool NeedsConstantRate() const;
+    /// Whether the container numbers pictures instead of timing them, so that none may be missing.
+    bool CountsPictures() const;
+    /// The largest denominator of the encoder's time base, 0 for no limit.
+    int LargestDenominator() const;
+};
+
+/// Throws Error: Output for a name without a known extension, Usage for an encoder that is unknown, does not
+/// fit the container, lacks an option that is asked for or does not take the pixel format of that name
+/// (empty: none is asked for), or for any choice of one in a container for sound.
+OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
+                      const std::string& preset, unsigned threads, const std::string& pixelFormat = {});
+
+/// The picture rate nearest to this one that container and codec have.
+AVRational NearestRate(const OutputPlan& plan, AVRational rate);
+
+/// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
+OutputPlan PlanStill(const std::string& target);
+
+/// Whether the container takes streams of that codec; what it does not know itself counts as taken.
+bool Takes(const OutputPlan& plan, AVCodecID codec);
+
+/// Extensions of usual containers that take streams of that codec, for messages: ".mkv, .mov".
+std::string ContainersFor(AVCodecID codec);
+
+} // namespace aveffect

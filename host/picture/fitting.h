@@ -1,0 +1,47 @@
+#pragma once
+/// Bringing pictures of any shape to the output's.
+#include <optional>
+#include <utility>
+
+#include "host/picture/colour_match.h"
+#include "mediabridge/scaler.h"
+
+namespace aveffect {
+
+/// The shape that all pictures of an output have, and how its colours are stored.
+struct Canvas {
+    int width = 0, height = 0;
+    AVRational pixelAspect{1, 1};
+    bool hasMatrix = false; ///< its pictures are YUV rather than RGB
+    AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
+};
+
+/// A canvas on which this picture lies as it is.
+Canvas CanvasOf(const AVFrame& picture);
+
+/// Fits upright pictures of one source onto a canvas: as large as it holds them whole, in the middle, black
+/// around (an odd row or column of black goes to the bottom or right). Used by one thread at a time.
+class Fitter {
+public:
+    explicit Fitter(const Canvas& canvas = {})
+        : m_canvas(canvas)
+        , m_colours(canvas.primaries, canvas.transfer) {}
+
+    /// Whether the picture lies on the canvas as it is, whatever its pixel format.
+    bool Fits(const AVFrame& picture) const;
+
+    /// A new picture in BGRA. Throws Error (Output).
+    mediabridge::AVFramePtr Fit(const AVFrame& picture);
+
+private:
+    std::pair<int, int> FittedSize(const AVFrame& picture) const;
+
+    Canvas m_canvas;
+    ColourMatch m_colours;
+    std::optional<mediabridge::Scaler> m_scaler;
+    std::pair<int, int> m_scaled; ///< size that the scaler makes
+};
+
+} // namespace aveffect

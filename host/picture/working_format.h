@@ -1,0 +1,51 @@
+#pragma once
+/// The pixel format in which effects see the pictures, and the nearest ones on the way in and out.
+#include <string>
+
+#include "host/support/av_owner.h"
+#include "mediabridge/scaler.h"
+
+namespace aveffect {
+
+/// A frame-table format that the effects serve.
+struct WorkingFormat {
+    unsigned id = 0; ///< frame-table id
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    AVColorRange range = AVCOL_RANGE_UNSPECIFIED; ///< unspecified: the pictures' own
+    AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;  ///< unspecified: the pictures' own
+};
+
+/// The served format nearest to these pictures; their own when it is served.
+WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range);
+
+/// What a chain of effects asks of the format it works in.
+struct FormatNeeds {
+    bool alpha = false;      ///< an alpha channel
+    bool fewFormats = false; ///< BGRA or YUV420P
+    bool rgb = false;        ///< BGRA; another one only as BT.601 of usual range
+};
+
+/// As NearestServed, among those that answer the needs, or the one of that name whatever they are. Throws
+/// Error (Usage) that lists the names.
+WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, FormatNeeds needs);
+
+/// Checks the name alone, before any file is opened. Throws Error (Usage).
+void CheckPixelFormatName(const std::string& wanted);
+
+/// The 8-bit format with the same components and subsampling: what pictures are "really" after effects worked
+/// in 8 bits.
+AVPixelFormat EightBitKind(AVPixelFormat format);
+
+/// Whether two formats lay the same bytes out in the same way, J formats and their plain twins included.
+bool SameLayout(AVPixelFormat a, AVPixelFormat b);
+
+/// The picture as the scaler converts it. Throws Error (Output).
+mediabridge::AVFramePtr ConvertWith(mediabridge::Scaler& scaler, const AVFrame& picture);
+
+/// Whether a format has an alpha channel.
+bool HasAlpha(AVPixelFormat format);
+
+/// The library's name of a format, for messages.
+std::string FormatName(AVPixelFormat format);
+
+} // namespace aveffect

@@ -1,0 +1,146 @@
+#include "host/sound/sound_track.h"
+
+#include <utility>
+
+extern "C" {
+#include <libavfilter/buffersink.h>
+#include <libavfilter/buffersrc.h>
+}
+
+#include "host/support/error.h"
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+
+namespace {
+
+void Require(int code) {
+    if (code < 0) throw Error(ErrorKind::Output, "the sound can't be joined: " + AvText(code));
+}
+
+std::string Label(const char* kind, size_t index) {
+    return "[" + std::string(kind) + std::to_string(index) + "]";
+}
+
+} // namespace
+
+SoundTrack::SoundTrack(std::vector<SoundPart> parts, const SoundForm& form, const std::atomic<bool>& cancel)
+    : m_parts(std::move(parts))
+    , m_shape(form.shape)
+    , m_cancel(cancel)
+    , m_graph(avfilter_graph_alloc())
+    , m_inputs(m_parts.size()) {
+    if (!m_graph) Require(AVERROR(ENOMEM));
+    // One thread does; more would be started for every filter of every clip.
+    m_graph->nb_threads = 1;
+    Build(form);
+}
+
+// A part: gaps filled, cut or filled up to its length. Each is faded over into the one before.
+std::string SoundTrack::Describe(const SoundForm& form) const {
+    const std::string rate = std::to_string(m_shape.rate);
+    std::string text;
+    for (size_t index = 0; index < m_parts.size(); ++index) {
+        const std::string samples = std::to_string(m_parts[index].samples);
+        if (m_inputs[index])
+            text += Label("in", index) + "aresample=async=1:first_pts=0,apad=whole_len=" + samples;
+        else
+            text += "anullsrc=sample_rate=" + rate + ":channel_layout=" + m_shape.layout;
+        text += ",atrim=end_sample=" + samples +
+                ",aformat=sample_fmts=fltp:channel_layouts=" + m_shape.layout + Label("part", index) + ";";
+    }
+    std::string joined = Label("part", 0);
+    for (size_t index = 1; index < m_parts.size(); ++index) {
+        const std::string across = std::to_string(m_parts[index - 1].samplesAcross);
+        const std::string next = Label("joined", index);
+        text.append(joined)
+            .append(Label("part", index))
+            .append("acrossfade=curve1=tri:curve2=tri:nb_samples=");
+        text.append(across).append(next).append(";");
+        joined = next;
+    }
+    return text + joined + "aformat=sample_fmts=" + av_get_sample_fmt_name(form.format) +
+           ":sample_rates=" + rate + ":channel_layouts=" + m_shape.layout + "[out]";
+}
+
+void SoundTrack::Build(const SoundForm& form) {
+    const std::string shape = "sample_fmt=fltp:sample_rate=" + std::to_string(m_shape.rate) +
+                              ":channel_layout=" + m_shape.layout + ":time_base=1/" +
+                              std::to_string(m_shape.rate);
+    AVFilterInOut* outputs = nullptr; // the open ends of the text are fed by these
+    int code = 0;
+    for (size_t index = 0; index < m_parts.size() && code >= 0; ++index) {
+        if (!m_parts[index].clip->sound) continue;
+        const std::string name = "in" + std::to_string(index);
+        code = avfilter_graph_create_filter(&m_inputs[index], avfilter_get_by_name("abuffer"), name.c_str(),
+                                            shape.c_str(), nullptr, m_graph.get());
+        AVFilterInOut* end = avfilter_inout_alloc();
+        if (!end) code = AVERROR(ENOMEM);
+        if (code < 0) break;
+        *end = {av_strdup(name.c_str()), m_inputs[index], 0, outputs};
+        outputs = end;
+    }
+    if (code >= 0)
+        code = avfilter_graph_create_filter(&m_output, avfilter_get_by_name("abuffersink"), "out", nullptr,
+                                            nullptr, m_graph.get());
+    AVFilterInOut* inputs = avfilter_inout_alloc();
+    if (!inputs) code = AVERROR(ENOMEM);
+    if (code >= 0) {
+        *inputs = {av_strdup("out"), m_output, 0, nullptr};
+        code = avfilter_graph_parse_ptr(m_graph.get(), Describe(form).c_str(), &inputs, &outputs, nullptr);
+    }
+    avfilter_inout_free(&outputs);
+    avfilter_inout_free(&inputs);
+    if (code >= 0) code = avfilter_graph_config(m_graph.get(), nullptr);
+    Require(code);
+    if (form.frameSize > 0) av_buffersink_set_frame_size(m_output, static_cast<unsigned>(form.frameSize));
+}
+
+AVFramePtr SoundTrack::Next() {
+    AVFramePtr sound(av_frame_alloc());
+    if (!sound) Require(AVERROR(ENOMEM));
+    for (;;) {
+        const int code = av_buffersink_get_frame(m_output, sound.get());
+        if (code == AVERROR_EOF) return nullptr;
+        if (code >= 0) {
+            sound->pts = m_next;
+            m_next += sound->nb_samples;
+            return sound;
+        }
+        if (code != AVERROR(EAGAIN)) Require(code);
+        Feed();
+    }
+}
+
+DamageReport SoundTrack::Damage() const {
+    DamageReport all = m_damage;
+    if (m_reader) all.Add(m_reader->Damage());
+    return all;
+}
+
+// Gives samples to the part that waits for them: parts come to an end in order, so it is never one before the
+// part that is read.
+void SoundTrack::Feed() {
+    size_t waiting = m_reading;
+    while (waiting < m_inputs.size() &&
+           !(m_inputs[waiting] && av_buffersrc_get_nb_failed_requests(m_inputs[waiting]) > 0))
+        ++waiting;
+    if (waiting == m_inputs.size()) {
+        for (waiting = m_reading; waiting < m_inputs.size() && !m_inputs[waiting];) ++waiting;
+        if (waiting == m_inputs.size()) Require(AVERROR_BUG);
+    }
+    if (!m_reader || waiting != m_reading) {
+        const ClipScan& clip = *m_parts[waiting].clip;
+        if (m_reader) m_damage.Add(m_reader->Damage());
+        m_reader = std::make_unique<SoundReader>(SoundRequest{clip.request, clip.start, m_shape}, m_cancel);
+        m_reading = waiting;
+    }
+    AVFramePtr sound = m_reader->Next();
+    const bool last = !sound;
+    const int code = av_buffersrc_add_frame(m_inputs[waiting], sound.get());
+    if (code != AVERROR_EOF) Require(code);
+    if (last || code == AVERROR_EOF) m_inputs[waiting] = nullptr; // cut at its length, or read to its end
+}
+
+} // namespace aveffect
