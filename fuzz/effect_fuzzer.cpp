@@ -1,11 +1,14 @@
 // Any video effect with any property texts on frames of any shape: a line with the effect's name, the level,
 // the files of transitions, then for each frame its settings (their number, lines "property index, text"),
 // shape, time and pixels.
+#include <memory>
+
 #include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 #include "fuzz/any_picture.h"
 #include "fuzz/processor_level.h"
 #include "fuzz/tame_values.h"
+#include "tests/support/contract_stops.h"
 #include "tests/support/picture_manager.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -41,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         fuzz::AnyPicture picture(input);
         if (effect.kind == EffectKind::Stereo && input.Take<uint8_t>() % 2)
             picture.Frame().CopySubsetFrame(&fuzz::AnyPicture(input).Frame());
-        if (fuzz::StopsByContract(*proc, effect.kind, picture.Frame())) continue;
+        if (test::StopsByContract(effect, *proc, picture.Frame())) continue;
         ImagePostion position{};
         if (time & 1)
             proc->ProcFrameInPlace(&position, time, &picture.Frame());

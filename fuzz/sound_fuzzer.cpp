@@ -9,6 +9,7 @@
 #include "fuzz/input_bytes.h"
 #include "fuzz/processor_level.h"
 #include "fuzz/tame_values.h"
+#include "tests/support/contract_stops.h"
 #include "tests/support/host_sound.h"
 
 namespace {
@@ -23,10 +24,8 @@ unsigned TakeRate(fuzz::InputBytes& input) {
     return input.TakeWithin(0, 0xFFFF) * (1 + choice % 3);
 }
 
-bool IsFormat(int format) { return format > 0 && format <= 10 && format != 5 && format != 6; }
-
 size_t SampleBytes(const HostSound& sound) {
-    return IsFormat(sound.shape.format) ? test::SampleBytesOf(sound.shape.format) : 4;
+    return test::IsSampleFormat(sound.shape.format) ? test::SampleBytesOf(sound.shape.format) : 4;
 }
 
 std::unique_ptr<HostSound> TakeSound(fuzz::InputBytes& input) {
@@ -51,19 +50,6 @@ std::unique_ptr<HostSound> TakeSound(fuzz::InputBytes& input) {
     if (flags & 32) sound->buffers.resize(input.Take<uint8_t>());
     for (auto& buffer : sound->buffers) input.Spread(buffer.data(), buffer.size());
     return sound;
-}
-
-// Whether the effect ends the program on that sound: assertions are part of the contract.
-bool StopsByContract(std::string_view effect, HostSound& sound) {
-    unsigned bytes = 0;
-    const unsigned char* const first = sound.GetBuffer(0, &bytes);
-    if (effect == effectNameAudioVolume)
-        return !sound.shape.interleaved || sound.shape.format != sfSigned16 || (first && bytes == 0);
-    const bool asserts = IsFormat(sound.shape.format) && sound.shape.format != sfUnsigned32;
-    if (effect != effectNameAudioFader || !sound.shape.interleaved || !asserts) return false;
-    // No step may begin behind the buffer; the last one begins at the last sample at the latest.
-    const size_t stride = static_cast<size_t>(std::max(1, sound.shape.channels)) * SampleBytes(sound);
-    return sound.shape.samples != 0 && (sound.shape.samples - 1) * stride >= bytes;
 }
 
 // A file of a few sounds, to be read by one reader at a time.
@@ -116,7 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             const auto how = input.Take<uint8_t>();
             if (how & 2) proc->Seek(input.Take<int64_t>());
             const std::unique_ptr<HostSound> sound = TakeSound(input);
-            if (StopsByContract(effect.name, *sound)) continue;
+            if (test::StopsByContract(effect, *proc, *sound)) continue;
             if (how & 1)
                 proc->ProcFrameInPlace(sound.get());
             else

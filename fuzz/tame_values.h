@@ -1,13 +1,9 @@
 #pragma once
 /// Keeps away from what is stated to stop the program, and from what works as long as its number is large.
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
 
-#include "avbase/avbase_srcutils/holders.h"
-#include "avbase/avbase_srcutils/plane_views.h"
-#include "aveffect/base_media.h"
 #include "aveffect/effect_info.h"
 #include "aveffect/plugin.h"
 #include "fuzz/input_bytes.h"
@@ -28,19 +24,6 @@ inline void SetAny(AVBased::IAVProc& proc, const AVBased::EffectInfo& effect, In
     const AVBased::PropertyInfo& property =
         index < effect.properties.size() ? effect.properties[index] : AVBased::kDurationProperty;
     proc.SetProperty(property.name, Tame(property.name, input.TakeLine()).c_str());
-}
-
-/// Whether the processor, as it is set, ends the program on that frame: assertions are part of the contract.
-inline bool StopsByContract(AVBased::IVideoProc& proc, AVBased::EffectKind kind,
-                            AVBased::IRawVideoFrame& frame) {
-    if (kind == AVBased::EffectKind::Transition)
-        return !AVBased::ConverterPtr(CreateImageConverter(frame.GetPixelFormat(), 0, 0));
-    if (kind != AVBased::EffectKind::Stereo) return false;
-    const std::string mode = proc.GetProperty("render_3d_mode", nullptr);
-    if (mode == "1" || mode == "2") return frame.GetBufferCount() != 1 && frame.GetBufferCount() != 3;
-    if (mode == "3" || mode == "4") return false;
-    auto* second = static_cast<AVBased::IRawVideoFrame*>(frame.GetInterface(AVBased::kSubsetFrameInterface));
-    return second && !AVBased::SameLayout(&frame, second);
 }
 
 } // namespace fuzz

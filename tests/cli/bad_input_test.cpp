@@ -120,21 +120,6 @@ TEST_F(BadInput, Outputs) {
     EXPECT_EQ(Pixels("there.png"), Pixels("in.png"));
 }
 
-TEST_F(BadInput, FullDisk) {
-    MakeClip("in.mkv", "320x240", 25);
-    const Strings before = Names();
-    // A limit on the file's size stands in for a disk that fills up.
-    const std::string program = AVEFFECT_BIN_DIR "/aveffect";
-    const Outcome outcome =
-        test::RunningProgram(
-            {"sh", "-c", "ulimit -f 64; exec " + program + " render in.mkv out.mkv --codec ffv1"},
-            m_directory)
-            .Wait();
-    EXPECT_EQ(outcome.exitCode, 4);
-    EXPECT_TRUE(IsOneMessage(outcome.messages));
-    EXPECT_EQ(Names(), before);
-}
-
 TEST_F(BadInput, FailingEffectIsNamed) {
     MakeStill("in.png", "204060");
     const std::string message = Fails(5, {"render", "in.png", "out.png", "--lenient", "-e", "gray", "-e",

@@ -73,11 +73,6 @@ TEST(AgedFilm, TintsAndLiftsTheDark) {
             test::FillPitch(frame.planes[1], 117);
             test::FillPitch(frame.planes[2], 136);
         });
-    auto frame = test::MakeFrame({BGRA, 2, 1});
-    std::memcpy(frame->planes[0].Data(), "\0\0\0\x07\x24\x24\x24\x08",
-                8); // black, and the first grey above the lift
-    test::Run(*test::MakeVideo("aged_film"), *frame);
-    EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\x00\x14\x23\x07\x01\x15\x24\x08", 8), 0);
 }
 
 // The definition in wide integers and doubles.

@@ -56,20 +56,6 @@ TEST(Filters, ComputeTheTextbookResultInEveryPlane) {
     }
 }
 
-TEST(Filters, LonePixelOnBlack) {
-    auto frame = test::MakeFrame({YUVA444P, 5, 5});
-    for (auto& plane : frame->planes) std::fill(plane.bytes.begin(), plane.bytes.end(), Byte{0});
-    frame->planes[0].At(2, 2) = 160;
-    HostFrame blurred = *frame;
-    test::Run(*test::MakeVideo("simple_gauss_blur"), blurred);
-    EXPECT_EQ(blurred.planes[0].At(2, 2), 40);
-    EXPECT_EQ(blurred.planes[0].At(1, 2), 20);
-    EXPECT_EQ(blurred.planes[0].At(3, 3), 10);
-    test::Run(*test::MakeVideo("simple_laplacian_sharpen"), *frame);
-    EXPECT_EQ(frame->planes[0].At(2, 2), 255);
-    EXPECT_EQ(frame->planes[0].At(1, 2), 0);
-}
-
 // Counts beyond all use: a settled picture ends early, an absurd one is refused.
 TEST(Filters, LargeCounts) {
     GetBaseException()->Clear();

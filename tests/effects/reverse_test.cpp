@@ -1,8 +1,6 @@
 // Reverse, which leaves the middle of odd sizes alone.
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "tests/support/effect_cases.h"
 
 namespace {
@@ -40,14 +38,6 @@ TEST(Reverse, MirrorsFlipsOrBoth) {
         ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(setting, plain));
     }
     test::ExpectComputes({"reverse"}, test::kPacked, [](HostFrame&) {});
-}
-
-TEST(Reverse, BothByHand) {
-    auto frame = test::MakeFrame({YUVA444P, 3, 3});
-    for (auto& plane : frame->planes) std::iota(plane.bytes.begin(), plane.bytes.end(), Byte{1});
-    test::Run(*test::MakeVideo("reverse", {{"mirror", "1"}, {"vertical", "1"}}), *frame);
-    for (const auto& plane : frame->planes)
-        EXPECT_EQ(plane.bytes, (test::GuardedBytes{9, 2, 7, 4, 5, 6, 3, 8, 1}));
 }
 
 } // namespace

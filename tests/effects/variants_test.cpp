@@ -75,22 +75,6 @@ TEST(Variants, Emboss) {
     }
 }
 
-// With level 1, 50 below 80 is 128 - 30 in packed pictures; in planar ones the plain kernel lets it wrap.
-TEST(Variants, EmbossByHand) {
-    const test::FeatureMask hidden(kMasks[0]);
-    const auto proc = test::MakeVideo("emboss", {{"emboss_level", "1"}});
-    for (const unsigned format : {unsigned{BGRA}, unsigned{YUVA444P}}) {
-        auto frame = test::MakeFrame({format, 4, 2});
-        for (unsigned x = 0; x < 4; ++x) {
-            frame->planes[0].At(x, 0) = 230;
-            frame->planes[0].At(x, 1) = 50;
-        }
-        test::Run(*proc, *frame);
-        EXPECT_EQ(frame->planes[0].At(0, 0), 230);
-        EXPECT_EQ(frame->planes[0].At(0, 1), format == BGRA || kMmx ? 0 : 255);
-    }
-}
-
 // Mosaic
 
 struct Rectangle {

@@ -15,6 +15,7 @@
 #include "AVEffect/CBasedVideoEffect.h"
 #include "aveffect/catalogue.h"
 #include "tests/robustness/trial.h"
+#include "tests/support/contract_stops.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -159,30 +160,6 @@ GuardedSound* MakeMedia(GuardedSound*, const Case& of) {
     return sound;
 }
 
-// Assertions are part of the contract.
-bool IsStatedToStop(const EffectInfo& effect, IVideoProc& proc, const GuardedFrame& frame) {
-    if (effect.kind == EffectKind::Transition && frame.shape.format != BGRA) {
-        IImageConverter* const back = CreateImageConverterEx(frame.shape.format, 0, 0, 4);
-        if (!back) return true;
-        back->Release();
-    }
-    if (effect.kind != EffectKind::Stereo) return false;
-    const int mode = std::atoi(proc.GetProperty("render_3d_mode", nullptr));
-    // Showing one view alone is a copy between frames that must be alike.
-    if (frame.subset && mode != 3 && mode != 4) return true;
-    return (mode == 1 || mode == 2) && frame.planes.size() != 1 && frame.planes.size() != 3;
-}
-
-bool IsStatedToStop(const EffectInfo& effect, IAudioProc&, const GuardedSound& sound) {
-    const auto& [format, rate, channels, interleaved, littleEndian, samples] = sound.shape;
-    const size_t bytes = sound.hasBuffers && sound.Count() != 0 ? sound.Bytes(0) : 0;
-    if (effect.name == std::string_view(effectNameAudioVolume))
-        return !interleaved || format != sfSigned16 || (sound.hasBuffers && bytes == 0);
-    // The fader insists that every step begins inside an interleaved buffer.
-    return effect.name == std::string_view(effectNameAudioFader) && interleaved && samples > 0 &&
-           channels > 0 && bytes + static_cast<size_t>(channels) < GuardedSound::BytesOf(sound.shape);
-}
-
 std::string Describe(const GuardedFrame& frame) {
     return test::Describe(frame.shape) + (frame.subset ? ", of two views" : "");
 }
@@ -235,7 +212,7 @@ Life Live(const EffectInfo& effect, unsigned number) {
         underWay = std::string(effect.name) + ", seed " + std::to_string(number) +
                    (inPlace ? ", in place, " : ", copied, ") + Describe(*media) + ", mask " +
                    std::to_string(mask) + ":" + settings;
-        if (IsStatedToStop(effect, trial.Proc(), *media)) continue;
+        if (test::StopsByContract(effect, trial.Proc(), *media)) continue;
         // Where there is no MMX, some effects have other results by definition.
         const bool comparable = !(effect.traits & kDrawsRandom) && mask & kCpuMMX;
         life.finding = trial.Run(*media, random.AnyOf(kTimes), inPlace, comparable);

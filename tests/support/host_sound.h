@@ -23,6 +23,8 @@ inline size_t SampleBytesOf(int format) {
     return kBytes[format];
 }
 
+inline bool IsSampleFormat(int format) { return format > 0 && format <= 10 && format != 5 && format != 6; }
+
 /// Says what it is; where its samples are, others know.
 class ShapedSound : public AVBased::IRawAudioFrame {
 public:
