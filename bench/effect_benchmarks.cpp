@@ -6,7 +6,7 @@
 
 #include "aveffect/catalogue.h"
 #include "bench/copy_time.h"
-#include "tests/support/picture_manager.h"
+#include "tests/support/host_manager.h"
 #include "tests/support/plugin.h"
 #include "tests/support/recycled_frame.h"
 
@@ -156,7 +156,7 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
     const Picture still = {AVBased::BGRA, "", picture.width, picture.height};
     BenchFrame first(still), second(still), frame(picture);
     std::ranges::reverse(second.Pixels()); // two pictures that differ
-    test::PictureManager manager;
+    test::HostManager manager;
     manager.sources = {{kFirst, {&first.Frame()}}, {kSecond, {&second.Frame()}}};
     test::VideoProc proc = MakeProc(effect, settings, picture, manager);
     if (settings.secondView) frame.Frame().CopySubsetFrame(&frame.Frame());

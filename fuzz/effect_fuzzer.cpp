@@ -9,7 +9,7 @@
 #include "fuzz/processor_level.h"
 #include "fuzz/tame_values.h"
 #include "tests/support/contract_stops.h"
-#include "tests/support/picture_manager.h"
+#include "tests/support/host_manager.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace AVBased;
@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::UseLevel(input.Take<uint8_t>());
     const bool readsFiles = effect.kind == EffectKind::Transition;
 
-    test::PictureManager manager;
+    test::HostManager manager;
     std::vector<std::unique_ptr<fuzz::AnyPicture>> files;
     for (const char* name : {"a", "b"}) {
         if (!readsFiles) break;

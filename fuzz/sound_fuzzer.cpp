@@ -10,6 +10,7 @@
 #include "fuzz/processor_level.h"
 #include "fuzz/tame_values.h"
 #include "tests/support/contract_stops.h"
+#include "tests/support/host_manager.h"
 #include "tests/support/host_sound.h"
 
 namespace {
@@ -52,36 +53,23 @@ std::unique_ptr<HostSound> TakeSound(fuzz::InputBytes& input) {
     return sound;
 }
 
-// A file of a few sounds, to be read by one reader at a time.
-class SoundManager final : public IAVManager, private IAVReader {
-public:
-    explicit SoundManager(fuzz::InputBytes& input)
-        : m_nDuration(input.Take<uint16_t>()) {
-        for (unsigned items = input.Take<uint8_t>() % 5; items; --items)
-            m_Items.push_back(input.Take<uint8_t>() % 8 ? TakeSound(input) : nullptr);
-    }
-    IAVReader* OpenSource(const char*, const char*, unsigned*, unsigned*, unsigned*, unsigned*) override {
-        return this;
-    }
+using Sounds = std::vector<std::unique_ptr<HostSound>>; // null: an item without an object
 
-private:
-    bool ReadItem(AVItem* item, unsigned, unsigned) override {
-        if (m_Next == m_Items.size()) return false;
-        item->kind = 2;
-        item->object = static_cast<IRawAudioFrame*>(m_Items[m_Next++].get());
-        return true;
-    }
-    bool Seek(unsigned) override {
-        m_Next = 0;
-        return true;
-    }
-    unsigned GetDuration() override { return m_nDuration; }
-    void Release() override { m_Next = 0; }
-
-    std::vector<std::unique_ptr<HostSound>> m_Items; // null: an item without an object
-    size_t m_Next = 0;
-    unsigned m_nDuration;
-};
+// A file of a few sounds, whatever its path.
+test::Source TakeFile(fuzz::InputBytes& input) {
+    const unsigned duration = input.Take<uint16_t>();
+    const auto sounds = std::make_shared<Sounds>();
+    for (unsigned items = input.Take<uint8_t>() % 5; items; --items)
+        sounds->push_back(input.Take<uint8_t>() % 8 ? TakeSound(input) : nullptr);
+    return {.make =
+                [=](AVItem& item, size_t number) {
+                    if (number >= sounds->size()) return false;
+                    item.kind = 2;
+                    item.object = static_cast<IRawAudioFrame*>((*sounds)[number].get());
+                    return true;
+                },
+            .duration = duration};
+}
 
 } // namespace
 
@@ -91,7 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (!named || named->kind != EffectKind::Audio) return -1; // nothing to keep for the corpus
     const EffectInfo& effect = *named;
     fuzz::UseLevel(input.Take<uint8_t>());
-    SoundManager manager(input);
+    test::HostManager manager;
+    manager.sources[""] = TakeFile(input);
     IRawAudioFrame* last = nullptr; // left to the host when the processor goes
     {
         const std::unique_ptr<IAudioProc, void (*)(IAudioProc*)> proc(CreateAudioProc(&manager, effect.name),

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <numeric>
 
+#include "tests/support/host_manager.h"
 #include "tests/support/host_sound.h"
 #include "tests/support/plugin.h"
 
@@ -33,87 +34,17 @@ struct File {
     bool endless = false; ///< the items again and again, without an end
     bool seekable = true;
     int failsFirst = 0; ///< reads that fail, before any
-
-    // What the effect did with it.
-    int opened = 0, released = 0;
-    std::vector<unsigned> sought = {};
-};
-
-/// Each sample of a file is its number, so that nothing can be taken for something else.
-class Reader final : public IAVReader {
-public:
-    explicit Reader(File& file)
-        : m_File(file) {}
-
-    bool ReadItem(AVItem* item, unsigned flags, unsigned timeout) override {
-        EXPECT_EQ(item->object, nullptr);
-        EXPECT_EQ(item->position, -1);
-        EXPECT_EQ(item->stream, 0u);
-        EXPECT_EQ(item->length, 0xFFFFFFFF);
-        EXPECT_EQ(item->kind, 0u);
-        EXPECT_EQ(flags, 0u);
-        EXPECT_EQ(timeout, 0xFFFFFFFF);
-        if (m_File.failsFirst > 0 && m_File.failsFirst--) return false;
-        if (m_Next == m_File.items.size() && m_File.endless) m_Next = 0;
-        if (m_Next == m_File.items.size()) return false;
-        const Item& next = m_File.items[m_Next++];
-        if (next.kind == Item::Kind::Failure) return false;
-        item->kind = next.kind == Item::Kind::Video ? 1 : 2;
-        if (next.kind == Item::Kind::NoObject) return true;
-        m_Sound = std::make_unique<HostSound>(
-            SoundShape{.format = next.format, .rate = next.rate, .samples = next.samples});
-        m_Sound->hasBuffers = next.kind != Item::Kind::NoBuffer;
-        if (next.format == sfSigned16) {
-            std::vector<uint16_t> values(next.samples * 2);
-            std::iota(values.begin(), values.end(), static_cast<uint16_t>(m_Sample * 2));
-            if (!values.empty()) std::memcpy(m_Sound->buffers[0].data(), values.data(), values.size() * 2);
-            m_Sample += next.samples;
-        }
-        item->object = static_cast<IRawAudioFrame*>(m_Sound.get());
-        return true;
-    }
-    bool Seek(unsigned milliseconds) override {
-        m_File.sought.push_back(milliseconds);
-        if (!m_File.seekable) return false;
-        m_Next = 0;
-        m_Sample = 0;
-        return true;
-    }
-    unsigned GetDuration() override { return m_File.duration; }
-    void Release() override {
-        ++m_File.released;
-        delete this;
-    }
-
-private:
-    File& m_File;
-    size_t m_Next = 0;
-    unsigned m_Sample = 0;
-    std::unique_ptr<HostSound> m_Sound;
-};
-
-class Manager final : public IAVManager {
-public:
-    explicit Manager(File& file)
-        : m_File(file) {}
-    IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
-                          unsigned* height, unsigned* duration) override {
-        if (std::strcmp(url, "file") != 0) return nullptr;
-        EXPECT_STREQ(options, "");
-        EXPECT_TRUE(streams && width && height);
-        EXPECT_EQ(duration, nullptr);
-        ++m_File.opened;
-        return new Reader(m_File);
-    }
-
-private:
-    File& m_File;
 };
 
 class Replace : public testing::Test {
 protected:
     test::AudioProc Open(const char* loop) {
         GetBaseException()->Clear();
+        m_Manager.sought.clear();
+        m_Manager.sources["file"] = {
+            .make = [this](AVItem& item, size_t number) { return Make(item, number); },
+            .seekable = m_File.seekable,
+            .duration = m_File.duration};
         return test::MakeAudio("audio_replace",
                                {{"audio_replace_loop", loop}, {"audio_replace_path", "file"}}, &m_Manager);
     }
@@ -137,8 +68,33 @@ protected:
             }
     }
 
+    /// Each sample of a file is its number, so that nothing can be taken for something else.
+    bool Make(AVItem& item, size_t number) {
+        if (number == 0) m_Next = m_Sample = 0;
+        if (m_File.failsFirst > 0 && m_File.failsFirst--) return false;
+        if (m_Next == m_File.items.size() && m_File.endless) m_Next = 0;
+        if (m_Next == m_File.items.size()) return false;
+        const Item& next = m_File.items[m_Next++];
+        if (next.kind == Item::Kind::Failure) return false;
+        item.kind = next.kind == Item::Kind::Video ? 1 : 2;
+        if (next.kind == Item::Kind::NoObject) return true;
+        m_Sound = std::make_unique<HostSound>(
+            SoundShape{.format = next.format, .rate = next.rate, .samples = next.samples});
+        m_Sound->hasBuffers = next.kind != Item::Kind::NoBuffer;
+        if (next.format == sfSigned16) {
+            std::vector<uint16_t> values(next.samples * 2);
+            std::iota(values.begin(), values.end(), static_cast<uint16_t>(m_Sample * 2));
+            if (!values.empty()) std::memcpy(m_Sound->buffers[0].data(), values.data(), values.size() * 2);
+            m_Sample += next.samples;
+        }
+        item.object = static_cast<IRawAudioFrame*>(m_Sound.get());
+        return true;
+    }
+
     File m_File;
-    Manager m_Manager{m_File};
+    test::HostManager m_Manager;
+    size_t m_Next = 0, m_Sample = 0;
+    std::unique_ptr<HostSound> m_Sound;
 };
 
 TEST_F(Replace, PlaysTheFileThenSilenceOrTheFileAgain) {
@@ -159,7 +115,7 @@ TEST_F(Replace, PlaysTheFileThenSilenceOrTheFileAgain) {
             m_File = {.items = items};
             const test::AudioProc proc = Open(loops ? "1" : "0");
             ASSERT_NO_FATAL_FAILURE(ExpectCounts(*proc, total, loops));
-            EXPECT_EQ(m_File.sought.empty(), !loops || total > 3738);
+            EXPECT_EQ(m_Manager.sought.empty(), !loops || total > 3738);
             EXPECT_EQ(Code(), 0);
         }
     }
@@ -173,7 +129,7 @@ TEST_F(Replace, EndsWhereReadingFailsOrGivesNoSound) {
     // When the very first read fails, the file may still have a beginning.
     m_File = {.items = {{.samples = 30}}, .failsFirst = 1};
     ASSERT_NO_FATAL_FAILURE(ExpectCounts(*Open("1"), 30, true));
-    EXPECT_EQ(m_File.sought.front(), 0u);
+    EXPECT_EQ(m_Manager.sought.front(), 0u);
     // Nothing to hear from one beginning to the next, whatever kind of nothing: silence, and no end of
     // seeking.
     for (const std::vector<Item>& items : std::initializer_list<std::vector<Item>>{
@@ -186,7 +142,7 @@ TEST_F(Replace, EndsWhereReadingFailsOrGivesNoSound) {
         EXPECT_TRUE(proc->Seek(0));
         EXPECT_EQ(Take(*proc, 50), std::vector<uint16_t>(100));
         EXPECT_EQ(Take(*proc, 60), std::vector<uint16_t>(120));
-        EXPECT_LE(m_File.sought.size(), 2u);
+        EXPECT_LE(m_Manager.sought.size(), 2u);
     }
     // A file that cannot be begun again has ended.
     m_File = {.items = {{.samples = 30}}, .seekable = false};
@@ -233,12 +189,12 @@ TEST_F(Replace, SeeksInTheFileAndForgetsWhatIsQueued) {
     proc->Seek(9'999);      // beyond 1000, counted as it is: 0 ms
     proc->Seek(1000);
     proc->Seek(-10'000);
-    m_File.seekable = false;
+    m_Manager.sources["file"].seekable = false;
     EXPECT_FALSE(proc->Seek(40'000'000'000'000)); // 4000000000 ms
-    EXPECT_EQ(m_File.sought, (std::vector<unsigned>{1234, 2500, 500, 0, 0, 0xFFFFFFFF, 0}));
+    EXPECT_EQ(m_Manager.sought, (std::vector<unsigned>{1234, 2500, 500, 0, 0, 0xFFFFFFFF, 0}));
     m_File = {.items = {}, .duration = 0};
     Open("1")->Seek(25'000'000);
-    EXPECT_EQ(m_File.sought, std::vector<unsigned>{2500});
+    EXPECT_EQ(m_Manager.sought, std::vector<unsigned>{2500});
 }
 
 TEST_F(Replace, FollowsTheFramesKindAndKeepsWhatIsConverted) {
@@ -294,14 +250,14 @@ TEST_F(Replace, RecordsWhyAFrameStaysAsItIs) {
 TEST_F(Replace, OwnsItsFileAndInsistsOnOne) {
     {
         const test::AudioProc proc = Open("0");
-        EXPECT_EQ(m_File.opened, 1);
+        EXPECT_EQ(m_Manager.opened.size(), 1u);
         proc->SetProperty("audio_replace_path", "file");
-        EXPECT_EQ(m_File.opened, 2);
-        EXPECT_EQ(m_File.released, 1);
+        EXPECT_EQ(m_Manager.opened.size(), 2u);
+        EXPECT_EQ(m_Manager.readers, 1);
         EXPECT_STREQ(proc->GetProperty("audio_replace_path", nullptr), "file");
         EXPECT_DEATH(proc->SetProperty("audio_replace_path", "missing"), "Assertion .m_pSource. failed");
     }
-    EXPECT_EQ(m_File.released, 2);
+    EXPECT_EQ(m_Manager.readers, 0);
     EXPECT_DEATH(test::MakeAudio("audio_replace")->SetProperty("audio_replace_path", "file"), "m_pSource");
 }
 

@@ -276,14 +276,8 @@ TEST(Stereo, AnaglyphsOfOtherFormatsShareTheWayBack) {
     }
     EXPECT_EQ(Code(), 0);
     for (const Shape& shape : {Shape{YUV411P, 256, 8, 3}, {YUV422P, 128, 8, 3}})
-        for (const auto& other : {MakeVideo(Mode(1)), MakeVideo(Mode(2))}) {
-            auto frame = MakeFrame(shape);
-            const HostFrame original = *frame;
-            GetBaseException()->Clear();
-            test::Run(*other, *frame);
-            test::ExpectSame(*frame, original, Describe(shape));
-            EXPECT_EQ(Code(), 10021008);
-        }
+        for (const auto& other : {MakeVideo(Mode(1)), MakeVideo(Mode(2))})
+            test::ExpectRefuses(*other, shape, "");
 }
 
 TEST(StereoDeathTest, AnaglyphsNeedOneOrThreePlanes) {

@@ -3,7 +3,7 @@
 
 #include "aveffect/base_media.h"
 #include "tests/support/effect_cases.h"
-#include "tests/support/picture_manager.h"
+#include "tests/support/host_manager.h"
 
 namespace {
 
@@ -69,7 +69,7 @@ protected:
         EXPECT_EQ(manager.readers, 0);
     }
 
-    test::PictureManager manager;
+    test::HostManager manager;
 };
 
 TEST_F(TransitionBase, FitsPicturesInsideMargins) {

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "tests/support/effect_cases.h"
-#include "tests/support/picture_manager.h"
+#include "tests/support/host_manager.h"
 
 namespace {
 
@@ -209,7 +209,7 @@ struct Paddings {
 void ExpectDrawn(const Transition& transition, Size size, Paddings paddings, int s, int d) {
     HostFrame first = Picture(size.width, size.height, paddings.first, 2);
     HostFrame second = Picture(size.width, size.height, paddings.second, 3);
-    test::PictureManager manager;
+    test::HostManager manager;
     manager.sources = {{"first", {&first}}, {"second", {&second}}};
     static size_t turn = 0; // each level in turns
     const test::FeatureMask hidden(test::kLevelMasks[turn++ % std::size(test::kLevelMasks)]);
@@ -314,7 +314,7 @@ TEST(Transitions, AnyTimesDoNoHarm) {
                                    {"0", "1"},
                                    {"0", "4294967295"}}) {
             HostFrame picture = Picture(45, 44, 8, 2);
-            test::PictureManager manager;
+            test::HostManager manager;
             manager.sources = {{"picture", {&picture}}};
             const test::VideoProc proc = test::MakeVideo(transition.effect,
                                                          {{"EffectPropVFPath1", "picture"},

@@ -5,7 +5,7 @@
 #include "aveffect/catalogue.h"
 #include "tests/memory/allocation_count.h"
 #include "tests/support/busy_settings.h"
-#include "tests/support/picture_manager.h"
+#include "tests/support/host_manager.h"
 #include "tests/support/plugin.h"
 #include "tests/support/recycled_frame.h"
 
@@ -50,7 +50,7 @@ private:
 inline AVBased::IAVManager* Manager() {
     struct Sources {
         Picture first{AVBased::BGRA}, second{AVBased::YUV420P, 40, 50};
-        PictureManager manager;
+        HostManager manager;
 
         Sources() { manager.sources = {{"first", {&first.Frame()}}, {"second", {&second.Frame()}}}; }
     };
