@@ -65,17 +65,17 @@ struct PlaneLayout {
 enum class SampleRange : uint8_t { Limited, Full };
 
 struct FormatLayout {
-    unsigned id;
     const char* name; ///< libavutil's
+    unsigned id;
     bool packed;
     uint8_t components; ///< colours of a packed format, planes of another
     SampleRange range;
     uint8_t planeCount; ///< that are described
-    std::array<PlaneLayout, 4> planes;
     /// Chroma sample (x >> horizontalShift, y >> verticalShift) belongs to luma sample (x, y); 0 for packed
     /// formats.
-    uint8_t horizontalShift = 0;
-    uint8_t verticalShift = 0;
+    uint8_t horizontalShift;
+    uint8_t verticalShift;
+    std::array<PlaneLayout, 4> planes;
 
     constexpr bool HasAlphaPlane() const { return planeCount == 4; }
 };
@@ -85,7 +85,7 @@ namespace layouts {
 
 constexpr FormatLayout Packed(unsigned id, const char* name, uint8_t components, uint8_t pixels,
                               uint8_t bytes, SampleRange range = SampleRange::Full) {
-    return {id, name, true, components, range, 1, {PlaneLayout{pixels, bytes, 0, pixels, 1}}};
+    return {name, id, true, components, range, 1, 0, 0, {PlaneLayout{pixels, bytes, 0, pixels, 1}}};
 }
 
 constexpr FormatLayout Planar(unsigned id, const char* name, uint8_t horizontalShift, uint8_t verticalShift,
@@ -93,15 +93,15 @@ constexpr FormatLayout Planar(unsigned id, const char* name, uint8_t horizontalS
     const auto pixels = static_cast<uint8_t>(1 << horizontalShift);
     const PlaneLayout chroma = {pixels, 1, verticalShift, pixels, static_cast<uint8_t>(1 << verticalShift)};
     const auto planes = static_cast<uint8_t>(alpha ? 4 : 3);
-    return {id,
-            name,
+    return {name,
+            id,
             false,
             planes,
             range,
             planes,
-            {PlaneLayout{}, chroma, chroma, PlaneLayout{}},
             horizontalShift,
-            verticalShift};
+            verticalShift,
+            {PlaneLayout{}, chroma, chroma, PlaneLayout{}}};
 }
 
 } // namespace layouts
@@ -119,7 +119,7 @@ inline constexpr FormatLayout kPixelFormats[] = {
     layouts::Packed(MONOWHITE, "monow", 1, 8, 1),
     layouts::Packed(MONOBLACK, "monob", 1, 8, 1),
     // Two components, pixels and palette, of which one is described; not packed all the same.
-    {PAL8, "pal8", false, 2, SampleRange::Full, 1, {}},
+    {"pal8", PAL8, false, 2, SampleRange::Full, 1, 0, 0, {}},
     layouts::Planar(YUVJ420P, "yuvj420p", 1, 1, SampleRange::Full),
     layouts::Planar(YUVJ422P, "yuvj422p", 1, 0, SampleRange::Full),
     layouts::Planar(YUVJ444P, "yuvj444p", 0, 0, SampleRange::Full),
@@ -127,7 +127,7 @@ inline constexpr FormatLayout kPixelFormats[] = {
     layouts::Packed(UYYVYY411, "uyyvyy411", 3, 4, 6, SampleRange::Limited),
     // The chroma plane is as wide as the luma, yet its crop counts two columns a byte; it has half the rows,
     // yet a divisor of 1, on which hosts rely.
-    {NV12, "nv12", false, 2, SampleRange::Limited, 2, {PlaneLayout{}, PlaneLayout{1, 1, 1, 2, 1}}, 1, 1},
+    {"nv12", NV12, false, 2, SampleRange::Limited, 2, 1, 1, {PlaneLayout{}, PlaneLayout{1, 1, 1, 2, 1}}},
     layouts::Packed(ARGB, "argb", 4, 1, 4),
     layouts::Packed(RGBA, "rgba", 4, 1, 4),
     layouts::Packed(ABGR, "abgr", 4, 1, 4),
