@@ -6,7 +6,9 @@
 #include <sys/stat.h>
 
 #include "host/effects/media_check.h"
+#include "host/media/left_out.h"
 #include "host/media/media_manager.h"
+#include "host/output/edited_sound.h"
 #include "host/output/sound_formats.h"
 #include "host/output/stream_copy.h"
 #include "host/sound/sound_lane.h"
@@ -86,6 +88,8 @@ private:
                 m_streams.push_back(stream);
             }
         }
+        const std::string leftOut = LeftOutText(*m_input, nullptr);
+        if (!leftOut.empty()) m_reporter.Warn(leftOut);
     }
 
     void FindSpan() {
@@ -169,13 +173,23 @@ private:
     bool HoldsAll() {
         for (const AVStream* stream : m_streams) {
             const AVCodecID codec = stream->codecpar->codec_id;
-            if (HoldsAsIs(m_plan, *stream->codecpar)) continue;
+            const bool held = HoldsAsIs(m_plan, *stream->codecpar);
+            if (held && CopyFor(*stream) != EditedCopy::None) continue;
             RequireRereadable(m_options.input);
-            m_reporter.Note("." + m_plan.Kind() + " files can't hold the " + avcodec_get_name(codec) +
-                            " sound as it is");
+            m_reporter.Note(held ? EditedNote(*stream)
+                                 : "." + m_plan.Kind() + " files can't hold the " + avcodec_get_name(codec) +
+                                       " sound as it is");
             return false;
         }
         return true;
+    }
+
+    EditedCopy CopyFor(const AVStream& stream) const {
+        const std::optional<SoundEdit> edit = EditOf(*m_input, stream);
+        if (!edit) return EditedCopy::Heard;
+        std::optional<int64_t> start;
+        if (m_options.fromMs) start = av_rescale_q(m_start.ticks, m_start.base, stream.time_base);
+        return CopyOf(*edit, stream, m_plan, start);
     }
 
     // Packets can be left out whole only; what loses nothing by being encoded again is cut to the sample.
@@ -191,9 +205,12 @@ private:
 
     RenderResult Copy(ProgressMeter& progress) {
         std::vector<AVStream*> targets(m_input->nb_streams);
+        std::vector<bool> withLead(m_input->nb_streams); // what is not heard, until what is comes
         for (AVStream* stream : m_streams) {
             RequireCopy(*stream);
-            targets[static_cast<size_t>(stream->index)] = AddCopiedStream(m_output, *stream);
+            const auto index = static_cast<size_t>(stream->index);
+            targets[index] = AddCopiedStream(m_output, *stream);
+            withLead[index] = CopyFor(*stream) == EditedCopy::WithLead;
         }
         m_output.Start(m_options.overwrite, m_cancel);
         const mediabridge::AVPacketPtr packet(av_packet_alloc());
@@ -204,6 +221,9 @@ private:
             const auto index = static_cast<size_t>(packet->stream_index);
             AVStream* const target = index < targets.size() ? targets[index] : nullptr;
             if (!target) continue;
+            const bool heard = !(packet->flags & AV_PKT_FLAG_DISCARD);
+            withLead[index] = withLead[index] && !heard;
+            if (!heard && !withLead[index]) continue;
             const AVRational base = m_input->streams[index]->time_base;
             const int64_t start = av_rescale_q(m_start.ticks, m_start.base, base);
             if (packet->pts != AV_NOPTS_VALUE) {

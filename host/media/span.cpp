@@ -160,7 +160,7 @@ void SpanReader::TakePacket(AVPacketPtr packet) {
 // stays too.
 void SpanReader::PassPacket(AVPacketPtr packet) {
     const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
-    KeepShownSubtitle(*packet);
+    CutSubtitle(*packet);
     const int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts;
     if (time != AV_NOPTS_VALUE) {
         const Moment moment{time, base};
@@ -174,15 +174,20 @@ void SpanReader::PassPacket(AVPacketPtr packet) {
     m_ready.push_back({nullptr, std::move(packet)});
 }
 
-void SpanReader::KeepShownSubtitle(AVPacket& packet) const {
+// To the part of its time that lies in the span; what lies outside altogether stays as it is.
+void SpanReader::CutSubtitle(AVPacket& packet) const {
     const AVStream& stream = *m_source.Format().streams[packet.stream_index];
-    if (!m_limits.fromMs || stream.codecpar->codec_type != AVMEDIA_TYPE_SUBTITLE ||
-        packet.pts == AV_NOPTS_VALUE)
-        return;
+    if (stream.codecpar->codec_type != AVMEDIA_TYPE_SUBTITLE || packet.pts == AV_NOPTS_VALUE) return;
     const int64_t start = av_rescale_q(*m_start, Base(), stream.time_base);
-    if (packet.pts >= start || packet.pts + packet.duration <= start) return;
-    packet.duration -= start - packet.pts;
-    packet.pts = packet.dts = start;
+    if (m_limits.fromMs && packet.pts < start && packet.pts + packet.duration > start) {
+        packet.duration -= start - packet.pts;
+        packet.pts = packet.dts = start;
+    }
+    std::optional<Moment> end = m_end;
+    if (m_limits.toMs) end = Moment{*m_limits.toMs, kMilliseconds};
+    if (!end) return;
+    const int64_t left = av_rescale_q(end->ticks, end->base, stream.time_base) - packet.pts;
+    if (left > 0) packet.duration = std::min(packet.duration, left);
 }
 
 // Packets held back are decided on again, now that more is known.

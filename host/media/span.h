@@ -60,7 +60,7 @@ private:
     void TakeCopiedPicture(mediabridge::AVPacketPtr packet);
     void EmitCopied(mediabridge::AVPacketPtr packet, int64_t time);
     void PassPacket(mediabridge::AVPacketPtr packet);
-    void KeepShownSubtitle(AVPacket& packet) const;
+    void CutSubtitle(AVPacket& packet) const;
     void ReleaseHeld(bool all);
     void EmitPending(int64_t duration);
     void EndPictures(const Moment& end);

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <utility>
 
+#include "host/media/left_out.h"
+#include "host/output/edited_sound.h"
 #include "host/output/sound_formats.h"
 #include "host/output/stream_copy.h"
 #include "host/picture/light_metadata.h"
@@ -56,6 +58,11 @@ void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool wi
         if (uint8_t* copy = av_stream_new_side_data(to, data.type, data.size))
             std::memcpy(copy, data.data, data.size);
     }
+}
+
+std::string CantHold(const OutputPlan& plan, const AVStream& stream) {
+    return "." + plan.Kind() + " files can't hold " + avcodec_get_name(stream.codecpar->codec_id) + " " +
+           av_get_media_type_string(stream.codecpar->codec_type) + "; it is left out";
 }
 
 } // namespace
@@ -116,35 +123,66 @@ void Sink::MapStreams(const Setup& setup, Reporter& reporter) {
     const AVStream& pictures = m_source.Pictures();
     if (!m_encoder) m_copies[static_cast<size_t>(pictures.index)] = {m_pictureStream, pictures.time_base};
     for (const AVStream* stream : m_source.CopiedStreams()) {
-        const AVCodecID codec = stream->codecpar->codec_id;
         const AVMediaType type = stream->codecpar->codec_type;
-        if (type == AVMEDIA_TYPE_AUDIO && setup.sound.changes) {
-            AddLane(setup, stream, reporter);
-            continue;
-        }
-        const std::string what = std::string(avcodec_get_name(codec)) + " " + av_get_media_type_string(type);
-        if (type == AVMEDIA_TYPE_AUDIO && stream->codecpar->sample_rate <= 0) {
-            reporter.Warn("the " + what + " does not tell its rate; it is left out");
-            continue;
-        }
-        const bool holdsSound = setup.plan.muxer->audio_codec != AV_CODEC_ID_NONE;
-        const bool taken =
-            type == AVMEDIA_TYPE_ATTACHMENT ? setup.plan.Kind() == "mkv" : Takes(setup.plan, codec);
-        if (type == AVMEDIA_TYPE_AUDIO && !HoldsAsIs(setup.plan, *stream->codecpar) && holdsSound) {
-            RequireRereadable(setup.request.path);
-            reporter.Note("." + setup.plan.Kind() + " files can't hold the " + avcodec_get_name(codec) +
-                          " sound as it is");
-            AddLane(setup, stream, reporter);
-            continue;
-        }
-        if (taken && (type != AVMEDIA_TYPE_AUDIO || holdsSound)) {
-            m_copies[static_cast<size_t>(stream->index)] = {AddCopiedStream(m_output, *stream),
-                                                            stream->time_base};
-        } else {
-            reporter.Warn("." + setup.plan.Kind() + " files can't hold " + what + "; it is left out");
-        }
+        if (type == AVMEDIA_TYPE_AUDIO)
+            MapSound(setup, *stream, reporter);
+        else if (type == AVMEDIA_TYPE_SUBTITLE)
+            MapSubtitles(setup, *stream, reporter);
+        else if (setup.plan.Kind() == "mkv")
+            AddCopy(*stream);
+        else
+            reporter.Warn(CantHold(setup.plan, *stream));
     }
     if (m_lanes.empty() && !setup.sound.effects.empty()) AddLane(setup, nullptr, reporter);
+    const std::string leftOut = LeftOutText(m_source.Format(), &pictures);
+    if (!leftOut.empty()) reporter.Warn(leftOut);
+}
+
+void Sink::AddCopy(const AVStream& stream) {
+    m_copies[static_cast<size_t>(stream.index)] = {AddCopiedStream(m_output, stream), stream.time_base};
+}
+
+void Sink::MapSound(const Setup& setup, const AVStream& stream, Reporter& reporter) {
+    const std::string codec = avcodec_get_name(stream.codecpar->codec_id);
+    if (setup.sound.changes) return AddLane(setup, &stream, reporter);
+    if (stream.codecpar->sample_rate <= 0)
+        return reporter.Warn("the " + codec + " audio does not tell its rate; it is left out");
+    if (setup.plan.muxer->audio_codec == AV_CODEC_ID_NONE) return reporter.Warn(CantHold(setup.plan, stream));
+    const bool held = HoldsAsIs(setup.plan, *stream.codecpar);
+    if (held && CopyEdited(setup, stream)) return;
+    RequireRereadable(setup.request.path);
+    reporter.Note(held ? EditedNote(stream)
+                       : "." + setup.plan.Kind() + " files can't hold the " + codec + " sound as it is");
+    AddLane(setup, &stream, reporter);
+}
+
+// False when the file leaves out a part of it that can't be left out of a copy.
+bool Sink::CopyEdited(const Setup& setup, const AVStream& stream) {
+    const std::optional<SoundEdit> edit = EditOf(m_source.Format(), stream);
+    EditedCopy how = EditedCopy::Heard;
+    if (edit) {
+        // Copied pictures may begin before what is shown of them.
+        const Moment &clip = m_source.Start(), &span = *setup.sound.start;
+        const AVRational base = stream.time_base;
+        const int64_t start = av_rescale_q(span.ticks, span.base, base);
+        const bool whole = !setup.limits.fromMs && start == av_rescale_q(clip.ticks, clip.base, base);
+        how = CopyOf(*edit, stream, setup.plan, whole ? std::nullopt : std::optional(start));
+    }
+    if (how == EditedCopy::None) return false;
+    AddCopy(stream);
+    m_copies[static_cast<size_t>(stream.index)].withLead = how == EditedCopy::WithLead;
+    return true;
+}
+
+void Sink::MapSubtitles(const Setup& setup, const AVStream& stream, Reporter& reporter) {
+    const AVCodecID codec = stream.codecpar->codec_id;
+    if (HoldsSubtitles(setup.plan, codec)) return AddCopy(stream);
+    const AVCodecID other = TextCodecFor(setup.plan, codec);
+    if (other == AV_CODEC_ID_NONE) return reporter.Warn(CantHold(setup.plan, stream));
+    Copy& copy = m_copies[static_cast<size_t>(stream.index)];
+    copy.rewritten = std::make_unique<TextSubtitles>(stream, other, m_output);
+    reporter.Note(std::string("the ") + avcodec_get_name(codec) + " subtitles are rewritten as " +
+                  avcodec_get_name(other) + ", which ." + setup.plan.Kind() + " files hold");
 }
 
 void Sink::AddLane(const Setup& setup, const AVStream* stream, Reporter& reporter) {
@@ -200,7 +238,14 @@ void Sink::DrainEncoder() {
 }
 
 void Sink::WritePacket(AVPacketPtr packet) {
-    const Copy& copy = m_copies[static_cast<size_t>(packet->stream_index)];
+    Copy& copy = m_copies[static_cast<size_t>(packet->stream_index)];
+    const bool heard = !(packet->flags & AV_PKT_FLAG_DISCARD);
+    copy.withLead = copy.withLead && !heard;
+    if (!heard && !copy.withLead) return;
+    if (copy.rewritten) {
+        if (!copy.rewritten->Write(*packet)) ++m_refused;
+        return;
+    }
     if (!copy.target) return;
     const bool firstPicture = copy.target == m_pictureStream && m_pictures == 0;
     if (copy.target == m_pictureStream) FollowPictures(*packet);

@@ -11,6 +11,7 @@
 #include "host/output/container.h"
 #include "host/output/encoder.h"
 #include "host/output/output_clock.h"
+#include "host/output/text_subtitles.h"
 #include "host/sound/sound_lane.h"
 #include "host/support/reporter.h"
 
@@ -53,8 +54,14 @@ private:
     struct Copy {
         AVStream* target = nullptr; ///< null for streams that are left out
         AVRational base{1, 1}; ///< of the packets; kept, since the source's own lists change while it is read
+        bool withLead = false; ///< what is not heard comes along until the first packet that is
+        std::unique_ptr<TextSubtitles> rewritten = {}; ///< that the packets go through instead
     };
     void MapStreams(const Setup& setup, Reporter& reporter);
+    void MapSound(const Setup& setup, const AVStream& stream, Reporter& reporter);
+    void MapSubtitles(const Setup& setup, const AVStream& stream, Reporter& reporter);
+    void AddCopy(const AVStream& stream);
+    bool CopyEdited(const Setup& setup, const AVStream& stream);
     void AddPictureStream(const Setup& setup, const AVFrame* sample);
     void FollowPictures(const AVPacket& packet);
     void SayRate(const Setup& setup, Reporter& reporter) const;

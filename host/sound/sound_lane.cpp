@@ -176,7 +176,11 @@ void SoundLane::Drain() {
     while (m_encoder.Receive(m_packet.get())) {
         m_packet->stream_index = m_stream->index;
         av_packet_rescale_ts(m_packet.get(), m_encoder.Context().time_base, m_stream->time_base);
-        m_output.Write(m_packet.get());
+        // FLAC's last packet holds no sound, only what its header should say; not every container takes it.
+        if (m_packet->size > 0)
+            m_output.Write(m_packet.get());
+        else
+            m_output.WriteCopied(m_packet.get());
     }
 }
 

@@ -1,0 +1,14 @@
+#pragma once
+/// What an output does not take over from its input, in words.
+#include <string>
+
+#include "host/support/av_owner.h"
+
+namespace aveffect {
+
+/// The pictures beside those that are chosen, covers and data, as one warning; empty where there are none.
+/// Without chosen pictures sound alone is taken: subtitles and attachments are named too, pictures other than
+/// covers are not. Chapters that a file keeps as a stream are none of them.
+std::string LeftOutText(const AVFormatContext& input, const AVStream* pictures);
+
+} // namespace aveffect
