@@ -38,9 +38,12 @@ bool IsText(AVCodecID codec) {
 
 // MPEG's streams take anything, but nothing reads words from them again.
 bool HoldsSubtitles(const OutputPlan& plan, AVCodecID codec) {
-    if (std::string_view(plan.muxer->name) == "mpegts")
+    const std::string_view muxer = plan.muxer->name;
+    if (muxer == "mpegts")
         return codec == AV_CODEC_ID_DVB_SUBTITLE || codec == AV_CODEC_ID_DVB_TELETEXT ||
                codec == AV_CODEC_ID_HDMV_PGS_SUBTITLE;
+    if (muxer == "mpeg" || muxer == "vob" || muxer == "dvd" || muxer == "svcd")
+        return codec == AV_CODEC_ID_DVD_SUBTITLE;
     return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
 }
 
