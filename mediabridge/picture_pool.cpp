@@ -153,17 +153,8 @@ AVFramePtr Allocate(AVPixelFormat format, int width, int height, const AVFrame* 
         picture->data[plane] = picture->buf[0]->data + layout.offsets[plane];
         picture->linesize[plane] = layout.lineSizes[plane];
     }
+    ClearBehindRows(picture.get());
     return picture;
-}
-
-/// Some transitions show what lies behind the rows of packed pictures: nothing, and not what the block held
-/// before.
-void ClearBehindRows(AVFrame* picture) {
-    const int bytes = av_image_get_linesize(static_cast<AVPixelFormat>(picture->format), picture->width, 0);
-    if (bytes < 0 || bytes >= picture->linesize[0]) return;
-    const auto gap = static_cast<std::size_t>(picture->linesize[0] - bytes);
-    for (int y = 0; y < picture->height; ++y)
-        std::memset(picture->data[0] + std::ptrdiff_t{picture->linesize[0]} * y + bytes, 0, gap);
 }
 
 } // namespace
@@ -177,8 +168,20 @@ AVFramePtr CopyPicture(const AVFrame* picture) {
                                StoredTopDown(picture) ? picture : nullptr);
     if (!copy || av_frame_copy(copy.get(), picture) < 0 || av_frame_copy_props(copy.get(), picture) < 0)
         return nullptr;
-    ClearBehindRows(copy.get());
     return copy;
+}
+
+void ClearBehindRows(AVFrame* picture) {
+    const auto format = static_cast<AVPixelFormat>(picture->format);
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+    for (int plane = 0; plane < 4; ++plane) {
+        const int bytes = av_image_get_linesize(format, picture->width, plane);
+        if (bytes <= 0 || bytes >= picture->linesize[plane]) continue;
+        const int shift = plane == 1 || plane == 2 ? descriptor->log2_chroma_h : 0;
+        const auto gap = static_cast<std::size_t>(picture->linesize[plane] - bytes);
+        for (int y = 0; y < AV_CEIL_RSHIFT(picture->height, shift); ++y)
+            std::memset(picture->data[plane] + std::ptrdiff_t{picture->linesize[plane]} * y + bytes, 0, gap);
+    }
 }
 
 } // namespace mediabridge

@@ -176,6 +176,7 @@ AVFramePtr Scaler::Convert(const AVFrame* source) {
     if (sws_scale(m_context.get(), source->data, source->linesize, 0, source->height, result->data,
                   result->linesize) < 0)
         return Fail("conversion to " + Describe(m_format, width, height) + " failed");
+    ClearBehindRows(result.get());
     return result;
 }
 

@@ -1,4 +1,5 @@
 /// Format and size conversion between the media libraries' pictures.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <set>
@@ -89,6 +90,35 @@ TEST(Scaler, LosesNothingThatFits) {
         packed->data[0][i] = static_cast<unsigned char>(std::rand());
     const AVFramePtr back = roundTrip(packed.get(), AV_PIX_FMT_ARGB);
     expectSame(packed.get(), back.get(), 0, 33 * 4, 17);
+}
+
+// Whatever used the block before; some effects copy or show what lies there.
+TEST(Scaler, LeavesZerosBehindRowsAsNewPicturesHaveThem) {
+    constexpr int kWidth = 47, kHeight = 9;
+    const AVFramePtr wide = Flat(AV_PIX_FMT_RGB24, {200, 100, 50});
+    for (const AVPixelFormat format : {AV_PIX_FMT_BGRA, AV_PIX_FMT_YUV420P, AV_PIX_FMT_GRAY8}) {
+        const auto expectZeros = [&](AVFramePtr picture, const char* how) {
+            for (int plane = 0; plane < 4 && picture->data[plane]; ++plane) {
+                const int bytes = format == AV_PIX_FMT_BGRA ? 4 * kWidth : plane ? (kWidth + 1) / 2 : kWidth;
+                const int rows = plane ? (kHeight + 1) / 2 : kHeight, pitch = picture->linesize[plane];
+                ASSERT_LT(bytes, pitch);
+                for (int y = 0; y < rows; ++y) {
+                    const auto* const row = picture->data[plane] + pitch * y;
+                    ASSERT_EQ(std::count(row + bytes, row + pitch, 0), pitch - bytes)
+                        << how << ", format " << format << ", plane " << plane << ", row " << y;
+                }
+                std::memset(picture->data[plane], 0xA5, static_cast<std::size_t>(pitch * rows));
+            }
+        };
+        Scaler scaler(format, kWidth, kHeight, ScaleQuality::Bicubic);
+        const AVFramePtr like = AllocatePicture(format, kWidth, kHeight);
+        for (int time = 0; time < 2; ++time) {
+            expectZeros(AllocatePicture(format, kWidth, kHeight), "new");
+            expectZeros(scaler.Convert(wide.get()), "converted");
+            expectZeros(CopyPicture(like.get()), "copied");
+            expectZeros(scaler.Convert(like.get()), "already of that shape");
+        }
+    }
 }
 
 TEST(Scaler, HonoursRange) {
