@@ -34,6 +34,7 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     ReelSetup setup;
     setup.transition = options.film.transition;
     setup.rate = NearestRate(plan, clips.front().rate);
+    SayRate(plan, clips.front().rate, setup.rate, reporter);
     setup.across = PicturesIn(options.durationMs, setup.rate);
     RequirePictures(setup.across, options.durationMs, setup.rate);
     setup.threads = options.film.threads;

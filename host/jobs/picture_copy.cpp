@@ -28,6 +28,7 @@ std::string AskedOfPictures(const RenderOptions& options) {
     if (options.stereo.TwoViews()) return "two views";
     if (options.crf || !options.preset.empty()) return "--crf or --preset";
     if (!options.outputFormat.empty()) return "--output-format";
+    if (options.sdr) return "--sdr";
     if (options.pixelFormat != "auto") return "--pixel-format";
     if (options.frameLimit) return "--frames";
     return {};

@@ -38,7 +38,7 @@ RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPicture
     PictureStage stage(none, manager, "auto", nullptr, reporter);
     const AVFramePtr seen = stage.ApplyEffects(std::move(look), 0, 0);
     stage.PrepareOutput(setup.plan, *seen);
-    const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, stage, reporter, cancel);
+    const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, *seen, stage, reporter, cancel);
     film->Publish();
     DamageReport damage = pictures.damage();
     damage.Add(film->Damage());

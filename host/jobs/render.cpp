@@ -89,6 +89,7 @@ public:
         , m_stage(m_chain, m_manager, options.pixelFormat,
                   UprightBy(m_source, m_plan, !options.effects.empty(), m_reporter), m_reporter,
                   m_pairs.get()) {
+        m_plan.encoder.fieldOrder = m_source.Pictures().codecpar->field_order;
         if (options.sdr) m_stage.MapToSdr();
         if (!options.stereo.right.empty())
             m_right = std::make_unique<RightClip>(options.stereo.right, options.fromMs, options.threads,

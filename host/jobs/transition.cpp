@@ -9,6 +9,7 @@
 #include "host/jobs/reel_film.h"
 #include "host/media/media_manager.h"
 #include "host/output/film.h"
+#include "host/picture/light_metadata.h"
 
 namespace aveffect {
 namespace {
@@ -39,6 +40,17 @@ AVRational RateOf(const TransitionOptions& options, const std::atomic<bool>& can
     return Source(ParseSourceUrl(options.first), Source::Others::None, 1, cancel).FrameRate();
 }
 
+/// Gives a picture what the clip's first one and its stream say of the light.
+void KeepLightOf(const std::string& url, AVFrame& picture, const std::atomic<bool>& cancel) {
+    Source source(ParseSourceUrl(url), Source::Others::None, 1, cancel);
+    while (const std::optional<SourceItem> item = source.Next()) {
+        if (!item->picture) continue;
+        KeepLight(*item->picture, picture);
+        break;
+    }
+    KeepLight(source.Pictures(), picture);
+}
+
 /// A transition between two pictures that stand still.
 class StillTransition {
 public:
@@ -47,7 +59,8 @@ public:
         : m_options(options)
         , m_manager(&cancel)
         , m_canvas(MakeCanvas())
-        , m_rate(NearestRate(plan, RateOf(options, cancel)))
+        , m_wanted(RateOf(options, cancel))
+        , m_rate(NearestRate(plan, m_wanted))
         , m_marks(MarksOf(options, m_rate))
         , m_across(plugin, &m_manager,
                    {TransitionSpec(options.film.transition, options.first, options.second, options.startMs,
@@ -58,6 +71,7 @@ public:
                                  options.durationMs)},
                  static_cast<uint32_t>(options.durationMs)) {}
 
+    AVRational WantedRate() const { return m_wanted; }
     AVRational Rate() const { return m_rate; }
     int64_t Pictures() const { return m_marks.count; }
     DamageReport Damage() const { return m_manager.Damage(); }
@@ -82,6 +96,7 @@ private:
     const TransitionOptions& m_options;
     MediaManager m_manager;
     Canvas m_canvas;
+    AVRational m_wanted;
     AVRational m_rate;
     Marks m_marks;
     EffectChain m_across;
@@ -94,7 +109,10 @@ RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options,
     const FilmPictures pictures{transition.Pictures(), [&](int64_t index) { return transition.Draw(index); },
                                 [&] { return transition.Damage(); }};
     FilmSetup setup{plan, transition.Rate(), options.film.overwrite};
-    return RenderFilm(plugin, std::move(setup), pictures, transition.Draw(0), reporter, cancel);
+    SayRate(plan, transition.WantedRate(), transition.Rate(), reporter);
+    AVFramePtr look = transition.Draw(0);
+    if (IsHighDynamicRange(*look)) KeepLightOf(options.first, *look, cancel);
+    return RenderFilm(plugin, std::move(setup), pictures, std::move(look), reporter, cancel);
 }
 
 /// Both clips play; see TransitionOptions::live.
@@ -102,8 +120,10 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
                         Reporter& reporter, const std::atomic<bool>& cancel) {
     const ClipScan first = ScanClip(options.first, cancel);
     const ClipScan second = ScanClip(options.second, cancel);
-    const AVRational rate = NearestRate(
-        plan, options.rate ? AVRational{options.rate->pictures, options.rate->seconds} : first.rate);
+    const AVRational wanted =
+        options.rate ? AVRational{options.rate->pictures, options.rate->seconds} : first.rate;
+    const AVRational rate = NearestRate(plan, wanted);
+    SayRate(plan, wanted, rate, reporter);
     const Marks marks = MarksOf(options, rate);
     const ReelPart parts[] = {{&first, marks.end}, {&second, marks.count - marks.start}};
     for (const auto& [clip, pictures] : parts)

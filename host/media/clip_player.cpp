@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/picture/light_metadata.h"
 #include "host/support/error.h"
 
 namespace aveffect {
@@ -34,7 +35,10 @@ AVFramePtr ClipPlayer::At(int64_t tick) {
         Read();
         changed = true;
     }
-    if (changed) m_shown = m_upright.Apply(std::move(m_shown), m_source.Pictures());
+    if (changed) {
+        m_shown = m_upright.Apply(std::move(m_shown), m_source.Pictures());
+        if (IsHighDynamicRange(*m_shown)) KeepLight(m_source.Pictures(), *m_shown);
+    }
     AVFramePtr picture(av_frame_clone(m_shown.get()));
     if (!picture) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");
     return picture;

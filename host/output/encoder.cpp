@@ -19,6 +19,8 @@ namespace {
 constexpr std::string_view kX26Presets[] = {"ultrafast", "superfast", "veryfast", "faster",   "fast",
                                             "medium",    "slow",      "slower",   "veryslow", "placebo"};
 
+bool IsInterlaced(AVFieldOrder order) { return order != AV_FIELD_UNKNOWN && order != AV_FIELD_PROGRESSIVE; }
+
 // Encoders whose default is a bit rate of the 1990s get a constant, good quality instead.
 int UsualQuantizer(AVCodecID id) {
     switch (id) {
@@ -62,7 +64,7 @@ Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& ti
     m_context->thread_count = static_cast<int>(std::min(plan.encoder.threads, 64u));
     if (plan.muxer && (plan.muxer->flags & AVFMT_GLOBALHEADER))
         m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    SetInterlacing(sample, timing.fieldOrder);
+    SetInterlacing(sample, plan.encoder.fieldOrder);
     SetPrivate(sample);
     SetQuality(plan.encoder);
     TakeLibraryError();
@@ -70,16 +72,19 @@ Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& ti
     if (code < 0) Fail("can't start", code);
 }
 
+// Most codecs that know fields code all pictures of a stream with them or none. FFV1 tells it of each
+// picture, from its third version on.
 void Encoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
-    if (!sample.interlaced_frame) {
+    const AVCodecID id = m_codec->id;
+    if (id == AV_CODEC_ID_FFV1) m_context->level = 3;
+    if (!IsInterlaced(order) && !sample.interlaced_frame) {
         m_context->field_order = AV_FIELD_PROGRESSIVE;
         return;
     }
     const AVFieldOrder fromFrame = sample.top_field_first ? AV_FIELD_TT : AV_FIELD_BB;
-    const bool said = order != AV_FIELD_UNKNOWN && order != AV_FIELD_PROGRESSIVE;
-    m_context->field_order = said ? order : fromFrame;
-    const AVCodecID id = m_codec->id;
-    if (id == AV_CODEC_ID_H264 || id == AV_CODEC_ID_MPEG2VIDEO || id == AV_CODEC_ID_MPEG4)
+    m_context->field_order = IsInterlaced(order) ? order : fromFrame;
+    if (id == AV_CODEC_ID_H264 || id == AV_CODEC_ID_MPEG2VIDEO || id == AV_CODEC_ID_MPEG4 ||
+        id == AV_CODEC_ID_PRORES)
         m_context->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
 }
 
@@ -122,6 +127,10 @@ void Encoder::Send(AVFrame* picture) {
         picture->pict_type = AV_PICTURE_TYPE_NONE;
         picture->key_frame = 0;
         picture->quality = m_context->global_quality;
+        // Among fields, a picture without them is shown in their order.
+        const AVFieldOrder order = m_context->field_order;
+        if (!picture->interlaced_frame && IsInterlaced(order))
+            picture->top_field_first = order == AV_FIELD_TT || order == AV_FIELD_BT;
         ++m_sent;
     }
     const int code = avcodec_send_frame(m_context.get(), picture);
@@ -144,7 +153,8 @@ std::pair<int, int> EncodableSize(const OutputPlan& plan, const AVFrame& sample)
     const auto even = std::pair(sample.width + sample.width % 2, sample.height + sample.height % 2);
     // The fields of 4:2:0 pictures are even for themselves.
     const auto evenFields = std::pair(even.first, (sample.height + 3) / 4 * 4);
-    if (plan.IsStill() || own == (sample.interlaced_frame ? evenFields : even)) return own;
+    const bool fields = sample.interlaced_frame || IsInterlaced(plan.encoder.fieldOrder);
+    if (plan.IsStill() || own == (fields ? evenFields : even)) return own;
     const mediabridge::AVFramePtr trial(av_frame_clone(&sample));
     if (!trial) throw Error(ErrorKind::Output, "no memory for a picture");
     for (const auto& size : {own, even, evenFields}) {

@@ -13,7 +13,6 @@ public:
     struct Timing {
         AVRational base;
         AVRational rate;
-        AVFieldOrder fieldOrder = AV_FIELD_UNKNOWN;
     };
 
     /// Opens for pictures like the sample, which has the encoder's format. Throws Error (Usage) in the

@@ -66,10 +66,11 @@ void Film::Complete() {
     m_output.Finish();
 }
 
-std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, PictureStage& stage,
-                               Reporter& reporter, const std::atomic<bool>& cancel) {
+std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
+                               PictureStage& stage, Reporter& reporter, const std::atomic<bool>& cancel) {
     ProgressMeter progress(reporter, pictures.count);
     AVFramePtr first = stage.ConvertForEncoder(pictures.draw(0));
+    if (IsHighDynamicRange(*first)) KeepLight(look, *first);
     auto film = std::make_unique<Film>(std::move(setup), *first, cancel);
     film->WritePicture(std::move(first));
 

@@ -70,9 +70,10 @@ struct FilmPictures {
     std::function<DamageReport()> damage;
 };
 
-/// Draws and encodes a film, each on its own thread; the stage has been prepared for the output. The film
-/// that is returned is whole but not published. Throws Error.
-std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, PictureStage& stage,
-                               Reporter& reporter, const std::atomic<bool>& cancel);
+/// Draws and encodes a film, each on its own thread; the stage has been prepared for the output. The look is
+/// a picture like those of the film; the film says of the light what it says. The film that is returned is
+/// whole but not published. Throws Error.
+std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
+                               PictureStage& stage, Reporter& reporter, const std::atomic<bool>& cancel);
 
 } // namespace aveffect

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <string_view>
@@ -228,6 +229,23 @@ AVRational NearestRate(const OutputPlan& plan, AVRational rate) {
     const bool few = IsOneOf(plan.muxer, {"mxf", "gxf"}) || plan.encoder.codec->id == AV_CODEC_ID_MPEG1VIDEO;
     const AVRational* list = few ? kBroadcast : plan.encoder.codec->supported_framerates;
     return list ? list[av_find_nearest_q_idx(rate, list)] : rate;
+}
+
+void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporter& reporter) {
+    constexpr double kSame = 1e-4; // a picture in several minutes
+    if (av_cmp_q(own, written) == 0) return;
+    const auto rate = [](AVRational value) {
+        char text[48];
+        std::snprintf(text, sizeof text, "%.8g", av_q2d(value));
+        return std::string(text);
+    };
+    const std::string text = "." + plan.Kind() + " files with " + avcodec_get_name(plan.encoder.codec->id) +
+                             " have no " + rate(own) + " pictures a second; the output has " + rate(written);
+    const double change = av_q2d(written) / av_q2d(own);
+    if (std::abs(change - 1) < kSame)
+        reporter.Note(text);
+    else
+        reporter.Warn(text + (change > 1 ? ", some of them shown again" : ", some of them left out"));
 }
 
 bool Takes(const OutputPlan& plan, AVCodecID codec) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/support/av_owner.h"
+#include "host/support/reporter.h"
 
 namespace aveffect {
 
@@ -15,6 +16,8 @@ struct EncoderChoice {
     std::string preset;
     unsigned threads = 0;
     AVPixelFormat format = AV_PIX_FMT_NONE; ///< that was asked for; none: what suits codec and clip
+    /// That the clip's stream says; fields are coded too where its first picture has any.
+    AVFieldOrder fieldOrder = AV_FIELD_UNKNOWN;
 };
 
 struct OutputPlan {
@@ -51,6 +54,9 @@ OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, 
 
 /// The picture rate nearest to this one that container and codec have.
 AVRational NearestRate(const OutputPlan& plan, AVRational rate);
+
+/// Says that pictures of one rate are written at another, where these differ.
+void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporter& reporter);
 
 /// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
 OutputPlan PlanStill(const std::string& target);

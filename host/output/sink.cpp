@@ -1,8 +1,6 @@
 #include "host/output/sink.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -38,14 +36,6 @@ OutputClock MakeClock(const Sink::Setup& setup) {
             setup.plan.NeedsConstantRate(), setup.plan.LargestDenominator()};
 }
 
-constexpr double kSameRate = 1e-4; ///< a picture in several minutes
-
-std::string RateText(AVRational rate) {
-    char text[48];
-    std::snprintf(text, sizeof text, "%.8g", av_q2d(rate));
-    return text;
-}
-
 void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool withStereo, bool withLight) {
     for (int index = 0; index < from.nb_side_data; ++index) {
         const AVPacketSideData& data = from.side_data[index];
@@ -78,30 +68,15 @@ Sink::Sink(const Setup& setup, const AVFrame* sample, Reporter& reporter, const 
         m_clock = MakeClock(setup);
         m_countsPictures = setup.plan.CountsPictures();
         const AVRational rate = ClipRate(setup.source, setup.plan).picturesPerSecond;
-        m_encoder = std::make_unique<Encoder>(
-            setup.plan, *sample,
-            Encoder::Timing{m_clock->Base(), rate, setup.source.Pictures().codecpar->field_order});
-        SayRate(setup, reporter);
+        m_encoder = std::make_unique<Encoder>(setup.plan, *sample, Encoder::Timing{m_clock->Base(), rate});
+        if (setup.plan.NeedsConstantRate() && setup.source.IsConstantRate())
+            SayRate(setup.plan, setup.source.FrameRate(), rate, reporter);
     }
     AddPictureStream(setup, sample);
     MapStreams(setup, reporter);
     CopyTags(&m_output.Format().metadata, m_source.Format().metadata);
     CopyChapters(m_output, m_source.Format(), setup.limits);
     m_output.Start(setup.overwrite, cancel);
-}
-
-void Sink::SayRate(const Setup& setup, Reporter& reporter) const {
-    const AVRational own = setup.source.FrameRate(), written = m_encoder->Context().framerate;
-    if (!setup.plan.NeedsConstantRate() || !setup.source.IsConstantRate() || av_cmp_q(own, written) == 0)
-        return;
-    const std::string text = "." + setup.plan.Kind() + " files with " +
-                             avcodec_get_name(m_encoder->Context().codec_id) + " have no " + RateText(own) +
-                             " pictures a second; the output has " + RateText(written);
-    const double change = av_q2d(written) / av_q2d(own);
-    if (std::abs(change - 1) < kSameRate)
-        reporter.Note(text);
-    else
-        reporter.Warn(text + (change > 1 ? ", some of them shown again" : ", some of them left out"));
 }
 
 void Sink::AddPictureStream(const Setup& setup, const AVFrame* sample) {

@@ -64,7 +64,6 @@ private:
     bool CopyEdited(const Setup& setup, const AVStream& stream);
     void AddPictureStream(const Setup& setup, const AVFrame* sample);
     void FollowPictures(const AVPacket& packet);
-    void SayRate(const Setup& setup, Reporter& reporter) const;
     void FillUntil(int64_t tick);
     void AddLane(const Setup& setup, const AVStream* stream, Reporter& reporter);
     void DrainEncoder();

@@ -25,6 +25,13 @@ constexpr LightKind kLight[] = {
     {AV_PKT_DATA_CONTENT_LIGHT_LEVEL, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL},
 };
 
+/// Where the picture does not say it itself.
+void Say(AVFrame& picture, AVFrameSideDataType kind, const uint8_t* said, size_t size) {
+    if (av_frame_get_side_data(&picture, kind)) return;
+    if (AVFrameSideData* copy = av_frame_new_side_data(&picture, kind, size))
+        std::memcpy(copy->data, said, size);
+}
+
 /// In ticks of the encoders, so many to the unit.
 std::string Ticks(AVRational value, int perUnit) {
     return std::to_string(std::lround(av_q2d(value) * perUnit));
@@ -78,11 +85,15 @@ bool IsHighDynamicRange(const AVFrame& picture) { return IsHighDynamicRange(pict
 void KeepLight(const AVStream& from, AVFrame& picture) {
     for (const auto& [stream, kind] : kLight) {
         size_t size = 0;
-        const uint8_t* said = av_stream_get_side_data(&from, stream, &size);
-        if (!said || av_frame_get_side_data(&picture, kind)) continue;
-        if (AVFrameSideData* copy = av_frame_new_side_data(&picture, kind, size))
-            std::memcpy(copy->data, said, size);
+        if (const uint8_t* said = av_stream_get_side_data(&from, stream, &size))
+            Say(picture, kind, said, size);
     }
+}
+
+void KeepLight(const AVFrame& from, AVFrame& picture) {
+    for (const auto& [stream, kind] : kLight)
+        if (const AVFrameSideData* said = av_frame_get_side_data(&from, kind))
+            Say(picture, kind, said->data, said->size);
 }
 
 void MarkLight(AVStream& to, const AVFrame& picture) {

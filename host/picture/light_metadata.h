@@ -15,6 +15,8 @@ bool IsHighDynamicRange(AVColorTransferCharacteristic transfer);
 /// Gives a picture what its stream says of the mastering display and of the light of the whole, where it does
 /// not say so itself.
 void KeepLight(const AVStream& from, AVFrame& picture);
+/// The same with what another picture says.
+void KeepLight(const AVFrame& from, AVFrame& picture);
 
 /// Writes what a picture says of these onto a stream.
 void MarkLight(AVStream& to, const AVFrame& picture);

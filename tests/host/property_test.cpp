@@ -36,6 +36,35 @@ TEST(Properties, FullRangeStaysWhereItCanBeSaid) {
     EXPECT_NEAR(clips::Decode(directory / "out.avi").front(), 235, 2);
 }
 
+// Half without fields, half with: pictures say it themselves in FFV1, streams as a whole in the others.
+TEST(Properties, FieldsAreMarkedAsTheCodecCan) {
+    const clips::TemporaryDirectory directory;
+    const auto make = [&](const std::string& name, const char* stream) {
+        clips::Run("ffmpeg -v error -nostdin -f lavfi -i testsrc2=s=96x64:d=0.2 -filter_complex "
+                   "'split[a][b];[a]setfield=prog[p];[b]setfield=tff[i];[p][i]concat' -pix_fmt yuv420p "
+                   "-c:v ffv1 -level 3 " +
+                   std::string(stream) + (directory / name));
+        return directory / name;
+    };
+    const std::string unsaid = make("unsaid.mkv", ""), said = make("said.mkv", "-flags +ildct -top 1 ");
+    const auto fields = [](const std::string& path) {
+        return clips::RunText("ffprobe -v error -select_streams v -show_entries "
+                              "frame=interlaced_frame,top_field_first -of csv=p=0 " +
+                              path + " | grep -o '[01],[01]' | uniq -c | tr -d ' ' | tr '\\n' ' '");
+    };
+    ASSERT_EQ(fields(unsaid), "50,0 51,1 ");
+    const struct {
+        const char *input, *codec, *output, *fields;
+    } cases[] = {{"unsaid.mkv", "ffv1", "a.mkv", "50,0 51,1 "}, {"said.mkv", "ffv1", "b.avi", "50,0 51,1 "},
+                 {"unsaid.mkv", "libx264", "c.mkv", "100,0 "},  {"said.mkv", "libx264", "d.mkv", "101,1 "},
+                 {"said.mkv", "mpeg2video", "e.mkv", "101,1 "}, {"said.mkv", "mpeg4", "f.avi", "101,1 "},
+                 {"said.mkv", "prores_ks", "g.mov", "101,1 "}};
+    for (const auto& [input, codec, output, expected] : cases) {
+        clips::Render(directory / input, directory / output, codec);
+        EXPECT_EQ(fields(directory / output), expected) << input << " " << codec;
+    }
+}
+
 TEST(Properties, RotationIsCopiedOrCarriedOut) {
     const clips::TemporaryDirectory directory;
     clips::Make(directory / "flat.mp4", "64x48", 25, 0.12, "-c:v libx264 -pix_fmt yuv420p");
