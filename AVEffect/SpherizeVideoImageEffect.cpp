@@ -58,7 +58,6 @@ bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
             }
         }
     }
-    m_nMapValid = 1;
     return true;
 }
 

@@ -95,7 +95,9 @@ void CStoredMapEffect::MapChroma(PlaneMap& map, const PlanarView& view, const Pl
 }
 
 void CStoredMapEffect::BuildPacked(Plane32 plane, Plane32 copy) {
-    if (BuildMap(plane.width, plane.rows)) ReplayPacked(plane, copy);
+    if (!BuildMap(plane.width, plane.rows)) return;
+    ReplayPacked(plane, copy);
+    m_nMapValid = 1;
 }
 
 void CStoredMapEffect::ReplayPacked(Plane32 plane, Plane32 copy) {
@@ -128,7 +130,9 @@ void CStoredMapEffect::ApplyPlanar(const PlanarView& view, const PlanarView& cop
 }
 
 void CStoredMapEffect::BuildPlanar(const PlanarView& view, const PlanarView& copy) {
-    if (BuildMap(view.y.width, view.y.rows)) ApplyPlanar(view, copy, m_bWritesRimLater);
+    if (!BuildMap(view.y.width, view.y.rows)) return;
+    ApplyPlanar(view, copy, m_bWritesRimLater);
+    m_nMapValid = 1;
 }
 
 void CStoredMapEffect::ReplayPlanar(const PlanarView& view, const PlanarView& copy) {

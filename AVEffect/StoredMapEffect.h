@@ -22,8 +22,7 @@ protected:
     /// With writesRimLater the frame that the map is made on leaves out what WrittenAtOnce says.
     CStoredMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater);
 
-    /// Makes the map for pictures of that size in pixels, and says so in m_nMapValid. False where there is
-    /// none.
+    /// Makes the map for pictures of that size in pixels. False where there is none.
     virtual bool BuildMap(size_t width, size_t height) = 0;
     /// Whether the pixel is written already by the frame that the map is made on.
     virtual bool WrittenAtOnce(size_t, size_t) const { return true; }
@@ -42,7 +41,7 @@ protected:
     /// CBaseException 10021008, which names it, where a picture without pixels asks for a map.
     void MapFrame(IRawVideoFrame* pFrame, const char* property = nullptr);
 
-    int16_t m_nMapValid = 0;
+    int16_t m_nMapValid = 0; ///< 1 from the first frame drawn with the map until a property changes
 
 private:
     /// What the replayed maps of planes hold for.

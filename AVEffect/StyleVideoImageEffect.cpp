@@ -169,7 +169,6 @@ bool CLensMapEffect::BuildMap(size_t width, size_t height) {
     m_Size = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
     m_Columns.resize(width);
     m_Rows.resize(width);
-    m_nMapValid = 1;
     return true;
 }
 

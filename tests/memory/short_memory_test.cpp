@@ -131,7 +131,8 @@ TEST(ShortMemory, AProcessThatCouldNotStartStartsLater) {
     }
 }
 
-TEST(ShortMemory, AtomizeDrawsAtTheNextFrame) {
+// Both keep what they make on their first frame, and rotate's first frame looks unlike the later ones.
+TEST(ShortMemory, WhatTheFirstFrameCouldNotMakeTheNextMakes) {
     Picture picture(YUV420P);
     ImagePostion position{};
     const auto draw = [&](IVideoProc& proc) {
@@ -141,12 +142,14 @@ TEST(ShortMemory, AtomizeDrawsAtTheNextFrame) {
         const test::WithoutLimit enough;
         return picture.Pixels();
     };
-    const EffectInfo& atomize = *FindEffect(effectNameAtomize);
-    const Bytes wanted = draw(*test::MakeBusy(atomize));
-    for (size_t blocks = 0;; ++blocks) {
-        const test::VideoProc proc = test::MakeBusy(atomize);
-        if (!With(blocks, [&] { return draw(*proc); }).failed) break;
-        EXPECT_EQ(draw(*proc), wanted) << "block " << blocks;
+    for (const char* name : {effectNameAtomize, effectNameRotate}) {
+        const EffectInfo& effect = *FindEffect(name);
+        const Bytes wanted = draw(*test::MakeBusy(effect));
+        for (size_t blocks = 0;; ++blocks) {
+            const test::VideoProc proc = test::MakeBusy(effect);
+            if (!With(blocks, [&] { return draw(*proc); }).failed) break;
+            EXPECT_EQ(draw(*proc), wanted) << name << ", block " << blocks;
+        }
     }
 }
 
