@@ -7,8 +7,6 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
-#include "host/output/encoder.h"
-#include "host/picture/edge_padding.h"
 #include "host/support/error.h"
 #include "mediabridge/picture_pool.h"
 #include "mediabridge/pixel_formats.h"
@@ -105,8 +103,6 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
     return picture;
 }
 
-// The output looks like the clip, in the bits that the effects worked in. Grey clips may have been given
-// colour, and any clip transparency.
 AVPixelFormat PictureStage::WantedFormat() const {
     if (m_chain.Empty()) return m_clip->format;
     if (m_chain.ChangesAlpha()) return m_working.format;
@@ -116,66 +112,8 @@ AVPixelFormat PictureStage::WantedFormat() const {
     return grey ? m_working.format : kind;
 }
 
-void PictureStage::PrepareSize(const OutputPlan& plan, const AVFrame& picture) {
-    const AVFramePtr sample(av_frame_clone(&picture));
-    if (!sample) throw Error(ErrorKind::Output, "no memory for a picture");
-    sample->format = m_output.format;
-    m_encodedSize = EncodableSize(plan, *sample);
-    const auto& [width, height] = m_encodedSize;
-    if (m_encodedSize != std::pair(picture.width, picture.height))
-        m_reporter.Note(std::string(plan.encoder.codec->name) + " takes no pictures of " +
-                        std::to_string(picture.width) + "x" + std::to_string(picture.height) +
-                        "; their last column and row go on to " + std::to_string(width) + "x" +
-                        std::to_string(height));
-}
-
-// Where no effect has said so already.
-void PictureStage::SayDepth(const OutputPlan& plan) {
-    const int depth = BitDepth(m_clip->format);
-    if (plan.IsStill() || !m_chain.Empty() || depth <= 8 || BitDepth(m_output.format) > 8) return;
-    const std::string format = FormatName(AV_PIX_FMT_YUV420P10);
-    const bool could = TakesFormat(*plan.encoder.codec, AV_PIX_FMT_YUV420P10);
-    m_reporter.Warn("the pictures' " + std::to_string(depth) + " bits are brought to 8 with dithering" +
-                    (could ? "; --output-format " + format + " writes 10" : ""));
-}
-
-void PictureStage::PrepareOutput(const OutputPlan& plan, const AVFrame& picture) {
-    m_output = ChooseEncoderFormat(plan, WantedFormat(), *m_clip, picture);
-    SayDepth(plan);
-    PrepareSize(plan, picture);
-    if (m_chain.ChangesAlpha() && HasAlpha(m_working.format) && !HasAlpha(m_output.format)) {
-        m_toBlack.emplace("premultiply=inplace=1", "blended over black");
-        m_reporter.Note(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
-                        " files; the pictures are blended over black");
-    } else if (m_output.losesAlpha)
-        m_reporter.Warn(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
-                        " files; the pictures become opaque");
-    m_reporter.Note("the encoder " + std::string(plan.encoder.codec->name) + " takes " +
-                    FormatName(m_output.format));
-    // Pictures in files are read with the BT.601 matrix whatever they say.
-    m_only601 = plan.IsStill() && HasColourRange(m_output.format);
-    m_toEncoder.emplace(m_output.format, 0, 0, ScaleQuality::Bicubic, m_output.range,
-                        m_only601 ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_UNSPECIFIED);
-}
-
-AVFramePtr PictureStage::ConvertForEncoder(AVFramePtr picture) {
-    if (m_toBlack) picture = m_toBlack->Apply(std::move(picture));
-    if (m_output.Converts(*picture) || (m_only601 && !Is601(picture->colorspace))) {
-        const bool fromRgb = !HasColourRange(FormatOf(*picture)) && HasColourRange(m_output.format);
-        picture = ConvertWith(*m_toEncoder, *picture);
-        // Unsaid counts as BT.601 here, but players guess BT.709 for large pictures.
-        if (fromRgb && !HasColourRange(m_clip->format) && picture->colorspace == AVCOL_SPC_UNSPECIFIED)
-            picture->colorspace = AVCOL_SPC_SMPTE170M;
-    }
-    picture->format = m_output.format;
-    if (!HasColourRange(m_output.format)) picture->colorspace = AVCOL_SPC_UNSPECIFIED; // RGB has no matrix
-    if (m_output.range != AVCOL_RANGE_UNSPECIFIED && HasColourRange(m_output.format)) {
-        const bool saysLimited =
-            m_output.range == AVCOL_RANGE_MPEG && picture->color_range == AVCOL_RANGE_UNSPECIFIED;
-        if (!saysLimited) picture->color_range = m_output.range;
-    }
-    const bool fits = m_encodedSize == std::pair(picture->width, picture->height);
-    return fits ? std::move(picture) : PadByEdge(*picture, m_encodedSize.first, m_encodedSize.second);
+PictureOrigin PictureStage::Origin() const {
+    return {*m_clip, WantedFormat(), !m_chain.Empty(), m_chain.ChangesAlpha() && HasAlpha(m_working.format)};
 }
 
 } // namespace aveffect

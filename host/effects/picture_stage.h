@@ -1,25 +1,23 @@
 #pragma once
-/// What happens to each picture between decoder and encoder.
+/// What happens to each picture between decoder and output.
 #include <optional>
 #include <string>
 
 #include "host/effects/effect_chain.h"
 #include "host/effects/view_pairs.h"
 #include "host/media/media_manager.h"
-#include "host/output/output_format.h"
 #include "host/picture/bit_depth.h"
 #include "host/picture/light_metadata.h"
 #include "host/picture/orientation.h"
-#include "host/picture/picture_filter.h"
 #include "host/picture/working_format.h"
 #include "host/support/reporter.h"
 #include "mediabridge/scaler.h"
 
 namespace aveffect {
 
-/// Turns pictures upright, brings them into the working format, runs the effects on them, and brings them
-/// into the encoder's format. Without effects there is no working format. Pictures that change size or format
-/// in mid-clip are brought to the first one's. Used by one thread at a time.
+/// Turns pictures upright, brings them into the working format and runs the effects on them. Without effects
+/// there is no working format. Pictures that change size or format in mid-clip are brought to the first
+/// one's. Used by one thread at a time.
 class PictureStage {
 public:
     /// Pictures are turned by that stream's word or their own, without a stream not at all. With pairs every
@@ -36,11 +34,9 @@ public:
     mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs,
                                          const AVFrame* second = nullptr);
 
-    /// Chooses the encoder's format and size for pictures like this one, which ApplyEffects has returned.
-    void PrepareOutput(const OutputPlan& plan, const AVFrame& picture);
-
-    /// The picture in the encoder's format and size.
-    mediabridge::AVFramePtr ConvertForEncoder(mediabridge::AVFramePtr picture);
+    /// Of the pictures that ApplyEffects has returned. The output looks like the clip, in the bits that the
+    /// effects worked in; grey clips may have been given colour, and any clip transparency.
+    PictureOrigin Origin() const;
 
     /// Whether the last picture was turned.
     bool Turned() const noexcept { return m_upright.Turned(); }
@@ -48,10 +44,8 @@ public:
 private:
     void LearnFrom(const AVFrame& first);
     bool IsInWorkingFormat(const AVFrame& picture) const;
-    void SayDepth(const OutputPlan& plan);
     mediabridge::AVFramePtr ToWorkingFormat(mediabridge::AVFramePtr picture);
     AVPixelFormat WantedFormat() const;
-    void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
 
     EffectChain& m_chain;
     MediaManager& m_media;
@@ -63,13 +57,9 @@ private:
     WorkingFormat m_working;
     int m_width = 0, m_height = 0;
     bool m_saidSizeChange = false;
-    EncoderFormat m_output;
-    std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own
-    bool m_only601 = false;            ///< the encoder's format can't name another matrix
-    std::optional<mediabridge::Scaler> m_toWorking, m_toEncoder;
+    std::optional<mediabridge::Scaler> m_toWorking;
     std::optional<ToneMapper> m_toSdr;
     DepthReducer m_toEightBits;
-    std::optional<PictureFilter> m_toBlack;
     Upright m_upright;
 };
 

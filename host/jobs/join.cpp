@@ -1,4 +1,4 @@
-#include "host/effects/transition_frame.h"
+#include "host/jobs/film_plan.h"
 #include "host/jobs/reel_film.h"
 #include "host/support/stages.h"
 

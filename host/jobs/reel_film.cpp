@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/media/media_manager.h"
-
 namespace aveffect {
 
 using mediabridge::AVFramePtr;
@@ -31,14 +29,10 @@ std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan&
 
 } // namespace
 
-RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPictures& pictures, AVFramePtr look,
+RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
                         Reporter& reporter, const std::atomic<bool>& cancel) {
-    MediaManager manager(&cancel);
-    EffectChain none(plugin, &manager, {}, 0);
-    PictureStage stage(none, manager, "auto", nullptr, reporter);
-    const AVFramePtr seen = stage.ApplyEffects(std::move(look), 0, 0);
-    stage.PrepareOutput(setup.plan, *seen);
-    const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, *seen, stage, reporter, cancel);
+    PictureOutput output(setup.plan, OriginOf(look), look, reporter);
+    const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, look, output, reporter, cancel);
     film->Publish();
     DamageReport damage = pictures.damage();
     damage.Add(film->Damage());
@@ -52,7 +46,7 @@ RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const 
     film.sound = MakeSound(options, plan, setup, reel, reporter, cancel);
     const FilmPictures pictures{reel.Pictures(), [&](int64_t index) { return reel.Draw(index); },
                                 [&] { return reel.Damage(); }};
-    return RenderFilm(plugin, std::move(film), pictures, reel.FirstPicture(), reporter, cancel);
+    return RenderFilm(std::move(film), pictures, *reel.FirstPicture(), reporter, cancel);
 }
 
 } // namespace aveffect

@@ -7,8 +7,8 @@ namespace aveffect {
 
 /// Encodes pictures into the film's file and gives it its name. The look is a picture like those that will be
 /// drawn, and tells their format. Throws Error.
-RenderResult RenderFilm(const Plugin& plugin, FilmSetup setup, const FilmPictures& pictures,
-                        mediabridge::AVFramePtr look, Reporter& reporter, const std::atomic<bool>& cancel);
+RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
+                        Reporter& reporter, const std::atomic<bool>& cancel);
 
 /// The same for a reel with its sound.
 RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,

@@ -16,6 +16,7 @@
 #include "host/media/span.h"
 #include "host/output/output_file.h"
 #include "host/output/output_plan.h"
+#include "host/output/picture_output.h"
 #include "host/output/sink.h"
 #include "host/output/stream_copy.h"
 #include "host/picture/orientation.h"
@@ -103,13 +104,11 @@ public:
         if (m_plan.IsStill()) RequireOnePicture();
         AVFramePtr first = ApplyEffects(std::move(head));
         if (m_plan.IsStill()) {
-            m_stage.PrepareOutput(m_plan, *first);
-            WriteStill(m_plan, m_stage.ConvertForEncoder(std::move(first)), m_options.overwrite, m_cancel);
+            WriteStill(m_plan, ForEncoder(std::move(first)), m_options.overwrite, m_cancel);
             m_progress.Report(1, true);
             return {1, Damage()};
         }
-        m_stage.PrepareOutput(m_plan, *first);
-        first = m_stage.ConvertForEncoder(std::move(first));
+        first = ForEncoder(std::move(first));
         if (IsHighDynamicRange(*first)) KeepLight(m_source.Pictures(), *first);
         m_sound.emplace(
             SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), m_length}, m_cancel));
@@ -172,6 +171,12 @@ private:
                                     item.second.get());
     }
 
+    // The first picture decides for all.
+    AVFramePtr ForEncoder(AVFramePtr picture) {
+        if (!m_output) m_output.emplace(m_plan, m_stage.Origin(), *picture, m_reporter);
+        return m_output->Convert(std::move(picture));
+    }
+
     void RunStages() {
         StageGroup stages([this] {
             m_decoded.Stop();
@@ -200,7 +205,7 @@ private:
         m_head.clear();
         while (std::optional<SpanItem> item = m_decoded.Pop()) {
             CheckCancel(m_cancel);
-            if (item->picture) *item = {m_stage.ConvertForEncoder(ApplyEffects(std::move(*item))), nullptr};
+            if (item->picture) *item = {ForEncoder(ApplyEffects(std::move(*item))), nullptr};
             const unsigned weight = WeightOf(*item);
             if (!m_processed.Push(std::move(*item), weight)) return;
         }
@@ -237,6 +242,7 @@ private:
     std::unique_ptr<ViewPairs> m_pairs;
     std::unique_ptr<RightClip> m_right;
     PictureStage m_stage;
+    std::optional<PictureOutput> m_output;
     std::optional<SoundJob> m_sound; ///< once the span is known
     std::unique_ptr<Sink> m_sink;
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
@@ -314,8 +320,8 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     const int time = ToMs(picture->pts, base);
     const int duration = ToMs(picture->pkt_duration, base);
     picture = stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration), second.get());
-    stage.PrepareOutput(plan, *picture);
-    WriteStill(plan, stage.ConvertForEncoder(std::move(picture)), options.overwrite, cancel);
+    PictureOutput output(plan, stage.Origin(), *picture, reporter);
+    WriteStill(plan, output.Convert(std::move(picture)), options.overwrite, cancel);
     RenderProgress progress;
     progress.framesDone = 1;
     progress.framesExpected = 1;

@@ -9,6 +9,7 @@
 
 #include "host/effects/effect_chain.h"
 #include "host/support/error.h"
+#include "host/support/observer.h"
 
 namespace aveffect {
 
@@ -33,22 +34,6 @@ struct RenderOptions {
     unsigned threads = 0; ///< threads of the decoder and of the encoder; 0: as many as there are processors
     bool overwrite = false;
     StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
-};
-
-struct RenderProgress {
-    int64_t framesDone = 0;
-    std::optional<int64_t> framesExpected; ///< absent when the input does not tell
-    double secondsElapsed = 0;
-    double framesPerSecond = 0;
-    std::optional<double> secondsLeft;
-};
-
-/// Told what happens, from the pipeline's threads, one call at a time.
-struct RenderObserver {
-    std::function<void(const RenderProgress&)> progress; ///< several times a second and once at the end
-    std::function<void(const std::string&)>
-        note; ///< a detail for the curious: the working format, for example
-    std::function<void(const std::string&)> warning; ///< something the user should know
 };
 
 struct RenderResult {

@@ -1,3 +1,5 @@
+#include "host/jobs/transition.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -6,10 +8,10 @@ extern "C" {
 }
 
 #include "host/effects/media_check.h"
-#include "host/effects/picture_stage.h"
 #include "host/effects/transition_frame.h"
 #include "host/media/media_manager.h"
 #include "host/output/output_file.h"
+#include "host/output/picture_output.h"
 #include "host/output/sink.h"
 #include "host/support/stages.h"
 #include "mediabridge/picture_pool.h"
@@ -81,11 +83,8 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
                   column);
         }
     }
-    EffectChain none(plugin, &manager, {}, 0);
-    PictureStage stage(none, manager, "auto", nullptr, reporter);
-    sheet = stage.ApplyEffects(std::move(sheet), 0, 0);
-    stage.PrepareOutput(plan, *sheet);
-    WriteStill(plan, stage.ConvertForEncoder(std::move(sheet)), options.overwrite, cancel);
+    PictureOutput output(plan, OriginOf(*sheet), *sheet, reporter);
+    WriteStill(plan, output.Convert(std::move(sheet)), options.overwrite, cancel);
     return {1, manager.Damage().Text()};
 }
 

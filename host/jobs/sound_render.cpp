@@ -10,8 +10,8 @@
 #include "host/media/media_manager.h"
 #include "host/output/edited_sound.h"
 #include "host/output/sound_formats.h"
+#include "host/output/sound_lane.h"
 #include "host/output/stream_copy.h"
-#include "host/sound/sound_lane.h"
 #include "host/support/progress_meter.h"
 #include "host/support/stages.h"
 

@@ -2,7 +2,7 @@
 /// Renders of sound alone.
 #include "host/jobs/render.h"
 #include "host/output/output_plan.h"
-#include "host/sound/sound_lane.h"
+#include "host/output/sound_lane.h"
 
 namespace aveffect {
 

@@ -6,6 +6,7 @@
 
 #include "host/effects/media_check.h"
 #include "host/effects/transition_frame.h"
+#include "host/jobs/film_plan.h"
 #include "host/jobs/reel_film.h"
 #include "host/media/media_manager.h"
 #include "host/output/film.h"
@@ -110,9 +111,9 @@ RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options,
                                 [&] { return transition.Damage(); }};
     FilmSetup setup{plan, transition.Rate(), options.film.overwrite};
     SayRate(plan, transition.WantedRate(), transition.Rate(), reporter);
-    AVFramePtr look = transition.Draw(0);
+    const AVFramePtr look = transition.Draw(0);
     if (IsHighDynamicRange(*look)) KeepLightOf(options.first, *look, cancel);
-    return RenderFilm(plugin, std::move(setup), pictures, std::move(look), reporter, cancel);
+    return RenderFilm(std::move(setup), pictures, *look, reporter, cancel);
 }
 
 /// Both clips play; see TransitionOptions::live.

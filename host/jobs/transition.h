@@ -78,10 +78,4 @@ struct SheetOptions {
 RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, const RenderObserver& observer,
                          const std::atomic<bool>& cancel);
 
-/// The catalogue's transitions, in its order.
-std::vector<const AVBased::EffectInfo*> AllTransitions();
-
-/// Throws Error (Usage) that lists the transitions unless the name is one of theirs.
-void RequireTransition(const std::string& name);
-
 } // namespace aveffect

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "host/media/input.h"
-#include "host/support/av_owner.h"
+#include "host/media/input_owner.h"
 
 namespace aveffect {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "host/support/av_owner.h"
+#include "host/media/input_owner.h"
 
 namespace aveffect {
 

@@ -67,9 +67,9 @@ void Film::Complete() {
 }
 
 std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
-                               PictureStage& stage, Reporter& reporter, const std::atomic<bool>& cancel) {
+                               PictureOutput& output, Reporter& reporter, const std::atomic<bool>& cancel) {
     ProgressMeter progress(reporter, pictures.count);
-    AVFramePtr first = stage.ConvertForEncoder(pictures.draw(0));
+    AVFramePtr first = output.Convert(pictures.draw(0));
     if (IsHighDynamicRange(*first)) KeepLight(look, *first);
     auto film = std::make_unique<Film>(std::move(setup), *first, cancel);
     film->WritePicture(std::move(first));
@@ -86,7 +86,7 @@ std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, co
     stages.Start([&] {
         while (std::optional<AVFramePtr> picture = drawn.Pop()) {
             CheckCancel(cancel);
-            film->WritePicture(stage.ConvertForEncoder(std::move(*picture)));
+            film->WritePicture(output.Convert(std::move(*picture)));
             progress.Report(film->Pictures(), false);
         }
         if (!drawn.Stopped()) film->Complete();

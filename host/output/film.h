@@ -4,10 +4,10 @@
 #include <memory>
 #include <optional>
 
-#include "host/effects/picture_stage.h"
 #include "host/output/container.h"
 #include "host/output/encoder.h"
 #include "host/output/output_clock.h"
+#include "host/output/picture_output.h"
 #include "host/output/sound_encoder.h"
 
 namespace aveffect {
@@ -70,10 +70,10 @@ struct FilmPictures {
     std::function<DamageReport()> damage;
 };
 
-/// Draws and encodes a film, each on its own thread; the stage has been prepared for the output. The look is
+/// Draws and encodes a film, each on its own thread. The look is
 /// a picture like those of the film; the film says of the light what it says. The film that is returned is
 /// whole but not published. Throws Error.
 std::unique_ptr<Film> MakeFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
-                               PictureStage& stage, Reporter& reporter, const std::atomic<bool>& cancel);
+                               PictureOutput& output, Reporter& reporter, const std::atomic<bool>& cancel);
 
 } // namespace aveffect

@@ -1,6 +1,7 @@
 #pragma once
 /// The pixel format and colour range in which pictures are encoded.
 #include "host/output/output_plan.h"
+#include "host/picture/working_format.h"
 
 namespace aveffect {
 
@@ -20,12 +21,6 @@ bool TakesFormat(const AVCodec& codec, AVPixelFormat format);
 
 /// The names of the formats that an encoder lists, for messages; empty when it takes any.
 std::string FormatsOf(const AVCodec& codec);
-
-/// The clip's own pictures, before any conversion.
-struct ClipKind {
-    AVPixelFormat format = AV_PIX_FMT_NONE;
-    AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
-};
 
 /// The encoder's format for pictures like this one, which should look like the wanted format. The plan's own
 /// where it names one. Codecs that people play get what all players show: 4:2:0 of 8 bits in limited range,

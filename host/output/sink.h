@@ -11,8 +11,8 @@
 #include "host/output/container.h"
 #include "host/output/encoder.h"
 #include "host/output/output_clock.h"
+#include "host/output/sound_lane.h"
 #include "host/output/text_subtitles.h"
-#include "host/sound/sound_lane.h"
 #include "host/support/reporter.h"
 
 namespace aveffect {

@@ -15,6 +15,26 @@ struct WorkingFormat {
     AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;  ///< unspecified: the pictures' own
 };
 
+/// The clip's own pictures, before any conversion.
+struct ClipKind {
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+};
+
+/// What pictures on their way to an output were, and what has become of them.
+struct PictureOrigin {
+    ClipKind clip;
+    AVPixelFormat wanted = AV_PIX_FMT_NONE; ///< what the output should look like
+    bool effects = false;                   ///< they went through some
+    bool madeAlpha = false;                 ///< and have the transparency that these gave them
+};
+
+/// Of a picture that nothing was done to.
+inline PictureOrigin OriginOf(const AVFrame& picture) {
+    const auto format = static_cast<AVPixelFormat>(picture.format);
+    return {{format, picture.color_range}, format};
+}
+
 /// The served format nearest to these pictures; their own when it is served.
 WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range);
 

@@ -3,7 +3,6 @@
 #include <memory>
 #include <string>
 
-#include "host/media/damage.h"
 #include "mediabridge/av_ptr.h"
 
 extern "C" {
@@ -11,19 +10,6 @@ extern "C" {
 }
 
 namespace aveffect {
-
-/// Of what OpenDeviceInput() gives.
-struct DeviceInputDeleter {
-    void operator()(AVIOContext* io) const noexcept;
-};
-using DeviceInputPtr = std::unique_ptr<AVIOContext, DeviceInputDeleter>;
-
-struct InputContextDeleter {
-    DeviceInputPtr device;               ///< that the input reads from, if any; closed after it
-    std::unique_ptr<InputDamage> damage; ///< of the input; outlives it
-    void operator()(AVFormatContext* context) const noexcept { avformat_close_input(&context); }
-};
-using InputContextPtr = std::unique_ptr<AVFormatContext, InputContextDeleter>;
 
 struct OutputContextDeleter {
     void operator()(AVFormatContext* context) const noexcept { avformat_free_context(context); }

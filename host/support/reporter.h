@@ -3,7 +3,7 @@
 #include <mutex>
 #include <string>
 
-#include "host/jobs/render.h"
+#include "host/support/observer.h"
 
 namespace aveffect {
 

@@ -1,7 +1,7 @@
 // The program makes clips of transitions, and says what is wrong when it can't.
 #include <nlohmann/json.hpp>
 
-#include "host/jobs/transition.h"
+#include "host/effects/transition_frame.h"
 #include "tests/cli/program.h"
 
 namespace {

@@ -226,13 +226,11 @@ TEST_F(AsSeen, ColoursAreThoseThatPicturesSay) {
             Render(clip + ".mkv", "anaglyph.mkv", {"EffectName3DRenderEffect:render_3d_mode=1"}, {}, format);
             EXPECT_TRUE(IsGreen(Colour("anaglyph.mkv"))) << clip << ", " << format;
         }
-        const aveffect::FrameOptions frame{
-            Path(clip + ".mkv"),
-            Path("frame.jpg"),
-            0,
-            {aveffect::ParseEffect("EffectName3DRenderEffect:render_3d_mode=1", false)},
-            "auto",
-            true};
+        aveffect::FrameOptions frame;
+        frame.input = Path(clip + ".mkv");
+        frame.output = Path("frame.jpg");
+        frame.effects = {aveffect::ParseEffect("EffectName3DRenderEffect:render_3d_mode=1", false)};
+        frame.overwrite = true;
         aveffect::RenderFrame(clips::ThePlugin(), frame, {}, kGoOn);
         EXPECT_TRUE(IsGreen(Colour("frame.jpg"))) << clip;
         const aveffect::SheetOptions sheet{Path(clip + ".mkv"), Path("sd.mkv"), Path("sheet.jpg"), {}, true};

@@ -1,4 +1,4 @@
-#include "host/sound/sound_lane.h"
+#include "host/output/sound_lane.h"
 
 #include <algorithm>
 #include <cstdlib>

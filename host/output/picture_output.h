@@ -1,0 +1,38 @@
+#pragma once
+/// Bringing pictures into the form that an encoder takes.
+#include <optional>
+#include <utility>
+
+#include "host/output/output_format.h"
+#include "host/picture/picture_filter.h"
+#include "host/picture/working_format.h"
+#include "host/support/reporter.h"
+#include "mediabridge/scaler.h"
+
+namespace aveffect {
+
+/// Brings pictures into an encoder's format and size. Used by one thread at a time.
+class PictureOutput {
+public:
+    /// Chooses format and size for pictures like this one, and says what they lose. The reporter outlives it.
+    /// Throws Error (Usage).
+    PictureOutput(const OutputPlan& plan, const PictureOrigin& origin, const AVFrame& picture,
+                  Reporter& reporter);
+
+    /// The picture in that format and size. Throws Error (Output).
+    mediabridge::AVFramePtr Convert(mediabridge::AVFramePtr picture);
+
+private:
+    void SayDepth(const OutputPlan& plan);
+    void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
+
+    PictureOrigin m_origin;
+    Reporter& m_reporter;
+    EncoderFormat m_output;
+    std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own
+    bool m_only601 = false;            ///< the encoder's format can't name another matrix
+    std::optional<mediabridge::Scaler> m_toEncoder;
+    std::optional<PictureFilter> m_toBlack;
+};
+
+} // namespace aveffect
