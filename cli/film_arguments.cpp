@@ -37,6 +37,7 @@ void AddEffect(CLI::App& app, FilmArguments& film) {
 void AddFilmOptions(CLI::App& app, FilmArguments& film) {
     AddEncoderOptions(app, film.codec, film.outputFormat, film.crf, film.preset, film.threads);
     AddAudioCodecOption(app, film.soundCodec, "Sound encoder or codec; the format's usual one if not given");
+    AddSdrOption(app, film.sdr);
     AddProgressOption(app, film.progress);
     AddRunOptions(app, film.run);
 }
@@ -51,6 +52,7 @@ FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output
     options.preset = film.preset;
     options.outputFormat = film.outputFormat;
     if (film.threads) options.threads = ThreadsOption(*film.threads);
+    options.sdr = film.sdr;
     options.overwrite = film.run.overwrite;
     return options;
 }

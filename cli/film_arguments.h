@@ -21,6 +21,7 @@ struct FilmArguments {
     std::string duration = "1";
     std::string codec, outputFormat, soundCodec, preset;
     std::optional<std::string> crf, threads;
+    bool sdr = false;
     ProgressStyle progress = ProgressStyle::Auto;
 };
 

@@ -25,13 +25,17 @@ AVPixelFormat FormatOf(const AVFrame& picture) { return static_cast<AVPixelForma
 } // namespace
 
 PictureStage::PictureStage(EffectChain& chain, MediaManager& media, std::string pixelFormat,
-                           const AVStream* uprightBy, Reporter& reporter, ViewPairs* pairs)
+                           const AVStream* uprightBy, IntakeTerms& terms, Reporter& reporter,
+                           ViewPairs* pairs)
     : m_chain(chain)
     , m_media(media)
     , m_pixelFormat(std::move(pixelFormat))
     , m_uprightBy(uprightBy)
+    , m_terms(terms)
     , m_reporter(reporter)
-    , m_pairs(pairs) {}
+    , m_pairs(pairs)
+    , m_intake(&terms)
+    , m_secondIntake(&terms) {}
 
 void PictureStage::LearnFrom(const AVFrame& first) {
     m_clip = ClipKind{FormatOf(first), first.color_range};
@@ -52,9 +56,7 @@ void PictureStage::LearnFrom(const AVFrame& first) {
     const int depth = BitDepth(m_clip->format);
     m_reporter.Note(own == working ? "effects work in " + working + ", as the pictures are"
                                    : "pictures are " + own + "; effects work in " + working);
-    if (depth > BitDepth(m_working.format))
-        m_reporter.Warn("effects work in 8 bits; the pictures' " + std::to_string(depth) +
-                        " bits are brought to 8 with dithering");
+    if (depth > BitDepth(m_working.format)) m_terms.SayReduced(depth, "effects work in 8 bits; ");
 }
 
 bool PictureStage::IsInWorkingFormat(const AVFrame& picture) const {
@@ -71,24 +73,30 @@ AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
                         " to " + std::to_string(picture->width) + "x" + std::to_string(picture->height) +
                         "; they are scaled to the first size");
     if (sameSize && IsInWorkingFormat(*picture)) return picture;
-    if (!HasColourRange(m_working.format) && BitDepth(m_working.format) == 8)
-        picture = m_toEightBits.Apply(std::move(picture));
+    if (BitDepth(m_working.format) <= 8) picture = m_intake.Reduce(std::move(picture));
+    if (sameSize && IsInWorkingFormat(*picture)) return picture;
     if (!m_toWorking)
         m_toWorking.emplace(m_working.format, m_width, m_height, ScaleQuality::Bicubic, m_working.range,
                             m_working.matrix);
     return ConvertWith(*m_toWorking, *picture);
 }
 
+AVFramePtr PictureStage::TakeSecond(const AVFrame& second) {
+    AVFramePtr picture(av_frame_clone(&second));
+    if (!picture) throw Error(ErrorKind::Effect, "no memory for a picture");
+    return m_secondIntake.Reduce(m_secondIntake.Map(std::move(picture)));
+}
+
 AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned durationMs,
                                       const AVFrame* second) {
     AVFramePtr right;
     if (m_uprightBy) picture = m_upright.Apply(std::move(picture), *m_uprightBy);
-    if (m_toSdr) picture = m_toSdr->Apply(std::move(picture));
+    picture = m_intake.Map(std::move(picture));
     if (m_pairs && !second) std::tie(picture, right) = m_pairs->Split(*picture);
     if (!m_clip) LearnFrom(*picture);
     picture = ToWorkingFormat(std::move(picture));
     if (second)
-        right = m_pairs->Fit(*second, picture, m_working);
+        right = m_pairs->Fit(*TakeSecond(*second), picture, m_working);
     else if (right)
         right = ToWorkingFormat(std::move(right));
     if (!m_chain.Empty()) {

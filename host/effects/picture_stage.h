@@ -6,9 +6,8 @@
 #include "host/effects/effect_chain.h"
 #include "host/effects/view_pairs.h"
 #include "host/media/media_manager.h"
-#include "host/picture/bit_depth.h"
-#include "host/picture/light_metadata.h"
 #include "host/picture/orientation.h"
+#include "host/picture/picture_intake.h"
 #include "host/picture/working_format.h"
 #include "host/support/reporter.h"
 #include "mediabridge/scaler.h"
@@ -22,12 +21,9 @@ class PictureStage {
 public:
     /// Pictures are turned by that stream's word or their own, without a stream not at all. With pairs every
     /// picture gets its second view. Chain, the manager that its effects read pictures through, stream,
-    /// reporter and pairs outlive the stage.
+    /// terms, reporter and pairs outlive the stage.
     PictureStage(EffectChain& chain, MediaManager& media, std::string pixelFormat, const AVStream* uprightBy,
-                 Reporter& reporter, ViewPairs* pairs = nullptr);
-
-    /// From now on PQ and HLG pictures are brought to standard dynamic range first. Throws Error (Usage).
-    void MapToSdr() { m_toSdr.emplace(); }
+                 IntakeTerms& terms, Reporter& reporter, ViewPairs* pairs = nullptr);
 
     /// Turning and effects. Time in milliseconds from the span's start. The second picture is the other
     /// view's, where the first one does not hold both. Throws Error.
@@ -43,6 +39,7 @@ public:
 
 private:
     void LearnFrom(const AVFrame& first);
+    mediabridge::AVFramePtr TakeSecond(const AVFrame& second);
     bool IsInWorkingFormat(const AVFrame& picture) const;
     mediabridge::AVFramePtr ToWorkingFormat(mediabridge::AVFramePtr picture);
     AVPixelFormat WantedFormat() const;
@@ -51,6 +48,7 @@ private:
     MediaManager& m_media;
     std::string m_pixelFormat;
     const AVStream* m_uprightBy;
+    IntakeTerms& m_terms;
     Reporter& m_reporter;
     ViewPairs* m_pairs;
     std::optional<ClipKind> m_clip;
@@ -58,8 +56,7 @@ private:
     int m_width = 0, m_height = 0;
     bool m_saidSizeChange = false;
     std::optional<mediabridge::Scaler> m_toWorking;
-    std::optional<ToneMapper> m_toSdr;
-    DepthReducer m_toEightBits;
+    PictureIntake m_intake, m_secondIntake;
     Upright m_upright;
 };
 

@@ -28,6 +28,7 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     const OutputPlan plan = PlanFilm(options.film, options.clips);
     if (options.clips.size() < 2) throw Error(ErrorKind::Usage, "two clips at least are joined");
     if (options.durationMs < 1) throw Error(ErrorKind::Usage, "the transition has no duration");
+    IntakeTerms terms(options.film.sdr, reporter);
     std::vector<ClipScan> clips;
     for (const std::string& url : options.clips) clips.push_back(ScanClip(url, cancel));
 
@@ -40,7 +41,7 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     setup.threads = options.film.threads;
     CheckLengths(clips, setup.rate, setup.across);
     for (const ClipScan& clip : clips) setup.parts.push_back({&clip, clip.PicturesAt(setup.rate)});
-    return RenderReel(plugin, options.film, plan, setup, reporter, cancel);
+    return RenderReel(plugin, options.film, plan, std::move(setup), terms, reporter, cancel);
 }
 
 } // namespace aveffect

@@ -21,7 +21,7 @@ Reel::Reel(const Plugin& plugin, ReelSetup setup, const std::atomic<bool>& cance
     }
     Open(0);
     m_canvas = ChooseCanvas(*m_playing.front().player->At(0));
-    m_playing.front().fitter = Fitter(m_canvas);
+    m_playing.front().fitter = Fitter(m_canvas, m_setup.terms);
 }
 
 Canvas Reel::ChooseCanvas(const AVFrame& first) const {
@@ -39,9 +39,9 @@ int64_t Reel::Pictures() const { return m_begins.back() + m_setup.parts.back().p
 
 void Reel::Open(size_t part) {
     Playing& playing = m_playing.emplace_back();
-    playing.player =
-        std::make_unique<ClipPlayer>(*m_setup.parts[part].clip, m_setup.rate, m_setup.threads, m_cancel);
-    playing.fitter = Fitter(m_canvas);
+    playing.player = std::make_unique<ClipPlayer>(*m_setup.parts[part].clip, m_setup.rate, m_setup.terms,
+                                                  m_setup.threads, m_cancel);
+    playing.fitter = Fitter(m_canvas, m_setup.terms);
 }
 
 AVFramePtr Reel::FirstPicture() {

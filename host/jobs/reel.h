@@ -29,6 +29,7 @@ struct ReelSetup {
     std::optional<PictureSize> size = {}; ///< absent: the first clip's
     bool squarePixels = false;            ///< absent size: the first clip's in square pixels
     unsigned threads = 0;                 ///< of each decoder
+    IntakeTerms* terms = nullptr;         ///< of the clips' pictures; outlive the reel
 };
 
 /// Draws the pictures of a reel. No more than two clips are open at a time. Used by one thread at a time.

@@ -30,9 +30,10 @@ std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan&
 } // namespace
 
 RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
-                        Reporter& reporter, const std::atomic<bool>& cancel) {
-    PictureOutput output(setup.plan, OriginOf(look), look, reporter);
+                        IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
+    PictureOutput output(setup.plan, OriginOf(look), look, terms, reporter);
     const std::unique_ptr<Film> film = MakeFilm(std::move(setup), pictures, look, output, reporter, cancel);
+    terms.Conclude();
     film->Publish();
     DamageReport damage = pictures.damage();
     damage.Add(film->Damage());
@@ -40,13 +41,15 @@ RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVF
 }
 
 RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
-                        const ReelSetup& setup, Reporter& reporter, const std::atomic<bool>& cancel) {
+                        ReelSetup setup, IntakeTerms& terms, Reporter& reporter,
+                        const std::atomic<bool>& cancel) {
+    setup.terms = &terms;
     Reel reel(plugin, setup, cancel);
     FilmSetup film{plan, setup.rate, options.overwrite};
     film.sound = MakeSound(options, plan, setup, reel, reporter, cancel);
     const FilmPictures pictures{reel.Pictures(), [&](int64_t index) { return reel.Draw(index); },
                                 [&] { return reel.Damage(); }};
-    return RenderFilm(std::move(film), pictures, *reel.FirstPicture(), reporter, cancel);
+    return RenderFilm(std::move(film), pictures, *reel.FirstPicture(), terms, reporter, cancel);
 }
 
 } // namespace aveffect

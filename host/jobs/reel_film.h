@@ -8,10 +8,11 @@ namespace aveffect {
 /// Encodes pictures into the film's file and gives it its name. The look is a picture like those that will be
 /// drawn, and tells their format. Throws Error.
 RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
-                        Reporter& reporter, const std::atomic<bool>& cancel);
+                        IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel);
 
 /// The same for a reel with its sound.
 RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
-                        const ReelSetup& setup, Reporter& reporter, const std::atomic<bool>& cancel);
+                        ReelSetup setup, IntakeTerms& terms, Reporter& reporter,
+                        const std::atomic<bool>& cancel);
 
 } // namespace aveffect

@@ -77,6 +77,7 @@ public:
         , m_options(options)
         , m_cancel(cancel)
         , m_reporter(observer)
+        , m_terms(options.sdr, m_reporter)
         , m_plan(std::move(plan))
         , m_source(m_request, m_plan.IsStill() ? Source::Others::None : Source::Others::Copied,
                    options.threads, cancel)
@@ -88,10 +89,10 @@ public:
         , m_chain(plugin, &m_manager, options.effects, m_length)
         , m_pairs(PairsFor(plugin, &m_manager, options.effects, m_length, options.stereo))
         , m_stage(m_chain, m_manager, options.pixelFormat,
-                  UprightBy(m_source, m_plan, !options.effects.empty(), m_reporter), m_reporter,
+                  UprightBy(m_source, m_plan, !options.effects.empty(), m_reporter), m_terms, m_reporter,
                   m_pairs.get()) {
+        m_manager.TakeOn(m_terms);
         m_plan.encoder.fieldOrder = m_source.Pictures().codecpar->field_order;
-        if (options.sdr) m_stage.MapToSdr();
         if (!options.stereo.right.empty())
             m_right = std::make_unique<RightClip>(options.stereo.right, options.fromMs, options.threads,
                                                   m_reporter, cancel);
@@ -105,6 +106,7 @@ public:
         AVFramePtr first = ApplyEffects(std::move(head));
         if (m_plan.IsStill()) {
             WriteStill(m_plan, ForEncoder(std::move(first)), m_options.overwrite, m_cancel);
+            m_terms.Conclude();
             m_progress.Report(1, true);
             return {1, Damage()};
         }
@@ -118,6 +120,7 @@ public:
         m_head.push_back({std::move(first), nullptr});
         RunStages();
         CheckCancel(m_cancel);
+        m_terms.Conclude();
         m_sink->Publish();
         m_progress.Report(m_sink->Pictures(), true);
         return {m_sink->Pictures(), Damage()};
@@ -173,7 +176,7 @@ private:
 
     // The first picture decides for all.
     AVFramePtr ForEncoder(AVFramePtr picture) {
-        if (!m_output) m_output.emplace(m_plan, m_stage.Origin(), *picture, m_reporter);
+        if (!m_output) m_output.emplace(m_plan, m_stage.Origin(), *picture, m_terms, m_reporter);
         return m_output->Convert(std::move(picture));
     }
 
@@ -229,6 +232,7 @@ private:
     const RenderOptions& m_options;
     const std::atomic<bool>& m_cancel;
     Reporter m_reporter;
+    IntakeTerms m_terms;
     OutputPlan m_plan;
     const SourceRequest m_request{m_options.input};
     Source m_source;
@@ -300,13 +304,15 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     if (source.EndMs() && options.atMs > 0 && options.atMs >= *source.EndMs())
         throw Error(ErrorKind::Usage, SecondsText(options.atMs) + " is beyond the end of " + options.input +
                                           ", which lasts " + SecondsText(*source.EndMs()));
+    IntakeTerms terms(options.sdr, reporter);
     MediaManager manager(&cancel);
+    manager.TakeOn(terms);
     const uint32_t length = EffectLength(source.EndMs(), source, reporter);
     EffectChain chain(plugin, &manager, options.effects, length);
     const auto pairs = PairsFor(plugin, &manager, options.effects, length, options.stereo);
     PictureStage stage(chain, manager, options.pixelFormat,
-                       UprightBy(source, plan, !options.effects.empty(), reporter), reporter, pairs.get());
-    if (options.sdr) stage.MapToSdr();
+                       UprightBy(source, plan, !options.effects.empty(), reporter), terms, reporter,
+                       pairs.get());
 
     RequirePictures(manager, options.effects);
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;
@@ -320,7 +326,8 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     const int time = ToMs(picture->pts, base);
     const int duration = ToMs(picture->pkt_duration, base);
     picture = stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration), second.get());
-    PictureOutput output(plan, stage.Origin(), *picture, reporter);
+    PictureOutput output(plan, stage.Origin(), *picture, terms, reporter);
+    terms.Conclude();
     WriteStill(plan, output.Convert(std::move(picture)), options.overwrite, cancel);
     RenderProgress progress;
     progress.framesDone = 1;

@@ -62,7 +62,9 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
     const OutputPlan plan = PlanStill(options.output);
     for (const std::string& input : {options.first, options.second})
         OutputFile::Check(options.output, ParseSourceUrl(input).path, options.overwrite);
+    IntakeTerms terms(false, reporter);
     MediaManager manager(&cancel);
+    manager.TakeOn(terms);
     const Canvas first = RequirePicture(manager, options.first);
     RequirePicture(manager, options.second);
     manager.Match(first);
@@ -83,7 +85,7 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
                   column);
         }
     }
-    PictureOutput output(plan, OriginOf(*sheet), *sheet, reporter);
+    PictureOutput output(plan, OriginOf(*sheet), *sheet, terms, reporter);
     WriteStill(plan, output.Convert(std::move(sheet)), options.overwrite, cancel);
     return {1, manager.Damage().Text()};
 }

@@ -56,10 +56,10 @@ void KeepLightOf(const std::string& url, AVFrame& picture, const std::atomic<boo
 class StillTransition {
 public:
     StillTransition(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
-                    const std::atomic<bool>& cancel)
+                    IntakeTerms& terms, const std::atomic<bool>& cancel)
         : m_options(options)
         , m_manager(&cancel)
-        , m_canvas(MakeCanvas())
+        , m_canvas(MakeCanvas(terms))
         , m_wanted(RateOf(options, cancel))
         , m_rate(NearestRate(plan, m_wanted))
         , m_marks(MarksOf(options, m_rate))
@@ -85,7 +85,8 @@ public:
     }
 
 private:
-    Canvas MakeCanvas() {
+    Canvas MakeCanvas(IntakeTerms& terms) {
+        m_manager.TakeOn(terms);
         Canvas canvas = RequirePicture(m_manager, m_options.first);
         RequirePicture(m_manager, m_options.second);
         m_manager.Match(canvas);
@@ -105,20 +106,20 @@ private:
 };
 
 RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
-                         Reporter& reporter, const std::atomic<bool>& cancel) {
-    StillTransition transition(plugin, options, plan, cancel);
+                         IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
+    StillTransition transition(plugin, options, plan, terms, cancel);
     const FilmPictures pictures{transition.Pictures(), [&](int64_t index) { return transition.Draw(index); },
                                 [&] { return transition.Damage(); }};
     FilmSetup setup{plan, transition.Rate(), options.film.overwrite};
     SayRate(plan, transition.WantedRate(), transition.Rate(), reporter);
     const AVFramePtr look = transition.Draw(0);
     if (IsHighDynamicRange(*look)) KeepLightOf(options.first, *look, cancel);
-    return RenderFilm(std::move(setup), pictures, *look, reporter, cancel);
+    return RenderFilm(std::move(setup), pictures, *look, terms, reporter, cancel);
 }
 
 /// Both clips play; see TransitionOptions::live.
 RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
-                        Reporter& reporter, const std::atomic<bool>& cancel) {
+                        IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
     const ClipScan first = ScanClip(options.first, cancel);
     const ClipScan second = ScanClip(options.second, cancel);
     const AVRational wanted =
@@ -138,7 +139,7 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
     reel.size = options.size;
     reel.squarePixels = true;
     reel.threads = options.film.threads;
-    return RenderReel(plugin, options.film, plan, reel, reporter, cancel);
+    return RenderReel(plugin, options.film, plan, std::move(reel), terms, reporter, cancel);
 }
 
 } // namespace
@@ -152,8 +153,9 @@ RenderResult RenderTransition(const Plugin& plugin, const TransitionOptions& opt
         throw Error(ErrorKind::Usage, "the transition starts at " + SecondsText(options.startMs) +
                                           ", which is not before its end at " +
                                           SecondsText(options.durationMs));
-    return options.live ? RenderLive(plugin, options, plan, reporter, cancel)
-                        : RenderStill(plugin, options, plan, reporter, cancel);
+    IntakeTerms terms(options.film.sdr, reporter);
+    return options.live ? RenderLive(plugin, options, plan, terms, reporter, cancel)
+                        : RenderStill(plugin, options, plan, terms, reporter, cancel);
 }
 
 } // namespace aveffect

@@ -30,6 +30,7 @@ struct FilmOptions {
     std::string preset;
     std::string outputFormat; ///< pixel format of the output; empty: what suits the codec
     unsigned threads = 0;     ///< of each decoder and of the encoder; 0: as many as there are processors
+    bool sdr = false;         ///< PQ and HLG are brought to BT.709 of standard range
     bool overwrite = false;
 };
 

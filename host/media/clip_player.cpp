@@ -9,10 +9,11 @@ namespace aveffect {
 
 using mediabridge::AVFramePtr;
 
-ClipPlayer::ClipPlayer(const ClipScan& scan, AVRational rate, unsigned threads,
+ClipPlayer::ClipPlayer(const ClipScan& scan, AVRational rate, IntakeTerms* terms, unsigned threads,
                        const std::atomic<bool>& cancel)
     : m_source(scan.request, Source::Others::None, threads, cancel)
-    , m_interval(av_inv_q(rate)) {
+    , m_interval(av_inv_q(rate))
+    , m_intake(terms) {
     Read();
     if (!m_next) throw Error(ErrorKind::Input, scan.request.path + " holds no picture that can be decoded");
 }
@@ -38,6 +39,7 @@ AVFramePtr ClipPlayer::At(int64_t tick) {
     if (changed) {
         m_shown = m_upright.Apply(std::move(m_shown), m_source.Pictures());
         if (IsHighDynamicRange(*m_shown)) KeepLight(m_source.Pictures(), *m_shown);
+        m_shown = m_intake.Map(std::move(m_shown));
     }
     AVFramePtr picture(av_frame_clone(m_shown.get()));
     if (!picture) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");

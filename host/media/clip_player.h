@@ -4,15 +4,18 @@
 
 #include "host/media/clip_scan.h"
 #include "host/picture/orientation.h"
+#include "host/picture/picture_intake.h"
 
 namespace aveffect {
 
-/// Tells which of a clip's pictures is shown at each tick of a constant rate, upright. Used by one thread at
+/// Tells which of a clip's pictures is shown at each tick of a constant rate, upright
+/// and in the range that was asked for. Used by one thread at
 /// a time.
 class ClipPlayer {
 public:
-    /// Throws Error (Input, Interrupted).
-    ClipPlayer(const ClipScan& scan, AVRational rate, unsigned threads, const std::atomic<bool>& cancel);
+    /// Terms as for PictureIntake. Throws Error (Input, Interrupted).
+    ClipPlayer(const ClipScan& scan, AVRational rate, IntakeTerms* terms, unsigned threads,
+               const std::atomic<bool>& cancel);
 
     /// The picture of a tick, counted from the clip's start; ticks only go up. Pictures count from the tick
     /// nearest to their time; before the first and after the last picture those are shown.
@@ -27,6 +30,7 @@ private:
     Source m_source;
     AVRational m_interval; ///< seconds a tick
     Upright m_upright;
+    PictureIntake m_intake;
     mediabridge::AVFramePtr m_shown;
     mediabridge::AVFramePtr m_next; ///< null at the end
     int64_t m_read = 0;

@@ -6,6 +6,7 @@
 #include "aveffect/media.h"
 #include "host/media/damage.h"
 #include "host/picture/fitting.h"
+#include "host/picture/picture_intake.h"
 
 namespace aveffect {
 
@@ -24,6 +25,10 @@ public:
     /// The flag, if any, ends all waiting for sources; it outlives the manager and its readers.
     explicit MediaManager(const std::atomic<bool>* cancel = nullptr);
 
+    /// Pictures of sources that are opened from now on are taken in on these terms, which outlive the
+    /// manager and its readers.
+    void TakeOn(IntakeTerms& terms) { m_terms = &terms; }
+
     /// Pictures of sources that are opened from now on have pixels of this canvas's shape and its primaries
     /// and transfer.
     void Match(const Canvas& canvas) { m_canvas = canvas; }
@@ -37,6 +42,7 @@ public:
 private:
     const std::atomic<bool>* m_cancel;
     Canvas m_canvas;
+    IntakeTerms* m_terms = nullptr;
     std::shared_ptr<OpenReaders> m_readers;
 };
 

@@ -36,10 +36,11 @@ DamageReport OpenReaders::Damage() const {
     return all;
 }
 
-MediaReader::MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel,
-                         std::shared_ptr<OpenReaders> siblings)
+MediaReader::MediaReader(const std::string& url, const Canvas& canvas, IntakeTerms* terms,
+                         const std::atomic<bool>* cancel, std::shared_ptr<OpenReaders> siblings)
     : m_siblings(std::move(siblings))
     , m_canvas(canvas)
+    , m_intake(terms)
     , m_colours(canvas.primaries, canvas.transfer)
     , m_interrupt{cancel, std::nullopt}
     , m_packet(av_packet_alloc()) {
@@ -156,6 +157,7 @@ AVFramePtr MediaReader::Shown(AVFramePtr picture) {
     // The container's word on the pixels' shape overrules the codec's.
     picture->sample_aspect_ratio = av_guess_sample_aspect_ratio(m_input.get(), m_video.stream, picture.get());
     picture = m_upright.Apply(std::move(picture), *m_video.stream);
+    picture = m_intake.Reduce(m_intake.Map(std::move(picture)));
     const std::pair size(WidthFor(*picture, m_canvas.pixelAspect), picture->height);
     if (!m_scaler || m_scaled != size)
         m_scaler.emplace(AV_PIX_FMT_BGRA, size.first, size.second, mediabridge::ScaleQuality::Bicubic);

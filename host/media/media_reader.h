@@ -13,6 +13,7 @@
 #include "host/media/source_request.h"
 #include "host/picture/fitting.h"
 #include "host/picture/orientation.h"
+#include "host/picture/picture_intake.h"
 #include "mediabridge/audio_frame.h"
 #include "mediabridge/scaler.h"
 #include "mediabridge/video_frame.h"
@@ -40,8 +41,8 @@ private:
 class MediaReader final : public AVBased::IAVReader {
 public:
     /// The flag, if any, ends all waiting. Throws Error (Input, Interrupted).
-    MediaReader(const std::string& url, const Canvas& canvas, const std::atomic<bool>* cancel,
-                std::shared_ptr<OpenReaders> siblings);
+    MediaReader(const std::string& url, const Canvas& canvas, IntakeTerms* terms,
+                const std::atomic<bool>* cancel, std::shared_ptr<OpenReaders> siblings);
 
     bool ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeout) override;
     bool Seek(unsigned milliseconds) override;
@@ -76,6 +77,7 @@ private:
     std::shared_ptr<OpenReaders> m_siblings;
     std::string m_path;
     Canvas m_canvas;
+    PictureIntake m_intake;
     ColourMatch m_colours;
     ReadInterrupt m_interrupt;
     InputContextPtr m_input;

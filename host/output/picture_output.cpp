@@ -39,13 +39,13 @@ void PictureOutput::SayDepth(const OutputPlan& plan) {
     if (plan.IsStill() || m_origin.effects || depth <= 8 || BitDepth(m_output.format) > 8) return;
     const std::string format = FormatName(AV_PIX_FMT_YUV420P10);
     const bool could = TakesFormat(*plan.encoder.codec, AV_PIX_FMT_YUV420P10);
-    m_reporter.Warn("the pictures' " + std::to_string(depth) + " bits are brought to 8 with dithering" +
-                    (could ? "; --output-format " + format + " writes 10" : ""));
+    m_terms.SayReduced(depth, "", could ? "; --output-format " + format + " writes 10" : "");
 }
 
 PictureOutput::PictureOutput(const OutputPlan& plan, const PictureOrigin& origin, const AVFrame& picture,
-                             Reporter& reporter)
+                             IntakeTerms& terms, Reporter& reporter)
     : m_origin(origin)
+    , m_terms(terms)
     , m_reporter(reporter) {
     m_output = ChooseEncoderFormat(plan, m_origin.wanted, m_origin.clip, picture);
     SayDepth(plan);

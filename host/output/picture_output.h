@@ -5,6 +5,7 @@
 
 #include "host/output/output_format.h"
 #include "host/picture/picture_filter.h"
+#include "host/picture/picture_intake.h"
 #include "host/picture/working_format.h"
 #include "host/support/reporter.h"
 #include "mediabridge/scaler.h"
@@ -14,10 +15,10 @@ namespace aveffect {
 /// Brings pictures into an encoder's format and size. Used by one thread at a time.
 class PictureOutput {
 public:
-    /// Chooses format and size for pictures like this one, and says what they lose. The reporter outlives it.
-    /// Throws Error (Usage).
+    /// Chooses format and size for pictures like this one, and says what they lose. Terms and reporter
+    /// outlive it. Throws Error (Usage).
     PictureOutput(const OutputPlan& plan, const PictureOrigin& origin, const AVFrame& picture,
-                  Reporter& reporter);
+                  IntakeTerms& terms, Reporter& reporter);
 
     /// The picture in that format and size. Throws Error (Output).
     mediabridge::AVFramePtr Convert(mediabridge::AVFramePtr picture);
@@ -27,6 +28,7 @@ private:
     void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
 
     PictureOrigin m_origin;
+    IntakeTerms& m_terms;
     Reporter& m_reporter;
     EncoderFormat m_output;
     std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own

@@ -70,6 +70,7 @@ AVFramePtr Fitter::Fit(const AVFrame& picture) {
     AVFramePtr read(av_frame_clone(&picture));
     if (!read) throw Error(ErrorKind::Output, "no memory for a picture");
     if (SharesMatrix(m_canvas, picture)) read->colorspace = m_canvas.matrix;
+    read = m_intake.Reduce(std::move(read));
     AVFramePtr fitted = m_scaler->Convert(read.get());
     if (!fitted) throw Error(ErrorKind::Output, "a picture can't be converted: " + m_scaler->Error());
     fitted = m_colours.Apply(std::move(fitted));

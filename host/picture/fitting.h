@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/picture/colour_match.h"
+#include "host/picture/picture_intake.h"
 #include "mediabridge/scaler.h"
 
 namespace aveffect {
@@ -25,20 +26,23 @@ Canvas CanvasOf(const AVFrame& picture);
 /// around (an odd row or column of black goes to the bottom or right). Used by one thread at a time.
 class Fitter {
 public:
-    explicit Fitter(const Canvas& canvas = {})
+    /// Terms as for PictureIntake.
+    explicit Fitter(const Canvas& canvas = {}, IntakeTerms* terms = nullptr)
         : m_canvas(canvas)
+        , m_intake(terms)
         , m_colours(canvas.primaries, canvas.transfer) {}
 
     /// Whether the picture lies on the canvas as it is, whatever its pixel format.
     bool Fits(const AVFrame& picture) const;
 
-    /// A new picture in BGRA. Throws Error (Output).
+    /// A new picture in BGRA, of 8 bits with dithering. Throws Error (Output).
     mediabridge::AVFramePtr Fit(const AVFrame& picture);
 
 private:
     std::pair<int, int> FittedSize(const AVFrame& picture) const;
 
     Canvas m_canvas;
+    PictureIntake m_intake;
     ColourMatch m_colours;
     std::optional<mediabridge::Scaler> m_scaler;
     std::pair<int, int> m_scaled; ///< size that the scaler makes

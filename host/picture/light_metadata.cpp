@@ -124,7 +124,7 @@ std::string LightSettings(const std::string& encoder, const AVFrame& picture) {
     return settings;
 }
 
-ToneMapper::ToneMapper() {
+void ToneMapper::Require() {
     if (!avfilter_get_by_name("zscale") || !avfilter_get_by_name("tonemap"))
         throw Error(ErrorKind::Usage,
                     "--sdr needs the filters zscale and tonemap, which the installed libavfilter lacks");

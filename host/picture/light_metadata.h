@@ -30,7 +30,7 @@ std::string LightSettings(const std::string& encoder, const AVFrame& picture);
 class ToneMapper {
 public:
     /// Throws Error (Usage) when the library lacks the filters.
-    ToneMapper();
+    static void Require();
     mediabridge::AVFramePtr Apply(mediabridge::AVFramePtr picture);
 
 private:

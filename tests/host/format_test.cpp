@@ -33,25 +33,49 @@ protected:
         const size_t unknown = shape.find("unknown");
         return unknown == std::string::npos ? shape : shape.substr(0, unknown) + "tv";
     }
-    std::string Join(const std::string& input, const std::string& output) {
+    aveffect::FilmOptions Film(const std::string& output, const std::string& codec, bool sdr) const {
+        aveffect::FilmOptions film;
+        film.output = m_directory / output;
+        film.transition = "EffectNameMkFade";
+        film.videoCodec = codec;
+        film.sdr = sdr;
+        film.overwrite = true;
+        return film;
+    }
+    /// The path of a film in which a clip crosses into itself.
+    std::string Join(const std::string& input, const std::string& output, const std::string& codec = "",
+                     bool sdr = false) {
         aveffect::JoinOptions options;
-        options.film.output = m_directory / output;
-        options.film.transition = "EffectNameMkFade";
+        options.film = Film(output, codec, sdr);
         options.clips = {input, input};
         options.durationMs = 80;
-        aveffect::RenderJoin(clips::ThePlugin(), options, {}, m_cancel);
-        return Shape(options.film.output);
+        aveffect::RenderJoin(clips::ThePlugin(), options, Listener(), m_cancel);
+        return options.film.output;
     }
-    std::string Cross(const std::string& input, const std::string& output) {
+    std::string Cross(const std::string& input, const std::string& output, const std::string& codec = "",
+                      bool sdr = false, bool live = false) {
         aveffect::TransitionOptions options;
-        options.film.output = m_directory / output;
-        options.film.transition = "EffectNameMkFade";
+        options.film = Film(output, codec, sdr);
         options.first = options.second = input;
         options.durationMs = 80;
-        aveffect::RenderTransition(clips::ThePlugin(), options, {}, m_cancel);
-        return Shape(options.film.output);
+        options.live = live;
+        aveffect::RenderTransition(clips::ThePlugin(), options, Listener(), m_cancel);
+        return options.film.output;
+    }
+    /// Keeps what is said in m_said.
+    aveffect::RenderObserver Listener() {
+        m_said.clear();
+        aveffect::RenderObserver observer;
+        observer.warning = observer.note = [this](const std::string& text) { m_said += text + "\n"; };
+        return observer;
+    }
+    size_t TimesSaid(const std::string& text) const {
+        size_t times = 0;
+        for (size_t at = m_said.find(text); at != std::string::npos; at = m_said.find(text, at + 1)) ++times;
+        return times;
     }
 
+    std::string m_said;
     clips::TemporaryDirectory m_directory;
     const std::atomic<bool> m_cancel{false};
 };
@@ -70,8 +94,8 @@ TEST_F(Formats, AreThoseThatPeoplePlay) {
         EXPECT_EQ(Made(input, "out.avi", "mpeg4").substr(0, 13), "65,49,yuv420p") << input;
     }
     EXPECT_EQ(Made(yuv, "out.mkv", "libaom-av1"), "65,49,yuv420p,tv");
-    EXPECT_EQ(Join(yuv, "join.mp4"), "66,50,yuv420p,tv");
-    EXPECT_EQ(Cross(jpeg, "cross.mp4"), "66,50,yuv420p,tv");
+    EXPECT_EQ(Shape(Join(yuv, "join.mp4")), "66,50,yuv420p,tv");
+    EXPECT_EQ(Shape(Cross(jpeg, "cross.mp4")), "66,50,yuv420p,tv");
 
     EXPECT_EQ(Made(yuv, "out.mkv", "ffv1"), "65,49,yuv444p,tv");
     EXPECT_EQ(Made(jpeg, "out.mkv", "ffv1"), "65,49,yuv444p,pc");
@@ -151,6 +175,16 @@ TEST_F(Formats, HighDynamicRangeIsKeptOrMapped) {
     EXPECT_EQ(render("out.mp4", "libx265", "invert", false), "1000 10000000/10000 smpte2084 yuv420p ");
     EXPECT_EQ(render("out.mp4", "libx264", nullptr, false), "1000 10000000/10000 smpte2084 yuv420p ");
     EXPECT_EQ(render("out.mp4", "libx265", nullptr, true), "bt709 yuv420p ");
+    const std::string keptIn8 = "1000 10000000/10000 smpte2084 yuv420p ";
+    EXPECT_EQ(Light(Join(pq, "join.mp4", "libx265")), kept);
+    for (const bool live : {false, true}) {
+        EXPECT_EQ(Light(Cross(pq, "cross.mp4", "libx265", false, live)), live ? kept : keptIn8);
+        EXPECT_EQ(Light(Cross(pq, "cross.mp4", "libx265", true, live)), "bt709 yuv420p ");
+    }
+    EXPECT_EQ(Light(Join(pq, "join.mp4", "libx265", true)), "bt709 yuv420p ");
+    EXPECT_EQ(TimesSaid("--sdr changes nothing"), 0u);
+    Join(m_directory / "join.mp4", "again.mp4", "", true);
+    EXPECT_EQ(TimesSaid("--sdr changes nothing"), 1u);
     // Grey of 203 cd/m2, which PQ writes as 0.58 of its range, is near the brightest that SDR has.
     clips::Run(
         "ffmpeg -v error -nostdin -y -i " + pq +
@@ -165,6 +199,24 @@ TEST_F(Formats, HighDynamicRangeIsKeptOrMapped) {
     const clips::Bytes white = clips::Decode(frame.output);
     EXPECT_GT(white[0], 150);
     EXPECT_NEAR(white[0], white[1], 2);
+    // The same as a right view, and laid into another clip.
+    const std::string black = clips::Make(m_directory / "black.mkv", "128x96", 25, 0.2,
+                                          "-vf drawbox=c=black:t=fill -c:v ffv1 -pix_fmt yuv420p");
+    for (const char* effect : {"EffectName3DRenderEffect:render_3d_mode=3:render_3d_swtich=1",
+                               "EffectNameMkFade:EffectPropVFPath1=white:EffectPropVFPath2=white"}) {
+        aveffect::FrameOptions laid;
+        laid.input = black;
+        laid.output = m_directory / "laid.png";
+        laid.effects = {aveffect::ParseEffect(effect, false)};
+        for (auto& property : laid.effects[0].properties)
+            if (property.value == "white") property.value = frame.input;
+        if (laid.effects[0].properties[0].value == "3") laid.stereo.right = frame.input;
+        laid.sdr = laid.overwrite = true;
+        aveffect::RenderFrame(clips::ThePlugin(), laid, {}, m_cancel);
+        const clips::Bytes rgb =
+            clips::Run("ffmpeg -v error -nostdin -i " + laid.output + " -pix_fmt rgb24 -f rawvideo -");
+        EXPECT_NEAR(rgb[0], white[0], 3) << effect;
+    }
 }
 
 // A ramp of a tenth of a code a pixel: with dithering, rows differ from each other.
@@ -175,20 +227,33 @@ TEST_F(Formats, MoreThanEightBitsAreDithered) {
         const bool still = form.ends_with("be");
         const std::string input = clips::Make(m_directory / (form + (still ? ".png" : ".mkv")), "128x16", 25,
                                               0.04, ramp + (still ? "" : "-c:v ffv1 ") + "-pix_fmt " + form);
-        std::string said;
+        const auto expectDithered = [&](const std::string& path) {
+            EXPECT_EQ(TimesSaid("with dithering"), 1u) << path << m_said;
+            const clips::Bytes grey = clips::Run("ffmpeg -v error -nostdin -i " + path +
+                                                 " -frames:v 1 -pix_fmt gray -f rawvideo -");
+            int differ = 0;
+            for (size_t index = 128; index < grey.size(); ++index) differ += grey[index] != grey[index - 128];
+            EXPECT_GT(differ, 200) << path;
+        };
         aveffect::RenderOptions options;
         options.input = input;
         options.output = m_directory / (form + "_out.png");
         options.effects = {aveffect::ParseEffect("mosaic:mosaic_x2=1:mosaic_y2=1", false)};
-        aveffect::RenderObserver observer;
-        observer.warning = [&](const std::string& text) { said += text; };
-        aveffect::Render(clips::ThePlugin(), options, observer, m_cancel);
-        EXPECT_NE(said.find("with dithering"), std::string::npos) << form << said;
-        const clips::Bytes grey =
-            clips::Run("ffmpeg -v error -nostdin -i " + options.output + " -pix_fmt gray -f rawvideo -");
-        int differ = 0;
-        for (size_t index = 128; index < grey.size(); ++index) differ += grey[index] != grey[index - 128];
-        EXPECT_GT(differ, 200) << form;
+        aveffect::Render(clips::ThePlugin(), options, Listener(), m_cancel);
+        expectDithered(options.output);
+        expectDithered(Cross(input, form + "_still.mkv", "ffv1"));
+        if (still) continue;
+        const std::string longer = clips::Make(m_directory / (form + "_long.mkv"), "128x16", 25, 0.2,
+                                               ramp.substr(ramp.find("-vf")) + "-c:v ffv1 -pix_fmt " + form);
+        expectDithered(Cross(longer, form + "_live.mkv", "ffv1", false, true));
+        options.input =
+            clips::Make(m_directory / "left.mkv", "128x16", 25, 0.04, "-c:v ffv1 -pix_fmt yuv444p");
+        options.output = m_directory / (form + "_right.png");
+        options.stereo.right = input;
+        options.effects = {
+            aveffect::ParseEffect("EffectName3DRenderEffect:render_3d_mode=0:render_3d_swtich=1", false)};
+        aveffect::Render(clips::ThePlugin(), options, Listener(), m_cancel);
+        expectDithered(options.output);
     }
 }
 

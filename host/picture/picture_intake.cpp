@@ -1,0 +1,37 @@
+#include "host/picture/picture_intake.h"
+
+#include <utility>
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+
+IntakeTerms::IntakeTerms(bool sdr, Reporter& reporter)
+    : m_sdr(sdr)
+    , m_reporter(reporter) {
+    if (sdr) ToneMapper::Require();
+}
+
+void IntakeTerms::SayReduced(int depth, const std::string& before, const std::string& after) {
+    if (!m_saidReduced.exchange(true))
+        m_reporter.Warn(before + "the pictures' " + std::to_string(depth) +
+                        " bits are brought to 8 with dithering" + after);
+}
+
+void IntakeTerms::Conclude() {
+    if (m_sdr && !m_mapped) m_reporter.Note("--sdr changes nothing: no picture is in PQ or HLG");
+}
+
+AVFramePtr PictureIntake::Map(AVFramePtr picture) {
+    if (!m_terms || !m_terms->Sdr() || !IsHighDynamicRange(*picture)) return picture;
+    m_terms->NoteMapped();
+    return m_toSdr.Apply(std::move(picture));
+}
+
+AVFramePtr PictureIntake::Reduce(AVFramePtr picture) {
+    const int depth = BitDepth(static_cast<AVPixelFormat>(picture->format));
+    if (depth > 8 && m_terms) m_terms->SayReduced(depth);
+    return m_toEightBits.Apply(std::move(picture));
+}
+
+} // namespace aveffect
