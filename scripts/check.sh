@@ -21,6 +21,6 @@ ctest --preset sanitize
 
 echo "== thread sanitizer"
 scripts/build.sh thread
-# The media libraries aren't built with it, and it can't see the atomics that order their threads: the preset leaves
-# out what they touch themselves, and the tests of the host that don't go through its pipeline.
+# The media libraries aren't built with it, and it can't see the atomics that order their threads: the preset leaves out
+# what they touch themselves, and takes the tests that are labelled for it.
 ctest --preset thread
