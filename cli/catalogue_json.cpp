@@ -75,6 +75,7 @@ ordered_json EffectJson(const EffectInfo& effect) {
         {"fewFormats", (effect.traits & AVBased::kFewFormats) != 0},
         {"changesAlpha", (effect.traits & AVBased::kChangesAlpha) != 0},
         {"needsSettings", (effect.traits & AVBased::kNeedsSettings) != 0},
+        {"movesPixels", (effect.traits & AVBased::kMovesPixels) != 0},
         {"properties", properties},
     };
 }

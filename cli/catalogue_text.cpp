@@ -76,6 +76,7 @@ std::string TraitsText(unsigned traits) {
     if (traits & AVBased::kDrawsRandom) add("draws random numbers");
     if (traits & AVBased::kFewFormats) add("works in BGRA and YUV420P only");
     if (traits & AVBased::kChangesAlpha) add("changes transparency alone");
+    if (traits & AVBased::kMovesPixels) add("moves pixels across the picture, or brings others in");
     if (text.empty()) add("treats every frame alike, for itself");
     return text;
 }

@@ -66,7 +66,8 @@ RenderObserver MakeObserver(Progress& progress, int verbosity) {
 /// Sets up what the commands that write a file share, runs the work (which takes plug-in and observer) and
 /// tells how it ended.
 template <typename Work>
-int RunMedia(const RunArguments& run, ProgressStyle style, Work work) {
+int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& output, Work work) {
+    RequireOwnOutput(style, output);
     CatchInterruptions();
     const auto progress = MakeProgress(style);
     try {
@@ -99,38 +100,43 @@ int Run(const DescribeCommand& command) {
 }
 
 int Run(const RenderCommand& command) {
-    return RunMedia(command.media.run, command.progress, [&command](const RenderObserver& observer) {
-        const RenderOptions options = MakeRenderOptions(command);
-        return Render(Plugin(), options, observer, Interrupted());
-    });
+    return RunMedia(command.media.run, command.progress, command.media.output,
+                    [&command](const RenderObserver& observer) {
+                        const RenderOptions options = MakeRenderOptions(command);
+                        return Render(Plugin(), options, observer, Interrupted());
+                    });
 }
 
 int Run(const FrameCommand& command) {
-    return RunMedia(command.media.run, ProgressStyle::None, [&command](const RenderObserver& observer) {
-        const FrameOptions options = MakeFrameOptions(command);
-        return RenderFrame(Plugin(), options, observer, Interrupted());
-    });
+    return RunMedia(command.media.run, ProgressStyle::None, command.media.output,
+                    [&command](const RenderObserver& observer) {
+                        const FrameOptions options = MakeFrameOptions(command);
+                        return RenderFrame(Plugin(), options, observer, Interrupted());
+                    });
 }
 
 int Run(const TransitionCommand& command) {
-    return RunMedia(command.film.run, command.film.progress, [&command](const RenderObserver& observer) {
-        const TransitionOptions options = MakeTransitionOptions(command);
-        return RenderTransition(Plugin(), options, observer, Interrupted());
-    });
+    return RunMedia(command.film.run, command.film.progress, command.output,
+                    [&command](const RenderObserver& observer) {
+                        const TransitionOptions options = MakeTransitionOptions(command);
+                        return RenderTransition(Plugin(), options, observer, Interrupted());
+                    });
 }
 
 int Run(const JoinCommand& command) {
-    return RunMedia(command.film.run, command.film.progress, [&command](const RenderObserver& observer) {
-        const JoinOptions options = MakeJoinOptions(command);
-        return RenderJoin(Plugin(), options, observer, Interrupted());
-    });
+    return RunMedia(command.film.run, command.film.progress, command.files.back(),
+                    [&command](const RenderObserver& observer) {
+                        const JoinOptions options = MakeJoinOptions(command);
+                        return RenderJoin(Plugin(), options, observer, Interrupted());
+                    });
 }
 
 int Run(const SheetCommand& command) {
-    return RunMedia(command.run, ProgressStyle::None, [&command](const RenderObserver& observer) {
-        const SheetOptions options = MakeSheetOptions(command);
-        return RenderSheet(Plugin(), options, observer, Interrupted());
-    });
+    return RunMedia(command.run, ProgressStyle::None, command.output,
+                    [&command](const RenderObserver& observer) {
+                        const SheetOptions options = MakeSheetOptions(command);
+                        return RenderSheet(Plugin(), options, observer, Interrupted());
+                    });
 }
 
 } // namespace

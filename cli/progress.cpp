@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -175,6 +176,17 @@ std::string BarText(const RenderProgress& progress, size_t columns) {
     const size_t length = std::min(kLargestBar, columns - text.size() - kBrackets - 1);
     const auto filled = static_cast<size_t>(*percent / 100 * static_cast<double>(length));
     return "[" + std::string(filled, '#') + std::string(length - filled, '-') + "] " + text;
+}
+
+void RequireOwnOutput(ProgressStyle style, const std::string& output) {
+    struct stat file {
+    }, standard{};
+    if (style != ProgressStyle::Json || stat(output.c_str(), &file) != 0 ||
+        fstat(STDOUT_FILENO, &standard) != 0)
+        return;
+    if (file.st_dev == standard.st_dev && file.st_ino == standard.st_ino)
+        throw Error(ErrorKind::Usage, output + " is standard output, which --progress json writes to; choose "
+                                               "another output, or --progress bar or none");
 }
 
 std::unique_ptr<Progress> MakeProgress(ProgressStyle style) {

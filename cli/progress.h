@@ -27,6 +27,10 @@ public:
 /// Auto is a bar when standard error is a terminal, else nothing.
 std::unique_ptr<Progress> MakeProgress(ProgressStyle style);
 
+/// Refuses JSON on standard output where that is the output too: the same file, pipe or device. Throws Error
+/// (Usage).
+void RequireOwnOutput(ProgressStyle style, const std::string& output);
+
 /// A bar of this many characters at most: percentage, frames, speed and time left, what does not fit is left
 /// out.
 std::string BarText(const RenderProgress& progress, size_t columns);

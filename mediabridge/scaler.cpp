@@ -1,5 +1,8 @@
 #include "mediabridge/scaler.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <utility>
 
 extern "C" {
@@ -22,6 +25,12 @@ bool TakesChromaAtEveryPixel(AVPixelFormat target) {
     return (descriptor->flags & AV_PIX_FMT_FLAG_RGB) && descriptor->comp[0].depth >= 8;
 }
 
+/// Whether libswscale takes a format for RGB, as it does bitmaps and XYZ.
+bool CountsAsRgb(AVPixelFormat format) {
+    return (av_pix_fmt_desc_get(format)->flags & AV_PIX_FMT_FLAG_RGB) || format == AV_PIX_FMT_MONOBLACK ||
+           format == AV_PIX_FMT_MONOWHITE || format == AV_PIX_FMT_XYZ12LE;
+}
+
 /// Bicubic needs four rows and columns of every plane around a sample; on planes with less than six,
 /// libswscale drops some of its taps.
 bool IsTooSmallForBicubic(AVPixelFormat format, int width, int height) {
@@ -34,7 +43,7 @@ bool IsTooSmallForBicubic(AVPixelFormat format, int width, int height) {
 /// From pairs of pixels, libswscale would take the chroma of an odd row's last pixel together with whatever
 /// lies behind it.
 bool NeedsChromaOfEveryPixel(AVPixelFormat source, int width) {
-    return width % 2 != 0 && (av_pix_fmt_desc_get(source)->flags & AV_PIX_FMT_FLAG_RGB);
+    return width % 2 != 0 && CountsAsRgb(source);
 }
 
 /// The fastest way divides by the target's columns less two. Where these are those of the picture, libswscale
@@ -43,15 +52,23 @@ bool IsTooSmallForFastest(AVPixelFormat target, int width) {
     return AV_CEIL_RSHIFT(width, av_pix_fmt_desc_get(target)->log2_chroma_w) <= 2;
 }
 
-/// The fastest way may be off by two; the others round as they should.
-int Flags(ScaleQuality quality, AVPixelFormat source, int width, int height, AVPixelFormat target,
-          int targetWidth) {
-    const int chroma = NeedsChromaOfEveryPixel(source, width) ? SWS_FULL_CHR_H_INP : 0;
-    if (quality == ScaleQuality::Fastest)
-        return (IsTooSmallForFastest(target, targetWidth) ? SWS_BILINEAR : SWS_FAST_BILINEAR) | chroma;
-    const bool bicubic = quality == ScaleQuality::Bicubic && !IsTooSmallForBicubic(source, width, height);
-    return (bicubic ? SWS_BICUBIC : SWS_BILINEAR) | SWS_ACCURATE_RND | chroma |
-           (TakesChromaAtEveryPixel(target) ? SWS_FULL_CHR_H_INT : 0);
+/// Between pictures of one size, the fastest way from these to RGB complains where it has no instructions of
+/// the processor's for the target, and leaves out the last columns of a row of bytes in threes that has no
+/// room for eight pixels more.
+bool FailsOnFastestWay(AVPixelFormat source, AVPixelFormat target, int width) {
+    constexpr AVPixelFormat kThere[] = {AV_PIX_FMT_BGRA, AV_PIX_FMT_RGBA,     AV_PIX_FMT_BGR0,
+                                        AV_PIX_FMT_RGB0, AV_PIX_FMT_RGB565LE, AV_PIX_FMT_RGB555LE};
+    constexpr int kColumns = 8;
+    const bool has =
+        source == AV_PIX_FMT_YUV420P || source == AV_PIX_FMT_YUV422P || source == AV_PIX_FMT_YUVA420P;
+    if (!has || !CountsAsRgb(target)) return false;
+    if (target == AV_PIX_FMT_BGR24 || target == AV_PIX_FMT_RGB24) return width % kColumns != 0;
+    return std::ranges::find(kThere, target) == std::end(kThere);
+}
+
+/// libswscale complains of rows with an odd number of these pixels.
+bool WantsEvenRows(AVPixelFormat target) {
+    return CountsAsRgb(target) && av_pix_fmt_desc_get(target)->comp[0].depth < 8;
 }
 
 std::string Describe(AVPixelFormat format, int width, int height) {
@@ -109,6 +126,19 @@ bool Is601(AVColorSpace matrix) {
     return matrix == AVCOL_SPC_UNSPECIFIED || matrix == AVCOL_SPC_BT470BG || matrix == AVCOL_SPC_SMPTE170M;
 }
 
+// The fastest way may be off by two; the others round as they should.
+int Scaler::FlagsFor(const Shape& shape) const {
+    const auto& [source, target] = shape;
+    const int chroma = NeedsChromaOfEveryPixel(source.format, source.width) ? SWS_FULL_CHR_H_INP : 0;
+    if (m_quality == ScaleQuality::Fastest && !FailsOnFastestWay(source.format, target.format, target.width))
+        return (IsTooSmallForFastest(target.format, target.width) ? SWS_BILINEAR : SWS_FAST_BILINEAR) |
+               chroma;
+    const bool bicubic = m_quality == ScaleQuality::Bicubic &&
+                         !IsTooSmallForBicubic(source.format, source.width, source.height);
+    return (bicubic ? SWS_BICUBIC : SWS_BILINEAR) | SWS_ACCURATE_RND | chroma |
+           (TakesChromaAtEveryPixel(target.format) ? SWS_FULL_CHR_H_INT : 0);
+}
+
 AVFramePtr Scaler::Fail(const std::string& reason) {
     m_error = reason;
     return nullptr;
@@ -123,16 +153,11 @@ bool Scaler::Prepare(const Shape& shape) {
     SwsContextPtr context(sws_alloc_context());
     if (!context) return false;
     const std::pair<const char*, int> options[] = {
-        {"srcw", shape.source.width},
-        {"srch", shape.source.height},
-        {"src_format", shape.source.format},
-        {"src_range", shape.source.range == AVCOL_RANGE_JPEG},
-        {"dstw", shape.target.width},
-        {"dsth", shape.target.height},
-        {"dst_format", shape.target.format},
-        {"dst_range", shape.target.range == AVCOL_RANGE_JPEG},
-        {"sws_flags", Flags(m_quality, shape.source.format, shape.source.width, shape.source.height,
-                            shape.target.format, shape.target.width)},
+        {"srcw", shape.source.width},        {"srch", shape.source.height},
+        {"src_format", shape.source.format}, {"src_range", shape.source.range == AVCOL_RANGE_JPEG},
+        {"dstw", shape.target.width},        {"dsth", shape.target.height},
+        {"dst_format", shape.target.format}, {"dst_range", shape.target.range == AVCOL_RANGE_JPEG},
+        {"sws_flags", FlagsFor(shape)},
     };
     for (const auto& [name, value] : options)
         if (av_opt_set_int(context.get(), name, value, 0) < 0) return false;
@@ -149,11 +174,40 @@ bool Scaler::Prepare(const Shape& shape) {
     return true;
 }
 
+// By way of pixels that are whole, the last of each row once more.
+AVFramePtr Scaler::ConvertToEvenRows(const AVFrame* source) {
+    constexpr int kPixel = 4;
+    if (!m_toPixels) {
+        m_toPixels =
+            std::make_unique<Scaler>(AV_PIX_FMT_BGRA, m_width, m_height, m_quality, m_range, m_matrix);
+        m_toRows = std::make_unique<Scaler>(m_format, 0, 0, m_quality, m_range, m_matrix);
+    }
+    const AVFramePtr pixels = m_toPixels->Convert(source);
+    if (!pixels) return Fail(m_toPixels->Error());
+    const int width = pixels->width;
+    const AVFramePtr wider = AllocatePicture(AV_PIX_FMT_BGRA, width + 1, pixels->height);
+    if (!wider || av_frame_copy_props(wider.get(), pixels.get()) < 0)
+        return Fail("no memory for a picture of " + Describe(m_format, width, pixels->height));
+    for (int y = 0; y < pixels->height; ++y) {
+        const std::uint8_t* const from = pixels->data[0] + std::ptrdiff_t{y} * pixels->linesize[0];
+        std::uint8_t* const to = wider->data[0] + std::ptrdiff_t{y} * wider->linesize[0];
+        std::copy_n(from, width * kPixel, to);
+        std::copy_n(from + (width - 1) * kPixel, kPixel, to + width * kPixel);
+    }
+    AVFramePtr result = m_toRows->Convert(wider.get());
+    if (!result) return Fail(m_toRows->Error());
+    result->width = width;
+    ClearBehindRows(result.get());
+    return result;
+}
+
 AVFramePtr Scaler::Convert(const AVFrame* source) {
     m_error.clear();
     const Shape shape = ShapeFor(source);
     const int width = shape.target.width;
     const int height = shape.target.height;
+    if (width % 2 != 0 && WantsEvenRows(m_format) && shape.source != shape.target)
+        return ConvertToEvenRows(source);
     AVFramePtr result = AllocatePicture(m_format, width, height);
     if (!result) return Fail("no memory for a picture of " + Describe(m_format, width, height));
     if (av_frame_copy_props(result.get(), source) < 0) return Fail("no memory for a picture's properties");

@@ -1,5 +1,6 @@
 #pragma once
 /// Pixel format and size conversion on libswscale.
+#include <memory>
 #include <string>
 
 #include "mediabridge/av_ptr.h"
@@ -10,7 +11,8 @@ enum class ScaleQuality { Fastest, Bilinear, Bicubic };
 
 /// Converts pictures to one format and size, honouring each picture's colour range and matrix, dithering when
 /// depth is lost; a picture that already has the format, size and range is copied byte for byte. Keeps its
-/// context between pictures of the same shape. Used by one thread at a time.
+/// context between pictures of the same shape. Converts in ways alone of which libswscale logs nothing. Used
+/// by one thread at a time.
 ///
 /// The matrix is the picture's own (AVFrame::colorspace) on the way to RGB and back; a picture that has none,
 /// or says RGB, counts as BT.601 whatever its size. A converted picture keeps the matrix tag on RGB too, so
@@ -48,7 +50,9 @@ private:
 
     Shape ShapeFor(const AVFrame* source) const;
     AVColorRange TargetRange(const Side& source) const;
+    int FlagsFor(const Shape& shape) const;
     bool Prepare(const Shape& shape);
+    AVFramePtr ConvertToEvenRows(const AVFrame* source);
     AVFramePtr Fail(const std::string& reason);
 
     AVPixelFormat m_format;
@@ -59,6 +63,7 @@ private:
     AVColorSpace m_matrix;
     Shape m_shape; ///< the context's
     SwsContextPtr m_context;
+    std::unique_ptr<Scaler> m_toPixels, m_toRows; ///< where one step won't do
     std::string m_error;
 };
 

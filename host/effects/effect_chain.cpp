@@ -111,7 +111,7 @@ EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
         if (IsStereoEffect(proc)) {
             m_stereo = &proc;
             m_mixesViews = false;
-        } else if (!KeepsViews(info)) {
+        } else if (info.traits & AVBased::kMovesPixels) {
             m_mixesViews = true;
         }
         SetDuration(proc, durationMs);

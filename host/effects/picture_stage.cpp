@@ -73,6 +73,8 @@ AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
                         " to " + std::to_string(picture->width) + "x" + std::to_string(picture->height) +
                         "; they are scaled to the first size");
     if (sameSize && IsInWorkingFormat(*picture)) return picture;
+    m_alpha.Watch(*picture, m_working.format, FormatName(m_working.format) + " has no transparency",
+                  m_reporter);
     if (BitDepth(m_working.format) <= 8) picture = m_intake.Reduce(std::move(picture));
     if (sameSize && IsInWorkingFormat(*picture)) return picture;
     if (!m_toWorking)

@@ -8,6 +8,7 @@
 #include "host/media/media_manager.h"
 #include "host/picture/orientation.h"
 #include "host/picture/picture_intake.h"
+#include "host/picture/transparency.h"
 #include "host/picture/working_format.h"
 #include "host/support/reporter.h"
 #include "mediabridge/scaler.h"
@@ -55,6 +56,7 @@ private:
     WorkingFormat m_working;
     int m_width = 0, m_height = 0;
     bool m_saidSizeChange = false;
+    AlphaLoss m_alpha;
     std::optional<mediabridge::Scaler> m_toWorking;
     PictureIntake m_intake, m_secondIntake;
     Upright m_upright;

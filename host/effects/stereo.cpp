@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -50,14 +49,6 @@ int FlagsOf(const Presentation& presentation) { return presentation.exchanged ? 
 
 bool IsStereoEffect(AVBased::IVideoProc& proc) {
     return proc.GetName() == std::string_view(AVBased::effectName3DRenderEffect);
-}
-
-bool KeepsViews(const AVBased::EffectInfo& effect) {
-    using AVBased::EffectKind;
-    constexpr std::string_view kAcross[] = {AVBased::effectNameMirage, AVBased::effectNameVideoWall,
-                                            AVBased::effectNameRadiate};
-    if (effect.kind == EffectKind::Look) return std::ranges::find(kAcross, effect.name) == std::end(kAcross);
-    return effect.kind == EffectKind::Filter || effect.kind == EffectKind::Fade;
 }
 
 Presentation PresentationOf(AVBased::IVideoProc& stereoEffect) {

@@ -3,7 +3,6 @@
 #include <optional>
 #include <string>
 
-#include "aveffect/catalogue.h"
 #include "aveffect/plugin.h"
 #include "host/support/av_owner.h"
 
@@ -31,9 +30,6 @@ struct Presentation {
 
 bool IsStereoEffect(AVBased::IVideoProc& proc);
 
-/// Whether each half of a picture that holds two views still shows its view after the effect. What moves
-/// pixels across the picture, or brings others in, mixes them up.
-bool KeepsViews(const AVBased::EffectInfo& effect);
 Presentation PresentationOf(AVBased::IVideoProc& stereoEffect);
 
 /// Draws what a stereo effect leaves to the host: the anaglyph of a frame that has a second view. Red is the

@@ -1,6 +1,13 @@
 #include "host/output/container.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
+#include <string_view>
+
+extern "C" {
+#include <libavutil/opt.h>
+}
 
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
@@ -54,6 +61,19 @@ AVStream* Container::AddStream(const AVCodecContext& encoder) {
     return stream;
 }
 
+// GIF counts how often the pictures begin again, and says nothing where they don't.
+void Container::SetPlayCount(int64_t plays) {
+    constexpr int64_t kMost = 65535;
+    const std::string_view format = m_output->oformat->name;
+    if (format == "gif")
+        av_opt_set_int(m_output->priv_data, "loop",
+                       plays == 0   ? 0
+                       : plays == 1 ? -1
+                                    : std::min(plays - 1, kMost),
+                       0);
+    if (format == "apng") av_opt_set_int(m_output->priv_data, "plays", std::min(plays, kMost), 0);
+}
+
 void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
     m_file = std::make_unique<OutputFile>(m_target, overwrite, cancel);
     m_output->pb = m_file->Io();
@@ -71,12 +91,29 @@ void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
     if (code < 0) Fail(code);
 }
 
+void Container::NoteDuration(const AVPacket& packet) {
+    const AVRational base = m_output->streams[packet.stream_index]->time_base;
+    m_lastMs =
+        static_cast<int>(std::clamp<int64_t>(av_rescale_q(packet.duration, base, kMilliseconds), 0, INT_MAX));
+}
+
+// How long a picture stays is known from the next one, except for the last.
+void Container::SetLastDelay() {
+    constexpr int kMost = 65535;
+    const std::string_view format = m_output->oformat->name;
+    if (format == "gif")
+        av_opt_set_int(m_output->priv_data, "final_delay", std::min(m_lastMs / 10, kMost), 0);
+    if (format == "apng") av_opt_set_q(m_output->priv_data, "final_delay", {m_lastMs, 1000}, 0);
+}
+
 void Container::Write(AVPacket* packet) {
+    NoteDuration(*packet);
     const int code = av_interleaved_write_frame(m_output.get(), packet);
     if (code < 0) Fail(code);
 }
 
 bool Container::WriteCopied(AVPacket* packet) {
+    NoteDuration(*packet);
     const int code = av_interleaved_write_frame(m_output.get(), packet);
     const bool refused = code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA;
     if (code < 0 && !refused) Fail(code);
@@ -86,6 +123,7 @@ bool Container::WriteCopied(AVPacket* packet) {
 }
 
 void Container::Finish() {
+    if (m_lastMs > 0) SetLastDelay();
     const int code = av_write_trailer(m_output.get());
     if (code < 0) Fail(code);
     m_file->Require(0, "can't be written");

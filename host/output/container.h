@@ -22,6 +22,10 @@ public:
     /// A stream of what the encoder gives out, in the encoder's time base.
     AVStream* AddStream(const AVCodecContext& encoder);
 
+    /// How often the file says that it wants to be played, 0 for ever, where the format says that: GIF and
+    /// APNG. Before Start().
+    void SetPlayCount(int64_t plays);
+
     /// Creates the file and writes its header. The flag, which outlives the container, ends all waiting.
     void Start(bool overwrite, const std::atomic<bool>& cancel);
     /// Takes the packet, whose stream_index and times are the container's.
@@ -36,9 +40,12 @@ public:
 
 private:
     [[noreturn]] void Fail(int code);
+    void NoteDuration(const AVPacket& packet);
+    void SetLastDelay();
 
     std::string m_target;
-    bool m_hasIndex; ///< which is written last and then moved to the file's beginning, where players want it
+    int m_lastMs = 0; ///< how long the last packet lasts
+    bool m_hasIndex;  ///< which is written last and then moved to the file's beginning, where players want it
     std::unique_ptr<OutputFile> m_file;
     OutputContextPtr m_output; ///< after m_file, whose AVIOContext it writes to
 };

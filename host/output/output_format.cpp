@@ -113,6 +113,8 @@ AVPixelFormat NearestFormat(const OutputPlan& plan, AVPixelFormat wanted, const 
     const AVCodec& codec = *plan.encoder.codec;
     if (HasColourRange(wanted) && av_pix_fmt_desc_get(wanted)->nb_components > 2 && PrefersRgb(plan, picture))
         wanted = HasAlpha(wanted) ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24;
+    // Of few colours that are always the same, or of those that each picture needs.
+    if (codec.id == AV_CODEC_ID_GIF && !TakesFormat(codec, wanted)) return AV_PIX_FMT_PAL8;
     if (!plan.IsStill() && WantsUsualYuv(codec, wanted)) wanted = AV_PIX_FMT_YUV420P;
     return codec.pix_fmts ? NearestOf(codec.pix_fmts, wanted) : wanted;
 }
@@ -164,7 +166,6 @@ EncoderFormat ChooseEncoderFormat(const OutputPlan& plan, AVPixelFormat wanted, 
     chosen.range = TargetRange(plan, chosen.format, clip, picture);
     if (codec.pix_fmts && plan.encoder.format == AV_PIX_FMT_NONE)
         chosen.format = TwinForRange(codec.pix_fmts, chosen.format, chosen.range);
-    chosen.losesAlpha = HasAlpha(clip.format) && clip.format != AV_PIX_FMT_PAL8 && !HasAlpha(chosen.format);
     return chosen;
 }
 

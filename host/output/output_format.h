@@ -10,7 +10,6 @@ struct EncoderFormat {
     AVPixelFormat format = AV_PIX_FMT_NONE;
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED; ///< unspecified: as the pictures are
     bool saysRange = false;                       ///< the output says a range also where the pictures don't
-    bool losesAlpha = false;
 
     /// Whether a picture has to be converted; otherwise its bytes are taken as they are.
     bool Converts(const AVFrame& picture) const;
@@ -26,7 +25,8 @@ std::string FormatsOf(const AVCodec& codec);
 /// where it names one. Codecs that people play get what all players show: 4:2:0 of 8 bits in limited range,
 /// with transparency where there is some and the file can hold it, with 10 bits for PQ and HLG where the
 /// wanted format has them. Other codecs get the format nearest to the wanted one, the colour range staying
-/// where codec or container say it to players, limited where they can't. Throws Error (Usage).
+/// where codec or container say it to players, limited where they can't; GIF gets palettes. Throws Error
+/// (Usage).
 EncoderFormat ChooseEncoderFormat(const OutputPlan& plan, AVPixelFormat wanted, const ClipKind& clip,
                                   const AVFrame& picture);
 

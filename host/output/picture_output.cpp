@@ -50,23 +50,26 @@ PictureOutput::PictureOutput(const OutputPlan& plan, const PictureOrigin& origin
     m_output = ChooseEncoderFormat(plan, m_origin.wanted, m_origin.clip, picture);
     SayDepth(plan);
     PrepareSize(plan, picture);
-    if (m_origin.madeAlpha && !HasAlpha(m_output.format)) {
+    // Colours of a palette let nothing through or all, which is no fade.
+    const bool fades = HasAlpha(m_output.format) && !NeedsPalette();
+    m_whyOpaque = std::string(plan.encoder.codec->name) + " keeps no " +
+                  (NeedsPalette() ? "degrees of " : "") + "transparency in ." + plan.Kind() + " files";
+    if (m_origin.madeAlpha && !fades) {
         m_toBlack.emplace("premultiply=inplace=1", "blended over black");
-        m_reporter.Note(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
-                        " files; the pictures are blended over black");
-    } else if (m_output.losesAlpha)
-        m_reporter.Warn(std::string(plan.encoder.codec->name) + " keeps no transparency in ." + plan.Kind() +
-                        " files; the pictures become opaque");
+        m_reporter.Note(m_whyOpaque + "; the pictures are blended over black");
+    }
     m_reporter.Note("the encoder " + std::string(plan.encoder.codec->name) + " takes " +
                     FormatName(m_output.format));
     // Pictures in files are read with the BT.601 matrix whatever they say.
     m_only601 = plan.IsStill() && HasColourRange(m_output.format);
-    m_toEncoder.emplace(m_output.format, 0, 0, ScaleQuality::Bicubic, m_output.range,
-                        m_only601 ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_UNSPECIFIED);
+    if (NeedsPalette()) m_toPalette.emplace();
+    m_toEncoder.emplace(NeedsPalette() ? AV_PIX_FMT_BGRA : m_output.format, 0, 0, ScaleQuality::Bicubic,
+                        m_output.range, m_only601 ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_UNSPECIFIED);
 }
 
 AVFramePtr PictureOutput::Convert(AVFramePtr picture) {
     if (m_toBlack) picture = m_toBlack->Apply(std::move(picture));
+    if (!m_toBlack) m_alpha.Watch(*picture, m_output.format, m_whyOpaque, m_reporter);
     if (m_output.Converts(*picture) || (m_only601 && !Is601(picture->colorspace))) {
         const bool fromRgb = !HasColourRange(FormatOf(*picture)) && HasColourRange(m_output.format);
         picture = ConvertWith(*m_toEncoder, *picture);
@@ -74,6 +77,8 @@ AVFramePtr PictureOutput::Convert(AVFramePtr picture) {
         if (fromRgb && !HasColourRange(m_origin.clip.format) && picture->colorspace == AVCOL_SPC_UNSPECIFIED)
             picture->colorspace = AVCOL_SPC_SMPTE170M;
     }
+    if (NeedsPalette() && FormatOf(*picture) != AV_PIX_FMT_PAL8)
+        picture = m_toPalette->Apply(std::move(picture));
     picture->format = m_output.format;
     if (!HasColourRange(m_output.format)) picture->colorspace = AVCOL_SPC_UNSPECIFIED; // RGB has no matrix
     if (m_output.range != AVCOL_RANGE_UNSPECIFIED && HasColourRange(m_output.format)) {

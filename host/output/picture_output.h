@@ -6,6 +6,7 @@
 #include "host/output/output_format.h"
 #include "host/picture/picture_filter.h"
 #include "host/picture/picture_intake.h"
+#include "host/picture/transparency.h"
 #include "host/picture/working_format.h"
 #include "host/support/reporter.h"
 #include "mediabridge/scaler.h"
@@ -24,6 +25,7 @@ public:
     mediabridge::AVFramePtr Convert(mediabridge::AVFramePtr picture);
 
 private:
+    bool NeedsPalette() const { return m_output.format == AV_PIX_FMT_PAL8; }
     void SayDepth(const OutputPlan& plan);
     void PrepareSize(const OutputPlan& plan, const AVFrame& picture);
 
@@ -35,6 +37,9 @@ private:
     bool m_only601 = false;            ///< the encoder's format can't name another matrix
     std::optional<mediabridge::Scaler> m_toEncoder;
     std::optional<PictureFilter> m_toBlack;
+    std::optional<PaletteMaker> m_toPalette;
+    std::string m_whyOpaque; ///< why the output is
+    AlphaLoss m_alpha;
 };
 
 } // namespace aveffect

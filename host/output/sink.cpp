@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "host/media/animation.h"
 #include "host/media/left_out.h"
 #include "host/output/edited_sound.h"
 #include "host/output/sound_formats.h"
@@ -76,6 +77,7 @@ Sink::Sink(const Setup& setup, const AVFrame* sample, Reporter& reporter, const 
     MapStreams(setup, reporter);
     CopyTags(&m_output.Format().metadata, m_source.Format().metadata);
     CopyChapters(m_output, m_source.Format(), setup.limits);
+    if (const auto plays = PlayCount(m_source)) m_output.SetPlayCount(*plays);
     m_output.Start(setup.overwrite, cancel);
 }
 

@@ -82,6 +82,7 @@ enum EffectTraits : unsigned {
     kChangesAlpha = 1u << 3, ///< changes alpha alone: pictures without it, or shown without it, stay the same
     kFewFormats = 1u << 4,   ///< serves BGRA and YUV420P only
     kNeedsSettings = 1u << 5, ///< changes nothing until properties are set
+    kMovesPixels = 1u << 6,   ///< moves pixels across the picture, or brings others in
 };
 
 /// Settings of an effect with a name of their own.
