@@ -31,6 +31,16 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
+// Objects and pictures in one file are neither.
+TEST_F(BadInput, JsonStaysOutOfTheOutput) {
+    MakeStill("in.png", "102030");
+    const Outcome outcome = Aveffect({"render", "in.png", "/dev/stdout", "--progress", "json"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(IsOneMessage(outcome.messages)) << outcome.messages;
+    EXPECT_EQ(Aveffect({"render", "in.png", "out.png", "--progress", "json"}).exitCode, 0);
+}
+
 TEST_F(BadInput, CommandLines) {
     MakeStill("in.png", "204060");
     const Strings commands[] = {{},
