@@ -73,10 +73,11 @@ Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& ti
 }
 
 // Most codecs that know fields code all pictures of a stream with them or none. FFV1 tells it of each
-// picture, from its third version on.
+// picture, from its third version on, whose slices do not suit the smallest pictures.
 void Encoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
     const AVCodecID id = m_codec->id;
-    if (id == AV_CODEC_ID_FFV1) m_context->level = 3;
+    constexpr int kSliced = 64; ///< columns and rows
+    if (id == AV_CODEC_ID_FFV1 && sample.width >= kSliced && sample.height >= kSliced) m_context->level = 3;
     if (!IsInterlaced(order) && !sample.interlaced_frame) {
         m_context->field_order = AV_FIELD_PROGRESSIVE;
         return;

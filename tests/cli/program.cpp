@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <poll.h>
+#include <sstream>
 #include <stdexcept>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -158,6 +159,14 @@ std::string ProgramTest::Pixels(const std::string& name) const {
     const bool single = text.find('\n') == text.size() - 1 && !text.empty();
     if (single && text.rfind("aveffect: ", 0) == 0) return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << "not one message: <" << text << ">";
+}
+
+::testing::AssertionResult AreMessages(const std::string& text) {
+    std::istringstream lines(text);
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count)
+        if (line.rfind("aveffect: ", 0) != 0) return ::testing::AssertionFailure() << "no message: " << line;
+    return count > 0 ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << "nothing was said";
 }
 
 std::string ReadFile(const fs::path& path) {

@@ -66,6 +66,9 @@ protected:
 /// One line, with its line break, that starts with the program's name.
 ::testing::AssertionResult IsOneMessage(const std::string& text);
 
+/// One such line or more.
+::testing::AssertionResult AreMessages(const std::string& text);
+
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& bytes);
 
