@@ -16,7 +16,6 @@ namespace aveffect {
 namespace {
 
 using mediabridge::AVFramePtr;
-using mediabridge::HasColourRange;
 using mediabridge::Is601;
 using mediabridge::ScaleQuality;
 

@@ -68,6 +68,8 @@ bool BeginsWithKey(Source& source) {
 /// One such render, from its options to its result.
 class CopyJob {
 public:
+    // The analyser does not follow the source's constructor.
+    // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
     CopyJob(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
             const RenderObserver& observer, const std::atomic<bool>& cancel)
         : m_plugin(plugin)

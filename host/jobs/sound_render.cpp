@@ -161,7 +161,7 @@ private:
         m_output.Finish();
         result.frames = PiecesOf(end);
         found.Add(manager.Damage());
-        result.inputDamage = Damage(end, std::move(found));
+        result.inputDamage = Damage(end, found);
         return result;
     }
 
@@ -251,7 +251,7 @@ private:
     }
 
     // Formats that guess their length can't tell that a part is missing.
-    std::optional<std::string> Damage(const Moment& end, DamageReport found) const {
+    std::optional<std::string> Damage(const Moment& end, const DamageReport& found) const {
         constexpr int64_t kToleranceMs = 100;
         const bool guessed = m_input->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
         DamageReport all;

@@ -6,7 +6,7 @@
 namespace aveffect {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 // Programs that can't go back to it leave one of these in the place of a length.
 bool IsUnknown(int64_t length) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <new>
 #include <vector>
 
@@ -24,23 +25,21 @@ public:
 
     T* allocate(size_t count) {
         const size_t bytes = count * sizeof(T), inner = Inner(bytes);
-        std::vector<uint8_t*>& spare = Spare()[inner];
-        uint8_t* first = nullptr;
-        if (spare.empty()) {
+        uint8_t* first = TakeSpare(inner);
+        if (!first) {
             void* const mapping =
                 mmap(nullptr, inner + 2 * Page(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
             if (mapping == MAP_FAILED) throw std::bad_alloc();
             first = static_cast<uint8_t*>(mapping) + Page();
             if (mprotect(first, inner, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
-        } else {
-            first = spare.back();
-            spare.pop_back();
         }
         return reinterpret_cast<T*>(m_flush == Flush::Start ? first : first + inner - bytes);
     }
     void deallocate(T* data, size_t count) {
         const auto first = reinterpret_cast<uintptr_t>(data) / Page() * Page();
-        Spare()[Inner(count * sizeof(T))].push_back(reinterpret_cast<uint8_t*>(first));
+        Spare& spare = TheSpare();
+        const std::scoped_lock lock(spare.mutex);
+        spare.bySize[Inner(count * sizeof(T))].push_back(reinterpret_cast<uint8_t*>(first));
     }
     /// A copy is guarded at its other end, so that what works on clones is tried at both.
     GuardedAllocator select_on_container_copy_construction() const {
@@ -53,9 +52,23 @@ private:
     static size_t Inner(size_t bytes) { return (bytes + Page() - 1) / Page() * Page(); }
     /// By size, what is ready for use again: asking the system for each takes longer than most effects. Stays
     /// till the program ends.
-    static std::map<size_t, std::vector<uint8_t*>>& Spare() {
-        static thread_local auto* const spare = new std::map<size_t, std::vector<uint8_t*>>;
+    struct Spare {
+        std::mutex mutex;
+        std::map<size_t, std::vector<uint8_t*>> bySize;
+    };
+    static Spare& TheSpare() {
+        static auto* const spare = new Spare;
         return *spare;
+    }
+    /// Null when there is none of that size.
+    static uint8_t* TakeSpare(size_t inner) {
+        Spare& spare = TheSpare();
+        const std::scoped_lock lock(spare.mutex);
+        std::vector<uint8_t*>& blocks = spare.bySize[inner];
+        if (blocks.empty()) return nullptr;
+        uint8_t* const first = blocks.back();
+        blocks.pop_back();
+        return first;
     }
     static size_t Page() {
         static const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
