@@ -48,8 +48,8 @@ mediabridge::AVFramePtr PadByEdge(const AVFrame& picture, int width, int height)
         const int wide = AV_CEIL_RSHIFT(width, shiftX), high = AV_CEIL_RSHIFT(height, shiftY);
         uint8_t* const data = padded->data[index];
         const ptrdiff_t pitch = padded->linesize[index];
-        const auto bytes = [&](int samples) {
-            return static_cast<size_t>(samples) * static_cast<size_t>(step);
+        const auto bytes = [step = static_cast<size_t>(step)](int samples) {
+            return static_cast<size_t>(samples) * step;
         };
         for (int row = 0; row < high; ++row) {
             uint8_t* const line = data + row * pitch;
