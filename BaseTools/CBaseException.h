@@ -5,7 +5,7 @@
 #include "BaseTools/source_location.h"
 #include "aveffect/errors.h"
 
-class CBaseException : public IBaseException {
+class CBaseException final : public IBaseException {
 public:
     /// Null texts count as empty.
     CBaseException(int code, const char* msg, int line, const char* file);

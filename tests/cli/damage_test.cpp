@@ -45,7 +45,7 @@ protected:
     void Cut(const std::string& name, int percent) const {
         const std::string bytes = test::ReadFile(Path("whole." + name));
         // An odd size never lies between two packets of a transport stream, where nothing would be missed.
-        const size_t size = bytes.size() * percent / 100 | 1;
+        const size_t size = bytes.size() * static_cast<size_t>(percent) / 100 | 1;
         test::WriteFile(Path("cut." + name), bytes.substr(0, std::min(size, bytes.size() - 1)));
     }
     // The file whole, and cut off early, in the middle, late and before its last byte. Where nothing is left
