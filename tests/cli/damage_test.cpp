@@ -98,7 +98,7 @@ TEST_F(CutOff, IsSaidWhateverTheFileIsReadFor) {
     for (const char* name : {"a.jpg", "a.avi", "a.flac"}) Cut(name, 70);
     const auto said = [&](Strings command) {
         command.push_back("--overwrite");
-        const Outcome outcome = Aveffect(command);
+        Outcome outcome = Aveffect(command);
         EXPECT_EQ(outcome.exitCode, 6) << command[0] << outcome.messages;
         EXPECT_NE(outcome.messages.find("cut.a."), std::string::npos) << outcome.messages;
         return outcome;

@@ -107,7 +107,8 @@ TEST(Scaler, LeavesZerosBehindRowsAsNewPicturesHaveThem) {
                     ASSERT_EQ(std::count(row + bytes, row + pitch, 0), pitch - bytes)
                         << how << ", format " << format << ", plane " << plane << ", row " << y;
                 }
-                std::memset(picture->data[plane], 0xA5, static_cast<std::size_t>(pitch * rows));
+                std::memset(picture->data[plane], 0xA5,
+                            static_cast<std::size_t>(pitch) * static_cast<std::size_t>(rows));
             }
         };
         Scaler scaler(format, kWidth, kHeight, ScaleQuality::Bicubic);

@@ -13,8 +13,6 @@ using test::ExpectComputes;
 using test::ForPixels;
 using test::ForSamples;
 using test::HostFrame;
-using test::kPacked;
-using test::kPlanarFormats;
 using test::MakeVideo;
 using Byte = unsigned char;
 

@@ -14,7 +14,6 @@ using test::ForPixels;
 using test::ForSamples;
 using test::HostFrame;
 using test::kPacked;
-using test::kPlanarFormats;
 using test::MakeVideo;
 using Byte = unsigned char;
 
