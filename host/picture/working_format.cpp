@@ -47,8 +47,7 @@ unsigned ServedYuv(const Kind& kind, bool full) {
 
 WorkingFormat Served(unsigned id, AVColorRange range) { return {id, mediabridge::LibraryFormat(id), range}; }
 
-} // namespace
-
+// Their own when it is served.
 WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range) {
     if (const auto own = mediabridge::FrameFormat(format, range); own && AVBased::IsEffectFormat(*own))
         return {*own, format, AVCOL_RANGE_UNSPECIFIED};
@@ -61,17 +60,6 @@ WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range) {
     if (id == AVBased::BGRA) return Served(id, AVCOL_RANGE_UNSPECIFIED);
     return Served(id, full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG);
 }
-
-void CheckPixelFormatName(const std::string& wanted) {
-    if (wanted == "auto") return;
-    if (const auto id = mediabridge::FrameFormatByName(wanted); id && AVBased::IsEffectFormat(*id)) return;
-    std::string names = "auto";
-    for (const unsigned served : kEffectFormats) names += ", " + mediabridge::FrameFormatName(served);
-    throw Error(ErrorKind::Usage,
-                "pixel format \"" + wanted + "\" is not one that effects work in: " + names);
-}
-
-namespace {
 
 // The served format with alpha that keeps every chroma sample.
 WorkingFormat WithAlpha(const WorkingFormat& format, AVColorRange pictures) {
@@ -90,6 +78,15 @@ WorkingFormat OfFew(const WorkingFormat& format, bool needsAlpha) {
 }
 
 } // namespace
+
+void CheckPixelFormatName(const std::string& wanted) {
+    if (wanted == "auto") return;
+    if (const auto id = mediabridge::FrameFormatByName(wanted); id && AVBased::IsEffectFormat(*id)) return;
+    std::string names = "auto";
+    for (const unsigned served : kEffectFormats) names += ", " + mediabridge::FrameFormatName(served);
+    throw Error(ErrorKind::Usage,
+                "pixel format \"" + wanted + "\" is not one that effects work in: " + names);
+}
 
 WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, FormatNeeds needs) {
     const auto own = static_cast<AVPixelFormat>(picture.format);

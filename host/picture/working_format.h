@@ -35,9 +35,6 @@ inline PictureOrigin OriginOf(const AVFrame& picture) {
     return {{format, picture.color_range}, format};
 }
 
-/// The served format nearest to these pictures; their own when it is served.
-WorkingFormat NearestServed(AVPixelFormat format, AVColorRange range);
-
 /// What a chain of effects asks of the format it works in.
 struct FormatNeeds {
     bool alpha = false;      ///< an alpha channel
@@ -45,8 +42,8 @@ struct FormatNeeds {
     bool rgb = false;        ///< BGRA; another one only as BT.601 of usual range
 };
 
-/// As NearestServed, among those that answer the needs, or the one of that name whatever they are. Throws
-/// Error (Usage) that lists the names.
+/// Of the formats that answer the needs the one nearest to these pictures, their own where it is one of them;
+/// or the one of that name whatever they are. Throws Error (Usage) that lists the names.
 WorkingFormat ChooseWorkingFormat(const std::string& wanted, const AVFrame& picture, FormatNeeds needs);
 
 /// Checks the name alone, before any file is opened. Throws Error (Usage).
