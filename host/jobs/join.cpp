@@ -1,5 +1,5 @@
 #include "host/jobs/film_plan.h"
-#include "host/jobs/reel_film.h"
+#include "host/jobs/sequence_render.h"
 #include "host/support/stages.h"
 
 namespace aveffect {
@@ -32,7 +32,7 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     std::vector<ClipScan> clips;
     for (const std::string& url : options.clips) clips.push_back(ScanClip(url, cancel));
 
-    ReelSetup setup;
+    SequenceSetup setup;
     setup.transition = options.film.transition;
     setup.rate = NearestRate(plan, clips.front().rate);
     SayRate(plan, clips.front().rate, setup.rate, reporter);
@@ -41,7 +41,7 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     setup.threads = options.film.threads;
     CheckLengths(clips, setup.rate, setup.across);
     for (const ClipScan& clip : clips) setup.parts.push_back({&clip, clip.PicturesAt(setup.rate)});
-    return RenderReel(plugin, options.film, plan, std::move(setup), terms, reporter, cancel);
+    return RenderSequence(plugin, options.film, plan, std::move(setup), terms, reporter, cancel);
 }
 
 } // namespace aveffect

@@ -7,7 +7,7 @@
 #include "host/effects/media_check.h"
 #include "host/effects/transition_frame.h"
 #include "host/jobs/film_plan.h"
-#include "host/jobs/reel_film.h"
+#include "host/jobs/sequence_render.h"
 #include "host/media/media_manager.h"
 #include "host/output/film.h"
 #include "host/picture/light_metadata.h"
@@ -127,19 +127,19 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
     const AVRational rate = NearestRate(plan, wanted);
     SayRate(plan, wanted, rate, reporter);
     const Marks marks = MarksOf(options, rate);
-    const ReelPart parts[] = {{&first, marks.end}, {&second, marks.count - marks.start}};
+    const SequencePart parts[] = {{&first, marks.end}, {&second, marks.count - marks.start}};
     for (const auto& [clip, pictures] : parts)
         if (!clip->still && clip->PicturesAt(rate) < pictures)
             throw Error(ErrorKind::Usage,
                         clip->request.path + " lasts " + SecondsText(clip->LengthMs()) + ", but " +
                             SecondsText(av_rescale_q(pictures, av_inv_q(rate), kMilliseconds)) +
                             " of it are asked for");
-    ReelSetup reel{
+    SequenceSetup sequence{
         options.film.transition, rate, marks.end - marks.start, {std::begin(parts), std::end(parts)}};
-    reel.size = options.size;
-    reel.squarePixels = true;
-    reel.threads = options.film.threads;
-    return RenderReel(plugin, options.film, plan, std::move(reel), terms, reporter, cancel);
+    sequence.size = options.size;
+    sequence.squarePixels = true;
+    sequence.threads = options.film.threads;
+    return RenderSequence(plugin, options.film, plan, std::move(sequence), terms, reporter, cancel);
 }
 
 } // namespace

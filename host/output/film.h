@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "host/output/container.h"
-#include "host/output/encoder.h"
 #include "host/output/output_clock.h"
+#include "host/output/picture_encoder.h"
 #include "host/output/picture_output.h"
 #include "host/output/sound_encoder.h"
 
@@ -15,7 +15,7 @@ namespace aveffect {
 /// The sound that goes with a film.
 struct FilmSound {
     std::unique_ptr<SoundEncoder> encoder;
-    std::unique_ptr<SoundTrack> track;
+    std::unique_ptr<JoinedSound> track;
 };
 
 /// How a film is written.
@@ -51,7 +51,7 @@ private:
 
     FilmSetup m_setup;
     OutputClock m_clock;
-    Encoder m_encoder;
+    PictureEncoder m_encoder;
     Container m_output;
     mediabridge::AVPacketPtr m_packet;
     AVStream* m_pictureStream = nullptr;

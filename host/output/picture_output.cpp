@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/output/encoder.h"
+#include "host/output/picture_encoder.h"
 #include "host/picture/bit_depth.h"
 #include "host/picture/edge_padding.h"
 #include "host/support/error.h"

@@ -69,7 +69,8 @@ Sink::Sink(const Setup& setup, const AVFrame* sample, Reporter& reporter, const 
         m_clock = MakeClock(setup);
         m_countsPictures = setup.plan.CountsPictures();
         const AVRational rate = ClipRate(setup.source, setup.plan).picturesPerSecond;
-        m_encoder = std::make_unique<Encoder>(setup.plan, *sample, Encoder::Timing{m_clock->Base(), rate});
+        m_encoder = std::make_unique<PictureEncoder>(setup.plan, *sample,
+                                                     PictureEncoder::Timing{m_clock->Base(), rate});
         if (setup.plan.NeedsConstantRate() && setup.source.IsConstantRate())
             SayRate(setup.plan, setup.source.FrameRate(), rate, reporter);
     }
@@ -259,7 +260,7 @@ DamageReport Sink::Damage() const {
 
 void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {
     picture->pts = 0;
-    Encoder encoder(plan, *picture, {{1, 25}, {25, 1}});
+    PictureEncoder encoder(plan, *picture, {{1, 25}, {25, 1}});
     AVPacketPtr packet(av_packet_alloc());
     if (!packet) throw Error(ErrorKind::Output, "out of memory");
     encoder.Send(picture.get());

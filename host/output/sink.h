@@ -9,8 +9,8 @@
 #include "host/media/source.h"
 #include "host/media/span.h"
 #include "host/output/container.h"
-#include "host/output/encoder.h"
 #include "host/output/output_clock.h"
+#include "host/output/picture_encoder.h"
 #include "host/output/sound_lane.h"
 #include "host/output/text_subtitles.h"
 #include "host/support/reporter.h"
@@ -71,8 +71,8 @@ private:
     const Source& m_source;
     std::optional<Moment> m_soundEnd; ///< that was asked for
     bool m_soundEndsWithPictures;
-    std::optional<OutputClock> m_clock; ///< absent where pictures are copied
-    std::unique_ptr<Encoder> m_encoder; ///< likewise
+    std::optional<OutputClock> m_clock;        ///< absent where pictures are copied
+    std::unique_ptr<PictureEncoder> m_encoder; ///< likewise
     bool m_countsPictures = false;
     Container m_output;
     AVStream* m_pictureStream = nullptr;

@@ -1,7 +1,7 @@
 #pragma once
 /// Encoding sound.
 #include "host/output/output_plan.h"
-#include "host/sound/sound_track.h"
+#include "host/sound/joined_sound.h"
 
 namespace aveffect {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/effects/sound_chain.h"
+#include "host/effects/audio_effect_chain.h"
 #include "host/media/sound_reader.h"
 #include "host/output/container.h"
 #include "host/output/sound_encoder.h"
@@ -64,7 +64,7 @@ private:
     AVSampleFormat m_format;
     bool m_endless;
     bool m_fromFirst; ///< the first sample is the start, whatever its time
-    SoundChain m_chain;
+    AudioEffectChain m_chain;
     std::unique_ptr<SoundReader> m_reader; ///< null for an endless job
     SampleQueue m_decoded;
     std::optional<int64_t> m_time;     ///< in samples, of what is decoded next; absent before the first sound

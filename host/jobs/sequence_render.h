@@ -1,6 +1,6 @@
 #pragma once
-/// Reels as clips.
-#include "host/jobs/reel.h"
+/// Sequences as clips.
+#include "host/jobs/clip_sequence.h"
 #include "host/output/film.h"
 
 namespace aveffect {
@@ -10,9 +10,9 @@ namespace aveffect {
 RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
                         IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel);
 
-/// The same for a reel with its sound.
-RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
-                        ReelSetup setup, IntakeTerms& terms, Reporter& reporter,
-                        const std::atomic<bool>& cancel);
+/// The same for a sequence with its sound.
+RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
+                            SequenceSetup setup, IntakeTerms& terms, Reporter& reporter,
+                            const std::atomic<bool>& cancel);
 
 } // namespace aveffect

@@ -1,4 +1,4 @@
-#include "host/jobs/reel_film.h"
+#include "host/jobs/sequence_render.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,10 +10,11 @@ using mediabridge::AVFramePtr;
 namespace {
 
 /// Sound like that of the first part that has any; nothing when none has, or the container holds none.
-std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan& plan, const ReelSetup& setup,
-                                   const Reel& reel, Reporter& reporter, const std::atomic<bool>& cancel) {
-    const auto heard =
-        std::ranges::find_if(setup.parts, [](const ReelPart& part) { return part.clip->sound.has_value(); });
+std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan& plan,
+                                   const SequenceSetup& setup, const ClipSequence& sequence,
+                                   Reporter& reporter, const std::atomic<bool>& cancel) {
+    const auto heard = std::ranges::find_if(
+        setup.parts, [](const SequencePart& part) { return part.clip->sound.has_value(); });
     if (heard == setup.parts.end()) return std::nullopt;
     if (plan.muxer->audio_codec == AV_CODEC_ID_NONE) {
         reporter.Warn("." + plan.Kind() + " files can't hold sound; it is left out");
@@ -23,7 +24,7 @@ std::optional<FilmSound> MakeSound(const FilmOptions& options, const OutputPlan&
     sound.encoder = std::make_unique<SoundEncoder>(plan, options.soundCodec, *heard->clip->sound);
     reporter.Note(sound.encoder->Summary());
     const SoundForm form = sound.encoder->Form();
-    sound.track = std::make_unique<SoundTrack>(reel.Sound(form.shape.rate), form, cancel);
+    sound.track = std::make_unique<JoinedSound>(sequence.Sound(form.shape.rate), form, cancel);
     return sound;
 }
 
@@ -40,16 +41,16 @@ RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVF
     return {film->Pictures(), damage.Text()};
 }
 
-RenderResult RenderReel(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
-                        ReelSetup setup, IntakeTerms& terms, Reporter& reporter,
-                        const std::atomic<bool>& cancel) {
+RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
+                            SequenceSetup setup, IntakeTerms& terms, Reporter& reporter,
+                            const std::atomic<bool>& cancel) {
     setup.terms = &terms;
-    Reel reel(plugin, setup, cancel);
+    ClipSequence sequence(plugin, setup, cancel);
     FilmSetup film{plan, setup.rate, options.overwrite};
-    film.sound = MakeSound(options, plan, setup, reel, reporter, cancel);
-    const FilmPictures pictures{reel.Pictures(), [&](int64_t index) { return reel.Draw(index); },
-                                [&] { return reel.Damage(); }};
-    return RenderFilm(std::move(film), pictures, *reel.FirstPicture(), terms, reporter, cancel);
+    film.sound = MakeSound(options, plan, setup, sequence, reporter, cancel);
+    const FilmPictures pictures{sequence.Pictures(), [&](int64_t index) { return sequence.Draw(index); },
+                                [&] { return sequence.Damage(); }};
+    return RenderFilm(std::move(film), pictures, *sequence.FirstPicture(), terms, reporter, cancel);
 }
 
 } // namespace aveffect

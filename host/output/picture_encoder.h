@@ -8,7 +8,7 @@
 namespace aveffect {
 
 /// One open encoder. Used by one thread at a time.
-class Encoder {
+class PictureEncoder {
 public:
     struct Timing {
         AVRational base;
@@ -17,7 +17,7 @@ public:
 
     /// Opens for pictures like the sample, which has the encoder's format. Throws Error (Usage) in the
     /// encoder's words.
-    Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing);
+    PictureEncoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing);
 
     /// Takes a picture, whose pts is in the encoder's base; null at the end. Receive() everything before the
     /// next Send().

@@ -1,4 +1,4 @@
-#include "host/output/encoder.h"
+#include "host/output/picture_encoder.h"
 
 #include <algorithm>
 #include <iterator>
@@ -46,7 +46,7 @@ int UsualQuantizer(AVCodecID id) {
 
 } // namespace
 
-Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing)
+PictureEncoder::PictureEncoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing)
     : m_codec(plan.encoder.codec)
     , m_context(avcodec_alloc_context3(plan.encoder.codec)) {
     if (!m_context) throw Error(ErrorKind::Output, "out of memory");
@@ -74,7 +74,7 @@ Encoder::Encoder(const OutputPlan& plan, const AVFrame& sample, const Timing& ti
 
 // Most codecs that know fields code all pictures of a stream with them or none. FFV1 tells it of each
 // picture, from its third version on, whose slices do not suit the smallest pictures.
-void Encoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
+void PictureEncoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
     const AVCodecID id = m_codec->id;
     constexpr int kSliced = 64; ///< columns and rows
     if (id == AV_CODEC_ID_FFV1 && sample.width >= kSliced && sample.height >= kSliced) m_context->level = 3;
@@ -89,7 +89,7 @@ void Encoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
         m_context->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
 }
 
-void Encoder::SetPrivate(const AVFrame& sample) {
+void PictureEncoder::SetPrivate(const AVFrame& sample) {
     const std::string light = LightSettings(m_codec->name, sample);
     av_opt_set(m_context->priv_data, "x264-params", light.c_str(), 0);
     // x265 prints on its own unless told not to.
@@ -97,7 +97,7 @@ void Encoder::SetPrivate(const AVFrame& sample) {
     av_opt_set(m_context->priv_data, "x265-params", quiet.c_str(), 0);
 }
 
-void Encoder::SetQuality(const EncoderChoice& choice) {
+void PictureEncoder::SetQuality(const EncoderChoice& choice) {
     // x264 prints a complaint of its own about a preset that it does not know.
     const bool x26 = std::string_view(m_codec->name).starts_with("libx26");
     const bool known = !x26 || std::ranges::find(kX26Presets, choice.preset) != std::end(kX26Presets);
@@ -115,14 +115,14 @@ void Encoder::SetQuality(const EncoderChoice& choice) {
     }
 }
 
-void Encoder::Fail(const std::string& doing, int code) const {
+void PictureEncoder::Fail(const std::string& doing, int code) const {
     const std::string detail = TakeLibraryError();
     throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
                 std::string("the encoder ") + m_codec->name + " " + doing + ": " +
                     (detail.empty() ? AvText(code) : detail));
 }
 
-void Encoder::Send(AVFrame* picture) {
+void PictureEncoder::Send(AVFrame* picture) {
     if (picture) {
         // What the decoder said about its own coding would force the encoder's hand.
         picture->pict_type = AV_PICTURE_TYPE_NONE;
@@ -138,7 +138,7 @@ void Encoder::Send(AVFrame* picture) {
     if (code < 0 && code != AVERROR_EOF) Fail("failed", code);
 }
 
-bool Encoder::Receive(AVPacket* packet) {
+bool PictureEncoder::Receive(AVPacket* packet) {
     const int code = avcodec_receive_packet(m_context.get(), packet);
     if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return false;
     if (code < 0) Fail("failed", code);
@@ -161,7 +161,7 @@ std::pair<int, int> EncodableSize(const OutputPlan& plan, const AVFrame& sample)
     for (const auto& size : {own, even, evenFields}) {
         std::tie(trial->width, trial->height) = size;
         try {
-            const Encoder opens(plan, *trial, {{1, 25}, {25, 1}});
+            const PictureEncoder opens(plan, *trial, {{1, 25}, {25, 1}});
             return size;
         } catch (const Error&) {
             continue; // the next size; the last failure comes again, in the open that counts

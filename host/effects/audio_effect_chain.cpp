@@ -1,4 +1,4 @@
-#include "host/effects/sound_chain.h"
+#include "host/effects/audio_effect_chain.h"
 
 #include <algorithm>
 #include <cstring>
@@ -37,8 +37,8 @@ AVSampleFormat SoundFormatFor(const std::vector<EffectSpec>& effects, AVSampleFo
     }
 }
 
-SoundChain::SoundChain(const Plugin& plugin, AVBased::IAVManager* manager,
-                       const std::vector<EffectSpec>& effects, uint32_t durationMs) {
+AudioEffectChain::AudioEffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
+                                   const std::vector<EffectSpec>& effects, uint32_t durationMs) {
     for (const EffectSpec& effect : effects) {
         m_procs.push_back(plugin.MakeAudio(manager, effect.name));
         AVBased::IAudioProc& proc = *m_procs.back();
@@ -48,7 +48,7 @@ SoundChain::SoundChain(const Plugin& plugin, AVBased::IAVManager* manager,
     }
 }
 
-void SoundChain::Process(AVFrame& sound, uint32_t timeMs) {
+void AudioEffectChain::Process(AVFrame& sound, uint32_t timeMs) {
     if (m_procs.empty()) return;
     const auto frame = mediabridge::AudioFrame::Copy(&sound, timeMs);
     if (!frame) throw Error(ErrorKind::Effect, "the sound can't be handed to the effects: out of memory");

@@ -11,38 +11,38 @@
 #include "host/jobs/transition.h"
 #include "host/media/clip_player.h"
 #include "host/picture/fitting.h"
-#include "host/sound/sound_track.h"
+#include "host/sound/joined_sound.h"
 
 namespace aveffect {
 
-/// A clip's part of a reel: its first so many pictures at the reel's rate.
-struct ReelPart {
-    const ClipScan* clip; ///< outlives the reel
+/// A clip's part of a sequence: its first so many pictures at the sequence's rate.
+struct SequencePart {
+    const ClipScan* clip; ///< outlives the sequence
     int64_t pictures;     ///< no less than it shares with its neighbours together
 };
 
-struct ReelSetup {
+struct SequenceSetup {
     std::string transition;
     AVRational rate{25, 1};
     int64_t across = 1; ///< pictures that neighbours share, in which the one crosses into the other
-    std::vector<ReelPart> parts;
+    std::vector<SequencePart> parts;
     std::optional<PictureSize> size = {}; ///< absent: the first clip's
     bool squarePixels = false;            ///< absent size: the first clip's in square pixels
     unsigned threads = 0;                 ///< of each decoder
-    IntakeTerms* terms = nullptr;         ///< of the clips' pictures; outlive the reel
+    IntakeTerms* terms = nullptr;         ///< of the clips' pictures; outlive the sequence
 };
 
-/// Draws the pictures of a reel. No more than two clips are open at a time. Used by one thread at a time.
-class Reel {
+/// Draws the pictures of a sequence. No more than two clips are open at a time. Used by one thread at a time.
+class ClipSequence {
 public:
-    /// Plug-in and flag outlive the reel. Throws Error.
-    Reel(const Plugin& plugin, ReelSetup setup, const std::atomic<bool>& cancel);
+    /// Plug-in and flag outlive the sequence. Throws Error.
+    ClipSequence(const Plugin& plugin, SequenceSetup setup, const std::atomic<bool>& cancel);
 
     int64_t Pictures() const;
-    /// The first clip's first picture as the reel shows it.
+    /// The first clip's first picture as the sequence shows it.
     mediabridge::AVFramePtr FirstPicture();
-    /// The picture of an index; indices only go up. Pictures of clips that have the reel's shape come as they
-    /// are, others in BGRA, crossing ones in BGR0. Throws Error.
+    /// The picture of an index; indices only go up. Pictures of clips that have the sequence's shape come as
+    /// they are, others in BGRA, crossing ones in BGR0. Throws Error.
     mediabridge::AVFramePtr Draw(int64_t index);
 
     /// The parts' sound in samples of that rate, ending where their pictures do.
@@ -62,7 +62,7 @@ private:
     Canvas ChooseCanvas(const AVFrame& first) const;
 
     const Plugin& m_plugin;
-    ReelSetup m_setup;
+    SequenceSetup m_setup;
     const std::atomic<bool>& m_cancel;
     std::vector<int64_t> m_begins; ///< each part's first picture
     Canvas m_canvas;

@@ -14,12 +14,12 @@ namespace aveffect {
 
 /// One clip's part of the sound.
 struct SoundPart {
-    const ClipScan* clip;      ///< silence when it has no sound; outlives the track
+    const ClipScan* clip;      ///< silence when it has no sound; outlives the sound
     int64_t samples;           ///< from the clip's start; filled up with silence
     int64_t samplesAcross = 0; ///< shared with the next part, where the one fades out and the other in
 };
 
-/// How the track comes out.
+/// How it comes out.
 struct SoundForm {
     SoundShape shape;
     AVSampleFormat format = AV_SAMPLE_FMT_FLTP;
@@ -27,12 +27,12 @@ struct SoundForm {
 };
 
 /// Reads the parts one after the other, opening each clip when its turn comes. Used by one thread at a time.
-class SoundTrack {
+class JoinedSound {
 public:
     /// At least one part. Throws Error (Output).
-    SoundTrack(std::vector<SoundPart> parts, const SoundForm& form, const std::atomic<bool>& cancel);
+    JoinedSound(std::vector<SoundPart> parts, const SoundForm& form, const std::atomic<bool>& cancel);
 
-    /// The next samples, pts in samples from the track's start; null at the end. Throws Error.
+    /// The next samples, pts in samples from the start; null at the end. Throws Error.
     mediabridge::AVFramePtr Next();
 
     /// What was found to be wrong with what was read.

@@ -1,4 +1,4 @@
-#include "host/sound/sound_track.h"
+#include "host/sound/joined_sound.h"
 
 #include <utility>
 
@@ -25,7 +25,7 @@ std::string Label(const char* kind, size_t index) {
 
 } // namespace
 
-SoundTrack::SoundTrack(std::vector<SoundPart> parts, const SoundForm& form, const std::atomic<bool>& cancel)
+JoinedSound::JoinedSound(std::vector<SoundPart> parts, const SoundForm& form, const std::atomic<bool>& cancel)
     : m_parts(std::move(parts))
     , m_shape(form.shape)
     , m_cancel(cancel)
@@ -38,7 +38,7 @@ SoundTrack::SoundTrack(std::vector<SoundPart> parts, const SoundForm& form, cons
 }
 
 // A part: gaps filled, cut or filled up to its length. Each is faded over into the one before.
-std::string SoundTrack::Describe(const SoundForm& form) const {
+std::string JoinedSound::Describe(const SoundForm& form) const {
     const std::string rate = std::to_string(m_shape.rate);
     std::string text;
     for (size_t index = 0; index < m_parts.size(); ++index) {
@@ -64,7 +64,7 @@ std::string SoundTrack::Describe(const SoundForm& form) const {
            ":sample_rates=" + rate + ":channel_layouts=" + m_shape.layout + "[out]";
 }
 
-void SoundTrack::Build(const SoundForm& form) {
+void JoinedSound::Build(const SoundForm& form) {
     const std::string shape = "sample_fmt=fltp:sample_rate=" + std::to_string(m_shape.rate) +
                               ":channel_layout=" + m_shape.layout + ":time_base=1/" +
                               std::to_string(m_shape.rate);
@@ -97,7 +97,7 @@ void SoundTrack::Build(const SoundForm& form) {
     if (form.frameSize > 0) av_buffersink_set_frame_size(m_output, static_cast<unsigned>(form.frameSize));
 }
 
-AVFramePtr SoundTrack::Next() {
+AVFramePtr JoinedSound::Next() {
     AVFramePtr sound(av_frame_alloc());
     if (!sound) Require(AVERROR(ENOMEM));
     for (;;) {
@@ -113,7 +113,7 @@ AVFramePtr SoundTrack::Next() {
     }
 }
 
-DamageReport SoundTrack::Damage() const {
+DamageReport JoinedSound::Damage() const {
     DamageReport all = m_damage;
     if (m_reader) all.Add(m_reader->Damage());
     return all;
@@ -121,7 +121,7 @@ DamageReport SoundTrack::Damage() const {
 
 // Gives samples to the part that waits for them: parts come to an end in order, so it is never one before the
 // part that is read.
-void SoundTrack::Feed() {
+void JoinedSound::Feed() {
     size_t waiting = m_reading;
     while (waiting < m_inputs.size() &&
            !(m_inputs[waiting] && av_buffersrc_get_nb_failed_requests(m_inputs[waiting]) > 0))

@@ -15,12 +15,12 @@ bool BringsSound(const std::vector<EffectSpec>& effects);
 AVSampleFormat SoundFormatFor(const std::vector<EffectSpec>& effects, AVSampleFormat decoded);
 
 /// Audio processors that sound passes in order. Used by one thread at a time.
-class SoundChain {
+class AudioEffectChain {
 public:
     /// Makes the processors, sets "duration" of each and then its own properties. Files that they name have
     /// been checked (RequireSounds). Throws Error (Effect or Usage).
-    SoundChain(const Plugin& plugin, AVBased::IAVManager* manager, const std::vector<EffectSpec>& effects,
-               uint32_t durationMs);
+    AudioEffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
+                     const std::vector<EffectSpec>& effects, uint32_t durationMs);
 
     /// Changes interleaved samples of the chain's format in place; timeMs is their time in the effects' span.
     /// Throws Error (Effect) with the record's text when a processor records an error.
