@@ -57,16 +57,12 @@ void CAlphaFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* p
     assert(pFrame);
     const std::optional<unsigned> level = LevelAt(time, pFrame);
     if (!level) return;
-    ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            if (!plane.Empty()) fade_in_out_rgba32(plane.data, plane.width, plane.pitch, plane.rows, *level);
-        },
-        [&](const PlanarView& view) {
-            const Plane8& plane = view.alpha;
-            if (view.hasAlpha && !plane.Empty())
-                fade_in_out_yuva_Graphic(plane.data, plane.width, plane.pitch, plane.rows, *level);
-        });
+    const auto fade = [&](auto kernel, const auto& plane) {
+        kernel(plane.data, plane.width, plane.pitch, plane.rows, *level);
+    };
+    ForPlanes(
+        pFrame, Planes::Alpha, [&](Plane32 plane) { fade(fade_in_out_rgba32, plane); },
+        [&](Plane8 plane) { fade(fade_in_out_yuva_Graphic, plane); });
 }
 
 CFadeInVideoImageEffect::CFadeInVideoImageEffect()
@@ -96,22 +92,17 @@ void CDirectFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* 
     assert(pFrame);
     const std::optional<unsigned> level = LevelAt(time, pFrame);
     if (!level) return;
-    const auto mix = [&](DirectFadeKernel kernel, unsigned char* data, size_t width, size_t pitch,
-                         size_t rows, unsigned colour) {
-        if (width == 0 || rows == 0) return;
-        kernel(data, static_cast<unsigned>(width), static_cast<unsigned>(pitch), static_cast<unsigned>(rows),
-               *level, colour);
+    const auto mix = [&](DirectFadeKernel kernel, const auto& plane, unsigned colour) {
+        if (!plane.Empty())
+            kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
+                   static_cast<unsigned>(plane.rows), *level, colour);
     };
     ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            mix(fade_in_out_direct_rgba32, plane.data, plane.width, plane.pitch, plane.rows, m_nColour);
-        },
+        pFrame, [&](Plane32 plane) { mix(fade_in_out_direct_rgba32, plane, m_nColour); },
         [&](const PlanarView& view) {
-            const DirectFadeKernel kernel = fade_in_out_direct_component;
-            mix(kernel, view.y.data, view.y.width, view.y.pitch, view.y.rows, m_Yuv.y);
-            mix(kernel, view.u.data, view.u.width, view.u.pitch, view.u.rows, m_Yuv.u);
-            mix(kernel, view.v.data, view.v.width, view.v.pitch, view.v.rows, m_Yuv.v);
+            mix(fade_in_out_direct_component, view.y, m_Yuv.y);
+            mix(fade_in_out_direct_component, view.u, m_Yuv.u);
+            mix(fade_in_out_direct_component, view.v, m_Yuv.v);
         });
 }
 

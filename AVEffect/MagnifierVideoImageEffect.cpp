@@ -21,8 +21,8 @@ CMagnifierVideoImageEffect::CMagnifierVideoImageEffect()
 
 bool CMagnifierVideoImageEffect::FitsIn(size_t width, size_t height) const {
     const auto reaches = [](int x, size_t limit) { return x >= 0 && static_cast<size_t>(x) <= limit; };
-    return m_dScale > 1.0 && reaches(m_nX, width) && reaches(m_nY, height) && reaches(m_nRadius, width / 2) &&
-           reaches(m_nRadius, height / 2);
+    return m_nRadius != 0 && m_dScale > 1.0 && reaches(m_nX, width) && reaches(m_nY, height) &&
+           reaches(m_nRadius, width / 2) && reaches(m_nRadius, height / 2);
 }
 
 // In 32 bits, as the positions are. A square cut off by the picture's edge begins at 0, or at 1 with
@@ -171,23 +171,19 @@ void CMagnifierVideoImageEffect::MagnifierDoubleComponentEffect(const PlanarView
 }
 
 void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    using Effect = CMagnifierVideoImageEffect;
+    const auto packed = !Blends()   ? &Effect::MagnifierNearestRGBA32Effect
+                        : m_nUseMMX ? &Effect::MagnifierDoubleRGBA32EffectMMX
+                                    : &Effect::MagnifierDoubleRGBA32Effect;
+    const auto planar =
+        Blends() ? &Effect::MagnifierDoubleComponentEffect : &Effect::MagnifierNearestComponentEffect;
     ForPictureAndCopy(
         pFrame,
-        [this](Plane32 plane, Plane32 from) {
-            if (!FitsIn(plane.width, plane.rows) || m_nRadius == 0) return;
-            if (!Blends())
-                MagnifierNearestRGBA32Effect(plane, from);
-            else if (m_nUseMMX)
-                MagnifierDoubleRGBA32EffectMMX(plane, from);
-            else
-                MagnifierDoubleRGBA32Effect(plane, from);
+        [&](Plane32 plane, Plane32 from) {
+            if (FitsIn(plane.width, plane.rows)) (this->*packed)(plane, from);
         },
-        [this](const PlanarView& view, const PlanarView& from) {
-            if (!FitsIn(view.y.width, view.y.rows) || m_nRadius == 0) return;
-            if (Blends())
-                MagnifierDoubleComponentEffect(view, from);
-            else
-                MagnifierNearestComponentEffect(view, from);
+        [&](const PlanarView& view, const PlanarView& from) {
+            if (FitsIn(view.y.width, view.y.rows)) (this->*planar)(view, from);
         });
 }
 

@@ -14,11 +14,10 @@ CMorphologyEffect::CMorphologyEffect(const EffectInfo& effect, PackedKernel pack
 
 void CMorphologyEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     const auto filter = [this](auto kernel, const auto& plane, size_t widthBytes) {
-        assert(plane.data != NULL);
         kernel(plane, m_Scratch.Require(kernels::MorphologyScratchBytes(widthBytes)));
     };
     ForPlanes(
-        pFrame, Alpha::Left, [&](Plane32 plane) { filter(m_pPacked, plane, plane.width * 4); },
+        pFrame, Planes::Colours, [&](Plane32 plane) { filter(m_pPacked, plane, plane.width * 4); },
         [&](Plane8 plane) { filter(m_pPlanar, plane, plane.width); });
 }
 

@@ -68,22 +68,26 @@ void CPortraitVideoImageEffect::OnSetProperty(const std::string& name, PropertyN
     m_Yuv = YuvColour::FromRgb(m_nColor);
 }
 
+unsigned CPortraitVideoImageEffect::BandWidth() const {
+    if (m_nWidth < 0)
+        Raise(kUnknownException, "portrait_width must be 0 or more; the frame is left as it is");
+    return static_cast<unsigned>(m_nWidth);
+}
+
 void CPortraitVideoImageEffect::PortraitRgba32Effect(Plane32 plane) {
-    assert(plane.data != NULL);
-    const PortraitGeometry geometry = {static_cast<unsigned>(m_nWidth), plane.width, plane.rows, 0, 0};
+    const PortraitGeometry geometry = {BandWidth(), plane.width, plane.rows, 0, 0};
     Kernels<kernels::PortraitKernels>().portraitRgba32(
         plane, m_Mixes.Of(geometry, plane.width, plane.rows, 4, m_nColor));
 }
 
 void CPortraitVideoImageEffect::PortraitComponentEffect(const PlanarView& view) {
-    AssertMemory(view);
+    const unsigned width = BandWidth();
     const auto mix = [&](Plane8 plane, uint8_t value, unsigned horizontalShift, unsigned verticalShift) {
         // Samples that no luma belongs to stay.
         plane.width = std::min(plane.width, ((view.y.width - 1) >> horizontalShift) + 1);
         plane.rows = std::min(plane.rows, ((view.y.rows - 1) >> verticalShift) + 1);
         if (plane.Empty()) return;
-        const PortraitGeometry geometry = {static_cast<unsigned>(m_nWidth), view.y.width, view.y.rows,
-                                           horizontalShift, verticalShift};
+        const PortraitGeometry geometry = {width, view.y.width, view.y.rows, horizontalShift, verticalShift};
         Kernels<kernels::PortraitKernels>().portraitComponent(
             plane, m_Mixes.Of(geometry, plane.width, plane.rows, 1, value));
     };
@@ -95,22 +99,9 @@ void CPortraitVideoImageEffect::PortraitComponentEffect(const PlanarView& view) 
 void CPortraitVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
     if (m_nWidth == 0) return; // no band
-    const auto requireWidth = [this] {
-        if (m_nWidth < 0)
-            Raise(kUnknownException, "portrait_width must be 0 or more; the frame is left as it is");
-    };
-    ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            if (plane.Empty()) return;
-            requireWidth();
-            PortraitRgba32Effect(plane);
-        },
-        [&](const PlanarView& view) {
-            if (view.y.Empty()) return;
-            requireWidth();
-            PortraitComponentEffect(view);
-        });
+    ForPicture(
+        pFrame, [this](Plane32 plane) { PortraitRgba32Effect(plane); },
+        [this](const PlanarView& view) { PortraitComponentEffect(view); });
 }
 
 // Relief
@@ -142,20 +133,18 @@ void CReliefVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
 }
 
 void CReliefVideoImageEffect::ReliefRgba32Effect(Plane32 plane) {
-    assert(plane.data != NULL);
     Kernels<kernels::ReliefKernels>().reliefRgba32(
         plane, m_Weights, m_Scratch.Require(kernels::ReliefScratchBytes(plane.width * 4)));
 }
 
 void CReliefVideoImageEffect::ReliefComponentEffect(Plane8 plane) {
-    assert(plane.data != NULL);
     Kernels<kernels::ReliefKernels>().reliefComponent(
         plane, m_Weights, m_Scratch.Require(kernels::ReliefScratchBytes(plane.width)));
 }
 
 void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     ForPlanes(
-        pFrame, Alpha::Left, [this](Plane32 plane) { ReliefRgba32Effect(plane); },
+        pFrame, Planes::Colours, [this](Plane32 plane) { ReliefRgba32Effect(plane); },
         [this](Plane8 plane) { ReliefComponentEffect(plane); });
 }
 

@@ -34,6 +34,7 @@ public:
 private:
     void PortraitRgba32Effect(Plane32 plane);
     void PortraitComponentEffect(const PlanarView& view);
+    unsigned BandWidth() const; // throws CBaseException 10021008 when it is negative
 
     int m_nWidth;          // of the bands, in pixels
     unsigned m_nColor = 0; // 0xAARRGGBB; only colours that were set are opaque

@@ -61,7 +61,7 @@ void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
                         : mirror  ? mirror_vertical_reverse_component_c
                                   : vertical_reverse_component_c;
     ForPlanes(
-        pFrame, Alpha::Drawn, [&](Plane32 plane) { reverse(packed, plane); },
+        pFrame, Planes::All, [&](Plane32 plane) { reverse(packed, plane); },
         [&](Plane8 plane) { reverse(planar, plane); });
 }
 

@@ -65,7 +65,7 @@ void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
                static_cast<unsigned>(plane.rows), m_nLevel);
     };
     ForPlanes(
-        pFrame, Alpha::Left, [&](Plane32 plane) { emboss(emboss_effect_rgba32, plane); },
+        pFrame, Planes::Colours, [&](Plane32 plane) { emboss(emboss_effect_rgba32, plane); },
         [&](Plane8 plane) { emboss(emboss_effect_component, plane); });
 }
 
@@ -212,18 +212,9 @@ void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     if (m_nScale == 0) return;
     const kernels::FadeKernels& fade = Kernels<kernels::FadeKernels>();
     const auto level = static_cast<unsigned>(std::max(m_nScale, 0)); // below 0 nothing of alpha is left
-    ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            if (plane.Empty()) return;
-            assert(plane.data != NULL);
-            fade.scaleAlphaRgba32(plane, level);
-        },
-        [&](const PlanarView& view) {
-            if (view.alpha.Empty()) return;
-            assert(view.alpha.data != NULL);
-            fade.scaleComponent(view.alpha, level);
-        });
+    ForPlanes(
+        pFrame, Planes::Alpha, [&](Plane32 plane) { fade.scaleAlphaRgba32(plane, level); },
+        [&](Plane8 plane) { fade.scaleComponent(plane, level); });
 }
 
 // Colour filter
@@ -309,7 +300,6 @@ void CAddNoiseVideoImageEffect::AddNoiseRgba32EffectFirst(Plane32 plane) {
 }
 
 void CAddNoiseVideoImageEffect::AddNoiseRgba32Effect(Plane32 plane) const {
-    assert(plane.data != NULL);
     Kernels<kernels::NoiseKernels>().addNoiseRgba32(plane, m_PixelNoise.Data(), Gain());
 }
 
@@ -319,26 +309,19 @@ void CAddNoiseVideoImageEffect::AddNoiseComponentEffectFirst(Plane8 plane) {
 }
 
 void CAddNoiseVideoImageEffect::AddNoiseComponentEffect(Plane8 plane) const {
-    assert(plane.data != NULL);
     Kernels<kernels::NoiseKernels>().addNoiseComponent(plane, m_SampleNoise.Data(), Gain());
 }
 
 void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    ForFormat(
-        pFrame,
+    ForPlanes(
+        pFrame, Planes::Luma,
         [this](Plane32 plane) {
-            if (plane.Empty()) return;
-            if (m_PixelNoise.Has(plane.width * plane.rows))
-                AddNoiseRgba32Effect(plane);
-            else
-                AddNoiseRgba32EffectFirst(plane);
+            m_PixelNoise.Has(plane.width * plane.rows) ? AddNoiseRgba32Effect(plane)
+                                                       : AddNoiseRgba32EffectFirst(plane);
         },
-        [this](const PlanarView& view) {
-            if (view.y.Empty()) return;
-            if (m_SampleNoise.Has(view.y.width * view.y.rows))
-                AddNoiseComponentEffect(view.y);
-            else
-                AddNoiseComponentEffectFirst(view.y);
+        [this](Plane8 plane) {
+            m_SampleNoise.Has(plane.width * plane.rows) ? AddNoiseComponentEffect(plane)
+                                                        : AddNoiseComponentEffectFirst(plane);
         });
 }
 

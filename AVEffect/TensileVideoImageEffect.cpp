@@ -184,26 +184,20 @@ void CTensileVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const FrameClone copy = CloneFrame(pFrame);
     const bool vertical = m_Vertical.enabled == 1, horizontal = m_Horizontal.enabled == 1;
     if (!vertical && !horizontal) return;
+    using Effect = CTensileVideoImageEffect;
+    const auto packed = !horizontal ? &Effect::VerticalTensileRgba32Effect
+                        : vertical  ? &Effect::TensileRgba32Effect
+                                    : &Effect::HorizontalTensileRgba32Effect;
+    const auto planar = !horizontal ? &Effect::VerticalTensileComponentEffect
+                        : vertical  ? &Effect::TensileComponentEffect
+                                    : &Effect::HorizontalTensileComponentEffect;
+    const auto stretch = [&](auto method, const auto& view, const auto& from) {
+        AssertMemory(view, from);
+        (this->*method)(view, from);
+    };
     ForFormat(
-        pFrame, copy.get(),
-        [&](Plane32 plane, Plane32 from) {
-            AssertMemory(plane, from);
-            if (vertical && horizontal)
-                TensileRgba32Effect(plane, from);
-            else if (vertical)
-                VerticalTensileRgba32Effect(plane, from);
-            else
-                HorizontalTensileRgba32Effect(plane, from);
-        },
-        [&](const PlanarView& view, const PlanarView& from) {
-            AssertMemory(view, from);
-            if (vertical && horizontal)
-                TensileComponentEffect(view, from);
-            else if (vertical)
-                VerticalTensileComponentEffect(view, from);
-            else
-                HorizontalTensileComponentEffect(view, from);
-        });
+        pFrame, copy.get(), [&](Plane32 plane, Plane32 from) { stretch(packed, plane, from); },
+        [&](const PlanarView& view, const PlanarView& from) { stretch(planar, view, from); });
 }
 
 } // namespace AVBased

@@ -61,21 +61,27 @@ void ForPicture(IRawVideoFrame* pFrame, Packed&& packed, Planar&& planar) {
         });
 }
 
-enum class Alpha { Left, Drawn };
+/// Planes of a planar frame that an effect draws on.
+enum class Planes { Luma, Colours, Alpha, All };
 
-/// ForFormat for effects that draw each plane by itself: planar(Plane8) for luma, chroma and, if asked for,
-/// alpha. Nothing for planes without samples.
+/// ForFormat for effects that draw each plane by itself: planar(Plane8) for those of the planes that have
+/// samples, with the kernels' assertion. Packed pixels are one plane whichever is asked for.
 template <class Packed, class Planar>
-void ForPlanes(IRawVideoFrame* pFrame, Alpha alpha, Packed&& packed, Planar&& planar) {
+void ForPlanes(IRawVideoFrame* pFrame, Planes planes, Packed&& packed, Planar&& planar) {
+    const auto draw = [](auto&& kernel, const auto& plane) {
+        if (plane.Empty()) return;
+        assert(plane.data != NULL);
+        kernel(plane);
+    };
+    const bool luma = planes != Planes::Alpha, chroma = luma && planes != Planes::Luma;
+    const bool alpha = planes == Planes::Alpha || planes == Planes::All;
     ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            if (!plane.Empty()) packed(plane);
-        },
+        pFrame, [&](Plane32 plane) { draw(packed, plane); },
         [&](const PlanarView& view) {
-            for (const Plane8& plane :
-                 {view.y, view.u, view.v, alpha == Alpha::Drawn ? view.alpha : Plane8{}})
-                if (!plane.Empty()) planar(plane);
+            if (luma) draw(planar, view.y);
+            if (chroma) draw(planar, view.u);
+            if (chroma) draw(planar, view.v);
+            if (alpha) draw(planar, view.alpha); // without samples where there is none
         });
 }
 
