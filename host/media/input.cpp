@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/media/device.h"
+#include "host/media/photo_orientation.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
 
@@ -97,16 +98,19 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     code = avformat_find_stream_info(context, nullptr);
     if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
     if (code < 0) ThrowNoMedia(path, code);
+    if (local) SayPhotoOrientation(path, *context);
     return input;
 }
 
 int ReadPacket(const InputContextPtr& input, AVPacket& packet) {
     const int code = av_read_frame(input.get(), &packet);
     InputDamage& damage = *input.get_deleter().damage;
-    if (code >= 0)
+    if (code >= 0) {
         damage.Note(packet);
-    else if (code != AVERROR_EOF)
+        SayPhotoOrientation(*input->streams[packet.stream_index], packet);
+    } else if (code != AVERROR_EOF) {
         damage.NoteEnd(code);
+    }
     return code;
 }
 

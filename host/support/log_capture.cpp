@@ -25,7 +25,7 @@ std::mutex collectorsMutex;
 std::unordered_set<const void*> collectors;
 
 // Errors about what is neither picture nor sound.
-constexpr std::array<std::string_view, 3> kBesides = {"EXIF", "APP fields", "ICC"};
+constexpr std::array<std::string_view, 4> kBesides = {"EXIF", "Exif", "APP fields", "ICC"};
 
 // The opaque pointer of the container or codec that an object of the libraries belongs to.
 void* OpaqueOf(void* object) {

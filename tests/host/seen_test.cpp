@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavutil/crc.h>
+}
+
 #include "host/jobs/transition.h"
 #include "tests/host/clips.h"
 
@@ -56,13 +60,45 @@ protected:
     clips::TemporaryDirectory m_directory;
 };
 
-/// What a camera adds to its JPEG files.
+std::string WithNumber(std::string text, size_t position, int64_t number) {
+    for (size_t byte = 4; byte-- > 0; number >>= 8) text[position + byte] = static_cast<char>(number);
+    return text;
+}
+
+/// What a camera adds to its files; TIFF's tags go up.
 void SetOrientation(const std::string& path, int orientation) {
     std::ifstream in(path, std::ios::binary);
     std::string file((std::istreambuf_iterator<char>(in)), {});
-    std::string exif("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0?\0\0\0\0\0\0\0", 32);
-    exif[24] = static_cast<char>(orientation);
-    file.insert(2, std::string("\xFF\xE1\0\x22", 4) + exif);
+    std::string exif("II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0?\0\0\0\0\0\0\0", 26);
+    exif[18] = static_cast<char>(orientation);
+    if (path.ends_with(".jpg")) {
+        file.insert(2, std::string("\xFF\xE1\0\x22"
+                                   "Exif\0\0",
+                                   10) +
+                           exif);
+    } else if (path.ends_with(".png")) {
+        const std::string chunk = "eXIf" + exif;
+        const auto* bytes = reinterpret_cast<const uint8_t*>(chunk.data());
+        const uint32_t sum = ~av_crc(av_crc_get_table(AV_CRC_32_IEEE_LE), 0xffffffff, bytes, chunk.size());
+        file.insert(33, WithNumber("0000", 0, static_cast<int64_t>(exif.size())) + chunk +
+                            WithNumber("0000", 0, sum));
+    } else if (path.ends_with(".tif")) {
+        const auto entry = [&file](const char* head) { return file.find(std::string(head, 8)); };
+        file.erase(entry("\x16\x01\x04\0\x01\0\0\0"), 12);
+        file.insert(entry("\x15\x01\x03\0\x01\0\0\0"), exif, 10, 12);
+    } else if (path.ends_with(
+                   ".avif")) { // where it said its colours; 270 degrees to the left are orientation 6
+        const std::string turn("\0\0\0\x09irot\3\0\0\0\x0a"
+                               "free\0\0",
+                               19);
+        file.replace(file.find("colr") - 4, turn.size(), turn);
+    } else {
+        const std::string chunk = "EXIF" + std::string("\x1a\0\0\0", 4) + exif;
+        const std::string head = std::string("VP8X\x0a\0\0\0\x08\0\0\0\x22\0\0\x1a\0\0", 18);
+        file = file.substr(0, 12) + head + file.substr(12) + chunk;
+        file[4] = static_cast<char>(file.size() - 8);
+        file[5] = static_cast<char>((file.size() - 8) >> 8);
+    }
     std::ofstream(path, std::ios::binary) << file;
 }
 
@@ -111,6 +147,24 @@ TEST_F(AsSeen, PhotosAreUpright) {
         EXPECT_EQ(clips::Probe(Path("photo.png"), "width"), quarter ? "27" : "35");
         EXPECT_EQ(Marks("photo.png"), "");
     }
+    constexpr const char* kTurns[] = {"null",        "hflip",       "hflip,vflip", "vflip",
+                                      "transpose=0", "transpose=1", "transpose=3", "transpose=2"};
+    for (const std::string name : {"photo.png", "photo.tif", "photo.webp", "photo.avif"})
+        for (int orientation = name == "photo.png" ? 1 : 6; orientation <= (name == "photo.png" ? 8 : 6);
+             ++orientation) {
+            Ffmpeg("-i " + base + " -pix_fmt rgb24 " +
+                       (name.ends_with(".webp")   ? "-c:v libwebp -lossless 1"
+                        : name.ends_with(".avif") ? "-c:v libaom-av1 -cpu-used 8"
+                                                  : ""),
+                   name);
+            const Bytes seen = clips::Run("ffmpeg -v error -nostdin -i " + Path(name) +
+                                          " -pix_fmt gbrp -vf " + kTurns[orientation - 1] + " -f rawvideo -");
+            SetOrientation(Path(name), orientation);
+            Render(name, "upright.mkv", {});
+            EXPECT_TRUE(clips::Run("ffmpeg -v error -nostdin -i " + Path("upright.mkv") +
+                                   " -pix_fmt gbrp -f rawvideo -") == seen)
+                << name << orientation;
+        }
 }
 
 TEST_F(AsSeen, EffectsWorkOnTurnedClipsAsTheyAreShown) {
