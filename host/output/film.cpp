@@ -17,9 +17,7 @@ Film::Film(FilmSetup setup, const AVFrame& sample, const std::atomic<bool>& canc
     , m_clock(av_inv_q(m_setup.rate), {m_setup.rate, true}, m_setup.plan.NeedsConstantRate(),
               m_setup.plan.LargestDenominator())
     , m_encoder(m_setup.plan, sample, {m_clock.Base(), m_setup.rate})
-    , m_output(m_setup.plan)
-    , m_packet(av_packet_alloc()) {
-    if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
+    , m_output(m_setup.plan) {
     m_pictureStream = m_output.AddStream(m_encoder.Context());
     MarkLight(*m_pictureStream, sample);
     if (m_setup.sound) m_soundStream = m_output.AddStream(m_setup.sound->encoder->Context());
@@ -27,14 +25,13 @@ Film::Film(FilmSetup setup, const AVFrame& sample, const std::atomic<bool>& canc
     m_output.Start(m_setup.overwrite, cancel);
 }
 
-template <typename AnyEncoder>
-void Film::Drain(AnyEncoder& encoder, const AVStream& stream, int64_t usualDuration) {
-    while (encoder.Receive(m_packet.get())) {
-        if (m_packet->duration <= 0) m_packet->duration = usualDuration;
-        m_packet->stream_index = stream.index;
-        av_packet_rescale_ts(m_packet.get(), encoder.Context().time_base, stream.time_base);
-        m_output.Write(m_packet.get());
-    }
+void Film::Encode(Encoder& encoder, AVFrame* frame, const AVStream& stream, int64_t usualDuration) {
+    encoder.Encode(frame, [&](AVPacket& packet) {
+        if (packet.duration <= 0) packet.duration = usualDuration;
+        packet.stream_index = stream.index;
+        av_packet_rescale_ts(&packet, encoder.Context().time_base, stream.time_base);
+        m_output.Write(&packet);
+    });
 }
 
 void Film::WritePicture(AVFramePtr picture) {
@@ -46,23 +43,20 @@ void Film::WritePicture(AVFramePtr picture) {
     picture->pts = m_clock.Convert(m_pictures);
     picture->pkt_duration = m_clock.ConvertDuration(m_pictures, 1);
     const int64_t duration = picture->pkt_duration;
-    m_encoder.Send(picture.get());
     ++m_pictures;
-    Drain(m_encoder, *m_pictureStream, duration);
+    Encode(m_encoder, picture.get(), *m_pictureStream, duration);
 }
 
 void Film::WriteSound() {
     const AVFramePtr sound = m_setup.sound->track->Next();
     if (sound) m_soundEnd = sound->pts + sound->nb_samples;
     m_soundDone = !sound;
-    m_setup.sound->encoder->Send(sound.get());
-    Drain(*m_setup.sound->encoder, *m_soundStream, 0);
+    Encode(*m_setup.sound->encoder, sound.get(), *m_soundStream, 0);
 }
 
 void Film::Complete() {
     while (!m_soundDone) WriteSound();
-    m_encoder.Send(nullptr);
-    Drain(m_encoder, *m_pictureStream, m_clock.ConvertDuration(0, 1));
+    Encode(m_encoder, nullptr, *m_pictureStream, m_clock.ConvertDuration(0, 1));
     m_output.Finish();
 }
 

@@ -46,14 +46,12 @@ public:
 
 private:
     void WriteSound();
-    template <typename AnyEncoder>
-    void Drain(AnyEncoder& encoder, const AVStream& stream, int64_t usualDuration);
+    void Encode(Encoder& encoder, AVFrame* frame, const AVStream& stream, int64_t usualDuration);
 
     FilmSetup m_setup;
     OutputClock m_clock;
     PictureEncoder m_encoder;
     Container m_output;
-    mediabridge::AVPacketPtr m_packet;
     AVStream* m_pictureStream = nullptr;
     AVStream* m_soundStream = nullptr;
     int64_t m_pictures = 0;

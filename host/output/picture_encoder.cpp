@@ -47,106 +47,89 @@ int UsualQuantizer(AVCodecID id) {
 } // namespace
 
 PictureEncoder::PictureEncoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing)
-    : m_codec(plan.encoder.codec)
-    , m_context(avcodec_alloc_context3(plan.encoder.codec)) {
-    if (!m_context) throw Error(ErrorKind::Output, "out of memory");
-    m_context->width = sample.width;
-    m_context->height = sample.height;
-    m_context->pix_fmt = static_cast<AVPixelFormat>(sample.format);
-    m_context->sample_aspect_ratio = sample.sample_aspect_ratio;
-    m_context->color_range = sample.color_range;
-    m_context->colorspace = sample.colorspace;
-    m_context->color_primaries = sample.color_primaries;
-    m_context->color_trc = sample.color_trc;
-    m_context->chroma_sample_location = sample.chroma_location;
-    m_context->time_base = timing.base;
-    m_context->framerate = timing.rate;
-    m_context->thread_count = static_cast<int>(std::min(plan.encoder.threads, 64u));
-    if (plan.muxer && (plan.muxer->flags & AVFMT_GLOBALHEADER))
-        m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    : Encoder(*plan.encoder.codec) {
+    AVCodecContext& settings = Settings();
+    settings.width = sample.width;
+    settings.height = sample.height;
+    settings.pix_fmt = static_cast<AVPixelFormat>(sample.format);
+    settings.sample_aspect_ratio = sample.sample_aspect_ratio;
+    settings.color_range = sample.color_range;
+    settings.colorspace = sample.colorspace;
+    settings.color_primaries = sample.color_primaries;
+    settings.color_trc = sample.color_trc;
+    settings.chroma_sample_location = sample.chroma_location;
+    settings.time_base = timing.base;
+    settings.framerate = timing.rate;
+    settings.thread_count = static_cast<int>(std::min(plan.encoder.threads, 64u));
     SetInterlacing(sample, plan.encoder.fieldOrder);
     SetPrivate(sample);
     SetQuality(plan.encoder);
     TakeLibraryError();
-    const int code = avcodec_open2(m_context.get(), plan.encoder.codec, nullptr);
+    const int code = Open(plan.muxer);
     if (code < 0) Fail("can't start", code);
 }
 
 // Most codecs that know fields code all pictures of a stream with them or none. FFV1 tells it of each
 // picture, from its third version on, whose slices do not suit the smallest pictures.
 void PictureEncoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
-    const AVCodecID id = m_codec->id;
+    const AVCodecID id = Codec().id;
     constexpr int kSliced = 64; ///< columns and rows
-    if (id == AV_CODEC_ID_FFV1 && sample.width >= kSliced && sample.height >= kSliced) m_context->level = 3;
+    if (id == AV_CODEC_ID_FFV1 && sample.width >= kSliced && sample.height >= kSliced) Settings().level = 3;
     if (!IsInterlaced(order) && !sample.interlaced_frame) {
-        m_context->field_order = AV_FIELD_PROGRESSIVE;
+        Settings().field_order = AV_FIELD_PROGRESSIVE;
         return;
     }
     const AVFieldOrder fromFrame = sample.top_field_first ? AV_FIELD_TT : AV_FIELD_BB;
-    m_context->field_order = IsInterlaced(order) ? order : fromFrame;
+    Settings().field_order = IsInterlaced(order) ? order : fromFrame;
     if (id == AV_CODEC_ID_H264 || id == AV_CODEC_ID_MPEG2VIDEO || id == AV_CODEC_ID_MPEG4 ||
         id == AV_CODEC_ID_PRORES)
-        m_context->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
+        Settings().flags |= AV_CODEC_FLAG_INTERLACED_DCT;
 }
 
 void PictureEncoder::SetPrivate(const AVFrame& sample) {
-    const std::string light = LightSettings(m_codec->name, sample);
-    av_opt_set(m_context->priv_data, "x264-params", light.c_str(), 0);
+    const std::string light = LightSettings(Codec().name, sample);
+    av_opt_set(Settings().priv_data, "x264-params", light.c_str(), 0);
     // x265 prints on its own unless told not to.
     const std::string quiet = "log-level=none" + (light.empty() ? "" : ":" + light);
-    av_opt_set(m_context->priv_data, "x265-params", quiet.c_str(), 0);
+    av_opt_set(Settings().priv_data, "x265-params", quiet.c_str(), 0);
 }
 
 void PictureEncoder::SetQuality(const EncoderChoice& choice) {
     // x264 prints a complaint of its own about a preset that it does not know.
-    const bool x26 = std::string_view(m_codec->name).starts_with("libx26");
+    const bool x26 = std::string_view(Codec().name).starts_with("libx26");
     const bool known = !x26 || std::ranges::find(kX26Presets, choice.preset) != std::end(kX26Presets);
     if (!choice.preset.empty() &&
-        (!known || av_opt_set(m_context->priv_data, "preset", choice.preset.c_str(), 0) < 0))
+        (!known || av_opt_set(Settings().priv_data, "preset", choice.preset.c_str(), 0) < 0))
         throw Error(ErrorKind::Usage, std::string("the encoder ") + choice.codec->name + " has no preset \"" +
                                           choice.preset + "\"");
     if (choice.crf) {
-        m_context->bit_rate = 0; // libvpx keeps to a bit rate otherwise
-        const int code = av_opt_set_double(m_context->priv_data, "crf", *choice.crf, 0);
+        Settings().bit_rate = 0; // libvpx keeps to a bit rate otherwise
+        const int code = av_opt_set_double(Settings().priv_data, "crf", *choice.crf, 0);
         if (code < 0) Fail("does not take this crf", code);
     } else if (const int quantizer = UsualQuantizer(choice.codec->id)) {
-        m_context->flags |= AV_CODEC_FLAG_QSCALE;
-        m_context->global_quality = FF_QP2LAMBDA * quantizer;
+        Settings().flags |= AV_CODEC_FLAG_QSCALE;
+        Settings().global_quality = FF_QP2LAMBDA * quantizer;
     }
 }
 
-void PictureEncoder::Fail(const std::string& doing, int code) const {
-    const std::string detail = TakeLibraryError();
-    throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
-                std::string("the encoder ") + m_codec->name + " " + doing + ": " +
-                    (detail.empty() ? AvText(code) : detail));
+AVFrame* PictureEncoder::Prepare(AVFrame* picture) {
+    // What the decoder said about its own coding would force the encoder's hand.
+    picture->pict_type = AV_PICTURE_TYPE_NONE;
+    picture->key_frame = 0;
+    picture->quality = Context().global_quality;
+    // Among fields, a picture without them is shown in their order.
+    const AVFieldOrder order = Context().field_order;
+    if (!picture->interlaced_frame && IsInterlaced(order))
+        picture->top_field_first = order == AV_FIELD_TT || order == AV_FIELD_BT;
+    ++m_sent;
+    return picture;
 }
 
-void PictureEncoder::Send(AVFrame* picture) {
-    if (picture) {
-        // What the decoder said about its own coding would force the encoder's hand.
-        picture->pict_type = AV_PICTURE_TYPE_NONE;
-        picture->key_frame = 0;
-        picture->quality = m_context->global_quality;
-        // Among fields, a picture without them is shown in their order.
-        const AVFieldOrder order = m_context->field_order;
-        if (!picture->interlaced_frame && IsInterlaced(order))
-            picture->top_field_first = order == AV_FIELD_TT || order == AV_FIELD_BT;
-        ++m_sent;
-    }
-    const int code = avcodec_send_frame(m_context.get(), picture);
-    if (code < 0 && code != AVERROR_EOF) Fail("failed", code);
-}
-
-bool PictureEncoder::Receive(AVPacket* packet) {
-    const int code = avcodec_receive_packet(m_context.get(), packet);
-    if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return false;
-    if (code < 0) Fail("failed", code);
-    // libx265 learns its delay from pictures beyond it. Without any, its times of decoding are whatever
-    // memory held; so few pictures come in their order.
+// libx265 learns its delay from pictures beyond it. Without any, its times of decoding are whatever memory
+// held; so few pictures come in their order.
+void PictureEncoder::Mend(AVPacket& packet) {
     constexpr int64_t kLongestDelay = 2;
-    if (m_codec->id == AV_CODEC_ID_HEVC && m_sent <= kLongestDelay) packet->dts = packet->pts;
-    return true;
+    if (Codec().id == AV_CODEC_ID_HEVC && m_sent <= kLongestDelay) packet.dts = packet.pts;
 }
 
 std::pair<int, int> EncodableSize(const OutputPlan& plan, const AVFrame& sample) {

@@ -62,9 +62,7 @@ Sink::Sink(const Setup& setup, const AVFrame* sample, Reporter& reporter, const 
     : m_source(setup.source)
     , m_soundEnd(setup.sound.end)
     , m_soundEndsWithPictures(setup.limits.frameLimit || setup.sound.endless)
-    , m_output(setup.plan)
-    , m_packet(av_packet_alloc()) {
-    if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
+    , m_output(setup.plan) {
     if (sample) {
         m_clock = MakeClock(setup);
         m_countsPictures = setup.plan.CountsPictures();
@@ -185,8 +183,7 @@ void Sink::WritePicture(AVFramePtr picture) {
     m_durations[picture->pts] = m_countsPictures ? 1 : picture->pkt_duration;
     m_fillUntil = picture->pts + picture->pkt_duration;
     if (m_countsPictures) m_shown.reset(av_frame_clone(picture.get()));
-    m_encoder->Send(picture.get());
-    DrainEncoder();
+    Encode(picture.get());
 }
 
 // What counts pictures has one at every tick: the one that is shown stands again where the next is not due.
@@ -197,22 +194,21 @@ void Sink::FillUntil(int64_t tick) {
         if (!again) throw Error(ErrorKind::Output, "no memory for a picture");
         again->pts = ++m_shown->pts;
         m_durations[again->pts] = 1;
-        m_encoder->Send(again.get());
-        DrainEncoder();
+        Encode(again.get());
     }
 }
 
 // Not all encoders hand a picture's duration on to its packet, and the last one's would be lost.
-void Sink::DrainEncoder() {
-    while (m_encoder->Receive(m_packet.get())) {
-        if (const auto duration = m_durations.find(m_packet->pts); duration != m_durations.end()) {
-            m_packet->duration = duration->second;
+void Sink::Encode(AVFrame* picture) {
+    m_encoder->Encode(picture, [this](AVPacket& packet) {
+        if (const auto duration = m_durations.find(packet.pts); duration != m_durations.end()) {
+            packet.duration = duration->second;
             m_durations.erase(duration);
         }
-        m_packet->stream_index = m_pictureStream->index;
-        av_packet_rescale_ts(m_packet.get(), m_clock->Base(), m_pictureStream->time_base);
-        m_output.Write(m_packet.get());
-    }
+        packet.stream_index = m_pictureStream->index;
+        av_packet_rescale_ts(&packet, m_clock->Base(), m_pictureStream->time_base);
+        m_output.Write(&packet);
+    });
 }
 
 void Sink::WritePacket(AVPacketPtr packet) {
@@ -245,8 +241,7 @@ void Sink::FollowPictures(const AVPacket& packet) {
 void Sink::Complete() {
     if (m_encoder) {
         FillUntil(m_fillUntil);
-        m_encoder->Send(nullptr);
-        DrainEncoder();
+        Encode(nullptr);
     }
     for (const auto& lane : m_lanes) lane->Complete(m_soundEndsWithPictures ? m_end : m_soundEnd);
     m_output.Finish();
@@ -261,14 +256,13 @@ DamageReport Sink::Damage() const {
 void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {
     picture->pts = 0;
     PictureEncoder encoder(plan, *picture, {{1, 25}, {25, 1}});
-    AVPacketPtr packet(av_packet_alloc());
-    if (!packet) throw Error(ErrorKind::Output, "out of memory");
-    encoder.Send(picture.get());
-    if (!encoder.Receive(packet.get())) {
-        encoder.Send(nullptr);
-        if (!encoder.Receive(packet.get()))
-            throw Error(ErrorKind::Output, plan.target + ": the encoder gave nothing out");
-    }
+    AVPacketPtr packet;
+    const auto keepFirst = [&](AVPacket& given) {
+        if (!packet) packet.reset(av_packet_clone(&given));
+    };
+    encoder.Encode(picture.get(), keepFirst);
+    if (!packet) encoder.Encode(nullptr, keepFirst);
+    if (!packet) throw Error(ErrorKind::Output, plan.target + ": the encoder gave nothing out");
     if (cancel.load()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
     OutputFile file(plan.target, overwrite, cancel);
     avio_write(file.Io(), packet->data, packet->size);

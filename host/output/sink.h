@@ -66,7 +66,7 @@ private:
     void FollowPictures(const AVPacket& packet);
     void FillUntil(int64_t tick);
     void AddLane(const Setup& setup, const AVStream* stream, Reporter& reporter);
-    void DrainEncoder();
+    void Encode(AVFrame* picture);
 
     const Source& m_source;
     std::optional<Moment> m_soundEnd; ///< that was asked for
@@ -77,7 +77,6 @@ private:
     Container m_output;
     AVStream* m_pictureStream = nullptr;
     std::vector<Copy> m_copies; ///< by source index
-    mediabridge::AVPacketPtr m_packet;
     std::vector<std::unique_ptr<SoundLane>> m_lanes;
     Moment m_end;                           ///< of the pictures so far
     std::map<int64_t, int64_t> m_durations; ///< of pictures in the encoder, by time

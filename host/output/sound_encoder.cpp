@@ -133,17 +133,17 @@ std::string Describe(const AVChannelLayout& layout) {
 // What encoders take of rates, channels and bit rates is in part known only to them, so they are asked.
 SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, const SoundShape& wanted,
                            AVSampleFormat format)
-    : m_codec(ChooseEncoder(plan, name))
+    : Encoder(ChooseEncoder(plan, name))
     , m_wanted(wanted) {
-    const SoundLimits limits = LimitsOf(plan, m_codec.id);
-    const AVSampleFormat nearest = NearestFormat(m_codec, format);
+    const SoundLimits limits = LimitsOf(plan, Codec().id);
+    const AVSampleFormat nearest = NearestFormat(Codec(), format);
     TakeLibraryError();
     int first = 0;
     std::string reason = "it takes nothing near " + Describe(LayoutFrom(wanted.layout));
-    for (const AVChannelLayout& layout : LayoutsFor(m_codec, limits, wanted.layout))
-        for (const int rate : RatesFor(m_codec, limits, wanted.rate))
+    for (const AVChannelLayout& layout : LayoutsFor(Codec(), limits, wanted.layout))
+        for (const int rate : RatesFor(Codec(), limits, wanted.rate))
             for (const int64_t bitRate : {UsualBitRate(rate, layout.nb_channels), kOwnBitRate, kLowBitRate}) {
-                const int code = Open(plan, nearest, layout, rate, bitRate);
+                const int code = TryToOpen(plan, nearest, layout, rate, bitRate);
                 if (code >= 0) return;
                 const std::string detail = TakeLibraryError();
                 if (first == 0) {
@@ -155,61 +155,43 @@ SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, cons
     Fail("can't start", first ? first : AVERROR(EINVAL), reason);
 }
 
-int SoundEncoder::Open(const OutputPlan& plan, AVSampleFormat format, const AVChannelLayout& layout, int rate,
-                       int64_t bitRate) {
-    m_context.reset(avcodec_alloc_context3(&m_codec));
-    if (!m_context) return AVERROR(ENOMEM);
-    m_context->sample_fmt = format;
-    m_context->sample_rate = rate;
-    m_context->ch_layout = layout; // owns nothing: a mask, or a number
-    if (bitRate != kOwnBitRate) m_context->bit_rate = bitRate;
-    m_context->time_base = {1, rate};
-    if (plan.muxer->flags & AVFMT_GLOBALHEADER) m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    if (m_codec.capabilities & AV_CODEC_CAP_EXPERIMENTAL)
-        m_context->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
-    return avcodec_open2(m_context.get(), &m_codec, nullptr);
+int SoundEncoder::TryToOpen(const OutputPlan& plan, AVSampleFormat format, const AVChannelLayout& layout,
+                            int rate, int64_t bitRate) {
+    Reset();
+    AVCodecContext& settings = Settings();
+    settings.sample_fmt = format;
+    settings.sample_rate = rate;
+    settings.ch_layout = layout; // owns nothing: a mask, or a number
+    if (bitRate != kOwnBitRate) settings.bit_rate = bitRate;
+    settings.time_base = {1, rate};
+    if (Codec().capabilities & AV_CODEC_CAP_EXPERIMENTAL)
+        settings.strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    return Open(plan.muxer);
 }
 
 SoundForm SoundEncoder::Form() const {
-    const bool any = m_codec.capabilities & AV_CODEC_CAP_VARIABLE_FRAME_SIZE;
-    return {{m_context->sample_rate, LayoutText(m_context->ch_layout)},
-            m_context->sample_fmt,
-            any ? 0 : m_context->frame_size};
+    const bool any = Codec().capabilities & AV_CODEC_CAP_VARIABLE_FRAME_SIZE;
+    return {{Context().sample_rate, LayoutText(Context().ch_layout)},
+            Context().sample_fmt,
+            any ? 0 : Context().frame_size};
 }
 
 std::string SoundEncoder::Summary() const {
-    std::string text = std::string("sound is encoded by ") + m_codec.name;
-    if (m_context->sample_rate != m_wanted.rate)
-        text += ", at " + std::to_string(m_context->sample_rate) + " Hz instead of " +
+    std::string text = std::string("sound is encoded by ") + Codec().name;
+    if (Context().sample_rate != m_wanted.rate)
+        text += ", at " + std::to_string(Context().sample_rate) + " Hz instead of " +
                 std::to_string(m_wanted.rate);
     const AVChannelLayout wanted = LayoutFrom(m_wanted.layout);
-    if (av_channel_layout_compare(&wanted, &m_context->ch_layout) != 0)
-        text += ", " + Describe(m_context->ch_layout) + " instead of " + Describe(wanted);
+    if (av_channel_layout_compare(&wanted, &Context().ch_layout) != 0)
+        text += ", " + Describe(Context().ch_layout) + " instead of " + Describe(wanted);
     return text;
 }
 
-void SoundEncoder::Send(const AVFrame* sound) {
-    mediabridge::AVFramePtr even;
-    if (sound && sound->nb_samples % 2 && WantsPairs(m_codec.id)) {
-        even = OneLonger(*sound);
-        if (!even) throw Error(ErrorKind::Output, "out of memory");
-        sound = even.get();
-    }
-    const int code = avcodec_send_frame(m_context.get(), sound);
-    if (code < 0 && code != AVERROR_EOF) Fail("failed", code, TakeLibraryError());
-}
-
-bool SoundEncoder::Receive(AVPacket* packet) {
-    const int code = avcodec_receive_packet(m_context.get(), packet);
-    if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return false;
-    if (code < 0) Fail("failed", code, TakeLibraryError());
-    return true;
-}
-
-void SoundEncoder::Fail(const char* doing, int code, const std::string& detail) const {
-    throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
-                std::string("the encoder ") + m_codec.name + " " + doing + ": " +
-                    (detail.empty() ? AvText(code) : detail));
+AVFrame* SoundEncoder::Prepare(AVFrame* sound) {
+    if (sound->nb_samples % 2 == 0 || !WantsPairs(Codec().id)) return sound;
+    m_even = OneLonger(*sound);
+    if (!m_even) throw Error(ErrorKind::Output, "out of memory");
+    return m_even.get();
 }
 
 } // namespace aveffect

@@ -68,9 +68,8 @@ SoundLane::SoundLane(const SoundJob& job, const OutputPlan& plan, const SourceRe
     , m_resampler(swr_alloc())
     , m_converted(m_form.format, m_form.shape.rate, m_form.shape.layout)
     , m_output(output)
-    , m_stream(output.AddStream(m_encoder.Context()))
-    , m_packet(av_packet_alloc()) {
-    if (!m_resampler || !m_packet) throw Error(ErrorKind::Output, "out of memory");
+    , m_stream(output.AddStream(m_encoder.Context())) {
+    if (!m_resampler) throw Error(ErrorKind::Output, "out of memory");
     if (input) {
         m_stream->disposition = input->disposition;
         CopyTags(&m_stream->metadata, input->metadata);
@@ -111,8 +110,7 @@ void SoundLane::Complete(const std::optional<Moment>& end) {
     m_converted.PushSilence(total - m_sent - m_converted.Size());
     while (m_sent < total)
         Send(m_form.frameSize ? std::min<int64_t>(m_form.frameSize, total - m_sent) : total - m_sent);
-    m_encoder.Send(nullptr);
-    Drain();
+    Encode(nullptr);
 }
 
 // Decodes until so many samples are there; fewer at the sound's end.
@@ -168,20 +166,19 @@ void SoundLane::Send(int64_t samples) {
     const AVFramePtr sound = m_converted.Pop(samples);
     sound->pts = m_sent;
     m_sent += samples;
-    m_encoder.Send(sound.get());
-    Drain();
+    Encode(sound.get());
 }
 
-void SoundLane::Drain() {
-    while (m_encoder.Receive(m_packet.get())) {
-        m_packet->stream_index = m_stream->index;
-        av_packet_rescale_ts(m_packet.get(), m_encoder.Context().time_base, m_stream->time_base);
+void SoundLane::Encode(AVFrame* sound) {
+    m_encoder.Encode(sound, [this](AVPacket& packet) {
+        packet.stream_index = m_stream->index;
+        av_packet_rescale_ts(&packet, m_encoder.Context().time_base, m_stream->time_base);
         // FLAC's last packet holds no sound, only what its header should say; not every container takes it.
-        if (m_packet->size > 0)
-            m_output.Write(m_packet.get());
+        if (packet.size > 0)
+            m_output.Write(&packet);
         else
-            m_output.WriteCopied(m_packet.get());
-    }
+            m_output.WriteCopied(&packet);
+    });
 }
 
 } // namespace aveffect

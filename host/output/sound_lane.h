@@ -58,7 +58,7 @@ private:
     void Process(int64_t samples);
     void Convert(const AVFrame* sound);
     void Send(int64_t samples);
-    void Drain();
+    void Encode(AVFrame* sound);
 
     SoundShape m_shape; ///< that the effects work in
     AVSampleFormat m_format;
@@ -81,7 +81,6 @@ private:
     int64_t m_sent = 0;
     Container& m_output;
     AVStream* m_stream;
-    mediabridge::AVPacketPtr m_packet;
 };
 
 } // namespace aveffect
