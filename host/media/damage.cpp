@@ -1,11 +1,48 @@
 #include "host/media/damage.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "host/media/file_end.h"
 #include "host/support/av_owner.h"
 
 namespace aveffect {
+namespace {
+
+/// The file that a numbered picture comes from; empty for everything else.
+std::string FileOf(const AVPacket& packet) {
+    size_t size = 0;
+    const uint8_t* words = av_packet_get_side_data(&packet, AV_PKT_DATA_STRINGS_METADATA, &size);
+    AVDictionary* said = nullptr;
+    if (!words || av_packet_unpack_dictionary(words, size, &said) < 0) return {};
+    const AVDictionaryEntry* path = av_dict_get(said, "lavf.image2dec.source_path", nullptr, 0);
+    std::string file = path ? path->value : "";
+    av_dict_free(&said);
+    constexpr std::string_view kLocal = "file:";
+    return file.starts_with(kLocal) ? file.substr(kLocal.size()) : file;
+}
+
+/// Bytes of a block of sound in files that are nothing but blocks; 0 for others. The last packet of these
+/// files is shorter than the others, and whole as long as its last block is.
+int BlockBytes(const AVCodecParameters& sound) {
+    switch (sound.codec_id) {
+    case AV_CODEC_ID_ADPCM_ADX:
+        return 18 * sound.ch_layout.nb_channels;
+    case AV_CODEC_ID_APTX:
+        return 4;
+    case AV_CODEC_ID_APTX_HD:
+        return 6;
+    default:
+        return 0;
+    }
+}
+
+bool IsCut(const AVPacket& packet, const AVStream& stream) {
+    const int block = BlockBytes(*stream.codecpar);
+    return (packet.flags & AV_PKT_FLAG_CORRUPT) && !(block > 0 && packet.size % block == 0);
+}
+
+} // namespace
 
 void DamageReport::Add(const std::string& subject, const std::string& clause) {
     auto line = std::ranges::find(m_lines, subject, [](const auto& each) { return each.first; });
@@ -31,13 +68,17 @@ std::optional<std::string> DamageReport::Text() const {
     return text;
 }
 
-void InputDamage::Note(const AVPacket& packet) noexcept {
-    if (packet.flags & AV_PKT_FLAG_CORRUPT) ++m_cutPackets;
+void InputDamage::Note(const AVPacket& packet, const AVStream& stream) {
+    if (IsCut(packet, stream)) ++m_cutPackets;
+    const std::string file = FileOf(packet);
+    if (file.empty() || file == m_path) return;
+    if (const auto missing = MissingEnd(file)) m_parts.Add(file, *missing);
 }
 
 DamageReport InputDamage::Report() const {
     DamageReport report;
     if (const auto missing = MissingEnd(m_path)) report.Add(m_path, *missing);
+    report.Add(m_parts);
     if (m_lines.Count() > 0) report.Add(m_path, "reading it reports \"" + m_lines.First() + "\"");
     if (m_readError) report.Add(m_path, "it can't be read to its end: " + AvText(m_readError));
     if (m_cutPackets > 0)

@@ -8,6 +8,7 @@
 #include "host/support/log_capture.h"
 
 struct AVPacket;
+struct AVStream;
 
 namespace aveffect {
 
@@ -34,7 +35,7 @@ public:
 
     const std::string& Path() const noexcept { return m_path; }
     ErrorLines& Lines() noexcept { return m_lines; }
-    void Note(const AVPacket& packet) noexcept;
+    void Note(const AVPacket& packet, const AVStream& stream);
     /// What reading ended with, if not with the input's end.
     void NoteEnd(int code) noexcept { m_readError = code; }
     /// Packets that were read so far count no more.
@@ -45,6 +46,7 @@ public:
 private:
     std::string m_path;
     ErrorLines m_lines;
+    DamageReport m_parts; ///< of the files that a pattern stands for
     int64_t m_cutPackets = 0;
     int m_readError = 0;
 };

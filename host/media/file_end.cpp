@@ -39,17 +39,6 @@ int64_t SoundOfSunEnd(FileBytes& file) {
     return IsUnknown(length) ? 0 : file.Big(4, 4) + length;
 }
 
-// A file as a row of parts, each of which tells its length; lengthAt gives 0 where none begins any more.
-template <typename LengthAt>
-int64_t PartsEnd(FileBytes& file, int64_t position, LengthAt lengthAt) {
-    while (position < file.Size()) {
-        const int64_t length = lengthAt(position);
-        if (length <= 0 || length > INT64_MAX - position) return length <= 0 ? 0 : kNoMark;
-        position += length;
-    }
-    return position;
-}
-
 int64_t BoxesEnd(FileBytes& file) {
     return PartsEnd(file, 0, [&file](int64_t position) -> int64_t {
         const int64_t length = file.Big(position, 4);
@@ -89,12 +78,6 @@ int64_t MxfEnd(FileBytes& file) {
         const int more = first & 0x80 ? first & 0x7f : 0;
         if (more > 8) return 0;
         return 17 + more + (more ? file.Big(position + 17, more) : first);
-    });
-}
-
-int64_t WavpackEnd(FileBytes& file) {
-    return PartsEnd(file, 0, [&file](int64_t position) -> int64_t {
-        return file.Says(position, "wvpk") ? 8 + file.Little(position + 4, 4) : 0;
     });
 }
 
@@ -173,53 +156,87 @@ int64_t Y4mEnd(FileBytes& file) {
     });
 }
 
-/// Bytes of a frame of MPEG sound; 0 where there is none.
-int64_t MpegFrameLength(FileBytes& file, int64_t position) {
-    static constexpr int kRates[] = {44100, 48000, 32000};
-    static constexpr int kKilobits[][15] = {
-        {0, 32, 64, 96, 128, 160, 192, 224, 256, 288, 320, 352, 384, 416, 448}, // MPEG 1: layers 1 to 3
-        {0, 32, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384},
-        {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320},
-        {0, 32, 48, 56, 64, 80, 96, 112, 128, 144, 160, 176, 192, 224, 256}, // MPEG 2: layer 1, 2 and 3
-        {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160}};
-    const int64_t head = file.Big(position, 4);
-    const int version = static_cast<int>(head >> 19 & 3), layer = 4 - static_cast<int>(head >> 17 & 3);
-    const auto bits = static_cast<size_t>(head >> 12 & 15), rate = static_cast<size_t>(head >> 10 & 3);
-    if ((head >> 21) != 0x7ff || version == 1 || layer == 4 || bits == 0 || bits == 15 || rate == 3) return 0;
-    const bool first = version == 3;
-    const int kind = first ? layer - 1 : layer == 1 ? 3 : 4;
-    const int64_t hertz = kRates[rate] / (first ? 1 : version == 2 ? 2 : 4);
-    const int64_t bitRate = int64_t{1000} * kKilobits[kind][bits], padding = head >> 9 & 1;
-    if (layer == 1) return (12 * bitRate / hertz + padding) * 4;
-    return (layer == 3 && !first ? 72 : 144) * bitRate / hertz + padding;
-}
-
-// Frame by frame; the first may hold no sound but say how many bytes there are from it on.
-int64_t MpegSoundEnd(FileBytes& file) {
-    int64_t start = 0;
-    if (file.Says(0, "ID3")) {
-        start = 10;
-        int64_t length = 0;
-        for (int index = 6; index < 10; ++index) length = length << 7 | (file.At(index) & 0x7f);
-        start += length;
-    }
-    const int64_t first = MpegFrameLength(file, start);
-    if (first == 0 || MpegFrameLength(file, start + first) == 0) return 0;
-    for (const int offset : {13, 21, 36}) { // behind the side information of mono and stereo
-        const bool tagged = file.Says(start + offset, "Xing") || file.Says(start + offset, "Info");
-        const int64_t flags = file.Big(start + offset + 4, 4);
-        if (tagged && (flags & 2)) {
-            const int64_t bytes = file.Big(start + offset + 8 + (flags & 1 ? 4 : 0), 4);
-            if (bytes > 0) return start + bytes;
-        }
-    }
-    return PartsEnd(file, start, [&file](int64_t position) { return MpegFrameLength(file, position); });
-}
-
 // The index at the end, whose last bytes tell its length.
 int64_t NutEnd(FileBytes& file) {
     const int64_t index = file.Size() - file.Big(file.Size() - 12, 8);
     return file.Says(index, "NX\xdd\x67\x2f\x23\xe6\x4e") ? file.Size() : kNoMark;
+}
+
+// Broadcasters' exchange files end with a packet that says so.
+int64_t GxfEnd(FileBytes& file) {
+    constexpr uint8_t kEndOfStream = 0xfb;
+    constexpr int64_t kHead = 16;
+    uint8_t kind = 0;
+    const int64_t end = PartsEnd(file, 0, [&](int64_t position) -> int64_t {
+        if (!file.Says(position, "\0\0\0\0\1"sv)) return 0;
+        kind = file.At(position + 5);
+        return std::max<int64_t>(kHead, file.Big(position + 6, 4));
+    });
+    return end == file.Size() && kind != kEndOfStream ? kNoMark : end;
+}
+
+// Camcorders' pictures have one of few sizes, twice or four times as much for better ones.
+int64_t DvEnd(FileBytes& file) {
+    constexpr int64_t kKind = 451; // of the picture, in the first block's sixth packet
+    const int64_t usual = file.At(3) & 0x80 ? 144000 : 120000;
+    const int kind = file.At(kKind) & 0x1f;
+    const int64_t length = usual * (kind == 0x14 || kind == 0x15 ? 4 : kind == 0x04 || kind == 0x18 ? 2 : 1);
+    return (file.Size() + length - 1) / length * length;
+}
+
+int64_t SwfEnd(FileBytes& file) {
+    constexpr int64_t kStreamed = 100 << 20; // what libavformat says when it can't go back
+    const int64_t length = file.Little(4, 4);
+    return length == kStreamed ? 0 : length;
+}
+
+int64_t RoqEnd(FileBytes& file) {
+    return PartsEnd(file, 8, [&file](int64_t position) -> int64_t {
+        return file.At(position + 1) == 0x10 ? 8 + file.Little(position + 2, 4) : 0;
+    });
+}
+
+int64_t DiracEnd(FileBytes& file) {
+    constexpr int64_t kHead = 13;
+    constexpr uint8_t kEndOfSequence = 0x10;
+    return PartsEnd(file, 0, [&file](int64_t position) -> int64_t {
+        if (!file.Says(position, "BBCD")) return 0;
+        const bool isLast = file.At(position + 4) == kEndOfSequence || position + kHead > file.Size();
+        return isLast ? kHead : file.Big(position + 5, 4);
+    });
+}
+
+int64_t Av1End(FileBytes& file) {
+    return PartsEnd(file, 0, [&file](int64_t position) -> int64_t {
+        const uint8_t head = file.At(position);
+        if ((head & 0x81) || !(head & 2)) return 0; // no such unit, or one that does not say its length
+        int64_t length = 0, at = position + (head & 4 ? 2 : 1);
+        for (int shift = 0; shift < 56; shift += 7) {
+            length |= int64_t{file.At(at) & 0x7f} << shift;
+            if (!(file.At(at++) & 0x80)) break;
+        }
+        return at - position + length;
+    });
+}
+
+// The packs near the end, from one from which they go on to the end. The mark behind the last one is seldom
+// written.
+int64_t ProgramEnd(FileBytes& file) {
+    constexpr int64_t kNear = 1 << 18;
+    constexpr auto kPack = "\0\0\1\xba"sv;
+    const auto lengthAt = [&file](int64_t position) -> int64_t {
+        if (file.Big(position, 3) != 1) return 0;
+        const uint8_t kind = file.At(position + 3);
+        if (kind == 0xb9) return 4;
+        if (kind == 0xba) return file.At(position + 4) >> 6 == 1 ? 14 + (file.At(position + 13) & 7) : 12;
+        return kind > 0xba ? 6 + file.Big(position + 4, 2) : 0;
+    };
+    int64_t position = std::max<int64_t>(0, file.Size() - kNear);
+    for (; position < file.Size(); ++position) {
+        if (!file.Says(position, kPack)) continue;
+        if (const int64_t end = PartsEnd(file, position, lengthAt); end >= file.Size()) return end;
+    }
+    return 0;
 }
 
 struct Kind {
@@ -254,6 +271,23 @@ constexpr Kind kKinds[] = {
     {0, "qoif"sv, QoiEnd},
     {0, "\x59\xa6\x6a\x95"sv, SunEnd},
     {0, "\x76\x2f\x31\x01"sv, ExrEnd},
+    {0, "\x0a\5\1"sv, PcxEnd},
+    {0, "\1\xda"sv, SgiEnd},
+    {0, "#define "sv, XbmEnd},
+    {0, "\0\0\0\0\1\xbc"sv, GxfEnd},
+    {0, "\0\0\1\xba"sv, ProgramEnd},
+    {0, "\x1f\7\0"sv, DvEnd},
+    {0, "FWS"sv, SwfEnd},
+    {0, "\x84\x10\xff\xff\xff\xff"sv, RoqEnd},
+    {0, "BBCD"sv, DiracEnd},
+    {0, "\x12\0"sv, Av1End},
+    {0, "\x0b\x77"sv, Ac3End},
+    {0, "\x7f\xfe\x80\1"sv, DtsEnd},
+    {4, "\xf8\x72\x6f"sv, MlpEnd},
+    {0, "TTA1"sv, TtaEnd},
+    {0, "Creative Voice File\x1a"sv, VocEnd},
+    {0, ".SoX"sv, SoxEnd},
+    {0, "\x80\0"sv, AdxEnd},
     {0, "ID3"sv, MpegSoundEnd},
     {0, "\xff"sv, MpegSoundEnd},
     {0, ""sv, TransportEnd},
@@ -266,7 +300,8 @@ std::optional<std::string> MissingEnd(const std::string& path) {
     if (file.Size() == 0) return std::nullopt;
     const auto kind =
         std::ranges::find_if(kKinds, [&file](const Kind& each) { return file.Says(each.at, each.mark); });
-    const int64_t end = kind->end(file);
+    // This one begins with nothing of its own.
+    const int64_t end = path.ends_with(".tga") || path.ends_with(".TGA") ? TgaEnd(file) : kind->end(file);
     if (end <= file.Size()) return std::nullopt;
     if (end == kNoMark) return "it ends before its end mark";
     return "it is cut off at " + std::to_string(file.Size()) + " of " + std::to_string(end) + " bytes";

@@ -22,5 +22,29 @@ int64_t TiffEnd(FileBytes& file);
 int64_t QoiEnd(FileBytes& file);
 int64_t SunEnd(FileBytes& file);
 int64_t ExrEnd(FileBytes& file);
+int64_t PcxEnd(FileBytes& file);
+int64_t SgiEnd(FileBytes& file);
+int64_t TgaEnd(FileBytes& file);
+int64_t XbmEnd(FileBytes& file);
+int64_t MpegSoundEnd(FileBytes& file);
+int64_t Ac3End(FileBytes& file);
+int64_t DtsEnd(FileBytes& file);
+int64_t MlpEnd(FileBytes& file);
+int64_t TtaEnd(FileBytes& file);
+int64_t VocEnd(FileBytes& file);
+int64_t SoxEnd(FileBytes& file);
+int64_t AdxEnd(FileBytes& file);
+int64_t WavpackEnd(FileBytes& file);
+
+/// A file as a row of parts, each of which tells its length; lengthAt gives 0 where none begins any more.
+template <typename LengthAt>
+int64_t PartsEnd(FileBytes& file, int64_t position, LengthAt lengthAt) {
+    while (position < file.Size()) {
+        const int64_t length = lengthAt(position);
+        if (length <= 0 || length > INT64_MAX - position) return length <= 0 ? 0 : kNoMark;
+        position += length;
+    }
+    return position;
+}
 
 } // namespace aveffect

@@ -86,7 +86,10 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     context->pb = device.get();
     // The prefix keeps a name like "a:b.mp4" from being taken for a protocol.
     const std::string url = local ? "file:" + path : path;
-    int code = avformat_open_input(&context, url.c_str(), nullptr, nullptr); // frees the context on failure
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "export_path_metadata", "1", 0); // of each file that a pattern stands for
+    int code = avformat_open_input(&context, url.c_str(), nullptr, &options); // frees the context on failure
+    av_dict_free(&options);
     if (code < 0) {
         if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
         ThrowNoMedia(path, code);
@@ -103,10 +106,13 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
 }
 
 int ReadPacket(const InputContextPtr& input, AVPacket& packet) {
-    const int code = av_read_frame(input.get(), &packet);
+    int code = av_read_frame(input.get(), &packet);
+    // Some demuxers' word for a file's end, though nothing went wrong in reading it.
+    if (code == AVERROR(EIO) && input->pb && input->pb->error >= 0 && avio_feof(input->pb))
+        code = AVERROR_EOF;
     InputDamage& damage = *input.get_deleter().damage;
     if (code >= 0) {
-        damage.Note(packet);
+        damage.Note(packet, *input->streams[packet.stream_index]);
         SayPhotoOrientation(*input->streams[packet.stream_index], packet);
     } else if (code != AVERROR_EOF) {
         damage.NoteEnd(code);

@@ -18,31 +18,27 @@ namespace {
 /// Part of a packet; reads behind its end give 0.
 class Bytes {
 public:
-    Bytes(const uint8_t* data, int64_t size)
-        : m_data(data)
-        , m_size(size) {}
+    explicit Bytes(std::string_view bytes)
+        : m_bytes(bytes) {}
 
-    int64_t Size() const noexcept { return m_size; }
+    int64_t Size() const noexcept { return static_cast<int64_t>(m_bytes.size()); }
     Bytes From(int64_t position) const {
-        return position >= 0 && position < m_size ? Bytes(m_data + position, m_size - position)
-                                                  : Bytes(nullptr, 0);
+        return Bytes(m_bytes.substr(std::min(static_cast<size_t>(position), m_bytes.size())));
     }
     int64_t Number(int64_t position, int length, bool big) const {
         int64_t number = 0;
         for (int index = 0; index < length; ++index) {
             const int64_t at = position + (big ? index : length - 1 - index);
-            number = number << 8 | (at >= 0 && at < m_size ? m_data[at] : 0);
+            number = number << 8 | (at < Size() ? static_cast<uint8_t>(m_bytes[static_cast<size_t>(at)]) : 0);
         }
         return number;
     }
     bool Says(int64_t position, std::string_view text) const {
-        return position >= 0 && position + static_cast<int64_t>(text.size()) <= m_size &&
-               std::memcmp(m_data + position, text.data(), text.size()) == 0;
+        return position < Size() && m_bytes.substr(static_cast<size_t>(position)).starts_with(text);
     }
 
 private:
-    const uint8_t* m_data;
-    int64_t m_size;
+    std::string_view m_bytes;
 };
 
 /// The orientation, 1 to 8, in the first directory; 0 when it says none. EXIF data are built as TIFF files
@@ -163,7 +159,10 @@ Matrix MatrixFor(int orientation) {
 } // namespace
 
 void SayPhotoOrientation(const AVStream& stream, AVPacket& packet) {
-    const int orientation = OrientationOf(stream.codecpar->codec_id, {packet.data, packet.size});
+    if (!packet.data) return;
+    const std::string_view bytes(reinterpret_cast<const char*>(packet.data),
+                                 static_cast<size_t>(packet.size));
+    const int orientation = OrientationOf(stream.codecpar->codec_id, Bytes(bytes));
     if (orientation <= 1) return;
     const Matrix matrix = MatrixFor(orientation);
     if (uint8_t* data = av_packet_new_side_data(&packet, AV_PKT_DATA_DISPLAYMATRIX, sizeof matrix))

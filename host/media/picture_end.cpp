@@ -86,12 +86,14 @@ int64_t PngEnd(FileBytes& file) {
     return kNoMark;
 }
 
+namespace {
+
 // Markers with their lengths, and behind each start of a scan its bytes, in which 255 is followed by 0, by
 // one of the restart marks, or begins the next marker.
-int64_t JpegEnd(FileBytes& file) {
+int64_t JpegEnd(FileBytes& file, int64_t start) {
     constexpr uint8_t kEnd = 0xd9, kScan = 0xda, kRestart = 0xd0, kLastWithoutLength = 0xd9;
     bool scan = false;
-    for (int64_t position = 2; position + 1 < file.Size();) {
+    for (int64_t position = start + 2; position + 1 < file.Size();) {
         if (file.At(position) != 0xff) {
             if (!scan) return 0;
             ++position;
@@ -110,6 +112,19 @@ int64_t JpegEnd(FileBytes& file) {
         }
     }
     return kNoMark;
+}
+
+} // namespace
+
+// One picture, or one behind the other.
+int64_t JpegEnd(FileBytes& file) {
+    int64_t end = 0;
+    do {
+        const int64_t next = JpegEnd(file, end);
+        if (next == 0 || next == kNoMark) return next;
+        end = next;
+    } while (file.Says(end, "\xff\xd8\xff"));
+    return end;
 }
 
 int64_t TiffEnd(FileBytes& file) {
@@ -154,6 +169,61 @@ int64_t ExrEnd(FileBytes& file) {
     }
     const int64_t head = flags & kTiled ? 16 : 4;
     return last + head + 4 + (last + head + 4 <= file.Size() ? file.Little(last + head, 4) : 0);
+}
+
+// Two bits set begin a run: how often the next byte counts.
+int64_t PcxEnd(FileBytes& file) {
+    constexpr int64_t kHeader = 128;
+    const int64_t rows = file.Little(10, 2) - file.Little(6, 2) + 1;
+    int64_t left = rows * file.At(65) * file.Little(66, 2);
+    int64_t position = kHeader;
+    for (; left > 0 && position < file.Size(); ++position) {
+        const uint8_t byte = file.At(position);
+        const bool run = byte >= 0xc0;
+        left -= run ? byte & 0x3f : 1;
+        if (run) ++position;
+    }
+    return left > 0 ? kNoMark : position;
+}
+
+// Rows as they are, or packed ones with a table of where each lies and one of their lengths.
+int64_t SgiEnd(FileBytes& file) {
+    constexpr int64_t kHeader = 512;
+    const int64_t dimensions = file.Big(4, 2);
+    const int64_t rows = (dimensions > 1 ? file.Big(8, 2) : 1) * (dimensions > 2 ? file.Big(10, 2) : 1);
+    if (file.At(2) == 0) return kHeader + rows * file.Big(6, 2) * file.At(3);
+    int64_t end = kHeader + 8 * rows;
+    for (int64_t row = 0; row < rows && end <= file.Size(); ++row)
+        end = std::max(end, file.Big(kHeader + 4 * row, 4) + file.Big(kHeader + 4 * (rows + row), 4));
+    return end;
+}
+
+// Newer files end with a mark; what is left of it shows that there was one.
+int64_t TgaEnd(FileBytes& file) {
+    constexpr std::string_view kMark("TRUEVISION-XFILE.\0", 18);
+    constexpr int64_t kHeader = 18, kFewest = 4;
+    constexpr uint8_t kPacked = 8;
+    const int64_t pixel = (file.At(16) + 7) / 8, colour = (file.At(7) + 7) / 8;
+    int64_t left = file.Little(12, 2) * file.Little(14, 2);
+    int64_t position = kHeader + file.At(0) + (file.At(1) == 1 ? file.Little(5, 2) * colour : 0);
+    if (!(file.At(2) & kPacked)) position += left * pixel;
+    while ((file.At(2) & kPacked) && left > 0 && position < file.Size()) {
+        const int64_t count = (file.At(position) & 0x7f) + 1;
+        position += 1 + (file.At(position) & 0x80 ? 1 : count) * pixel;
+        left -= count;
+    }
+    for (int64_t cut = kFewest; cut < static_cast<int64_t>(kMark.size()); ++cut)
+        if (file.Size() - cut >= position &&
+            file.Says(file.Size() - cut, kMark.substr(0, static_cast<size_t>(cut))))
+            return kNoMark;
+    return (file.At(2) & kPacked) && left > 0 ? kNoMark : position;
+}
+
+// C's text of a table.
+int64_t XbmEnd(FileBytes& file) {
+    int64_t last = file.Size() - 1;
+    while (last > 0 && file.At(last) <= ' ') --last;
+    return file.At(last) == ';' ? 0 : kNoMark;
 }
 
 } // namespace aveffect

@@ -17,7 +17,8 @@ const Strings kPicture = {"-f", "lavfi", "-i", "testsrc2=size=160x120:rate=25:du
 const Strings kSound = {"-f", "lavfi", "-i", "sine=frequency=440:duration=1:sample_rate=48000"};
 
 const File kStills[] = {{"a.jpg", {}},  {"a.png", {}}, {"a.gif", {}}, {"a.bmp", {}}, {"a.tif", {}},
-                        {"a.webp", {}}, {"a.qoi", {}}, {"a.exr", {}}, {"a.jp2", {}}, {"a.ppm", {}}};
+                        {"a.webp", {}}, {"a.qoi", {}}, {"a.exr", {}}, {"a.jp2", {}}, {"a.ppm", {}},
+                        {"a.pcx", {}},  {"a.sgi", {}}, {"a.tga", {}}};
 const File kClips[] = {{"a.mp4", {"-movflags", "+faststart"}},
                        {"b.mov", {"-c:v", "mjpeg", "-movflags", "+faststart"}},
                        {"a.mkv", {}},
@@ -30,10 +31,31 @@ const File kClips[] = {{"a.mp4", {"-movflags", "+faststart"}},
                        {"a.mxf", {"-s", "720x576"}},
                        {"a.nut", {}},
                        {"a.y4m", {"-an"}},
+                       {"a.mpg", {}},
+                       {"a.gxf", {"-s", "720x576", "-ac", "1"}},
+                       {"a.dv", {"-s", "720x576", "-pix_fmt", "yuv420p", "-ac", "2"}},
+                       {"a.swf", {"-ar", "44100"}},
+                       {"a.mjpeg", {"-an"}},
+                       {"a.obu", {"-an", "-c:v", "libaom-av1", "-cpu-used", "8"}},
                        {"b.gif", {"-an"}}};
-const File kSounds[] = {{"a.wav", {}}, {"a.flac", {}}, {"a.mp3", {}}, {"b.mp3", {"-write_xing", "0"}},
-                        {"a.ogg", {}}, {"a.opus", {}}, {"a.aac", {}}, {"a.aiff", {}},
-                        {"a.au", {}},  {"a.wma", {}},  {"a.wv", {}},  {"a.mka", {}}};
+const File kSounds[] = {{"a.wav", {}},
+                        {"a.flac", {}},
+                        {"a.mp3", {}},
+                        {"b.mp3", {"-write_xing", "0"}},
+                        {"a.ogg", {}},
+                        {"a.opus", {}},
+                        {"a.aac", {}},
+                        {"a.aiff", {}},
+                        {"a.au", {}},
+                        {"a.wma", {}},
+                        {"a.wv", {}},
+                        {"a.mka", {}},
+                        {"a.ac3", {}},
+                        {"a.dts", {"-strict", "-2"}},
+                        {"a.mlp", {"-strict", "-2"}},
+                        {"a.tta", {}},
+                        {"a.voc", {}},
+                        {"a.adx", {}}};
 
 class CutOff : public test::ProgramTest {
 protected:
@@ -110,6 +132,10 @@ TEST_F(CutOff, IsSaidWhateverTheFileIsReadFor) {
     said({"transition", "cut.a.avi", "b.mkv", "out.mkv", "-e", fade, "--live", "--duration", "0.5"});
     said({"join", "b.mkv", "cut.a.avi", "out.mkv", "-e", fade, "--duration", "0.2"});
     said({"sheet", "cut.a.jpg", "b.png", "out.png"});
+    std::filesystem::copy_file(Path("whole.a.jpg"), Path("cut.a.1.jpg"));
+    std::filesystem::copy_file(Path("cut.a.jpg"), Path("cut.a.2.jpg"));
+    EXPECT_NE(said({"render", "cut.a.%d.jpg", "out.mkv"}).messages.find("cut.a.2.jpg: it ends"),
+              std::string::npos);
     said({"render", "b.mkv", "out.mkv", "-e", fade + ":EffectPropVFPath1=b.png:EffectPropVFPath2=cut.a.jpg"});
     said({"render", "b.mkv", "out.mkv", "--right", "cut.a.avi", "-e", "EffectName3DRenderEffect"});
     said({"render", "b.mkv", "out.mkv", "-a", "audio_replace:audio_replace_path=cut.a.flac"});
