@@ -149,6 +149,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     TransitionCommand transition;
     JoinCommand join;
     SheetCommand sheet;
+    CompareCommand compare;
 
     CLI::App app("Renders clips, pictures and sound through effects.", "aveffect");
     app.set_version_flag("--version", "aveffect " AVEFFECT_VERSION);
@@ -162,7 +163,8 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     const CLI::App* const frameApp = AddFrame(app, frame);
     const CLI::App* const transitionApp = AddTransition(app, transition);
     const CLI::App* const joinApp = AddJoin(app, join);
-    AddSheet(app, sheet);
+    const CLI::App* const sheetApp = AddSheet(app, sheet);
+    AddCompare(app, compare);
 
     try {
         app.parse(count, arguments);
@@ -174,16 +176,18 @@ Command ParseCommandLine(int count, const char* const* arguments) {
         throw Error(ErrorKind::Usage, Complaint(app, wrong));
     }
     if (app.get_subcommands().empty())
-        throw Error(ErrorKind::Usage,
-                    "no command given: list, describe, render, frame, transition, join or sheet (see "
-                    "`aveffect --help`)");
+        throw Error(
+            ErrorKind::Usage,
+            "no command given: list, describe, render, frame, transition, join, sheet or compare (see "
+            "`aveffect --help`)");
     if (listApp->parsed()) return list;
     if (describeApp->parsed()) return describe;
     if (renderApp->parsed()) return render;
     if (frameApp->parsed()) return frame;
     if (transitionApp->parsed()) return transition;
     if (joinApp->parsed()) return join;
-    return sheet;
+    if (sheetApp->parsed()) return sheet;
+    return compare;
 }
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {

@@ -4,6 +4,7 @@
 #include <variant>
 #include <vector>
 
+#include "cli/compare_arguments.h"
 #include "cli/film_arguments.h"
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
@@ -59,7 +60,7 @@ struct FrameCommand {
 };
 
 using Command = std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand,
-                             TransitionCommand, JoinCommand, SheetCommand>;
+                             TransitionCommand, JoinCommand, SheetCommand, CompareCommand>;
 
 /// Throws Error (Usage) with one line that says what is wrong.
 Command ParseCommandLine(int count, const char* const* arguments);

@@ -63,10 +63,13 @@ RenderObserver MakeObserver(Progress& progress, int verbosity) {
     return observer;
 }
 
-/// Sets up what the commands that write a file share, runs the work (which takes plug-in and observer) and
-/// tells how it ended.
+constexpr char kOutputHolds[] = "; the output holds what could be decoded";
+
+/// Sets up what the commands that read media share, runs the work, which takes an observer, and tells how it
+/// ended, with what follows from damage.
 template <typename Work>
-int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& output, Work work) {
+int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& output, Work work,
+             const char* afterDamage = kOutputHolds) {
     RequireOwnOutput(style, output);
     CatchInterruptions();
     const auto progress = MakeProgress(style);
@@ -78,7 +81,7 @@ int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& ou
         const RenderResult result = work(observer);
         const int exitCode = result.inputDamage ? kDamagedInput : kDone;
         progress->Done(result, exitCode);
-        if (result.inputDamage) PrintLines(*result.inputDamage + "; the output holds what could be decoded");
+        if (result.inputDamage) PrintLines(*result.inputDamage + afterDamage);
         return exitCode;
     } catch (...) {
         const Failure failure = CurrentFailure();
@@ -137,6 +140,22 @@ int Run(const SheetCommand& command) {
                         const SheetOptions options = MakeSheetOptions(command);
                         return RenderSheet(Plugin(), options, observer, Interrupted());
                     });
+}
+
+int Run(const CompareCommand& command) {
+    Comparison found;
+    const int exitCode = RunMedia(
+        command.run, ProgressStyle::None, command.options.difference,
+        [&](const RenderObserver& observer) {
+            CompareOptions options = command.options;
+            options.overwrite = command.run.overwrite;
+            found = Compare(options, observer, Interrupted());
+            return RenderResult{found.pairs, found.inputDamage};
+        },
+        "; what could be decoded was compared");
+    if (found.pairs == 0) return exitCode;
+    PrintText(command.json ? ComparisonJson(found) : ComparisonText(command.options, found));
+    return exitCode == kDone && !found.Same() ? kDifferent : exitCode;
 }
 
 } // namespace

@@ -3,8 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "host/media/source.h"
-#include "host/picture/orientation.h"
+#include "host/media/upright_clip.h"
 #include "host/support/reporter.h"
 
 namespace aveffect {
@@ -23,18 +22,15 @@ public:
     mediabridge::AVFramePtr At(const Moment& time);
 
     /// What was found to be wrong with what was read.
-    DamageReport Damage() const { return m_source.Damage(m_pictures, {}, false); }
+    DamageReport Damage() const { return m_clip.Damage(false); }
 
 private:
-    mediabridge::AVFramePtr Read();
     int64_t DistanceOf(const AVFrame& picture, const Moment& time) const;
     void WarnOfEnd(const Moment& time);
 
-    Source m_source;
-    Upright m_upright;
+    UprightClip m_clip;
     Reporter& m_reporter;
     mediabridge::AVFramePtr m_current, m_next;
-    int64_t m_pictures = 0;
     bool m_warned = false;
 };
 

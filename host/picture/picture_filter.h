@@ -1,13 +1,10 @@
 #pragma once
 /// One of libavfilter's filters for single pictures.
-#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
-#include "host/support/av_owner.h"
-
-extern "C" {
-#include <libavfilter/avfilter.h>
-}
+#include "host/picture/filter_graph.h"
 
 namespace aveffect {
 
@@ -23,17 +20,10 @@ public:
     mediabridge::AVFramePtr Apply(mediabridge::AVFramePtr picture);
 
 private:
-    struct GraphDeleter {
-        void operator()(AVFilterGraph* graph) const noexcept { avfilter_graph_free(&graph); }
-    };
-    void Build(const AVFrame& picture);
-
     std::string m_filter;
     std::string m_done;
-    std::unique_ptr<AVFilterGraph, GraphDeleter> m_graph;
-    AVFilterContext* m_in = nullptr;
-    AVFilterContext* m_out = nullptr;
-    int m_width = 0, m_height = 0, m_format = -1;
+    std::optional<FilterGraph> m_graph;
+    int m_width = 0, m_height = 0, m_format = -1; ///< of the pictures that the graph is for
 };
 
 } // namespace aveffect

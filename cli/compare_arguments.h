@@ -1,0 +1,28 @@
+#pragma once
+/// The command line of `compare`, and how it tells what was found.
+#include <string>
+
+#include "cli/run_arguments.h"
+#include "host/jobs/compare.h"
+
+namespace CLI {
+class App;
+}
+
+namespace aveffect {
+
+struct CompareCommand {
+    CompareOptions options;
+    RunArguments run;
+    bool json = false;
+};
+
+CLI::App* AddCompare(CLI::App& app, CompareCommand& command);
+
+/// A line for each of: where the pictures differ, the ratios, what one clip has more than the other.
+std::string ComparisonText(const CompareOptions& options, const Comparison& found);
+
+/// The same as one JSON object and a line break. Infinite ratios are null.
+std::string ComparisonJson(const Comparison& found);
+
+} // namespace aveffect
