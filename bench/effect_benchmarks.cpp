@@ -109,28 +109,7 @@ struct Picture {
     unsigned width, height;
 };
 
-// A picture in one block, rows without padding.
-class BenchFrame {
-public:
-    explicit BenchFrame(const Picture& picture)
-        : m_frame(false, picture.format, picture.width, picture.height, true)
-        , m_memory(MakeMemory(m_frame.GetRequireSize())) {
-        unsigned char* place = m_memory.get();
-        for (unsigned i = 0; i < m_frame.GetBufferCount(); ++i) {
-            auto* buffer = m_frame.GetBuffer(i);
-            buffer->pitch = buffer->widthBytes;
-            buffer->data = place;
-            place += size_t{buffer->pitch} * buffer->rows;
-        }
-    }
-    AVBased::CRawVideoFrame& Frame() { return m_frame; }
-    size_t Bytes() const { return m_frame.GetRequireSize(); }
-    std::span<unsigned char> Pixels() { return {m_memory.get(), Bytes()}; }
-
-private:
-    test::RecycledFrame m_frame;
-    Memory m_memory;
-};
+using BenchFrame = test::InOneBlock<test::RecycledFrame>;
 
 // "duration", where it is set, is 100: half way through the span.
 constexpr int kTime = 50;
@@ -154,7 +133,8 @@ test::VideoProc MakeProc(const std::string& effect, const Settings& settings, co
 void RunEffect(benchmark::State& state, const std::string& effect, const Settings& settings,
                const Picture& picture, Way way) {
     const Picture still = {AVBased::BGRA, "", picture.width, picture.height};
-    BenchFrame first(still), second(still), frame(picture);
+    const auto make = [](const Picture& of) { return BenchFrame(of.format, of.width, of.height); };
+    BenchFrame first = make(still), second = make(still), frame = make(picture);
     std::ranges::reverse(second.Pixels()); // two pictures that differ
     test::HostManager manager;
     manager.sources = {{kFirst, {&first.Frame()}}, {kSecond, {&second.Frame()}}};
@@ -169,7 +149,7 @@ void RunEffect(benchmark::State& state, const std::string& effect, const Setting
     };
     std::function<void()> prepare;
     if (way == Way::FirstFrame) prepare = [&] { proc = MakeProc(effect, settings, picture, manager); };
-    TimeAgainstCopy(state, frame.Bytes(), run, prepare);
+    TimeAgainstCopy(state, frame.Pixels().size(), run, prepare);
 }
 
 // Effects that keep something from frame to frame make it on the first.

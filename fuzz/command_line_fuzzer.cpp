@@ -2,10 +2,10 @@
 #include <cstdlib>
 
 #include "BaseTools/process.h"
-#include "fuzz/input_bytes.h"
+#include "tests/support/input_bytes.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string text = fuzz::InputBytes(data, size).TakeRest();
+    const std::string text = test::InputBytes(data, size).TakeRest();
     std::vector<std::string> arguments, again;
     BaseTool::parse_cmd_line(text, arguments);
 

@@ -8,8 +8,8 @@
 
 #include "aveffect/audio_frame.h"
 #include "aveffect/video_frame.h"
-#include "fuzz/input_bytes.h"
 #include "host/media/media_manager.h"
+#include "tests/support/input_bytes.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace AVBased;

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "cli/arguments.h"
-#include "fuzz/input_bytes.h"
 #include "host/support/error.h"
+#include "tests/support/input_bytes.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ void MakeOptions(const Command&) {}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fuzz::InputBytes input(data, size);
+    test::InputBytes input(data, size);
     const uint8_t what = input.Take<uint8_t>() % 3;
     if (what < 2) {
         const std::string text = input.TakeRest();

@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "BaseTools/data_buffer.h"
-#include "fuzz/input_bytes.h"
+#include "tests/support/input_bytes.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fuzz::InputBytes input(data, size);
+    test::InputBytes input(data, size);
     BaseTool::CDataBuffer2 queue(input.Take<uint8_t>() % 2);
     std::deque<uint8_t> model;
     while (!input.Empty()) {

@@ -2,7 +2,7 @@
 #include <cstdlib>
 
 #include "avbase/avbase_srcutils/avbase_url.h"
-#include "fuzz/input_bytes.h"
+#include "tests/support/input_bytes.h"
 
 namespace {
 
@@ -23,11 +23,11 @@ void ReadAgain(CSourceURL& url) {
     }
 }
 
-StreamType TakeType(fuzz::InputBytes& input) {
+StreamType TakeType(test::InputBytes& input) {
     return static_cast<StreamType>(input.TakeWithin(kStreamVideo, kStreamSubtitle));
 }
 
-void Change(CSourceURL& url, fuzz::InputBytes& input) {
+void Change(CSourceURL& url, test::InputBytes& input) {
     switch (input.Take<uint8_t>() % 10) {
     case 0:
         return url.SetProtocol(input.TakeLine());
@@ -80,7 +80,7 @@ void Change(CSourceURL& url, fuzz::InputBytes& input) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fuzz::InputBytes input(data, size);
+    test::InputBytes input(data, size);
     const std::string text = input.TakeLine();
     CSourceURL url(text);
     // The built text ends at its first byte 0.

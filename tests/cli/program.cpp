@@ -88,16 +88,6 @@ void RunningProgram::AwaitOutput(const std::string& text) const {
 
 std::string RunningProgram::Output() const { return ReadFile(m_files.string() + ".out"); }
 
-void RunningProgram::AwaitOpen(const fs::path& file) const {
-    const fs::path descriptors = "/proc/" + std::to_string(m_process) + "/fd";
-    EXPECT_TRUE(Becomes([&] {
-        std::error_code gone;
-        for (const auto& each : fs::directory_iterator(descriptors, gone))
-            if (fs::read_symlink(each.path(), gone) == file) return true;
-        return false;
-    })) << file;
-}
-
 Outcome RunningProgram::Wait() {
     pollfd end{static_cast<int>(syscall(SYS_pidfd_open, m_process, 0)), POLLIN, 0};
     if (poll(&end, 1, kMinuteMs) == 0) {

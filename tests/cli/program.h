@@ -25,9 +25,8 @@ public:
 
     /// Returns once the signal has reached the program, or it has ended.
     void Signal(int signal) const;
-    /// Return once the program has written this, and once it has the file open.
+    /// Returns once the program has written this.
     void AwaitOutput(const std::string& text) const;
-    void AwaitOpen(const std::filesystem::path& file) const;
     /// The test fails when the program takes longer than a minute.
     Outcome Wait();
 

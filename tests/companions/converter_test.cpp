@@ -9,7 +9,7 @@
 #include "aveffect/base_media.h"
 #include "aveffect/errors.h"
 #include "aveffect/memory_frame.h"
-#include "tests/companions/guarded_frame.h"
+#include "tests/companions/results.h"
 
 namespace {
 
@@ -21,11 +21,11 @@ struct Releaser {
 };
 using ConverterPtr = std::unique_ptr<IImageConverter, Releaser>;
 
-FramePtr ConvertTo(unsigned format, IRawVideoFrame& source, unsigned quality = 4, unsigned width = 0,
-                   unsigned height = 0) {
+ResultPtr ConvertTo(unsigned format, IRawVideoFrame& source, unsigned quality = 4, unsigned width = 0,
+                    unsigned height = 0) {
     const ConverterPtr converter(CreateImageConverterEx(format, width, height, quality));
     if (!converter) throw std::runtime_error(GetBaseException()->GetExceptionMsg());
-    FramePtr result(converter->Convert(&source));
+    ResultPtr result(converter->Convert(&source));
     if (!result) throw std::runtime_error(GetBaseException()->GetExceptionMsg());
     return result;
 }
@@ -62,17 +62,17 @@ TEST_F(ConverterTest, ColoursAreThoseOfBT601) {
                              {{255, 0, 0}, {41, 240, 110}}};
     for (const unsigned quality : {0u, 1u, 4u})
         for (const Known& known : colours) {
-            GuardedFrame frame({.format = BGRA, .width = 16, .height = 8});
+            HostFrame frame({.format = BGRA, .width = 16, .height = 8});
             frame.Fill([&](unsigned, unsigned x, unsigned) { return x % 4 == 3 ? 255 : known.bgr[x % 4]; });
-            const FramePtr yuv = ConvertTo(YUV420P, frame, quality);
+            const ResultPtr yuv = ConvertTo(YUV420P, frame, quality);
             ASSERT_EQ(yuv->GetPixelFormat(), YUV420P);
             for (unsigned plane = 0; plane < 3; ++plane)
                 EXPECT_NEAR(Row(*yuv, plane, 2)[3], known.yuv[plane], 1.01);
-            const FramePtr back = ConvertTo(BGRA, *yuv, quality);
+            const ResultPtr back = ConvertTo(BGRA, *yuv, quality);
             for (unsigned i = 0; i < 3; ++i) EXPECT_NEAR(Row(*back, 0, 3)[8 + i], known.bgr[i], 4);
             EXPECT_EQ(Row(*back, 0, 3)[11], 255u);
         }
-    GuardedFrame white({.format = BGRA, .width = 4, .height = 4});
+    HostFrame white({.format = BGRA, .width = 4, .height = 4});
     white.Fill([](unsigned, unsigned, unsigned) { return 255; });
     EXPECT_NEAR(Row(*ConvertTo(YUVJ420P, white), 0, 0)[0], 255, 1);
     EXPECT_NEAR(Row(*ConvertTo(GRAY8, white), 0, 0)[0], 255, 1);
@@ -82,8 +82,8 @@ TEST_F(ConverterTest, ColoursAreThoseOfBT601) {
 /// taken for each other, swapped components, and wrong ranges all show.
 TEST_F(ConverterTest, EveryFormatThereAndBack) {
     constexpr unsigned kSide = 64;
-    GuardedFrame picture({.format = BGRA, .width = kSide, .height = kSide});
-    GuardedFrame grey({.format = BGRA, .width = kSide, .height = kSide});
+    HostFrame picture({.format = BGRA, .width = kSide, .height = kSide});
+    HostFrame grey({.format = BGRA, .width = kSide, .height = kSide});
     picture.Fill([](unsigned, unsigned x, unsigned y) {
         const unsigned ramps[] = {40 + 2 * y, 60 + x / 4 * 2, 200 - y - x / 4, 255};
         return ramps[x % 4];
@@ -92,10 +92,10 @@ TEST_F(ConverterTest, EveryFormatThereAndBack) {
     for (const unsigned format : ServedFormats()) {
         if (IsBitmap(format)) continue; // see OneBitPictures
         SCOPED_TRACE(mediabridge::FrameFormatName(format));
-        GuardedFrame& source = format == GRAY8 ? grey : picture;
-        const FramePtr there = ConvertTo(format, source);
+        HostFrame& source = format == GRAY8 ? grey : picture;
+        const ResultPtr there = ConvertTo(format, source);
         EXPECT_EQ(there->GetPixelFormat(), format);
-        const FramePtr back = ConvertTo(BGRA, *there);
+        const ResultPtr back = ConvertTo(BGRA, *there);
         const std::vector<unsigned> before = Pixels(source), after = Pixels(*back);
         ASSERT_EQ(before.size(), after.size());
         double sum = 0;
@@ -107,7 +107,7 @@ TEST_F(ConverterTest, EveryFormatThereAndBack) {
 }
 
 TEST_F(ConverterTest, OneBitPictures) {
-    GuardedFrame halves({.format = BGRA, .width = 18, .height = 2});
+    HostFrame halves({.format = BGRA, .width = 18, .height = 2});
     halves.Fill([](unsigned, unsigned x, unsigned) { return x % 4 == 3 || x / 4 >= 8 ? 255 : 0; });
     EXPECT_EQ(Row(*ConvertTo(MONOBLACK, halves), 0, 0), (std::vector<unsigned>{0x00, 0xFF}));
     EXPECT_EQ(Row(*ConvertTo(MONOWHITE, halves), 0, 0), (std::vector<unsigned>{0xFF, 0x00}));
@@ -124,13 +124,12 @@ TEST_F(ConverterTest, ReadsNothingOutsideAndAllInside) {
                          std::to_string(size[1]));
             std::vector<std::vector<unsigned>> results;
             for (unsigned variant = 0; variant < 8; ++variant) {
-                GuardedFrame frame({.format = format,
-                                    .width = size[0],
-                                    .height = size[1],
-                                    .extraPitch = variant & 4 ? 5u : 0u,
-                                    .roundUp = false,
-                                    .bottomUp = (variant & 1) != 0,
-                                    .atEnd = (variant & 2) != 0});
+                HostFrame frame({.format = format,
+                                 .width = size[0],
+                                 .height = size[1],
+                                 .extraPitch = variant & 4 ? 5u : 0u,
+                                 .flush = variant & 2 ? test::Flush::End : test::Flush::Start,
+                                 .bottomUp = (variant & 1) != 0});
                 frame.Fill([](unsigned plane, unsigned x, unsigned y) { return plane * 50 + x * 7 + y * 3; });
                 results.push_back(Pixels(*ConvertTo(BGRA, frame)));
                 EXPECT_EQ(results.back().size(), std::size_t{size[0]} * size[1] * 4);
@@ -141,12 +140,12 @@ TEST_F(ConverterTest, ReadsNothingOutsideAndAllInside) {
 
 TEST_F(ConverterTest, EveryFormatFromSmallPicturesOnEveryWay) {
     for (const unsigned width : {2u, 4u, 8u, 16u}) {
-        GuardedFrame source({.format = BGRA, .width = width, .height = 3});
+        HostFrame source({.format = BGRA, .width = width, .height = 3});
         source.Fill([](unsigned, unsigned, unsigned) { return 200; });
         for (const unsigned format : ServedFormats())
             for (const unsigned quality : {0u, 1u, 4u}) {
                 const ConverterPtr converter(CreateImageConverterEx(format, 0, 0, quality));
-                EXPECT_NE(FramePtr(converter->Convert(&source)), nullptr) << format << ", " << width;
+                EXPECT_NE(ResultPtr(converter->Convert(&source)), nullptr) << format << ", " << width;
             }
     }
 }
@@ -155,14 +154,14 @@ TEST_F(ConverterTest, EveryFormatFromSmallPicturesOnEveryWay) {
 TEST_F(ConverterTest, EveryFormatToEveryOtherInSilence) {
     const unsigned sizes[][2] = {{18, 12}, {35, 27}};
     for (const auto& size : sizes) {
-        GuardedFrame picture({.format = BGRA, .width = size[0], .height = size[1]});
+        HostFrame picture({.format = BGRA, .width = size[0], .height = size[1]});
         picture.Fill([](unsigned, unsigned x, unsigned) { return x % 4 == 3 ? 255 : 40 * (x % 4); });
         for (const unsigned from : ServedFormats()) {
-            const FramePtr source = ConvertTo(from, picture);
+            const ResultPtr source = ConvertTo(from, picture);
             for (const unsigned to : ServedFormats())
                 for (const unsigned quality : {0u, 1u, 4u})
                     for (const unsigned width : {0u, 17u}) {
-                        const FramePtr converted = ConvertTo(to, *source, quality, width);
+                        const ResultPtr converted = ConvertTo(to, *source, quality, width);
                         if (IsBitmap(to) || IsBitmap(from) || from == GRAY8 || to == GRAY8) continue;
                         const std::vector<unsigned> pixels = Row(*ConvertTo(BGRA, *converted), 0, 5);
                         ASSERT_EQ(pixels.size(), (width ? width : size[0]) * 4);
@@ -182,18 +181,18 @@ TEST_F(ConverterTest, MissingChromaRepeatsAndPresentChromaCounts) {
         const unsigned unit = format == NV12 || format == YUV420P10LE ? 2 : format == YUYV422 ? 4 : 1;
         std::vector<unsigned> results[3];
         for (const int kind : {0, 1, 2}) {
-            GuardedFrame frame({.format = format, .width = 13, .height = 13, .roundUp = kind != 0});
-            GuardedFrame rounded({.format = format, .width = 13, .height = 13});
+            HostFrame frame({.format = format, .width = 13, .height = 13, .roundUp = kind != 0});
+            HostFrame rounded({.format = format, .width = 13, .height = 13});
             frame.Fill([&](unsigned plane, unsigned x, unsigned y) {
                 const bool tenBitTop = format == YUV420P10LE && x % 2;
                 if (tenBitTop) return 1u;
                 const bool chroma = plane > 0 || (format == YUYV422 && x % 2);
-                const auto& there = rounded.PlaneAt(plane);
+                const auto& there = rounded.planes[plane];
                 if (kind == 1 && chroma) { // what a frame that rounds down is completed to
-                    if (x >= there.bytes) x -= unit;
+                    if (x >= there.held) x -= unit;
                     y = std::min(y, there.rows - 1);
                 }
-                if (kind == 2 && chroma && (x >= there.bytes || y >= there.rows)) return 250u;
+                if (kind == 2 && chroma && (x >= there.held || y >= there.rows)) return 250u;
                 return 60 + 40 * plane + 3 * (x % unit) + 5 * (x / unit) + 2 * y;
             });
             results[kind] = Pixels(*ConvertTo(BGRA, frame));
@@ -204,14 +203,16 @@ TEST_F(ConverterTest, MissingChromaRepeatsAndPresentChromaCounts) {
 }
 
 TEST_F(ConverterTest, ScalesAndKeepsProperties) {
-    GuardedFrame frame({.format = YUV422P, .width = 40, .height = 30});
+    HostFrame frame({.format = YUV422P, .width = 40, .height = 30});
     frame.Fill([](unsigned plane, unsigned, unsigned) { return plane ? 128 : 100; });
     frame.SetTimeStamp(-5);
     frame.SetDuration(33);
     frame.SetInterlaced(true);
     frame.SetTopFieldFirst(true);
+    frame.ratio = 1.5;
+    frame.view = 5;
     for (const unsigned quality : {0u, 1u, 4u}) {
-        const FramePtr result = ConvertTo(YUV420P, frame, quality, 21, 0);
+        const ResultPtr result = ConvertTo(YUV420P, frame, quality, 21, 0);
         unsigned width = 0, height = 0;
         result->GetDimension(&width, &height);
         EXPECT_EQ(width, 21u);
@@ -224,7 +225,7 @@ TEST_F(ConverterTest, ScalesAndKeepsProperties) {
         EXPECT_EQ(views->GetViewID(), 5);
         for (const unsigned luma : Row(*result, 0, 15)) EXPECT_NEAR(luma, 100, 1);
     }
-    const FramePtr same = ConvertTo(YUV422P, frame);
+    const ResultPtr same = ConvertTo(YUV422P, frame);
     EXPECT_EQ(Pixels(*same), Pixels(frame));
 }
 
@@ -238,22 +239,21 @@ TEST_F(ConverterTest, RefusesWithAReason) {
     const ConverterPtr converter(CreateImageConverter(BGRA, 0, 0));
     EXPECT_EQ(converter->Convert(nullptr), nullptr);
     EXPECT_EQ(TakeError(), kBadPointer);
-    GuardedFrame palette({.format = PAL8, .width = 4, .height = 4});
+    HostFrame palette({.format = PAL8, .width = 4, .height = 4});
     EXPECT_EQ(converter->Convert(&palette), nullptr);
     EXPECT_EQ(TakeError(), kUnknownException);
-    GuardedFrame empty({.format = BGRA, .width = 0, .height = 4});
+    HostFrame empty({.format = BGRA, .width = 0, .height = 4});
     EXPECT_EQ(converter->Convert(&empty), nullptr);
     EXPECT_EQ(TakeError(), kUnknownException);
-    GuardedFrame narrow({.format = BGRA, .width = 4, .height = 4});
-    --narrow.PlaneAt(0).reported;
+    HostFrame narrow({.format = BGRA, .width = 4, .height = 4});
+    --narrow.planes[0].width;
     EXPECT_EQ(converter->Convert(&narrow), nullptr);
     EXPECT_EQ(TakeError(), kUnknownException);
-    GuardedFrame noMemory({.format = BGRA, .width = 4, .height = 4});
-    noMemory.PlaneAt(0).data = nullptr;
+    HostFrame noMemory({.format = BGRA, .width = 4, .height = 4});
+    noMemory.hasBuffers = false;
     EXPECT_EQ(converter->Convert(&noMemory), nullptr);
     EXPECT_EQ(TakeError(), kBadPointer);
-    GuardedFrame tight({.format = YUV420P10LE, .width = 4, .height = 4});
-    tight.PlaneAt(0).pitch = 4; // room for one byte a sample alone
+    HostFrame tight({.format = YUV420P10LE, .width = 4, .height = 4, .tight = true});
     EXPECT_EQ(converter->Convert(&tight), nullptr);
     EXPECT_EQ(TakeError(), kUnknownException);
 }

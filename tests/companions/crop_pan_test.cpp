@@ -6,7 +6,7 @@
 
 #include "aveffect/base_media.h"
 #include "aveffect/errors.h"
-#include "tests/companions/guarded_frame.h"
+#include "tests/companions/results.h"
 
 namespace {
 
@@ -41,14 +41,14 @@ void ExpectPlaced(unsigned format, unsigned width, unsigned height, IRawVideoFra
                   const std::vector<ExpectedPlane>& planes) {
     SCOPED_TRACE(mediabridge::FrameFormatName(format));
     for (const bool bottomUp : {false, true}) {
-        GuardedFrame source({.format = format,
-                             .width = width,
-                             .height = height,
-                             .extraPitch = 3,
-                             .roundUp = true,
-                             .bottomUp = bottomUp});
+        HostFrame source({.format = format,
+                          .width = width,
+                          .height = height,
+                          .extraPitch = 3,
+                          .roundUp = true,
+                          .bottomUp = bottomUp});
         source.Fill(Value);
-        const FramePtr result(cropPan.Process(&source));
+        const ResultPtr result(cropPan.Process(&source));
         ASSERT_TRUE(result) << GetBaseException()->GetExceptionMsg();
         EXPECT_TRUE(result->IsTopDown());
         for (const ExpectedPlane& expected : planes) {
@@ -58,8 +58,8 @@ void ExpectPlaced(unsigned format, unsigned width, unsigned height, IRawVideoFra
                 ASSERT_EQ(row.size(), expected.bytes);
                 for (unsigned x = 0; x < expected.bytes; ++x) {
                     const bool inside = x >= expected.atByte &&
-                                        x < expected.atByte + source.PlaneAt(from).bytes &&
-                                        y >= expected.atRow && y < expected.atRow + source.PlaneAt(from).rows;
+                                        x < expected.atByte + source.planes[from].held &&
+                                        y >= expected.atRow && y < expected.atRow + source.planes[from].rows;
                     const unsigned wanted = inside
                                                 ? Value(from, x - expected.atByte, y - expected.atRow) & 255
                                                 : expected.black[x % expected.black.size()];
@@ -90,23 +90,23 @@ TEST(CropPan, PlacesThePictureInBlack) {
 }
 
 TEST(CropPan, PlacesPackedPairsAndBitsFromAnyColumn) {
-    GuardedFrame pairs({.format = YUYV422, .width = 4, .height = 1});
+    HostFrame pairs({.format = YUYV422, .width = 4, .height = 1});
     pairs.Fill([](unsigned, unsigned x, unsigned) { return 10 + x; });
-    const FramePtr shifted(Margins(1, 0, 1, 0)->Process(&pairs));
+    const ResultPtr shifted(Margins(1, 0, 1, 0)->Process(&pairs));
     // Y of the four pixels from the second column on, U and V with the pair that holds it.
     EXPECT_EQ(Row(*shifted, 0, 0), (std::vector<unsigned>{16, 11, 10, 13, 12, 15, 14, 17, 16, 128, 16, 128}));
 
-    GuardedFrame bits({.format = MONOWHITE, .width = 4, .height = 1});
+    HostFrame bits({.format = MONOWHITE, .width = 4, .height = 1});
     bits.Fill([](unsigned, unsigned, unsigned) { return 0x50; });
-    const FramePtr moved(Margins(3, 0, 9, 0)->Process(&bits));
+    const ResultPtr moved(Margins(3, 0, 9, 0)->Process(&bits));
     EXPECT_EQ(Row(*moved, 0, 0), (std::vector<unsigned>{0xEB, 0xFF}));
 }
 
 TEST(CropPan, TenBitBlackAndProperties) {
-    GuardedFrame source({.format = YUV420P10LE, .width = 4, .height = 4, .roundUp = true});
+    HostFrame source({.format = YUV420P10LE, .width = 4, .height = 4, .roundUp = true});
     source.Fill([](unsigned, unsigned x, unsigned) { return x % 2 ? 3 : 200; });
     source.SetTimeStamp(12);
-    const FramePtr result(Margins(2, 2, 0, 0)->Process(&source));
+    const ResultPtr result(Margins(2, 2, 0, 0)->Process(&source));
     ASSERT_TRUE(result);
     EXPECT_EQ(result->GetTimeStamp(), 12);
     unsigned bytes = 0, pitch = 0, rows = 0;
@@ -120,13 +120,13 @@ TEST(CropPan, TenBitBlackAndProperties) {
 
 TEST(CropPan, RefusesWithAReason) {
     GetBaseException()->Clear();
-    GuardedFrame source({.format = BGRA, .width = 4, .height = 4});
+    HostFrame source({.format = BGRA, .width = 4, .height = 4});
     source.Fill(Value);
     EXPECT_EQ(Margins(0, 0, 0, 0)->Process(nullptr), nullptr);
     EXPECT_EQ(TakeError(), kBadPointer);
     EXPECT_EQ(Margins(0xFFFFFFFF, 0, 1, 0)->Process(&source), nullptr);
     EXPECT_EQ(TakeError(), kUnknownException);
-    GuardedFrame palette({.format = PAL8, .width = 4, .height = 4});
+    HostFrame palette({.format = PAL8, .width = 4, .height = 4});
     EXPECT_EQ(Margins(1, 1, 1, 1)->Process(&palette), nullptr);
     EXPECT_EQ(TakeError(), kUnknownException);
 }

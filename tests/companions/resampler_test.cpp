@@ -12,7 +12,7 @@
 #include "aveffect/base_media.h"
 #include "aveffect/errors.h"
 #include "mediabridge/audio_frame.h"
-#include "tests/companions/guarded_frame.h"
+#include "tests/companions/results.h"
 
 namespace {
 

@@ -125,6 +125,20 @@ TEST(RawFrame, CropsHideColumnsAndRows) {
     EXPECT_DEATH(PlaneOf(topDown.frame, 3), "index < m_Buffers.size\\(\\)");
 }
 
+// Of a picture that is too small for chroma, either way up.
+TEST(RawFrame, PlanesWithoutAByteAreCroppedAndCopied) {
+    for (const bool topDown : {true, false}) {
+        OwnedFrame owned(YUV410P, 3, 3, topDown, 0);
+        EXPECT_TRUE(owned.frame.CropRightAndBottom(1, 1));
+        IRawVideoFrame* const copy = owned.frame.Clone();
+        IRawVideoFrame* const second = copy->Clone();
+        EXPECT_EQ(PlaneOf(*second, 0).rows, 2u);
+        EXPECT_EQ(PlaneOf(*second, 1).rows, 0u);
+        copy->Free();
+        second->Free();
+    }
+}
+
 TEST(RawFrame, SetSizeMeasuresAnewAndKeepsTheBottomCrop) {
     OwnedFrame owned(YUV420P, 8, 8, true, 2);
     owned.frame.CropRightAndBottom(2, 1);

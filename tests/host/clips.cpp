@@ -1,5 +1,7 @@
 #include "tests/host/clips.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -133,6 +135,13 @@ aveffect::RenderResult Render(const std::string& input, const std::string& outpu
     for (const std::string& effect : effects) options.effects.push_back(aveffect::ParseEffect(effect, false));
     const std::atomic<bool> cancel{false};
     return Render(options, cancel);
+}
+
+void ExpectFailure(const Failure& failure, aveffect::ErrorKind kind, const std::string& word) {
+    EXPECT_TRUE(failure.failed) << word;
+    EXPECT_EQ(failure.kind, kind) << failure.text;
+    EXPECT_NE(failure.text.find(word), std::string::npos) << failure.text;
+    EXPECT_EQ(failure.text.find('\n'), std::string::npos) << failure.text;
 }
 
 } // namespace clips

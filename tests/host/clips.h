@@ -76,4 +76,7 @@ Failure FailureOf(Call call) {
     return {};
 }
 
+/// The call ends with an error of that kind, in one line with that word.
+void ExpectFailure(const Failure& failure, aveffect::ErrorKind kind, const std::string& word);
+
 } // namespace clips

@@ -21,29 +21,15 @@ public:
     }
 };
 
-class Picture {
+class Picture final : public InOneBlock<ClonableFrame> {
 public:
     explicit Picture(unsigned format, unsigned width = 96, unsigned height = 64)
-        : m_Frame(false, format, width, height, true)
-        , m_Pixels(m_Frame.GetRequireSize()) {
-        unsigned char* place = m_Pixels.data();
-        for (unsigned i = 0; i < m_Frame.GetBufferCount(); ++i) {
-            auto* buffer = m_Frame.GetBuffer(i);
-            buffer->pitch = buffer->widthBytes;
-            buffer->data = place;
-            place += size_t{buffer->pitch} * buffer->rows;
-        }
+        : InOneBlock(format, width, height) {
         Fill();
     }
     void Fill() {
-        for (size_t i = 0; i < m_Pixels.size(); ++i) m_Pixels[i] = static_cast<unsigned char>(i * i / 7);
+        for (size_t i = 0; i < Pixels().size(); ++i) Pixels()[i] = static_cast<unsigned char>(i * i / 7);
     }
-    AVBased::CRawVideoFrame& Frame() { return m_Frame; }
-    const std::vector<unsigned char>& Pixels() const { return m_Pixels; }
-
-private:
-    ClonableFrame m_Frame;
-    std::vector<unsigned char> m_Pixels;
 };
 
 /// The pictures that transitions read: one of the frames' size, one that is fitted.

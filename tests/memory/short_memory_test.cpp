@@ -11,7 +11,7 @@
 #include "aveffect/base_tools.h"
 #include "tests/memory/allocation_count.h"
 #include "tests/memory/busy_effects.h"
-#include "tests/robustness/guarded_media.h"
+#include "tests/support/host_sound.h"
 
 // A converter that can't be made ends the program by contract where transitions ask for it: there is memory
 // for that.
@@ -28,7 +28,7 @@ namespace {
 using namespace AVBased;
 
 using test::Picture;
-using Bytes = std::vector<unsigned char>;
+using Bytes = test::GuardedBytes;
 
 struct Outcome {
     Bytes made;          // none when something did not come about
@@ -177,7 +177,7 @@ TEST(ShortMemory, AnyBlockMayBeRefused) {
     for (const EffectInfo& effect : kAudioEffects) {
         // At another rate than the file's: libswresample doesn't notice when a block is missing for
         // converting formats alone.
-        test::GuardedSound sound({.rate = 32000, .samples = 400});
+        test::HostSound sound({.rate = 32000, .samples = 400});
         ASSERT_NO_FATAL_FAILURE(ExpectBearsShortMemory(effect.name, [&] {
             sound.Randomise(1);
             const test::AudioProc proc(test::CreateAudio(effect.name, test::Sources()));
@@ -187,7 +187,7 @@ TEST(ShortMemory, AnyBlockMayBeRefused) {
             IRawAudioFrame* const copy = proc->ProcFrame(&sound);
             if (copy) copy->Release();
             const test::WithoutLimit enough;
-            return copy ? Bytes(sound.Data(0), sound.Data(0) + sound.Bytes(0)) : Bytes();
+            return copy ? Bytes(sound.buffers[0].begin(), sound.buffers[0].end()) : Bytes();
         }));
     }
 }

@@ -11,8 +11,8 @@
 namespace {
 
 using namespace AVBased;
-using test::GuardedFrame;
-using test::GuardedSound;
+using test::HostFrame;
+using test::HostSound;
 
 constexpr unsigned kSizes[][2] = {{INT_MAX, INT_MAX},   {INT_MAX, 1},          {1, INT_MAX},
                                   {0x40000000, 4},      {0x80000000, 1},       {1, 0x80000000},
@@ -30,7 +30,7 @@ bool IsRefusal(int code) { return code == kNoMemory || code == kUnknownException
 TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
     TakeCode();
     const test::Shape shape = {BGRA, 4, 4};
-    GuardedFrame small(shape, test::Flush::End, 1);
+    HostFrame small(shape);
     for (const auto& [width, height] : kSizes) {
         const std::string what = std::to_string(width) + "x" + std::to_string(height);
         MemoryFrame claims(BGRA, width, height, {{nullptr, width * 4, width * 4, height}});
@@ -55,7 +55,7 @@ TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
     }
     IAudioResampler* const resampler = CreateAudioResampler(sfFloat, 48000, 2, 0, true, 0, 0);
     for (const unsigned samples : {UINT_MAX, unsigned{INT_MAX}, 0x40000000u}) {
-        GuardedSound claims({.samples = samples}, 16, test::Flush::End, 1);
+        HostSound claims({.samples = samples}, 16, 0);
         EXPECT_EQ(resampler->Convert(&claims), nullptr) << samples;
         EXPECT_TRUE(IsRefusal(TakeCode())) << samples;
     }
@@ -141,37 +141,34 @@ class LongFrame final : public MemoryFrame {
 public:
     static constexpr unsigned kPitch = 0xC0000010, kRows = 3, kWidth = 7;
 
-    explicit LongFrame(const GuardedFrame& from)
+    explicit LongFrame(HostFrame& from)
         : LongFrame(from,
                     static_cast<unsigned char*>(mmap(nullptr, kBytes, PROT_NONE,
                                                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))) {}
     ~LongFrame() override { munmap(m_Memory, kBytes); }
-    static unsigned char* RowOf(const GuardedFrame& frame, size_t y) {
-        return frame.Data(0) + y * frame.planes[0].pitch;
-    }
-    bool Equals(const GuardedFrame& frame) const {
-        for (size_t y = 0; y < kRows; ++y)
-            if (!std::equal(Row(y), Row(y) + kWidth * 4, RowOf(frame, y))) return false;
+    bool Equals(HostFrame& frame) const {
+        for (unsigned y = 0; y < kRows; ++y)
+            if (!std::equal(Row(y), Row(y) + kWidth * 4, &frame.planes[0].At(0, y))) return false;
         return true;
     }
 
 private:
     static constexpr size_t kPage = 4096, kBytes = size_t{kPitch} * kRows + 2 * kPage;
 
-    LongFrame(const GuardedFrame& from, unsigned char* memory)
+    LongFrame(HostFrame& from, unsigned char* memory)
         : MemoryFrame(BGRA, kWidth, kRows, {{memory + kPage, kWidth * 4, kPitch, kRows}})
         , m_Memory(memory) {
         if (memory == MAP_FAILED) throw std::bad_alloc();
-        for (size_t y = 0; y < kRows; ++y) {
+        for (unsigned y = 0; y < kRows; ++y) {
             const size_t begin = static_cast<size_t>(Row(y) - memory) / kPage * kPage;
             EXPECT_EQ(mprotect(memory + begin, 2 * kPage, PROT_READ | PROT_WRITE), 0);
-            std::copy_n(RowOf(from, y), kWidth * 4, Row(y));
+            std::copy_n(&from.planes[0].At(0, y), kWidth * 4, Row(y));
         }
     }
     unsigned char* Row(size_t y) const { return m_Memory + kPage + y * kPitch; }
     IRawVideoFrame* Clone() override {
-        auto* copy = new GuardedFrame({BGRA, kWidth, kRows}, test::Flush::End, 1);
-        for (size_t y = 0; y < kRows; ++y) std::copy_n(Row(y), kWidth * 4, RowOf(*copy, y));
+        auto* copy = new HostFrame({BGRA, kWidth, kRows});
+        for (unsigned y = 0; y < kRows; ++y) std::copy_n(Row(y), kWidth * 4, &copy->planes[0].At(0, y));
         return copy;
     }
 
@@ -186,9 +183,9 @@ TEST(Limits, RowsMayLieFartherApartThan32BitsCount) {
             effect.kind == EffectKind::Transition || effect.name == std::string_view(effectNameVideoWall))
             continue;
         test::underWay = effect.name;
-        GuardedFrame plain({BGRA, LongFrame::kWidth, LongFrame::kRows, 4}, test::Flush::End, 3);
-        LongFrame frame(plain);
-        for (IRawVideoFrame* const each : std::initializer_list<IRawVideoFrame*>{&frame, &plain}) {
+        const test::FramePtr plain = test::MakeFrame({BGRA, LongFrame::kWidth, LongFrame::kRows, 4});
+        LongFrame frame(*plain);
+        for (IRawVideoFrame* const each : std::initializer_list<IRawVideoFrame*>{&frame, plain.get()}) {
             const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
             test::SetBusy(*proc, effect);
             for (const char* small : {"_x", "_y", "_r", "size"}) // within so small a picture
@@ -199,7 +196,7 @@ TEST(Limits, RowsMayLieFartherApartThan32BitsCount) {
             test::Run(*proc, *each, 50);
             EXPECT_EQ(TakeCode(), 0) << effect.name;
         }
-        EXPECT_TRUE(frame.Equals(plain)) << effect.name;
+        EXPECT_TRUE(frame.Equals(*plain)) << effect.name;
     }
 }
 

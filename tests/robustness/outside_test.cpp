@@ -10,8 +10,8 @@
 namespace {
 
 using namespace AVBased;
-using test::GuardedFrame;
-using test::GuardedSound;
+using test::HostFrame;
+using test::HostSound;
 using test::How;
 using test::Place;
 using test::trouble;
@@ -107,9 +107,7 @@ struct Subject {
     const Media& original;
     const char* mode = nullptr;
 
-    typename test::Kind<Media>::Proc* Make() const {
-        return test::Kind<Media>::Create(effect.name, test::Sources());
-    }
+    typename test::Kind<Media>::Proc* Make() const { return test::Kind<Media>::Create(effect.name); }
     void Set(test::Held<Media>& proc) const {
         test::SetBusy(*proc.operator->(), effect);
         if (mode) proc->SetProperty("render_3d_mode", mode);
@@ -139,6 +137,11 @@ bool IsStatedToStop(const Subject<Media>& subject, bool inPlace) {
             (name == effectNameAudioFader || subject.effect.kind != EffectKind::Audio));
 }
 
+void Silence(HostFrame&) {}
+void Silence(HostSound& sound) {
+    for (auto& buffer : sound.buffers) std::ranges::fill(buffer, uint8_t{0});
+}
+
 // The life of a processor under the trouble that there is, which is over in its middle or with its end.
 template <class Media>
 void Suffer(const Subject<Media>& subject, bool lasting) {
@@ -153,7 +156,7 @@ void Suffer(const Subject<Media>& subject, bool lasting) {
         wanted.push_back(std::make_unique<Media>(subject.original));
         if (subject.effect.kind == EffectKind::Audio) { // what a file that ends gives
             wanted.push_back(std::make_unique<Media>(subject.original));
-            wanted.back()->Clear();
+            Silence(*wanted.back());
         }
     }
     trouble = during;
@@ -210,24 +213,25 @@ TEST(Outside, NothingThatGoesWrongThereTakesAnEffectDown) {
     test::Sources();
     for (const unsigned format : {BGRA, YUV420P}) {
         const test::Shape shape = {format, 64, 48};
-        const GuardedFrame frame(shape, test::Flush::End, 1);
-        GuardedFrame second({YUV422P, 64, 48}, test::Flush::End, 2), both(frame);
-        both.subset = &second;
+        const test::FramePtr made = test::MakeFrame(shape), second = test::MakeFrame({YUV422P, 64, 48}, 2);
+        const HostFrame& frame = *made;
+        HostFrame both(frame);
+        both.subset = second.get();
         for (const EffectInfo& effect : kVideoEffects) {
-            SufferAll<GuardedFrame>({effect, frame});
+            SufferAll<HostFrame>({effect, frame});
             if (effect.kind != EffectKind::Stereo) continue;
-            SufferAll<GuardedFrame>({effect, frame, "1"});
-            SufferAll<GuardedFrame>({effect, both, "4"});
+            SufferAll<HostFrame>({effect, frame, "1"});
+            SufferAll<HostFrame>({effect, both, "4"});
         }
     }
-    const GuardedSound sound({.samples = 500});
-    for (const EffectInfo& effect : kAudioEffects) SufferAll<GuardedSound>({effect, sound});
+    const HostSound sound = test::MakeSound({.samples = 500});
+    for (const EffectInfo& effect : kAudioEffects) SufferAll<HostSound>({effect, sound});
 }
 
 TEST(Outside, ACopyThatNobodyGetsMayThrowWhenItGoes) {
-    GuardedSound hollow({.samples = 500});
+    HostSound hollow({.samples = 500});
     hollow.hasBuffers = false;
-    test::Held<GuardedSound> proc(test::CreateAudio(effectNameAudioReplace, test::Sources()));
+    test::Held<HostSound> proc(test::CreateAudio(effectNameAudioReplace, test::Sources()));
     trouble = {Place::Free, How::Exception};
     const auto [result, code] = Process(proc, hollow, false);
     trouble = {};
@@ -245,18 +249,17 @@ void Die(const Subject<Media>& subject, Place place) {
 }
 
 TEST(OutsideDeathTest, StopsWhereThatIsStated) {
-    const GuardedFrame frame({BGRA, 8, 8}, test::Flush::End, 1);
-    const GuardedSound sound({.samples = 8});
+    const HostFrame frame({BGRA, 8, 8});
+    const HostSound sound({.samples = 8});
     for (const EffectInfo& effect : kVideoEffects) {
-        const Subject<GuardedFrame> subject = {effect, frame};
+        const Subject<HostFrame> subject = {effect, frame};
         EXPECT_DEATH(Die(subject, Place::Clone), "Assertion `m_pCurFrame' failed") << effect.name;
         if (effect.kind == EffectKind::Transition) {
             EXPECT_DEATH(Die(subject, Place::MakeConverter), "Assertion `0' failed") << effect.name;
         }
     }
     for (const EffectInfo& effect : kAudioEffects)
-        EXPECT_DEATH(Die(Subject<GuardedSound>{effect, sound}, Place::Clone),
-                     "Assertion `m_pCurFrame' failed")
+        EXPECT_DEATH(Die(Subject<HostSound>{effect, sound}, Place::Clone), "Assertion `m_pCurFrame' failed")
             << effect.name;
 }
 

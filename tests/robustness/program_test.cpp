@@ -225,6 +225,7 @@ TEST_F(HardTimes, DisksThatFillUpAndKillsWhileWriting) {
                   .exitCode,
               4);
     EXPECT_EQ(Run("render good.mp4 /dev/full").exitCode, 4);
+    EXPECT_EQ(Run("render good.mp4 /dev/null").exitCode, 0);
 }
 
 TEST_F(HardTimes, OnEveryFileSystemOneStepGivesTheName) {

@@ -11,8 +11,8 @@
 namespace {
 
 using namespace AVBased;
-using test::GuardedFrame;
-using test::GuardedSound;
+using test::HostFrame;
+using test::HostSound;
 
 constexpr size_t kThreads = 4;
 
@@ -37,7 +37,7 @@ std::vector<Subject> Subjects() {
 // What the processor makes of some frames; null where it fails.
 template <class Media>
 std::vector<std::unique_ptr<Media>> Render(const Subject& subject, const Media& original) {
-    test::Held<Media> proc(test::Kind<Media>::Create(subject.effect->name, test::Sources()));
+    test::Held<Media> proc(test::Kind<Media>::Create(subject.effect->name));
     test::SetBusy(*proc.operator->(), *subject.effect);
     proc->SetProperty("render_3d_mode", subject.mode); // if it has one
     std::vector<std::unique_ptr<Media>> results;
@@ -61,12 +61,10 @@ bool RendersTheSame(const Subject& subject, const Media& original,
 
 TEST(Threads, EveryEffectComputesTheSameOnManyAtOnce) {
     const std::vector<Subject> subjects = Subjects();
-    const auto frameOf = [](const Subject& subject) {
-        return GuardedFrame({subject.format, 96, 64}, test::Flush::End, 7);
-    };
-    const GuardedSound sound({.samples = 500});
-    std::vector<std::vector<std::unique_ptr<GuardedFrame>>> pictures;
-    std::vector<std::vector<std::unique_ptr<GuardedSound>>> sounds;
+    const auto frameOf = [](const Subject& subject) { return *test::MakeFrame({subject.format, 96, 64}, 7); };
+    const HostSound sound = test::MakeSound({.samples = 500});
+    std::vector<std::vector<std::unique_ptr<HostFrame>>> pictures;
+    std::vector<std::vector<std::unique_ptr<HostSound>>> sounds;
     for (const Subject& subject : subjects) {
         const bool audio = subject.effect->kind == EffectKind::Audio;
         pictures.push_back(audio ? decltype(pictures)::value_type{} : Render(subject, frameOf(subject)));

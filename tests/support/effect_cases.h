@@ -6,7 +6,8 @@
 #include <span>
 #include <string>
 
-#include "aveffect/base_media.h"
+#include "aveffect/base_tools.h"
+#include "tests/support/feature_mask.h"
 #include "tests/support/host_frame.h"
 #include "tests/support/plugin.h"
 
@@ -31,12 +32,6 @@ inline std::vector<Shape> AwkwardShapes(unsigned format) {
         shapes.push_back({format, width, height, 0, 0, n % 2 == 1, n % 2 ? Flush::End : Flush::Start});
     }
     return shapes;
-}
-
-inline std::string Describe(const Shape& shape) {
-    return "format " + std::to_string(shape.format) + ", " + std::to_string(shape.width) + "x" +
-           std::to_string(shape.height) + ", padding " + std::to_string(shape.extraPitch) + ", offset " +
-           std::to_string(shape.offset) + (shape.roundUp ? ", chroma rounded up" : "");
 }
 
 /// Byte for byte, padding included.
@@ -66,18 +61,6 @@ inline VideoProc MakeVideo(const Setting& setting) {
         if (!proc->SetProperty(name.c_str(), value.c_str())) throw std::runtime_error("no property " + name);
     return proc;
 }
-
-/// Feature masks that leave one level of kernels each: SSE2, AVX2, AVX-512, everything.
-inline constexpr unsigned kLevelMasks[] = {0x7, 0x1FF, 0x3FF, ~0u};
-
-/// The processor as processors are made and run under a mask.
-class FeatureMask {
-public:
-    explicit FeatureMask(unsigned mask) { AVBasedSetCPUFeatureMask(mask); }
-    ~FeatureMask() { AVBasedSetCPUFeatureMask(~0u); }
-    FeatureMask(const FeatureMask&) = delete;
-    FeatureMask& operator=(const FeatureMask&) = delete;
-};
 
 /// Calls body once for each level of the machine.
 template <class Body>

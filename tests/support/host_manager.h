@@ -1,13 +1,19 @@
 #pragma once
-/// A host's media access whose sources are in memory, and which counts what is asked of it.
+/// A host's media access whose sources are in memory, which counts what is asked of it, and which can be told
+/// to go wrong. For all threads.
 #include <functional>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "aveffect/media.h"
 #include "aveffect/video_frame.h"
+#include "tests/support/host_frame.h"
+#include "tests/support/host_sound.h"
+#include "tests/support/trouble.h"
 
 namespace test {
 
@@ -24,23 +30,42 @@ struct Source {
     unsigned duration = 0;
 };
 
+/// Of sounds from first to last; null is an item without an object.
+inline Source Playing(std::vector<std::unique_ptr<HostSound>> sounds, unsigned duration = 1000) {
+    for (const auto& sound : sounds)
+        if (sound) sound->fromSource = true;
+    const auto all = std::make_shared<decltype(sounds)>(std::move(sounds));
+    return {.make =
+                [all](AVBased::AVItem& item, size_t number) {
+                    if (number >= all->size()) return false;
+                    item.kind = 2;
+                    item.object = static_cast<AVBased::IRawAudioFrame*>((*all)[number].get());
+                    return true;
+                },
+            .duration = duration};
+}
+
 class HostManager final : public AVBased::IAVManager {
 public:
     std::map<std::string, Source> sources; ///< that of the empty URL stands for all others
     std::function<void()> onOpen;          ///< may throw
     std::vector<std::string> opened;       ///< URLs that were asked for
     std::vector<unsigned> sought;          ///< milliseconds
-    int reads = 0;
-    int readers = 0; ///< not yet released
+    std::atomic<int> reads = 0;
+    std::atomic<int> readers = 0; ///< not yet released
 
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
                                    unsigned* height, unsigned* duration) override {
-        opened.emplace_back(url);
+        {
+            const std::scoped_lock lock(m_mutex);
+            opened.emplace_back(url);
+        }
         // Who wants pictures asks for everything, who wants sound for all but the duration.
         const bool fresh =
             streams && width && height && (options ? !*options && !duration : duration != nullptr);
         if (!fresh) throw std::logic_error("other arguments");
         if (onOpen) onOpen();
+        if (trouble.At(Place::Open)) return nullptr;
         auto found = sources.find(url);
         if (found == sources.end()) found = sources.find("");
         return found == sources.end() ? nullptr : new Reader(*this, found->second, options ? 0 : 1);
@@ -57,6 +82,13 @@ private:
         }
         bool ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeout) override {
             ++m_manager.reads;
+            if (trouble.At(Place::Nonsense)) {
+                const bool nothing = m_next++ % 2;
+                item->object = nothing ? nullptr : this;
+                item->kind = nothing ? 1 + m_next / 2 % 2 : 3;
+                return true;
+            }
+            if (trouble.At(Place::Read)) return false;
             if (m_source.throwsOnRead) throw std::runtime_error("broken source");
             const bool fresh = !item->object && item->position == -1 && item->stream == 0 &&
                                item->length == 0xFFFFFFFFu && (m_flags || item->kind == 0) &&
@@ -70,14 +102,19 @@ private:
             return item->object != nullptr;
         }
         bool Seek(unsigned milliseconds) override {
-            m_manager.sought.push_back(milliseconds);
+            {
+                const std::scoped_lock lock(m_manager.m_mutex);
+                m_manager.sought.push_back(milliseconds);
+            }
+            if (trouble.At(Place::Seek)) return false;
             if (m_source.seekable) m_next = 0;
             return m_source.seekable;
         }
-        unsigned GetDuration() override { return m_source.duration; }
+        unsigned GetDuration() override { return trouble.At(Place::Duration) ? 0 : m_source.duration; }
         void Release() override {
             --m_manager.readers;
             delete this;
+            trouble.At(Place::ReleaseReader);
         }
 
     private:
@@ -86,6 +123,37 @@ private:
         unsigned m_flags; ///< that it is to be read with
         int m_next = 0;
     };
+
+    std::mutex m_mutex; // of the lists
 };
+
+/// A host's media: small and large pictures, tall and wide, of several formats, and sounds that change from
+/// item to item. Stays till the program ends.
+inline HostManager* Sources() {
+    static const auto make = [] {
+        auto* const manager = new HostManager;
+        unsigned seed = 0;
+        const auto show = [&](const char* name, const Shape& shape) {
+            HostFrame* const picture = MakeFrame(shape, ++seed).release();
+            picture->fromSource = true;
+            manager->sources[name] = {.picture = picture, .duration = 1000};
+        };
+        show("first", {AVBased::BGRA, 40, 30});
+        show("second", {AVBased::YUV420P, 17, 50, 3});
+        const auto play = [&](const char* name, std::initializer_list<SoundShape> shapes) {
+            std::vector<std::unique_ptr<HostSound>> sounds;
+            for (const SoundShape& shape : shapes)
+                sounds.push_back(std::make_unique<HostSound>(MakeSound(shape, ++seed)));
+            manager->sources[name] = Playing(std::move(sounds));
+        };
+        play("sound", {{.samples = 700},
+                       {.format = AVBased::sfFloat, .rate = 8000, .samples = 90},
+                       {.samples = 0},
+                       {.rate = 44100, .channels = 1, .interleaved = false, .samples = 33}});
+        return manager;
+    };
+    static HostManager* const manager = make();
+    return manager;
+}
 
 } // namespace test

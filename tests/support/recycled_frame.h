@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
+#include "tests/support/guarded_bytes.h"
 
 namespace test {
 
@@ -56,5 +57,28 @@ inline AVBased::IRawVideoFrame* RecycledFrame::Shelf::CopyOf(CRawVideoFrame& fra
     CopyVideoFrame(copy, &frame);
     return copy;
 }
+
+/// Such a frame with its pixels: planes without padding, one behind the other.
+template <class OfFrame>
+class InOneBlock {
+public:
+    InOneBlock(unsigned format, unsigned width, unsigned height)
+        : m_Frame(false, format, width, height, true)
+        , m_Pixels(m_Frame.GetRequireSize(), uint8_t{0}, Flush::Start) {
+        unsigned char* place = m_Pixels.data();
+        for (unsigned i = 0; i < m_Frame.GetBufferCount(); ++i) {
+            auto* buffer = m_Frame.GetBuffer(i);
+            buffer->pitch = buffer->widthBytes;
+            buffer->data = place;
+            place += size_t{buffer->pitch} * buffer->rows;
+        }
+    }
+    AVBased::CRawVideoFrame& Frame() { return m_Frame; }
+    GuardedBytes& Pixels() { return m_Pixels; }
+
+private:
+    OfFrame m_Frame;
+    GuardedBytes m_Pixels; // from the start of a page
+};
 
 } // namespace test

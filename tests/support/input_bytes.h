@@ -1,12 +1,12 @@
 #pragma once
-/// Takes values from a fuzzer's bytes; zeros and empty texts once they are used up.
+/// Takes values from bytes that decide; zeros and empty texts once they are used up.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
 
-namespace fuzz {
+namespace test {
 
 class InputBytes {
 public:
@@ -56,4 +56,4 @@ private:
     size_t m_Left;
 };
 
-} // namespace fuzz
+} // namespace test
