@@ -3,7 +3,7 @@
 #include "host/media/upright_clip.h"
 #include "host/output/output_file.h"
 #include "host/output/picture_output.h"
-#include "host/output/sink.h"
+#include "host/output/still_picture.h"
 #include "host/picture/picture_comparison.h"
 #include "host/support/stages.h"
 

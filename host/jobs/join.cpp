@@ -1,4 +1,4 @@
-#include "host/jobs/film_plan.h"
+#include "host/jobs/composition.h"
 #include "host/jobs/sequence_render.h"
 #include "host/support/stages.h"
 
@@ -25,7 +25,7 @@ void CheckLengths(const std::vector<ClipScan>& clips, AVRational rate, int64_t a
 RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
                         const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
-    const OutputPlan plan = PlanFilm(options.film, options.clips);
+    const OutputPlan plan = PlanComposition(options.film, options.clips);
     if (options.clips.size() < 2) throw Error(ErrorKind::Usage, "two clips at least are joined");
     if (options.durationMs < 1) throw Error(ErrorKind::Usage, "the transition has no duration");
     IntakeTerms terms(options.film.sdr, reporter);
@@ -37,7 +37,7 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     setup.rate = NearestRate(plan, clips.front().rate);
     SayRate(plan, clips.front().rate, setup.rate, reporter);
     setup.across = PicturesIn(options.durationMs, setup.rate);
-    RequirePictures(setup.across, options.durationMs, setup.rate);
+    RequireSeen(setup.across, options.durationMs, setup.rate);
     setup.threads = options.film.threads;
     CheckLengths(clips, setup.rate, setup.across);
     for (const ClipScan& clip : clips) setup.parts.push_back({&clip, clip.PicturesAt(setup.rate)});

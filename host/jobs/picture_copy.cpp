@@ -13,8 +13,8 @@ extern "C" {
 #include "host/jobs/sound_render.h"
 #include "host/media/media_manager.h"
 #include "host/media/span.h"
-#include "host/output/sink.h"
 #include "host/output/stream_copy.h"
+#include "host/output/stream_mapping.h"
 #include "host/picture/orientation.h"
 #include "host/support/progress_meter.h"
 #include "host/support/stages.h"
@@ -91,21 +91,23 @@ public:
         Tell();
         const auto length = static_cast<uint32_t>(
             std::clamp<int64_t>(m_span.LengthMs().value_or(kUnknownLengthMs), 0, INT_MAX));
-        const SoundJob sound =
+        const SoundPlan sound =
             SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), length}, m_cancel);
-        Sink sink({m_plan, m_source, m_limits, m_options.overwrite, false, m_request, sound}, nullptr,
-                  m_reporter, m_cancel);
+        const auto output =
+            OpenOutput({m_plan, m_source, m_limits, m_options.overwrite, false, m_request, sound}, nullptr,
+                       m_reporter, m_cancel);
         ProgressMeter progress(m_reporter, m_span.ExpectedPictures());
         for (; item; item = m_span.Next()) {
             CheckCancel(m_cancel);
-            sink.WritePacket(std::move(item->packet));
-            progress.Report(sink.Pictures(), false);
+            output->WritePacket(*item->packet);
+            progress.Report(output->Pictures(), false);
         }
-        sink.Complete();
+        output->EndStreams(sound.EndBeside(output->PicturesEnd()));
+        output->Finish();
         CheckCancel(m_cancel);
-        sink.Publish();
-        progress.Report(sink.Pictures(), true);
-        return {sink.Pictures(), Damage(sink)};
+        output->Publish();
+        progress.Report(output->Pictures(), true);
+        return {output->Pictures(), Damage(*output)};
     }
 
 private:
@@ -130,9 +132,9 @@ private:
         m_reporter.Note(text);
     }
 
-    std::optional<std::string> Damage(const Sink& sink) const {
+    std::optional<std::string> Damage(const MediaWriter& output) const {
         DamageReport all = m_span.Damage();
-        all.Add(sink.Damage());
+        all.Add(output.Damage());
         all.Add(m_manager.Damage());
         return all.Text();
     }

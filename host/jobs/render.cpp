@@ -17,8 +17,8 @@
 #include "host/output/output_file.h"
 #include "host/output/output_plan.h"
 #include "host/output/picture_output.h"
-#include "host/output/sink.h"
-#include "host/output/stream_copy.h"
+#include "host/output/still_picture.h"
+#include "host/output/stream_mapping.h"
 #include "host/picture/orientation.h"
 #include "host/support/bounded_queue.h"
 #include "host/support/progress_meter.h"
@@ -114,16 +114,16 @@ public:
         if (IsHighDynamicRange(*first)) KeepLight(m_source.Pictures(), *first);
         m_sound.emplace(
             SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), m_length}, m_cancel));
-        m_sink = std::make_unique<Sink>(Sink::Setup{m_plan, m_source, m_limits, m_options.overwrite,
-                                                    m_stage.Turned(), m_request, *m_sound, m_chain.Views()},
-                                        first.get(), m_reporter, m_cancel);
+        m_file = OpenOutput({m_plan, m_source, m_limits, m_options.overwrite, m_stage.Turned(), m_request,
+                             *m_sound, m_chain.Views()},
+                            first.get(), m_reporter, m_cancel);
         m_head.push_back({std::move(first), nullptr});
         RunStages();
         CheckCancel(m_cancel);
         m_terms.Conclude();
-        m_sink->Publish();
-        m_progress.Report(m_sink->Pictures(), true);
-        return {m_sink->Pictures(), Damage()};
+        m_file->Publish();
+        m_progress.Report(m_file->Pictures(), true);
+        return {m_file->Pictures(), Damage()};
     }
 
 private:
@@ -138,7 +138,7 @@ private:
     std::optional<std::string> Damage() const {
         DamageReport all = m_span.Damage();
         if (m_right) all.Add(m_right->Damage());
-        if (m_sink) all.Add(m_sink->Damage());
+        if (m_file) all.Add(m_file->Damage());
         all.Add(m_manager.Damage());
         return all.Text();
     }
@@ -219,13 +219,15 @@ private:
         while (std::optional<SpanItem> item = m_processed.Pop()) {
             CheckCancel(m_cancel);
             if (item->packet) {
-                m_sink->WritePacket(std::move(item->packet));
+                m_file->WritePacket(*item->packet);
                 continue;
             }
-            m_sink->WritePicture(std::move(item->picture));
-            m_progress.Report(m_sink->Pictures(), false);
+            m_file->WritePicture(std::move(item->picture));
+            m_progress.Report(m_file->Pictures(), false);
         }
-        if (!m_processed.Stopped()) m_sink->Complete();
+        if (m_processed.Stopped()) return;
+        m_file->EndStreams(m_sound->EndBeside(m_file->PicturesEnd()));
+        m_file->Finish();
     }
 
     const Plugin& m_plugin;
@@ -247,8 +249,8 @@ private:
     std::unique_ptr<RightClip> m_right;
     PictureStage m_stage;
     std::optional<PictureOutput> m_output;
-    std::optional<SoundJob> m_sound; ///< once the span is known
-    std::unique_ptr<Sink> m_sink;
+    std::optional<SoundPlan> m_sound; ///< once the span is known
+    std::unique_ptr<MediaWriter> m_file;
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
     BoundedQueue<SpanItem> m_decoded{kQueueWeight};
     BoundedQueue<SpanItem> m_processed{kQueueWeight};

@@ -1,16 +1,11 @@
 #pragma once
-/// Sequences as clips.
+/// Renders of clips that follow one another.
 #include "host/jobs/clip_sequence.h"
-#include "host/output/film.h"
+#include "host/output/output_plan.h"
 
 namespace aveffect {
 
-/// Encodes pictures into the film's file and gives it its name. The look is a picture like those that will be
-/// drawn, and tells their format. Throws Error.
-RenderResult RenderFilm(FilmSetup setup, const FilmPictures& pictures, const AVFrame& look,
-                        IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel);
-
-/// The same for a sequence with its sound.
+/// Encodes a sequence with its sound and gives the file its name. Throws Error.
 RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
                             SequenceSetup setup, IntakeTerms& terms, Reporter& reporter,
                             const std::atomic<bool>& cancel);

@@ -10,9 +10,10 @@ extern "C" {
 #include "host/effects/media_check.h"
 #include "host/effects/transition_frame.h"
 #include "host/media/media_manager.h"
+#include "host/media/source_request.h"
 #include "host/output/output_file.h"
 #include "host/output/picture_output.h"
-#include "host/output/sink.h"
+#include "host/output/still_picture.h"
 #include "host/support/stages.h"
 #include "mediabridge/picture_pool.h"
 

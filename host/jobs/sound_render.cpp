@@ -10,7 +10,6 @@
 #include "host/media/media_manager.h"
 #include "host/output/edited_sound.h"
 #include "host/output/sound_formats.h"
-#include "host/output/sound_lane.h"
 #include "host/output/stream_copy.h"
 #include "host/support/progress_meter.h"
 #include "host/support/stages.h"
@@ -51,15 +50,15 @@ public:
         , m_reporter(observer)
         , m_interrupt{&cancel, std::nullopt}
         , m_input(OpenInput(options.input, m_interrupt))
-        , m_output(plan) {
+        , m_output(plan, options.input) {
         ChooseStreams();
         FindSpan();
     }
 
     RenderResult Run(const Plugin& plugin) {
         ProgressMeter progress(m_reporter, m_length ? std::optional(Pieces(*m_length)) : std::nullopt);
-        CopyTags(&m_output.Format().metadata, m_input->metadata);
-        CopyChapters(m_output, *m_input, {m_options.fromMs, m_options.toMs, std::nullopt});
+        CopyTags(&m_output.File().Format().metadata, m_input->metadata);
+        CopyChapters(m_output.File(), *m_input, {m_options.fromMs, m_options.toMs, std::nullopt});
         RenderResult result = ChangesSound(m_options) || !HoldsAll() || CutsSamples()
                                   ? Change(plugin, progress)
                                   : Copy(progress);
@@ -123,46 +122,34 @@ private:
         const auto length =
             static_cast<uint32_t>(std::clamp<int64_t>(m_length.value_or(kUnknownLengthMs), 0, INT_MAX));
         const std::optional<Moment> start = m_options.fromMs ? std::optional(m_start) : std::nullopt;
-        const SoundJob job{
-            plugin, &manager, m_options.audioEffects, m_options.audioCodec, length, true, false, start,
-            m_end,  m_cancel};
-        std::vector<std::unique_ptr<SoundLane>> lanes;
-        lanes.reserve(m_streams.size());
+        const SoundPlan sound{{plugin, &manager, m_options.audioEffects, length, false, start, m_cancel},
+                              m_options.audioCodec,
+                              true,
+                              false,
+                              m_end};
         for (const AVStream* stream : m_streams)
-            lanes.push_back(
-                std::make_unique<SoundLane>(job, m_plan, SourceRequest{m_options.input}, stream, m_output));
-        for (const auto& lane : lanes) m_reporter.Note(lane->Summary());
+            AddClipSound(m_output, sound, SourceRequest{m_options.input}, stream, m_reporter);
         m_output.Start(m_options.overwrite, m_cancel);
-        RenderResult result;
         Moment written{-1};
         for (int64_t seconds = 1;; ++seconds) {
             CheckCancel(m_cancel);
             const Moment until{seconds, {1, 1}};
             if (m_end && until >= *m_end) break;
-            Moment latest;
-            for (const auto& lane : lanes) {
-                lane->WriteUntil(until);
-                latest = std::max(latest, lane->Written());
-            }
-            if (!(written < latest)) break; // all have come to their ends
-            written = latest;
-            progress.Report(PiecesOf(latest), false);
+            m_output.WriteSound(until);
+            const Moment reached = m_output.SoundReached();
+            if (!(written < reached)) break; // all have come to their ends
+            written = reached;
+            progress.Report(PiecesOf(reached), false);
         }
-        Moment end;
-        DamageReport found;
-        for (const auto& lane : lanes) {
-            lane->Complete(m_end);
-            end = std::max(end, lane->Written());
-            found.Add(lane->Damage());
-        }
+        m_output.EndStreams(m_end);
+        const Moment end = m_output.SoundReached();
         if (end.ticks == 0)
             throw Error(ErrorKind::Input, m_options.input + " holds no sound that can be decoded" +
                                               (m_options.fromMs || m_options.toMs ? " in that span" : ""));
         m_output.Finish();
-        result.frames = PiecesOf(end);
+        DamageReport found = m_output.Damage();
         found.Add(manager.Damage());
-        result.inputDamage = Damage(end, found);
-        return result;
+        return {PiecesOf(end), Damage(end, found)};
     }
 
     static int64_t PiecesOf(const Moment& moment) {
@@ -204,45 +191,39 @@ private:
     }
 
     RenderResult Copy(ProgressMeter& progress) {
-        std::vector<AVStream*> targets(m_input->nb_streams);
-        std::vector<bool> withLead(m_input->nb_streams); // what is not heard, until what is comes
-        for (AVStream* stream : m_streams) {
+        for (const AVStream* stream : m_streams) {
             RequireCopy(*stream);
-            const auto index = static_cast<size_t>(stream->index);
-            targets[index] = AddCopiedStream(m_output, *stream);
-            withLead[index] = CopyFor(*stream) == EditedCopy::WithLead;
+            m_output.AddCopy(*stream, CopyFor(*stream) == EditedCopy::WithLead);
         }
         m_output.Start(m_options.overwrite, m_cancel);
         const mediabridge::AVPacketPtr packet(av_packet_alloc());
         if (!packet) throw Error(ErrorKind::Output, "out of memory");
         Moment end;
-        int64_t refused = 0;
         for (; ReadPacket(m_input, *packet) >= 0; av_packet_unref(packet.get())) {
-            const auto index = static_cast<size_t>(packet->stream_index);
-            AVStream* const target = index < targets.size() ? targets[index] : nullptr;
-            if (!target) continue;
-            const bool heard = !(packet->flags & AV_PKT_FLAG_DISCARD);
-            withLead[index] = withLead[index] && !heard;
-            if (!heard && !withLead[index]) continue;
-            const AVRational base = m_input->streams[index]->time_base;
-            const int64_t start = av_rescale_q(m_start.ticks, m_start.base, base);
-            if (packet->pts != AV_NOPTS_VALUE) {
-                const Moment begin{packet->pts - start, base};
-                if (m_options.fromMs && begin.ticks < 0) continue;
-                if (m_end && begin >= *m_end) continue;
-                end = std::max(end, Moment{begin.ticks + packet->duration, base});
-            }
-            if (m_options.fromMs && packet->pts != AV_NOPTS_VALUE) packet->pts -= start;
-            if (m_options.fromMs && packet->dts != AV_NOPTS_VALUE) packet->dts -= start;
-            packet->stream_index = target->index;
-            packet->pos = -1;
-            av_packet_rescale_ts(packet.get(), base, target->time_base);
-            if (!m_output.WriteCopied(packet.get())) ++refused;
+            const std::optional<Moment> itsEnd = MoveToSpan(*packet);
+            if (!itsEnd || !m_output.WritePacket(*packet)) continue;
+            end = std::max(end, *itsEnd);
             progress.Report(PiecesOf(end), false);
         }
         if (m_interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
         m_output.Finish();
-        return {PiecesOf(end), Damage(end, CopyDamage(m_options.input, refused))};
+        return {PiecesOf(end), Damage(end, m_output.Damage())};
+    }
+
+    // Gives a packet the span's times, and says when it ends in them; absent when it lies outside.
+    std::optional<Moment> MoveToSpan(AVPacket& packet) const {
+        const AVRational base = m_input->streams[packet.stream_index]->time_base;
+        const int64_t start = av_rescale_q(m_start.ticks, m_start.base, base);
+        Moment end;
+        if (packet.pts != AV_NOPTS_VALUE) {
+            const Moment begin{packet.pts - start, base};
+            if (m_options.fromMs && begin.ticks < 0) return std::nullopt;
+            if (m_end && begin >= *m_end) return std::nullopt;
+            end = {begin.ticks + packet.duration, base};
+        }
+        if (m_options.fromMs && packet.pts != AV_NOPTS_VALUE) packet.pts -= start;
+        if (m_options.fromMs && packet.dts != AV_NOPTS_VALUE) packet.dts -= start;
+        return end;
     }
 
     void RequireCopy(const AVStream& stream) const {
@@ -271,7 +252,7 @@ private:
     ReadInterrupt m_interrupt;
     InputContextPtr m_input;
     std::vector<AVStream*> m_streams; ///< of sound, that go into the output
-    Container m_output;
+    MediaWriter m_output;
     Moment m_start;                     ///< of the span, in the file's times
     std::optional<Moment> m_end;        ///< of the span from its start, where it is asked for
     std::optional<int64_t> m_announced; ///< length of the whole sound, in milliseconds
@@ -299,23 +280,20 @@ RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, con
     return SoundRender(options, plan, observer, cancel).Run(plugin);
 }
 
-SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
-                     const SoundSpan& span, const std::atomic<bool>& cancel) {
+SoundPlan SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
+                      const SoundSpan& span, const std::atomic<bool>& cancel) {
     constexpr AVRational kNanoseconds{1, 1'000'000'000};
     const Moment clip = span.source.Start();
     const int64_t start = av_rescale_q(span.start, span.source.Pictures().time_base, kNanoseconds);
     std::optional<Moment> end;
     if (options.toMs) end = {av_rescale_q(*options.toMs, kMilliseconds, kNanoseconds) - start, kNanoseconds};
-    return {plugin,
-            manager,
-            options.audioEffects,
+    const Moment from{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + start, kNanoseconds};
+    const bool endless = BringsSound(options.audioEffects);
+    return {{plugin, manager, options.audioEffects, span.lengthMs, endless, from, cancel},
             options.audioCodec,
-            span.lengthMs,
             ChangesSound(options),
-            BringsSound(options.audioEffects),
-            Moment{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + start, kNanoseconds},
-            end,
-            cancel};
+            options.frameLimit || endless,
+            end};
 }
 
 } // namespace aveffect

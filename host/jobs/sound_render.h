@@ -2,7 +2,7 @@
 /// Renders of sound alone.
 #include "host/jobs/render.h"
 #include "host/output/output_plan.h"
-#include "host/output/sound_lane.h"
+#include "host/output/stream_mapping.h"
 
 namespace aveffect {
 
@@ -24,7 +24,7 @@ struct SoundSpan {
     uint32_t lengthMs; ///< that the effects are told of
 };
 /// What becomes of the sound that lies beside pictures. The options outlive it.
-SoundJob SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
-                     const SoundSpan& span, const std::atomic<bool>& cancel);
+SoundPlan SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,
+                      const SoundSpan& span, const std::atomic<bool>& cancel);
 
 } // namespace aveffect

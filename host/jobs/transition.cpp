@@ -6,10 +6,9 @@
 
 #include "host/effects/media_check.h"
 #include "host/effects/transition_frame.h"
-#include "host/jobs/film_plan.h"
+#include "host/jobs/composition.h"
 #include "host/jobs/sequence_render.h"
 #include "host/media/media_manager.h"
-#include "host/output/film.h"
 #include "host/picture/light_metadata.h"
 
 namespace aveffect {
@@ -32,7 +31,7 @@ Marks MarksOf(const TransitionOptions& options, AVRational rate) {
     };
     const Marks marks{at(0), at(options.startMs), at(options.durationMs),
                       at(options.durationMs + options.holdAfterMs)};
-    RequirePictures(marks.end - marks.start, options.durationMs - options.startMs, rate);
+    RequireSeen(marks.end - marks.start, options.durationMs - options.startMs, rate);
     return marks;
 }
 
@@ -108,13 +107,14 @@ private:
 RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
                          IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
     StillTransition transition(plugin, options, plan, terms, cancel);
-    const FilmPictures pictures{transition.Pictures(), [&](int64_t index) { return transition.Draw(index); },
-                                [&] { return transition.Damage(); }};
-    FilmSetup setup{plan, transition.Rate(), options.film.overwrite};
+    Composition composition{transition.Rate(), transition.Pictures(),
+                            [&](int64_t index) { return transition.Draw(index); },
+                            [&] { return transition.Damage(); }};
     SayRate(plan, transition.WantedRate(), transition.Rate(), reporter);
     const AVFramePtr look = transition.Draw(0);
     if (IsHighDynamicRange(*look)) KeepLightOf(options.first, *look, cancel);
-    return RenderFilm(std::move(setup), pictures, *look, terms, reporter, cancel);
+    return RenderComposition(std::move(composition), plan, options.film.overwrite, *look, terms, reporter,
+                             cancel);
 }
 
 /// Both clips play; see TransitionOptions::live.
@@ -147,7 +147,7 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
 RenderResult RenderTransition(const Plugin& plugin, const TransitionOptions& options,
                               const RenderObserver& observer, const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
-    const OutputPlan plan = PlanFilm(options.film, {options.first, options.second});
+    const OutputPlan plan = PlanComposition(options.film, {options.first, options.second});
     if (options.durationMs < 1) throw Error(ErrorKind::Usage, "the transition has no duration");
     if (options.startMs >= options.durationMs)
         throw Error(ErrorKind::Usage, "the transition starts at " + SecondsText(options.startMs) +

@@ -91,10 +91,13 @@ void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
     if (code < 0) Fail(code);
 }
 
-void Container::NoteDuration(const AVPacket& packet) {
-    const AVRational base = m_output->streams[packet.stream_index]->time_base;
-    m_lastMs =
-        static_cast<int>(std::clamp<int64_t>(av_rescale_q(packet.duration, base, kMilliseconds), 0, INT_MAX));
+int Container::Hand(AVPacket& packet, const AVStream& stream, AVRational base) {
+    packet.stream_index = stream.index;
+    packet.pos = -1;
+    av_packet_rescale_ts(&packet, base, stream.time_base);
+    const int64_t duration = av_rescale_q(packet.duration, stream.time_base, kMilliseconds);
+    m_lastMs = static_cast<int>(std::clamp<int64_t>(duration, 0, INT_MAX));
+    return av_interleaved_write_frame(m_output.get(), &packet);
 }
 
 // How long a picture stays is known from the next one, except for the last.
@@ -106,15 +109,13 @@ void Container::SetLastDelay() {
     if (format == "apng") av_opt_set_q(m_output->priv_data, "final_delay", {m_lastMs, 1000}, 0);
 }
 
-void Container::Write(AVPacket* packet) {
-    NoteDuration(*packet);
-    const int code = av_interleaved_write_frame(m_output.get(), packet);
+void Container::Write(AVPacket& packet, const AVStream& stream, AVRational base) {
+    const int code = Hand(packet, stream, base);
     if (code < 0) Fail(code);
 }
 
-bool Container::WriteCopied(AVPacket* packet) {
-    NoteDuration(*packet);
-    const int code = av_interleaved_write_frame(m_output.get(), packet);
+bool Container::WriteCopied(AVPacket& packet, const AVStream& stream, AVRational base) {
+    const int code = Hand(packet, stream, base);
     const bool refused = code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA;
     if (code < 0 && !refused) Fail(code);
     m_file->Require(0, "can't be written");

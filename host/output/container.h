@@ -28,11 +28,11 @@ public:
 
     /// Creates the file and writes its header. The flag, which outlives the container, ends all waiting.
     void Start(bool overwrite, const std::atomic<bool>& cancel);
-    /// Takes the packet, whose stream_index and times are the container's.
-    void Write(AVPacket* packet);
+    /// Takes a packet for that stream, times in that base.
+    void Write(AVPacket& packet, const AVStream& stream, AVRational base);
     /// The same with a packet of the input's. False when the container refuses it for what it says of itself,
     /// such as a time before its forerunner's; it is left out then.
-    bool WriteCopied(AVPacket* packet);
+    bool WriteCopied(AVPacket& packet, const AVStream& stream, AVRational base);
     /// Writes the container's end.
     void Finish();
     /// Gives the file its name.
@@ -40,7 +40,7 @@ public:
 
 private:
     [[noreturn]] void Fail(int code);
-    void NoteDuration(const AVPacket& packet);
+    int Hand(AVPacket& packet, const AVStream& stream, AVRational base);
     void SetLastDelay();
 
     std::string m_target;

@@ -2,7 +2,7 @@
 /// Encoding sound.
 #include "host/output/encoder.h"
 #include "host/output/output_plan.h"
-#include "host/sound/joined_sound.h"
+#include "host/sound/sound_supply.h"
 
 namespace aveffect {
 

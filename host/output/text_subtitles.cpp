@@ -107,9 +107,7 @@ bool TextSubtitles::Write(const AVPacket& packet) {
     m_packet->pts = m_packet->dts = packet.pts;
     m_packet->duration = av_rescale_q(duration, kMilliseconds, m_base);
     m_packet->flags |= AV_PKT_FLAG_KEY;
-    m_packet->stream_index = m_stream->index;
-    av_packet_rescale_ts(m_packet.get(), m_base, m_stream->time_base);
-    return m_output.WriteCopied(m_packet.get());
+    return m_output.WriteCopied(*m_packet, *m_stream, m_base);
 }
 
 } // namespace aveffect

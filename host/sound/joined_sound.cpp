@@ -1,5 +1,7 @@
 #include "host/sound/joined_sound.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 extern "C" {
@@ -97,17 +99,28 @@ void JoinedSound::Build(const SoundForm& form) {
     if (form.frameSize > 0) av_buffersink_set_frame_size(m_output, static_cast<unsigned>(form.frameSize));
 }
 
-AVFramePtr JoinedSound::Next() {
+AVFramePtr JoinedSound::Next(const Moment& until) {
+    if (m_next >= m_end.value_or(SamplesBy(until, m_shape.rate))) return nullptr;
+    AVFramePtr sound = Read();
+    if (!sound) return nullptr;
+    if (m_end) sound->nb_samples = static_cast<int>(std::min<int64_t>(sound->nb_samples, *m_end - m_next));
+    sound->pts = m_next;
+    m_next += sound->nb_samples;
+    return sound;
+}
+
+void JoinedSound::EndAt(const std::optional<Moment>& end) {
+    m_end = end ? SamplesBy(*end, m_shape.rate) : std::numeric_limits<int64_t>::max();
+}
+
+// What the graph gives out next; null at its end.
+AVFramePtr JoinedSound::Read() {
     AVFramePtr sound(av_frame_alloc());
     if (!sound) Require(AVERROR(ENOMEM));
     for (;;) {
         const int code = av_buffersink_get_frame(m_output, sound.get());
         if (code == AVERROR_EOF) return nullptr;
-        if (code >= 0) {
-            sound->pts = m_next;
-            m_next += sound->nb_samples;
-            return sound;
-        }
+        if (code >= 0) return sound;
         if (code != AVERROR(EAGAIN)) Require(code);
         Feed();
     }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/media/sound_reader.h"
+#include "host/sound/sound_supply.h"
 
 extern "C" {
 #include <libavfilter/avfilter.h>
@@ -19,24 +20,16 @@ struct SoundPart {
     int64_t samplesAcross = 0; ///< shared with the next part, where the one fades out and the other in
 };
 
-/// How it comes out.
-struct SoundForm {
-    SoundShape shape;
-    AVSampleFormat format = AV_SAMPLE_FMT_FLTP;
-    int frameSize = 0; ///< samples a frame; 0: as they come
-};
-
 /// Reads the parts one after the other, opening each clip when its turn comes. Used by one thread at a time.
-class JoinedSound {
+class JoinedSound : public SoundSupply {
 public:
     /// At least one part. Throws Error (Output).
     JoinedSound(std::vector<SoundPart> parts, const SoundForm& form, const std::atomic<bool>& cancel);
 
-    /// The next samples, pts in samples from the start; null at the end. Throws Error.
-    mediabridge::AVFramePtr Next();
-
-    /// What was found to be wrong with what was read.
-    DamageReport Damage() const;
+    mediabridge::AVFramePtr Next(const Moment& until) override;
+    void EndAt(const std::optional<Moment>& end) override;
+    Moment Reached() const override { return {m_next, {1, m_shape.rate}}; }
+    DamageReport Damage() const override;
 
 private:
     struct GraphDeleter {
@@ -44,6 +37,7 @@ private:
     };
     void Build(const SoundForm& form);
     std::string Describe(const SoundForm& form) const;
+    mediabridge::AVFramePtr Read();
     void Feed();
 
     std::vector<SoundPart> m_parts;
@@ -53,9 +47,10 @@ private:
     std::vector<AVFilterContext*> m_inputs; ///< by part; null for silence and for parts that are read
     AVFilterContext* m_output = nullptr;
     std::unique_ptr<SoundReader> m_reader;
-    DamageReport m_damage; ///< of the parts before
-    size_t m_reading = 0;  ///< the part that the reader reads
-    int64_t m_next = 0;
+    DamageReport m_damage;        ///< of the parts before
+    size_t m_reading = 0;         ///< the part that the reader reads
+    int64_t m_next = 0;           ///< samples given out
+    std::optional<int64_t> m_end; ///< of those, once it is set
 };
 
 } // namespace aveffect

@@ -1,0 +1,41 @@
+#pragma once
+/// Clips that the program draws itself, picture by picture at a constant rate, with sound beside them.
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/jobs/transition.h"
+#include "host/output/sound_stream.h"
+#include "host/picture/picture_intake.h"
+
+namespace aveffect {
+
+/// Pictures in a time, rounded to the nearest number.
+int64_t PicturesIn(int64_t milliseconds, AVRational rate);
+
+/// Throws Error (Usage) when a transition that lasts so long has no picture at that rate.
+void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate);
+
+/// Checks everything that needs no input to be read: names, codecs, and that the output is a clip and no
+/// input. Throws Error (Usage, Output).
+OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::string>& inputs);
+
+/// What is shown and heard.
+struct Composition {
+    AVRational rate{25, 1}; ///< pictures a second
+    int64_t pictures = 0;
+    /// The picture of an index, of the canvas's size; called in order, from one thread.
+    std::function<mediabridge::AVFramePtr(int64_t)> draw;
+    /// What was found to be wrong with the files that are drawn from; called at the end.
+    std::function<DamageReport()> damage;
+    std::optional<SoundFeed> sound = {}; ///< absent: no sound stream
+};
+
+/// Draws and encodes, each on its own thread, and gives the file its name. The look is a picture like those
+/// that will be drawn: it tells their format and what they say of the light. Throws Error.
+RenderResult RenderComposition(Composition composition, const OutputPlan& plan, bool overwrite,
+                               const AVFrame& look, IntakeTerms& terms, Reporter& reporter,
+                               const std::atomic<bool>& cancel);
+
+} // namespace aveffect

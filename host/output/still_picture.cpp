@@ -1,0 +1,28 @@
+#include "host/output/still_picture.h"
+
+#include "host/output/output_file.h"
+#include "host/output/picture_encoder.h"
+#include "host/support/error.h"
+
+namespace aveffect {
+
+using mediabridge::AVFramePtr;
+using mediabridge::AVPacketPtr;
+
+void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {
+    picture->pts = 0;
+    PictureEncoder encoder(plan, *picture, {{1, 25}, {25, 1}});
+    AVPacketPtr packet;
+    const auto keepFirst = [&](AVPacket& given) {
+        if (!packet) packet.reset(av_packet_clone(&given));
+    };
+    encoder.Encode(picture.get(), keepFirst);
+    if (!packet) encoder.Encode(nullptr, keepFirst);
+    if (!packet) throw Error(ErrorKind::Output, plan.target + ": the encoder gave nothing out");
+    if (cancel.load()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+    OutputFile file(plan.target, overwrite, cancel);
+    avio_write(file.Io(), packet->data, packet->size);
+    file.Publish();
+}
+
+} // namespace aveffect

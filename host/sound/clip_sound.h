@@ -1,0 +1,82 @@
+#pragma once
+/// The sound of one clip, changed by effects.
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/effects/audio_effect_chain.h"
+#include "host/media/sound_reader.h"
+#include "host/sound/sample_queue.h"
+#include "host/sound/sound_supply.h"
+
+namespace aveffect {
+
+/// What effects get at a time is this part of a second: a multiple of the steps in which fades move.
+inline constexpr int kPiecesASecond = 50;
+
+/// How a clip's sound is read, and what happens to it.
+struct ClipSoundSetup {
+    const Plugin& plugin;
+    AVBased::IAVManager* manager; ///< opens what effects read; outlives the sound
+    const std::vector<EffectSpec>& effects;
+    uint32_t lengthMs;           ///< that the effects are told of
+    bool endless;                ///< the effects bring sound (BringsSound), which goes on until it is ended
+    std::optional<Moment> start; ///< in the file's times; absent: the first sample
+    const std::atomic<bool>& cancel;
+};
+
+/// Sound as decoders and effects give it.
+struct ClipSoundShape {
+    SoundShape shape;
+    AVSampleFormat format;
+};
+
+/// What the effects work in for that stream; without a stream, that of the sound that they bring. Throws
+/// Error (Input).
+ClipSoundShape ShapeFor(const ClipSoundSetup& setup, const AVStream* stream);
+
+/// Used by one thread at a time.
+class ClipSound : public SoundSupply {
+public:
+    /// Opens decoder and effects. Sound is read from the source, apart from its pictures, as the shape says;
+    /// without a stream the effects bring it. Throws Error.
+    ClipSound(const ClipSoundSetup& setup, const SourceRequest& source, const AVStream* stream,
+              const ClipSoundShape& shape, SoundForm form);
+
+    mediabridge::AVFramePtr Next(const Moment& until) override;
+    void EndAt(const std::optional<Moment>& end) override;
+    Moment Reached() const override { return {m_done, {1, m_shape.rate}}; }
+    DamageReport Damage() const override { return m_reader ? m_reader->Damage() : DamageReport(); }
+
+private:
+    int64_t NextBoundary() const;
+    int64_t Available(int64_t wanted);
+    bool Decode();
+    bool Advance(int64_t limit);
+    void Process(int64_t samples);
+    void Convert(const AVFrame* sound);
+    void Flush();
+    int64_t Ready() const;
+
+    SoundShape m_shape; ///< that the effects work in
+    bool m_endless;
+    bool m_fromFirst; ///< the first sample is the start, whatever its time
+    AudioEffectChain m_chain;
+    std::unique_ptr<SoundReader> m_reader; ///< null where the effects bring the sound
+    SampleQueue m_decoded;
+    std::optional<int64_t> m_time;     ///< in samples, of what is decoded next; absent before the first sound
+    int64_t m_origin = 0;              ///< time of the start as the reader counts
+    int64_t m_placed = 0;              ///< samples that were or will be queued of what was decoded
+    mediabridge::AVFramePtr m_waiting; ///< decoded, for the gap before it to be filled
+    int64_t m_gap = 0;                 ///< negative: samples of it that are not wanted
+    int64_t m_done = 0;                ///< samples that went through the effects
+    std::optional<int64_t> m_end;      ///< of those, once it is set
+
+    SoundForm m_form;
+    mediabridge::SwrContextPtr m_resampler;
+    SampleQueue m_converted;
+    int64_t m_given = 0;            ///< samples of the form
+    std::optional<int64_t> m_total; ///< of those, once all have been made
+};
+
+} // namespace aveffect
