@@ -22,9 +22,12 @@ void AddEffects(CLI::App& app, const char* option, std::vector<std::string>& eff
     app.add_option(option, effects, help)->type_name("NAME[:property=value...]")->allow_extra_args(false);
 }
 
-void AddMediaOptions(CLI::App& app, MediaArguments& media) {
+void AddFiles(CLI::App& app, MediaArguments& media) {
     app.add_option("INPUT", media.input, "Clip or still picture to read")->required();
     app.add_option("OUTPUT", media.output, "File to write; its extension chooses the format")->required();
+}
+
+void AddMediaOptions(CLI::App& app, MediaArguments& media) {
     AddEffects(app, "-e,--effect", media.effects,
                "Effect with its settings, applied in the order given; repeat for a chain");
     app.add_option("--pixel-format", media.pixelFormat,
@@ -55,23 +58,31 @@ StereoOptions MakeStereoOptions(const StereoArguments& stereo) {
     return options;
 }
 
+void AddAudioEffects(CLI::App& app, RenderCommand& command) {
+    AddEffects(app, "-a,--audio-effect", command.audioEffects,
+               "Audio effect with its settings, for the sound; repeat for a chain");
+}
+
+void AddCodecs(CLI::App& app, RenderCommand& command) {
+    AddEncoderOptions(app, command.codec, command.outputFormat, command.crf, command.preset, command.threads);
+    AddAudioCodecOption(
+        app, command.audioCodec,
+        "Sound encoder or codec, the input's own or aac if not given; without it and -a, sound "
+        "is copied as it is");
+}
+
 CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
     CLI::App* const render =
         app.add_subcommand("render", "Render a clip, picture or piece of sound through effects");
+    AddFiles(*render, command.media);
     AddMediaOptions(*render, command.media);
-    AddEffects(*render, "-a,--audio-effect", command.audioEffects,
-               "Audio effect with its settings, for the sound; repeat for a chain");
+    AddAudioEffects(*render, command);
     AddStereoOptions(*render, command.stereo);
     render->add_option("--from", command.from, "First moment to keep: seconds, mm:ss or hh:mm:ss.ms")
         ->type_name("TIME");
     render->add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
     render->add_option("--frames", command.frames, "Stop after this many pictures")->type_name("N");
-    AddEncoderOptions(*render, command.codec, command.outputFormat, command.crf, command.preset,
-                      command.threads);
-    AddAudioCodecOption(
-        *render, command.audioCodec,
-        "Sound encoder or codec, the input's own or aac if not given; without it and -a, sound "
-        "is copied as it is");
+    AddCodecs(*render, command);
     AddProgressOption(*render, command.progress);
     render->footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e gray "
                                "-e brightness_contrast:contrast=20 --from 0:05 --to 0:15\n"
@@ -83,6 +94,7 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
 
 CLI::App* AddFrame(CLI::App& app, FrameCommand& command) {
     CLI::App* const frame = app.add_subcommand("frame", "Render one picture of a clip into a still picture");
+    AddFiles(*frame, command.media);
     AddMediaOptions(*frame, command.media);
     AddStereoOptions(*frame, command.stereo);
     frame
@@ -92,6 +104,30 @@ CLI::App* AddFrame(CLI::App& app, FrameCommand& command) {
     frame->footer(std::string("Example:\n  aveffect frame in.mp4 out.png --at 1:02.5 -e invert\n\n") +
                   kExitCodeHelp);
     return frame;
+}
+
+CLI::App* AddBatch(CLI::App& app, BatchCommand& command) {
+    CLI::App* const batch = app.add_subcommand("batch", "Render many files through the same effects");
+    batch->add_option("INPUTS", command.inputs, "Clips, pictures or files of sound")
+        ->type_name("")
+        ->required();
+    batch->add_option("--to", command.directory, "Directory to write to, under the inputs' names")
+        ->type_name("DIRECTORY")
+        ->required();
+    batch
+        ->add_option("--extension", command.extension, "Extension of the outputs, which chooses their format")
+        ->type_name("NAME");
+    batch->add_option("--jobs", command.workers, "Renders at a time; 0, the default, for one a processor")
+        ->type_name("N");
+    batch->add_flag("--skip-existing", command.skipExisting, "Leave inputs alone whose output exists");
+    batch->add_flag("--json", command.json, "A JSON object for each file and one for the summary");
+    AddMediaOptions(*batch, command.render.media);
+    AddAudioEffects(*batch, command.render);
+    AddCodecs(*batch, command.render);
+    batch->footer(std::string("The exit code is that of the worst failure; one file's ends no other.\n"
+                              "Example:\n  aveffect batch *.jpg --to gray --skip-existing -e gray\n\n") +
+                  kExitCodeHelp);
+    return batch;
 }
 
 CLI::App* AddList(CLI::App& app, ListCommand& command) {
@@ -150,6 +186,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     JoinCommand join;
     SheetCommand sheet;
     CompareCommand compare;
+    BatchCommand batch;
 
     CLI::App app("Renders clips, pictures and sound through effects.", "aveffect");
     app.set_version_flag("--version", "aveffect " AVEFFECT_VERSION);
@@ -164,7 +201,8 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     const CLI::App* const transitionApp = AddTransition(app, transition);
     const CLI::App* const joinApp = AddJoin(app, join);
     const CLI::App* const sheetApp = AddSheet(app, sheet);
-    AddCompare(app, compare);
+    const CLI::App* const compareApp = AddCompare(app, compare);
+    AddBatch(app, batch);
 
     try {
         app.parse(count, arguments);
@@ -176,10 +214,9 @@ Command ParseCommandLine(int count, const char* const* arguments) {
         throw Error(ErrorKind::Usage, Complaint(app, wrong));
     }
     if (app.get_subcommands().empty())
-        throw Error(
-            ErrorKind::Usage,
-            "no command given: list, describe, render, frame, transition, join, sheet or compare (see "
-            "`aveffect --help`)");
+        throw Error(ErrorKind::Usage,
+                    "no command given: list, describe, render, frame, batch, transition, join, sheet or "
+                    "compare (see `aveffect --help`)");
     if (listApp->parsed()) return list;
     if (describeApp->parsed()) return describe;
     if (renderApp->parsed()) return render;
@@ -187,7 +224,8 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (transitionApp->parsed()) return transition;
     if (joinApp->parsed()) return join;
     if (sheetApp->parsed()) return sheet;
-    return compare;
+    if (compareApp->parsed()) return compare;
+    return batch;
 }
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {
@@ -227,6 +265,21 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.sdr = command.media.sdr;
     options.overwrite = command.media.run.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);
+    return options;
+}
+
+BatchOptions MakeBatchOptions(const BatchCommand& command) {
+    BatchOptions options;
+    options.render = MakeRenderOptions(command.render);
+    options.inputs = command.inputs;
+    options.directory = command.directory;
+    options.extension = command.extension;
+    constexpr int64_t kMostWorkers = 64;
+    if (command.workers)
+        options.workers = static_cast<unsigned>(WholeOption("--jobs", *command.workers, 0, kMostWorkers));
+    options.skipExisting = command.skipExisting;
+    if (command.skipExisting && options.render.overwrite)
+        throw Error(ErrorKind::Usage, "--skip-existing and --overwrite exclude each other");
     return options;
 }
 

@@ -8,6 +8,7 @@
 #include "cli/film_arguments.h"
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
+#include "host/jobs/batch.h"
 #include "host/jobs/render.h"
 
 namespace aveffect {
@@ -59,8 +60,17 @@ struct FrameCommand {
     std::string at = "0";
 };
 
+/// Many files through the effects of one render, whose input and output are empty.
+struct BatchCommand {
+    RenderCommand render;
+    std::vector<std::string> inputs;
+    std::string directory, extension;
+    std::optional<std::string> workers;
+    bool skipExisting = false, json = false;
+};
+
 using Command = std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand,
-                             TransitionCommand, JoinCommand, SheetCommand, CompareCommand>;
+                             TransitionCommand, JoinCommand, SheetCommand, CompareCommand, BatchCommand>;
 
 /// Throws Error (Usage) with one line that says what is wrong.
 Command ParseCommandLine(int count, const char* const* arguments);
@@ -69,5 +79,6 @@ Command ParseCommandLine(int count, const char* const* arguments);
 /// right.
 RenderOptions MakeRenderOptions(const RenderCommand& command);
 FrameOptions MakeFrameOptions(const FrameCommand& command);
+BatchOptions MakeBatchOptions(const BatchCommand& command);
 
 } // namespace aveffect

@@ -4,6 +4,7 @@
 
 #include "aveffect/base_tools.h"
 #include "cli/arguments.h"
+#include "cli/batch_report.h"
 #include "cli/catalogue_json.h"
 #include "cli/catalogue_text.h"
 #include "cli/exit_code.h"
@@ -108,6 +109,28 @@ int Run(const RenderCommand& command) {
                         const RenderOptions options = MakeRenderOptions(command);
                         return Render(Plugin(), options, observer, Interrupted());
                     });
+}
+
+int Run(const BatchCommand& command) {
+    const RunArguments& run = command.render.media.run;
+    CatchInterruptions();
+    if (run.verbosity > 1) AVBasedSetLogLevel(0);
+    const auto progress = MakeProgress(ProgressStyle::None);
+    const RenderObserver observer = MakeObserver(*progress, run.verbosity);
+    if (const std::string warning = ApplyCpuLevel(run.cpuLevel); !warning.empty()) observer.warning(warning);
+    BatchReport report(command.json);
+    const auto tell = [&report](const BatchOutcome& outcome) {
+        PrintText(report.Line(outcome));
+        PrintLines(BatchReport::Message(outcome));
+    };
+    try {
+        RenderBatch(Plugin(), MakeBatchOptions(command), observer, tell, Interrupted());
+    } catch (const Error& error) {
+        if (error.Kind() == ErrorKind::Interrupted) PrintText(report.Summary());
+        throw;
+    }
+    PrintText(report.Summary());
+    return report.ExitCode();
 }
 
 int Run(const FrameCommand& command) {
