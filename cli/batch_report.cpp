@@ -22,13 +22,19 @@ int ExitCodeOf(const BatchOutcome& outcome) {
     }
 }
 
+/// Damage is the least: there is an output. What should not happen is the worst, whatever its number.
+int Badness(int exitCode) {
+    constexpr int kWorst = 1000;
+    return exitCode == kDamagedInput ? 1 : exitCode == kUnexpected ? kWorst : exitCode;
+}
+
 } // namespace
 
 std::string BatchReport::Line(const BatchOutcome& outcome) {
     const auto status = static_cast<size_t>(outcome.status);
     ++m_counts[status];
     const int code = ExitCodeOf(outcome);
-    if (code != kDone && (m_exitCode == kDone || m_exitCode == kDamagedInput)) m_exitCode = code;
+    if (Badness(code) > Badness(m_exitCode)) m_exitCode = code;
     if (m_json)
         return nlohmann::json{{"input", outcome.input},     {"output", outcome.output},
                               {"status", kWords[status]},   {"frames", outcome.frames},

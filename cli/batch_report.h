@@ -20,7 +20,7 @@ public:
     static std::string Message(const BatchOutcome& outcome);
     /// The last line.
     std::string Summary() const;
-    /// By the worst outcome: failures before damage.
+    /// Of the worst outcome: damage counts less than any failure, among failures the larger code counts.
     int ExitCode() const noexcept { return m_exitCode; }
 
 private:

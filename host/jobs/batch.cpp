@@ -31,7 +31,7 @@ std::vector<Item> PlanItems(const BatchOptions& options) {
         const std::string output = OutputFor(options, input);
         const auto [owner, first] = owners.emplace(output, input);
         if (!first)
-            throw Error(ErrorKind::Usage, owner->second + " and " + input + " would both become " + output +
+            throw Error(ErrorKind::Usage, owner->second + " and another input would both become " + output +
                                               "; render them into two directories");
         items.push_back({input, output});
     }
