@@ -139,12 +139,23 @@ void SpanReader::EmitCopied(AVPacketPtr packet, int64_t time) {
     m_ready.push_back({nullptr, std::move(packet)});
 }
 
+// Where only the number of pictures is known, packets wait until these have come as far: subtitles until they
+// end, so that they can be cut, and what is behind them in their stream with them.
+bool SpanReader::IsTooEarly(const AVPacket& packet) const {
+    if (!m_limits.frameLimit || m_end || packet.pts == AV_NOPTS_VALUE) return false;
+    const AVStream& stream = *m_source.Format().streams[packet.stream_index];
+    const bool subtitle = stream.codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE;
+    const auto isBefore = [&packet](const AVPacketPtr& held) {
+        return held->stream_index == packet.stream_index;
+    };
+    const Moment needed{packet.pts + (subtitle ? packet.duration : 0), stream.time_base};
+    return !m_pending || needed >= Moment{m_pending->pts, Base()} || std::ranges::any_of(m_held, isBefore);
+}
+
 void SpanReader::TakePacket(AVPacketPtr packet) {
     if (packet->stream_index == m_source.Pictures().index) return TakeCopiedPicture(std::move(packet));
     const AVRational base = m_source.Format().streams[packet->stream_index]->time_base;
-    const bool late = m_limits.frameLimit && !m_end && packet->pts != AV_NOPTS_VALUE &&
-                      !(m_pending && Moment{packet->pts, base} < Moment{m_pending->pts, Base()});
-    if (!m_start || late) {
+    if (!m_start || IsTooEarly(*packet)) {
         m_held.push_back(std::move(packet));
         return;
     }

@@ -57,6 +57,7 @@ private:
     void CheckLimits();
     void TakePicture(mediabridge::AVFramePtr picture);
     void TakePacket(mediabridge::AVPacketPtr packet);
+    bool IsTooEarly(const AVPacket& packet) const;
     void TakeCopiedPicture(mediabridge::AVPacketPtr packet);
     void EmitCopied(mediabridge::AVPacketPtr packet, int64_t time);
     void PassPacket(mediabridge::AVPacketPtr packet);
