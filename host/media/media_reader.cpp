@@ -157,7 +157,8 @@ AVFramePtr MediaReader::Shown(AVFramePtr picture) {
     // The container's word on the pixels' shape overrules the codec's.
     picture->sample_aspect_ratio = av_guess_sample_aspect_ratio(m_input.get(), m_video.stream, picture.get());
     picture = m_upright.Apply(std::move(picture), *m_video.stream);
-    picture = m_intake.Reduce(m_intake.Map(std::move(picture)));
+    const bool standard = NeedsStandardRange(m_canvas, *picture);
+    picture = m_intake.Reduce(m_intake.Map(std::move(picture), standard));
     const std::pair size(WidthFor(*picture, m_canvas.pixelAspect), picture->height);
     if (!m_scaler || m_scaled != size)
         m_scaler.emplace(AV_PIX_FMT_BGRA, size.first, size.second, mediabridge::ScaleQuality::Bicubic);

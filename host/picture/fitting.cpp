@@ -42,7 +42,12 @@ Canvas CanvasOf(const AVFrame& picture) {
     return canvas;
 }
 
+bool NeedsStandardRange(const Canvas& canvas, const AVFrame& picture) {
+    return canvas.width > 0 && IsHighDynamicRange(picture) && !IsHighDynamicRange(canvas.transfer);
+}
+
 bool Fitter::Fits(const AVFrame& picture) const {
+    if (NeedsStandardRange(m_canvas, picture)) return false;
     constexpr double kSame = 1e-3;
     const bool sameShape = picture.width == m_canvas.width && picture.height == m_canvas.height &&
                            std::abs(PixelAspect(picture) - av_q2d(m_canvas.pixelAspect)) < kSame;
@@ -63,13 +68,14 @@ std::pair<int, int> Fitter::FittedSize(const AVFrame& picture) const {
 }
 
 AVFramePtr Fitter::Fit(const AVFrame& picture) {
-    const auto size = Fits(picture) ? std::pair(m_canvas.width, m_canvas.height) : FittedSize(picture);
+    AVFramePtr read(av_frame_clone(&picture));
+    if (!read) throw Error(ErrorKind::Output, "no memory for a picture");
+    read = m_intake.Map(std::move(read), NeedsStandardRange(m_canvas, picture));
+    const auto size = Fits(*read) ? std::pair(m_canvas.width, m_canvas.height) : FittedSize(*read);
     if (!m_scaler || m_scaled != size)
         m_scaler.emplace(AV_PIX_FMT_BGRA, size.first, size.second, mediabridge::ScaleQuality::Bicubic);
     m_scaled = size;
-    AVFramePtr read(av_frame_clone(&picture));
-    if (!read) throw Error(ErrorKind::Output, "no memory for a picture");
-    if (SharesMatrix(m_canvas, picture)) read->colorspace = m_canvas.matrix;
+    if (SharesMatrix(m_canvas, *read)) read->colorspace = m_canvas.matrix;
     read = m_intake.Reduce(std::move(read));
     AVFramePtr fitted = m_scaler->Convert(read.get());
     if (!fitted) throw Error(ErrorKind::Output, "a picture can't be converted: " + m_scaler->Error());

@@ -22,6 +22,9 @@ struct Canvas {
 /// A canvas on which this picture lies as it is.
 Canvas CanvasOf(const AVFrame& picture);
 
+/// Whether the picture is PQ or HLG, and what lies on the canvas is neither.
+bool NeedsStandardRange(const Canvas& canvas, const AVFrame& picture);
+
 /// Fits upright pictures of one source onto a canvas: as large as it holds them whole, in the middle, black
 /// around (an odd row or column of black goes to the bottom or right). Used by one thread at a time.
 class Fitter {

@@ -124,8 +124,10 @@ std::string LightSettings(const std::string& encoder, const AVFrame& picture) {
     return settings;
 }
 
+bool ToneMapper::Exists() { return avfilter_get_by_name("zscale") && avfilter_get_by_name("tonemap"); }
+
 void ToneMapper::Require() {
-    if (!avfilter_get_by_name("zscale") || !avfilter_get_by_name("tonemap"))
+    if (!Exists())
         throw Error(ErrorKind::Usage,
                     "--sdr needs the filters zscale and tonemap, which the installed libavfilter lacks");
 }

@@ -29,7 +29,8 @@ std::string LightSettings(const std::string& encoder, const AVFrame& picture);
 /// Used by one thread at a time.
 class ToneMapper {
 public:
-    /// Throws Error (Usage) when the library lacks the filters.
+    /// Whether the library has the filters. Require() throws Error (Usage) when it lacks them.
+    static bool Exists();
     static void Require();
     mediabridge::AVFramePtr Apply(mediabridge::AVFramePtr picture);
 

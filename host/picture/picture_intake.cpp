@@ -18,13 +18,20 @@ void IntakeTerms::SayReduced(int depth, const std::string& before, const std::st
                         " bits are brought to 8 with dithering" + after);
 }
 
+void IntakeTerms::SayMapped() {
+    if (!m_saidMapped.exchange(true))
+        m_reporter.Warn("pictures in PQ or HLG are brought to the standard dynamic range of the others");
+}
+
 void IntakeTerms::Conclude() {
     if (m_sdr && !m_mapped) m_reporter.Note("--sdr changes nothing: no picture is in PQ or HLG");
 }
 
-AVFramePtr PictureIntake::Map(AVFramePtr picture) {
-    if (!m_terms || !m_terms->Sdr() || !IsHighDynamicRange(*picture)) return picture;
-    m_terms->NoteMapped();
+AVFramePtr PictureIntake::Map(AVFramePtr picture, bool standard) {
+    const bool asked = m_terms && m_terms->Sdr();
+    if (!IsHighDynamicRange(*picture) || !(asked || (standard && ToneMapper::Exists()))) return picture;
+    if (asked) m_terms->NoteMapped();
+    if (!asked && m_terms) m_terms->SayMapped();
     return m_toSdr.Apply(std::move(picture));
 }
 

@@ -18,6 +18,8 @@ public:
 
     bool Sdr() const noexcept { return m_sdr; }
     void NoteMapped() noexcept { m_mapped = true; }
+    /// Says once that pictures are mapped though nobody asked for it.
+    void SayMapped();
     /// Says once that pictures lose bits: "the pictures' 10 bits are brought to 8 with dithering" between
     /// what is to be said before and after.
     void SayReduced(int depth, const std::string& before = {}, const std::string& after = {});
@@ -27,7 +29,7 @@ public:
 private:
     bool m_sdr;
     Reporter& m_reporter;
-    std::atomic<bool> m_mapped{false}, m_saidReduced{false};
+    std::atomic<bool> m_mapped{false}, m_saidMapped{false}, m_saidReduced{false};
 };
 
 /// One source's pictures. Used by one thread at a time.
@@ -37,8 +39,9 @@ public:
     explicit PictureIntake(IntakeTerms* terms = nullptr)
         : m_terms(terms) {}
 
-    /// In the range that was asked for. Throws Error (Output).
-    mediabridge::AVFramePtr Map(mediabridge::AVFramePtr picture);
+    /// In the range that was asked for, or that the pictures which it is to be among have (standard), as far
+    /// as the library can do that. Throws Error (Output).
+    mediabridge::AVFramePtr Map(mediabridge::AVFramePtr picture, bool standard = false);
     /// In 8 bits, with dithering, which is said. Throws Error (Output).
     mediabridge::AVFramePtr Reduce(mediabridge::AVFramePtr picture);
 

@@ -216,6 +216,13 @@ TEST_F(Formats, HighDynamicRangeIsKeptOrMapped) {
         const clips::Bytes rgb =
             clips::Run("ffmpeg -v error -nostdin -i " + laid.output + " -pix_fmt rgb24 -f rawvideo -");
         EXPECT_NEAR(rgb[0], white[0], 3) << effect;
+        if (!laid.stereo.right.empty()) continue;
+        // Among pictures of standard range nobody needs to ask for it.
+        laid.sdr = false;
+        aveffect::RenderFrame(clips::ThePlugin(), laid, Listener(), m_cancel);
+        EXPECT_TRUE(clips::Run("ffmpeg -v error -nostdin -i " + laid.output +
+                               " -pix_fmt rgb24 -f rawvideo -") == rgb);
+        EXPECT_EQ(TimesSaid("standard dynamic range of the others"), 1u);
     }
 }
 

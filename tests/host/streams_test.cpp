@@ -17,13 +17,15 @@ struct Heard {
 };
 
 Heard RenderHeard(const std::string& input, const std::string& output,
-                  const std::pair<std::optional<int64_t>, std::optional<int64_t>>& spanMs = {}) {
+                  const std::pair<std::optional<int64_t>, std::optional<int64_t>>& spanMs = {},
+                  std::optional<int64_t> pictures = {}) {
     Heard heard;
     aveffect::RenderOptions options;
     options.input = input;
     options.output = output;
     options.fromMs = spanMs.first;
     options.toMs = spanMs.second;
+    options.frameLimit = pictures;
     aveffect::RenderObserver observer;
     observer.note = [&](const std::string& text) { heard.notes += text + "\n"; };
     observer.warning = [&](const std::string& text) { heard.warnings += text + "\n"; };
@@ -134,6 +136,9 @@ TEST_F(Streams, SubtitlesAreRewrittenAndEndWithTheSpan) {
         const std::string text = Subtitles(output, 0);
         EXPECT_NE(text.find("00:00:00,000 --> 00:00:00,500"), std::string::npos) << text;
         EXPECT_NE(text.find("00:00:00,600 --> 00:00:01,120"), std::string::npos) << text;
+        RenderHeard(input, m_directory / ("first" + target), {}, 35); // 1.4 s
+        const std::string first = Subtitles(m_directory / ("first" + target), 0);
+        EXPECT_NE(first.find("00:00:01,000 --> 00:00:01,400"), std::string::npos) << first;
     }
 }
 
