@@ -97,7 +97,21 @@ int Container::Hand(AVPacket& packet, const AVStream& stream, AVRational base) {
     av_packet_rescale_ts(&packet, base, stream.time_base);
     const int64_t duration = av_rescale_q(packet.duration, stream.time_base, kMilliseconds);
     m_lastMs = static_cast<int>(std::clamp<int64_t>(duration, 0, INT_MAX));
+    CountPadding(packet, stream);
     return av_interleaved_write_frame(m_output.get(), &packet);
+}
+
+// Readers of Matroska take the codec's delay, which it says of Opus, off the times that it holds, and the
+// library does not add it.
+void Container::CountPadding(AVPacket& packet, const AVStream& stream) const {
+    const AVCodecParameters& kind = *stream.codecpar;
+    const std::string_view format = m_output->oformat->name;
+    if (kind.codec_id != AV_CODEC_ID_OPUS || kind.sample_rate <= 0 || kind.initial_padding <= 0 ||
+        (format != "matroska" && format != "webm"))
+        return;
+    const int64_t padding = av_rescale_q(kind.initial_padding, {1, kind.sample_rate}, stream.time_base);
+    if (packet.pts != AV_NOPTS_VALUE) packet.pts += padding;
+    if (packet.dts != AV_NOPTS_VALUE) packet.dts += padding;
 }
 
 // How long a picture stays is known from the next one, except for the last.

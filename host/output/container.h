@@ -41,6 +41,7 @@ public:
 private:
     [[noreturn]] void Fail(int code);
     int Hand(AVPacket& packet, const AVStream& stream, AVRational base);
+    void CountPadding(AVPacket& packet, const AVStream& stream) const;
     void SetLastDelay();
 
     std::string m_target;

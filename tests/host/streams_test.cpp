@@ -142,6 +142,18 @@ TEST_F(Streams, SubtitlesAreRewrittenAndEndWithTheSpan) {
     }
 }
 
+// The encoder's delay is left out by players, and moves neither sound nor pictures.
+TEST_F(Streams, OpusBeginsWithThePictures) {
+    const std::string film = MakeFilm("film.mkv", "-c:a pcm_s16le"), output = m_directory / "out.webm";
+    RenderHeard(film, output);
+    for (const std::string stream : {"v", "a"})
+        EXPECT_EQ(clips::RunText("ffprobe -v error -select_streams " + stream +
+                                 " -read_intervals %+#1 -show_entries frame=pts_time -of csv=p=0 " + output +
+                                 " | head -c 5"),
+                  "0.000")
+            << stream;
+}
+
 TEST_F(Streams, WhatIsLeftOutIsSaid) {
     const std::string film = MakeFilm("film.mp4", "-c:a aac"), cover = m_directory / "cover.png";
     clips::Run("ffmpeg -v error -nostdin -f lavfi -i color=red:s=32x32 -frames:v 1 " + cover);
