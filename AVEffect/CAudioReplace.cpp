@@ -27,13 +27,13 @@ CAudioReplace::CAudioReplace(IAVManager* manager)
     : CBasedAudioEffect(catalogue::kReplaceSound)
     , m_pManager(manager) {
     Bind("audio_replace_path", &m_strPath);
+    Bind("audio_replace_loop", &m_nLoop);
 }
 
 CAudioReplace::~CAudioReplace() { m_pSource.reset(); } // before the resampler and the queue
 
 void CAudioReplace::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedAudioEffect::OnSetProperty(name, node);
-    if (name == "audio_replace_loop") m_bLoop = node.value.int32 != 0;
     if (name == "audio_replace_path") OpenSource(m_strPath);
 }
 
@@ -60,7 +60,7 @@ bool CAudioReplace::Seek(long long position) {
         auto milliseconds = static_cast<unsigned>(position / kUnitsPerMillisecond);
         // The duration in milliseconds against the position in its own units: nearly every position counts as
         // beyond the end, and those that are not stay what they are.
-        if (m_bLoop && m_nFileDuration != 0 && m_nFileDuration < position) milliseconds %= m_nFileDuration;
+        if (m_nLoop != 0 && m_nFileDuration != 0 && m_nFileDuration < position) milliseconds %= m_nFileDuration;
         const bool sought = m_pSource->Seek(milliseconds);
         m_Queue.Clear();
         ExpectSound();
@@ -82,7 +82,7 @@ bool CAudioReplace::ReadNext(AVItem& item) {
 }
 
 /// One without sound from its beginning to its end does not, nor one that no resampler makes sound of.
-bool CAudioReplace::BeginsAgain() const { return m_bLoop && m_bHeard && m_nHeldBack < kMostHeldBack; }
+bool CAudioReplace::BeginsAgain() const { return m_nLoop != 0 && m_bHeard && m_nHeldBack < kMostHeldBack; }
 
 /// False at the end, which a file that begins again does not have.
 bool CAudioReplace::ReadNextOrStartAgain(AVItem& item) {

@@ -47,7 +47,7 @@ private:
     bool QueueSound(IRawAudioFrame* sound);
     void QueueSilence(unsigned size);
 
-    bool m_bLoop = false; // at its end the file begins again
+    int m_nLoop = 0; // not 0: at its end the file begins again
     std::string m_strPath;
     IAVManager* m_pManager;
     Owned<IAVReader> m_pSource;

@@ -38,12 +38,13 @@ CMK3DRenderEffect::CMK3DRenderEffect()
     : CBasedVideoImageEffect(catalogue::k3DRender) {
     StartFrom("render_3d_depth", &m_nDepth);
     StartFrom("render_3d_mode", &m_nMode);
+    StartFrom("render_3d_swtich", &m_nSwap);
 }
 
 void CMK3DRenderEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     if (name == "render_3d_depth") m_nDepth = node.value.int32;
     if (name == "render_3d_mode") m_nMode = node.value.int32;
-    if (name == "render_3d_swtich" && node.value.int32 != 0) m_bSwap = true; // 0 does not undo it
+    if (name == "render_3d_swtich" && node.value.int32 != 0) m_nSwap = 1; // 0 does not undo it
     m_Converter.SetProperty(static_cast<unsigned>(m_nMode), m_nDepth);
 }
 
@@ -66,7 +67,7 @@ void CMK3DRenderEffect::InnerProcFrame(ImagePostion* position, int time, IRawVid
     auto* right = static_cast<IRawVideoFrame*>(pFrame->GetInterface(kSubsetFrameInterface));
     IRawVideoFrame* left = right ? pFrame : PrepareLV(pFrame);
     if (!right) right = PrepareRV(pFrame);
-    if (m_bSwap) std::swap(left, right);
+    if (m_nSwap != 0) std::swap(left, right);
     m_Renderer.Render(left, right, pFrame);
 }
 

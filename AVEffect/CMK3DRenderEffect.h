@@ -38,7 +38,7 @@ private:
     CTrans2D3D m_Converter;
     int m_nMode;
     int m_nDepth; ///< a quarter of the last frame's width once views have been rendered
-    bool m_bSwap = false;
+    int m_nSwap = 0;
     double m_dRatio = 0; ///< share of the picture's width that a view shows
     FramePtr m_pLeftView, m_pRightView;
     std::vector<uint32_t> m_Columns, m_Rows;

@@ -74,6 +74,8 @@ CFadeOutVideoImageEffect::CFadeOutVideoImageEffect()
 CDirectFadeEffect::CDirectFadeEffect(const EffectInfo& effect, const char* name, RawLevel rawLevel)
     : CFadeEffect(effect, name, rawLevel)
     , m_strColourName(effect.properties[1].name) {
+    StartFrom(m_strColourName, &m_nColour); // transparent, as no colour is that was set
+    m_Yuv = YuvColour::FromRgb(m_nColour);
     if (ChoosesMmxKernels()) {
         fade_in_out_direct_rgba32 = fade_in_out_direct_rgba32_mmx;
         fade_in_out_direct_component = fade_in_out_direct_yuva_mmx;

@@ -58,7 +58,7 @@ protected:
 
 private:
     const char* m_strColourName;
-    unsigned m_nColour = 0; // 0xFFRRGGBB once it is set
+    unsigned m_nColour = 0; // 0xFFRRGGBB once it is set, 0x00RRGGBB before
     YuvColour m_Yuv;
 };
 

@@ -1,4 +1,7 @@
 // The factory of all video effects.
+#include <algorithm>
+#include <array>
+
 #include "AVEffect/AtomizeVideoImageEffect.h"
 #include "AVEffect/CMK3DRenderEffect.h"
 #include "AVEffect/CMkBrokenBoxEffect.h"
@@ -81,6 +84,17 @@ constexpr FactoryRow<IVideoProc> kRows[] = {
     Row<CRotate90X>(catalogue::kQuarterTurns),
 };
 static_assert(InTheOrderOf<IVideoProc>(kVideoEffects, kRows), "classes stand in the catalogue's order");
+
+// Of pictures and sound together, for people name both in the same way.
+constexpr bool ShortNamesDiffer() {
+    std::array<std::string_view, kVideoEffects.size() + kAudioEffects.size()> names;
+    const auto nameOf = [](const EffectInfo& effect) { return effect.shortName; };
+    std::ranges::transform(kAudioEffects, std::ranges::transform(kVideoEffects, names.begin(), nameOf).out,
+                           nameOf);
+    std::ranges::sort(names);
+    return !names.front().empty() && std::ranges::adjacent_find(names) == names.end();
+}
+static_assert(ShortNamesDiffer(), "every effect has a short name of its own");
 
 } // namespace
 
