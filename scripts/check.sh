@@ -10,7 +10,8 @@ echo "== arrows"
 scripts/arrows.sh
 
 echo "== lint"
-git ls-files '*.cpp' | grep -v '^tests/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
+# The fuzz targets have their compile commands from their replays. The rooms of tests left out here have not been read yet.
+git ls-files '*.cpp' | grep -vE '^tests/(host|kernels|memory|robustness)/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
 
 echo "== clang"
 scripts/build.sh clang

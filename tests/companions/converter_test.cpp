@@ -128,7 +128,7 @@ TEST_F(ConverterTest, ReadsNothingOutsideAndAllInside) {
                                  .width = size[0],
                                  .height = size[1],
                                  .extraPitch = variant & 4 ? 5u : 0u,
-                                 .flush = variant & 2 ? test::Flush::End : test::Flush::Start,
+                                 .flush = variant & 2 ? Flush::End : Flush::Start,
                                  .bottomUp = (variant & 1) != 0});
                 frame.Fill([](unsigned plane, unsigned x, unsigned y) { return plane * 50 + x * 7 + y * 3; });
                 results.push_back(Pixels(*ConvertTo(BGRA, frame)));
@@ -234,28 +234,28 @@ TEST_F(ConverterTest, RefusesWithAReason) {
         EXPECT_EQ(CreateImageConverter(format, 0, 0), nullptr);
         EXPECT_NE(std::string(GetBaseException()->GetExceptionMsg()).find(std::to_string(format)),
                   std::string::npos);
-        EXPECT_EQ(TakeError(), kUnknownException);
+        EXPECT_EQ(TakeCode(), kUnknownException);
     }
     const ConverterPtr converter(CreateImageConverter(BGRA, 0, 0));
     EXPECT_EQ(converter->Convert(nullptr), nullptr);
-    EXPECT_EQ(TakeError(), kBadPointer);
+    EXPECT_EQ(TakeCode(), kBadPointer);
     HostFrame palette({.format = PAL8, .width = 4, .height = 4});
     EXPECT_EQ(converter->Convert(&palette), nullptr);
-    EXPECT_EQ(TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
     HostFrame empty({.format = BGRA, .width = 0, .height = 4});
     EXPECT_EQ(converter->Convert(&empty), nullptr);
-    EXPECT_EQ(TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
     HostFrame narrow({.format = BGRA, .width = 4, .height = 4});
     --narrow.planes[0].width;
     EXPECT_EQ(converter->Convert(&narrow), nullptr);
-    EXPECT_EQ(TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
     HostFrame noMemory({.format = BGRA, .width = 4, .height = 4});
     noMemory.hasBuffers = false;
     EXPECT_EQ(converter->Convert(&noMemory), nullptr);
-    EXPECT_EQ(TakeError(), kBadPointer);
+    EXPECT_EQ(TakeCode(), kBadPointer);
     HostFrame tight({.format = YUV420P10LE, .width = 4, .height = 4, .tight = true});
     EXPECT_EQ(converter->Convert(&tight), nullptr);
-    EXPECT_EQ(TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
 }
 
 /// A host's frame that throws what no library knows.

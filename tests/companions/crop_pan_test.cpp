@@ -123,12 +123,12 @@ TEST(CropPan, RefusesWithAReason) {
     HostFrame source({.format = BGRA, .width = 4, .height = 4});
     source.Fill(Value);
     EXPECT_EQ(Margins(0, 0, 0, 0)->Process(nullptr), nullptr);
-    EXPECT_EQ(TakeError(), kBadPointer);
+    EXPECT_EQ(TakeCode(), kBadPointer);
     EXPECT_EQ(Margins(0xFFFFFFFF, 0, 1, 0)->Process(&source), nullptr);
-    EXPECT_EQ(TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
     HostFrame palette({.format = PAL8, .width = 4, .height = 4});
     EXPECT_EQ(Margins(1, 1, 1, 1)->Process(&palette), nullptr);
-    EXPECT_EQ(TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
 }
 
 } // namespace

@@ -17,6 +17,7 @@
 namespace {
 
 using namespace AVBased;
+using namespace test;
 using mediabridge::AudioFrame;
 
 struct Destroyer {
@@ -162,7 +163,7 @@ TEST(Resampler, ChannelsAreMixed) {
 
     const AudioFrame::Shape odd{.format = sfSigned16, .rate = 48000, .channels = 9, .samples = 10};
     EXPECT_EQ(spread->Convert(Tones(odd, 0).get()), nullptr) << "nobody knows what nine channels are";
-    EXPECT_EQ(test::TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
     const ResamplerPtr same(CreateAudioResampler(sfFloat, 48000, 9, 0, true, 0, 0));
     EXPECT_TRUE(same->Convert(Tones(odd, 0).get())) << GetBaseException()->GetExceptionMsg();
 }
@@ -188,19 +189,19 @@ TEST(Resampler, RefusesOrWaitsAsItShould) {
     GetBaseException()->Clear();
     for (const int format : {0, 5, 6, 11, -1}) {
         EXPECT_EQ(CreateAudioResampler(format, 48000, 2, 0, true, 0, 0), nullptr);
-        EXPECT_EQ(test::TakeError(), kUnknownException);
+        EXPECT_EQ(TakeCode(), kUnknownException);
     }
     EXPECT_EQ(CreateAudioResampler(sfFloat, 0, 2, 0, true, 0, 0), nullptr);
-    EXPECT_EQ(test::TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
     EXPECT_EQ(CreateAudioResampler(sfFloat, 48000, 0, 0, true, 0, 0), nullptr);
-    EXPECT_EQ(test::TakeError(), kUnknownException);
+    EXPECT_EQ(TakeCode(), kUnknownException);
 
     const ResamplerPtr resampler(CreateAudioResampler(sfFloat, 48000, 2, 0, true, 0, 0));
     EXPECT_EQ(resampler->Convert(nullptr), nullptr);
-    EXPECT_EQ(test::TakeError(), kBadPointer);
+    EXPECT_EQ(TakeCode(), kBadPointer);
     const AudioFrame::Shape tiny{.format = sfFloat, .rate = 44100, .channels = 2, .samples = 1};
     EXPECT_EQ(resampler->Convert(Tones(tiny, 0).get()), nullptr) << "the filter needs more than one sample";
-    EXPECT_EQ(test::TakeError(), kNoError);
+    EXPECT_EQ(TakeCode(), kNoError);
 }
 
 } // namespace

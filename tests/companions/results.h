@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "aveffect/base_tools.h"
 #include "tests/support/host_frame.h"
+#include "tests/support/record.h"
 
 namespace test {
 
@@ -29,13 +29,6 @@ inline std::vector<unsigned> Pixels(AVBased::IRawVideoFrame& frame) {
             for (const unsigned byte : Row(frame, plane, y)) all.push_back(byte);
     }
     return all;
-}
-
-/// The code in the calling thread's record, which is cleared.
-inline int TakeError() {
-    const int code = GetBaseException()->GetExceptionCode();
-    GetBaseException()->Clear();
-    return code;
 }
 
 } // namespace test

@@ -10,13 +10,7 @@
 namespace {
 
 using namespace AVBased;
-using test::ExpectComputes;
-using test::ForPixels;
-using test::ForSamples;
-using test::HostFrame;
-using test::kPacked;
-using test::kPlanarFormats;
-using test::MakeVideo;
+using namespace test;
 using Byte = unsigned char;
 
 Byte Clamp(long long value) { return static_cast<Byte>(std::clamp(value, 0LL, 255LL)); }
@@ -32,8 +26,8 @@ TEST(Gray, TakesTheMeanOrFillsChroma) {
                       [](Byte* p) { p[0] = p[1] = p[2] = static_cast<Byte>((p[0] + p[1] + p[2]) / 3); });
         },
         [](HostFrame& frame) {
-            test::FillPitch(frame.planes[1], 127);
-            test::FillPitch(frame.planes[2], 127);
+            FillPitch(frame.planes[1], 127);
+            FillPitch(frame.planes[2], 127);
         });
 }
 
@@ -70,8 +64,8 @@ TEST(AgedFilm, TintsAndLiftsTheDark) {
             });
         },
         [](HostFrame& frame) {
-            test::FillPitch(frame.planes[1], 117);
-            test::FillPitch(frame.planes[2], 136);
+            FillPitch(frame.planes[1], 117);
+            FillPitch(frame.planes[2], 136);
         });
 }
 
@@ -117,10 +111,10 @@ TEST(BrightnessContrastEffect, ComputesItsFormulas) {
                                         {0, 0, 0.001},
                                         {-12.3, 45.6, -78.9},
                                         {64, -20, 33}}) {
-        const test::Setting setting{"brightness_contrast",
-                                    {{"brightness", std::to_string(c.brightness)},
-                                     {"contrast", std::to_string(c.contrast)},
-                                     {"saturation", std::to_string(c.saturation)}}};
+        const Setting setting{"brightness_contrast",
+                              {{"brightness", std::to_string(c.brightness)},
+                               {"contrast", std::to_string(c.contrast)},
+                               {"saturation", std::to_string(c.saturation)}}};
         ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, c));
     }
 }
@@ -129,7 +123,7 @@ TEST(BrightnessContrastEffect, ClampsWhatItStoresAndKeepsTheText) {
     using Texts = std::vector<std::pair<std::string, std::string>>;
     const Texts beyond = {{"brightness", "250"}, {"contrast", "-101"}, {"saturation", "1e9"}};
     ExpectComputes({"brightness_contrast", beyond}, kPacked, BrightnessContrast{100, -100, 100});
-    EXPECT_STREQ(test::MakeVideo({"brightness_contrast", beyond})->GetProperty("brightness", nullptr), "250");
+    EXPECT_STREQ(MakeVideo({"brightness_contrast", beyond})->GetProperty("brightness", nullptr), "250");
     // Setting something else must not disturb them; text that is no number keeps the stored, clamped number.
     Texts more = beyond;
     more.insert(more.end(), {{"duration", "-5"}, {"brightness", "x"}});
@@ -137,7 +131,7 @@ TEST(BrightnessContrastEffect, ClampsWhatItStoresAndKeepsTheText) {
 }
 
 TEST(BrightnessContrastEffect, HandWorkedValues) {
-    auto frame = test::MakeFrame({BGRA, 1, 1});
+    auto frame = MakeFrame({BGRA, 1, 1});
     // Contrast 100 doubles the distance from 127: 100 -> 73, 150 -> 173, 250 -> 255. Brightness 10 adds 25.
     std::memcpy(frame->planes[0].Data(), "\x64\x96\xFA\x05", 4);
     test::Run(*MakeVideo("brightness_contrast", {{"contrast", "100"}}), *frame);
@@ -148,7 +142,7 @@ TEST(BrightnessContrastEffect, HandWorkedValues) {
     test::Run(*MakeVideo("brightness_contrast", {{"saturation", "-100"}}), *frame);
     EXPECT_EQ(std::memcmp(frame->planes[0].Data(), "\xB7\xB7\xB7\x05", 4), 0);
     // Luma: brightness 10 adds 12 only.
-    auto planar = test::MakeFrame({YUV420P, 2, 2});
+    auto planar = MakeFrame({YUV420P, 2, 2});
     std::memset(planar->planes[0].Data(), 100, 4);
     test::Run(*MakeVideo("brightness_contrast", {{"brightness", "10"}}), *planar);
     EXPECT_EQ(planar->planes[0].At(1, 1), 112);
@@ -157,18 +151,18 @@ TEST(BrightnessContrastEffect, HandWorkedValues) {
 TEST(BrightnessContrastEffect, RefusesWhatIsNoNumber) {
     for (const char* property : {"brightness", "contrast", "saturation"}) {
         ASSERT_NO_FATAL_FAILURE(
-            test::ExpectRefuses("brightness_contrast", {{"brightness", "5"}, {property, "nan"}}, property));
+            ExpectRefuses("brightness_contrast", {{"brightness", "5"}, {property, "nan"}}, property));
         // Where there is no byte to make there is nothing to refuse.
         const auto proc = MakeVideo("brightness_contrast", {{property, "nan"}});
-        for (const test::Shape& shape : {test::Shape{RGB24, 33, 5}, {BGRA, 0, 5}, {YUV420P, 0, 5}})
-            test::ExpectLeavesAlone(*proc, shape);
+        for (const Shape& shape : {Shape{RGB24, 33, 5}, {BGRA, 0, 5}, {YUV420P, 0, 5}})
+            ExpectLeavesAlone(*proc, shape);
     }
 }
 
 // Null addresses for planes that the setting leaves alone, 1 to 4 as bits of a mask.
 TEST(ColourEffects, AskForMemoryOnlyOfWhatTheyTouch) {
     struct Case {
-        test::Setting setting;
+        Setting setting;
         unsigned untouched;
     };
     for (const Case& c : {Case{{"gray"}, 0b1001},
@@ -181,7 +175,7 @@ TEST(ColourEffects, AskForMemoryOnlyOfWhatTheyTouch) {
                           {{"simple_gauss_blur", {{"blur_count", "0"}}}, 0b1111},
                           {{"simple_gauss_blur"}, 0b0000}})
         for (unsigned missing = 0; missing < 4; ++missing) {
-            auto whole = test::MakeFrame({YUVA420P, 16, 8});
+            auto whole = MakeFrame({YUVA420P, 16, 8});
             HostFrame expected = *whole;
             std::vector<MemoryFrame::Plane> planes;
             for (HostFrame::Plane& p : whole->planes) planes.push_back({p.Data(), p.width, p.pitch, p.rows});
@@ -194,7 +188,7 @@ TEST(ColourEffects, AskForMemoryOnlyOfWhatTheyTouch) {
                 << c.setting.effect << missing;
             if (serves) test::Run(*MakeVideo(c.setting), expected);
             expected.planes[missing] = whole->planes[missing];
-            test::ExpectSame(*whole, expected, c.setting.effect);
+            ExpectSame(*whole, expected, c.setting.effect);
         }
 }
 

@@ -12,9 +12,7 @@
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::MakeVideo;
-using test::Picture;
+using namespace test;
 using Byte = unsigned char;
 using Properties = std::vector<std::pair<std::string, std::string>>;
 
@@ -99,12 +97,12 @@ template <class MapOf>
 void TryCircle(const std::string& effect, const Circle& c, bool fillsPacked, MapOf mapOf) {
     for (const unsigned format : {BGRA, YUV420P, YUV422P, YUV410P, YUV411P, YUVA420P, YUVA444P})
         for (const bool roundUp : {false, true})
-            test::ForLevels([&] {
+            ForLevels([&] {
                 const auto proc = MakeVideo({effect, CircleProperties(effect, c.r, c.x, c.y, c.scale)});
                 const unsigned width = c.r > 60 ? 301 : 43, height = c.r > 60 ? 203 : 27;
                 const CircleMap map = mapOf(c, width, height);
                 for (const bool first : {true, false})
-                    ASSERT_NO_FATAL_FAILURE(test::ExpectFrame(
+                    ASSERT_NO_FATAL_FAILURE(ExpectFrame(
                         *proc, {format, width, height, 5, 1, roundUp},
                         [&](HostFrame& frame) { map.Apply(frame, fillsPacked, first); },
                         effect + " of " + std::to_string(c.r)));
@@ -132,17 +130,17 @@ TEST(Rotate, TwistsTheCircle) {
     for (int r = 1; r < 60; r += 2) {
         const auto proc = MakeVideo({"rotate", CircleProperties("rotate", r, r + 3, r + 5, 0)});
         for (const unsigned format : {BGRA, YUV420P}) {
-            auto frame = test::MakeFrame({format, 128, 128}, 3);
+            auto frame = MakeFrame({format, 128, 128}, 3);
             const HostFrame original = *frame;
             test::Run(*proc, *frame);
-            ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, original, std::to_string(r)));
+            ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, original, std::to_string(r)));
         }
     }
 }
 
 // With exponent 1 a pixel of radius 20 at distance 10 comes from distance 10 * 10 / 20 = 5.
 TEST(Spherize, ByHand) {
-    auto frame = test::MakeFrame({BGRA, 60, 60});
+    auto frame = MakeFrame({BGRA, 60, 60});
     const HostFrame old = *frame;
     test::Run(*MakeVideo({"spherize", CircleProperties("spherize", 20, 30, 30, 1)}), *frame);
     EXPECT_EQ(frame->planes[0].At(40 * 4, 30), HostFrame(old).planes[0].At(35 * 4, 30));
@@ -156,15 +154,15 @@ TEST(CircleMaps, AreReplayedOnFramesOfOtherSizesAndFormats) {
         const std::string effect = spherize ? "spherize" : "rotate";
         const CircleMap map = spherize ? SpherizeMap(c, 43, 27) : RotateMap(c, 43, 27);
         const auto proc = MakeVideo({effect, CircleProperties(effect, c.r, c.x, c.y, c.scale)});
-        auto first = test::MakeFrame({BGRA, 43, 27});
+        auto first = MakeFrame({BGRA, 43, 27});
         test::Run(*proc, *first);
         for (const unsigned format : {BGRA, YUV420P})
             for (const auto& [width, height] : {std::pair{30u, 40u}, {80u, 9u}, {43u, 27u}, {3u, 3u}}) {
-                auto frame = test::MakeFrame({format, width, height, 2}, 7);
+                auto frame = MakeFrame({format, width, height, 2}, 7);
                 HostFrame expected = *frame;
                 map.Apply(expected, !spherize, false);
                 test::Run(*proc, *frame);
-                ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, effect + std::to_string(width)));
+                ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, expected, effect + std::to_string(width)));
             }
     }
 }
@@ -174,7 +172,7 @@ bool MakesANewMap(const std::string& effect, const Circle& c, const std::string&
                   const std::string& value) {
     const auto proc = MakeVideo({effect, CircleProperties(effect, c.r, c.x, c.y, c.scale)});
     const auto render = [&] {
-        auto frame = test::MakeFrame({BGRA, 64, 64}, 2);
+        auto frame = MakeFrame({BGRA, 64, 64}, 2);
         test::Run(*proc, *frame);
         return frame->planes[0].bytes;
     };
@@ -201,15 +199,15 @@ TEST(CircleMaps, ChangeWhenTheirTestsSaySo) {
     EXPECT_TRUE(MakesANewMap("rotate", c, "_scale", "3")) << "its low half is 0, not 20";
     // A value that passed unnoticed is stored all the same.
     const auto proc = MakeVideo({"rotate", CircleProperties("rotate", 20, 30, 32, 0.5)});
-    auto frame = test::MakeFrame({BGRA, 64, 64}, 2);
+    auto frame = MakeFrame({BGRA, 64, 64}, 2);
     test::Run(*proc, *frame);
     proc->SetProperty("rotate_x", "20");
     proc->SetProperty("rotate_scale", "0.5");
-    frame = test::MakeFrame({BGRA, 64, 64}, 2);
+    frame = MakeFrame({BGRA, 64, 64}, 2);
     HostFrame expected = *frame;
     RotateMap({20, 20, 32, 0.5}, 64, 64).Apply(expected, true, true);
     test::Run(*proc, *frame);
-    test::ExpectSame(*frame, expected, "stored");
+    ExpectSame(*frame, expected, "stored");
 }
 
 TEST(CircleMaps, StandWhatNumbersCanBe) {
@@ -222,7 +220,7 @@ TEST(CircleMaps, StandWhatNumbersCanBe) {
                                               {prefix + "_x", "10"},
                                               {prefix + "_y", "10"},
                                               {prefix + "_scale", scale}}});
-                auto frame = test::MakeFrame({format, 20, 20}, 2);
+                auto frame = MakeFrame({format, 20, 20}, 2);
                 test::Run(*proc, *frame);
                 test::Run(*proc, *frame);
                 proc->SetProperty((prefix + "_r").c_str(), "2147483647");
@@ -294,9 +292,9 @@ TEST(Magnifier, EnlargesTheCircle) {
     for (const auto& [r, x, y] :
          {std::tuple{3, 8, 4}, {2, 1, 0}, {2, 15, 6}, {1, 2, 2}, {3, 17, 3}, {40, 30, 30}, {90, 133, 101}})
         for (const double z : {1.0, 1.3, 2.0, 2.01, 5.7, 300.0}) {
-            const test::Setting setting{"magnifier", CircleProperties("magnifier", r, x, y, z), r > 40};
+            const Setting setting{"magnifier", CircleProperties("magnifier", r, x, y, z), r > 40};
             ASSERT_NO_FATAL_FAILURE(
-                test::ExpectComputes(setting, [&, radius = r, cx = x, cy = y](HostFrame& frame) {
+                ExpectComputes(setting, [&, radius = r, cx = x, cy = y](HostFrame& frame) {
                     Magnify(frame, radius, cx, cy, z);
                 }));
         }
@@ -402,13 +400,13 @@ TEST(Tensile, StretchesTheBandAndSqueezesTheRest) {
                              {true, true, 120, 300, 1.3, 140, 401, 1.7},
                              {true, true, 1, 3, 0.5, 8, 15, 1.9},
                              {true, true, 1, 3, 1.5, 15, 8, 1.9}}) {
-        ASSERT_NO_FATAL_FAILURE(test::ExpectComputes({"tensile", t.Settings()}, t));
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes({"tensile", t.Settings()}, t));
     }
 }
 
 // 300 to 400 by 1.5 on 480 rows: rows 0 to 249 show 0 to 298, 250 to 399 the band, the rest stays.
 TEST(Tensile, ByHand) {
-    auto frame = test::MakeFrame({YUV420P, 2, 480});
+    auto frame = MakeFrame({YUV420P, 2, 480});
     for (unsigned y = 0; y < 480; ++y) frame->planes[0].At(0, y) = static_cast<Byte>(y / 2);
     test::Run(*MakeVideo({"tensile", Tensile{true, false, 300, 400, 1.5, 0, 0, 0}.Settings()}), *frame);
     for (const auto& [y, from] :
@@ -427,7 +425,7 @@ struct Atomize {
         HostFrame::Plane& first = frame.planes[0];
         const bool packed = frame.GetPixelFormat() == BGRA;
         const unsigned unit = packed ? 4 : 1, width = first.width / unit, height = first.rows;
-        const test::Layout layout = test::LayoutOf(frame.GetPixelFormat());
+        const Layout layout = LayoutOf(frame.GetPixelFormat());
         for (unsigned y = 0; y < height; ++y)
             for (unsigned x = 0; x < width; ++x) {
                 const unsigned d = static_cast<unsigned>(std::rand()) % level;
@@ -459,15 +457,15 @@ TEST(Atomize, ScattersAndRepeatsTheScatter) {
                 proc->SetProperty("atomize_isvertical", a.vertical ? "1" : "0");
                 proc->SetProperty("atomize_level", std::to_string(a.level).c_str());
                 for (const unsigned seed : {5u, 6u}) { // the second frame draws nothing
-                    auto frame = test::MakeFrame({format, 37, 22, padding, 0, padding == 3}, seed);
+                    auto frame = MakeFrame({format, 37, 22, padding, 0, padding == 3}, seed);
                     HostFrame expected = *frame;
                     std::srand(5);
                     a.Draw(expected);
                     std::srand(seed == 5 ? 5 : 99);
                     test::Run(*proc, *frame);
-                    ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected,
-                                                             "level " + std::to_string(a.level) +
-                                                                 ", format " + std::to_string(format)));
+                    ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, expected,
+                                                       "level " + std::to_string(a.level) + ", format " +
+                                                           std::to_string(format)));
                 }
             }
 }
@@ -475,7 +473,7 @@ TEST(Atomize, ScattersAndRepeatsTheScatter) {
 TEST(Atomize, ChangesWithItsPropertiesOnly) {
     const auto proc = MakeVideo("atomize", {{"atomize_ishorizontal", "1"}, {"atomize_level", "9"}});
     const auto render = [&](unsigned width = 64, unsigned height = 40) {
-        auto frame = test::MakeFrame({BGRA, width, height}, 5);
+        auto frame = MakeFrame({BGRA, width, height}, 5);
         test::Run(*proc, *frame);
         return frame->planes[0].bytes;
     };
@@ -487,14 +485,14 @@ TEST(Atomize, ChangesWithItsPropertiesOnly) {
     proc->SetProperty("atomize_level", "9");
     EXPECT_EQ(render(), first);
     proc->SetProperty("atomize_level", "0");
-    EXPECT_EQ(render(), test::MakeFrame({BGRA, 64, 40}, 5)->planes[0].bytes);
+    EXPECT_EQ(render(), MakeFrame({BGRA, 64, 40}, 5)->planes[0].bytes);
     proc->SetProperty("atomize_level", "9");
     EXPECT_NE(render(), first);
     // A frame that is not served takes the turn of the first one.
     proc->SetProperty("atomize_level", "8");
-    auto unserved = test::MakeFrame({RGB24, 8, 8});
+    auto unserved = MakeFrame({RGB24, 8, 8});
     test::Run(*proc, *unserved);
-    EXPECT_EQ(render(), test::MakeFrame({BGRA, 64, 40}, 5)->planes[0].bytes);
+    EXPECT_EQ(render(), MakeFrame({BGRA, 64, 40}, 5)->planes[0].bytes);
 }
 
 } // namespace

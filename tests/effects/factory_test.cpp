@@ -10,25 +10,23 @@
 namespace {
 
 using namespace AVBased;
-
-int Code() { return GetBaseException()->GetExceptionCode(); }
-std::string Message() { return GetBaseException()->GetExceptionMsg(); }
+using namespace test;
 
 TEST(Factory, RefusesWhatIsNotExactlyAName) {
     for (const char* name : {"Gray", "gray ", "", "gra", "EffectNameMkBaseTransition"}) {
         GetBaseException()->Clear();
-        EXPECT_EQ(test::CreateVideo(name), nullptr) << name;
+        EXPECT_EQ(CreateVideo(name), nullptr) << name;
         EXPECT_EQ(Code(), 10021005);
         EXPECT_EQ(Message(), "Effect with the name does not exist");
     }
-    EXPECT_EQ(test::CreateAudio("gray"), nullptr);
+    EXPECT_EQ(CreateAudio("gray"), nullptr);
     EXPECT_EQ(Code(), 10021005);
-    EXPECT_EQ(test::CreateVideo("audio_volume"), nullptr);
-    EXPECT_EQ(test::CreateVideo(nullptr), nullptr);
+    EXPECT_EQ(CreateVideo("audio_volume"), nullptr);
+    EXPECT_EQ(CreateVideo(nullptr), nullptr);
     EXPECT_EQ(Code(), 10021003);
     EXPECT_EQ(Message(), "Bad pointer");
-    EXPECT_EQ(test::CreateAudio(nullptr), nullptr);
-    const test::VideoProc proc = test::MakeVideo("gray");
+    EXPECT_EQ(CreateAudio(nullptr), nullptr);
+    const VideoProc proc = MakeVideo("gray");
     EXPECT_EQ(Code(), 10021003) << "a success leaves the older error";
 }
 
@@ -54,13 +52,13 @@ void ExpectDescribed(IAVProc& proc, const EffectInfo& effect) {
 
 TEST(Factory, MakesEveryCataloguedEffectWithItsProperties) {
     for (const EffectInfo& effect : kVideoEffects) {
-        const test::VideoProc proc = test::MakeVideo(effect.name);
+        const VideoProc proc = MakeVideo(effect.name);
         EXPECT_EQ(proc->GetType(), 1u);
         EXPECT_EQ(proc->GetInterface("IVideoProc"), static_cast<void*>(proc.get()));
         ExpectDescribed(*proc, effect);
     }
     for (const EffectInfo& effect : kAudioEffects) {
-        const test::AudioProc proc = test::MakeAudio(effect.name);
+        const AudioProc proc = MakeAudio(effect.name);
         EXPECT_EQ(proc->GetType(), 2u);
         EXPECT_EQ(proc->GetInterface("IAudioProc"), static_cast<void*>(proc.get()));
         ExpectDescribed(*proc, effect);
@@ -73,9 +71,9 @@ TEST(Factory, TheCatalogueSaysWhichEffectsNeedSettings) {
         if (effect.kind == EffectKind::Transition) continue; // the host's pictures are one
         bool changes = false;
         for (const int time : {0, 1, 400, 1500}) {
-            const test::VideoProc proc = test::MakeVideo(effect.name);
+            const VideoProc proc = MakeVideo(effect.name);
             proc->SetProperty("duration", "1000");
-            auto frame = test::MakeFrame({BGRA, 640, 480}, 7);
+            auto frame = MakeFrame({BGRA, 640, 480}, 7);
             std::memset(frame->planes[0].Data(), 0, 2); // black, and some of it opaque
             std::memset(frame->planes[0].Data() + 2, 0, 1);
             const auto before = frame->planes[0].bytes;
@@ -85,8 +83,8 @@ TEST(Factory, TheCatalogueSaysWhichEffectsNeedSettings) {
         EXPECT_EQ((effect.traits & kNeedsSettings) == 0, changes) << effect.name;
     }
     for (const EffectInfo& effect : kAudioEffects) {
-        const test::AudioProc proc = test::MakeAudio(effect.name);
-        test::HostSound sound({.samples = 500});
+        const AudioProc proc = MakeAudio(effect.name);
+        HostSound sound({.samples = 500});
         sound.Randomise(1);
         const auto before = sound.buffers;
         proc->ProcFrameInPlace(&sound);
@@ -95,7 +93,7 @@ TEST(Factory, TheCatalogueSaysWhichEffectsNeedSettings) {
 }
 
 TEST(Factory, ObjectsAreIndependent) {
-    const test::VideoProc a = test::MakeVideo("simple_gauss_blur"), b = test::MakeVideo("simple_gauss_blur");
+    const VideoProc a = MakeVideo("simple_gauss_blur"), b = MakeVideo("simple_gauss_blur");
     EXPECT_NE(a.get(), b.get());
     a->SetProperty("blur_count", "3");
     EXPECT_STREQ(b->GetProperty("blur_count", nullptr), "1");
@@ -103,7 +101,7 @@ TEST(Factory, ObjectsAreIndependent) {
 
 // A host calls by slot: the same processor through raw vtable access only.
 TEST(Factory, ProcessorsAnswerBySlot) {
-    test::VideoProc owner = test::MakeVideo("gray");
+    VideoProc owner = MakeVideo("gray");
     void* proc = owner.release();
     void** table = *static_cast<void***>(proc);
     const auto setProperty = reinterpret_cast<bool (*)(void*, const char*, const char*)>(table[5]);
@@ -112,7 +110,7 @@ TEST(Factory, ProcessorsAnswerBySlot) {
     const auto free = reinterpret_cast<void (*)(void*)>(table[1]);
     EXPECT_TRUE(setProperty(proc, "duration", "321"));
     EXPECT_EQ(getDuration(proc), 321u);
-    auto frame = test::MakeFrame({BGRA, 1, 1});
+    auto frame = MakeFrame({BGRA, 1, 1});
     std::memcpy(frame->planes[0].Data(), "\x01\x02\x06\x09", 4);
     ImagePostion position{};
     procInPlace(proc, &position, 0, static_cast<IRawVideoFrame*>(frame.get()));
@@ -125,12 +123,12 @@ TEST(Effects, LeaveOtherFormatsAlone) {
         for (const unsigned format : {unsigned{RGB24}, unsigned{YUV444P}}) {
             if (effect.kind == EffectKind::Transition) continue; // they serve whatever can be converted
             GetBaseException()->Clear();
-            const test::VideoProc proc = test::MakeVideo(effect.name);
-            auto frame = test::MakeFrame({format, 20, 10, 3}, 4);
-            const test::HostFrame original = *frame;
+            const VideoProc proc = MakeVideo(effect.name);
+            auto frame = MakeFrame({format, 20, 10, 3}, 4);
+            const HostFrame original = *frame;
             test::Run(*proc, *frame);
-            ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, original, effect.name));
-            EXPECT_EQ(Code(), test::ReportsOtherFormats(effect.name) ? 10021008 : 0);
+            ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, original, effect.name));
+            EXPECT_EQ(Code(), ReportsOtherFormats(effect.name) ? 10021008 : 0);
         }
 }
 

@@ -9,11 +9,7 @@
 namespace {
 
 using namespace AVBased;
-using test::ExpectComputes;
-using test::ForPixels;
-using test::ForSamples;
-using test::HostFrame;
-using test::MakeVideo;
+using namespace test;
 using Byte = unsigned char;
 
 constexpr unsigned kWithAlpha[] = {BGRA, YUVA420P, YUVA444P};
@@ -53,7 +49,7 @@ const auto kUnchanged = [](HostFrame&) {};
 
 TEST(AlphaFades, ScaleAlphaByTheLevelOfTheMoment) {
     struct Case {
-        test::Setting setting;
+        Setting setting;
         int time;
         long long level;
     };
@@ -89,8 +85,7 @@ TEST(DirectFades, MixTowardsTheColour) {
     const Colour bgr{{0x56, 0x34, 0x82}}; // 0x823456
     // 0.257 * 130 + 0.504 * 52 + 0.098 * 86 + 16 = 84.046, and so on, cut.
     const Colour yuv{{84, 131, 159}};
-    const auto expect = [](const test::Setting& setting, Colour packed, Colour planar, long long level,
-                           int time) {
+    const auto expect = [](const Setting& setting, Colour packed, Colour planar, long long level, int time) {
         const auto mix = Mix(packed, planar, level);
         ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, mix, mix, time));
     };
@@ -112,11 +107,11 @@ TEST(DirectFades, MixTowardsTheColour) {
 
 TEST(DirectFades, EndAtTheColour) {
     const auto proc = MakeVideo("directfadeout", {{"duration", "40"}, {"fadeout_color", "16777215"}});
-    auto packed = test::MakeFrame({BGRA, 1, 1});
+    auto packed = MakeFrame({BGRA, 1, 1});
     std::memcpy(packed->planes[0].Data(), "\x01\x02\x03\x04", 4);
     test::Run(*proc, *packed, 40);
     EXPECT_EQ(std::memcmp(packed->planes[0].Data(), "\xFF\xFF\xFF\x04", 4), 0);
-    auto planar = test::MakeFrame({YUV420P, 2, 2});
+    auto planar = MakeFrame({YUV420P, 2, 2});
     test::Run(*proc, *planar, 40);
     EXPECT_EQ(planar->planes[0].At(1, 1), 235);
     EXPECT_EQ(planar->planes[1].At(0, 0), 128);
@@ -130,16 +125,16 @@ TEST(Fades, LeaveFramesBeyondTheSpanAlone) {
     for (const char* fade : kFades)
         for (const unsigned format : kWithAlpha)
             for (const int time : {101, -1, 2147483647}) {
-                auto frame = test::MakeFrame({format, 20, 10, 3}, 4);
+                auto frame = MakeFrame({format, 20, 10, 3}, 4);
                 const HostFrame original = *frame;
                 test::Run(*MakeVideo(fade, {{"duration", "100"}}), *frame, time);
-                test::ExpectSame(*frame, original, fade);
+                ExpectSame(*frame, original, fade);
             }
     EXPECT_EQ(GetBaseException()->GetExceptionCode(), 0);
 }
 
 TEST(Fades, TakeTheFramesOwnTimeWhenNoneIsGiven) {
-    auto frame = test::MakeFrame({BGRA, 4, 4});
+    auto frame = MakeFrame({BGRA, 4, 4});
     frame->planes[0].At(3, 0) = 200;
     frame->SetTimeStamp(25);
     test::Run(*MakeVideo("fadein", {{"duration", "50"}}), *frame, -2147483647 - 1);
@@ -149,9 +144,9 @@ TEST(Fades, TakeTheFramesOwnTimeWhenNoneIsGiven) {
 TEST(Fades, SayThatTheSpanIsEmpty) {
     for (const char* fade : kFades) {
         const auto proc = MakeVideo(fade, {{"duration", "0"}});
-        const test::Shape shape{YUVA420P, 20, 10, 3};
-        ASSERT_NO_FATAL_FAILURE(test::ExpectRefuses(*proc, shape, "duration"));
-        for (const int time : {5, -1}) test::ExpectLeavesAlone(*proc, shape, time); // beyond it nothing fades
+        const Shape shape{YUVA420P, 20, 10, 3};
+        ASSERT_NO_FATAL_FAILURE(ExpectRefuses(*proc, shape, "duration"));
+        for (const int time : {5, -1}) ExpectLeavesAlone(*proc, shape, time); // beyond it nothing fades
     }
 }
 

@@ -8,30 +8,29 @@
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::Plane8;
+using namespace test;
 
 // The plain computation gets the first three planes, and the format's layout.
-void ExpectComputes(const test::Setting& setting, bool packed,
-                    const std::function<void(const std::vector<Plane8>&, test::Layout)>& plain) {
+void ExpectComputes(const Setting& setting, bool packed,
+                    const std::function<void(const std::vector<Plane8>&, Layout)>& plain) {
     const auto compute = [&](HostFrame& frame) {
         std::vector<Plane8> planes;
         for (HostFrame::Plane& p : frame.planes) planes.push_back({p.Data(), p.width, p.pitch, p.rows});
         planes.resize(std::min<size_t>(planes.size(), 3));
-        plain(planes, test::LayoutOf(frame.GetPixelFormat()));
+        plain(planes, LayoutOf(frame.GetPixelFormat()));
     };
     if (packed)
-        test::ExpectComputes(setting, test::kPacked, compute);
+        ExpectComputes(setting, kPacked, compute);
     else
-        test::ExpectComputes(setting, test::kPlanarFormats, compute);
+        ExpectComputes(setting, kPlanarFormats, compute);
 }
 
 // White is 235.045, 128, 128 truncated, and 0xFF8000 is 146.047, 53.012, 192.841. Without orange no colour is
 // set.
-void ExpectSpotlight(test::Setting setting, test::PlainSpotlight light, bool orange) {
+void ExpectSpotlight(Setting setting, PlainSpotlight light, bool orange) {
     if (orange) setting.properties.emplace_back("spotlight_color", "16744448");
     for (const bool packed : {true, false})
-        ExpectComputes(setting, packed, [&](const auto& planes, test::Layout layout) {
+        ExpectComputes(setting, packed, [&](const auto& planes, Layout layout) {
             if (packed)
                 light.colours = orange ? std::vector{0, 128, 255} : std::vector{255, 255, 255};
             else
@@ -46,15 +45,15 @@ TEST(Spotlight, LightsADisc) {
     for (const int radius : {5, 2, 70, 400, 2147483647})
         for (const auto& [percent, density] : {std::pair{50, 40}, {-33, 100}, {7, -300}})
             for (const int y : {4, -1, 6}) {
-                const test::Setting setting{"spotlight",
-                                            {{"spotlight_x", "8"},
-                                             {"spotlight_y", std::to_string(y)},
-                                             {"spotlight_r", std::to_string(radius)},
-                                             {"spotlight_brightness", std::to_string(percent)},
-                                             {"spotlight_density", std::to_string(density)}},
-                                            y == 4};
+                const Setting setting{"spotlight",
+                                      {{"spotlight_x", "8"},
+                                       {"spotlight_y", std::to_string(y)},
+                                       {"spotlight_r", std::to_string(radius)},
+                                       {"spotlight_brightness", std::to_string(percent)},
+                                       {"spotlight_density", std::to_string(density)}},
+                                      y == 4};
                 // Above the picture is far below it.
-                const test::PlainSpotlight plain = {
+                const PlainSpotlight plain = {
                     8, static_cast<unsigned>(y), radius, percent * 256 / 100, density, {}};
                 ASSERT_NO_FATAL_FAILURE(ExpectSpotlight(setting, plain, y == 4));
             }
@@ -65,38 +64,37 @@ TEST(Spotlight, LightsADisc) {
 
 TEST(Spotlight, SaysThatTheRadiusIsTooSmall) {
     for (const char* radius : {"1", "0", "-5", "-2147483648"})
-        test::ExpectRefuses("spotlight",
-                            {{"spotlight_x", "5"}, {"spotlight_y", "5"}, {"spotlight_r", radius}},
-                            "spotlight_r");
+        ExpectRefuses("spotlight", {{"spotlight_x", "5"}, {"spotlight_y", "5"}, {"spotlight_r", radius}},
+                      "spotlight_r");
 }
 
 TEST(EdgeLight, ShowsHowSteepThePictureIs) {
     for (const int level : {3, -20, 91, 1000, 2147483647, -2147483647 - 1})
         for (const bool packed : {true, false})
             ExpectComputes({"edgelight", {{"edgelight_level", std::to_string(level)}}}, packed,
-                           [&](const auto& planes, test::Layout layout) {
+                           [&](const auto& planes, Layout layout) {
                                for (size_t i = 0; i < planes.size(); ++i)
-                                   test::PlainEdgeLight(planes[i], layout.pixelBytes, level, i ? 128 : 0);
+                                   PlainEdgeLight(planes[i], layout.pixelBytes, level, i ? 128 : 0);
                            });
 }
 
 TEST(Radiate, AddsWhatLiesOnTheWayToTheCentre) {
-    for (const test::PlainRays& rays :
-         {test::PlainRays{20, 3, 500}, {-100, 900, 300}, {31, 2, -200}, {9, 9, 40000}, {5, 3, 0}})
+    for (const PlainRays& rays :
+         {PlainRays{20, 3, 500}, {-100, 900, 300}, {31, 2, -200}, {9, 9, 40000}, {5, 3, 0}})
         ExpectComputes({"radiate",
                         {{"radiate_x", std::to_string(rays.x)},
                          {"radiate_y", std::to_string(rays.y)},
                          {"radiate_level", std::to_string(rays.level)}}},
-                       false, [&](const auto& planes, test::Layout layout) {
+                       false, [&](const auto& planes, Layout layout) {
                            const size_t w = planes[0].width, h = planes[0].rows;
                            rays.Radiate(planes[0], 1, w, h, 0, 0, rays.PlainTone());
                            for (const size_t i : {1u, 2u})
                                rays.Radiate(planes[i], 1, w, h, layout.hShift, layout.vShift,
-                                            test::PlainRays::ChromaTone);
+                                            PlainRays::ChromaTone);
                        });
     // As it is before anything is set.
-    ExpectComputes({"radiate"}, true, [](const auto& planes, test::Layout) {
-        const test::PlainRays rays = {300, 300, 300};
+    ExpectComputes({"radiate"}, true, [](const auto& planes, Layout) {
+        const PlainRays rays = {300, 300, 300};
         rays.Radiate(planes[0], 4, planes[0].width / 4, planes[0].rows, 0, 0, rays.MmxTone());
     });
 }

@@ -7,28 +7,26 @@
 namespace {
 
 using namespace AVBased;
-using test::ExpectComputes;
-using test::HostFrame;
-using test::MakeVideo;
+using namespace test;
 
-test::Plane View(HostFrame& frame, size_t plane) {
+Plane View(HostFrame& frame, size_t plane) {
     auto& p = frame.planes[plane];
     return {p.Data(), p.width, p.pitch, p.rows};
 }
 
 // B, G and R, or Y, U and V.
-std::array<test::Channel, 3> ChannelsOf(HostFrame& frame) {
-    const test::Plane first = View(frame, 0);
-    if (frame.GetPixelFormat() == BGRA) return {test::Channel{first, 4, 0}, {first, 4, 1}, {first, 4, 2}};
-    const test::Layout layout = test::LayoutOf(frame.GetPixelFormat());
-    return {test::Channel{first},
+std::array<Channel, 3> ChannelsOf(HostFrame& frame) {
+    const Plane first = View(frame, 0);
+    if (frame.GetPixelFormat() == BGRA) return {Channel{first, 4, 0}, {first, 4, 1}, {first, 4, 2}};
+    const Layout layout = LayoutOf(frame.GetPixelFormat());
+    return {Channel{first},
             {View(frame, 1), 1, 0, layout.hShift, layout.vShift},
             {View(frame, 2), 1, 0, layout.hShift, layout.vShift}};
 }
 
 TEST(Stroke, DrawsWhatDiffersByMoreThanThePressureAllows) {
     struct Case {
-        test::Setting setting;
+        Setting setting;
         uint32_t threshold;
     };
     // A value is taken off 100 in 32 bits without sign, and the default's text reads as 0.
@@ -44,18 +42,18 @@ TEST(Stroke, DrawsWhatDiffersByMoreThanThePressureAllows) {
         ExpectComputes(c.setting, [&](HostFrame& frame) {
             if (frame.GetPixelFormat() == YUV410P) return; // not drawn
             if (frame.GetPixelFormat() == BGRA) {
-                test::StrokedPixels(View(frame, 0), c.threshold);
+                StrokedPixels(View(frame, 0), c.threshold);
                 return;
             }
-            test::FillPitch(frame.planes[1], 117);
-            test::FillPitch(frame.planes[2], 136);
-            test::StrokedSamples(View(frame, 0), c.threshold);
+            FillPitch(frame.planes[1], 117);
+            FillPitch(frame.planes[2], 136);
+            StrokedSamples(View(frame, 0), c.threshold);
         });
 }
 
 TEST(Portrait, FadesFromTheFrameIntoThePicture) {
     struct Case {
-        test::Setting setting;
+        Setting setting;
         long band;
         uint8_t pixel[4]; // B, G, R, A
         uint8_t samples[3];
@@ -78,8 +76,8 @@ TEST(Portrait, FadesFromTheFrameIntoThePicture) {
             const bool packed = frame.GetPixelFormat() == BGRA;
             const size_t width = channels[0].Width(), height = channels[0].plane.rows;
             for (size_t i = 0; i < 3; ++i)
-                test::Portrait(channels[i], width, height, c.band, packed ? c.pixel[i] : c.samples[i]);
-            if (packed) test::Portrait({View(frame, 0), 4, 3}, width, height, c.band, c.pixel[3], true);
+                Portrait(channels[i], width, height, c.band, packed ? c.pixel[i] : c.samples[i]);
+            if (packed) Portrait({View(frame, 0), 4, 3}, width, height, c.band, c.pixel[3], true);
         });
 }
 
@@ -97,13 +95,13 @@ TEST(OilPainting, TakesTheMeanOfTheMostFrequentBrightness) {
                           {"8", "20", 8, 20},
                           {"2", "256", 2, 256},
                           {"2147483647", "2147483647", 300, 256}}) {
-        test::Setting setting = {"oilpainting", {}, c.r < 100};
+        Setting setting = {"oilpainting", {}, c.r < 100};
         if (c.radius)
             setting.properties = {{"oilpainting_brushsize", c.radius}, {"oilpainting_coarseness", c.levels}};
         ExpectComputes(setting, [&](HostFrame& frame) {
             const bool packed = frame.GetPixelFormat() == BGRA;
-            test::Oil(ChannelsOf(frame), packed ? 1 : 0, c.r, c.l);
-            if (packed) test::ForPixels(frame, [](unsigned char* p) { p[3] = 0; });
+            Oil(ChannelsOf(frame), packed ? 1 : 0, c.r, c.l);
+            if (packed) ForPixels(frame, [](unsigned char* p) { p[3] = 0; });
         });
     }
 }
@@ -115,11 +113,11 @@ TEST(Paint, LeavesTheFrameWhereNothingCanBePainted) {
     for (const Case& c : {Case{"portrait", "portrait_width", "-20"},
                           {"oilpainting", "oilpainting_brushsize", "-1"},
                           {"oilpainting", "oilpainting_coarseness", "-1"}})
-        test::ExpectRefuses(c.effect, {{c.property, c.value}}, c.property);
+        ExpectRefuses(c.effect, {{c.property, c.value}}, c.property);
     // No band is nothing to paint, and nothing to say. The registered text counts as 0 too.
     for (const char* width : {"0", "0xffffffff"})
         for (const unsigned format : {BGRA, YUV420P})
-            test::ExpectLeavesAlone(*MakeVideo("portrait", {{"portrait_width", width}}), {format, 20, 12});
+            ExpectLeavesAlone(*MakeVideo("portrait", {{"portrait_width", width}}), {format, 20, 12});
 }
 
 } // namespace

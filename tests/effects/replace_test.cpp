@@ -9,16 +9,13 @@
 #include "tests/support/host_manager.h"
 #include "tests/support/host_sound.h"
 #include "tests/support/plugin.h"
+#include "tests/support/record.h"
 
 namespace {
 
 using namespace AVBased;
-using test::HostSound;
-using test::SoundShape;
-using Bytes = test::GuardedBytes;
-
-int Code() { return GetBaseException()->GetExceptionCode(); }
-std::string Message() { return GetBaseException()->GetExceptionMsg(); }
+using namespace test;
+using Bytes = GuardedBytes;
 
 /// What a file holds, in order.
 struct Item {
@@ -38,15 +35,15 @@ struct File {
 
 class Replace : public testing::Test {
 protected:
-    test::AudioProc Open(const char* loop) {
+    AudioProc Open(const char* loop) {
         GetBaseException()->Clear();
         m_Manager.sought.clear();
         m_Manager.sources["file"] = {
             .make = [this](AVItem& item, size_t number) { return Make(item, number); },
             .seekable = m_File.seekable,
             .duration = m_File.duration};
-        return test::MakeAudio("audio_replace",
-                               {{"audio_replace_loop", loop}, {"audio_replace_path", "file"}}, &m_Manager);
+        return MakeAudio("audio_replace", {{"audio_replace_loop", loop}, {"audio_replace_path", "file"}},
+                         &m_Manager);
     }
     /// The sound of so many samples in one frame.
     static std::vector<uint16_t> Take(IAudioProc& proc, unsigned samples) {
@@ -92,7 +89,7 @@ protected:
     }
 
     File m_File;
-    test::HostManager m_Manager;
+    HostManager m_Manager;
     size_t m_Next = 0, m_Sample = 0;
     std::unique_ptr<HostSound> m_Sound;
 };
@@ -113,7 +110,7 @@ TEST_F(Replace, PlaysTheFileThenSilenceOrTheFileAgain) {
         for (const bool loops : {false, true}) {
             SCOPED_TRACE(std::to_string(total) + (loops ? " samples, again and again" : " samples, once"));
             m_File = {.items = items};
-            const test::AudioProc proc = Open(loops ? "1" : "0");
+            const AudioProc proc = Open(loops ? "1" : "0");
             ASSERT_NO_FATAL_FAILURE(ExpectCounts(*proc, total, loops));
             EXPECT_EQ(m_Manager.sought.empty(), !loops || total > 3738);
             EXPECT_EQ(Code(), 0);
@@ -138,7 +135,7 @@ TEST_F(Replace, EndsWhereReadingFailsOrGivesNoSound) {
              {{.samples = 100, .format = 5}},
              {{.kind = Kind::NoBuffer, .samples = 10}}}) {
         m_File = {.items = items};
-        const test::AudioProc proc = Open("1");
+        const AudioProc proc = Open("1");
         EXPECT_TRUE(proc->Seek(0));
         EXPECT_EQ(Take(*proc, 50), std::vector<uint16_t>(100));
         EXPECT_EQ(Take(*proc, 60), std::vector<uint16_t>(120));
@@ -152,7 +149,7 @@ TEST_F(Replace, EndsWhereReadingFailsOrGivesNoSound) {
     m_File.items.push_back({.samples = 30});
     ASSERT_NO_FATAL_FAILURE(ExpectCounts(*Open("1"), 30, true));
     m_File = {.items = {{.kind = Kind::NoObject}}, .endless = true};
-    const test::AudioProc barren = Open("0");
+    const AudioProc barren = Open("0");
     GetBaseException()->Clear();
     EXPECT_EQ(Take(*barren, 10), std::vector<uint16_t>(20));
     EXPECT_EQ(Take(*barren, 10), std::vector<uint16_t>(20)) << "without another such search";
@@ -164,7 +161,7 @@ TEST_F(Replace, RepeatsTheShortestFilesAtAnotherRate) {
     for (const unsigned samples : {4u, 17u, 60u})
         for (const unsigned rate : {8000u, 44100u, 192000u}) {
             m_File = {.items = {{.samples = samples, .rate = rate}}};
-            const test::AudioProc proc = Open("1");
+            const AudioProc proc = Open("1");
             for (int i = 0; i < 3; ++i) {
                 const std::vector<uint16_t> sound = Take(*proc, 1000);
                 EXPECT_GT(
@@ -178,8 +175,8 @@ TEST_F(Replace, RepeatsTheShortestFilesAtAnotherRate) {
 
 TEST_F(Replace, SeeksInTheFileAndForgetsWhatIsQueued) {
     m_File.items = {{.samples = 100}, {.samples = 100}};
-    EXPECT_FALSE(test::MakeAudio("audio_replace")->Seek(0)) << "no file";
-    const test::AudioProc proc = Open("0");
+    EXPECT_FALSE(MakeAudio("audio_replace")->Seek(0)) << "no file";
+    const AudioProc proc = Open("0");
     Take(*proc, 30);
     EXPECT_TRUE(proc->Seek(12'345'678));
     EXPECT_EQ(Take(*proc, 1)[0], 0) << "the rest of the first hundred is gone";
@@ -199,7 +196,7 @@ TEST_F(Replace, SeeksInTheFileAndForgetsWhatIsQueued) {
 
 TEST_F(Replace, FollowsTheFramesKindAndKeepsWhatIsConverted) {
     m_File.items = {{.samples = 10}, {.samples = 10}};
-    const test::AudioProc proc = Open("0");
+    const AudioProc proc = Open("0");
     Take(*proc, 8); // four values of the first ten samples stay queued
     HostSound wide({.format = sfSigned32, .samples = 4});
     proc->ProcFrameInPlace(&wide);
@@ -212,7 +209,7 @@ TEST_F(Replace, FollowsTheFramesKindAndKeepsWhatIsConverted) {
 
     // One buffer a channel: the first is filled.
     m_File.items = {{.samples = 4}};
-    const test::AudioProc planar = Open("1");
+    const AudioProc planar = Open("1");
     HostSound apart({.interleaved = false, .samples = 4});
     apart.Randomise(9);
     const Bytes second = apart.buffers[1];
@@ -233,10 +230,9 @@ TEST_F(Replace, RecordsWhyAFrameStaysAsItIs) {
         EXPECT_EQ(sound.buffers, original);
         return Message();
     };
-    EXPECT_NE(
-        refused(*test::MakeAudio("audio_replace"), HostSound({.samples = 10})).find("audio_replace_path"),
-        std::string::npos);
-    const test::AudioProc proc = Open("0");
+    EXPECT_NE(refused(*MakeAudio("audio_replace"), HostSound({.samples = 10})).find("audio_replace_path"),
+              std::string::npos);
+    const AudioProc proc = Open("0");
     HostSound without({.samples = 10});
     without.hasBuffers = false;
     EXPECT_EQ(refused(*proc, without), "get audio buffer error.");
@@ -249,7 +245,7 @@ TEST_F(Replace, RecordsWhyAFrameStaysAsItIs) {
 
 TEST_F(Replace, OwnsItsFileAndInsistsOnOne) {
     {
-        const test::AudioProc proc = Open("0");
+        const AudioProc proc = Open("0");
         EXPECT_EQ(m_Manager.opened.size(), 1u);
         proc->SetProperty("audio_replace_path", "file");
         EXPECT_EQ(m_Manager.opened.size(), 2u);
@@ -258,7 +254,7 @@ TEST_F(Replace, OwnsItsFileAndInsistsOnOne) {
         EXPECT_DEATH(proc->SetProperty("audio_replace_path", "missing"), "Assertion .m_pSource. failed");
     }
     EXPECT_EQ(m_Manager.readers, 0);
-    EXPECT_DEATH(test::MakeAudio("audio_replace")->SetProperty("audio_replace_path", "file"), "m_pSource");
+    EXPECT_DEATH(MakeAudio("audio_replace")->SetProperty("audio_replace_path", "file"), "m_pSource");
 }
 
 } // namespace

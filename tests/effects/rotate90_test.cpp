@@ -10,16 +10,13 @@
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::MakeVideo;
+using namespace test;
 using Byte = unsigned char;
 using kernels::PlaneArea;
 
 constexpr unsigned kServed[] = {BGRA, YUV420P};
 
-test::Setting Direction(const std::string& text) {
-    return {"EffectNameRotate90X", {{"Rotate90XDerection", text}}};
-}
+Setting Direction(const std::string& text) { return {"EffectNameRotate90X", {{"Rotate90XDerection", text}}}; }
 
 // Start and size along the longer side.
 std::pair<size_t, size_t> SpanOf(size_t shorter, size_t longer, size_t step) {
@@ -46,20 +43,20 @@ void QuarterTurn(HostFrame& frame, bool clockwise) {
             area.top = start / part;
             area.height = size / part;
         }
-        test::Turned({plane.Data(), plane.width, plane.pitch, plane.rows}, unit, area, clockwise,
-                     packed ? 0xFF000000
-                     : i    ? 128
-                            : 16);
+        Turned({plane.Data(), plane.width, plane.pitch, plane.rows}, unit, area, clockwise,
+               packed ? 0xFF000000
+               : i    ? 128
+                      : 16);
     }
 }
 
 TEST(Rotate90X, TurnsByQuarters) {
     for (const auto& [text, clockwise] : {std::pair{"1", true}, {"3", false}, {"-1", false}, {"5", true}})
-        ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes(
             Direction(text), kServed, [turn = clockwise](HostFrame& frame) { QuarterTurn(frame, turn); }));
     for (const char* text : {"0", "4", "-4"})
-        ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(Direction(text), kServed, [](HostFrame&) {}));
-    ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(Direction("-2"), kServed, [](HostFrame& frame) {
+        ASSERT_NO_FATAL_FAILURE(ExpectComputes(Direction(text), kServed, [](HostFrame&) {}));
+    ASSERT_NO_FATAL_FAILURE(ExpectComputes(Direction("-2"), kServed, [](HostFrame& frame) {
         const unsigned unit = frame.GetPixelFormat() == BGRA ? 4 : 1;
         for (HostFrame::Plane& plane : frame.planes) {
             HostFrame::Plane old = plane;
@@ -72,11 +69,11 @@ TEST(Rotate90X, TurnsByQuarters) {
 }
 
 TEST(Rotate90X, TurnsTallFrames) {
-    test::ForLevels([] {
+    ForLevels([] {
         for (const unsigned format : kServed)
             for (const auto& [width, height] :
                  {std::pair{9u, 33u}, {40u, 71u}, {68u, 68u}, {1u, 2u}, {3u, 300u}, {301u, 523u}})
-                ASSERT_NO_FATAL_FAILURE(test::ExpectFrame(
+                ASSERT_NO_FATAL_FAILURE(ExpectFrame(
                     *MakeVideo(Direction("1")), {format, width, height, 5, 1, height % 4 == 1},
                     [](HostFrame& frame) { QuarterTurn(frame, true); }, "tall"));
     });
@@ -85,7 +82,7 @@ TEST(Rotate90X, TurnsTallFrames) {
 // Two rows become one, 30 40 50 60, and four columns two: 35 over 55 in the middle.
 TEST(Rotate90X, ByHand) {
     for (const char* direction : {"1", "3"}) {
-        auto frame = test::MakeFrame({BGRA, 4, 2});
+        auto frame = MakeFrame({BGRA, 4, 2});
         for (unsigned i = 0; i < 32; ++i) frame->planes[0].bytes[i] = static_cast<Byte>(i / 4 * 10 + 10);
         test::Run(*MakeVideo(Direction(direction)), *frame);
         const bool clockwise = *direction == '1';
@@ -132,7 +129,7 @@ TEST(Rotate90X, TellsTheRectangle) {
                           {BGRA, 9, 4, "2", {0, 0, 9, 4}},
                           {YUV420P, 9, 5, "0", {0, 0, 9, 5}}}) {
         proc->SetProperty("Rotate90XDerection", c.direction);
-        test::Run(*proc, *test::MakeFrame({c.format, c.width, c.height}));
+        test::Run(*proc, *MakeFrame({c.format, c.width, c.height}));
         EXPECT_EQ(Rectangle(*proc), c.rectangle) << c.width << " by " << c.height;
     }
 }
@@ -140,8 +137,7 @@ TEST(Rotate90X, TellsTheRectangle) {
 TEST(Rotate90X, ReportsWhatItDoesNotServe) {
     for (const char* direction : {"0", "1", "2"}) {
         const auto proc = MakeVideo(Direction(direction));
-        test::ExpectRefuses(*proc, {YUVJ420P, 20, 10},
-                            "rotate 90 effect only support BGRA/yuv pixfmt, value:12");
+        ExpectRefuses(*proc, {YUVJ420P, 20, 10}, "rotate 90 effect only support BGRA/yuv pixfmt, value:12");
         int value = 7;
         for (const auto& [name, to, code] : {std::tuple{"EffectRotate90XOffZ", &value, 10021005},
                                              {static_cast<const char*>(nullptr), &value, 10021003},

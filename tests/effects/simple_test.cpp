@@ -9,12 +9,7 @@
 namespace {
 
 using namespace AVBased;
-using test::ExpectComputes;
-using test::ForPixels;
-using test::ForSamples;
-using test::HostFrame;
-using test::kPacked;
-using test::MakeVideo;
+using namespace test;
 using Byte = unsigned char;
 
 constexpr unsigned kPlanarWithAlpha[] = {YUVA420P, YUVA444P};
@@ -24,7 +19,7 @@ const auto kUnchanged = [](HostFrame&) {};
 
 TEST(Transparency, ScalesAlpha) {
     struct Case {
-        test::Setting setting;
+        Setting setting;
         long long factor;
     };
     for (const Case& c : {
@@ -75,7 +70,7 @@ TEST(ColorFilter, MakesPackedColoursTransparent) {
                     if (colour >= c.low && colour <= c.high) p[3] = 0;
                 });
             });
-    auto frame = test::MakeFrame({BGRA, 200, 50}, 8);
+    auto frame = MakeFrame({BGRA, 200, 50}, 8);
     Posterise(*frame);
     HostFrame expected = *frame;
     size_t matches = 0;
@@ -85,7 +80,7 @@ TEST(ColorFilter, MakesPackedColoursTransparent) {
         ++matches;
     });
     test::Run(*MakeVideo("colorfilter", {{"filter_color", "12615744"}}), *frame); // 0xC08040
-    test::ExpectSame(*frame, expected, "exactly the colour");
+    ExpectSame(*frame, expected, "exactly the colour");
     EXPECT_GT(matches, 20u);
 }
 
@@ -95,7 +90,7 @@ struct PlanarKey {
     static bool In(int x, int middle, int scope) { return std::abs(x - middle) <= scope; }
     // Chroma of the nearest sample there is, for sizes whose chroma is rounded down.
     void operator()(HostFrame& frame) const {
-        const unsigned shift = test::LayoutOf(frame.GetPixelFormat()).hShift;
+        const unsigned shift = LayoutOf(frame.GetPixelFormat()).hShift;
         auto& us = frame.planes[1];
         if (us.width == 0 || us.rows == 0) return;
         for (unsigned row = 0; row < frame.planes[0].rows; ++row)
@@ -147,17 +142,17 @@ void AddToLuma(HostFrame& frame, int shift, const std::vector<int>& noise) {
 }
 
 TEST(AddNoise, AddsTheGeneratorsNumbersInTheirOrder) {
-    test::ForLevels([] {
+    ForLevels([] {
         for (const auto& [level, shift] :
              {std::pair{"-12", 24}, {"-16", 28}, {"-100", 31}, {"4", 8}, {"99", 0}})
             for (const unsigned format : {unsigned{BGRA}, unsigned{YUVA420P}})
-                for (const test::Shape& shape : test::AwkwardShapes(format)) {
+                for (const Shape& shape : AwkwardShapes(format)) {
                     const auto proc = MakeVideo("addnoise", {{"addnoise_level", level}});
                     const size_t perPixel = format == BGRA ? 3 : 1;
                     for (const bool first : {true, false}) { // the second has the same grain
                         const std::vector<int> noise =
                             Draws(11, perPixel * shape.width * shape.height, shift);
-                        ASSERT_NO_FATAL_FAILURE(test::ExpectFrame(
+                        ASSERT_NO_FATAL_FAILURE(ExpectFrame(
                             *proc, shape,
                             [&, by = shift](HostFrame& frame) {
                                 (format == BGRA ? AddToPixels : AddToLuma)(frame, by, noise);
@@ -172,39 +167,39 @@ TEST(AddNoise, AddsTheGeneratorsNumbersInTheirOrder) {
 TEST(AddNoise, StartsWithAnotherLevelThanItsText) {
     const auto proc = MakeVideo("addnoise");
     const std::vector<int> noise = Draws(3, 40, 8);
-    auto frame = test::MakeFrame({YUV420P, 8, 5}, 5);
+    auto frame = MakeFrame({YUV420P, 8, 5}, 5);
     HostFrame expected = *frame;
     AddToLuma(expected, 8, noise);
     test::Run(*proc, *frame);
-    test::ExpectSame(*frame, expected, "shift 8, not 10");
+    ExpectSame(*frame, expected, "shift 8, not 10");
 }
 
 TEST(AddNoise, KeepsItsGrainForFramesOfOtherSizesAndKinds) {
     const auto proc = MakeVideo("addnoise", {{"addnoise_level", "-12"}});
-    auto unsupported = test::MakeFrame({RGB24, 8, 4});
+    auto unsupported = MakeFrame({RGB24, 8, 4});
     test::Run(*proc, *unsupported);
     const std::vector<int> noise = Draws(21, 64 * 48, 24);
     // Smaller frames use the beginning of what was drawn, larger ones draw what is missing.
     for (const auto& [width, height] : {std::pair{32u, 20u}, {20u, 10u}, {64u, 48u}, {33u, 47u}}) {
-        auto frame = test::MakeFrame({YUV422P, width, height, 7}, 5);
+        auto frame = MakeFrame({YUV422P, width, height, 7}, 5);
         HostFrame expected = *frame;
         AddToLuma(expected, 24, noise);
         test::Run(*proc, *frame);
-        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, std::to_string(width)));
+        ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, expected, std::to_string(width)));
     }
     const std::vector<int> packedNoise = Draws(22, 9 * 9 * 3, 24);
-    auto frame = test::MakeFrame({BGRA, 9, 9}, 5);
+    auto frame = MakeFrame({BGRA, 9, 9}, 5);
     HostFrame expected = *frame;
     AddToPixels(expected, 24, packedNoise);
     test::Run(*proc, *frame);
-    test::ExpectSame(*frame, expected, "packed");
+    ExpectSame(*frame, expected, "packed");
 }
 
 TEST(AddNoise, DrawsAnewWhenTheLevelChanges) {
     const auto proc = MakeVideo("addnoise", {{"addnoise_level", "-12"}});
     const auto render = [&](const char* level) {
         proc->SetProperty("addnoise_level", level);
-        auto frame = test::MakeFrame({YUV420P, 64, 64}, 5);
+        auto frame = MakeFrame({YUV420P, 64, 64}, 5);
         test::Run(*proc, *frame);
         return frame->planes[0].bytes;
     };
@@ -228,7 +223,7 @@ TEST(Mirage, ClonesTheFrameAndFreesTheCloneOnEveryPath) {
                           {YUV420P, "-200", "10"}}) {
         GetBaseException()->Clear();
         const auto proc = MakeVideo("mirage", {{"mirage_width", c.width}, {"mirage_alpha", c.alpha}});
-        auto frame = test::MakeFrame({c.format, 40, 30}, 5);
+        auto frame = MakeFrame({c.format, 40, 30}, 5);
         const HostFrame original = *frame;
         int cloned = 0, freed = 0;
         frame->onClone = [&](HostFrame& host) {
@@ -243,17 +238,17 @@ TEST(Mirage, ClonesTheFrameAndFreesTheCloneOnEveryPath) {
         const bool nothingToZoom = std::string(c.width) == "-200";
         EXPECT_EQ(GetBaseException()->GetExceptionCode(), nothingToZoom ? 10021008 : 0);
         if (nothingToZoom || c.format == RGB24 || std::string(c.alpha) != "10")
-            test::ExpectSame(*frame, original, c.alpha);
+            ExpectSame(*frame, original, c.alpha);
     }
 }
 
 TEST(Mirage, ReportsAFrameThatCannotBeCloned) {
     GetBaseException()->Clear();
-    auto frame = test::MakeFrame({BGRA, 40, 30}, 5);
+    auto frame = MakeFrame({BGRA, 40, 30}, 5);
     const HostFrame original = *frame;
     frame->onClone = [](HostFrame&) { return nullptr; };
     test::Run(*MakeVideo("mirage"), *frame);
-    test::ExpectSame(*frame, original, "no clone");
+    ExpectSame(*frame, original, "no clone");
     EXPECT_EQ(GetBaseException()->GetExceptionCode(), 10021008);
 }
 

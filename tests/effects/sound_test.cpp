@@ -13,13 +13,9 @@
 namespace {
 
 using namespace AVBased;
-using test::HostSound;
-using test::MakeAudio;
-using test::SoundShape;
+using namespace test;
 
 constexpr int kFormats[] = {1, 2, 3, 4, 7, 8, 9, 10};
-
-int Code() { return GetBaseException()->GetExceptionCode(); }
 
 HostSound Stereo16(const std::vector<int16_t>& samples) {
     HostSound sound({.samples = static_cast<unsigned>(samples.size() / 2)});
@@ -52,7 +48,7 @@ TEST(Volume, GainsInFixedPointRoundingDown) {
 
 // On every number of samples, at every level.
 TEST(Volume, GainsAllSamplesAlike) {
-    test::ForLevels([] {
+    ForLevels([] {
         for (const int volume : {50, 100, 150, 200, 1172, 12799, 12800, 7, -50})
             for (unsigned samples = 1; samples < 200; samples += samples < 70 ? 1 : 17) {
                 HostSound sound({.channels = 1, .samples = samples});
@@ -71,17 +67,17 @@ TEST(Volume, GainsAllSamplesAlike) {
 }
 
 TEST(Volume, WorksOnACopyAndOnWhateverBytesThereAre) {
-    const test::AudioProc proc = MakeAudio("audio_volume", {{"audio_volume", "0"}});
+    const AudioProc proc = MakeAudio("audio_volume", {{"audio_volume", "0"}});
     EXPECT_TRUE(proc->Seek(12345));
     HostSound sound = Stereo16({5, 6, 7, 8});
     const auto original = sound.buffers;
     auto* copy = static_cast<HostSound*>(proc->ProcFrame(&sound));
     EXPECT_EQ(sound.buffers, original);
-    EXPECT_EQ(copy->buffers[0], test::GuardedBytes(8));
+    EXPECT_EQ(copy->buffers[0], GuardedBytes(8));
     copy->Release();
     sound.buffers[0] = {1, 2, 3};
     proc->ProcFrameInPlace(&sound);
-    EXPECT_EQ(sound.buffers[0], (test::GuardedBytes{0, 0, 3}));
+    EXPECT_EQ(sound.buffers[0], (GuardedBytes{0, 0, 3}));
     sound.hasBuffers = false;
     proc->ProcFrameInPlace(&sound);
 
@@ -104,12 +100,11 @@ struct PlainFader {
 
     void Step(HostSound& sound, unsigned first, unsigned count, unsigned milliseconds) {
         const SoundShape& shape = sound.shape;
-        const size_t unit = test::SampleBytesOf(shape.format);
+        const size_t unit = SampleBytesOf(shape.format);
         const auto each = static_cast<size_t>(shape.interleaved ? shape.channels : 1);
         for (auto& buffer : sound.buffers)
             for (size_t i = first * each; i < (first + count) * each; ++i)
-                test::PlainScale(shape.format, &buffer[i * unit], !shape.interleaved && !shape.littleEndian,
-                                 scale);
+                PlainScale(shape.format, &buffer[i * unit], !shape.interleaved && !shape.littleEndian, scale);
         if (elapsed < duration && duration >= 5) scale += (end - start) / duration * 5.0;
         elapsed += milliseconds;
         scale = std::clamp(scale, 0.0, 1.0);
@@ -138,7 +133,7 @@ std::string Exact(double value) {
 }
 
 void ExpectFades(const SoundShape& shape, PlainFader plain, std::initializer_list<unsigned> sizes) {
-    const test::AudioProc proc =
+    const AudioProc proc =
         MakeAudio("audio_fader", {{"fader_start_time", "100"},
                                   {"fader_duration", std::to_string(plain.duration).c_str()},
                                   {"fader_start_scale", Exact(plain.start).c_str()},
@@ -166,7 +161,7 @@ void ExpectFades(const SoundShape& shape, PlainFader plain, std::initializer_lis
 }
 
 TEST(Fader, ScalesEveryFormatLayoutAndByteOrder) {
-    test::ForLevels([] {
+    ForLevels([] {
         for (const int format : kFormats)
             for (const bool interleaved : {false, true})
                 for (const bool little : {false, true})
@@ -195,7 +190,7 @@ TEST(Fader, CutsFramesIntoStepsAndStartsAgain) {
 }
 
 TEST(Fader, WorksInItsStretchOnceBothGainsAreSet) {
-    const test::AudioProc proc = MakeAudio("audio_fader", {{"fader_start_scale", "0.5"}});
+    const AudioProc proc = MakeAudio("audio_fader", {{"fader_start_scale", "0.5"}});
     const auto sampleAt = [&](unsigned time, unsigned samples = 2) {
         HostSound sound = Stereo16(std::vector<int16_t>(samples * 2, 1000));
         sound.time = time;
@@ -231,7 +226,7 @@ TEST(Fader, WorksInItsStretchOnceBothGainsAreSet) {
 }
 
 TEST(Fader, LeavesWhatItCannotServe) {
-    const test::AudioProc proc =
+    const AudioProc proc =
         MakeAudio("audio_fader", {{"fader_start_scale", "0.5"}, {"fader_end_scale", "inf"}});
     const auto unchanged = [&](HostSound& sound) {
         sound.Randomise(3);
@@ -261,10 +256,10 @@ TEST(FaderDeathTest, AnOffsetBeyondAnInterleavedBufferNamesTheType) {
                                                  {4, "uint16_t"}, {7, "int32_t"}, {9, "float"},
                                                  {10, "double"}};
     for (const auto& [format, type] : types) {
-        const test::AudioProc proc =
+        const AudioProc proc =
             MakeAudio("audio_fader", {{"fader_start_scale", "0.5"}, {"fader_end_scale", "1"}});
         HostSound sound({.format = format, .samples = 480});
-        sound.buffers[0].resize(240 * 2 * test::SampleBytesOf(format)); // the second step begins at its end
+        sound.buffers[0].resize(240 * 2 * SampleBytesOf(format)); // the second step begins at its end
         EXPECT_DEATH(proc->ProcFrameInPlace(&sound),
                      std::string("Assertion .sampleOffset\\*nChannels\\*sizeof\\(") + type +
                          "\\) < nSize. failed");

@@ -9,18 +9,11 @@
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::MakeFrame;
-using test::MakeVideo;
-using test::Shape;
-using test::ViewSamples;
+using namespace test;
 
 constexpr char kName[] = "EffectName3DRenderEffect";
 
-int Code() { return GetBaseException()->GetExceptionCode(); }
-std::string Message() { return GetBaseException()->GetExceptionMsg(); }
-
-test::Setting Mode(int mode, bool swap = false) {
+Setting Mode(int mode, bool swap = false) {
     return {kName, {{"render_3d_mode", std::to_string(mode)}, {"render_3d_swtich", swap ? "1" : "0"}}};
 }
 
@@ -71,9 +64,9 @@ void Draw(HostFrame& out, HostFrame left, HostFrame right, int mode) {
         if (mode < 3 || i == 3) continue;
         const ViewSamples l = SeenFrom(plane, left.planes[i]), r = SeenFrom(plane, right.planes[i]);
         if (mode == 3)
-            test::SideBySide(plane.width, plane.rows, unit, l, r, draw);
+            SideBySide(plane.width, plane.rows, unit, l, r, draw);
         else
-            test::TopAndBottom(plane.width, plane.rows, l, r, draw);
+            TopAndBottom(plane.width, plane.rows, l, r, draw);
     }
 }
 
@@ -83,23 +76,20 @@ std::vector<unsigned> AllFormats() { return {kEffectFormats.begin(), kEffectForm
 TEST(Stereo, MakesBothViewsOfOnePicture) {
     for (const int mode : {0, 3, 4, 9})
         for (const bool swap : {false, true})
-            ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(
-                Mode(mode, swap), AllFormats(),
-                [=](HostFrame& frame) {
-                    const HostFrame left = ViewOf(frame, swap), right = ViewOf(frame, !swap);
-                    Draw(frame, left, right, mode == 9 ? 0 : mode); // never set: the first one
-                }))
-                << mode;
+            ASSERT_NO_FATAL_FAILURE(ExpectComputes(Mode(mode, swap), AllFormats(), [=](HostFrame& frame) {
+                const HostFrame left = ViewOf(frame, swap), right = ViewOf(frame, !swap);
+                Draw(frame, left, right, mode == 9 ? 0 : mode); // never set: the first one
+            })) << mode;
 }
 
 TEST(Stereo, DrawsTheSecondView) {
     unsigned seed = 0;
-    test::ForLevels([&] {
+    ForLevels([&] {
         for (const int mode : {0, 3, 4})
             for (const bool swap : {false, true}) {
                 const auto proc = MakeVideo(Mode(mode, swap));
                 for (const unsigned format : AllFormats())
-                    for (const Shape& shape : test::AwkwardShapes(format)) {
+                    for (const Shape& shape : AwkwardShapes(format)) {
                         auto frame = MakeFrame(shape, ++seed), second = MakeFrame(shape, ++seed);
                         frame->subset = second.get();
                         HostFrame expected = *frame;
@@ -107,8 +97,8 @@ TEST(Stereo, DrawsTheSecondView) {
                         Draw(expected, swap ? *second : *frame, swap ? *frame : *second, mode);
                         test::Run(*proc, *frame);
                         const std::string what = std::to_string(mode) + (swap ? ", swapped, " : ", ");
-                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, what + Describe(shape)));
-                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*second, untouched, "second view"));
+                        ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, expected, what + Describe(shape)));
+                        ASSERT_NO_FATAL_FAILURE(ExpectSame(*second, untouched, "second view"));
                     }
             }
     });
@@ -118,7 +108,7 @@ TEST(Stereo, DrawsTheSecondView) {
 // smaller. Nothing outside a view is read.
 TEST(Stereo, DrawsSecondViewsOfOtherShapes) {
     unsigned seed = 0;
-    test::ForLevels([&] {
+    ForLevels([&] {
         for (const int mode : {3, 4})
             for (const bool swap : {false, true})
                 for (const unsigned format : {unsigned{BGRA}, unsigned{YUV420P}, unsigned{YUV411P}})
@@ -130,7 +120,7 @@ TEST(Stereo, DrawsSecondViewsOfOtherShapes) {
                         HostFrame expected = *frame;
                         Draw(expected, swap ? *second : *frame, swap ? *frame : *second, mode);
                         test::Run(*MakeVideo(Mode(mode, swap)), *frame);
-                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(*frame, expected, std::to_string(width)));
+                        ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, expected, std::to_string(width)));
                     }
     });
     // A frame that is its own second view.
@@ -139,7 +129,7 @@ TEST(Stereo, DrawsSecondViewsOfOtherShapes) {
     HostFrame expected = *frame;
     Draw(expected, *frame, *frame, 4);
     test::Run(*MakeVideo(Mode(4)), *frame);
-    test::ExpectSame(*frame, expected, "itself");
+    ExpectSame(*frame, expected, "itself");
 }
 
 // By hand: a row of eight pixels. Three quarters are six columns: 0 0 1 2 3 3 4 5 from the left, and two
@@ -152,8 +142,8 @@ TEST(Stereo, ByHand) {
         test::Run(*MakeVideo(Mode(mode)), *frame);
         return frame->planes[0].bytes;
     };
-    EXPECT_EQ(row(0), (test::GuardedBytes{0, 0, 1, 2, 3, 3, 4, 5}));
-    EXPECT_EQ(row(3), (test::GuardedBytes{0, 1, 3, 4, 2, 3, 5, 6}));
+    EXPECT_EQ(row(0), (GuardedBytes{0, 0, 1, 2, 3, 3, 4, 5}));
+    EXPECT_EQ(row(3), (GuardedBytes{0, 1, 3, 4, 2, 3, 5, 6}));
 }
 
 struct Freer {
@@ -184,14 +174,14 @@ TEST(Stereo, ConvertsASecondViewOfAnotherFormat) {
         HostFrame expected = *frame;
         Draw(expected, *frame, Converted(*second, BGRA, 32, 8, 0), 3);
         test::Run(*proc, *frame);
-        test::ExpectSame(*frame, expected, "converted");
+        ExpectSame(*frame, expected, "converted");
     }
     // The converter stays the one to BGRA.
     auto frame = MakeFrame({YUV422P, 32, 8}), second = MakeFrame({YUV420P, 32, 8});
     frame->subset = second.get();
     const HostFrame original = *frame;
     test::Run(*proc, *frame);
-    test::ExpectSame(*frame, original, "not served");
+    ExpectSame(*frame, original, "not served");
     EXPECT_EQ(Code(), 10021008);
 }
 
@@ -220,7 +210,7 @@ void Take(HostFrame& to, HostFrame from) {
 
 TEST(Stereo, MakesAnaglyphsOfOnePicture) {
     unsigned seed = 0;
-    test::ForLevels([&] {
+    ForLevels([&] {
         for (const int type : {1, 2}) {
             const auto proc = MakeVideo(Mode(type, true)); // exchanging views changes nothing here
             for (const auto& [text, depth] : {std::pair{"5", 20u}, {"47", 40u}, {"100", 100u}, {"250", 100u}})
@@ -233,8 +223,8 @@ TEST(Stereo, MakesAnaglyphsOfOnePicture) {
                         HostFrame expected = *frame;
                         Take(expected, Anaglyph(*frame, type, depth, format));
                         test::Run(*proc, *frame);
-                        ASSERT_NO_FATAL_FAILURE(test::ExpectSame(
-                            *frame, expected, std::string(text) + ", " + std::to_string(width)));
+                        ASSERT_NO_FATAL_FAILURE(
+                            ExpectSame(*frame, expected, std::string(text) + ", " + std::to_string(width)));
                     }
         }
     });
@@ -272,12 +262,11 @@ TEST(Stereo, AnaglyphsOfOtherFormatsShareTheWayBack) {
         HostFrame anaglyph = Anaglyph(bgra, 1, 80, BGRA);
         Take(expected, Converted(anaglyph, YUV422P, 256, 8));
         test::Run(*proc, *frame);
-        test::ExpectSame(*frame, expected, "4:2:2");
+        ExpectSame(*frame, expected, "4:2:2");
     }
     EXPECT_EQ(Code(), 0);
     for (const Shape& shape : {Shape{YUV411P, 256, 8, 3}, {YUV422P, 128, 8, 3}})
-        for (const auto& other : {MakeVideo(Mode(1)), MakeVideo(Mode(2))})
-            test::ExpectRefuses(*other, shape, "");
+        for (const auto& other : {MakeVideo(Mode(1)), MakeVideo(Mode(2))}) ExpectRefuses(*other, shape, "");
 }
 
 TEST(StereoDeathTest, AnaglyphsNeedOneOrThreePlanes) {
@@ -297,7 +286,7 @@ TEST(Stereo, KeepsDepthSwapAndDurationAsTheyCome) {
         HostFrame expected = *frame;
         Take(expected, Anaglyph(*frame, 1, depth, BGRA));
         test::Run(*proc, *frame);
-        test::ExpectSame(*frame, expected, std::to_string(depth));
+        ExpectSame(*frame, expected, std::to_string(depth));
     };
     test::Run(*proc, *MakeFrame({BGRA, 200, 4}));
     proc->SetProperty("render_3d_mode", "1");
@@ -314,7 +303,7 @@ TEST(Stereo, KeepsDepthSwapAndDurationAsTheyCome) {
     auto frame = MakeFrame({BGRA, 40, 4});
     const HostFrame right = ViewOf(*frame, true);
     test::Run(*proc, *frame);
-    test::ExpectSame(*frame, right, "still swapped");
+    ExpectSame(*frame, right, "still swapped");
 }
 
 TEST(Stereo, ReportsFramesItCantServe) {
@@ -323,7 +312,7 @@ TEST(Stereo, ReportsFramesItCantServe) {
     frame->onClone = [](HostFrame&) { return new HostFrame({BGRA, 40, 4, 8}); };
     test::Run(*MakeVideo(Mode(0)), *frame);
     EXPECT_EQ(Code(), 10021008);
-    test::ExpectSame(*frame, original, "clone of another layout");
+    ExpectSame(*frame, original, "clone of another layout");
     frame = MakeFrame({BGRA, 0, 4});
     test::Run(*MakeVideo(Mode(3)), *frame);
     test::Run(*MakeVideo(Mode(1)), *frame);

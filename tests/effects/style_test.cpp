@@ -10,12 +10,7 @@
 namespace {
 
 using namespace AVBased;
-using test::ExpectComputes;
-using test::ExpectFrame;
-using test::ExpectRefuses;
-using test::HostFrame;
-using test::MakeVideo;
-using test::Picture;
+using namespace test;
 using Byte = unsigned char;
 
 // Poster
@@ -26,7 +21,7 @@ struct Poster {
 
     void operator()(HostFrame& frame) const {
         if (frame.GetPixelFormat() == BGRA) {
-            test::ForPixels(frame, [this](Byte* p) {
+            ForPixels(frame, [this](Byte* p) {
                 const unsigned pixel = p[1] > threshold ? colour : 0;
                 for (unsigned i = 0; i < 3; ++i) p[i] = static_cast<Byte>(pixel >> (8 * i));
             });
@@ -101,7 +96,7 @@ struct Wall {
                     plane.At(x, to) = plane.At(x, from);
             }
     }
-    test::Setting Settings() const {
+    Setting Settings() const {
         return {
             "videowall",
             {{"videowall_horiTiles", std::to_string(across)}, {"videowall_verTiles", std::to_string(down)}}};
@@ -177,7 +172,7 @@ struct TileReflect {
                     return std::pair{x % w, y % h};
                 }};
     }
-    test::Setting Settings() const {
+    Setting Settings() const {
         return {"tilereflect",
                 {{"tilereflect_angle", std::to_string(angle)},
                  {"tilereflect_size", std::to_string(size)},
@@ -197,16 +192,14 @@ struct MirrorInvert {
                                      (static_cast<unsigned>(Wrapped(1LL * f * dy) >> 8) + h / 2) % h};
                 }};
     }
-    test::Setting Settings() const {
-        return {"mirrorinvert", {{"mirrorinvert_amount", std::to_string(amount)}}};
-    }
+    Setting Settings() const { return {"mirrorinvert", {{"mirrorinvert_amount", std::to_string(amount)}}}; }
 };
 
 // The frame that makes the map, and one that replays it, at every level, on tiny pictures and larger ones.
 template <class Effect>
-void ExpectMapped(const test::Setting& setting, const Effect& mapOf) {
-    for (const unsigned mask : test::kLevelMasks) {
-        const test::FeatureMask hidden(mask);
+void ExpectMapped(const Setting& setting, const Effect& mapOf) {
+    for (const unsigned mask : kLevelMasks) {
+        const FeatureMask hidden(mask);
         for (const unsigned format : {BGRA, YUV420P, YUV422P, YUV410P, YUV411P, YUVA444P})
             for (const auto& [w, h] :
                  {std::pair{1u, 1u}, {1u, 5u}, {2u, 2u}, {133u, 61u}, {98u, 103u}, {4200u, 2u}}) {
@@ -232,7 +225,7 @@ TEST(TileReflect, BendsEachTile) {
     for (const auto& [angle, same] :
          {std::pair{390, 30}, {540, 180}, {190, -170}, {-181, 179}, {-2147483648, -128}}) {
         const TileReflect turned{same, 20, 6};
-        test::Setting setting = turned.Settings();
+        Setting setting = turned.Settings();
         setting.properties[0].second = std::to_string(angle);
         ASSERT_NO_FATAL_FAILURE(
             ExpectMapped(setting, [&](unsigned w, unsigned h) { return turned.MapOf(w, h); }));
@@ -248,7 +241,7 @@ TEST(MirrorInvert, ExchangesInsideAndOutside) {
             return MirrorInvert{amount}.MapOf(w, h);
         }));
     // Without wraps: what lies at the radius of 100 and in the middle stays, 50 and 200 change places.
-    auto frame = test::MakeFrame({BGRA, 500, 200});
+    auto frame = MakeFrame({BGRA, 500, 200});
     HostFrame old = *frame;
     test::Run(*MakeVideo("mirrorinvert"), *frame);
     for (const auto& [x, from] :
@@ -272,17 +265,16 @@ TEST(StyleMaps, AreReplayedOnFramesOfOtherSizesAndFormats) {
 
 // A map of a small picture is still used for a larger one exactly as long as nothing changes.
 TEST(StyleMaps, AreMadeAnewWhenAStoredValueChanges) {
-    const auto isMadeAnew = [](const test::Setting& setting, const std::string& name,
-                               const std::string& value) {
+    const auto isMadeAnew = [](const Setting& setting, const std::string& name, const std::string& value) {
         const auto proc = MakeVideo(setting);
-        auto small = test::MakeFrame({BGRA, 20, 20}), frame = test::MakeFrame({BGRA, 64, 64});
+        auto small = MakeFrame({BGRA, 20, 20}), frame = MakeFrame({BGRA, 64, 64});
         const auto corner = frame->planes[0].bytes;
         test::Run(*proc, *small);
         proc->SetProperty(name.c_str(), value.c_str());
         test::Run(*proc, *frame);
         return !std::equal(corner.end() - 400, corner.end(), frame->planes[0].bytes.end() - 400);
     };
-    const test::Setting tile = TileReflect{30, 30, 8}.Settings(), inverted = MirrorInvert{100}.Settings();
+    const Setting tile = TileReflect{30, 30, 8}.Settings(), inverted = MirrorInvert{100}.Settings();
     for (const auto& [name, same, other] :
          {std::tuple{"angle", "390", "31"}, {"size", "30", "31"}, {"curvature", "8", "9"}}) {
         EXPECT_FALSE(isMadeAnew(tile, std::string("tilereflect_") + name, same)) << name;

@@ -29,7 +29,7 @@ TEST(AlignedAllocation, HonoursAnyAlignmentAndKeepsTheSize) {
 
 TEST(AlignedAllocation, ReallocCopiesWhatBothHave) {
     auto* block = static_cast<unsigned char*>(BaseTool::_aligned_realloc(nullptr, 4, 16));
-    std::memcpy(block, "abcd", 4);
+    std::copy_n("abcd", 4, block);
     block = static_cast<unsigned char*>(BaseTool::_aligned_realloc(block, 100, 64));
     EXPECT_EQ(std::memcmp(block, "abcd", 4), 0);
     block = static_cast<unsigned char*>(BaseTool::_aligned_realloc(block, 2, 16));

@@ -4,11 +4,12 @@
 
 #include "BaseTools/StringImpl.h"
 #include "aveffect/base_tools.h"
+#include "tests/support/record.h"
 
 namespace {
 
-int Code() { return GetBaseException()->GetExceptionCode(); }
-std::string Message() { return GetBaseException()->GetExceptionMsg(); }
+using namespace test;
+
 void SetCode(int code) { GetBaseException()->SetException(code, "old", 1, "f"); }
 
 class NameList : public testing::Test {

@@ -8,12 +8,12 @@
 #include "BaseTools/guarded.h"
 #include "aveffect/base_tools.h"
 #include "tests/support/host_frame.h"
+#include "tests/support/record.h"
 
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::MakeFrame;
+using namespace test;
 
 // One property of each type, bound to a member of each kind; processing throws what the test asks for.
 class ProbeEffect final : public CBasedVideoImageEffect {
@@ -52,9 +52,6 @@ public:
     int int32 = 0;
     short int16 = 0;
 };
-
-int Code() { return GetBaseException()->GetExceptionCode(); }
-std::string Message() { return GetBaseException()->GetExceptionMsg(); }
 
 class Processor : public testing::Test {
 protected:

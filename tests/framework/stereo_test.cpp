@@ -9,12 +9,7 @@
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::MakeFrame;
-using test::Shape;
-using test::ViewSamples;
-
-int Code() { return GetBaseException()->GetExceptionCode(); }
+using namespace test;
 
 ViewSamples Now(HostFrame& frame, unsigned plane) {
     auto& p = frame.planes[plane];
@@ -36,8 +31,8 @@ void Anaglyph(HostFrame& out, HostFrame left, HostFrame right) {
         for (unsigned x = 0; x < luma.width; ++x) {
             if (!l.Has(x, y) || !r.Has(x, y)) continue;
             const unsigned cx = x / 2, cy = y / 2;
-            const test::AnaglyphYuv pixel(l.At(x, y), leftV.Nearest(cx, cy), r.At(x, y),
-                                          rightU.Nearest(cx, cy), rightV.Nearest(cx, cy));
+            const AnaglyphYuv pixel(l.At(x, y), leftV.Nearest(cx, cy), r.At(x, y), rightU.Nearest(cx, cy),
+                                    rightV.Nearest(cx, cy));
             luma.At(x, y) = pixel.y;
             if (x % 2 || y % 2 || cx >= out.planes[1].width || cy >= out.planes[1].rows) continue;
             out.planes[1].At(cx, cy) = pixel.u;
@@ -47,9 +42,9 @@ void Anaglyph(HostFrame& out, HostFrame left, HostFrame right) {
 
 TEST(StereoRenderer, DrawsAnaglyphs) {
     unsigned seed = 0;
-    test::ForLevels([&] {
+    ForLevels([&] {
         for (const unsigned format : kEffectFormats)
-            for (const Shape& shape : test::AwkwardShapes(format))
+            for (const Shape& shape : AwkwardShapes(format))
                 for (const int over :
                      {0, 1, 2, 3}) { // a frame of its own, the left view, the right, both less
                     CAVBase3DRender renderer;
@@ -65,7 +60,7 @@ TEST(StereoRenderer, DrawsAnaglyphs) {
                     Anaglyph(expected, *left, *right);
                     EXPECT_EQ(renderer.Render(left.get(), right.get(), &out), &out);
                     ASSERT_NO_FATAL_FAILURE(
-                        test::ExpectSame(out, expected, Describe(shape) + std::to_string(over)));
+                        ExpectSame(out, expected, Describe(shape) + std::to_string(over)));
                 }
     });
 }
@@ -80,9 +75,9 @@ TEST(StereoRenderer, AnaglyphByHand) {
     CAVBase3DRender renderer;
     renderer.SetRenderMode(kRenderRedCyan);
     auto* out = static_cast<HostFrame*>(renderer.Render(left.get(), right.get(), nullptr));
-    EXPECT_EQ(out->planes[0].bytes, (test::GuardedBytes(4, 50)));  // 66 * 130 + 128 >> 8, + 16
-    EXPECT_EQ(out->planes[1].bytes, (test::GuardedBytes(1, 109))); // -38 * 130 + 128 >> 8, + 128
-    EXPECT_EQ(out->planes[2].bytes, (test::GuardedBytes(1, 185))); // 112 * 130 + 128 >> 8, + 128
+    EXPECT_EQ(out->planes[0].bytes, (GuardedBytes(4, 50)));  // 66 * 130 + 128 >> 8, + 16
+    EXPECT_EQ(out->planes[1].bytes, (GuardedBytes(1, 109))); // -38 * 130 + 128 >> 8, + 128
+    EXPECT_EQ(out->planes[2].bytes, (GuardedBytes(1, 185))); // 112 * 130 + 128 >> 8, + 128
 }
 
 // The kept output is a clone of the first left view, for good.
@@ -92,7 +87,7 @@ TEST(StereoRenderer, KeepsItsOutputFrame) {
     big->SetTimeStamp(70);
     auto* out = static_cast<HostFrame*>(renderer.Render(big.get(), bigRight.get(), nullptr));
     EXPECT_EQ(out->GetTimeStamp(), 70);
-    test::ExpectSame(*out, *big, "left view alone");
+    ExpectSame(*out, *big, "left view alone");
 
     auto small = MakeFrame({BGRA, 20, 3}, 3), smallRight = MakeFrame({BGRA, 20, 3}, 4);
     small->SetTimeStamp(71);
@@ -101,19 +96,19 @@ TEST(StereoRenderer, KeepsItsOutputFrame) {
     EXPECT_EQ(renderer.Render(small.get(), smallRight.get(), nullptr), out) << "a copy would have its size";
     EXPECT_EQ(Code(), 10021008);
     EXPECT_EQ(out->GetTimeStamp(), 71);
-    test::ExpectSame(*out, expected, "unchanged");
+    ExpectSame(*out, expected, "unchanged");
 
     GetBaseException()->Clear();
     renderer.SetRenderMode(kRenderRedCyan);
     Anaglyph(expected, *small, *smallRight);
     EXPECT_EQ(renderer.Render(small.get(), smallRight.get(), nullptr), out);
-    test::ExpectSame(*out, expected, "in its corner");
+    ExpectSame(*out, expected, "in its corner");
     EXPECT_EQ(Code(), 0);
 
     auto other = MakeFrame({YUV420P, 40, 8});
     EXPECT_EQ(renderer.Render(other.get(), other.get(), nullptr), out);
     EXPECT_EQ(Code(), 10021008);
-    test::ExpectSame(*out, expected, "another format");
+    ExpectSame(*out, expected, "another format");
 }
 
 TEST(StereoRenderer, MapsAndConvertsInItsOwnWay) {

@@ -11,15 +11,14 @@
 namespace {
 
 using namespace AVBased;
-using test::MakeBusy;
-using test::Picture;
+using namespace test;
 
 TEST(SteadyState, NothingIsAllocatedAfterTheFirstFrame) {
     for (const EffectInfo& effect : kVideoEffects)
         for (const unsigned format : {BGRA, YUV420P, YUVA444P}) {
-            if (format == YUVA444P && test::ReportsOtherFormats(effect.name)) continue;
+            if (format == YUVA444P && ReportsOtherFormats(effect.name)) continue;
             if (format != BGRA && effect.kind == EffectKind::Transition) continue; // see below
-            const test::VideoProc proc = MakeBusy(effect);
+            const VideoProc proc = MakeBusy(effect);
             Picture picture(format);
             ImagePostion position{};
             const auto frame = [&] {
@@ -27,9 +26,9 @@ TEST(SteadyState, NothingIsAllocatedAfterTheFirstFrame) {
                 EXPECT_NE(proc->ProcFrame(&position, 50, &picture.Frame()), nullptr);
             };
             frame();
-            const size_t before = test::Allocations();
+            const size_t before = Allocations();
             for (int i = 0; i < 3; ++i) frame();
-            EXPECT_EQ(test::Allocations(), before) << effect.name << ", format " << format;
+            EXPECT_EQ(Allocations(), before) << effect.name << ", format " << format;
         }
 }
 
@@ -38,9 +37,9 @@ TEST(SteadyState, TransitionsInOtherFormatsAllocateTwoConversions) {
         Picture picture(format);
         const auto allocationsOf = [](const auto& frame) {
             frame();
-            const size_t before = test::Allocations();
+            const size_t before = Allocations();
             for (int i = 0; i < 3; ++i) frame();
-            return test::Allocations() - before;
+            return Allocations() - before;
         };
         IImageConverter* there = CreateImageConverterEx(BGRA, 0, 0, 4);
         IImageConverter* back = CreateImageConverterEx(format, 0, 0, 4);
@@ -53,7 +52,7 @@ TEST(SteadyState, TransitionsInOtherFormatsAllocateTwoConversions) {
         back->Release();
         for (const EffectInfo& effect : kVideoEffects) {
             if (effect.kind != EffectKind::Transition) continue;
-            const test::VideoProc proc = MakeBusy(effect);
+            const VideoProc proc = MakeBusy(effect);
             EXPECT_EQ(allocationsOf([&] { test::Run(*proc, picture.Frame(), 50); }), conversions)
                 << effect.name;
         }
@@ -62,19 +61,19 @@ TEST(SteadyState, TransitionsInOtherFormatsAllocateTwoConversions) {
 
 TEST(SteadyState, SoundIsChangedWithoutAllocating) {
     for (const char* name : {"audio_volume", "audio_fader"}) {
-        const test::AudioProc proc = test::MakeAudio(name);
-        test::SetBusy(*proc, *FindEffect(name));
-        test::HostSound sound({.samples = 1000}, 10);
-        const size_t before = test::Allocations();
+        const AudioProc proc = MakeAudio(name);
+        SetBusy(*proc, *FindEffect(name));
+        HostSound sound({.samples = 1000}, 10);
+        const size_t before = Allocations();
         for (int i = 0; i < 4; ++i) proc->ProcFrameInPlace(&sound); // the ramp ends and starts again
-        EXPECT_EQ(test::Allocations(), before) << name;
+        EXPECT_EQ(Allocations(), before) << name;
     }
 }
 
 // Views, converters and working frames that are made anew for every format and size.
 TEST(SteadyState, StereoDoesNotGrow) {
     for (const char* mode : {"0", "1", "2", "3", "4"}) {
-        const test::VideoProc proc = test::MakeVideo("EffectName3DRenderEffect", {{"render_3d_mode", mode}});
+        const VideoProc proc = MakeVideo("EffectName3DRenderEffect", {{"render_3d_mode", mode}});
         Picture bgra(BGRA), yuv(YUV420P), second(YUV420P), other(YUV422P);
         bgra.Frame().CropRightAndBottom(16, 0);
         other.Frame().CopySubsetFrame(&second.Frame()); // converted
@@ -83,9 +82,9 @@ TEST(SteadyState, StereoDoesNotGrow) {
                 for (Picture* picture : {&bgra, &yuv, &other}) test::Run(*proc, picture->Frame());
         };
         frames(4);
-        const size_t before = test::LiveBlocks();
+        const size_t before = LiveBlocks();
         frames(1000 / 3);
-        EXPECT_LE(test::LiveBlocks(), before) << mode;
+        EXPECT_LE(LiveBlocks(), before) << mode;
     }
 }
 

@@ -7,29 +7,22 @@
 #include "aveffect/catalogue.h"
 #include "tests/robustness/trial.h"
 #include "tests/support/busy_settings.h"
+#include "tests/support/record.h"
 
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::HostSound;
+using namespace test;
 
 constexpr unsigned kSizes[][2] = {{INT_MAX, INT_MAX},   {INT_MAX, 1},          {1, INT_MAX},
                                   {0x40000000, 4},      {0x80000000, 1},       {1, 0x80000000},
                                   {UINT_MAX, UINT_MAX}, {UINT_MAX / 4 + 1, 2}, {65536, 65536}};
 
-// The code in the record, which is empty from now on.
-int TakeCode() {
-    const int code = GetBaseException()->GetExceptionCode();
-    ReleaseBaseException();
-    return code;
-}
-
 bool IsRefusal(int code) { return code == kNoMemory || code == kUnknownException; }
 
 TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
     TakeCode();
-    const test::Shape shape = {BGRA, 4, 4};
+    const Shape shape = {BGRA, 4, 4};
     HostFrame small(shape);
     for (const auto& [width, height] : kSizes) {
         const std::string what = std::to_string(width) + "x" + std::to_string(height);
@@ -65,10 +58,10 @@ TEST(Limits, TheCompanionsRefuseWhatCantBeAddressed) {
 // The code that an effect records for a frame of that shape, in the middle of its work.
 int CodeFor(const EffectInfo& effect, const char* mode, unsigned width, unsigned height,
             const MemoryFrame::Plane& plane) {
-    test::underWay = std::string(effect.name) + ", mode " + mode + ", " + std::to_string(width) + "x" +
-                     std::to_string(height);
-    const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
-    test::SetBusy(*proc, effect);
+    underWay = std::string(effect.name) + ", mode " + mode + ", " + std::to_string(width) + "x" +
+               std::to_string(height);
+    const VideoProc proc = MakeVideo(effect.name, {}, Sources());
+    SetBusy(*proc, effect);
     proc->SetProperty("render_3d_mode", mode); // if it has one
     MemoryFrame frame(BGRA, width, height, {plane});
     TakeCode();
@@ -78,7 +71,7 @@ int CodeFor(const EffectInfo& effect, const char* mode, unsigned width, unsigned
 
 // Frames that are smaller than they claim.
 TEST(Limits, EffectsRefuseWhatCantBeAddressed) {
-    test::ListenForDeaths();
+    ListenForDeaths();
     unsigned char pixels[4 * 4 * 4] = {};
     for (const EffectInfo& effect : kVideoEffects)
         for (const char* mode : {"3", "1"})
@@ -87,7 +80,7 @@ TEST(Limits, EffectsRefuseWhatCantBeAddressed) {
                 const bool refused =
                     IsRefusal(code) ||
                     (code == kBadPointer && (*mode == '1' || effect.kind == EffectKind::Transition));
-                EXPECT_TRUE(refused || code == kNoError) << test::underWay << ": " << code;
+                EXPECT_TRUE(refused || code == kNoError) << underWay << ": " << code;
             }
 }
 
@@ -117,8 +110,8 @@ TEST(LimitsDeathTest, PlanesWithoutMemoryAreNeverTouched) {
                                                           {pixels.data() + 96 * 80, 48, 48, 32}};
                 planes[missing].data = nullptr;
                 MemoryFrame frame(YUV420P, 96, 64, planes);
-                const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
-                test::SetBusy(*proc, effect);
+                const VideoProc proc = MakeVideo(effect.name, {}, Sources());
+                SetBusy(*proc, effect);
                 test::Run(*proc, frame, 50);
                 std::_Exit(0);
             };
@@ -176,18 +169,18 @@ private:
 };
 
 TEST(Limits, RowsMayLieFartherApartThan32BitsCount) {
-    test::ListenForDeaths();
+    ListenForDeaths();
     for (const EffectInfo& effect : kVideoEffects) {
         // Random ones can't be compared, views need clones alike, and the others fill the gaps too.
         if (effect.traits & kDrawsRandom || effect.kind == EffectKind::Stereo ||
             effect.kind == EffectKind::Transition || effect.name == std::string_view(effectNameVideoWall))
             continue;
-        test::underWay = effect.name;
-        const test::FramePtr plain = test::MakeFrame({BGRA, LongFrame::kWidth, LongFrame::kRows, 4});
+        underWay = effect.name;
+        const test::FramePtr plain = MakeFrame({BGRA, LongFrame::kWidth, LongFrame::kRows, 4});
         LongFrame frame(*plain);
         for (IRawVideoFrame* const each : std::initializer_list<IRawVideoFrame*>{&frame, plain.get()}) {
-            const test::VideoProc proc = test::MakeVideo(effect.name, {}, test::Sources());
-            test::SetBusy(*proc, effect);
+            const VideoProc proc = MakeVideo(effect.name, {}, Sources());
+            SetBusy(*proc, effect);
             for (const char* small : {"_x", "_y", "_r", "size"}) // within so small a picture
                 for (const PropertyInfo& property : effect.properties)
                     if (std::string_view(property.name).ends_with(small))

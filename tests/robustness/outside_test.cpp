@@ -6,15 +6,12 @@
 #include "aveffect/catalogue.h"
 #include "tests/robustness/trial.h"
 #include "tests/support/busy_settings.h"
+#include "tests/support/record.h"
 
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::HostSound;
-using test::How;
-using test::Place;
-using test::trouble;
+using namespace test;
 
 template <class Function>
 Function* TheCompanions(const char* name) {
@@ -107,21 +104,21 @@ struct Subject {
     const Media& original;
     const char* mode = nullptr;
 
-    typename test::Kind<Media>::Proc* Make() const { return test::Kind<Media>::Create(effect.name); }
-    void Set(test::Held<Media>& proc) const {
-        test::SetBusy(*proc.operator->(), effect);
+    typename Kind<Media>::Proc* Make() const { return Kind<Media>::Create(effect.name); }
+    void Set(Held<Media>& proc) const {
+        SetBusy(*proc.operator->(), effect);
         if (mode) proc->SetProperty("render_3d_mode", mode);
     }
 };
 
 // A copy of what the processor made of a frame, null when it failed, and the code that it recorded.
 template <class Media>
-std::pair<std::unique_ptr<Media>, int> Process(test::Held<Media>& proc, const Media& original, bool inPlace) {
+std::pair<std::unique_ptr<Media>, int> Process(Held<Media>& proc, const Media& original, bool inPlace) {
     const auto frame = std::make_unique<Media>(original);
     ReleaseBaseException();
     const Media* const result = proc.Process(*frame, 50, inPlace);
     const int code = GetBaseException()->GetExceptionCode();
-    EXPECT_TRUE(inPlace || *frame == original) << "the host's frame was changed: " << test::underWay;
+    EXPECT_TRUE(inPlace || *frame == original) << "the host's frame was changed: " << underWay;
     return {result ? std::make_unique<Media>(*result) : nullptr, code};
 }
 
@@ -149,7 +146,7 @@ void Suffer(const Subject<Media>& subject, bool lasting) {
     trouble = {};
     std::vector<std::unique_ptr<Media>> wanted;
     {
-        test::Held<Media> healthy(subject.Make());
+        Held<Media> healthy(subject.Make());
         subject.Set(healthy);
         for (const bool inPlace : {true, false})
             wanted.push_back(Process(healthy, subject.original, inPlace).first);
@@ -160,11 +157,11 @@ void Suffer(const Subject<Media>& subject, bool lasting) {
         }
     }
     trouble = during;
-    auto proc = std::make_unique<test::Held<Media>>(subject.Make());
+    auto proc = std::make_unique<Held<Media>>(subject.Make());
     if (!*proc) {
-        EXPECT_NE(GetBaseException()->GetExceptionCode(), 0) << test::underWay;
+        EXPECT_NE(GetBaseException()->GetExceptionCode(), 0) << underWay;
         trouble = {};
-        proc = std::make_unique<test::Held<Media>>(subject.Make());
+        proc = std::make_unique<Held<Media>>(subject.Make());
         trouble = during;
     }
     subject.Set(*proc);
@@ -173,14 +170,14 @@ void Suffer(const Subject<Media>& subject, bool lasting) {
         const auto [result, code] = Process(*proc, subject.original, inPlace);
         bool good = result && subject.effect.traits & kDrawsRandom;
         for (const auto& media : wanted) good = good || (result && *media == *result);
-        EXPECT_TRUE(good || code != 0) << "another frame and no word about it: " << test::underWay;
+        EXPECT_TRUE(good || code != 0) << "another frame and no word about it: " << underWay;
     }
     if (!lasting) {
         trouble = {};
         subject.Set(*proc);
         for (const bool inPlace : {false, true}) {
             const auto [result, code] = Process(*proc, subject.original, inPlace);
-            EXPECT_TRUE(result && code == 0) << "not usable afterwards: " << test::underWay;
+            EXPECT_TRUE(result && code == 0) << "not usable afterwards: " << underWay;
         }
     }
     proc.reset();
@@ -192,28 +189,28 @@ void SufferAll(const Subject<Media>& subject) {
     for (int place = 1; place < static_cast<int>(Place::End); ++place)
         for (const How how : {How::Nothing, How::Exception, How::Oddity})
             for (const bool lasting : {false, true}) {
-                const test::Trouble now = {static_cast<Place>(place), how};
-                test::underWay = std::string(subject.effect.name) + ", place " + std::to_string(place) +
-                                 ", how " + std::to_string(static_cast<int>(how)) +
-                                 (lasting ? ", to the end" : "") + (subject.mode ? subject.mode : "");
+                const Trouble now = {static_cast<Place>(place), how};
+                underWay = std::string(subject.effect.name) + ", place " + std::to_string(place) + ", how " +
+                           std::to_string(static_cast<int>(how)) + (lasting ? ", to the end" : "") +
+                           (subject.mode ? subject.mode : "");
                 trouble = now;
                 const bool stops = IsStatedToStop(subject, true);
                 trouble = {};
                 if (stops) continue;
-                const std::string left = test::LeftBehind([&] {
+                const std::string left = LeftBehind([&] {
                     trouble = now;
                     Suffer(subject, lasting);
                 });
-                EXPECT_EQ(left, "") << test::underWay;
+                EXPECT_EQ(left, "") << underWay;
             }
 }
 
 TEST(Outside, NothingThatGoesWrongThereTakesAnEffectDown) {
-    test::ListenForDeaths();
-    test::Sources();
+    ListenForDeaths();
+    Sources();
     for (const unsigned format : {BGRA, YUV420P}) {
-        const test::Shape shape = {format, 64, 48};
-        const test::FramePtr made = test::MakeFrame(shape), second = test::MakeFrame({YUV422P, 64, 48}, 2);
+        const Shape shape = {format, 64, 48};
+        const test::FramePtr made = MakeFrame(shape), second = MakeFrame({YUV422P, 64, 48}, 2);
         const HostFrame& frame = *made;
         HostFrame both(frame);
         both.subset = second.get();
@@ -224,14 +221,14 @@ TEST(Outside, NothingThatGoesWrongThereTakesAnEffectDown) {
             SufferAll<HostFrame>({effect, both, "4"});
         }
     }
-    const HostSound sound = test::MakeSound({.samples = 500});
+    const HostSound sound = MakeSound({.samples = 500});
     for (const EffectInfo& effect : kAudioEffects) SufferAll<HostSound>({effect, sound});
 }
 
 TEST(Outside, ACopyThatNobodyGetsMayThrowWhenItGoes) {
     HostSound hollow({.samples = 500});
     hollow.hasBuffers = false;
-    test::Held<HostSound> proc(test::CreateAudio(effectNameAudioReplace, test::Sources()));
+    Held<HostSound> proc(CreateAudio(effectNameAudioReplace, Sources()));
     trouble = {Place::Free, How::Exception};
     const auto [result, code] = Process(proc, hollow, false);
     trouble = {};
@@ -242,7 +239,7 @@ TEST(Outside, ACopyThatNobodyGetsMayThrowWhenItGoes) {
 // A processor as a program has it that dies of it.
 template <class Media>
 void Die(const Subject<Media>& subject, Place place) {
-    test::Held<Media> proc(subject.Make());
+    Held<Media> proc(subject.Make());
     subject.Set(proc);
     trouble.place = place;
     Process(proc, subject.original, place != Place::Clone);

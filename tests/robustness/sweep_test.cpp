@@ -19,11 +19,7 @@ extern "C" {
 namespace {
 
 using namespace AVBased;
-using test::Flush;
-using test::HostFrame;
-using test::HostSound;
-using test::Trial;
-using test::underWay;
+using namespace test;
 
 unsigned FromEnvironment(const char* name, unsigned otherwise) {
     const char* const text = std::getenv(name);
@@ -35,16 +31,16 @@ void Sweep(const EffectInfo& effect) {
     const unsigned lives = FromEnvironment("AVEFFECT_SWEEP_CASES", 200);
     const unsigned seed = FromEnvironment("AVEFFECT_SWEEP_SEED", 1);
     const auto make = [](IAVManager* manager, const char* name) {
-        return test::Kind<Media>::Create(name, manager);
+        return Kind<Media>::Create(name, manager);
     };
     for (unsigned n = 0; n < lives && !testing::Test::HasFailure(); ++n) {
         std::mt19937 random(seed + n);
         std::vector<uint8_t> bytes(2000);
         std::ranges::generate(bytes, [&] { return static_cast<uint8_t>(random()); });
         std::string finding;
-        const std::string left = test::LeftBehind([&] {
-            test::InputBytes input(bytes.data(), bytes.size());
-            finding = test::Live<Media>(effect, input, make);
+        const std::string left = LeftBehind([&] {
+            InputBytes input(bytes.data(), bytes.size());
+            finding = Live<Media>(effect, input, make);
         });
         EXPECT_EQ(finding + left, "") << underWay << ", seed " << seed + n;
     }
@@ -53,8 +49,8 @@ void Sweep(const EffectInfo& effect) {
 class Robustness : public testing::TestWithParam<std::string> {};
 
 TEST_P(Robustness, NothingAHostDoesByAccidentTakesItDown) {
-    test::ListenForDeaths();
-    test::Sources();
+    ListenForDeaths();
+    Sources();
     av_log_set_level(AV_LOG_ERROR);
     const EffectInfo& effect = *FindEffect(GetParam());
     if (effect.kind == EffectKind::Audio)
@@ -88,15 +84,15 @@ private:
 
 // Processors get copies of the frame, which are guarded at the other end.
 std::string Try(Faulty::Mistake mistake, Flush flush = Flush::End) {
-    test::ListenForDeaths();
-    const unsigned patience = std::exchange(test::secondsPerCall, 1);
+    ListenForDeaths();
+    const unsigned patience = std::exchange(secondsPerCall, 1);
     underWay = "a mistake";
     std::string finding;
-    const std::string left = test::LeftBehind([&] {
+    const std::string left = LeftBehind([&] {
         Trial<HostFrame> trial([&] { return new Faulty(mistake); }, 0x7);
-        finding = trial.Run(*test::MakeFrame({.width = 5, .height = 3, .flush = flush}), 0, true, true);
+        finding = trial.Run(*MakeFrame({.width = 5, .height = 3, .flush = flush}), 0, true, true);
     });
-    test::secondsPerCall = patience;
+    secondsPerCall = patience;
     return finding + left;
 }
 
@@ -116,7 +112,7 @@ TEST(SweepDeathTest, FindsMistakes) {
     EXPECT_DEATH(Try(WriteBehindRows), "bytes beside guarded ones were changed\ndied: a mistake");
     EXPECT_DEATH(Try(WriteBehindRows, Flush::Start), "died: a mistake");
     EXPECT_DEATH(Try(DivideByFormat), "died: a mistake|division by zero");
-    static std::vector<std::unique_ptr<IRawVideoFrame, test::FrameFree>> forgotten; // so long, no longer
+    static std::vector<std::unique_ptr<IRawVideoFrame, FrameFree>> forgotten; // so long, no longer
     EXPECT_EQ(Try([](IRawVideoFrame& frame) { forgotten.emplace_back(frame.Clone()); }),
               "frames are left behind");
     forgotten.clear();

@@ -11,8 +11,7 @@
 namespace {
 
 using namespace AVBased;
-using test::HostFrame;
-using test::HostSound;
+using namespace test;
 
 constexpr size_t kThreads = 4;
 
@@ -37,8 +36,8 @@ std::vector<Subject> Subjects() {
 // What the processor makes of some frames; null where it fails.
 template <class Media>
 std::vector<std::unique_ptr<Media>> Render(const Subject& subject, const Media& original) {
-    test::Held<Media> proc(test::Kind<Media>::Create(subject.effect->name));
-    test::SetBusy(*proc.operator->(), *subject.effect);
+    Held<Media> proc(Kind<Media>::Create(subject.effect->name));
+    SetBusy(*proc.operator->(), *subject.effect);
     proc->SetProperty("render_3d_mode", subject.mode); // if it has one
     std::vector<std::unique_ptr<Media>> results;
     for (const int time : {0, 40, 60, 100})
@@ -61,8 +60,8 @@ bool RendersTheSame(const Subject& subject, const Media& original,
 
 TEST(Threads, EveryEffectComputesTheSameOnManyAtOnce) {
     const std::vector<Subject> subjects = Subjects();
-    const auto frameOf = [](const Subject& subject) { return *test::MakeFrame({subject.format, 96, 64}, 7); };
-    const HostSound sound = test::MakeSound({.samples = 500});
+    const auto frameOf = [](const Subject& subject) { return *MakeFrame({subject.format, 96, 64}, 7); };
+    const HostSound sound = MakeSound({.samples = 500});
     std::vector<std::vector<std::unique_ptr<HostFrame>>> pictures;
     std::vector<std::vector<std::unique_ptr<HostSound>>> sounds;
     for (const Subject& subject : subjects) {

@@ -6,10 +6,10 @@
 #include <span>
 #include <string>
 
-#include "aveffect/base_tools.h"
 #include "tests/support/feature_mask.h"
 #include "tests/support/host_frame.h"
 #include "tests/support/plugin.h"
+#include "tests/support/record.h"
 
 namespace test {
 
@@ -70,14 +70,6 @@ void ForLevels(Body body) {
         SCOPED_TRACE("mask " + std::to_string(mask));
         body();
     }
-}
-
-/// Code and message of the thread's record, which is cleared.
-inline std::pair<int, std::string> TakeRecord() {
-    IBaseException& record = *GetBaseException();
-    std::pair<int, std::string> taken = {record.GetExceptionCode(), record.GetExceptionMsg()};
-    record.Clear();
-    return taken;
 }
 
 inline constexpr unsigned kPacked[] = {AVBased::BGRA};
