@@ -185,9 +185,6 @@ bool LeavesPictures(const RenderOptions& options, const OutputPlan& plan, const 
 
 RenderResult RenderCopy(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
                         const RenderObserver& observer, const std::atomic<bool>& cancel) {
-    if (plan.IsStill())
-        throw Error(ErrorKind::Usage,
-                    "." + plan.Kind() + " files are no clips into which pictures are copied");
     return CopyJob(plugin, options, plan, observer, cancel).Run();
 }
 

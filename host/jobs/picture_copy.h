@@ -13,7 +13,7 @@ bool AsksForCopy(const RenderOptions& options);
 /// clip's pictures are at home. Throws Error (Input, Interrupted).
 bool LeavesPictures(const RenderOptions& options, const OutputPlan& plan, const std::atomic<bool>& cancel);
 
-/// As Render for such options; the names have been checked. Throws Error.
+/// As Render for such options, which have been checked with the plan. Throws Error.
 RenderResult RenderCopy(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
                         const RenderObserver& observer, const std::atomic<bool>& cancel);
 

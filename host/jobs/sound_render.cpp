@@ -23,22 +23,6 @@ bool HasNoSound(AVFormatContext& input) {
     });
 }
 
-/// What needs pictures is refused.
-void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan) {
-    const auto refuse = [&](const std::string& option) {
-        throw plan.IsSound() ? Error(ErrorKind::Usage, options.output + " takes no pictures for " + option)
-                             : Error(ErrorKind::Input, options.input + " has no pictures for " + option);
-    };
-    if (!options.effects.empty()) refuse("the effect " + options.effects.front().name);
-    if (options.frameLimit) refuse("--frames");
-    if (options.stereo.TwoViews()) refuse("two views");
-    if (!options.videoCodec.empty() || options.crf || !options.preset.empty())
-        refuse("--codec, --crf or --preset");
-    if (plan.IsStill()) refuse(options.output);
-    if (plan.muxer->audio_codec == AV_CODEC_ID_NONE)
-        throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");
-}
-
 /// One render of sound alone, from its options to its result.
 class SoundRender {
 public:
@@ -274,9 +258,23 @@ bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const s
     return !FindPictures(*input, {options.input}) && !HasNoSound(*input);
 }
 
+void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan) {
+    const auto refuse = [&](const std::string& option) {
+        throw plan.IsSound() ? Error(ErrorKind::Usage, options.output + " takes no pictures for " + option)
+                             : Error(ErrorKind::Input, options.input + " has no pictures for " + option);
+    };
+    if (!options.effects.empty()) refuse("the effect " + options.effects.front().name);
+    if (options.frameLimit) refuse("--frames");
+    if (options.stereo.TwoViews()) refuse("two views");
+    if (!options.videoCodec.empty() || options.crf || !options.preset.empty())
+        refuse("--codec, --crf or --preset");
+    if (plan.IsStill()) refuse(options.output);
+    if (plan.muxer->audio_codec == AV_CODEC_ID_NONE)
+        throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");
+}
+
 RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
                          const RenderObserver& observer, const std::atomic<bool>& cancel) {
-    RequireSoundOptions(options, plan);
     return SoundRender(options, plan, observer, cancel).Run(plugin);
 }
 

@@ -13,7 +13,10 @@ bool ChangesSound(const RenderOptions& options);
 /// but has sound. Throws Error (Input, Interrupted).
 bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const std::atomic<bool>& cancel);
 
-/// As Render for such options; the plan and the names have been checked.
+/// Refuses what needs pictures. Throws Error.
+void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan);
+
+/// As Render for such options, which have been checked with the plan. Throws Error.
 RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, const OutputPlan& plan,
                          const RenderObserver& observer, const std::atomic<bool>& cancel);
 

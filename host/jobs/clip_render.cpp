@@ -1,0 +1,217 @@
+#include "host/jobs/render_plan.h"
+
+#include <deque>
+#include <memory>
+#include <utility>
+
+#include "host/effects/media_check.h"
+#include "host/jobs/picture_pipeline.h"
+#include "host/jobs/sound_render.h"
+#include "host/media/right_clip.h"
+#include "host/media/span.h"
+#include "host/output/still_picture.h"
+#include "host/output/stream_mapping.h"
+#include "host/picture/light_metadata.h"
+#include "host/support/bounded_queue.h"
+#include "host/support/progress_meter.h"
+#include "host/support/stages.h"
+
+namespace aveffect {
+namespace {
+
+using mediabridge::AVFramePtr;
+
+unsigned WeightOf(const SpanItem& item) { return item.picture ? kPictureWeight : kPacketWeight; }
+
+/// The part of a clip that is rendered, and the right view's clip beside it.
+struct ClipInput {
+    ClipInput(const RenderPlan& plan, Reporter& reporter, const std::atomic<bool>& cancel)
+        : request{plan.options.input}
+        , source(request, plan.output.IsStill() ? Source::Others::None : Source::Others::Copied,
+                 plan.options.threads, cancel)
+        , limits{plan.options.fromMs, plan.options.toMs, plan.options.frameLimit}
+        , span(source, limits) {
+        if (!plan.options.stereo.right.empty())
+            right = std::make_unique<RightClip>(plan.options.stereo.right, limits.fromMs,
+                                                plan.options.threads, reporter, cancel);
+    }
+
+    // With the right clip's picture of the same moment.
+    std::optional<SpanItem> Next() {
+        std::optional<SpanItem> item = span.Next();
+        if (item && item->picture && right)
+            item->second = right->At({span.Start() + item->picture->pts, source.Pictures().time_base});
+        return item;
+    }
+
+    DamageReport Damage() const {
+        DamageReport all = span.Damage();
+        if (right) all.Add(right->Damage());
+        return all;
+    }
+
+    const SourceRequest request;
+    Source source;
+    const SpanLimits limits;
+    SpanReader span;
+    std::unique_ptr<RightClip> right;
+};
+
+/// One such render, from its plan to its result.
+class ClipRender {
+public:
+    ClipRender(const Plugin& plugin, RenderPlan plan, const RenderObserver& observer,
+               const std::atomic<bool>& cancel)
+        : m_plugin(plugin)
+        , m_plan(std::move(plan))
+        , m_cancel(cancel)
+        , m_reporter(observer)
+        , m_input(m_plan, m_reporter, cancel)
+        , m_pictures(plugin, TaskOf(m_plan.options), m_input.source, m_input.span.LengthMs(), m_plan.output,
+                     m_reporter, cancel)
+        , m_progress(m_reporter, m_input.span.ExpectedPictures()) {
+        m_plan.output.encoder.fieldOrder = m_input.source.Pictures().codecpar->field_order;
+    }
+
+    RenderResult Run() {
+        m_pictures.RequireMedia();
+        RequireSounds(m_pictures.Media(), m_plan.options.audioEffects);
+        SpanItem head = ReadFirst();
+        if (m_plan.output.IsStill()) {
+            RequireOnePicture();
+            WriteStill(m_plan.output, Rendered(std::move(head)), m_plan.options.overwrite, m_cancel);
+            m_pictures.Conclude();
+            return Result(1);
+        }
+        OpenFile(Rendered(std::move(head)));
+        RunStages();
+        CheckCancel(m_cancel);
+        m_pictures.Conclude();
+        m_file->Publish();
+        return Result(m_file->Pictures());
+    }
+
+private:
+    static PictureTask TaskOf(const RenderOptions& options) {
+        return {options.effects, options.pixelFormat, options.sdr, options.stereo};
+    }
+
+    RenderResult Result(int64_t pictures) {
+        m_progress.Report(pictures, true);
+        DamageReport damage = m_input.Damage();
+        if (m_file) damage.Add(m_file->Damage());
+        damage.Add(m_pictures.Media().Damage());
+        return {pictures, damage.Text()};
+    }
+
+    AVFramePtr Rendered(SpanItem item) {
+        return m_pictures.ForEncoder(m_pictures.ApplyEffects(std::move(item.picture), item.second.get()));
+    }
+
+    // The first picture tells what the output looks like; packets before it wait in m_head.
+    SpanItem ReadFirst() {
+        while (std::optional<SpanItem> item = m_input.Next()) {
+            CheckCancel(m_cancel);
+            if (item->picture) return std::move(*item);
+            m_head.push_back(std::move(*item));
+        }
+        const bool part = m_input.limits.fromMs || m_input.limits.toMs;
+        if (part && m_input.span.Damage().Empty())
+            throw Error(ErrorKind::Usage,
+                        m_plan.options.input + " has no picture between " +
+                            SecondsText(m_input.limits.fromMs.value_or(0)) + " and " +
+                            (m_input.limits.toMs ? SecondsText(*m_input.limits.toMs) : "its end"));
+        throw Error(ErrorKind::Input, m_plan.options.input + " holds no picture that can be decoded");
+    }
+
+    void RequireOnePicture() {
+        if (m_input.limits.frameLimit == 1) return;
+        while (const std::optional<SpanItem> item = m_input.span.Next())
+            if (item->picture)
+                throw Error(ErrorKind::Usage,
+                            m_plan.options.output + " holds one picture, but " + m_plan.options.input +
+                                " has more; choose one with \"aveffect frame\" or --frames 1");
+    }
+
+    void OpenFile(AVFramePtr first) {
+        if (IsHighDynamicRange(*first)) KeepLight(m_input.source.Pictures(), *first);
+        m_sound.emplace(SoundBeside(m_plugin, &m_pictures.Media(), m_plan.options,
+                                    {m_input.source, m_input.span.Start(), m_pictures.LengthMs()}, m_cancel));
+        m_file = OpenOutput({m_plan.output, m_input.source, m_input.limits, m_plan.options.overwrite,
+                             m_pictures.Turned(), m_input.request, *m_sound, m_pictures.Views()},
+                            first.get(), m_reporter, m_cancel);
+        m_head.push_back({std::move(first), nullptr});
+    }
+
+    void RunStages() {
+        StageGroup stages([this] {
+            m_decoded.Stop();
+            m_processed.Stop();
+        });
+        stages.Start([this] { Decode(); });
+        stages.Start([this] { Process(); });
+        stages.Start([this] { Encode(); });
+        stages.Join();
+    }
+
+    void Decode() {
+        while (std::optional<SpanItem> item = m_input.Next()) {
+            CheckCancel(m_cancel);
+            const unsigned weight = WeightOf(*item);
+            if (!m_decoded.Push(std::move(*item), weight)) return;
+        }
+        m_decoded.Finish();
+    }
+
+    void Process() {
+        for (SpanItem& item : m_head) {
+            const unsigned weight = WeightOf(item);
+            if (!m_processed.Push(std::move(item), weight)) return;
+        }
+        m_head.clear();
+        while (std::optional<SpanItem> item = m_decoded.Pop()) {
+            CheckCancel(m_cancel);
+            if (item->picture) *item = {Rendered(std::move(*item)), nullptr};
+            const unsigned weight = WeightOf(*item);
+            if (!m_processed.Push(std::move(*item), weight)) return;
+        }
+        if (!m_decoded.Stopped()) m_processed.Finish();
+    }
+
+    void Encode() {
+        while (std::optional<SpanItem> item = m_processed.Pop()) {
+            CheckCancel(m_cancel);
+            if (item->packet) {
+                m_file->WritePacket(*item->packet);
+                continue;
+            }
+            m_file->WritePicture(std::move(item->picture));
+            m_progress.Report(m_file->Pictures(), false);
+        }
+        if (m_processed.Stopped()) return;
+        m_file->EndStreams(m_sound->EndBeside(m_file->PicturesEnd()));
+        m_file->Finish();
+    }
+
+    const Plugin& m_plugin;
+    RenderPlan m_plan;
+    const std::atomic<bool>& m_cancel;
+    Reporter m_reporter;
+    ClipInput m_input;
+    PicturePipeline m_pictures;
+    ProgressMeter m_progress;
+    std::optional<SoundPlan> m_sound; ///< once the span is known
+    std::unique_ptr<MediaWriter> m_file;
+    std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
+    BoundedQueue<SpanItem> m_decoded{kQueueWeight};
+    BoundedQueue<SpanItem> m_processed{kQueueWeight};
+};
+
+} // namespace
+
+RenderResult RenderClip(const Plugin& plugin, RenderPlan plan, const RenderObserver& observer,
+                        const std::atomic<bool>& cancel) {
+    return ClipRender(plugin, std::move(plan), observer, cancel).Run();
+}
+
+} // namespace aveffect
