@@ -47,7 +47,7 @@ FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output
     options.output = output;
     options.transition = film.transition;
     options.videoCodec = film.codec;
-    options.soundCodec = film.soundCodec;
+    options.audioCodec = film.soundCodec;
     if (film.crf) options.crf = CrfOption(*film.crf);
     options.preset = film.preset;
     options.outputFormat = film.outputFormat;

@@ -29,8 +29,7 @@ void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate) {
 
 OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::string>& inputs) {
     RequireTransition(options.transition);
-    OutputPlan plan = PlanOutput(options.output, options.videoCodec, options.crf, options.preset,
-                                 options.threads, options.outputFormat);
+    OutputPlan plan = PlanOutput(options);
     if (plan.IsStill())
         throw Error(ErrorKind::Usage, options.output + " holds one picture, but the result is a clip");
     if (plan.IsSound())

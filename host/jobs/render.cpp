@@ -14,8 +14,9 @@ namespace aveffect {
 RenderPlan PlanRender(const RenderOptions& options, const std::atomic<bool>& cancel) {
     CheckPixelFormatName(options.pixelFormat);
     const bool copies = AsksForCopy(options);
-    RenderPlan plan{options, PlanOutput(options.output, copies ? "" : options.videoCodec, options.crf,
-                                        options.preset, options.threads, options.outputFormat)};
+    OutputOptions output = options;
+    if (copies) output.videoCodec.clear(); // which names no encoder
+    RenderPlan plan{options, PlanOutput(output)};
     OutputFile::Check(options.output, options.input, options.overwrite);
     if (!options.stereo.right.empty())
         OutputFile::Check(options.output, options.stereo.right, options.overwrite);

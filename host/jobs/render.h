@@ -8,31 +8,22 @@
 #include <vector>
 
 #include "host/effects/effect_chain.h"
+#include "host/output/output_options.h"
 #include "host/support/error.h"
 #include "host/support/observer.h"
 
 namespace aveffect {
 
-struct RenderOptions {
+struct RenderOptions : OutputOptions {
     std::string input;
-    std::string output;
     std::vector<EffectSpec> effects;
-    std::vector<EffectSpec> audioEffects; ///< that each stream of sound passes; without any, and without a
-                                          ///< codec, sound is copied as it is
-    std::string
-        audioCodec; ///< encoder or codec name; empty: the input's where it serves, AAC, or the container's
+    std::vector<EffectSpec> audioEffects; ///< that each stream of sound passes; without any, and without an
+                                          ///< audioCodec, sound is copied as it is
     std::optional<int64_t> fromMs; ///< first moment of the input that is kept; the clip's start when absent
     std::optional<int64_t> toMs;   ///< first moment that is no longer kept; the clip's end when absent
     std::optional<int64_t> frameLimit; ///< no more pictures than this
-    std::string videoCodec;            ///< encoder or codec name; empty: the container's usual one
-    std::optional<double> crf;         ///< constant-quality factor; absent: the encoder's own
-    std::string preset;                ///< encoder preset; empty: the encoder's own
-    bool sdr = false;                  ///< PQ and HLG are brought to BT.709 of standard range
-    std::string outputFormat;          ///< pixel format of the output; empty: what suits codec and clip
     std::string pixelFormat =
-        "auto";           ///< format that the effects work in: auto or a frame-table format by name
-    unsigned threads = 0; ///< threads of the decoder and of the encoder; 0: as many as there are processors
-    bool overwrite = false;
+        "auto";                ///< format that the effects work in: auto or a frame-table format by name
     StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
 };
 

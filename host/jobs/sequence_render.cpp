@@ -20,7 +20,7 @@ std::optional<SoundFeed> MakeSound(const FilmOptions& options, const OutputPlan&
         return std::nullopt;
     }
     SoundFeed sound;
-    sound.encoder = std::make_unique<SoundEncoder>(plan, options.soundCodec, *heard->clip->sound);
+    sound.encoder = std::make_unique<SoundEncoder>(plan, options.audioCodec, *heard->clip->sound);
     reporter.Note(sound.encoder->Summary());
     const SoundForm form = sound.encoder->Form();
     sound.supply = std::make_unique<JoinedSound>(sequence.Sound(form.shape.rate), form, cancel);

@@ -20,18 +20,9 @@ struct PictureRate {
     int pictures = 25, seconds = 1;
 };
 
-/// What the clips have in common.
-struct FilmOptions {
-    std::string output;
+/// What films of transitions have in common.
+struct FilmOptions : OutputOptions {
     std::string transition; ///< an effect's name
-    std::string videoCodec; ///< encoder or codec name; empty: the container's usual one
-    std::string soundCodec; ///< likewise
-    std::optional<double> crf;
-    std::string preset;
-    std::string outputFormat; ///< pixel format of the output; empty: what suits the codec
-    unsigned threads = 0;     ///< of each decoder and of the encoder; 0: as many as there are processors
-    bool sdr = false;         ///< PQ and HLG are brought to BT.709 of standard range
-    bool overwrite = false;
 };
 
 struct TransitionOptions {

@@ -193,32 +193,34 @@ OutputPlan PlanStill(const std::string& target) {
     return plan;
 }
 
-OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
-                      const std::string& preset, unsigned threads, const std::string& pixelFormat) {
+OutputPlan PlanOutput(const OutputOptions& options) {
     CaptureLibraryLog();
     OutputPlan plan;
-    if (FindStill(target)) {
-        plan = PlanStill(target);
-        if (!videoCodec.empty() && FindEncoder(videoCodec, AV_CODEC_ID_NONE)->id != plan.encoder.codec->id)
+    if (FindStill(options.output)) {
+        plan = PlanStill(options.output);
+        if (!options.videoCodec.empty() &&
+            FindEncoder(options.videoCodec, AV_CODEC_ID_NONE)->id != plan.encoder.codec->id)
             throw Error(ErrorKind::Usage,
-                        "." + plan.Kind() + " files can't hold " + videoCodec + " pictures");
+                        "." + plan.Kind() + " files can't hold " + options.videoCodec + " pictures");
     } else {
-        plan.target = target;
-        plan.muxer = FindMuxer(target);
+        plan.target = options.output;
+        plan.muxer = FindMuxer(options.output);
         if (plan.IsSound()) {
-            if (!videoCodec.empty() || crf || !preset.empty() || !pixelFormat.empty())
+            if (!options.videoCodec.empty() || options.crf || !options.preset.empty() ||
+                !options.outputFormat.empty())
                 throw Error(ErrorKind::Usage, "." + plan.Kind() +
                                                   " files hold no pictures; their encoder can't "
                                                   "be chosen");
             return plan;
         }
-        plan.encoder.codec = FindEncoder(videoCodec, plan.muxer->video_codec);
+        plan.encoder.codec = FindEncoder(options.videoCodec, plan.muxer->video_codec);
     }
-    plan.encoder.crf = crf;
-    plan.encoder.preset = preset;
-    plan.encoder.threads = threads;
+    plan.encoder.crf = options.crf;
+    plan.encoder.preset = options.preset;
+    plan.encoder.threads = options.threads;
     CheckEncoder(plan);
-    if (!pixelFormat.empty()) plan.encoder.format = FindFormat(*plan.encoder.codec, pixelFormat);
+    if (!options.outputFormat.empty())
+        plan.encoder.format = FindFormat(*plan.encoder.codec, options.outputFormat);
     return plan;
 }
 

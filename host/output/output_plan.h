@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/output/output_options.h"
 #include "host/support/av_owner.h"
 #include "host/support/reporter.h"
 
@@ -49,8 +50,7 @@ struct OutputPlan {
 /// Throws Error: Output for a name without a known extension, Usage for an encoder that is unknown, does not
 /// fit the container, lacks an option that is asked for or does not take the pixel format of that name
 /// (empty: none is asked for), or for any choice of one in a container for sound.
-OutputPlan PlanOutput(const std::string& target, const std::string& videoCodec, std::optional<double> crf,
-                      const std::string& preset, unsigned threads, const std::string& pixelFormat = {});
+OutputPlan PlanOutput(const OutputOptions& options);
 
 /// The picture rate nearest to this one that container and codec have.
 AVRational NearestRate(const OutputPlan& plan, AVRational rate);

@@ -35,7 +35,7 @@ protected:
         film.output = output;
         film.transition = transition;
         film.videoCodec = "ffv1";
-        film.soundCodec = "flac";
+        film.audioCodec = "flac";
         return film;
     }
     /// Joins clips and returns the output's path.
