@@ -43,7 +43,7 @@ ordered_json PropertyJson(const PropertyInfo& property) {
         {"help", property.help},
         {"type", TypeName(property.type)},
         {"kind", ValueKindName(property.kind)},
-        {"default", ValueJson(property, property.defaultText)},
+        {"default", ValueJson(property, property.InForceAtFirst())},
         {"defaultText", property.defaultText},
         {"start", ValueJson(property, property.InForceAtFirst())},
         {"unit", property.unit},
@@ -54,6 +54,42 @@ ordered_json PropertyJson(const PropertyInfo& property) {
         {"percentOf", percentageBase.empty() ? ordered_json() : ordered_json(percentageBase)},
         {"choices", choices},
     };
+}
+
+ordered_json PresetJson(const EffectInfo& effect, const AVBased::EffectPreset& preset) {
+    ordered_json settings = ordered_json::array();
+    for (const AVBased::PresetSetting& setting : preset.Settings())
+        settings.push_back({{"property", setting.property},
+                            {"value", NumberJson(setting.value)},
+                            {"percentage", setting.percentage}});
+    return {{"name", preset.name},
+            {"help", preset.help},
+            {"text", SettingsText(effect, preset)},
+            {"settings", settings}};
+}
+
+template <typename Values, typename ToJson>
+ordered_json ArrayJson(const Values& values, ToJson toJson) {
+    ordered_json array = ordered_json::array();
+    for (const auto& value : values) array.push_back(toJson(value));
+    return array;
+}
+
+ordered_json ConditionJson(const AVBased::NeutralCondition& condition) {
+    if (condition.beyond == AVBased::PixelAxis::None)
+        return {{"property", condition.property}, {"least", condition.least}, {"most", condition.most}};
+    return {
+        {"property", condition.property}, {"beyond", SideName(condition.beyond)}, {"sides", condition.sides}};
+}
+
+/// Sets of conditions: where all of one hold, the effect changes nothing.
+ordered_json NeutralJson(const EffectInfo& effect) {
+    return ArrayJson(effect.neutral, [](const AVBased::NeutralSettings& settings) {
+        ordered_json conditions = ordered_json::array();
+        for (const auto& condition : settings.conditions)
+            if (condition.property) conditions.push_back(ConditionJson(condition));
+        return conditions;
+    });
 }
 
 } // namespace
@@ -76,6 +112,12 @@ ordered_json EffectJson(const EffectInfo& effect) {
         {"changesAlpha", (effect.traits & AVBased::kChangesAlpha) != 0},
         {"needsSettings", (effect.traits & AVBased::kNeedsSettings) != 0},
         {"movesPixels", (effect.traits & AVBased::kMovesPixels) != 0},
+        {"note", effect.note},
+        {"synonyms", effect.synonyms},
+        {"presets",
+         ArrayJson(effect.presets, [&](const auto& preset) { return PresetJson(effect, preset); })},
+        {"noPresets", effect.noPresets},
+        {"changesNothing", NeutralJson(effect)},
         {"properties", properties},
     };
 }

@@ -81,18 +81,10 @@ std::string TraitsText(unsigned traits) {
     return text;
 }
 
-/// The name that people would write for a value that is stored as a number.
-std::string ValueName(const PropertyInfo& property, const std::string& stored) {
-    if (property.kind == ValueKind::Switch) return stored == "1" ? "on" : "off";
-    for (const auto& choice : property.choices)
-        if (std::to_string(choice.value) == stored) return std::string(choice.name);
-    return stored.empty() ? "empty" : stored;
-}
-
 std::string PropertyDetails(const PropertyInfo& property) {
-    std::string text = ValueRule(property) + "; default " + ValueName(property, property.defaultText);
+    std::string text = ValueRule(property) + "; default " + DefaultText(property);
     if (!std::isnan(property.neutral))
-        text += "; neutral " + ValueName(property, NumberText(property.neutral));
+        text += "; neutral " + SpokenValue(property, NumberText(property.neutral));
     if (!PercentageBase(property).empty()) text += "; counts pixels of the picture";
     return text + "; type " + std::string(TypeName(property.type));
 }
@@ -115,28 +107,19 @@ std::string PropertyText(const PropertyInfo& property, size_t nameWidth) {
     return text;
 }
 
-/// A value that shows: away from the default, inside the range.
-std::string ExampleValue(const PropertyInfo& property) {
-    constexpr double kSmallRange = 1000; // half way through; in wider ranges a small step is likelier meant
-    const bool isSet = property.defaultText == std::string_view("1");
-    switch (property.kind) {
-    case ValueKind::Switch:
-        return isSet ? "off" : "on";
-    case ValueKind::Choice:
-        return property.choices.empty() ? "" : std::string(property.choices.back().name);
-    case ValueKind::Colour:
-        return "#FF8000";
-    case ValueKind::Path:
-        return "other.mp4";
-    case ValueKind::Text:
-        return "";
-    case ValueKind::Number:
-        break;
-    }
-    const double usual = ParseReal(property.defaultText).value_or(property.minimum);
-    const double room = property.maximum - usual;
-    const double value = room > kSmallRange ? usual + 2 : std::floor(usual + room / 2);
-    return NumberText(std::clamp(value, property.minimum, property.maximum));
+/// A line each, with what they set below it.
+std::string PresetsText(const EffectInfo& effect) {
+    constexpr size_t kIndent = 4;
+    std::string text = "\nPresets\n";
+    if (effect.presets.empty()) return text + "  none: " + Wrapped(std::string(effect.noPresets), 2) + "\n";
+    size_t width = 0;
+    for (const auto& preset : effect.presets) width = std::max(width, preset.name.size());
+    width += effect.shortName.size() + 1;
+    for (const auto& preset : effect.presets)
+        text += "  " + Padded(PresetName(effect, preset), width + 2) +
+                Wrapped(std::string(preset.help), width + kIndent) + "\n" +
+                std::string(width + kIndent, ' ') + SettingsText(effect, preset) + "\n";
+    return text;
 }
 
 } // namespace
@@ -199,55 +182,56 @@ bool IsVideoEffect(const EffectInfo& effect) { return effect.kind != EffectKind:
 
 std::string ListText() {
     const auto effects = AllEffects();
-    size_t width = 0;
-    for (const auto* effect : effects) width = std::max(width, std::strlen(effect->name));
+    size_t width = 0, longWidth = 0;
+    for (const auto* effect : effects) {
+        width = std::max(width, effect->shortName.size());
+        longWidth = std::max(longWidth, std::strlen(effect->name));
+    }
     std::string text;
     for (const EffectKind kind : kKinds) {
         std::string lines;
         for (const auto* effect : effects)
             if (effect->kind == kind)
-                lines += "  " + Padded(effect->name, width + 2) +
-                         Wrapped(std::string(effect->help), width + 4) + "\n";
+                lines += "  " + Padded(effect->shortName, width + 2) + Padded(effect->name, longWidth + 2) +
+                         Wrapped(std::string(effect->help), width + longWidth + 6) + "\n";
         if (!lines.empty()) text += std::string(KindHeading(kind)) + "\n" + lines + "\n";
     }
-    return text + "`aveffect describe NAME` shows an effect's properties.\n";
+    return text +
+           "Either name is taken. `aveffect describe NAME` shows an effect's properties and presets.\n";
 }
 
 std::string ExampleSetting(const EffectInfo& effect) {
-    // What is heard of sound depends on settings that go together.
-    for (const char* const example :
-         {"audio_volume:audio_volume=50", "audio_replace:audio_replace_path=music.flac:audio_replace_loop=on",
-          "audio_fader:fader_duration=2000:fader_start_scale=0:fader_end_scale=1"})
-        if (std::string(example).starts_with(std::string(effect.name) + ":")) return example;
-    constexpr size_t kEnough = 2;
-    std::string text = effect.name;
-    size_t count = 0;
-    for (const auto& property : effect.properties) {
-        const std::string value = ExampleValue(property);
-        if (value.empty() || count == kEnough) continue;
-        text += std::string(":") + property.name + "=" + value;
-        ++count;
-    }
+    if (!effect.presets.empty()) return PresetName(effect, effect.presets.front());
+    std::string text(effect.shortName);
+    for (const auto& property : effect.properties)
+        if (property.kind == ValueKind::Path) text += std::string(":") + property.name + "=music.flac";
     return text;
+}
+
+std::string ExampleText(const EffectInfo& effect) {
+    const std::string shortName(effect.shortName);
+    if (effect.kind == EffectKind::Transition)
+        return "  aveffect transition a.jpg b.jpg out.mp4 -e " + shortName + " --duration 2\n";
+    const bool sound = effect.kind == EffectKind::Audio;
+    return "  aveffect render in.mp4 out.mp4 " + std::string(sound ? "-a " : "-e ") + ExampleSetting(effect) +
+           "\n";
 }
 
 std::string DescribeText(const EffectInfo& effect) {
     size_t width = std::strlen(AVBased::kDurationProperty.name);
     for (const auto& property : effect.properties) width = std::max(width, std::strlen(property.name));
 
-    std::string text = std::string(effect.name) + " - " + std::string(effect.title) + " (" +
-                       std::string(KindName(effect.kind)) + ")\n";
+    std::string text(effect.shortName);
+    if (effect.shortName != effect.name) text += " (" + std::string(effect.name) + ")";
+    text += " - " + std::string(effect.title) + " (" + std::string(KindName(effect.kind)) + ")\n";
     text += "  " + Wrapped(std::string(effect.help), 2) + "\n";
-    text += "  " + Wrapped("The effect " + TraitsText(effect.traits) + ".", 2) + "\n\nProperties\n";
+    text += "  " + Wrapped("The effect " + TraitsText(effect.traits) + ".", 2) + "\n";
+    if (!effect.note.empty()) text += "  " + Wrapped("Note: " + std::string(effect.note), 2) + "\n";
+    text += PresetsText(effect) + "\nProperties\n";
     for (const auto& property : effect.properties) text += PropertyText(property, width);
     text += PropertyText(AVBased::kDurationProperty, width);
     text += std::string(width + 4, ' ') + "(set by the program to the length of what is rendered)\n";
-    if (effect.kind == EffectKind::Transition)
-        return text + "\nExample\n  aveffect transition a.jpg b.jpg out.mp4 --effect " + effect.name +
-               " --duration 2\n";
-    const char* const option = effect.kind == EffectKind::Audio ? "-a" : "-e";
-    return text + "\nExample\n  aveffect render in.mp4 out.mp4 " + option + " '" + ExampleSetting(effect) +
-           "'\n";
+    return text + "\nExample\n" + ExampleText(effect);
 }
 
 } // namespace aveffect

@@ -5,24 +5,25 @@
 
 #include "aveffect/base_tools.h"
 #include "aveffect/catalogue/sounds.h"
+#include "host/effects/catalogue_lookup.h"
 #include "host/support/error.h"
 #include "mediabridge/audio_frame.h"
 
 namespace aveffect {
 namespace {
 
-bool Has(const std::vector<EffectSpec>& effects, const char* name) {
-    return std::ranges::find(effects, name, &EffectSpec::name) != effects.end();
+bool Has(const std::vector<EffectSpec>& effects, const AVBased::EffectInfo& wanted) {
+    return std::ranges::any_of(effects, [&](const EffectSpec& effect) { return Names(effect.name, wanted); });
 }
 
 } // namespace
 
 bool BringsSound(const std::vector<EffectSpec>& effects) {
-    return Has(effects, AVBased::effectNameAudioReplace);
+    return Has(effects, AVBased::catalogue::kReplaceSound);
 }
 
 AVSampleFormat SoundFormatFor(const std::vector<EffectSpec>& effects, AVSampleFormat decoded) {
-    if (Has(effects, AVBased::effectNameAudioVolume)) return AV_SAMPLE_FMT_S16;
+    if (Has(effects, AVBased::catalogue::kVolume)) return AV_SAMPLE_FMT_S16;
     switch (av_get_packed_sample_fmt(decoded)) {
     case AV_SAMPLE_FMT_U8: // silence is zero in the others
     case AV_SAMPLE_FMT_S16:
@@ -40,7 +41,7 @@ AVSampleFormat SoundFormatFor(const std::vector<EffectSpec>& effects, AVSampleFo
 AudioEffectChain::AudioEffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
                                    const std::vector<EffectSpec>& effects, uint32_t durationMs) {
     for (const EffectSpec& effect : effects) {
-        m_procs.push_back(plugin.MakeAudio(manager, effect.name));
+        m_procs.push_back(plugin.MakeAudio(manager, RequireEffect(effect.name).name));
         AVBased::IAudioProc& proc = *m_procs.back();
         SetDuration(proc, durationMs);
         for (const PropertySetting& setting : effect.properties)

@@ -37,9 +37,23 @@ size_t EditDistance(std::string_view from, std::string_view to) {
     return last[to.size()];
 }
 
-std::string Unknown(const std::string& what, std::string_view nearest, const std::string& elsewhere) {
-    if (nearest.empty()) return "unknown " + what + "; " + elsewhere;
-    return "unknown " + what + "; did you mean '" + std::string(nearest) + "'?";
+std::string Unknown(const std::string& what, const std::string& guess, const std::string& elsewhere) {
+    return "unknown " + what + "; " + (guess.empty() ? elsewhere : guess);
+}
+
+/// The words that people know an effect by.
+std::vector<std::string_view> WordsFor(const AVBased::EffectInfo& effect) {
+    std::vector<std::string_view> words = {effect.shortName, effect.name, effect.title};
+    words.insert(words.end(), effect.synonyms.begin(), effect.synonyms.end());
+    return words;
+}
+
+/// In the form of short names, for words that people join in ways of their own.
+std::string Dashed(std::string_view text) {
+    std::string result = LowerCase(text);
+    for (char& letter : result)
+        if (letter == ' ' || letter == '_') letter = '-';
+    return result;
 }
 
 } // namespace
@@ -75,14 +89,51 @@ std::string_view NearestName(std::string_view text, const std::vector<std::strin
     return nearest.empty() ? containing : nearest;
 }
 
-const AVBased::EffectInfo& RequireEffect(const std::string& name) {
-    if (const auto* effect = AVBased::FindEffect(name)) return *effect;
-    std::vector<std::string_view> names;
+bool Names(std::string_view text, const AVBased::EffectInfo& effect) {
+    return text == effect.name || text == effect.shortName;
+}
+
+const AVBased::EffectInfo* FindNamed(std::string_view name) {
     const auto effects = AllEffects();
-    names.reserve(effects.size());
-    for (const auto* effect : effects) names.emplace_back(effect->name);
-    throw Error(ErrorKind::Usage,
-                Unknown("effect '" + name + "'", NearestName(name, names), "`aveffect list` shows them all"));
+    const auto found =
+        std::ranges::find_if(effects, [&](const auto* effect) { return Names(name, *effect); });
+    return found == effects.end() ? nullptr : *found;
+}
+
+std::string GuessEffect(std::string_view text, const std::vector<const AVBased::EffectInfo*>& effects) {
+    std::vector<std::string_view> guesses, words;
+    std::vector<const AVBased::EffectInfo*> owners; // of the words
+    const std::string wanted = Dashed(text);
+    for (const auto* effect : effects) {
+        const auto known = WordsFor(*effect);
+        if (std::ranges::any_of(known, [&](std::string_view word) { return Dashed(word) == wanted; }))
+            guesses.push_back(effect->shortName);
+        words.insert(words.end(), known.begin(), known.end());
+        owners.insert(owners.end(), known.size(), effect);
+    }
+    if (guesses.empty()) {
+        const std::string_view nearest = NearestName(text, words);
+        const auto place = std::ranges::find(words, nearest.data(), &std::string_view::data);
+        if (!nearest.empty())
+            guesses.push_back(owners[static_cast<size_t>(place - words.begin())]->shortName);
+    }
+    return DidYouMean(guesses);
+}
+
+std::string DidYouMean(const std::vector<std::string_view>& guesses) {
+    std::string text;
+    for (size_t index = 0; index < guesses.size(); ++index) {
+        if (guesses[index].empty()) continue;
+        if (!text.empty()) text += index + 1 == guesses.size() ? " or " : ", ";
+        text += "'" + std::string(guesses[index]) + "'";
+    }
+    return text.empty() ? text : "did you mean " + text + "?";
+}
+
+const AVBased::EffectInfo& RequireEffect(const std::string& name) {
+    if (const auto* effect = FindNamed(name)) return *effect;
+    throw Error(ErrorKind::Usage, Unknown("effect '" + name + "'", GuessEffect(name, AllEffects()),
+                                          "`aveffect list` shows them all"));
 }
 
 const AVBased::PropertyInfo& RequireProperty(const AVBased::EffectInfo& effect, const std::string& name) {
@@ -91,9 +142,24 @@ const AVBased::PropertyInfo& RequireProperty(const AVBased::EffectInfo& effect, 
     names.reserve(effect.properties.size() + 1);
     for (const auto& property : effect.properties) names.emplace_back(property.name);
     names.emplace_back(AVBased::kDurationProperty.name);
+    const std::string shortName(effect.shortName);
     throw Error(ErrorKind::Usage,
-                Unknown("property '" + name + "' of " + effect.name, NearestName(name, names),
-                        "`aveffect describe " + std::string(effect.name) + "` shows them all"));
+                Unknown("property '" + name + "' of " + shortName, DidYouMean({NearestName(name, names)}),
+                        "`aveffect describe " + shortName + "` shows them all"));
+}
+
+const AVBased::EffectPreset& RequirePreset(const AVBased::EffectInfo& effect, const std::string& name) {
+    std::vector<std::string_view> names;
+    for (const auto& preset : effect.presets) {
+        if (preset.name == name) return preset;
+        names.emplace_back(preset.name);
+    }
+    const std::string shortName(effect.shortName);
+    if (names.empty()) throw Error(ErrorKind::Usage, shortName + " has no presets, so no '" + name + "'");
+    std::string all;
+    for (const auto& preset : names) all += (all.empty() ? "" : ", ") + std::string(preset);
+    throw Error(ErrorKind::Usage, Unknown("preset '" + name + "' of " + shortName,
+                                          DidYouMean({NearestName(name, names)}), "these are: " + all));
 }
 
 } // namespace aveffect

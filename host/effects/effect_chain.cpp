@@ -1,6 +1,7 @@
 #include "host/effects/effect_chain.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "aveffect/base_tools.h"
@@ -43,6 +44,37 @@ PropertySetting Translate(const AVBased::EffectInfo& effect, const AVBased::Prop
     return {property.name, TranslateValue(effect, property, value)};
 }
 
+std::vector<PropertySetting> SettingsOf(const AVBased::EffectPreset& preset) {
+    std::vector<PropertySetting> settings;
+    for (const AVBased::PresetSetting& setting : preset.Settings())
+        settings.push_back(setting.percentage ? PropertySetting{setting.property, {}, setting.value}
+                                              : PropertySetting{setting.property, NumberText(setting.value)});
+    return settings;
+}
+
+/// "property=value"; whole is what it is a part of.
+PropertySetting ParseSetting(const AVBased::EffectInfo& effect, const std::string& setting,
+                             const std::string& whole, bool lenient) {
+    const size_t equals = setting.find('=');
+    const std::string name = setting.substr(0, equals);
+    if (name.empty())
+        throw Error(ErrorKind::Usage, "a setting in '" + whole + "' has no name; write property=value");
+    const AVBased::PropertyInfo& property = RequireProperty(effect, name);
+    if (equals == std::string::npos)
+        throw Error(ErrorKind::Usage,
+                    name + " of " + std::string(effect.shortName) + " has no value; write property=value");
+    const std::string value = Unescape(setting.substr(equals + 1));
+    return lenient ? PropertySetting{name, value} : Translate(effect, property, value);
+}
+
+/// Settings that are added take the place of those of the same properties.
+void Override(std::vector<PropertySetting>& settings, std::vector<PropertySetting> added) {
+    std::erase_if(settings, [&](const PropertySetting& setting) {
+        return std::ranges::find(added, setting.name, &PropertySetting::name) != added.end();
+    });
+    std::ranges::move(added, std::back_inserter(settings));
+}
+
 bool NeedsPictureSize(const EffectSpec& effect) {
     return std::any_of(effect.properties.begin(), effect.properties.end(),
                        [](const PropertySetting& setting) { return setting.percentage.has_value(); });
@@ -53,29 +85,23 @@ bool NeedsPictureSize(const EffectSpec& effect) {
 EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium) {
     const auto parts = SplitAtColons(text);
     if (parts.front().empty())
-        throw Error(ErrorKind::Usage, "'" + text + "' names no effect; write NAME[:property=value...]");
-    const AVBased::EffectInfo& effect = RequireEffect(parts.front());
+        throw Error(ErrorKind::Usage,
+                    "'" + text + "' names no effect; write NAME[/PRESET][:property=value...]");
+    const size_t slash = parts.front().find('/');
+    const AVBased::EffectInfo& effect = RequireEffect(parts.front().substr(0, slash));
     const bool forSound = effect.kind == AVBased::EffectKind::Audio;
     if (forSound != (medium == Medium::Audio))
-        throw Error(ErrorKind::Usage, std::string(effect.name) +
+        throw Error(ErrorKind::Usage, std::string(effect.shortName) +
                                           (forSound ? " works on sound: name it with -a, not with -e"
                                                     : " works on pictures: name it with -e, not with -a"));
 
-    EffectSpec spec{parts.front(), {}};
-    for (size_t index = 1; index < parts.size(); ++index) {
-        const std::string& setting = parts[index];
-        const size_t equals = setting.find('=');
-        const std::string name = setting.substr(0, equals);
-        if (name.empty())
-            throw Error(ErrorKind::Usage, "a setting in '" + text + "' has no name; write property=value");
-        const AVBased::PropertyInfo& property = RequireProperty(effect, name);
-        if (equals == std::string::npos)
-            throw Error(ErrorKind::Usage,
-                        name + " of " + effect.name + " has no value; write property=value");
-        const std::string value = Unescape(setting.substr(equals + 1));
-        spec.properties.push_back(lenient ? PropertySetting{name, value}
-                                          : Translate(effect, property, value));
-    }
+    EffectSpec spec{effect.name, {}};
+    if (slash != std::string::npos)
+        spec.properties = SettingsOf(RequirePreset(effect, parts.front().substr(slash + 1)));
+    std::vector<PropertySetting> written;
+    for (size_t index = 1; index < parts.size(); ++index)
+        written.push_back(ParseSetting(effect, parts[index], text, lenient));
+    Override(spec.properties, std::move(written));
     return spec;
 }
 
@@ -101,10 +127,11 @@ void RequireNoRecord(AVBased::IAVProc& proc) {
 }
 
 EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
-                         const std::vector<EffectSpec>& effects, uint32_t durationMs) {
+                         const std::vector<EffectSpec>& effects, uint32_t durationMs)
+    : m_effects(effects) {
     for (const EffectSpec& effect : effects) {
-        m_procs.push_back(plugin.MakeVideo(manager, effect.name));
         const AVBased::EffectInfo& info = RequireEffect(effect.name);
+        m_procs.push_back(plugin.MakeVideo(manager, info.name));
         m_traits |= info.traits;
         if (info.kind == AVBased::EffectKind::Transition) m_transitions = true;
         AVBased::IVideoProc& proc = *m_procs.back();

@@ -26,16 +26,17 @@ enum class Medium { Video, Audio };
 
 /// One effect with its settings, in the order in which they are made.
 struct EffectSpec {
-    std::string name;
+    std::string name; ///< or short name
     std::vector<PropertySetting> properties;
 };
 
-/// Parses "NAME[:property=value[:property=value...]]"; "\:" stands for a colon and "\\" for a backslash in a
-/// value. Values are translated to the plug-in's form by the catalogue: colours from #RRGGBB, 0xRRGGBB or a
-/// number, switches from on/off, choices from their names; numbers are checked for form and range, but what a
-/// percentage comes to is checked when the pictures' size is known. Lenient hands every value on as it is,
-/// percentages too. Throws Error (Usage) that names the effect, property and value, and says
-/// what would be right (the nearest name, the range), and for an effect of the other medium.
+/// Parses "NAME[/PRESET][:property=value[:property=value...]]", the name being a long or a short one.
+/// Settings that are written take the place of the preset's. "\:" stands for a colon and "\\" for a backslash
+/// in a value. Values are translated to the plug-in's form by the catalogue: colours from #RRGGBB, 0xRRGGBB
+/// or a number, switches from on/off, choices from their names; numbers are checked for form and range, but
+/// what a percentage comes to is checked when the pictures' size is known. Lenient hands every value on as it
+/// is, percentages too. Throws Error (Usage) that names the effect, property and value, and says what would
+/// be right (the nearest name, the range), and for an effect of the other medium.
 EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium = Medium::Video);
 
 /// Sets one property of a processor. Throws Error (Usage) with the record's text when it is refused.
@@ -63,6 +64,9 @@ public:
     void Process(AVBased::IRawVideoFrame* frame, int timeMs);
 
     bool Empty() const noexcept { return m_procs.empty(); }
+
+    /// As they were given.
+    const std::vector<EffectSpec>& Effects() const noexcept { return m_effects; }
 
     /// Whether an effect of the chain works on transparency alone.
     bool ChangesAlpha() const noexcept { return (m_traits & AVBased::kChangesAlpha) != 0; }
@@ -93,6 +97,7 @@ private:
     bool m_mixesViews = false;               ///< an effect behind it does
     bool m_transitions = false;
     unsigned m_traits = 0; ///< AVBased::EffectTraits of all effects together
+    std::vector<EffectSpec> m_effects;
     std::vector<VideoProcPtr> m_procs;
     std::vector<std::pair<AVBased::IVideoProc*, EffectSpec>> m_waiting; ///< for the pictures' size
 };

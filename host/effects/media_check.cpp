@@ -46,8 +46,8 @@ const std::string& RequirePath(const EffectSpec& effect, const AVBased::Property
     const auto set = std::ranges::find(effect.properties.rbegin(), effect.properties.rend(), property.name,
                                        &PropertySetting::name);
     if (set == effect.properties.rend() || set->value.empty())
-        throw Error(ErrorKind::Usage,
-                    effect.name + " needs " + property.name + ", the path of a media file" + hint);
+        throw Error(ErrorKind::Usage, std::string(RequireEffect(effect.name).shortName) + " needs " +
+                                          property.name + ", the path of a media file" + hint);
     return set->value;
 }
 

@@ -7,6 +7,7 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include "host/effects/neutral_settings.h"
 #include "host/support/error.h"
 #include "mediabridge/picture_pool.h"
 #include "mediabridge/pixel_formats.h"
@@ -41,6 +42,8 @@ void PictureStage::LearnFrom(const AVFrame& first) {
     m_media.Match(CanvasOf(first));
     m_width = first.width;
     m_height = first.height;
+    WarnOfNeutral(m_chain.Effects(), static_cast<unsigned>(m_width), static_cast<unsigned>(m_height),
+                  m_reporter);
     if (m_chain.Empty()) {
         m_working = {0, FormatOf(first), AVCOL_RANGE_UNSPECIFIED};
         return;

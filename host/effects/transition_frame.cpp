@@ -24,10 +24,12 @@ std::vector<const AVBased::EffectInfo*> AllTransitions() {
 void RequireTransition(const std::string& name) {
     std::string names;
     for (const AVBased::EffectInfo* transition : AllTransitions()) {
-        if (name == transition->name) return;
-        names += (names.empty() ? "" : ", ") + std::string(transition->name);
+        if (Names(name, *transition)) return;
+        names += (names.empty() ? "" : ", ") + std::string(transition->shortName);
     }
-    throw Error(ErrorKind::Usage, "'" + name + "' is no transition; these are: " + names);
+    const std::string guess = GuessEffect(name, AllTransitions());
+    throw Error(ErrorKind::Usage,
+                "'" + name + "' is no transition; " + (guess.empty() ? "these are: " + names : guess));
 }
 
 EffectSpec TransitionSpec(const std::string& transition, const std::string& first, const std::string& second,

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <vector>
 
 #include "host/support/error.h"
@@ -34,21 +35,22 @@ bool InRange(const PropertyInfo& property, double number) {
     return number >= property.minimum && number <= property.maximum;
 }
 
-/// In pixels.
-double SideLength(PixelAxis axis, unsigned width, unsigned height) {
-    if (axis == PixelAxis::Width) return width;
-    if (axis == PixelAxis::Height) return height;
-    return std::min(width, height);
-}
-
 bool IsWhole(const PropertyInfo& property) {
     return property.type == PropertyType::kInt16 || property.type == PropertyType::kInt32 ||
            property.type == PropertyType::kInt64;
 }
 
+/// How numbers are spoken: "+50" is 50, and so is "50%" where percents are counted.
+std::string_view Unspoken(const PropertyInfo& property, std::string_view value) {
+    if (value.size() > 1 && value.starts_with('+') && value[1] != '-') value.remove_prefix(1);
+    if (property.unit == "%" && value.ends_with('%')) value.remove_suffix(1);
+    return value;
+}
+
 /// Whole numbers lose signs and zeros in front that could be read in another base; others stay as they were
 /// written.
-std::optional<std::string> TranslateNumber(const PropertyInfo& property, const std::string& value) {
+std::optional<std::string> TranslateNumber(const PropertyInfo& property, std::string_view value) {
+    value = Unspoken(property, value);
     if (IsWhole(property)) {
         const auto number = ParseWhole(value);
         if (!number || !InRange(property, static_cast<double>(*number))) return std::nullopt;
@@ -56,7 +58,7 @@ std::optional<std::string> TranslateNumber(const PropertyInfo& property, const s
     }
     const auto number = ParseReal(value);
     if (!number || !InRange(property, *number)) return std::nullopt;
-    return value;
+    return std::string(value);
 }
 
 std::optional<std::string> TranslateSwitch(const std::string& value) {
@@ -170,8 +172,8 @@ std::string NumberText(double number) {
     return failure == std::errc() ? std::string(text.data(), end) : std::string("?");
 }
 
-std::string_view PercentageBase(const PropertyInfo& property) {
-    switch (property.pixels) {
+std::string_view SideName(PixelAxis axis) {
+    switch (axis) {
     case PixelAxis::Width:
         return "width";
     case PixelAxis::Height:
@@ -184,25 +186,64 @@ std::string_view PercentageBase(const PropertyInfo& property) {
     return {};
 }
 
+std::string_view PercentageBase(const PropertyInfo& property) { return SideName(property.pixels); }
+
 std::optional<double> ParsePercentage(const PropertyInfo& property, std::string_view value) {
     if (property.pixels == PixelAxis::None || !value.ends_with('%')) return std::nullopt;
     value.remove_suffix(1);
-    const auto percentage = ParseReal(value);
+    const auto percentage = ParseReal(Unspoken(property, value));
     if (percentage && *percentage < 0 && property.minimum >= 0) return std::nullopt;
     return percentage;
 }
 
-std::string PixelsOfPercentage(const EffectInfo& effect, const PropertyInfo& property, double percentage,
-                               unsigned width, unsigned height) {
+double PixelsIn(const PropertyInfo& property, double percentage, unsigned width, unsigned height) {
     // 32.3 % of 500 is a hair below 161.5 in binary.
     constexpr double kSlack = 1e-9;
-    const double pixels =
-        std::floor(percentage * SideLength(property.pixels, width, height) / 100 + 0.5 + kSlack);
+    return std::floor(percentage * AVBased::SideLength(property.pixels, width, height) / 100 + 0.5 + kSlack);
+}
+
+std::string PixelsOfPercentage(const EffectInfo& effect, const PropertyInfo& property, double percentage,
+                               unsigned width, unsigned height) {
+    const double pixels = PixelsIn(property, percentage, width, height);
     if (InRange(property, pixels)) return NumberText(pixels);
-    throw Error(ErrorKind::Usage, std::string(property.name) + " of " + effect.name + " is " +
-                                      ValueRule(property) + ", but " + NumberText(percentage) + "% is " +
-                                      NumberText(pixels) + " px in a picture of " + std::to_string(width) +
-                                      "x" + std::to_string(height));
+    throw Error(ErrorKind::Usage, std::string(property.name) + " of " + std::string(effect.shortName) +
+                                      " is " + ValueRule(property) + ", but " + NumberText(percentage) +
+                                      "% is " + NumberText(pixels) + " px in a picture of " +
+                                      std::to_string(width) + "x" + std::to_string(height));
+}
+
+std::string SpokenValue(const PropertyInfo& property, const std::string& stored) {
+    if (property.kind == ValueKind::Switch) return stored == "1" ? "on" : "off";
+    for (const auto& choice : property.choices)
+        if (std::to_string(choice.value) == stored) return std::string(choice.name);
+    const auto colour = property.kind == ValueKind::Colour ? ParseWhole(stored) : std::nullopt;
+    if (!colour) return stored;
+    std::array<char, sizeof "#RRGGBB"> text{};
+    std::snprintf(text.data(), text.size(), "#%06X", static_cast<unsigned>(*colour) & 0xFFFFFF);
+    return text.data();
+}
+
+std::string DefaultText(const PropertyInfo& property) {
+    const char* const start = property.InForceAtFirst();
+    if (start == property.defaultText && *start) return SpokenValue(property, start);
+    const std::string text = start && *start ? SpokenValue(property, start) : "none of its values";
+    if (!*property.defaultText) return text;
+    return text + " (reported as '" + property.defaultText + "' until it is set)";
+}
+
+std::string PresetName(const EffectInfo& effect, const AVBased::EffectPreset& preset) {
+    return std::string(effect.shortName) + "/" + std::string(preset.name);
+}
+
+std::string SettingsText(const EffectInfo& effect, const AVBased::EffectPreset& preset) {
+    std::string text;
+    for (const AVBased::PresetSetting& setting : preset.Settings()) {
+        const std::string number = NumberText(setting.value);
+        text += (text.empty() ? "" : ":") + std::string(setting.property) + "=" +
+                (setting.percentage ? number + "%"
+                                    : SpokenValue(*AVBased::FindProperty(effect, setting.property), number));
+    }
+    return text;
 }
 
 std::string ValueRule(const PropertyInfo& property) {
@@ -226,8 +267,8 @@ std::string ValueRule(const PropertyInfo& property) {
 
 std::string TranslateValue(const EffectInfo& effect, const PropertyInfo& property, const std::string& value) {
     if (auto translated = Translate(property, value)) return *std::move(translated);
-    throw Error(ErrorKind::Usage, std::string(property.name) + " of " + effect.name + " is " +
-                                      ValueRule(property) + ", not '" + value + "'");
+    throw Error(ErrorKind::Usage, std::string(property.name) + " of " + std::string(effect.shortName) +
+                                      " is " + ValueRule(property) + ", not '" + value + "'");
 }
 
 } // namespace aveffect

@@ -23,19 +23,38 @@ std::optional<int64_t> ParseTime(std::string_view text);
 /// The number's shortest decimal form.
 std::string NumberText(double number);
 
-/// The side of the picture that the property's percentages refer to: "width", "height" or "smaller side".
-/// Empty when it takes none.
+/// "width", "height" or "smaller side"; empty for none.
+std::string_view SideName(AVBased::PixelAxis axis);
+
+/// The side of the picture that the property's percentages refer to. Empty when it takes none.
 std::string_view PercentageBase(const AVBased::PropertyInfo& property);
 
 /// The number before the sign of a value such as "12.5%". Nothing for other values, for properties that don't
 /// count pixels, and below 0 where the property's range has no negative numbers.
 std::optional<double> ParsePercentage(const AVBased::PropertyInfo& property, std::string_view value);
 
-/// The plug-in's text for a percentage of a picture's side: pixels, rounded to the nearest whole number,
-/// halves up. Throws Error (Usage) that names effect, property, percentage and size when that is outside the
-/// property's range.
+/// A percentage of the side of the picture that the property counts pixels of: rounded to the nearest whole
+/// number, halves up.
+double PixelsIn(const AVBased::PropertyInfo& property, double percentage, unsigned width, unsigned height);
+
+/// The plug-in's text for a percentage of a picture's side. Throws Error (Usage) that names effect, property,
+/// percentage and size when that is outside the property's range.
 std::string PixelsOfPercentage(const AVBased::EffectInfo& effect, const AVBased::PropertyInfo& property,
                                double percentage, unsigned width, unsigned height);
+
+/// The value as people would write it: on and off, a choice's name, #RRGGBB. The plug-in's text where there
+/// is no better word. TranslateValue takes it.
+std::string SpokenValue(const AVBased::PropertyInfo& property, const std::string& stored);
+
+/// What the effect works with until the property is set, as people would write it; says so where no value
+/// does, and when the plug-in reports another one.
+std::string DefaultText(const AVBased::PropertyInfo& property);
+
+/// "spherize/bulge".
+std::string PresetName(const AVBased::EffectInfo& effect, const AVBased::EffectPreset& preset);
+
+/// What the preset sets, as people would write it: "spherize_r=45%:spherize_scale=1".
+std::string SettingsText(const AVBased::EffectInfo& effect, const AVBased::EffectPreset& preset);
 
 /// What values the property takes, as part of a sentence: "a whole number from 0 to 65535", "on or off".
 std::string ValueRule(const AVBased::PropertyInfo& property);

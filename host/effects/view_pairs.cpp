@@ -26,8 +26,9 @@ std::vector<EffectSpec> EffectsBefore(const std::vector<EffectSpec>& effects) {
         return RequireEffect(effect.name).kind == AVBased::EffectKind::Stereo;
     });
     if (stereo == effects.end())
-        throw Error(ErrorKind::Usage, std::string("two views need the effect ") +
-                                          AVBased::effectName3DRenderEffect + " to show them");
+        throw Error(ErrorKind::Usage, "two views need the effect " +
+                                          std::string(AVBased::catalogue::k3DRender.shortName) +
+                                          " to show them");
     return {effects.begin(), stereo};
 }
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/effects/neutral_settings.h"
 #include "host/jobs/picture_copy.h"
 #include "host/jobs/render_plan.h"
 #include "host/jobs/sound_render.h"
@@ -38,6 +39,8 @@ RenderPlan PlanRender(const RenderOptions& options, const std::atomic<bool>& can
 RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
                     const std::atomic<bool>& cancel) {
     RenderPlan plan = PlanRender(options, cancel);
+    Reporter reporter(observer);
+    WarnOfNeutral(options.audioEffects, 0, 0, reporter);
     switch (plan.kind) {
     case RenderPlan::Kind::Sound:
         return RenderSound(plugin, options, plan.output, observer, cancel);

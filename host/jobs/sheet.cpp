@@ -74,7 +74,7 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
 
     AVFramePtr sheet = MakeSheet(tile, static_cast<int>(transitions.size()));
     for (int row = 0; row < static_cast<int>(transitions.size()); ++row) {
-        const std::string name = transitions[static_cast<size_t>(row)]->name;
+        const std::string name(transitions[static_cast<size_t>(row)]->shortName);
         reporter.Note("row " + std::to_string(row + 1) + ": " + name);
         constexpr int kEndMs = 2 * kMoments * kStepMs;
         EffectChain chain(plugin, &manager, {TransitionSpec(name, options.first, options.second, 0, kEndMs)},

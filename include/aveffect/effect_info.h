@@ -2,7 +2,10 @@
 /// What the catalogue says of an effect and of its properties.
 ///
 /// Ranges and neutral values inform people and programs; the plug-in parses and stores any value.
+#include <cstddef>
+#include <iterator>
 #include <limits>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -85,11 +88,54 @@ enum EffectTraits : unsigned {
     kMovesPixels = 1u << 6,   ///< moves pixels across the picture, or brings others in
 };
 
+/// A property's value among settings that have a name of their own.
+struct PresetSetting {
+    const char* property = nullptr; ///< null behind the last one
+    /// What a number is set to (1 and 0 for a switch, 0xRRGGBB for a colour), or a percentage of the side of
+    /// the picture that the property counts pixels of.
+    double value = 0;
+    bool percentage = false;
+};
+
+static constexpr PresetSetting Percent(const char* property, double percentage) {
+    return {property, percentage, true};
+}
+
 /// Settings of an effect with a name of their own.
 struct EffectPreset {
     std::string_view name; ///< lower case, words joined by dashes
     std::string_view help;
-    std::string_view settings; ///< NAME=VALUE:... as people write them
+    PresetSetting slots[8]; ///< in the order in which they are made
+
+    constexpr std::span<const PresetSetting> Settings() const {
+        size_t count = 0;
+        while (count < std::size(slots) && slots[count].property) ++count;
+        return {slots, count};
+    }
+};
+
+/// What a property's value has to be for the effect to change nothing: within bounds, both included, or
+/// beyond the picture: larger than so many times one of its sides. A text's value is its length.
+struct NeutralCondition {
+    const char* property = nullptr; ///< null behind the last one
+    double least = 0;
+    double most = 0;
+    PixelAxis beyond = PixelAxis::None;
+    double sides = 1;
+};
+
+/// The largest numbers below 1 and below 0.
+constexpr double kBelowOne = 1 - std::numeric_limits<double>::epsilon() / 2;
+constexpr double kBelowZero = -std::numeric_limits<double>::denorm_min();
+
+/// Why effects have no presets.
+constexpr std::string_view kOneLook = "It has one look and nothing to set.";
+constexpr std::string_view kTimesAlone =
+    "It has one look; the pictures and times come from what is rendered.";
+
+/// Settings with which the effect changes nothing when all conditions hold.
+struct NeutralSettings {
+    NeutralCondition conditions[3];
 };
 
 struct EffectInfo {
@@ -102,6 +148,9 @@ struct EffectInfo {
     std::span<const PropertyInfo> properties = {};   ///< besides "duration", in the order of registration
     std::span<const std::string_view> synonyms = {}; ///< other words that people look for it by
     std::span<const EffectPreset> presets = {};
+    std::string_view noPresets = {};               ///< why there are none
+    std::span<const NeutralSettings> neutral = {}; ///< each of them makes it change nothing
+    std::string_view note = {};                    ///< what surprises people; empty when nothing does
 };
 
 constexpr PropertyInfo kDurationProperty = {
@@ -114,6 +163,33 @@ static constexpr const PropertyInfo* FindProperty(const EffectInfo& effect, std:
     for (const PropertyInfo& property : effect.properties)
         if (name == property.name) return &property;
     return nullptr;
+}
+
+/// The length of a side in pixels. There is none before a picture is known.
+static constexpr double SideLength(PixelAxis axis, unsigned width, unsigned height) {
+    if (axis == PixelAxis::Width) return width;
+    if (axis == PixelAxis::Height) return height;
+    return width < height ? width : height;
+}
+
+/// Whether the effect changes nothing with the values that the callable tells: std::optional<double> of a
+/// const PropertyInfo&, absent where nothing is known. Of pictures of that size; 0 by 0 when it is not known.
+template <typename ValueOf>
+constexpr bool ChangesNothing(const EffectInfo& effect, ValueOf valueOf, unsigned width, unsigned height) {
+    const auto holds = [&](const NeutralCondition& condition) {
+        const std::optional<double> value = valueOf(*FindProperty(effect, condition.property));
+        if (!value) return false;
+        if (condition.beyond == PixelAxis::None) return *value >= condition.least && *value <= condition.most;
+        const double side = SideLength(condition.beyond, width, height);
+        return side > 0 && *value > condition.sides * side;
+    };
+    for (const NeutralSettings& settings : effect.neutral) {
+        bool all = true;
+        for (const NeutralCondition& condition : settings.conditions)
+            all = all && (!condition.property || holds(condition));
+        if (all) return true;
+    }
+    return false;
 }
 
 } // namespace AVBased

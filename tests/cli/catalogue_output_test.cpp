@@ -7,6 +7,7 @@
 #include "aveffect/catalogue.h"
 #include "cli/catalogue_text.h"
 #include "host/effects/effect_chain.h"
+#include "host/effects/value_text.h"
 #include "tests/cli/program.h"
 
 namespace {
@@ -45,11 +46,9 @@ void ExpectProperty(const json& property, const AVBased::PropertyInfo& info) {
     ExpectNumber(property["maximum"], info.maximum);
     ExpectNumber(property["neutral"], info.neutral);
     if (info.kind == AVBased::ValueKind::Number) {
-        // A text that is none, or reads as a number only up to its x, is shown as it is.
-        if (property["default"].is_string())
-            EXPECT_EQ(property["default"], info.defaultText);
-        else
-            EXPECT_EQ(property["default"].get<double>(), std::stod(info.defaultText));
+        EXPECT_EQ(property["default"].is_null(), info.InForceAtFirst() == nullptr);
+        if (info.InForceAtFirst())
+            EXPECT_EQ(property["default"].get<double>(), std::stod(info.InForceAtFirst()));
     }
 }
 
@@ -101,10 +100,11 @@ TEST_F(CatalogueOutput, TextNamesEveryEffectOnceAndEveryProperty) {
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.messages, "");
     for (const auto* effect : Effects()) {
-        const std::string line = std::string("\n  ") + effect->name + " ";
+        const std::string line = "\n  " + std::string(effect->shortName) + " ";
         const size_t place = outcome.output.find(line);
         ASSERT_NE(place, std::string::npos) << effect->name;
         EXPECT_EQ(outcome.output.find(line, place + 1), std::string::npos) << effect->name;
+        EXPECT_NE(outcome.output.find(std::string(" ") + effect->name + " ", place), std::string::npos);
         const std::string description = aveffect::DescribeText(*effect);
         for (const auto& property : effect->properties)
             EXPECT_NE(description.find(std::string("\n  ") + property.name + " "), std::string::npos);
@@ -117,12 +117,27 @@ TEST_F(CatalogueOutput, TextNamesEveryEffectOnceAndEveryProperty) {
     EXPECT_EQ(json::parse(mosaic)["properties"][1]["percentOf"], "height");
 }
 
-TEST_F(CatalogueOutput, ExamplesAreTaken) {
+TEST_F(CatalogueOutput, ExamplesDefaultsAndPresetsAreTakenAsTheyAreShown) {
     for (const auto* effect : Effects()) {
         const std::string example = aveffect::ExampleSetting(*effect);
         const auto medium =
             effect->kind == AVBased::EffectKind::Audio ? aveffect::Medium::Audio : aveffect::Medium::Video;
         EXPECT_NO_THROW(aveffect::ParseEffect(example, false, medium)) << example;
+        const std::string description = aveffect::DescribeText(*effect), name(effect->shortName);
+        EXPECT_NE(description.find(" " + example + (effect->presets.empty() ? "" : "\n")), std::string::npos);
+        for (const auto& preset : effect->presets) {
+            const std::string settings = aveffect::SettingsText(*effect, preset);
+            EXPECT_NE(description.find(" " + settings + "\n"), std::string::npos) << settings;
+            EXPECT_EQ(aveffect::ParseEffect(name + ":" + settings, false, medium).properties,
+                      aveffect::ParseEffect(aveffect::PresetName(*effect, preset), false, medium).properties);
+        }
+        for (const auto& property : effect->properties) {
+            const char* const start = property.InForceAtFirst();
+            if (!start || !*start) continue;
+            const std::string shown = aveffect::SpokenValue(property, start);
+            EXPECT_EQ(aveffect::DefaultText(property).substr(0, shown.size()), shown);
+            EXPECT_NO_THROW(aveffect::TranslateValue(*effect, property, shown)) << property.name;
+        }
     }
 }
 

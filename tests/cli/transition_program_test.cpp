@@ -79,7 +79,12 @@ TEST_F(TransitionProgram, WhatIsWrongIsSaidInOneLine) {
         const char* message;
     };
     const Case cases[] = {
-        {2, {"transition", "a.png", "b.png", "o.mkv", "-e", "fade"}, "'fade' is no transition; these are: "},
+        {2,
+         {"transition", "a.png", "b.png", "o.mkv", "-e", "dissolve"},
+         "'dissolve' is no transition; did you mean 'crossfade'?"},
+        {2,
+         {"join", "a.png", "b.png", "o.mkv", "-e", "gray"},
+         "'gray' is no transition; these are: clock, turn-over, crossfade, "},
         {2, {"transition", "a.png", "b.png", "o.mkv"}, "--effect is required"},
         {2,
          {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--duration", "0"},
@@ -94,7 +99,7 @@ TEST_F(TransitionProgram, WhatIsWrongIsSaidInOneLine) {
          {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--fps", "25/0"},
          "--fps takes"},
         {2, {"transition", "a.png", "b.png", "o.png", "-e", "EffectNameMkFade"}, "o.png holds one picture"},
-        {3, {"transition", "a.png", "none.png", "o.mkv", "-e", "EffectNameMkFade"}, "none.png: no such file"},
+        {3, {"transition", "a.png", "none.png", "o.mkv", "-e", "crossfade"}, "none.png: no such file"},
         {3,
          {"transition", "text.png", "b.png", "o.mkv", "-e", "EffectNameMkFade"},
          "text.png holds no picture that can be decoded"},
@@ -116,7 +121,7 @@ TEST_F(TransitionProgram, WhatIsWrongIsSaidInOneLine) {
         {2, {"join", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade"}, "a.png is a single picture"},
         {2,
          {"render", "a.png", "o.png", "-e", "EffectNameMkFade"},
-         "EffectNameMkFade needs EffectPropVFPath1"},
+         "crossfade needs EffectPropVFPath1"},
         {3,
          {"frame", "a.png", "o.png", "-e",
           "EffectNameMkFade:EffectPropVFPath1=b.png:EffectPropVFPath2=none.png"},

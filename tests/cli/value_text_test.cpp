@@ -33,7 +33,7 @@ std::string ParseError(const std::string& text) {
 
 constexpr AVBased::PropertyChoice kModes[] = {{3, "left", ""}, {7, "right", ""}};
 constexpr AVBased::EffectInfo kEffect = {.name = "thing",
-                                         .shortName = "",
+                                         .shortName = "thing",
                                          .kind = AVBased::EffectKind::Look,
                                          .traits = 0,
                                          .title = "",
@@ -58,9 +58,26 @@ TEST(ParseEffect, ReadsNamesAndSettingsInOrder) {
     EXPECT_EQ(spec.name, "brightness_contrast");
     EXPECT_EQ(spec.properties, (Settings{{"contrast", "-12.5"}, {"brightness", "1e1"}, {"duration", "40"}}));
     EXPECT_TRUE(ParseEffect("gray", false).properties.empty());
+    EXPECT_EQ(ParseEffect("blur:blur_count=+2", false).name, "simple_gauss_blur");
+    EXPECT_EQ(
+        ParseEffect("brightness-contrast:brightness=50%:contrast=+12.5%:saturation=-5", false).properties,
+        (Settings{{"brightness", "50"}, {"contrast", "12.5"}, {"saturation", "-5"}}));
     // A plug-in that reads numbers in C's way would take a zero in front for base eight.
     EXPECT_EQ(ParseEffect("simple_gauss_blur:blur_count=010", false).properties,
               (Settings{{"blur_count", "10"}}));
+}
+
+// What is written beside a preset takes the place of its own.
+TEST(ParseEffect, StartsFromPresets) {
+    EXPECT_EQ(
+        ParseEffect("rotate/twirl:rotate_x=20:rotate_scale=2", false).properties,
+        (Settings{{"rotate_r", "", 45}, {"rotate_y", "", 50}, {"rotate_x", "20"}, {"rotate_scale", "2"}}));
+    EXPECT_EQ(ParseEffect("popstyle/lemon", true).properties,
+              (Settings{{"popstyle_threshold", "100"}, {"popstyle_color", "16769070"}}));
+    EXPECT_EQ(ParseError("rotate/twril"), "unknown preset 'twril' of rotate; did you mean 'twirl'?");
+    EXPECT_EQ(ParseError("emboss/teapot"),
+              "unknown preset 'teapot' of emboss; these are: soft, deep, engraved");
+    EXPECT_EQ(ParseError("gray/dark"), "gray has no presets, so no 'dark'");
 }
 
 TEST(ParseEffect, TakesEscapesInValues) {
@@ -71,10 +88,13 @@ TEST(ParseEffect, TakesEscapesInValues) {
 TEST(ParseEffect, NamesTheNearest) {
     EXPECT_EQ(ParseError("grey"), "unknown effect 'grey'; did you mean 'gray'?");
     EXPECT_EQ(ParseError("INVERT"), "unknown effect 'INVERT'; did you mean 'invert'?");
-    EXPECT_EQ(ParseError("flip_colro"), "unknown effect 'flip_colro'; did you mean 'flip_color'?");
-    EXPECT_EQ(ParseError("blur"), "unknown effect 'blur'; did you mean 'simple_gauss_blur'?");
+    EXPECT_EQ(ParseError("flip_colro"), "unknown effect 'flip_colro'; did you mean 'flip-color'?");
+    EXPECT_EQ(ParseError("Gauss blr"), "unknown effect 'Gauss blr'; did you mean 'blur'?");
+    EXPECT_EQ(ParseError("Black and white"), "unknown effect 'Black and white'; did you mean 'gray'?");
+    EXPECT_EQ(ParseError("wipe"),
+              "unknown effect 'wipe'; did you mean 'clock', 'close-door', 'shutter' or 'push'?");
     EXPECT_EQ(ParseError("simple_gauss_blur:blurcount=2"),
-              "unknown property 'blurcount' of simple_gauss_blur; did you mean 'blur_count'?");
+              "unknown property 'blurcount' of blur; did you mean 'blur_count'?");
     EXPECT_EQ(ParseError("gray:durration=2"),
               "unknown property 'durration' of gray; did you mean 'duration'?");
     EXPECT_NE(ParseError("teapot").find("aveffect list"), std::string::npos);
@@ -90,10 +110,11 @@ TEST(ParseEffect, RefusesWhatIsNoSetting) {
 
 TEST(ParseEffect, SaysTheRange) {
     EXPECT_EQ(ParseError("simple_gauss_blur:blur_count=1.5"),
-              "blur_count of simple_gauss_blur is a whole number from 0 to 65535, not '1.5'");
+              "blur_count of blur is a whole number from 0 to 65535, not '1.5'");
     EXPECT_EQ(ParseError("brightness_contrast:contrast=100.01"),
-              "contrast of brightness_contrast is a number from -100 to 100 %, not '100.01'");
-    for (const char* value : {"", " 1", "1 ", "1x", "0x1", "nan", "inf", "-inf", "1e999", "1,5", "-101"})
+              "contrast of brightness-contrast is a number from -100 to 100 %, not '100.01'");
+    for (const char* value : {"", " 1", "1 ", "1x", "0x1", "nan", "inf", "-inf", "1e999", "1,5", "-101", "+",
+                              "++1", "+-1", "1%%"})
         EXPECT_NE(ParseError(std::string("brightness_contrast:brightness=") + value), "") << value;
     for (const char* value : {"65536", "-1", "1e1", "99999999999999999999", "1.0"})
         EXPECT_NE(ParseError(std::string("simple_gauss_blur:blur_count=") + value), "") << value;

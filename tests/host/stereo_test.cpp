@@ -151,7 +151,7 @@ TEST_F(TwoViews, WhatCantBeIsRefused) {
     options.stereo.layout = StereoLayout::SideBySide;
     expect(options, ErrorKind::Usage, "not both");
     options.effects = {aveffect::ParseEffect("gray", false)};
-    expect(options, ErrorKind::Usage, "need the effect EffectName3DRenderEffect");
+    expect(options, ErrorKind::Usage, "need the effect anaglyph");
     options.stereo = {};
     options.effects = {aveffect::ParseEffect("EffectName3DRenderEffect:render_3d_mode=-1", true)};
     expect(options, ErrorKind::Usage, "can't be negative");

@@ -232,7 +232,7 @@ TEST_F(Transitions, WhatCannotBeShownIsSaid) {
     EXPECT_NE(Failure(options, ErrorKind::Usage).find("a picture lasts 0.04 s"), std::string::npos);
     options.film.transition = "invert";
     const std::string text = Failure(options, ErrorKind::Usage);
-    EXPECT_NE(text.find("EffectNameMkFade, "), std::string::npos) << text;
+    EXPECT_NE(text.find("crossfade, "), std::string::npos) << text;
     const auto middle = clips::FailureOf([&] { Join({clip, clip, clip}, 400); });
     EXPECT_EQ(middle.text, clip + " lasts 0.4 s, too short for a transition of 0.4 s at each of its ends");
 }

@@ -16,6 +16,11 @@ constexpr PropertyInfo kAudioReplaceProperties[] = {
     {"audio_replace_path", "", kText, ValueKind::Path, "File",
      "Whose sound is heard; set it before the first frame.", "", 0, 0},
 };
+constexpr std::string_view kReplaceSoundSynonyms[] = {
+    "dub", "music", "soundtrack", "background-music", "replace", "voice-over"};
+constexpr NeutralSettings kReplaceSoundNeutral[] = {
+    {{{"audio_replace_path", 0, 0}}},
+};
 constexpr EffectInfo kReplaceSound = {
     .name = effectNameAudioReplace,
     .shortName = "replace-sound",
@@ -24,6 +29,9 @@ constexpr EffectInfo kReplaceSound = {
     .title = "Replace sound",
     .help = "Lays another file's sound in place of the clip's.",
     .properties = kAudioReplaceProperties,
+    .synonyms = kReplaceSoundSynonyms,
+    .noPresets = "It has no presets, for its file has to be named.",
+    .neutral = kReplaceSoundNeutral,
 };
 
 constexpr PropertyInfo kAudioFaderProperties[] = {
@@ -37,6 +45,26 @@ constexpr PropertyInfo kAudioFaderProperties[] = {
     {"fader_end_scale", "-1.0", kDouble, ValueKind::Number, "End gain",
      "Gain at the end, 1 for unchanged; a negative one turns the effect off.", "", -1, 1, -1},
 };
+constexpr std::string_view kFadeSoundSynonyms[] = {"audio-fade", "fade", "ramp", "duck", "ducking", "afade"};
+constexpr EffectPreset kFadeSoundPresets[] = {
+    {"fade-in",
+     "From silence to full in the first two seconds.",
+     {{"fader_start_time", 0}, {"fader_duration", 2000}, {"fader_start_scale", 0}, {"fader_end_scale", 1}}},
+    {"slow-fade-in",
+     "From silence to full in the first five seconds.",
+     {{"fader_start_time", 0}, {"fader_duration", 5000}, {"fader_start_scale", 0}, {"fader_end_scale", 1}}},
+    {"duck",
+     "The first five seconds at three tenths, as beneath a voice.",
+     {{"fader_start_time", 0},
+      {"fader_duration", 5000},
+      {"fader_start_scale", 0.3},
+      {"fader_end_scale", 0.3}}},
+};
+constexpr NeutralSettings kFadeSoundNeutral[] = {
+    {{{"fader_start_scale", -1, kBelowZero}}},
+    {{{"fader_end_scale", -1, kBelowZero}}},
+    {{{"fader_start_scale", 1, 1}, {"fader_end_scale", 1, 1}}},
+};
 constexpr EffectInfo kFadeSound = {
     .name = effectNameAudioFader,
     .shortName = "fade-sound",
@@ -45,11 +73,27 @@ constexpr EffectInfo kFadeSound = {
     .title = "Fade sound",
     .help = "Raises or lowers the gain evenly over a stretch of time, up to 1.",
     .properties = kAudioFaderProperties,
+    .synonyms = kFadeSoundSynonyms,
+    .presets = kFadeSoundPresets,
+    .neutral = kFadeSoundNeutral,
+    .note = "Behind its stretch the sound returns to full level, also after a fade to silence: let a "
+            "fade-out end where the sound does. The gain never rises above 1.",
 };
 
 constexpr PropertyInfo kAudioVolumeProperties[] = {
     {"audio_volume", "100", kInt32, ValueKind::Number, "Volume", "What every sample is multiplied by.", "%",
      0, 12799, 100},
+};
+constexpr std::string_view kVolumeSynonyms[] = {"gain",    "loudness", "amplify", "louder",
+                                                "quieter", "mute",     "level"};
+constexpr EffectPreset kVolumePresets[] = {
+    {"half", "Half as loud.", {{"audio_volume", 50}}},
+    {"whisper", "A fifth as loud.", {{"audio_volume", 20}}},
+    {"double", "Twice as loud.", {{"audio_volume", 200}}},
+    {"mute", "Silence.", {{"audio_volume", 0}}},
+};
+constexpr NeutralSettings kVolumeNeutral[] = {
+    {{{"audio_volume", 100, 100}}},
 };
 constexpr EffectInfo kVolume = {
     .name = effectNameAudioVolume,
@@ -59,6 +103,10 @@ constexpr EffectInfo kVolume = {
     .title = "Volume",
     .help = "Makes signed 16-bit sound louder or softer.",
     .properties = kAudioVolumeProperties,
+    .synonyms = kVolumeSynonyms,
+    .presets = kVolumePresets,
+    .neutral = kVolumeNeutral,
+    .note = "What becomes louder than the samples can say is cut off, which is heard as distortion.",
 };
 
 } // namespace catalogue

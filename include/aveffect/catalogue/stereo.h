@@ -25,6 +25,14 @@ constexpr PropertyInfo k3DRenderProperties[] = {
     {"render_3d_swtich", "0", kInt32, ValueKind::Switch, "Exchange views",
      "Exchanges left and right. Once on, it stays on.", "", 0, 1},
 };
+constexpr std::string_view k3DRenderSynonyms[] = {"3d",           "stereo", "stereoscopic", "red-cyan",
+                                                  "side-by-side", "sbs",    "red-blue"};
+constexpr EffectPreset k3DRenderPresets[] = {
+    {"red-cyan", "For red and cyan glasses.", {{"render_3d_mode", 1}, {"render_3d_depth", 80}}},
+    {"green-magenta", "For green and magenta glasses.", {{"render_3d_mode", 2}, {"render_3d_depth", 80}}},
+    {"side-by-side", "Both views beside each other, for 3D screens.", {{"render_3d_mode", 3}}},
+    {"top-and-bottom", "Both views above each other, for 3D screens.", {{"render_3d_mode", 4}}},
+};
 constexpr EffectInfo k3DRender = {
     .name = effectName3DRenderEffect,
     .shortName = "anaglyph",
@@ -34,6 +42,8 @@ constexpr EffectInfo k3DRender = {
     .help = "Shows two views of a scene, made of one picture unless the frame has a second one, as one "
             "picture; or makes one picture an anaglyph.",
     .properties = k3DRenderProperties,
+    .synonyms = k3DRenderSynonyms,
+    .presets = k3DRenderPresets,
 };
 
 } // namespace catalogue

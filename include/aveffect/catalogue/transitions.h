@@ -25,9 +25,10 @@ constexpr PropertyInfo kTransitionProperties[] = {
      "", 0, 0},
     {"EffectPropVFPath2", "", kText, ValueKind::Path, "To", "File of the picture that comes, read once.", "",
      0, 0},
-    {"EffectPropStartTime", "", kInt32, ValueKind::Number, "Begin",
-     "Time at which the transition begins; empty is 0.", "ms", 0, 2147483647},
+    {"EffectPropStartTime", "", kInt32, ValueKind::Number, "Begin", "Time at which the transition begins.",
+     "ms", 0, 2147483647, kNoNeutral, PixelAxis::None, "0"},
 };
+constexpr std::string_view kClockSynonyms[] = {"clock-wipe", "radial-wipe", "wipe", "sweep"};
 constexpr EffectInfo kClock = {
     .name = effectNameMkClock,
     .shortName = "clock",
@@ -36,8 +37,11 @@ constexpr EffectInfo kClock = {
     .title = "Clock",
     .help = "A clock's hand sweeps the second picture in, from twelve to twelve.",
     .properties = kTransitionProperties,
+    .synonyms = kClockSynonyms,
+    .noPresets = kTimesAlone,
 };
 
+constexpr std::string_view kTurnOverSynonyms[] = {"flip", "card-flip", "rotate", "turn", "page-turn"};
 constexpr EffectInfo kTurnOver = {
     .name = effectNameMkTurn,
     .shortName = "turn-over",
@@ -46,8 +50,12 @@ constexpr EffectInfo kTurnOver = {
     .title = "Turn over",
     .help = "The picture turns over about its middle row and shows the second one.",
     .properties = kTransitionProperties,
+    .synonyms = kTurnOverSynonyms,
+    .noPresets = kTimesAlone,
 };
 
+constexpr std::string_view kCrossFadeSynonyms[] = {"dissolve", "cross-dissolve", "fade", "blend",
+                                                   "mix",      "cross-fade"};
 constexpr EffectInfo kCrossFade = {
     .name = effectNameMkFade,
     .shortName = "crossfade",
@@ -56,8 +64,11 @@ constexpr EffectInfo kCrossFade = {
     .title = "Cross-fade",
     .help = "The second picture shows through the first more and more. Alpha stays the frame's.",
     .properties = kTransitionProperties,
+    .synonyms = kCrossFadeSynonyms,
+    .noPresets = kTimesAlone,
 };
 
+constexpr std::string_view kCloseDoorSynonyms[] = {"doors", "barn-doors", "wipe", "split", "curtain"};
 constexpr EffectInfo kCloseDoor = {
     .name = effectNameMkCloseDoor,
     .shortName = "close-door",
@@ -66,8 +77,11 @@ constexpr EffectInfo kCloseDoor = {
     .title = "Close door",
     .help = "The second picture closes in from both sides.",
     .properties = kTransitionProperties,
+    .synonyms = kCloseDoorSynonyms,
+    .noPresets = kTimesAlone,
 };
 
+constexpr std::string_view kRollSynonyms[] = {"page-roll", "page-curl", "curl", "peel", "page"};
 constexpr EffectInfo kRoll = {
     .name = effectNameMkRoll,
     .shortName = "roll",
@@ -76,8 +90,11 @@ constexpr EffectInfo kRoll = {
     .title = "Roll",
     .help = "The first picture is rolled up from the left and leaves a bright roll at the right.",
     .properties = kTransitionProperties,
+    .synonyms = kRollSynonyms,
+    .noPresets = kTimesAlone,
 };
 
+constexpr std::string_view kBrokenBoxesSynonyms[] = {"checkerboard", "boxes", "squares", "blocks", "mosaic"};
 constexpr EffectInfo kBrokenBoxes = {
     .name = effectNameMkBrokenBox,
     .shortName = "broken-boxes",
@@ -86,8 +103,12 @@ constexpr EffectInfo kBrokenBoxes = {
     .title = "Broken boxes",
     .help = "Staggered boxes of the second picture shrink until it shows whole.",
     .properties = kTransitionProperties,
+    .synonyms = kBrokenBoxesSynonyms,
+    .noPresets = kTimesAlone,
 };
 
+constexpr std::string_view kShutterSynonyms[] = {"blinds", "venetian-blinds", "slats", "wipe",
+                                                 "bars",   "stripes"};
 constexpr EffectInfo kShutter = {
     .name = effectNameMkShutter,
     .shortName = "shutter",
@@ -96,8 +117,11 @@ constexpr EffectInfo kShutter = {
     .title = "Shutter",
     .help = "Upright slats of the second picture close over the first.",
     .properties = kTransitionProperties,
+    .synonyms = kShutterSynonyms,
+    .noPresets = kTimesAlone,
 };
 
+constexpr std::string_view kPushSynonyms[] = {"slide", "wipe", "move", "scroll", "swipe"};
 constexpr EffectInfo kPush = {
     .name = effectNameMkLeftRightMove,
     .shortName = "push",
@@ -106,6 +130,8 @@ constexpr EffectInfo kPush = {
     .title = "Push",
     .help = "The second picture pushes the first one out to the left.",
     .properties = kTransitionProperties,
+    .synonyms = kPushSynonyms,
+    .noPresets = kTimesAlone,
 };
 
 } // namespace catalogue
