@@ -19,7 +19,9 @@ std::vector<EffectSpec> ParseEffects(const std::vector<std::string>& texts, bool
 }
 
 void AddEffects(CLI::App& app, const char* option, std::vector<std::string>& effects, const char* help) {
-    app.add_option(option, effects, help)->type_name("NAME[:property=value...]")->allow_extra_args(false);
+    app.add_option(option, effects, help)
+        ->type_name("NAME[/PRESET][:property=value...]")
+        ->allow_extra_args(false);
 }
 
 void AddFiles(CLI::App& app, MediaArguments& media) {
@@ -85,9 +87,9 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
     AddCodecs(*render, command);
     AddProgressOption(*render, command.progress);
     render->footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e gray "
-                               "-e brightness_contrast:contrast=20 --from 0:05 --to 0:15\n"
-                               "  aveffect render in.mp4 out.mp4 -a audio_volume:audio_volume=50\n"
-                               "  aveffect render in.wav out.flac -a audio_volume:audio_volume=50\n\n") +
+                               "-e brightness-contrast/punchy --from 0:05 --to 0:15\n"
+                               "  aveffect render in.mp4 out.mp4 -a volume/half\n"
+                               "  aveffect render in.wav out.flac -a volume:audio_volume=80%\n\n") +
                    kExitCodeHelp);
     return render;
 }
@@ -139,9 +141,9 @@ CLI::App* AddList(CLI::App& app, ListCommand& command) {
 
 CLI::App* AddDescribe(CLI::App& app, DescribeCommand& command) {
     CLI::App* const describe = app.add_subcommand("describe", "Show one effect and its properties");
-    describe->add_option("NAME", command.effect, "Name of the effect")->required();
+    describe->add_option("NAME", command.effect, "Name or short name of the effect")->required();
     describe->add_flag("--json", command.json, "As JSON");
-    describe->footer(std::string("Example:\n  aveffect describe brightness_contrast\n\n") + kExitCodeHelp);
+    describe->footer(std::string("Example:\n  aveffect describe spherize\n\n") + kExitCodeHelp);
     return describe;
 }
 

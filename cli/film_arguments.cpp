@@ -84,9 +84,8 @@ CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
                          "pictures");
     AddFilmOptions(*transition, command.film);
     transition->footer(
-        std::string(
-            "Example:\n  aveffect transition a.jpg b.jpg out.mp4 --effect EffectNameMkFade --duration 2 "
-            "--hold-before 1 --hold-after 1\n\n") +
+        std::string("Example:\n  aveffect transition a.jpg b.jpg out.mp4 -e crossfade --duration 2 "
+                    "--hold-before 1 --hold-after 1\n\n") +
         kExitCodeHelp);
     return transition;
 }
@@ -100,7 +99,7 @@ CLI::App* AddJoin(CLI::App& app, JoinCommand& command) {
         ->required();
     AddEffect(*join, command.film);
     AddFilmOptions(*join, command.film);
-    join->footer(std::string("Example:\n  aveffect join a.mp4 b.mov c.mkv out.mp4 --effect EffectNameMkClock "
+    join->footer(std::string("Example:\n  aveffect join a.mp4 b.mov c.mkv out.mp4 -e clock "
                              "--duration 1\n\n") +
                  kExitCodeHelp);
     return join;

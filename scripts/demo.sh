@@ -17,7 +17,7 @@ build/bin/aveffect render "$clip" "$out/aged.mp4" --overwrite \
   -e brightness_contrast:contrast=25:saturation=-60 -e simple_gauss_blur:blur_count=2 -e aged_film
 build/bin/aveffect render "$clip" "$out/negative.mp4" --overwrite -e invert
 build/bin/aveffect frame "$clip" "$out/negative.png" --at 0 --overwrite -e invert
-build/bin/aveffect join "$out/aged.mp4" "$out/negative.mp4" "$out/joined.mp4" --overwrite -e EffectNameMkClock --duration 1
+build/bin/aveffect join "$out/aged.mp4" "$out/negative.mp4" "$out/joined.mp4" --overwrite -e clock --duration 1
 
 echo
 echo "Rendered from $clip:"

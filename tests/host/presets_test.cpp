@@ -7,9 +7,9 @@
 #include "aveffect/catalogue.h"
 #include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
+#include "host/effects/audio_effect_chain.h"
 #include "host/effects/catalogue_lookup.h"
 #include "host/effects/neutral_settings.h"
-#include "host/effects/sound_chain.h"
 #include "host/effects/value_text.h"
 #include "mediabridge/audio_frame.h"
 #include "tests/host/clips.h"
@@ -112,7 +112,7 @@ TEST(Presets, ChangeAToneAudibly) {
             ASSERT_EQ(av_frame_get_buffer(sound.get(), 0), 0);
             auto* const samples = reinterpret_cast<int16_t*>(sound->data[0]);
             std::fill_n(samples, sound->nb_samples, int16_t{10000});
-            aveffect::SoundChain chain(clips::ThePlugin(), nullptr, {spec}, kLengthMs);
+            aveffect::AudioEffectChain chain(clips::ThePlugin(), nullptr, {spec}, kLengthMs);
             chain.Process(*sound, 0);
             EXPECT_GT(std::abs(samples[0] - 10000), 3000) << name; // 3 dB
         }
