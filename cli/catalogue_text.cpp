@@ -204,7 +204,8 @@ std::string ExampleSetting(const EffectInfo& effect) {
     if (!effect.presets.empty()) return PresetName(effect, effect.presets.front());
     std::string text(effect.shortName);
     for (const auto& property : effect.properties)
-        if (property.kind == ValueKind::Path) text += std::string(":") + property.name + "=music.flac";
+        if (property.kind == ValueKind::Path && effect.kind == EffectKind::Audio)
+            text += std::string(":") + property.name + "=music.flac";
     return text;
 }
 

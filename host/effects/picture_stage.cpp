@@ -42,8 +42,6 @@ void PictureStage::LearnFrom(const AVFrame& first) {
     m_media.Match(CanvasOf(first));
     m_width = first.width;
     m_height = first.height;
-    WarnOfNeutral(m_chain.Effects(), static_cast<unsigned>(m_width), static_cast<unsigned>(m_height),
-                  m_reporter);
     if (m_chain.Empty()) {
         m_working = {0, FormatOf(first), AVCOL_RANGE_UNSPECIFIED};
         return;
@@ -110,6 +108,9 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
         if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
         if (right) frame->SetSubsetFrame(m_pairs->Prepare(*right, timeMs, durationMs));
         m_chain.Process(frame.get(), timeMs);
+        if (!std::exchange(m_saidNeutral, true)) // behind the first one: its size is known, settings are made
+            WarnOfNeutral(m_chain.Effects(), static_cast<unsigned>(m_width), static_cast<unsigned>(m_height),
+                          m_reporter);
         if (const auto views = m_chain.Views()) MarkPicture(*picture, *views);
     }
     return picture;

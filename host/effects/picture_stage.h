@@ -56,6 +56,7 @@ private:
     WorkingFormat m_working;
     int m_width = 0, m_height = 0;
     bool m_saidSizeChange = false;
+    bool m_saidNeutral = false;
     AlphaLoss m_alpha;
     std::optional<mediabridge::Scaler> m_toWorking;
     PictureIntake m_intake, m_secondIntake;

@@ -47,8 +47,9 @@ void ExpectProperty(const json& property, const AVBased::PropertyInfo& info) {
     ExpectNumber(property["neutral"], info.neutral);
     if (info.kind == AVBased::ValueKind::Number) {
         EXPECT_EQ(property["default"].is_null(), info.InForceAtFirst() == nullptr);
-        if (info.InForceAtFirst())
+        if (info.InForceAtFirst()) {
             EXPECT_EQ(property["default"].get<double>(), std::stod(info.InForceAtFirst()));
+        }
     }
 }
 
@@ -124,7 +125,7 @@ TEST_F(CatalogueOutput, ExamplesDefaultsAndPresetsAreTakenAsTheyAreShown) {
             effect->kind == AVBased::EffectKind::Audio ? aveffect::Medium::Audio : aveffect::Medium::Video;
         EXPECT_NO_THROW(aveffect::ParseEffect(example, false, medium)) << example;
         const std::string description = aveffect::DescribeText(*effect), name(effect->shortName);
-        EXPECT_NE(description.find(" " + example + (effect->presets.empty() ? "" : "\n")), std::string::npos);
+        EXPECT_NE(description.find(" " + example), std::string::npos);
         for (const auto& preset : effect->presets) {
             const std::string settings = aveffect::SettingsText(*effect, preset);
             EXPECT_NE(description.find(" " + settings + "\n"), std::string::npos) << settings;

@@ -114,7 +114,7 @@ constexpr EffectPreset kMagnifierPresets[] = {
       {"magnifier_scale", 2}}},
     {"loupe",
      "A small and strong one.",
-     {Percent("magnifier_r", 18),
+     {Percent("magnifier_r", 24),
       Percent("magnifier_x", 50),
       Percent("magnifier_y", 50),
       {"magnifier_scale", 4}}},
