@@ -226,6 +226,7 @@ std::string SpokenValue(const PropertyInfo& property, const std::string& stored)
 std::string DefaultText(const PropertyInfo& property) {
     const char* const start = property.InForceAtFirst();
     if (start == property.defaultText && *start) return SpokenValue(property, start);
+    if (property.type == PropertyType::kText) return "none";
     const std::string text = start && *start ? SpokenValue(property, start) : "none of its values";
     if (!*property.defaultText) return text;
     return text + " (reported as '" + property.defaultText + "' until it is set)";
