@@ -14,6 +14,7 @@ CMorphologyEffect::CMorphologyEffect(const EffectInfo& effect, PackedKernel pack
 
 void CMorphologyEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     const auto filter = [this](auto kernel, const auto& plane, size_t widthBytes) {
+        assert(plane.data != NULL);
         kernel(plane, m_Scratch.Require(kernels::MorphologyScratchBytes(widthBytes)));
     };
     ForPlanes(

@@ -133,11 +133,13 @@ void CReliefVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
 }
 
 void CReliefVideoImageEffect::ReliefRgba32Effect(Plane32 plane) {
+    assert(plane.data != NULL);
     Kernels<kernels::ReliefKernels>().reliefRgba32(
         plane, m_Weights, m_Scratch.Require(kernels::ReliefScratchBytes(plane.width * 4)));
 }
 
 void CReliefVideoImageEffect::ReliefComponentEffect(Plane8 plane) {
+    assert(plane.data != NULL);
     Kernels<kernels::ReliefKernels>().reliefComponent(
         plane, m_Weights, m_Scratch.Require(kernels::ReliefScratchBytes(plane.width)));
 }

@@ -212,9 +212,13 @@ void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     if (m_nScale == 0) return;
     const kernels::FadeKernels& fade = Kernels<kernels::FadeKernels>();
     const auto level = static_cast<unsigned>(std::max(m_nScale, 0)); // below 0 nothing of alpha is left
+    const auto scale = [&](auto kernel, const auto& plane) {
+        assert(plane.data != NULL);
+        kernel(plane, level);
+    };
     ForPlanes(
-        pFrame, Planes::Alpha, [&](Plane32 plane) { fade.scaleAlphaRgba32(plane, level); },
-        [&](Plane8 plane) { fade.scaleComponent(plane, level); });
+        pFrame, Planes::Alpha, [&](Plane32 plane) { scale(fade.scaleAlphaRgba32, plane); },
+        [&](Plane8 plane) { scale(fade.scaleComponent, plane); });
 }
 
 // Colour filter
@@ -300,6 +304,7 @@ void CAddNoiseVideoImageEffect::AddNoiseRgba32EffectFirst(Plane32 plane) {
 }
 
 void CAddNoiseVideoImageEffect::AddNoiseRgba32Effect(Plane32 plane) const {
+    assert(plane.data != NULL);
     Kernels<kernels::NoiseKernels>().addNoiseRgba32(plane, m_PixelNoise.Data(), Gain());
 }
 
@@ -309,6 +314,7 @@ void CAddNoiseVideoImageEffect::AddNoiseComponentEffectFirst(Plane8 plane) {
 }
 
 void CAddNoiseVideoImageEffect::AddNoiseComponentEffect(Plane8 plane) const {
+    assert(plane.data != NULL);
     Kernels<kernels::NoiseKernels>().addNoiseComponent(plane, m_SampleNoise.Data(), Gain());
 }
 

@@ -65,13 +65,11 @@ void ForPicture(IRawVideoFrame* pFrame, Packed&& packed, Planar&& planar) {
 enum class Planes { Luma, Colours, Alpha, All };
 
 /// ForFormat for effects that draw each plane by itself: planar(Plane8) for those of the planes that have
-/// samples, with the kernels' assertion. Packed pixels are one plane whichever is asked for.
+/// samples. Packed pixels are one plane whichever is asked for.
 template <class Packed, class Planar>
 void ForPlanes(IRawVideoFrame* pFrame, Planes planes, Packed&& packed, Planar&& planar) {
     const auto draw = [](auto&& kernel, const auto& plane) {
-        if (plane.Empty()) return;
-        assert(plane.data != NULL);
-        kernel(plane);
+        if (!plane.Empty()) kernel(plane);
     };
     const bool luma = planes != Planes::Alpha, chroma = luma && planes != Planes::Luma;
     const bool alpha = planes == Planes::Alpha || planes == Planes::All;
