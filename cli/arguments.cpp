@@ -4,6 +4,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/option_values.h"
+#include "cli/player.h"
 #include "host/effects/catalogue_lookup.h"
 #include "host/effects/value_text.h"
 
@@ -65,6 +66,12 @@ void AddAudioEffects(CLI::App& app, RenderCommand& command) {
                "Audio effect with its settings, for the sound; repeat for a chain");
 }
 
+void AddSpan(CLI::App& app, RenderCommand& command) {
+    app.add_option("--from", command.from, "First moment to keep: seconds, mm:ss or hh:mm:ss.ms")
+        ->type_name("TIME");
+    app.add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
+}
+
 void AddCodecs(CLI::App& app, RenderCommand& command) {
     AddEncoderOptions(app, command.codec, command.outputFormat, command.crf, command.preset, command.threads);
     AddAudioCodecOption(
@@ -80,9 +87,7 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
     AddMediaOptions(*render, command.media);
     AddAudioEffects(*render, command);
     AddStereoOptions(*render, command.stereo);
-    render->add_option("--from", command.from, "First moment to keep: seconds, mm:ss or hh:mm:ss.ms")
-        ->type_name("TIME");
-    render->add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
+    AddSpan(*render, command);
     render->add_option("--frames", command.frames, "Stop after this many pictures")->type_name("N");
     AddCodecs(*render, command);
     AddProgressOption(*render, command.progress);
@@ -130,6 +135,19 @@ CLI::App* AddBatch(CLI::App& app, BatchCommand& command) {
                               "Example:\n  aveffect batch *.jpg --to gray --skip-existing -e gray\n\n") +
                   kExitCodeHelp);
     return batch;
+}
+
+CLI::App* AddPlay(CLI::App& app, PlayCommand& command) {
+    CLI::App* const play =
+        app.add_subcommand("play", "Play a clip or show a picture through effects, in a window");
+    play->add_option("INPUT", command.render.media.input, "Clip or still picture")->required();
+    AddMediaOptions(*play, command.render.media);
+    AddAudioEffects(*play, command.render);
+    AddStereoOptions(*play, command.render.stereo);
+    AddSpan(*play, command.render);
+    play->footer(std::string(kPlayerKeys) + "Example:\n  aveffect play in.mp4 -e gray --from 0:05\n\n" +
+                 kExitCodeHelp);
+    return play;
 }
 
 CLI::App* AddList(CLI::App& app, ListCommand& command) {
@@ -189,6 +207,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     SheetCommand sheet;
     CompareCommand compare;
     BatchCommand batch;
+    PlayCommand play;
 
     CLI::App app("Renders clips, pictures and sound through effects.", "aveffect");
     app.set_version_flag("--version", "aveffect " AVEFFECT_VERSION);
@@ -204,7 +223,8 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     const CLI::App* const joinApp = AddJoin(app, join);
     const CLI::App* const sheetApp = AddSheet(app, sheet);
     const CLI::App* const compareApp = AddCompare(app, compare);
-    AddBatch(app, batch);
+    const CLI::App* const batchApp = AddBatch(app, batch);
+    AddPlay(app, play);
 
     try {
         app.parse(count, arguments);
@@ -217,8 +237,8 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     }
     if (app.get_subcommands().empty())
         throw Error(ErrorKind::Usage,
-                    "no command given: list, describe, render, frame, batch, transition, join, sheet or "
-                    "compare (see `aveffect --help`)");
+                    "no command given: list, describe, render, frame, batch, transition, join, sheet, "
+                    "compare or play (see `aveffect --help`)");
     if (listApp->parsed()) return list;
     if (describeApp->parsed()) return describe;
     if (renderApp->parsed()) return render;
@@ -227,7 +247,8 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (joinApp->parsed()) return join;
     if (sheetApp->parsed()) return sheet;
     if (compareApp->parsed()) return compare;
-    return batch;
+    if (batchApp->parsed()) return batch;
+    return play;
 }
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {

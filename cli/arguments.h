@@ -69,8 +69,14 @@ struct BatchCommand {
     bool skipExisting = false, json = false;
 };
 
-using Command = std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand,
-                             TransitionCommand, JoinCommand, SheetCommand, CompareCommand, BatchCommand>;
+/// The render that is played has no output.
+struct PlayCommand {
+    RenderCommand render;
+};
+
+using Command =
+    std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand, TransitionCommand,
+                 JoinCommand, SheetCommand, CompareCommand, BatchCommand, PlayCommand>;
 
 /// Throws Error (Usage) with one line that says what is wrong.
 Command ParseCommandLine(int count, const char* const* arguments);

@@ -10,6 +10,7 @@
 #include "cli/exit_code.h"
 #include "cli/interruption.h"
 #include "cli/messages.h"
+#include "cli/player.h"
 #include "cli/progress.h"
 #include "host/effects/catalogue_lookup.h"
 
@@ -131,6 +132,14 @@ int Run(const BatchCommand& command) {
     }
     PrintText(report.Summary());
     return report.ExitCode();
+}
+
+int Run(const PlayCommand& command) {
+    return RunMedia(command.render.media.run, ProgressStyle::None, "", [&](const RenderObserver& observer) {
+        const RenderOptions options = MakeRenderOptions(command.render);
+        Play(Plugin(), options, observer, Interrupted());
+        return RenderResult{};
+    });
 }
 
 int Run(const FrameCommand& command) {

@@ -1,5 +1,6 @@
 #pragma once
 /// A queue between two threads that makes the faster one wait.
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -39,12 +40,20 @@ public:
     std::optional<T> Pop() {
         std::unique_lock lock(m_mutex);
         m_changed.wait(lock, [&] { return m_stopped || m_finished || !m_items.empty(); });
-        if (m_stopped || m_items.empty()) return std::nullopt;
-        T item = std::move(m_items.front().first);
-        m_weight -= m_items.front().second;
-        m_items.pop_front();
-        m_changed.notify_all();
-        return item;
+        return Take();
+    }
+
+    /// The same, waiting at most that long.
+    std::optional<T> PopWithin(std::chrono::milliseconds time) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, time, [&] { return m_stopped || m_finished || !m_items.empty(); });
+        return Take();
+    }
+
+    /// All items are taken and no more come.
+    bool Drained() const {
+        const std::scoped_lock lock(m_mutex);
+        return m_finished && m_items.empty();
     }
 
     /// Wakes both sides and drops what is queued.
@@ -62,6 +71,15 @@ public:
     }
 
 private:
+    std::optional<T> Take() {
+        if (m_stopped || m_items.empty()) return std::nullopt;
+        T item = std::move(m_items.front().first);
+        m_weight -= m_items.front().second;
+        m_items.pop_front();
+        m_changed.notify_all();
+        return item;
+    }
+
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<std::pair<T, unsigned>> m_items;
