@@ -40,7 +40,14 @@ struct Sdl {
     Sdl() {
         SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
         SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "linear");
+        // Where there is none the library would draw to memory, unless it was told to.
         if (SDL_Init(SDL_INIT_VIDEO) != 0) Fail("there is no display to play on");
+        const std::string driver = SDL_GetCurrentVideoDriver();
+        if ((driver == "offscreen" || driver == "dummy" || driver == "evdev") &&
+            !SDL_getenv("SDL_VIDEODRIVER")) {
+            SDL_Quit();
+            throw Error(ErrorKind::Output, "there is no display to play on; `aveffect render` writes a file");
+        }
     }
     ~Sdl() { SDL_Quit(); }
     Sdl(const Sdl&) = delete;

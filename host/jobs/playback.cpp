@@ -29,11 +29,6 @@ SpanLimits LimitsFrom(const RenderOptions& options, int64_t atMs) {
     return {begins ? std::nullopt : std::optional(options.fromMs.value_or(0) + atMs), options.toMs, {}};
 }
 
-bool IsOnePicture(const Source& source) {
-    return source.Format().duration == AV_NOPTS_VALUE && source.Pictures().nb_frames <= 1 &&
-           (avcodec_descriptor_get(source.Pictures().codecpar->codec_id)->props & AV_CODEC_PROP_INTRA_ONLY);
-}
-
 } // namespace
 
 class Playback::Work {
@@ -75,7 +70,7 @@ public:
 
     void SkipTo(int64_t timeMs) { m_skipTo = timeMs; }
     bool Ended() const { return m_made.Drained(); }
-    bool IsStill() const { return IsOnePicture(m_source); }
+    bool IsStill() const { return Ended() && m_pictures == 1 && !m_sound && m_atMs == 0; }
     bool HasSound() const { return m_sound != nullptr; }
     AVFramePtr NextSound(int64_t untilMs) { return m_sound->Next({untilMs - m_soundFromMs, kMilliseconds}); }
     std::optional<int64_t> LengthMs() const { return m_lengthMs; }
@@ -98,6 +93,7 @@ private:
             made.picture = m_toShow.Convert(picture.get());
             if (!made.picture)
                 throw Error(ErrorKind::Output, "a picture can't be shown: " + m_toShow.Error());
+            ++m_pictures;
             if (!m_made.Push(std::move(made), 1)) return;
         }
         m_made.Finish();
@@ -150,7 +146,7 @@ private:
     std::vector<EffectSpec> m_audioEffects;
     std::unique_ptr<ClipSound> m_sound;
     int64_t m_soundFromMs = 0; ///< where the sound's own times begin
-    std::atomic<int64_t> m_skipTo{0};
+    std::atomic<int64_t> m_skipTo{0}, m_pictures{0};
     int m_skipped = 0;
     BoundedQueue<PlayedPicture> m_made{kPicturesAhead};
     StageGroup m_stages; ///< last member: ends before the others go

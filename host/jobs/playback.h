@@ -42,7 +42,7 @@ public:
 
     /// Of what is played; absent when the clip does not tell.
     std::optional<int64_t> LengthMs() const;
-    /// Whether there is one picture alone, which lasts for ever.
+    /// Whether there was one picture alone, which lasts for ever. Known once Ended().
     bool IsStill() const;
 
 private:

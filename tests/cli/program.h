@@ -27,11 +27,12 @@ public:
     void Signal(int signal) const;
     /// Returns once the program has written this.
     void AwaitOutput(const std::string& text) const;
+    /// What it has written so far.
+    std::string Output() const;
     /// The test fails when the program takes longer than a minute.
     Outcome Wait();
 
 private:
-    std::string Output() const;
     bool Becomes(const std::function<bool()>& state) const; ///< within a minute
 
     std::filesystem::path m_files; ///< ".out" and ".err" are added
