@@ -83,10 +83,10 @@ AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
     return ConvertWith(*m_toWorking, *picture);
 }
 
-AVFramePtr PictureStage::TakeSecond(const AVFrame& second) {
+AVFramePtr PictureStage::TakeSecond(const AVFrame& second, bool standard) {
     AVFramePtr picture(av_frame_clone(&second));
     if (!picture) throw Error(ErrorKind::Effect, "no memory for a picture");
-    return m_secondIntake.Reduce(m_secondIntake.Map(std::move(picture)));
+    return m_secondIntake.Reduce(m_secondIntake.Map(std::move(picture), standard));
 }
 
 AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned durationMs,
@@ -96,9 +96,10 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
     picture = m_intake.Map(std::move(picture));
     if (m_pairs && !second) std::tie(picture, right) = m_pairs->Split(*picture);
     if (!m_clip) LearnFrom(*picture);
+    const bool standard = !IsHighDynamicRange(*picture);
     picture = ToWorkingFormat(std::move(picture));
     if (second)
-        right = m_pairs->Fit(*TakeSecond(*second), picture, m_working);
+        right = m_pairs->Fit(*TakeSecond(*second, standard), picture, m_working);
     else if (right)
         right = ToWorkingFormat(std::move(right));
     if (!m_chain.Empty()) {

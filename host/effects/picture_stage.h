@@ -40,7 +40,7 @@ public:
 
 private:
     void LearnFrom(const AVFrame& first);
-    mediabridge::AVFramePtr TakeSecond(const AVFrame& second);
+    mediabridge::AVFramePtr TakeSecond(const AVFrame& second, bool standard);
     bool IsInWorkingFormat(const AVFrame& picture) const;
     mediabridge::AVFramePtr ToWorkingFormat(mediabridge::AVFramePtr picture);
     AVPixelFormat WantedFormat() const;

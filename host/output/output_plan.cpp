@@ -162,9 +162,10 @@ bool OutputPlan::CarriesAlphaLayer() const { return IsOneOf(muxer, {"matroska", 
 bool OutputPlan::CarriesRange() const { return IsOneOf(muxer, {"matroska", "webm", "yuv4mpegpipe"}); }
 
 // The library's own flag for variable rates is missing from containers that do hold them (mp4), so these are
-// named.
+// named. Theora's header tells one rate, by which players and the times of Ogg's pages count pictures.
 bool OutputPlan::NeedsConstantRate() const {
-    return muxer && (IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}) ||
+    return muxer && (encoder.codec->id == AV_CODEC_ID_THEORA ||
+                     IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}) ||
                      (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
 }
 

@@ -61,7 +61,8 @@ TEST(Timing, RatesThatAFormatLacksBecomeTheNearest) {
                  {"15", "e.mxf", "24000/1001", "shown again"},
                  {"15", "f.ts", "15/1", ""},
                  {"15", "g.avi", "15/1", ""},
-                 {"100", "h.mxf", "60/1", "left out"}};
+                 {"100", "h.mxf", "60/1", "left out"},
+                 {"25", "i.ogv", "25/1", ""}};
     for (const auto& [rate, name, written, said] : cases) {
         const std::string input = directory / (std::string(name) + ".mp4");
         clips::Run("ffmpeg -v error -nostdin -f lavfi -i testsrc2=s=96x64:d=2:r=" + std::string(rate) +
