@@ -239,6 +239,16 @@ int64_t ProgramEnd(FileBytes& file) {
     return 0;
 }
 
+// Of sound with a header of 8 bytes.
+int64_t RsoEnd(FileBytes& file) {
+    constexpr int64_t kMost = 0xffff; // what writers say of more, too
+    const int64_t length = file.Big(2, 2);
+    return length == kMost ? 0 : 8 + length;
+}
+
+// In sectors, whose size the header tells too.
+int64_t WtvEnd(FileBytes& file) { return file.Little(0x5c, 4) * file.Little(0x28, 4); }
+
 struct Kind {
     int at;
     std::string_view mark;
@@ -276,6 +286,7 @@ constexpr Kind kKinds[] = {
     {0, "#define "sv, XbmEnd},
     {0, "\0\0\0\0\1\xbc"sv, GxfEnd},
     {0, "\0\0\1\xba"sv, ProgramEnd},
+    {0, "\xb7\xd8\0\x20\x37\x49\xda\x11"sv, WtvEnd},
     {0, "\x1f\7\0"sv, DvEnd},
     {0, "FWS"sv, SwfEnd},
     {0, "\x84\x10\xff\xff\xff\xff"sv, RoqEnd},
@@ -293,15 +304,21 @@ constexpr Kind kKinds[] = {
     {0, ""sv, TransportEnd},
 };
 
+// Those that begin with nothing of their own are known by their names.
+int64_t EndOf(const std::string& path, FileBytes& file) {
+    if (path.ends_with(".tga") || path.ends_with(".TGA")) return TgaEnd(file);
+    if (path.ends_with(".rso") || path.ends_with(".RSO")) return RsoEnd(file);
+    const auto kind =
+        std::ranges::find_if(kKinds, [&file](const Kind& each) { return file.Says(each.at, each.mark); });
+    return kind->end(file);
+}
+
 } // namespace
 
 std::optional<std::string> MissingEnd(const std::string& path) {
     FileBytes file(path);
     if (file.Size() == 0) return std::nullopt;
-    const auto kind =
-        std::ranges::find_if(kKinds, [&file](const Kind& each) { return file.Says(each.at, each.mark); });
-    // This one begins with nothing of its own.
-    const int64_t end = path.ends_with(".tga") || path.ends_with(".TGA") ? TgaEnd(file) : kind->end(file);
+    const int64_t end = EndOf(path, file);
     if (end <= file.Size()) return std::nullopt;
     if (end == kNoMark) return "it ends before its end mark";
     return "it is cut off at " + std::to_string(file.Size()) + " of " + std::to_string(end) + " bytes";

@@ -35,6 +35,7 @@ const File kClips[] = {{"a.mp4", {"-movflags", "+faststart"}},
                        {"a.gxf", {"-s", "720x576", "-ac", "1"}},
                        {"a.dv", {"-s", "720x576", "-pix_fmt", "yuv420p", "-ac", "2"}},
                        {"a.swf", {"-ar", "44100"}},
+                       {"a.wtv", {}},
                        {"a.mjpeg", {"-an"}},
                        {"a.obu", {"-an", "-c:v", "libaom-av1", "-cpu-used", "8"}},
                        {"b.gif", {"-an"}}};
@@ -55,7 +56,8 @@ const File kSounds[] = {{"a.wav", {}},
                         {"a.mlp", {"-strict", "-2"}},
                         {"a.tta", {}},
                         {"a.voc", {}},
-                        {"a.adx", {}}};
+                        {"a.adx", {}},
+                        {"a.rso", {}}};
 
 class CutOff : public test::ProgramTest {
 protected:
