@@ -66,7 +66,7 @@ if runs sweep; then
   report sweep $(($(grep -c '^\[       OK \] Every/' "$work/sweep.log") * sweep_cases))
 fi
 if runs program; then
-  AVEFFECT_SOAK=1 run program build/tests/hard_times_test || true
+  AVEFFECT_SOAK=1 run program build/tests/program_robustness_test || true
   report program "$(grep -c '^\[       OK \]' "$work/program.log")"
 fi
 

@@ -31,7 +31,8 @@ TEST(EdgeLight, IsThatOfDoublePrecisionForEveryDifference) {
             size_t wrong = 0;
             for (size_t i = 0; i < first.size(); i += 2) {
                 const int dx = first[i] - first[i + 1], dy = first[i] - second[i];
-                wrong += plane[i] != expected[static_cast<size_t>(dx * dx + dy * dy)];
+                const auto square = static_cast<unsigned>(dx * dx + dy * dy);
+                wrong += plane[i] != expected[square];
             }
             ASSERT_EQ(wrong, 0u) << "level " << level << ", features " << features;
         }

@@ -26,7 +26,9 @@ TEST(Filter3x3, TrackedTellsWhetherAByteChanged) {
 }
 
 TEST(GuardedBytesDeathTest, NoByteBesideThemCanBeTouched) {
-    const test::GuardedBytes atEnd(100), atStart = atEnd; // a copy is guarded at its other end
+    const test::GuardedBytes atEnd(100);
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): a copy is guarded at its other end
+    const test::GuardedBytes atStart = atEnd;
     volatile const uint8_t* const behind = atEnd.data() + 100;
     volatile const uint8_t* const before = atStart.data() - 1;
     EXPECT_DEATH(static_cast<void>(*behind), "");

@@ -233,6 +233,8 @@ TEST(Outside, ACopyThatNobodyGetsMayThrowWhenItGoes) {
     const auto [result, code] = Process(proc, hollow, false);
     trouble = {};
     EXPECT_EQ(result, nullptr);
+    // The analyser takes what Free() would have freed for lost; the leak sanitizer sees that nothing is.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
     EXPECT_EQ(code, kUnknownException) << "the effect's own word";
 }
 
