@@ -37,6 +37,7 @@ void AddMediaOptions(CLI::App& app, MediaArguments& media) {
                    "Format that the effects work in: auto, bgra, yuv420p, ...")
         ->type_name("NAME");
     AddSdrOption(app, media.sdr);
+    AddStreamOptions(app, media.streams);
     app.add_flag("--lenient", media.lenient, "Hand property values on as they are, unchecked");
     AddRunOptions(app, media.run);
 }
@@ -73,11 +74,9 @@ void AddSpan(CLI::App& app, RenderCommand& command) {
 }
 
 void AddCodecs(CLI::App& app, RenderCommand& command) {
-    AddEncoderOptions(app, command.codec, command.outputFormat, command.crf, command.preset, command.threads);
-    AddAudioCodecOption(
-        app, command.audioCodec,
-        "Sound encoder or codec, the input's own or aac if not given; without it and -a, sound "
-        "is copied as it is");
+    AddEncoderOptions(app, command.encoder,
+                      "Sound encoder or codec, the input's own or aac if not given; without it and -a, sound "
+                      "is copied as it is");
 }
 
 CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
@@ -104,6 +103,7 @@ CLI::App* AddFrame(CLI::App& app, FrameCommand& command) {
     AddFiles(*frame, command.media);
     AddMediaOptions(*frame, command.media);
     AddStereoOptions(*frame, command.stereo);
+    AddQualityOptions(*frame, command.quality);
     frame
         ->add_option("--at", command.at,
                      "Moment of the picture: seconds, mm:ss or hh:mm:ss.ms; 0 if not given")
@@ -257,7 +257,6 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
     options.output = command.media.output;
     options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
     options.audioEffects = ParseEffects(command.audioEffects, command.media.lenient, Medium::Audio);
-    options.audioCodec = command.audioCodec;
     if (command.from) options.fromMs = TimeOption("--from", *command.from);
     if (command.to) {
         options.toMs = TimeOption("--to", *command.to);
@@ -266,11 +265,10 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
                                               " does not lie after " + command.from.value_or("0"));
     }
     if (command.frames) options.frameLimit = WholeOption("--frames", *command.frames, 1);
-    if (command.crf) options.crf = CrfOption(*command.crf);
-    if (command.threads) options.threads = ThreadsOption(*command.threads);
-    options.videoCodec = command.codec;
-    options.preset = command.preset;
-    options.outputFormat = command.outputFormat;
+    TakeEncoder(command.encoder, options);
+    options.streams = MakeStreamSelection(command.media.streams);
+    if (!options.streams.sound && !options.audioEffects.empty())
+        throw Error(ErrorKind::Usage, "--no-sound leaves nothing for --audio-effect to work on");
     options.pixelFormat = command.media.pixelFormat;
     options.sdr = command.media.sdr;
     options.overwrite = command.media.run.overwrite;
@@ -283,6 +281,8 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.input = command.media.input;
     options.output = command.media.output;
     options.atMs = TimeOption("--at", command.at);
+    options.streams = MakeStreamSelection(command.media.streams);
+    TakeQuality(command.quality, options);
     options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
     options.pixelFormat = command.media.pixelFormat;
     options.sdr = command.media.sdr;

@@ -6,6 +6,7 @@
 
 #include "cli/compare_arguments.h"
 #include "cli/film_arguments.h"
+#include "cli/output_arguments.h"
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
 #include "host/jobs/batch.h"
@@ -35,6 +36,7 @@ struct MediaArguments {
     std::string pixelFormat = "auto";
     bool lenient = false;
     bool sdr = false;
+    StreamArguments streams;
     RunArguments run;
 };
 
@@ -48,9 +50,8 @@ struct RenderCommand {
     MediaArguments media;
     StereoArguments stereo;
     std::vector<std::string> audioEffects;
-    std::optional<std::string> from, to, frames, crf, threads;
-    std::string codec, audioCodec;
-    std::string outputFormat, preset;
+    std::optional<std::string> from, to, frames;
+    EncoderArguments encoder;
     ProgressStyle progress = ProgressStyle::Auto;
 };
 
@@ -58,6 +59,7 @@ struct FrameCommand {
     MediaArguments media;
     StereoArguments stereo;
     std::string at = "0";
+    QualityArguments quality;
 };
 
 /// Many files through the effects of one render, whose input and output are empty.

@@ -35,8 +35,8 @@ void AddEffect(CLI::App& app, FilmArguments& film) {
 }
 
 void AddFilmOptions(CLI::App& app, FilmArguments& film) {
-    AddEncoderOptions(app, film.codec, film.outputFormat, film.crf, film.preset, film.threads);
-    AddAudioCodecOption(app, film.soundCodec, "Sound encoder or codec; the format's usual one if not given");
+    AddEncoderOptions(app, film.encoder, "Sound encoder or codec; the format's usual one if not given");
+    app.add_flag("--no-sound", film.noSound, "Leave the sound out");
     AddSdrOption(app, film.sdr);
     AddProgressOption(app, film.progress);
     AddRunOptions(app, film.run);
@@ -46,12 +46,8 @@ FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output
     FilmOptions options;
     options.output = output;
     options.transition = film.transition;
-    options.videoCodec = film.codec;
-    options.audioCodec = film.soundCodec;
-    if (film.crf) options.crf = CrfOption(*film.crf);
-    options.preset = film.preset;
-    options.outputFormat = film.outputFormat;
-    if (film.threads) options.threads = ThreadsOption(*film.threads);
+    TakeEncoder(film.encoder, options);
+    options.silent = film.noSound;
     options.sdr = film.sdr;
     options.overwrite = film.run.overwrite;
     return options;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/output_arguments.h"
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
 #include "host/jobs/transition.h"
@@ -19,8 +20,8 @@ struct FilmArguments {
     RunArguments run;
     std::string transition;
     std::string duration = "1";
-    std::string codec, outputFormat, soundCodec, preset;
-    std::optional<std::string> crf, threads;
+    EncoderArguments encoder;
+    bool noSound = false;
     bool sdr = false;
     ProgressStyle progress = ProgressStyle::Auto;
 };

@@ -30,6 +30,16 @@ int64_t WholeOption(const char* option, const std::string& value, int64_t minimu
            value);
 }
 
+int64_t BitRateOption(const char* option, const std::string& value) {
+    constexpr double kMost = 2e9;
+    const char unit = value.empty() ? ' ' : value.back();
+    const double factor = unit == 'k' || unit == 'K' ? 1e3 : unit == 'm' || unit == 'M' ? 1e6 : 1;
+    const auto number = ParseReal(std::string_view(value).substr(0, value.size() - (factor > 1 ? 1 : 0)));
+    if (!number || *number * factor < 1 || *number * factor > kMost)
+        Refuse(option, "bits a second from 1 to 2000M, such as 800k or 5M", value);
+    return std::llround(*number * factor);
+}
+
 double CrfOption(const std::string& value) {
     const auto number = ParseReal(value);
     if (!number || *number < 0) Refuse("--crf", "a number from 0 upwards", value);

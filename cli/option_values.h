@@ -18,6 +18,9 @@ int64_t TimeOption(const char* option, const std::string& value);
 int64_t WholeOption(const char* option, const std::string& value, int64_t minimum,
                     int64_t maximum = std::numeric_limits<int64_t>::max());
 
+/// "800k", "5M", "1.5M" or a plain number, of bits a second.
+int64_t BitRateOption(const char* option, const std::string& value);
+
 double CrfOption(const std::string& value);
 unsigned ThreadsOption(const std::string& value);
 ProgressStyle ProgressOption(const std::string& value);

@@ -16,31 +16,8 @@ void AddRunOptions(CLI::App& app, RunArguments& run) {
                  "Say what is done in detail; -vv also shows the effects' log");
 }
 
-void AddEncoderOptions(CLI::App& app, std::string& codec, std::string& outputFormat,
-                       std::optional<std::string>& crf, std::string& preset,
-                       std::optional<std::string>& threads) {
-    app.add_option(
-           "--codec", codec,
-           "Video encoder or codec, the format's usual one if not given; render copies the pictures as they "
-           "are with \"copy\"")
-        ->type_name("NAME");
-    app.add_option(
-           "--output-format", outputFormat,
-           "Pixel format of the output, such as yuv444p; if not given, yuv420p for codecs that people "
-           "play, else the clip's")
-        ->type_name("NAME");
-    app.add_option("--crf", crf, "Constant quality of the encoder, lower is better")->type_name("NUMBER");
-    app.add_option("--preset", preset, "Preset of the encoder, such as ultrafast")->type_name("NAME");
-    app.add_option("--threads", threads, "Threads of decoder and encoder; 0 for one a processor")
-        ->type_name("N");
-}
-
 void AddSdrOption(CLI::App& app, bool& sdr) {
     app.add_flag("--sdr", sdr, "Bring PQ and HLG pictures to BT.709 and standard dynamic range");
-}
-
-void AddAudioCodecOption(CLI::App& app, std::string& codec, const char* help) {
-    app.add_option("--audio-codec", codec, help)->type_name("NAME");
 }
 
 void AddProgressOption(CLI::App& app, ProgressStyle& style) {

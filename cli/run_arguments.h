@@ -1,6 +1,5 @@
 #pragma once
 /// Options that every command takes that writes a file.
-#include <optional>
 #include <string>
 
 #include "cli/progress.h"
@@ -19,12 +18,7 @@ struct RunArguments {
 
 void AddRunOptions(CLI::App& app, RunArguments& run);
 
-/// The options of the encoder and of the display, which commands that write clips have in common.
-void AddEncoderOptions(CLI::App& app, std::string& codec, std::string& outputFormat,
-                       std::optional<std::string>& crf, std::string& preset,
-                       std::optional<std::string>& threads);
 void AddSdrOption(CLI::App& app, bool& sdr);
-void AddAudioCodecOption(CLI::App& app, std::string& codec, const char* help);
 void AddProgressOption(CLI::App& app, ProgressStyle& style);
 
 /// Limits the instructions that effects use, before they are made: auto, sse2, avx2 or avx512. Returns a

@@ -19,7 +19,7 @@ struct Item {
 };
 
 std::string OutputFor(const BatchOptions& options, const std::string& input) {
-    fs::path name = fs::path(input).filename();
+    fs::path name = fs::path(ParseSourceUrl(input).path).filename();
     if (!options.extension.empty()) name.replace_extension(options.extension);
     return (fs::path(options.directory) / name).string();
 }
@@ -38,7 +38,7 @@ std::vector<Item> PlanItems(const BatchOptions& options) {
     std::error_code ignored; // of files that don't exist
     for (const Item& item : items)
         for (const Item& other : items)
-            if (fs::equivalent(item.output, other.input, ignored))
+            if (fs::equivalent(item.output, ParseSourceUrl(other.input).path, ignored))
                 throw Error(ErrorKind::Usage, item.input + " would become " + item.output +
                                                   ", which is an input; name another directory");
     return items;

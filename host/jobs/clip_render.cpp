@@ -26,7 +26,7 @@ unsigned WeightOf(const SpanItem& item) { return item.picture ? kPictureWeight :
 /// The part of a clip that is rendered, and the right view's clip beside it.
 struct ClipInput {
     ClipInput(const RenderPlan& plan, Reporter& reporter, const std::atomic<bool>& cancel)
-        : request{plan.options.input}
+        : request(RequestOf(plan.options))
         , source(request, plan.output.IsStill() ? Source::Others::None : Source::Others::Copied,
                  plan.options.threads, cancel)
         , limits{plan.options.fromMs, plan.options.toMs, plan.options.frameLimit}

@@ -39,10 +39,12 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
                          const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
     CheckPixelFormatName(options.pixelFormat);
-    const OutputPlan plan = PlanStill(options.output);
-    OutputFile::Check(options.output, options.input, options.overwrite);
+    PlanStill(options.output); // says what pictures' formats there are
+    const OutputPlan plan = PlanOutput(options);
+    const SourceRequest request = ParseSourceUrl(options.input, options.streams);
+    OutputFile::Check(options.output, request.path, options.overwrite);
     if (options.atMs < 0) throw Error(ErrorKind::Usage, "the time of the picture is negative");
-    Source source({options.input}, Source::Others::None, 0, cancel);
+    Source source(request, Source::Others::None, 0, cancel);
     if (source.EndMs() && options.atMs > 0 && options.atMs >= *source.EndMs())
         throw Error(ErrorKind::Usage, SecondsText(options.atMs) + " is beyond the end of " + options.input +
                                           ", which lasts " + SecondsText(*source.EndMs()));

@@ -27,6 +27,8 @@ std::string AskedOfPictures(const RenderOptions& options) {
     if (!options.effects.empty()) return "the effect " + options.effects.front().name;
     if (options.stereo.TwoViews()) return "two views";
     if (options.crf || !options.preset.empty()) return "--crf or --preset";
+    if (options.quality || options.bitRate) return "--quality or --bitrate";
+    if (!options.encoderSettings.empty()) return "--encoder-option";
     if (!options.outputFormat.empty()) return "--output-format";
     if (options.sdr) return "--sdr";
     if (options.pixelFormat != "auto") return "--pixel-format";
@@ -144,7 +146,7 @@ private:
     const OutputPlan& m_plan;
     const std::atomic<bool>& m_cancel;
     Reporter m_reporter;
-    const SourceRequest m_request{m_options.input};
+    const SourceRequest m_request = RequestOf(m_options);
     Source m_source;
     SpanLimits m_limits;
     SpanReader m_span;
@@ -167,7 +169,7 @@ bool LeavesPictures(const RenderOptions& options, const OutputPlan& plan, const 
     if (plan.IsStill() || !ChangesSound(options) || !options.videoCodec.empty() || options.fromMs ||
         options.toMs || !AskedOfPictures(options).empty())
         return false;
-    Source source({options.input}, Source::Others::WithPictures, 1, cancel);
+    Source source(RequestOf(options), Source::Others::WithPictures, 1, cancel);
     const AVStream& pictures = source.Pictures();
     if (DisplayMatrix(pictures) && !plan.CarriesRotation()) return false;
     if (!Takes(plan, pictures.codecpar->codec_id)) return false;

@@ -39,7 +39,7 @@ public:
         , m_fromMs(options.fromMs.value_or(0))
         , m_atMs(atMs)
         , m_terms(options.sdr, reporter)
-        , m_source(SourceRequest{options.input}, Source::Others::None, options.threads, cancel)
+        , m_source(RequestOf(options), Source::Others::None, options.threads, cancel)
         , m_lengthMs(SpanReader(m_source, {options.fromMs, options.toMs, {}}).LengthMs())
         , m_span(m_source, LimitsFrom(options, atMs))
         , m_effectLength(
@@ -108,8 +108,8 @@ private:
 
     // Effects on sound need what came before: then it is made from the start of the span and not heard.
     void OpenSound(const Plugin& plugin, const RenderOptions& options) {
-        const SourceRequest request{options.input};
-        const InputContextPtr input = OpenInput(options.input, m_interrupt);
+        const SourceRequest request = RequestOf(options);
+        const InputContextPtr input = OpenInput(request.path, m_interrupt);
         const AVStream* const stream = FindSound(*input, request, FindPictures(*input, request));
         const bool brings = BringsSound(options.audioEffects);
         if (!stream && !brings) return;

@@ -12,18 +12,23 @@
 
 namespace aveffect {
 
+SourceRequest RequestOf(const RenderOptions& options) {
+    return ParseSourceUrl(options.input, options.streams);
+}
+
 RenderPlan PlanRender(const RenderOptions& options, const std::atomic<bool>& cancel) {
     CheckPixelFormatName(options.pixelFormat);
     const bool copies = AsksForCopy(options);
     OutputOptions output = options;
     if (copies) output.videoCodec.clear(); // which names no encoder
     RenderPlan plan{options, PlanOutput(output)};
-    OutputFile::Check(options.output, options.input, options.overwrite);
+    const std::string input = RequestOf(options).path;
+    OutputFile::Check(options.output, input, options.overwrite);
     if (!options.stereo.right.empty())
-        OutputFile::Check(options.output, options.stereo.right, options.overwrite);
+        OutputFile::Check(options.output, ParseSourceUrl(options.stereo.right).path, options.overwrite);
     if (plan.output.IsStill() && ChangesSound(options))
         throw Error(ErrorKind::Usage, "." + plan.output.Kind() + " files hold no sound");
-    if (ChangesSound(options)) RequireRereadable(options.input); // sound is read apart from the pictures
+    if (ChangesSound(options)) RequireRereadable(input); // sound is read apart from the pictures
     if (IsSoundRender(options, plan.output, cancel)) {
         RequireSoundOptions(options, plan.output);
         plan.kind = RenderPlan::Kind::Sound;

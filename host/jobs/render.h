@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/effects/effect_chain.h"
+#include "host/media/source_request.h"
 #include "host/output/output_options.h"
 #include "host/support/error.h"
 #include "host/support/observer.h"
@@ -15,7 +16,8 @@
 namespace aveffect {
 
 struct RenderOptions : OutputOptions {
-    std::string input;
+    std::string input;       ///< source URL
+    StreamSelection streams; ///< of the input
     std::vector<EffectSpec> effects;
     std::vector<EffectSpec> audioEffects; ///< that each stream of sound passes; without any, and without an
                                           ///< audioCodec, sound is copied as it is
@@ -26,6 +28,9 @@ struct RenderOptions : OutputOptions {
         "auto";                ///< format that the effects work in: auto or a frame-table format by name
     StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
 };
+
+/// The input and which of its streams are asked for. Throws Error (Input).
+SourceRequest RequestOf(const RenderOptions& options);
 
 struct RenderResult {
     int64_t frames = 0; ///< pictures; where there is sound alone, pieces of a fiftieth of a second
@@ -41,14 +46,13 @@ struct RenderResult {
 RenderResult Render(const Plugin& plugin, const RenderOptions& options, const RenderObserver& observer,
                     const std::atomic<bool>& cancel);
 
-struct FrameOptions {
-    std::string input;
-    std::string output;
+/// Of the options of outputs, those of still pictures count.
+struct FrameOptions : OutputOptions {
+    std::string input;       ///< source URL
+    StreamSelection streams; ///< of the input
     int64_t atMs = 0;
     std::vector<EffectSpec> effects;
     std::string pixelFormat = "auto";
-    bool sdr = false; ///< as in RenderOptions
-    bool overwrite = false;
     StereoOptions stereo = {};
 };
 

@@ -14,7 +14,7 @@ std::optional<SoundFeed> MakeSound(const FilmOptions& options, const OutputPlan&
                                    Reporter& reporter, const std::atomic<bool>& cancel) {
     const auto heard = std::ranges::find_if(
         setup.parts, [](const SequencePart& part) { return part.clip->sound.has_value(); });
-    if (heard == setup.parts.end()) return std::nullopt;
+    if (heard == setup.parts.end() || options.silent) return std::nullopt;
     if (plan.muxer->audio_codec == AV_CODEC_ID_NONE) {
         reporter.Warn("." + plan.Kind() + " files can't hold sound; it is left out");
         return std::nullopt;

@@ -33,8 +33,9 @@ public:
         , m_cancel(cancel)
         , m_reporter(observer)
         , m_interrupt{&cancel, std::nullopt}
-        , m_input(OpenInput(options.input, m_interrupt))
-        , m_output(plan, options.input) {
+        , m_request(RequestOf(options))
+        , m_input(OpenInput(m_request.path, m_interrupt))
+        , m_output(plan, m_request.path) {
         ChooseStreams();
         FindSpan();
     }
@@ -55,14 +56,16 @@ public:
 private:
     // All of a container for clips, the best one where files hold one piece of music.
     void ChooseStreams() {
-        const SourceRequest request{m_options.input};
-        AVStream* const best = FindSound(*m_input, request, FindPictures(*m_input, request));
+        RequireStreams(*m_input, m_request);
+        AVStream* const best = FindSound(*m_input, m_request, FindPictures(*m_input, m_request));
         if (!best) throw Error(ErrorKind::Input, m_options.input + " has no sound");
         m_streams = {best};
         for (unsigned index = 0; index < m_input->nb_streams; ++index) {
             AVStream* const stream = m_input->streams[index];
             if (stream == best || stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) {
                 if (stream != best) stream->discard = AVDISCARD_ALL;
+            } else if (!IsWanted(*m_input, m_request, *stream)) {
+                stream->discard = AVDISCARD_ALL;
             } else if (m_plan.IsSound()) {
                 stream->discard = AVDISCARD_ALL;
                 m_reporter.Warn("." + m_plan.Kind() + " files hold one stream of sound; stream " +
@@ -111,8 +114,7 @@ private:
                               true,
                               false,
                               m_end};
-        for (const AVStream* stream : m_streams)
-            AddClipSound(m_output, sound, SourceRequest{m_options.input}, stream, m_reporter);
+        for (const AVStream* stream : m_streams) AddClipSound(m_output, sound, m_request, stream, m_reporter);
         m_output.Start(m_options.overwrite, m_cancel);
         Moment written{-1};
         for (int64_t seconds = 1;; ++seconds) {
@@ -146,7 +148,7 @@ private:
             const AVCodecID codec = stream->codecpar->codec_id;
             const bool held = HoldsAsIs(m_plan, *stream->codecpar);
             if (held && CopyFor(*stream) != EditedCopy::None) continue;
-            RequireRereadable(m_options.input);
+            RequireRereadable(m_request.path);
             m_reporter.Note(held ? EditedNote(*stream)
                                  : "." + m_plan.Kind() + " files can't hold the " + avcodec_get_name(codec) +
                                        " sound as it is");
@@ -234,6 +236,7 @@ private:
     const std::atomic<bool>& m_cancel;
     Reporter m_reporter;
     ReadInterrupt m_interrupt;
+    const SourceRequest m_request;
     InputContextPtr m_input;
     std::vector<AVStream*> m_streams; ///< of sound, that go into the output
     MediaWriter m_output;
@@ -246,16 +249,18 @@ private:
 } // namespace
 
 bool ChangesSound(const RenderOptions& options) {
-    return !options.audioEffects.empty() || !options.audioCodec.empty();
+    return !options.audioEffects.empty() || !options.audioCodec.empty() || options.audioBitRate ||
+           !options.audioEncoderSettings.empty();
 }
 
 bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const std::atomic<bool>& cancel) {
     if (plan.IsSound()) return true;
+    const SourceRequest request = RequestOf(options);
     struct stat info = {};
-    if (stat(options.input.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+    if (stat(request.path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(options.input, interrupt);
-    return !FindPictures(*input, {options.input}) && !HasNoSound(*input);
+    const InputContextPtr input = OpenInput(request.path, interrupt);
+    return !FindPictures(*input, request) && !HasNoSound(*input);
 }
 
 void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan) {
@@ -268,6 +273,8 @@ void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan) {
     if (options.stereo.TwoViews()) refuse("two views");
     if (!options.videoCodec.empty() || options.crf || !options.preset.empty())
         refuse("--codec, --crf or --preset");
+    if (options.quality || options.bitRate || !options.encoderSettings.empty())
+        refuse("--quality, --bitrate or --encoder-option");
     if (plan.IsStill()) refuse(options.output);
     if (plan.muxer->audio_codec == AV_CODEC_ID_NONE)
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files hold no sound");

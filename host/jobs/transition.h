@@ -23,6 +23,7 @@ struct PictureRate {
 /// What films of transitions have in common.
 struct FilmOptions : OutputOptions {
     std::string transition; ///< an effect's name
+    bool silent = false;    ///< without sound
 };
 
 struct TransitionOptions {

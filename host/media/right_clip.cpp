@@ -11,7 +11,7 @@ using mediabridge::AVFramePtr;
 
 RightClip::RightClip(const std::string& path, std::optional<int64_t> fromMs, unsigned threads,
                      Reporter& reporter, const std::atomic<bool>& cancel)
-    : m_clip({path}, threads, cancel)
+    : m_clip(ParseSourceUrl(path), threads, cancel)
     , m_reporter(reporter) {
     if (fromMs) m_clip.SeekBefore(*fromMs);
 }

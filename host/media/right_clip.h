@@ -11,8 +11,8 @@ namespace aveffect {
 /// Its pictures by time. Used by one thread at a time.
 class RightClip {
 public:
-    /// Times before fromMs are not asked for. Throws Error (Input, Interrupted). Flag and reporter outlive
-    /// it.
+    /// The path is a source URL. Times before fromMs are not asked for. Throws Error (Input, Interrupted).
+    /// Flag and reporter outlive it.
     RightClip(const std::string& path, std::optional<int64_t> fromMs, unsigned threads, Reporter& reporter,
               const std::atomic<bool>& cancel);
 

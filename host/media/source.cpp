@@ -22,23 +22,25 @@ Source::Source(const SourceRequest& request, Others others, unsigned threads, co
     if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
     m_interrupt.cancel = &cancel;
     m_input = OpenInput(m_path, m_interrupt);
+    RequireStreams(*m_input, request);
     m_pictures = FindPictures(*m_input, request);
     if (!m_pictures) throw Error(ErrorKind::Input, m_path + " has no picture stream");
     m_decoder = std::make_unique<Decoder>(m_input, *m_pictures, threads);
-    ChooseStreams(others);
+    ChooseStreams(others, request);
     if (m_copiesPictures) m_input->flags |= AVFMT_FLAG_GENPTS; // AVI has no times of presentation
     FindStart();
     FindEnd();
 }
 
-void Source::ChooseStreams(Others others) {
+void Source::ChooseStreams(Others others, const SourceRequest& request) {
     for (unsigned index = 0; index < m_input->nb_streams; ++index) {
         AVStream* stream = m_input->streams[index];
         if (stream == m_pictures) continue;
         const AVMediaType type = stream->codecpar->codec_type;
-        const bool copied =
-            others != Others::None &&
-            (type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_SUBTITLE || type == AVMEDIA_TYPE_ATTACHMENT);
+        const bool copied = others != Others::None &&
+                            (type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_SUBTITLE ||
+                             type == AVMEDIA_TYPE_ATTACHMENT) &&
+                            IsWanted(*m_input, request, *stream);
         if (copied)
             m_copied.push_back(stream);
         else

@@ -45,7 +45,7 @@ public:
     const AVFormatContext& Format() const noexcept { return *m_input; }
     const AVStream& Pictures() const noexcept { return *m_pictures; }
     const AVCodecContext& PictureDecoder() const noexcept { return m_decoder->Context(); }
-    /// Sound, subtitles and attachments, in file order.
+    /// Sound, subtitles and attachments that are wanted, in file order.
     const std::vector<const AVStream*>& CopiedStreams() const noexcept { return m_copied; }
 
     /// The clip's start in the file's times.
@@ -86,7 +86,7 @@ public:
     DamageReport Damage(int64_t pictures, const Moment& end, bool readToEnd) const;
 
 private:
-    void ChooseStreams(Others others);
+    void ChooseStreams(Others others, const SourceRequest& request);
     void FindStart();
     void FindEnd();
     bool SeekAndDecode(int64_t milliseconds);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <climits>
+#include <map>
 #include <string_view>
 #include <unistd.h>
 
@@ -23,11 +24,49 @@ std::optional<int> StreamIndex(std::string_view text) {
     return static_cast<int>(number & ~kStreamFlag);
 }
 
+std::string LetterOf(AVMediaType kind) {
+    const char* const name = av_get_media_type_string(kind);
+    return std::string(1, name ? name[0] : '?');
+}
+
+/// "0 is v:0 (h264), 1 is a:0 (aac)"
+std::string ListStreams(const AVFormatContext& input) {
+    std::string text;
+    std::map<AVMediaType, int> counts;
+    for (unsigned index = 0; index < input.nb_streams; ++index) {
+        const AVCodecParameters& codec = *input.streams[index]->codecpar;
+        text += (text.empty() ? "" : ", ") + std::to_string(index) + " is " + LetterOf(codec.codec_type) +
+                ":" + std::to_string(counts[codec.codec_type]++) + " (" + avcodec_get_name(codec.codec_id) +
+                ")";
+    }
+    return text;
+}
+
 AVStream* RequireStream(AVFormatContext& input, const std::string& path, int index, AVMediaType type) {
     AVStream* stream = index < static_cast<int>(input.nb_streams) ? input.streams[index] : nullptr;
     if (stream && stream->codecpar->codec_type == type) return stream;
     throw Error(ErrorKind::Input, path + ": stream " + std::to_string(index) + " is no " +
-                                      av_get_media_type_string(type) + " stream");
+                                      av_get_media_type_string(type) + " stream; " + ListStreams(input));
+}
+
+/// Null when there is none.
+AVStream* Find(const AVFormatContext& input, const StreamChoice& choice) {
+    int before = 0;
+    for (unsigned index = 0; index < input.nb_streams; ++index) {
+        const bool counts =
+            choice.kind == AVMEDIA_TYPE_UNKNOWN || input.streams[index]->codecpar->codec_type == choice.kind;
+        if (counts && before++ == choice.index) return input.streams[index];
+    }
+    return nullptr;
+}
+
+std::vector<AVStream*> Chosen(const AVFormatContext& input, const SourceRequest& request, AVMediaType kind) {
+    std::vector<AVStream*> streams;
+    for (const StreamChoice& choice : request.selection.chosen) {
+        AVStream* const stream = Find(input, choice);
+        if (stream && stream->codecpar->codec_type == kind) streams.push_back(stream);
+    }
+    return streams;
 }
 
 } // namespace
@@ -53,9 +92,35 @@ SourceRequest ParseSourceUrl(const std::string& url) {
     return request;
 }
 
+SourceRequest ParseSourceUrl(const std::string& url, const StreamSelection& selection) {
+    SourceRequest request = ParseSourceUrl(url);
+    request.selection = selection;
+    return request;
+}
+
+void RequireStreams(const AVFormatContext& input, const SourceRequest& request) {
+    for (const StreamChoice& choice : request.selection.chosen) {
+        if (Find(input, choice)) continue;
+        const std::string kind = choice.kind == AVMEDIA_TYPE_UNKNOWN ? "" : LetterOf(choice.kind) + ":";
+        throw Error(ErrorKind::Usage, request.path + " has no stream " + kind + std::to_string(choice.index) +
+                                          "; " + ListStreams(input));
+    }
+}
+
+bool IsWanted(const AVFormatContext& input, const SourceRequest& request, const AVStream& stream) {
+    const AVMediaType kind = stream.codecpar->codec_type;
+    if (kind == AVMEDIA_TYPE_AUDIO && !request.selection.sound) return false;
+    if (kind == AVMEDIA_TYPE_SUBTITLE && !request.selection.subtitles) return false;
+    if (kind == AVMEDIA_TYPE_AUDIO && request.audioStream) return stream.index == *request.audioStream;
+    const std::vector<AVStream*> chosen = Chosen(input, request, kind);
+    return chosen.empty() || std::ranges::find(chosen, &stream) != chosen.end();
+}
+
 AVStream* FindPictures(AVFormatContext& input, const SourceRequest& request) {
     if (request.videoStream)
         return RequireStream(input, request.path, *request.videoStream, AVMEDIA_TYPE_VIDEO);
+    const std::vector<AVStream*> chosen = Chosen(input, request, AVMEDIA_TYPE_VIDEO);
+    if (!chosen.empty()) return chosen.front();
     const int index = av_find_best_stream(&input, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
     if (index < 0 || (input.streams[index]->disposition & AV_DISPOSITION_ATTACHED_PIC)) return nullptr;
     return input.streams[index];
@@ -64,6 +129,9 @@ AVStream* FindPictures(AVFormatContext& input, const SourceRequest& request) {
 AVStream* FindSound(AVFormatContext& input, const SourceRequest& request, const AVStream* pictures) {
     if (request.audioStream)
         return RequireStream(input, request.path, *request.audioStream, AVMEDIA_TYPE_AUDIO);
+    if (!request.selection.sound) return nullptr;
+    const std::vector<AVStream*> chosen = Chosen(input, request, AVMEDIA_TYPE_AUDIO);
+    if (!chosen.empty()) return chosen.front();
     const int index =
         av_find_best_stream(&input, AVMEDIA_TYPE_AUDIO, -1, pictures ? pictures->index : -1, nullptr, 0);
     return index < 0 ? nullptr : input.streams[index];

@@ -3,17 +3,22 @@
 #include <optional>
 #include <string>
 
+#include "host/output/encoder_settings.h"
+
 namespace aveffect {
 
 struct OutputOptions {
     std::string output;
-    std::string videoCodec;    ///< encoder or codec name; empty: the container's usual one
-    std::string audioCodec;    ///< likewise; empty: the input's where it serves, AAC, or the container's
-    std::optional<double> crf; ///< constant-quality factor; absent: the encoder's own
-    std::string preset;        ///< encoder preset; empty: the encoder's own
-    std::string outputFormat;  ///< pixel format of the output; empty: what suits codec and clip
-    unsigned threads = 0;      ///< of each decoder and of the encoder; 0: as many as there are processors
-    bool sdr = false;          ///< PQ and HLG are brought to BT.709 of standard range
+    std::string videoCodec;     ///< encoder or codec name; empty: the container's usual one
+    std::string audioCodec;     ///< likewise; empty: the input's where it serves, AAC, or the container's
+    std::optional<double> crf;  ///< constant-quality factor; absent: the encoder's own
+    std::optional<int> quality; ///< 1 to 100, of encoders that have such a scale; instead of crf
+    std::optional<int64_t> bitRate, audioBitRate;          ///< bits a second; absent: the encoder's own
+    EncoderSettings encoderSettings, audioEncoderSettings; ///< made last
+    std::string preset;                                    ///< encoder preset; empty: the encoder's own
+    std::string outputFormat; ///< pixel format of the output; empty: what suits codec and clip
+    unsigned threads = 0;     ///< of each decoder and of the encoder; 0: as many as there are processors
+    bool sdr = false;         ///< PQ and HLG are brought to BT.709 of standard range
     bool overwrite = false;
 };
 

@@ -121,6 +121,12 @@ void CheckEncoder(const OutputPlan& plan) {
                     "crf must lie between 0 and 63, not at " + NumberText(*plan.encoder.crf));
     if (!plan.encoder.preset.empty() && !HasOption(codec, "preset"))
         throw Error(ErrorKind::Usage, std::string("the encoder ") + codec.name + " has no presets");
+    if ((plan.encoder.quality && (plan.encoder.crf || plan.encoder.bitRate)) ||
+        (plan.encoder.crf && plan.encoder.bitRate))
+        throw Error(ErrorKind::Usage, "--crf, --quality and --bitrate exclude each other");
+    if (plan.encoder.quality) RequireQuality(codec);
+    if (plan.encoder.bitRate) RequireBitRate(codec);
+    CheckSettings(codec, plan.encoder.settings);
 }
 
 AVPixelFormat FindFormat(const AVCodec& codec, const std::string& name) {
@@ -208,15 +214,21 @@ OutputPlan PlanOutput(const OutputOptions& options) {
         plan.muxer = FindMuxer(options.output);
         if (plan.IsSound()) {
             if (!options.videoCodec.empty() || options.crf || !options.preset.empty() ||
-                !options.outputFormat.empty())
+                !options.outputFormat.empty() || options.quality || options.bitRate ||
+                !options.encoderSettings.empty())
                 throw Error(ErrorKind::Usage, "." + plan.Kind() +
                                                   " files hold no pictures; their encoder can't "
                                                   "be chosen");
+            plan.sound = {options.audioBitRate, options.audioEncoderSettings};
             return plan;
         }
         plan.encoder.codec = FindEncoder(options.videoCodec, plan.muxer->video_codec);
     }
+    plan.sound = {options.audioBitRate, options.audioEncoderSettings};
     plan.encoder.crf = options.crf;
+    plan.encoder.quality = options.quality;
+    plan.encoder.bitRate = options.bitRate;
+    plan.encoder.settings = options.encoderSettings;
     plan.encoder.preset = options.preset;
     plan.encoder.threads = options.threads;
     CheckEncoder(plan);

@@ -14,6 +14,9 @@ namespace aveffect {
 struct EncoderChoice {
     const AVCodec* codec = nullptr;
     std::optional<double> crf;
+    std::optional<int> quality;
+    std::optional<int64_t> bitRate;
+    EncoderSettings settings;
     std::string preset;
     unsigned threads = 0;
     AVPixelFormat format = AV_PIX_FMT_NONE; ///< that was asked for; none: what suits codec and clip
@@ -21,10 +24,17 @@ struct EncoderChoice {
     AVFieldOrder fieldOrder = AV_FIELD_UNKNOWN;
 };
 
+/// What is asked of the encoder of sound, whichever it is; as in OutputOptions.
+struct SoundChoice {
+    std::optional<int64_t> bitRate;
+    EncoderSettings settings;
+};
+
 struct OutputPlan {
     std::string target;
     const AVOutputFormat* muxer = nullptr; ///< null for a still picture
     EncoderChoice encoder;
+    SoundChoice sound;
 
     bool IsStill() const noexcept { return muxer == nullptr; }
     /// Whether the container is one for sound alone; it has no picture encoder.
@@ -48,8 +58,8 @@ struct OutputPlan {
 };
 
 /// Throws Error: Output for a name without a known extension, Usage for an encoder that is unknown, does not
-/// fit the container, lacks an option that is asked for or does not take the pixel format of that name
-/// (empty: none is asked for), or for any choice of one in a container for sound.
+/// fit the container, lacks an option that is asked for, does not take its value or does not take the pixel
+/// format of that name (empty: none is asked for), or for any choice of one in a container for sound.
 OutputPlan PlanOutput(const OutputOptions& options);
 
 /// The picture rate nearest to this one that container and codec have.

@@ -106,10 +106,15 @@ void PictureEncoder::SetQuality(const EncoderChoice& choice) {
         Settings().bit_rate = 0; // libvpx keeps to a bit rate otherwise
         const int code = av_opt_set_double(Settings().priv_data, "crf", *choice.crf, 0);
         if (code < 0) Fail("does not take this crf", code);
+    } else if (choice.quality) {
+        ApplyQuality(Settings(), *choice.quality);
+    } else if (choice.bitRate) {
+        Settings().bit_rate = *choice.bitRate;
     } else if (const int quantizer = UsualQuantizer(choice.codec->id)) {
         Settings().flags |= AV_CODEC_FLAG_QSCALE;
         Settings().global_quality = FF_QP2LAMBDA * quantizer;
     }
+    ApplySettings(Settings(), choice.settings);
 }
 
 AVFrame* PictureEncoder::Prepare(AVFrame* picture) {

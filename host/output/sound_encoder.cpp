@@ -15,6 +15,12 @@ constexpr int64_t kLowBitRate = 6300; // the one that G.723.1 takes
 
 int64_t UsualBitRate(int rate, int channels) { return channels * (rate > 24000 ? 96000 : 48000); }
 
+/// To try, the one that is asked for or else the best first.
+std::vector<int64_t> BitRates(const OutputPlan& plan, int rate, const AVChannelLayout& layout) {
+    if (plan.sound.bitRate) return {*plan.sound.bitRate};
+    return {UsualBitRate(rate, layout.nb_channels), kOwnBitRate, kLowBitRate};
+}
+
 const AVCodec& ChooseEncoder(const OutputPlan& plan, const std::string& name) {
     const AVCodec* codec =
         name.empty() ? avcodec_find_encoder(plan.muxer->audio_codec) : FindSoundEncoder(name);
@@ -135,6 +141,8 @@ SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, cons
                            AVSampleFormat format)
     : Encoder(ChooseEncoder(plan, name))
     , m_wanted(wanted) {
+    if (plan.sound.bitRate) RequireBitRate(Codec());
+    CheckSettings(Codec(), plan.sound.settings);
     const SoundLimits limits = LimitsOf(plan, Codec().id);
     const AVSampleFormat nearest = NearestFormat(Codec(), format);
     TakeLibraryError();
@@ -142,7 +150,7 @@ SoundEncoder::SoundEncoder(const OutputPlan& plan, const std::string& name, cons
     std::string reason = "it takes nothing near " + Describe(LayoutFrom(wanted.layout));
     for (const AVChannelLayout& layout : LayoutsFor(Codec(), limits, wanted.layout))
         for (const int rate : RatesFor(Codec(), limits, wanted.rate))
-            for (const int64_t bitRate : {UsualBitRate(rate, layout.nb_channels), kOwnBitRate, kLowBitRate}) {
+            for (const int64_t bitRate : BitRates(plan, rate, layout)) {
                 const int code = TryToOpen(plan, nearest, layout, rate, bitRate);
                 if (code >= 0) return;
                 const std::string detail = TakeLibraryError();
@@ -166,6 +174,7 @@ int SoundEncoder::TryToOpen(const OutputPlan& plan, AVSampleFormat format, const
     settings.time_base = {1, rate};
     if (Codec().capabilities & AV_CODEC_CAP_EXPERIMENTAL)
         settings.strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    ApplySettings(settings, plan.sound.settings);
     return Open(plan.muxer);
 }
 
