@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/exit_code.h"
+#include "cli/join_values.h"
 #include "cli/option_values.h"
 #include "host/support/error.h"
 
@@ -12,8 +13,8 @@ namespace {
 
 constexpr char kTimeHelp[] = ": seconds, mm:ss or hh:mm:ss.ms";
 
-void AddTime(CLI::App& app, const char* option, std::string& value, const std::string& help) {
-    app.add_option(option, value, help + kTimeHelp)->type_name("TIME");
+CLI::Option* AddTime(CLI::App& app, const char* option, std::string& value, const std::string& help) {
+    return app.add_option(option, value, help + kTimeHelp)->type_name("TIME");
 }
 
 void AddSize(CLI::App& app, std::optional<std::string>& size, const char* help) {
@@ -27,13 +28,6 @@ void AddPair(CLI::App& app, std::string& first, std::string& second, std::string
     app.add_option("OUTPUT", output, result)->required();
 }
 
-void AddEffect(CLI::App& app, FilmArguments& film) {
-    app.add_option("-e,--effect", film.transition, "Name of the transition (`aveffect list` shows them)")
-        ->type_name("NAME")
-        ->required();
-    AddTime(app, "--duration", film.duration, "How long the transition takes, 1 if not given");
-}
-
 void AddFilmOptions(CLI::App& app, FilmArguments& film) {
     AddEncoderOptions(app, film.encoder, "Sound encoder or codec; the format's usual one if not given");
     app.add_flag("--no-sound", film.noSound, "Leave the sound out");
@@ -45,7 +39,6 @@ void AddFilmOptions(CLI::App& app, FilmArguments& film) {
 FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output) {
     FilmOptions options;
     options.output = output;
-    options.transition = film.transition;
     TakeEncoder(film.encoder, options);
     options.silent = film.noSound;
     options.sdr = film.sdr;
@@ -53,10 +46,43 @@ FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output
     return options;
 }
 
-int64_t DurationOption(const FilmArguments& film) {
-    const int64_t duration = TimeOption("--duration", film.duration);
-    if (duration == 0) Refuse("--duration", "a time above 0", film.duration);
-    return duration;
+int64_t PositiveTime(const char* option, const std::string& value) {
+    const int64_t time = TimeOption(option, value);
+    if (time == 0) Refuse(option, "a time above 0", value);
+    return time;
+}
+
+/// One for all seams, or one for each. Without a word there is no transition but a straight cut.
+std::vector<JoinSeam> MakeSeams(const JoinCommand& command) {
+    const int64_t usual = TimeOption("--duration", command.duration);
+    std::vector<JoinSeam> seams;
+    for (const std::string& text : command.transitions) seams.push_back(JoinSeamOf(text, usual));
+    if (!seams.empty()) return seams;
+    if (usual > 0)
+        throw Error(ErrorKind::Usage, "join needs a transition: -e NAME, or -e cut for straight cuts");
+    return {{}};
+}
+
+void AddMusic(CLI::App& app, JoinCommand& command) {
+    CLI::Option* const music =
+        app.add_option("--music", command.music,
+                       "Sound of a file to add to the clips', from beginning to end, repeated if need be")
+            ->type_name("FILE");
+    AddTime(app, "--music-fade-in", command.musicFadeIn, "How long the music takes to come up")->needs(music);
+    AddTime(app, "--music-fade-out", command.musicFadeOut, "How long the music takes to die away")
+        ->needs(music);
+    app.add_option("--music-volume", command.musicVolume, "Volume of the music, 100% if not given")
+        ->type_name("PERCENT")
+        ->needs(music);
+    app.add_flag("--no-clip-sound", command.noClipSound, "Leave out the clips' own sound");
+}
+
+JoinMusic MakeMusic(const JoinCommand& command) {
+    JoinMusic music{command.music};
+    music.fadeInMs = TimeOption("--music-fade-in", command.musicFadeIn);
+    music.fadeOutMs = TimeOption("--music-fade-out", command.musicFadeOut);
+    music.volume = VolumeOption("--music-volume", command.musicVolume);
+    return music;
 }
 
 } // namespace
@@ -65,7 +91,11 @@ CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
     CLI::App* const transition =
         app.add_subcommand("transition", "Make a clip of a transition between two pictures or clips");
     AddPair(*transition, command.first, command.second, command.output, "Clip to write");
-    AddEffect(*transition, command.film);
+    transition
+        ->add_option("-e,--effect", command.transition, "Name of the transition (`aveffect list` shows them)")
+        ->type_name("NAME")
+        ->required();
+    AddTime(*transition, "--duration", command.duration, "How long the transition takes, 1 if not given");
     AddTime(*transition, "--start", command.start,
             "When the transition begins within the duration; A stands before");
     AddTime(*transition, "--hold-before", command.holdBefore, "Time of A to put in front");
@@ -87,16 +117,26 @@ CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
 }
 
 CLI::App* AddJoin(CLI::App& app, JoinCommand& command) {
-    CLI::App* const join =
-        app.add_subcommand("join", "Put clips one after the other with a transition at each seam");
+    CLI::App* const join = app.add_subcommand(
+        "join", "Put clips and pictures one after the other with a transition at each seam");
     join->add_option("FILES", command.files,
-                     "A B [C...] OUTPUT: the clips in their order, two or more, then the clip to write")
+                     "A B [C...] OUTPUT: clips and pictures in their order, two or more, then the clip to "
+                     "write; photo.jpg@5 stands for 5 seconds, of clip.mp4@5 the first 5 are shown")
         ->type_name("")
         ->required();
-    AddEffect(*join, command.film);
+    join->add_option("-e,--effect", command.transitions,
+                     "Transition at all seams; given once for each seam, theirs in order. NAME@TIME has a "
+                     "duration of its own, `cut` is a straight cut")
+        ->type_name("NAME[@TIME]")
+        ->allow_extra_args(false);
+    AddTime(*join, "--duration", command.duration,
+            "How long transitions take, 1 if not given; 0 cuts straight");
+    AddTime(*join, "--picture-duration", command.pictureDuration,
+            "How long pictures stand that say no time of their own, 3 if not given");
+    AddMusic(*join, command);
     AddFilmOptions(*join, command.film);
-    join->footer(std::string("Example:\n  aveffect join a.mp4 b.mov c.mkv out.mp4 -e clock "
-                             "--duration 1\n\n") +
+    join->footer(std::string("Examples:\n  aveffect join a.mp4 b.mov c.mkv out.mp4 -e clock --duration 1\n"
+                             "  aveffect join title.png@5 a.mp4 b.mp4 out.mp4 -e crossfade -e cut\n\n") +
                  kExitCodeHelp);
     return join;
 }
@@ -116,11 +156,12 @@ TransitionOptions MakeTransitionOptions(const TransitionCommand& command) {
     options.film = MakeFilmOptions(command.film, command.output);
     options.first = command.first;
     options.second = command.second;
-    options.durationMs = DurationOption(command.film);
+    options.transition = command.transition;
+    options.durationMs = PositiveTime("--duration", command.duration);
     options.startMs = TimeOption("--start", command.start);
     if (options.startMs >= options.durationMs)
         throw Error(ErrorKind::Usage, "--start must lie before the end of --duration, but " + command.start +
-                                          " does not lie before " + command.film.duration);
+                                          " does not lie before " + command.duration);
     options.holdBeforeMs = TimeOption("--hold-before", command.holdBefore);
     options.holdAfterMs = TimeOption("--hold-after", command.holdAfter);
     if (command.size) options.size = SizeOption(*command.size);
@@ -138,8 +179,12 @@ JoinOptions MakeJoinOptions(const JoinCommand& command) {
                                           " (see `aveffect join --help`)");
     JoinOptions options;
     options.film = MakeFilmOptions(command.film, command.files.back());
-    options.clips.assign(command.files.begin(), command.files.end() - 1);
-    options.durationMs = DurationOption(command.film);
+    for (size_t index = 0; index + 1 < command.files.size(); ++index)
+        options.clips.push_back(JoinClipOf(command.files[index]));
+    options.seams = MakeSeams(command);
+    options.pictureMs = PositiveTime("--picture-duration", command.pictureDuration);
+    if (!command.music.empty()) options.music = MakeMusic(command);
+    options.clipSound = !command.noClipSound;
     return options;
 }
 

@@ -18,8 +18,6 @@ namespace aveffect {
 /// What `transition` and `join` have in common. Values are as they were written.
 struct FilmArguments {
     RunArguments run;
-    std::string transition;
-    std::string duration = "1";
     EncoderArguments encoder;
     bool noSound = false;
     bool sdr = false;
@@ -29,14 +27,19 @@ struct FilmArguments {
 struct TransitionCommand {
     FilmArguments film;
     std::string first, second, output;
-    std::string start = "0", holdBefore = "0", holdAfter = "0";
+    std::string transition;
+    std::string duration = "1", start = "0", holdBefore = "0", holdAfter = "0";
     std::optional<std::string> size, fps;
     bool live = false;
 };
 
 struct JoinCommand {
     FilmArguments film;
-    std::vector<std::string> files; ///< the clips, then the output
+    std::vector<std::string> files;       ///< the clips, then the output
+    std::vector<std::string> transitions; ///< one for all seams, or one for each
+    std::string duration = "1", pictureDuration = "3";
+    std::string music, musicFadeIn = "0", musicFadeOut = "0", musicVolume = "100%";
+    bool noClipSound = false;
 };
 
 struct SheetCommand {

@@ -59,6 +59,15 @@ ProgressStyle ProgressOption(const std::string& value) {
     Refuse("--progress", "auto, bar, json or none", value);
 }
 
+double VolumeOption(const char* option, const std::string& value) {
+    constexpr double kLoudest = 1000, kWhole = 100;
+    const auto percent =
+        value.ends_with('%') ? ParseReal(std::string_view(value).substr(0, value.size() - 1)) : std::nullopt;
+    if (!percent || *percent < 0 || *percent > kLoudest)
+        Refuse(option, "a percentage from 0% to 1000%", value);
+    return *percent / kWhole;
+}
+
 PictureSize SizeOption(const std::string& value) {
     constexpr int64_t kLargest = 16384;
     const std::string_view text = value;

@@ -25,6 +25,9 @@ double CrfOption(const std::string& value);
 unsigned ThreadsOption(const std::string& value);
 ProgressStyle ProgressOption(const std::string& value);
 
+/// A factor from "50%": 0% to 1000%.
+double VolumeOption(const char* option, const std::string& value);
+
 /// "640x360": both sides from 1 to 16384 pixels.
 PictureSize SizeOption(const std::string& value);
 

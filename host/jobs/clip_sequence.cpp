@@ -5,6 +5,7 @@
 
 #include "host/effects/transition_frame.h"
 #include "host/picture/orientation.h"
+#include "host/picture/working_format.h"
 
 namespace aveffect {
 
@@ -17,7 +18,7 @@ ClipSequence::ClipSequence(const Plugin& plugin, SequenceSetup setup, const std:
     int64_t begin = 0;
     for (const SequencePart& part : m_setup.parts) {
         m_begins.push_back(begin);
-        begin += part.pictures - m_setup.across;
+        begin += part.pictures - part.seam.pictures;
     }
     Open(0);
     m_canvas = ChooseCanvas(*m_playing.front().player->At(0));
@@ -44,36 +45,60 @@ void ClipSequence::Open(size_t part) {
     playing.fitter = Fitter(m_canvas, m_setup.terms);
 }
 
-AVFramePtr ClipSequence::FirstPicture() {
-    AVFramePtr picture = m_playing.front().player->At(0);
-    Fitter& fitter = m_playing.front().fitter;
-    return fitter.Fits(*picture) ? std::move(picture) : fitter.Fit(*picture);
+void ClipSequence::Leave() {
+    m_damage.Add(m_playing.front().player->Damage());
+    m_playing.pop_front();
+    ++m_shown;
+    if (m_playing.empty()) Open(m_shown);
+}
+
+AVFramePtr ClipSequence::Look() {
+    AVFramePtr picture = Show(m_playing.front(), 0);
+    const auto isGrey = [](const SequencePart& part) { return IsGrey(part.clip->format); };
+    const bool grey = IsGrey(static_cast<AVPixelFormat>(picture->format));
+    if (!grey || std::ranges::all_of(m_setup.parts, isGrey)) return picture;
+    picture = Fit(m_playing.front(), std::move(picture));
+    picture->format = AV_PIX_FMT_BGR0;
+    return picture;
+}
+
+AVFramePtr ClipSequence::Show(Playing& playing, int64_t picture) {
+    AVFramePtr shown = playing.player->At(picture);
+    return playing.fitter.Fits(*shown) ? std::move(shown) : Fit(playing, std::move(shown));
+}
+
+// What stands still, a photo above all, is fitted once.
+AVFramePtr ClipSequence::Fit(Playing& playing, AVFramePtr picture) {
+    if (!playing.read || playing.read->data[0] != picture->data[0]) {
+        playing.fitted = playing.fitter.Fit(*picture);
+        playing.read = std::move(picture); // held, so that no other picture comes to lie there
+    }
+    AVFramePtr fitted(av_frame_clone(playing.fitted.get()));
+    if (!fitted) throw Error(ErrorKind::Output, "no memory for a picture");
+    return fitted;
 }
 
 AVFramePtr ClipSequence::Draw(int64_t index) {
-    if (index >= m_begins[m_shown] + m_setup.parts[m_shown].pictures) {
-        m_damage.Add(m_playing.front().player->Damage());
-        m_playing.pop_front();
-        ++m_shown;
-    }
-    AVFramePtr picture = m_playing.front().player->At(index - m_begins[m_shown]);
-    Fitter& fitter = m_playing.front().fitter;
+    while (index >= m_begins[m_shown] + m_setup.parts[m_shown].pictures) Leave();
+    const int64_t picture = index - m_begins[m_shown];
     const bool crosses = m_shown + 1 < m_begins.size() && index >= m_begins[m_shown + 1];
-    if (!crosses) return fitter.Fits(*picture) ? std::move(picture) : fitter.Fit(*picture);
+    if (!crosses) return Show(m_playing.front(), picture);
     if (m_playing.size() < 2) Open(m_shown + 1);
+    Playing& from = m_playing.front();
+    Playing& to = m_playing.back();
     const int64_t across = index - m_begins[m_shown + 1];
-    const AVFramePtr next = m_playing.back().player->At(across);
-    return Cross(fitter.Fit(*picture), m_playing.back().fitter.Fit(*next), across);
+    return Cross(m_setup.parts[m_shown].seam, Fit(from, from.player->At(picture)),
+                 Fit(to, to.player->At(across)), across);
 }
 
 // A transition reads its pictures once, so each moment has a processor of its own.
-AVFramePtr ClipSequence::Cross(AVFramePtr from, AVFramePtr to, int64_t picture) {
+AVFramePtr ClipSequence::Cross(const Seam& seam, AVFramePtr from, AVFramePtr to, int64_t picture) {
     const AVRational interval = av_inv_q(m_setup.rate);
-    const int64_t length = std::max<int64_t>(1, av_rescale_q(m_setup.across, interval, kMilliseconds));
+    const int64_t length = std::max<int64_t>(1, av_rescale_q(seam.pictures, interval, kMilliseconds));
     m_pictures.Show(std::move(from), std::move(to));
     EffectChain chain(
         m_plugin, &m_pictures,
-        {TransitionSpec(m_setup.transition, MemoryPictures::kFirst, MemoryPictures::kSecond, 0, length)},
+        {TransitionSpec(seam.transition, MemoryPictures::kFirst, MemoryPictures::kSecond, 0, length)},
         static_cast<uint32_t>(length));
     return DrawTransition(chain, m_canvas, av_rescale_q(picture, interval, kMilliseconds));
 }

@@ -15,17 +15,24 @@
 
 namespace aveffect {
 
-/// A clip's part of a sequence: its first so many pictures at the sequence's rate.
+/// How one part passes into the next.
+struct Seam {
+    std::string transition;
+    int64_t pictures = 0; ///< that both share, in which the one crosses into the other; 0: a straight cut
+};
+
+/// A clip's part of a sequence: its first so many pictures at the sequence's rate. A still picture lasts as
+/// long as it takes.
 struct SequencePart {
     const ClipScan* clip; ///< outlives the sequence
     int64_t pictures;     ///< no less than it shares with its neighbours together
+    Seam seam = {};       ///< to the next part; the last one's counts for nothing
 };
 
 struct SequenceSetup {
-    std::string transition;
     AVRational rate{25, 1};
-    int64_t across = 1; ///< pictures that neighbours share, in which the one crosses into the other
     std::vector<SequencePart> parts;
+    std::optional<Music> music = {};      ///< with the parts' sound
     std::optional<PictureSize> size = {}; ///< absent: the first clip's
     bool squarePixels = false;            ///< absent size: the first clip's in square pixels
     unsigned threads = 0;                 ///< of each decoder
@@ -39,8 +46,8 @@ public:
     ClipSequence(const Plugin& plugin, SequenceSetup setup, const std::atomic<bool>& cancel);
 
     int64_t Pictures() const;
-    /// The first clip's first picture as the sequence shows it.
-    mediabridge::AVFramePtr FirstPicture();
+    /// A picture like those of the sequence: its first, in colour where a later one has any.
+    mediabridge::AVFramePtr Look();
     /// The picture of an index; indices only go up. Pictures of clips that have the sequence's shape come as
     /// they are, others in BGRA, crossing ones in BGR0. Throws Error.
     mediabridge::AVFramePtr Draw(int64_t index);
@@ -56,9 +63,14 @@ private:
     struct Playing {
         std::unique_ptr<ClipPlayer> player;
         Fitter fitter;
+        mediabridge::AVFramePtr read = {}, fitted = {}; ///< the picture fitted last, and what it became
     };
     void Open(size_t part);
-    mediabridge::AVFramePtr Cross(mediabridge::AVFramePtr from, mediabridge::AVFramePtr to, int64_t picture);
+    void Leave();
+    mediabridge::AVFramePtr Show(Playing& playing, int64_t picture);
+    mediabridge::AVFramePtr Fit(Playing& playing, mediabridge::AVFramePtr picture);
+    mediabridge::AVFramePtr Cross(const Seam& seam, mediabridge::AVFramePtr from, mediabridge::AVFramePtr to,
+                                  int64_t picture);
     Canvas ChooseCanvas(const AVFrame& first) const;
 
     const Plugin& m_plugin;

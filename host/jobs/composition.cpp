@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "host/effects/transition_frame.h"
 #include "host/media/source_request.h"
 #include "host/output/media_writer.h"
 #include "host/output/output_file.h"
@@ -28,7 +27,6 @@ void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate) {
 }
 
 OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::string>& inputs) {
-    RequireTransition(options.transition);
     OutputPlan plan = PlanOutput(options);
     if (plan.IsStill())
         throw Error(ErrorKind::Usage, options.output + " holds one picture, but the result is a clip");

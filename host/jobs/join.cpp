@@ -1,3 +1,6 @@
+#include <algorithm>
+
+#include "host/effects/transition_frame.h"
 #include "host/jobs/composition.h"
 #include "host/jobs/sequence_render.h"
 #include "host/support/stages.h"
@@ -5,18 +8,66 @@
 namespace aveffect {
 namespace {
 
-/// Every clip has to hold the transitions at its ends, one after the other.
-void CheckLengths(const std::vector<ClipScan>& clips, AVRational rate, int64_t across) {
-    for (size_t index = 0; index < clips.size(); ++index) {
-        const ClipScan& clip = clips[index];
-        if (clip.still)
-            throw Error(ErrorKind::Usage, clip.request.path + " is a single picture; clips are joined");
-        const bool inside = index > 0 && index + 1 < clips.size();
-        if (clip.PicturesAt(rate) >= across * (inside ? 2 : 1)) continue;
-        const std::string length = SecondsText(av_rescale_q(across, av_inv_q(rate), kMilliseconds));
-        throw Error(ErrorKind::Usage, clip.request.path + " lasts " + SecondsText(clip.LengthMs()) +
-                                          ", too short for a transition of " + length +
-                                          (inside ? " at each of its ends" : ""));
+constexpr AVRational kRateOfStills{25, 1};
+
+/// The names and numbers, before any file is read.
+void Check(const JoinOptions& options) {
+    const size_t clips = options.clips.size(), seams = options.seams.size();
+    if (clips < 2) throw Error(ErrorKind::Usage, "two clips at least are joined");
+    if (seams != 1 && seams + 1 != clips)
+        throw Error(ErrorKind::Usage, std::to_string(clips) + " clips have " + std::to_string(clips - 1) +
+                                          (clips == 2 ? " seam, but " : " seams, but ") +
+                                          std::to_string(seams) +
+                                          " transitions are given; give one for all or one for each");
+    for (const JoinSeam& seam : options.seams)
+        if (seam.durationMs > 0 || !seam.transition.empty()) RequireTransition(seam.transition);
+}
+
+std::vector<ClipScan> ScanClips(const std::vector<JoinClip>& clips, const std::atomic<bool>& cancel) {
+    std::vector<ClipScan> scans;
+    for (const JoinClip& clip : clips) scans.push_back(ScanClip(clip.url, cancel));
+    return scans;
+}
+
+AVRational RateOf(const std::vector<ClipScan>& clips) {
+    const auto moving = std::ranges::find(clips, false, &ClipScan::still);
+    return moving == clips.end() ? kRateOfStills : moving->rate;
+}
+
+SequencePart MakePart(const ClipScan& clip, const std::optional<int64_t>& lengthMs, int64_t pictureMs,
+                      AVRational rate) {
+    const bool whole = !clip.still && !lengthMs;
+    const int64_t pictures =
+        whole ? clip.PicturesAt(rate) : std::max<int64_t>(1, PicturesIn(lengthMs.value_or(pictureMs), rate));
+    const SequencePart part{&clip, pictures};
+    RequireLong(part, rate);
+    return part;
+}
+
+Seam MakeSeam(const JoinSeam& seam, AVRational rate) {
+    if (seam.durationMs == 0) return {};
+    const Seam made{seam.transition, PicturesIn(seam.durationMs, rate)};
+    RequireSeen(made.pictures, seam.durationMs, rate);
+    return made;
+}
+
+/// Every part has to hold the transitions at its ends, one after the other.
+void CheckLengths(const std::vector<SequencePart>& parts, AVRational rate) {
+    const auto seconds = [&](int64_t pictures) {
+        return SecondsText(av_rescale_q(pictures, av_inv_q(rate), kMilliseconds));
+    };
+    int64_t before = 0;
+    for (const SequencePart& part : parts) {
+        const int64_t after = part.seam.pictures;
+        if (part.pictures < before + after) {
+            const std::string length = before == 0 || after == 0 ? seconds(before + after)
+                                       : before == after         ? seconds(after) + " at each of its ends"
+                                                         : seconds(before) + " at its beginning and one of " +
+                                                               seconds(after) + " at its end";
+            throw Error(ErrorKind::Usage, part.clip->request.path + " lasts " + seconds(part.pictures) +
+                                              ", too short for a transition of " + length);
+        }
+        before = after;
     }
 }
 
@@ -25,22 +76,31 @@ void CheckLengths(const std::vector<ClipScan>& clips, AVRational rate, int64_t a
 RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
                         const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
-    const OutputPlan plan = PlanComposition(options.film, options.clips);
-    if (options.clips.size() < 2) throw Error(ErrorKind::Usage, "two clips at least are joined");
-    if (options.durationMs < 1) throw Error(ErrorKind::Usage, "the transition has no duration");
+    Check(options);
+    std::vector<std::string> inputs;
+    for (const JoinClip& clip : options.clips) inputs.push_back(clip.url);
+    if (options.music) inputs.push_back(options.music->url);
+    const OutputPlan plan = PlanComposition(options.film, inputs);
     IntakeTerms terms(options.film.sdr, reporter);
-    std::vector<ClipScan> clips;
-    for (const std::string& url : options.clips) clips.push_back(ScanClip(url, cancel));
+    std::vector<ClipScan> clips = ScanClips(options.clips, cancel);
+    if (!options.clipSound)
+        for (ClipScan& clip : clips) clip.sound.reset();
 
     SequenceSetup setup;
-    setup.transition = options.film.transition;
-    setup.rate = NearestRate(plan, clips.front().rate);
-    SayRate(plan, clips.front().rate, setup.rate, reporter);
-    setup.across = PicturesIn(options.durationMs, setup.rate);
-    RequireSeen(setup.across, options.durationMs, setup.rate);
+    setup.rate = NearestRate(plan, RateOf(clips));
+    SayRate(plan, RateOf(clips), setup.rate, reporter);
+    if (const auto& music = options.music)
+        setup.music = Music{FindMusic(music->url, cancel), music->fadeInMs, music->fadeOutMs, music->volume};
     setup.threads = options.film.threads;
-    CheckLengths(clips, setup.rate, setup.across);
-    for (const ClipScan& clip : clips) setup.parts.push_back({&clip, clip.PicturesAt(setup.rate)});
+    for (size_t index = 0; index < clips.size(); ++index) {
+        SequencePart part =
+            MakePart(clips[index], options.clips[index].lengthMs, options.pictureMs, setup.rate);
+        if (index + 1 < clips.size())
+            part.seam =
+                MakeSeam(options.seams.size() == 1 ? options.seams[0] : options.seams[index], setup.rate);
+        setup.parts.push_back(part);
+    }
+    CheckLengths(setup.parts, setup.rate);
     return RenderSequence(plugin, options.film, plan, std::move(setup), terms, reporter, cancel);
 }
 

@@ -8,36 +8,74 @@
 namespace aveffect {
 namespace {
 
-/// Sound like that of the first part that has any; nothing when none has, or the container holds none.
+int Channels(const SoundShape& shape) {
+    AVChannelLayout layout = {};
+    av_channel_layout_from_string(&layout, shape.layout.c_str());
+    const int channels = layout.nb_channels;
+    av_channel_layout_uninit(&layout);
+    return channels;
+}
+
+/// That of the first part that has any, of the music when none has; absent without either. Music of more
+/// channels brings them.
+std::optional<SoundShape> ShapeOf(const SequenceSetup& setup) {
+    const auto heard = std::ranges::find_if(
+        setup.parts, [](const SequencePart& part) { return part.clip->sound.has_value(); });
+    if (heard == setup.parts.end())
+        return setup.music ? std::optional(setup.music->file.shape) : std::nullopt;
+    SoundShape shape = *heard->clip->sound;
+    if (setup.music && Channels(setup.music->file.shape) > Channels(shape))
+        shape.layout = setup.music->file.shape.layout;
+    return shape;
+}
+
+void RequireFades(const Music& music, int64_t lengthMs) {
+    for (const int64_t fade : {music.fadeInMs, music.fadeOutMs})
+        if (fade > lengthMs)
+            throw Error(ErrorKind::Usage, "the music can't fade for " + SecondsText(fade) +
+                                              ": the film lasts " + SecondsText(lengthMs));
+}
+
+/// Nothing when there is no sound, or the container holds none.
 std::optional<SoundFeed> MakeSound(const FilmOptions& options, const OutputPlan& plan,
                                    const SequenceSetup& setup, const ClipSequence& sequence,
                                    Reporter& reporter, const std::atomic<bool>& cancel) {
-    const auto heard = std::ranges::find_if(
-        setup.parts, [](const SequencePart& part) { return part.clip->sound.has_value(); });
-    if (heard == setup.parts.end() || options.silent) return std::nullopt;
+    const std::optional<SoundShape> shape = ShapeOf(setup);
+    if (!shape || options.silent) return std::nullopt;
     if (plan.muxer->audio_codec == AV_CODEC_ID_NONE) {
         reporter.Warn("." + plan.Kind() + " files can't hold sound; it is left out");
         return std::nullopt;
     }
     SoundFeed sound;
-    sound.encoder = std::make_unique<SoundEncoder>(plan, options.audioCodec, *heard->clip->sound);
+    sound.encoder = std::make_unique<SoundEncoder>(plan, options.audioCodec, *shape);
     reporter.Note(sound.encoder->Summary());
     const SoundForm form = sound.encoder->Form();
-    sound.supply = std::make_unique<JoinedSound>(sequence.Sound(form.shape.rate), form, cancel);
+    sound.supply = std::make_unique<JoinedSound>(sequence.Sound(form.shape.rate), setup.music, form, cancel);
     return sound;
 }
 
 } // namespace
+
+void RequireLong(const SequencePart& part, AVRational rate) {
+    const ClipScan& clip = *part.clip;
+    if (clip.still || clip.PicturesAt(rate) >= part.pictures) return;
+    throw Error(ErrorKind::Usage,
+                clip.request.path + " lasts " + SecondsText(clip.LengthMs()) + ", but " +
+                    SecondsText(av_rescale_q(part.pictures, av_inv_q(rate), kMilliseconds)) +
+                    " of it are asked for");
+}
 
 RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, const OutputPlan& plan,
                             SequenceSetup setup, IntakeTerms& terms, Reporter& reporter,
                             const std::atomic<bool>& cancel) {
     setup.terms = &terms;
     ClipSequence sequence(plugin, setup, cancel);
+    if (setup.music)
+        RequireFades(*setup.music, av_rescale_q(sequence.Pictures(), av_inv_q(setup.rate), kMilliseconds));
     Composition composition{
         setup.rate, sequence.Pictures(), [&](int64_t index) { return sequence.Draw(index); },
         [&] { return sequence.Damage(); }, MakeSound(options, plan, setup, sequence, reporter, cancel)};
-    return RenderComposition(std::move(composition), plan, options.overwrite, *sequence.FirstPicture(), terms,
+    return RenderComposition(std::move(composition), plan, options.overwrite, *sequence.Look(), terms,
                              reporter, cancel);
 }
 

@@ -1,6 +1,5 @@
 #include "host/jobs/transition.h"
 
-#include <iterator>
 #include <tuple>
 #include <utility>
 
@@ -63,11 +62,11 @@ public:
         , m_rate(NearestRate(plan, m_wanted))
         , m_marks(MarksOf(options, m_rate))
         , m_across(plugin, &m_manager,
-                   {TransitionSpec(options.film.transition, options.first, options.second, options.startMs,
+                   {TransitionSpec(options.transition, options.first, options.second, options.startMs,
                                    options.durationMs)},
                    static_cast<uint32_t>(options.durationMs))
         , m_last(plugin, &m_manager,
-                 {TransitionSpec(options.film.transition, options.second, options.second, options.startMs,
+                 {TransitionSpec(options.transition, options.second, options.second, options.startMs,
                                  options.durationMs)},
                  static_cast<uint32_t>(options.durationMs)) {}
 
@@ -127,15 +126,10 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
     const AVRational rate = NearestRate(plan, wanted);
     SayRate(plan, wanted, rate, reporter);
     const Marks marks = MarksOf(options, rate);
-    const SequencePart parts[] = {{&first, marks.end}, {&second, marks.count - marks.start}};
-    for (const auto& [clip, pictures] : parts)
-        if (!clip->still && clip->PicturesAt(rate) < pictures)
-            throw Error(ErrorKind::Usage,
-                        clip->request.path + " lasts " + SecondsText(clip->LengthMs()) + ", but " +
-                            SecondsText(av_rescale_q(pictures, av_inv_q(rate), kMilliseconds)) +
-                            " of it are asked for");
-    SequenceSetup sequence{
-        options.film.transition, rate, marks.end - marks.start, {std::begin(parts), std::end(parts)}};
+    SequenceSetup sequence{rate,
+                           {{&first, marks.end, {options.transition, marks.end - marks.start}},
+                            {&second, marks.count - marks.start}}};
+    for (const SequencePart& part : sequence.parts) RequireLong(part, rate);
     sequence.size = options.size;
     sequence.squarePixels = true;
     sequence.threads = options.film.threads;
@@ -147,6 +141,7 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
 RenderResult RenderTransition(const Plugin& plugin, const TransitionOptions& options,
                               const RenderObserver& observer, const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
+    RequireTransition(options.transition);
     const OutputPlan plan = PlanComposition(options.film, {options.first, options.second});
     if (options.durationMs < 1) throw Error(ErrorKind::Usage, "the transition has no duration");
     if (options.startMs >= options.durationMs)

@@ -22,12 +22,12 @@ struct PictureRate {
 
 /// What films of transitions have in common.
 struct FilmOptions : OutputOptions {
-    std::string transition; ///< an effect's name
-    bool silent = false;    ///< without sound
+    bool silent = false; ///< without sound
 };
 
 struct TransitionOptions {
     FilmOptions film;
+    std::string transition; ///< an effect's name
     std::string first, second;
     int64_t durationMs = 1000; ///< of the span in which the transition lies; above 0
     int64_t startMs =
@@ -47,15 +47,39 @@ struct TransitionOptions {
 RenderResult RenderTransition(const Plugin& plugin, const TransitionOptions& options,
                               const RenderObserver& observer, const std::atomic<bool>& cancel);
 
-struct JoinOptions {
-    FilmOptions film;
-    std::vector<std::string> clips; ///< two or more
-    int64_t durationMs = 1000;      ///< of each transition; above 0
+/// A clip or a still picture in a row of them.
+struct JoinClip {
+    std::string url;
+    /// How long a still picture stands, or of a clip how much is shown; absent: JoinOptions::pictureMs, all.
+    std::optional<int64_t> lengthMs = {};
 };
 
-/// Renders clips one after the other, the end of each crossing into the beginning of the next with a
-/// transition, sound and all. Pictures are fitted to the first clip's size and rate, sound to that of the
-/// first clip that has any; clips without count as silent. As RenderTransition() otherwise.
+/// How one clip passes into the next.
+struct JoinSeam {
+    std::string transition; ///< an effect's name; may be empty at a straight cut
+    int64_t durationMs = 0; ///< of the transition; 0: a straight cut
+};
+
+/// What is heard from the beginning of a film to its end, over and over if need be.
+struct JoinMusic {
+    std::string url;
+    int64_t fadeInMs = 0, fadeOutMs = 0;
+    double volume = 1; ///< a factor
+};
+
+struct JoinOptions {
+    FilmOptions film;
+    std::vector<JoinClip> clips; ///< two or more
+    std::vector<JoinSeam> seams; ///< one for all seams, or one for each
+    int64_t pictureMs = 3000;    ///< of a still picture with no length of its own; above 0
+    std::optional<JoinMusic> music = {};
+    bool clipSound = true; ///< false: the clips are silent
+};
+
+/// Renders clips and pictures one after the other, the end of each crossing into the beginning of the next
+/// with a transition, sound and all, or cut straight. Pictures are fitted to the first clip's size and to the
+/// rate of the first that moves (25 a second when none does), sound to that of the first clip that has any;
+/// clips without count as silent. Music is added to it. As RenderTransition() otherwise.
 RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
                         const std::atomic<bool>& cancel);
 

@@ -69,7 +69,9 @@ ClipScan ScanClip(const std::string& url, const std::atomic<bool>& cancel) {
         Source source(scan.request, Source::Others::None, 1, cancel);
         scan.rate = source.FrameRate();
         scan.start = source.Start();
-        if (!source.Next()) throw Error(ErrorKind::Input, url + " holds no picture that can be decoded");
+        const std::optional<SourceItem> first = source.Next();
+        if (first) scan.format = static_cast<AVPixelFormat>(first->picture->format);
+        if (!first) throw Error(ErrorKind::Input, url + " holds no picture that can be decoded");
     }
     ReadThrough(scan, cancel);
     return scan;

@@ -21,10 +21,11 @@ std::string LayoutText(const AVChannelLayout& layout);
 
 struct ClipScan {
     SourceRequest request;
-    AVRational rate{25, 1}; ///< pictures a second
-    Moment start;           ///< of the clip, in the file's times
-    Moment end;             ///< of the pictures, from the clip's start
-    bool still = false;     ///< one picture alone
+    AVRational rate{25, 1};                 ///< pictures a second
+    Moment start;                           ///< of the clip, in the file's times
+    Moment end;                             ///< of the pictures, from the clip's start
+    bool still = false;                     ///< one picture alone
+    AVPixelFormat format = AV_PIX_FMT_NONE; ///< of the first picture
     std::optional<SoundShape> sound = {};
 
     /// Pictures that the clip gives at a constant rate; at least 1.

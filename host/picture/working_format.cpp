@@ -141,6 +141,8 @@ mediabridge::AVFramePtr ConvertWith(mediabridge::Scaler& scaler, const AVFrame& 
 
 bool HasAlpha(AVPixelFormat format) { return KindOf(format).alpha; }
 
+bool IsGrey(AVPixelFormat format) { return KindOf(format).grey; }
+
 std::string FormatName(AVPixelFormat format) {
     const char* name = av_get_pix_fmt_name(format);
     return name ? name : "an unknown format";

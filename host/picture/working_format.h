@@ -62,6 +62,9 @@ mediabridge::AVFramePtr ConvertWith(mediabridge::Scaler& scaler, const AVFrame& 
 /// Whether a format has an alpha channel.
 bool HasAlpha(AVPixelFormat format);
 
+/// Whether a format has brightness alone, with alpha or without.
+bool IsGrey(AVPixelFormat format);
+
 /// The library's name of a format, for messages.
 std::string FormatName(AVPixelFormat format);
 

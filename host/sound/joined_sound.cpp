@@ -1,6 +1,7 @@
 #include "host/sound/joined_sound.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -9,6 +10,7 @@ extern "C" {
 #include <libavfilter/buffersrc.h>
 }
 
+#include "host/effects/value_text.h"
 #include "host/support/error.h"
 
 namespace aveffect {
@@ -27,20 +29,22 @@ std::string Label(const char* kind, size_t index) {
 
 } // namespace
 
-JoinedSound::JoinedSound(std::vector<SoundPart> parts, const SoundForm& form, const std::atomic<bool>& cancel)
+JoinedSound::JoinedSound(std::vector<SoundPart> parts, const std::optional<Music>& music,
+                         const SoundForm& form, const std::atomic<bool>& cancel)
     : m_parts(std::move(parts))
     , m_shape(form.shape)
     , m_cancel(cancel)
     , m_graph(avfilter_graph_alloc())
-    , m_inputs(m_parts.size()) {
+    , m_inputs(m_parts.size() + 1) {
     if (!m_graph) Require(AVERROR(ENOMEM));
     // One thread does; more would be started for every filter of every clip.
     m_graph->nb_threads = 1;
-    Build(form);
+    if (music) m_music.emplace(music->file, m_shape, cancel);
+    Build(form, music);
 }
 
 // A part: gaps filled, cut or filled up to its length. Each is faded over into the one before.
-std::string JoinedSound::Describe(const SoundForm& form) const {
+std::string JoinedSound::Describe(const SoundForm& form, const std::optional<Music>& music) const {
     const std::string rate = std::to_string(m_shape.rate);
     std::string text;
     for (size_t index = 0; index < m_parts.size(); ++index) {
@@ -54,35 +58,58 @@ std::string JoinedSound::Describe(const SoundForm& form) const {
     }
     std::string joined = Label("part", 0);
     for (size_t index = 1; index < m_parts.size(); ++index) {
-        const std::string across = std::to_string(m_parts[index - 1].samplesAcross);
+        const int64_t across = m_parts[index - 1].samplesAcross;
         const std::string next = Label("joined", index);
-        text.append(joined)
-            .append(Label("part", index))
-            .append("acrossfade=curve1=tri:curve2=tri:nb_samples=");
-        text.append(across).append(next).append(";");
+        text += joined + Label("part", index) +
+                (across > 0 ? "acrossfade=curve1=tri:curve2=tri:nb_samples=" + std::to_string(across)
+                            : "concat=v=0:a=1") +
+                next + ";";
         joined = next;
     }
+    if (music) text += DescribeMusic(*music, std::exchange(joined, "[mixed]"));
     return text + joined + "aformat=sample_fmts=" + av_get_sample_fmt_name(form.format) +
            ":sample_rates=" + rate + ":channel_layouts=" + m_shape.layout + "[out]";
 }
 
-void JoinedSound::Build(const SoundForm& form) {
+int64_t JoinedSound::Samples() const {
+    int64_t samples = 0;
+    for (const SoundPart& part : m_parts) samples += part.samples - part.samplesAcross;
+    return samples;
+}
+
+// As long as the parts together, added to them as it is.
+std::string JoinedSound::DescribeMusic(const Music& music, const std::string& parts) const {
+    const int64_t samples = Samples();
+    const auto fade = [&](const char* kind, int64_t milliseconds, bool atEnd) {
+        const int64_t length = SamplesBy({milliseconds, kMilliseconds}, m_shape.rate);
+        if (length == 0) return std::string();
+        return std::string(",afade=t=") + kind + ":ss=" + std::to_string(atEnd ? samples - length : 0) +
+               ":ns=" + std::to_string(length);
+    };
+    return Label("in", m_parts.size()) + "atrim=end_sample=" + std::to_string(samples) +
+           ",volume=" + NumberText(music.volume) + fade("in", music.fadeInMs, false) +
+           fade("out", music.fadeOutMs, true) + "[music];" + parts +
+           "[music]amix=duration=first:normalize=0[mixed];";
+}
+
+int JoinedSound::AddInput(size_t index, AVFilterInOut*& ends) {
     const std::string shape = "sample_fmt=fltp:sample_rate=" + std::to_string(m_shape.rate) +
                               ":channel_layout=" + m_shape.layout + ":time_base=1/" +
                               std::to_string(m_shape.rate);
+    const std::string name = "in" + std::to_string(index);
+    const int code = avfilter_graph_create_filter(&m_inputs[index], avfilter_get_by_name("abuffer"),
+                                                  name.c_str(), shape.c_str(), nullptr, m_graph.get());
+    AVFilterInOut* end = avfilter_inout_alloc();
+    if (end) *end = {av_strdup(name.c_str()), m_inputs[index], 0, std::exchange(ends, end)};
+    return end ? code : AVERROR(ENOMEM);
+}
+
+void JoinedSound::Build(const SoundForm& form, const std::optional<Music>& music) {
     AVFilterInOut* outputs = nullptr; // the open ends of the text are fed by these
     int code = 0;
-    for (size_t index = 0; index < m_parts.size() && code >= 0; ++index) {
-        if (!m_parts[index].clip->sound) continue;
-        const std::string name = "in" + std::to_string(index);
-        code = avfilter_graph_create_filter(&m_inputs[index], avfilter_get_by_name("abuffer"), name.c_str(),
-                                            shape.c_str(), nullptr, m_graph.get());
-        AVFilterInOut* end = avfilter_inout_alloc();
-        if (!end) code = AVERROR(ENOMEM);
-        if (code < 0) break;
-        *end = {av_strdup(name.c_str()), m_inputs[index], 0, outputs};
-        outputs = end;
-    }
+    for (size_t index = 0; index < m_inputs.size() && code >= 0; ++index)
+        if (index < m_parts.size() ? m_parts[index].clip->sound.has_value() : music.has_value())
+            code = AddInput(index, outputs);
     if (code >= 0)
         code = avfilter_graph_create_filter(&m_output, avfilter_get_by_name("abuffersink"), "out", nullptr,
                                             nullptr, m_graph.get());
@@ -90,7 +117,8 @@ void JoinedSound::Build(const SoundForm& form) {
     if (!inputs) code = AVERROR(ENOMEM);
     if (code >= 0) {
         *inputs = {av_strdup("out"), m_output, 0, nullptr};
-        code = avfilter_graph_parse_ptr(m_graph.get(), Describe(form).c_str(), &inputs, &outputs, nullptr);
+        code = avfilter_graph_parse_ptr(m_graph.get(), Describe(form, music).c_str(), &inputs, &outputs,
+                                        nullptr);
     }
     avfilter_inout_free(&outputs);
     avfilter_inout_free(&inputs);
@@ -129,31 +157,40 @@ AVFramePtr JoinedSound::Read() {
 DamageReport JoinedSound::Damage() const {
     DamageReport all = m_damage;
     if (m_reader) all.Add(m_reader->Damage());
+    if (m_music) all.Add(m_music->Damage());
     return all;
 }
 
-// Gives samples to the part that waits for them: parts come to an end in order, so it is never one before the
-// part that is read.
+// The input that waits for samples: parts come to an end in order, so it is never one before the part that is
+// read.
+size_t JoinedSound::WaitingInput() const {
+    const auto first = m_inputs.begin() + static_cast<ptrdiff_t>(m_reading);
+    auto found = std::find_if(first, m_inputs.end(), [](AVFilterContext* input) {
+        return input && av_buffersrc_get_nb_failed_requests(input) > 0;
+    });
+    if (found == m_inputs.end()) found = std::find_if(first, m_inputs.end(), std::identity());
+    if (found == m_inputs.end()) Require(AVERROR_BUG);
+    return static_cast<size_t>(found - m_inputs.begin());
+}
+
+// Null at the input's end.
+void JoinedSound::Give(size_t input, AVFrame* sound) {
+    const bool last = !sound;
+    const int code = av_buffersrc_add_frame(m_inputs[input], sound);
+    if (code != AVERROR_EOF) Require(code);
+    if (last || code == AVERROR_EOF) m_inputs[input] = nullptr; // cut at its length, or read to its end
+}
+
 void JoinedSound::Feed() {
-    size_t waiting = m_reading;
-    while (waiting < m_inputs.size() &&
-           !(m_inputs[waiting] && av_buffersrc_get_nb_failed_requests(m_inputs[waiting]) > 0))
-        ++waiting;
-    if (waiting == m_inputs.size()) {
-        for (waiting = m_reading; waiting < m_inputs.size() && !m_inputs[waiting];) ++waiting;
-        if (waiting == m_inputs.size()) Require(AVERROR_BUG);
-    }
+    const size_t waiting = WaitingInput();
+    if (waiting == m_parts.size()) return Give(waiting, m_music->Next().get());
     if (!m_reader || waiting != m_reading) {
         const ClipScan& clip = *m_parts[waiting].clip;
         if (m_reader) m_damage.Add(m_reader->Damage());
         m_reader = std::make_unique<SoundReader>(SoundRequest{clip.request, clip.start, m_shape}, m_cancel);
         m_reading = waiting;
     }
-    AVFramePtr sound = m_reader->Next();
-    const bool last = !sound;
-    const int code = av_buffersrc_add_frame(m_inputs[waiting], sound.get());
-    if (code != AVERROR_EOF) Require(code);
-    if (last || code == AVERROR_EOF) m_inputs[waiting] = nullptr; // cut at its length, or read to its end
+    Give(waiting, m_reader->Next().get());
 }
 
 } // namespace aveffect

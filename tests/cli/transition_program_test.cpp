@@ -1,4 +1,7 @@
 // The program makes clips of transitions, and says what is wrong when it can't.
+#include <algorithm>
+#include <cstring>
+
 #include <nlohmann/json.hpp>
 
 #include "host/effects/transition_frame.h"
@@ -14,6 +17,12 @@ protected:
     TransitionProgram() {
         MakeStill("a.png", "ff0000");
         MakeStill("b.png", "0000ff");
+    }
+    std::vector<float> Sound(const std::string& name) const {
+        const std::string bytes = Ffmpeg({"-i", name, "-f", "f32le", "-ac", "1", "-"});
+        std::vector<float> sound(bytes.size() / sizeof(float));
+        std::memcpy(sound.data(), bytes.data(), sound.size() * sizeof(float));
+        return sound;
     }
     void Run(const Strings& arguments) const {
         const Outcome outcome = Aveffect(arguments);
@@ -58,6 +67,80 @@ TEST_F(TransitionProgram, SheetHasARowForEachTransition) {
                           clip.substr(((2 * column + 1) * 60 + y) * 80 * 3, 80 * 3))
                     << name << " " << column << " " << y;
     }
+}
+
+TEST_F(TransitionProgram, ASlideShowWithMusicIsOneCommand) {
+    MakeStill("c@3.png", "00ff00"); // a name of its own, no duration
+    Ffmpeg({"-f", "lavfi", "-i", "sine=f=480:r=48000:d=0.5", "-c:a", "pcm_f32le", "music.wav"});
+    Run({"join",
+         "a.png",
+         "b.png@1",
+         "c@3.png",
+         "c@3.png@0.4",
+         "b.png",
+         "a.png",
+         "out.mkv",
+         "-e",
+         "crossfade",
+         "-e",
+         "clock@0.4",
+         "-e",
+         "cut",
+         "-e",
+         "roll",
+         "-e",
+         "push",
+         "--duration",
+         "0.2",
+         "--picture-duration",
+         "0.8",
+         "--music",
+         "music.wav",
+         "--music-fade-in",
+         "0.5",
+         "--music-fade-out",
+         "1",
+         "--music-volume",
+         "50%",
+         "--codec",
+         "ffv1",
+         "--audio-codec",
+         "pcm_f32le"});
+    // Pictures at 25 a second; each begins before the end of the one before it.
+    constexpr int kPictures[] = {20, 25, 20, 10, 20, 20}, kShared[] = {5, 10, 0, 5, 5, 0};
+    const std::string film = Pixels("out.mkv"),
+                      kinds[] = {"a.png", "b.png", "c@3.png", "c@3.png", "b.png", "a.png"};
+    const size_t picture = Pixels("a.png").size();
+    int begin = 0, shared = 0;
+    for (size_t part = 0; part < 6; ++part) {
+        const std::string alone = Pixels(kinds[part]);
+        for (int index = begin + shared; index < begin + kPictures[part] - kShared[part]; ++index)
+            ASSERT_EQ(film.substr(static_cast<size_t>(index) * picture, picture), alone)
+                << part << " " << index;
+        shared = kShared[part];
+        begin += kPictures[part] - shared;
+    }
+    ASSERT_EQ(film.size(), static_cast<size_t>(begin) * picture);
+    const std::vector<float> music = Sound("music.wav"), heard = Sound("out.mkv");
+    const size_t length = static_cast<size_t>(begin) * 1920;
+    ASSERT_EQ(heard.size(), length);
+    for (size_t at = 0; at < length; ++at) {
+        const double in = std::min(1.0, static_cast<double>(at) / 24000);
+        const double out = std::min(1.0, static_cast<double>(length - at) / 48000);
+        ASSERT_NEAR(heard[at], music[at % music.size()] * 0.5 * in * out, 1e-5) << at;
+    }
+}
+
+TEST_F(TransitionProgram, StraightCutsAreExact) {
+    Ffmpeg({"-f", "lavfi", "-i", "testsrc2=s=64x48:d=1", "-f", "lavfi", "-i", "sine=r=48000:d=1", "-c:v",
+            "ffv1", "-pix_fmt", "yuv420p", "-c:a", "pcm_f32le", "in.mkv"});
+    Run({"join", "in.mkv", "in.mkv@0.4", "out.mkv", "--duration", "0", "--codec", "ffv1", "--audio-codec",
+         "pcm_f32le"});
+    const std::string pixels = Pixels("in.mkv");
+    EXPECT_EQ(Pixels("out.mkv"), pixels + pixels.substr(0, pixels.size() / 25 * 10));
+    std::vector<float> sound = Sound("in.mkv");
+    sound.insert(sound.end(), sound.begin(), sound.begin() + 10 * 1920);
+    EXPECT_EQ(Sound("out.mkv"), sound);
 }
 
 TEST_F(TransitionProgram, JoinShowsProgress) {
@@ -118,7 +201,18 @@ TEST_F(TransitionProgram, WhatIsWrongIsSaidInOneLine) {
         {2,
          {"join", "a.png", "o.mkv", "-e", "EffectNameMkFade"},
          "join takes two clips or more and the output"},
-        {2, {"join", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade"}, "a.png is a single picture"},
+        {2, {"join", "a.png", "b.png", "o.mkv"}, "join needs a transition: -e NAME, or -e cut"},
+        {2,
+         {"join", "a.png", "b.png", "o.mkv", "-e", "cut", "-e", "roll"},
+         "2 clips have 1 seam, but 2 transitions"},
+        {2, {"join", "a.png", "b.png@0", "o.mkv", "-e", "cut"}, "b.png@ takes a time above 0"},
+        {2,
+         {"join", "a.png", "b.png@1", "o.mkv", "-e", "roll@2"},
+         "b.png lasts 1 s, too short for a transition of 2 s"},
+        {3, {"join", "a.png", "b.png", "o.mkv", "-e", "cut", "--music", "a.png"}, "a.png has no sound"},
+        {2,
+         {"join", "a.png", "b.png", "o.mkv", "-e", "cut", "--music", "sound.wav", "--music-fade-in", "7"},
+         "the music can't fade for 7 s: the film lasts 6 s"},
         {2, {"render", "a.png", "o.png", "-e", "EffectNameMkFade"}, "crossfade needs EffectPropVFPath1"},
         {3,
          {"frame", "a.png", "o.png", "-e",

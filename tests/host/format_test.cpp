@@ -36,7 +36,6 @@ protected:
     aveffect::FilmOptions Film(const std::string& output, const std::string& codec, bool sdr) const {
         aveffect::FilmOptions film;
         film.output = m_directory / output;
-        film.transition = "EffectNameMkFade";
         film.videoCodec = codec;
         film.sdr = sdr;
         film.overwrite = true;
@@ -47,8 +46,8 @@ protected:
                      bool sdr = false) {
         aveffect::JoinOptions options;
         options.film = Film(output, codec, sdr);
-        options.clips = {input, input};
-        options.durationMs = 80;
+        options.clips = {{input}, {input}};
+        options.seams = {{"EffectNameMkFade", 80}};
         aveffect::RenderJoin(clips::ThePlugin(), options, Listener(), m_cancel);
         return options.film.output;
     }
@@ -57,6 +56,7 @@ protected:
         aveffect::TransitionOptions options;
         options.film = Film(output, codec, sdr);
         options.first = options.second = input;
+        options.transition = "EffectNameMkFade";
         options.durationMs = 80;
         options.live = live;
         aveffect::RenderTransition(clips::ThePlugin(), options, Listener(), m_cancel);

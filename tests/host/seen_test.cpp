@@ -250,7 +250,7 @@ TEST_F(AsSeen, ColoursAreThoseThatPicturesSay) {
         const std::string a = Path(first + ".mkv"), b = Path(second + ".mkv"), pair = first + ", " + second;
         aveffect::TransitionOptions still;
         still.film.output = Path("still.mp4");
-        still.film.transition = "EffectNameMkFade";
+        still.transition = "EffectNameMkFade";
         still.first = a;
         still.second = b;
         still.film.overwrite = true;
@@ -310,10 +310,9 @@ TEST_F(AsSeen, PrimariesAreBroughtToThoseOfTheFirst) {
     EXPECT_TRUE(IsGreen(Colour("views.mkv", 48), kOff));
     aveffect::JoinOptions join;
     join.film.output = Path("joined.mkv");
-    join.film.transition = "EffectNameMkFade";
     join.film.videoCodec = "ffv1";
-    join.clips = {Path("usual.mkv"), wide};
-    join.durationMs = 40;
+    join.clips = {{Path("usual.mkv")}, {wide}};
+    join.seams = {{"EffectNameMkFade", 40}};
     aveffect::RenderJoin(clips::ThePlugin(), join, {}, kGoOn);
     Ffmpeg("-i " + Path("joined.mkv") + " -vf reverse -c:v ffv1", "end.mkv");
     EXPECT_TRUE(IsGreen(Colour("end.mkv"), kOff));

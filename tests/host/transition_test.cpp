@@ -30,18 +30,18 @@ protected:
         if (hertz) inputs += " -f lavfi -i sine=f=" + std::to_string(hertz) + ":r=44100" + length;
         return Ffmpeg(inputs + " -c:v ffv1 -pix_fmt yuv420p -c:a pcm_s16le " + more, name);
     }
-    static aveffect::FilmOptions Film(const std::string& output, const std::string& transition) {
+    static aveffect::FilmOptions Film(const std::string& output) {
         aveffect::FilmOptions film;
         film.output = output;
-        film.transition = transition;
         film.videoCodec = "ffv1";
         film.audioCodec = "flac";
         return film;
     }
     /// Joins clips and returns the output's path.
     std::string Join(const std::vector<std::string>& inputs, int64_t durationMs) {
-        const aveffect::JoinOptions options{Film(m_directory / "joined.mkv", "EffectNameMkFade"), inputs,
-                                            durationMs};
+        aveffect::JoinOptions options{
+            Film(m_directory / "joined.mkv"), {}, {{"EffectNameMkFade", durationMs}}};
+        for (const std::string& input : inputs) options.clips.push_back({input});
         aveffect::RenderJoin(clips::ThePlugin(), options, {}, kGoOn);
         return options.film.output;
     }
@@ -97,7 +97,7 @@ TEST_F(Transitions, StillPicturesFadeInTheirTime) {
     const std::string first = Ffmpeg("-f lavfi -i testsrc2=s=64x48 -frames:v 1 -pix_fmt rgb24", "a.png");
     const std::string second =
         Ffmpeg("-f lavfi -i gradients=s=64x48:c0=red:c1=blue -frames:v 1 -pix_fmt rgb24", "b.png");
-    aveffect::TransitionOptions options{Film(m_directory / "out.mkv", "EffectNameMkFade"), first, second};
+    aveffect::TransitionOptions options{Film(m_directory / "out.mkv"), "EffectNameMkFade", first, second};
     options.durationMs = 1000;
     options.startMs = 200;
     options.holdBeforeMs = 300;
@@ -127,7 +127,7 @@ TEST_F(Transitions, PicturesAreFittedTurnedAndChosenByStream) {
         "two.mp4");
     Ffmpeg("-i " + two + " -map 0 -c copy -metadata:s:v:1 rotate=90", "turned.mp4");
     const std::string first = Ffmpeg("-f lavfi -i color=red:s=50x40 -frames:v 1", "a.png");
-    aveffect::TransitionOptions options{Film(m_directory / "out.mkv", "EffectNameMkRoll"), first,
+    aveffect::TransitionOptions options{Film(m_directory / "out.mkv"), "EffectNameMkRoll", first,
                                         m_directory / "turned.mp4?vstreamid=1"};
     options.size = aveffect::PictureSize{60, 60};
     options.holdAfterMs = 40;
@@ -192,7 +192,7 @@ TEST_F(Transitions, LiveClipsPlayFromTheirBeginnings) {
     const std::string ramp = "-f lavfi -i color=s=32x32:r=25:d=2,format=yuv420p,geq=lum=20+4*N:cb=128:cr=128 "
                              "-f lavfi -i sine=d=2 -c:v ffv1 -c:a pcm_s16le";
     const std::string clip = Ffmpeg(ramp, "a.mkv");
-    aveffect::TransitionOptions options{Film(m_directory / "out.mkv", "EffectNameMkLeftRightMove"), clip,
+    aveffect::TransitionOptions options{Film(m_directory / "out.mkv"), "EffectNameMkLeftRightMove", clip,
                                         clip};
     options.live = true;
     options.durationMs = 800;
@@ -221,7 +221,7 @@ TEST_F(Transitions, WhatCannotBeShownIsSaid) {
         Ffmpeg("-f lavfi -i sine=d=9 -itsoffset 8 -f lavfi -i color=s=32x32:d=1 -map 0 -map 1 "
                "-c:a pcm_s16le -c:v ffv1",
                "late.mkv");
-    aveffect::TransitionOptions options{Film(m_directory / "out.mkv", "EffectNameMkFade"), clip, late};
+    aveffect::TransitionOptions options{Film(m_directory / "out.mkv"), "EffectNameMkFade", clip, late};
     EXPECT_EQ(Failure(options, ErrorKind::Input), late + " has no picture among its first 30 items");
     options.second = m_directory / "none.png";
     EXPECT_EQ(Failure(options, ErrorKind::Input), options.second + ": no such file");
@@ -230,7 +230,7 @@ TEST_F(Transitions, WhatCannotBeShownIsSaid) {
     EXPECT_EQ(Failure(options, ErrorKind::Usage), clip + " lasts 0.4 s, but 1 s of it are asked for");
     options.durationMs = 10;
     EXPECT_NE(Failure(options, ErrorKind::Usage).find("a picture lasts 0.04 s"), std::string::npos);
-    options.film.transition = "invert";
+    options.transition = "invert";
     const std::string text = Failure(options, ErrorKind::Usage);
     EXPECT_NE(text.find("crossfade, "), std::string::npos) << text;
     const auto middle = clips::FailureOf([&] { Join({clip, clip, clip}, 400); });
