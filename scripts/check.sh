@@ -10,7 +10,7 @@ echo "== arrows"
 scripts/arrows.sh
 
 echo "== lint"
-# The fuzz targets have their compile commands from their replays. The rooms of tests left out here have not been read yet.
+# The fuzz targets have their compile commands from their replays.
 git ls-files '*.cpp' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
 
 echo "== clang"
