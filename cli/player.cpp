@@ -11,7 +11,6 @@
 #include <SDL.h>
 
 #include "host/jobs/playback.h"
-#include "host/picture/orientation.h"
 #include "host/support/reporter.h"
 
 namespace aveffect {
@@ -57,7 +56,8 @@ struct Sdl {
 /// Shows pictures, the shape of their pixels respected.
 class Screen {
 public:
-    void Show(const AVFrame& picture) {
+    void Show(const AVFrame& picture, double pixelAspect) {
+        m_aspect = pixelAspect;
         if (!m_window) Open(picture);
         if (picture.width != m_width || picture.height != m_height) MakeTexture(picture);
         SDL_UpdateTexture(m_texture.get(), nullptr, picture.data[0], picture.linesize[0]);
@@ -95,7 +95,6 @@ private:
         constexpr double kShareOfDesktop = 0.9;
         SDL_Rect desktop = {0, 0, picture.width, picture.height};
         SDL_GetDisplayUsableBounds(0, &desktop);
-        m_aspect = PixelAspect(picture);
         const double width = picture.width * m_aspect, height = picture.height;
         const double scale =
             std::min({1.0, kShareOfDesktop * desktop.w / width, kShareOfDesktop * desktop.h / height});
@@ -108,7 +107,6 @@ private:
     }
 
     void MakeTexture(const AVFrame& picture) {
-        m_aspect = PixelAspect(picture);
         m_width = picture.width;
         m_height = picture.height;
         m_texture.reset(SDL_CreateTexture(m_renderer.get(), SDL_PIXELFORMAT_ARGB8888,
@@ -311,7 +309,7 @@ private:
         if (!m_next || (!m_begins && !m_steps && (m_paused || m_next->timeMs > now))) {
             if (m_next || m_playback->Ended()) SDL_WaitEventTimeout(nullptr, kWaitMs);
         } else {
-            m_screen.Show(*m_next->picture);
+            m_screen.Show(*m_next->picture, m_next->pixelAspect);
             m_shownUntil = m_next->endMs;
             m_next.reset();
             m_steps = false;

@@ -83,7 +83,7 @@ private:
             const int64_t begin =
                 av_rescale_q(m_span.Start() + item->picture->pts, base, kMilliseconds) - m_fromMs;
             const int64_t length = av_rescale_q(item->picture->pkt_duration, base, kMilliseconds);
-            PlayedPicture made{nullptr, begin, begin + length};
+            PlayedPicture made{nullptr, 1, begin, begin + length};
             if (made.endMs < m_skipTo && IsLate()) continue;
             AVFramePtr second;
             if (m_right) second = m_right->At({m_span.Start() + item->picture->pts, base});
@@ -93,6 +93,7 @@ private:
             made.picture = m_toShow.Convert(picture.get());
             if (!made.picture)
                 throw Error(ErrorKind::Output, "a picture can't be shown: " + m_toShow.Error());
+            made.pixelAspect = PixelAspect(*made.picture);
             ++m_pictures;
             if (!m_made.Push(std::move(made), 1)) return;
         }

@@ -11,6 +11,7 @@ namespace aveffect {
 /// What is shown at a moment.
 struct PlayedPicture {
     mediabridge::AVFramePtr picture; ///< BGRA, upright
+    double pixelAspect = 1;          ///< width of a pixel to its height
     int64_t timeMs = 0;              ///< from the start of what is played
     int64_t endMs = 0;               ///< when the next one follows
 };

@@ -177,13 +177,12 @@ TEST_F(Spans, AreExactToThePicture) {
 }
 
 TEST_F(Spans, OutsideTheClipAreRefused) {
-    const auto beyond = clips::FailureOf([&] { Cut(4000, {}, {}); });
-    EXPECT_EQ(beyond.kind, aveffect::ErrorKind::Usage);
-    EXPECT_NE(beyond.text.find("4 s"), std::string::npos) << beyond.text;
-    EXPECT_EQ(clips::FailureOf([&] { Cut(2000, 2000, {}); }).kind, aveffect::ErrorKind::Usage);
-    const auto between = clips::FailureOf([&] { Cut(2001, 2002, {}); });
-    EXPECT_EQ(between.kind, aveffect::ErrorKind::Usage);
-    EXPECT_NE(between.text.find("no picture"), std::string::npos) << between.text;
+    const auto expect = [this](int64_t from, std::optional<int64_t> to, const char* text) {
+        clips::ExpectFailure(clips::FailureOf([&] { Cut(from, to, {}); }), aveffect::ErrorKind::Usage, text);
+    };
+    expect(4000, {}, "4 s");
+    expect(2000, 2000, "2 s");
+    expect(2001, 2002, "no picture");
     EXPECT_EQ(m_directory.Entries(), std::vector<std::string>{"in.mp4"});
 }
 

@@ -49,8 +49,7 @@ protected:
         const auto before = m_directory.Entries();
         const auto failure =
             clips::FailureOf([&] { aveffect::RenderTransition(clips::ThePlugin(), options, {}, kGoOn); });
-        EXPECT_TRUE(failure.failed);
-        EXPECT_EQ(failure.kind, kind);
+        clips::ExpectFailure(failure, kind, "");
         EXPECT_EQ(m_directory.Entries(), before);
         return failure.text;
     }
