@@ -74,6 +74,8 @@ void AddSpan(CLI::App& app, RenderCommand& command) {
 }
 
 void AddCodecs(CLI::App& app, RenderCommand& command) {
+    AddFramingOptions(app, command.framing);
+    AddRateOption(app, command.fps);
     AddEncoderOptions(app, command.encoder,
                       "Sound encoder or codec, the input's own or aac if not given; without it and -a, sound "
                       "is copied as it is");
@@ -92,6 +94,7 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
     AddProgressOption(*render, command.progress);
     render->footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e gray "
                                "-e brightness-contrast/punchy --from 0:05 --to 0:15\n"
+                               "  aveffect render wide.mp4 short.mp4 --size 1080x1920 --fit cover\n"
                                "  aveffect render in.mp4 out.mp4 -a volume/half\n"
                                "  aveffect render in.wav out.flac -a volume:audio_volume=80%\n\n") +
                    kExitCodeHelp);
@@ -103,6 +106,7 @@ CLI::App* AddFrame(CLI::App& app, FrameCommand& command) {
     AddFiles(*frame, command.media);
     AddMediaOptions(*frame, command.media);
     AddStereoOptions(*frame, command.stereo);
+    AddFramingOptions(*frame, command.framing);
     AddQualityOptions(*frame, command.quality);
     frame
         ->add_option("--at", command.at,
@@ -266,6 +270,8 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
     }
     if (command.frames) options.frameLimit = WholeOption("--frames", *command.frames, 1);
     TakeEncoder(command.encoder, options);
+    TakeFraming(command.framing, options);
+    TakeRate(command.fps, options);
     options.streams = MakeStreamSelection(command.media.streams);
     if (!options.streams.sound && !options.audioEffects.empty())
         throw Error(ErrorKind::Usage, "--no-sound leaves nothing for --audio-effect to work on");
@@ -283,6 +289,7 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.atMs = TimeOption("--at", command.at);
     options.streams = MakeStreamSelection(command.media.streams);
     TakeQuality(command.quality, options);
+    TakeFraming(command.framing, options);
     options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
     options.pixelFormat = command.media.pixelFormat;
     options.sdr = command.media.sdr;

@@ -52,6 +52,8 @@ struct RenderCommand {
     std::vector<std::string> audioEffects;
     std::optional<std::string> from, to, frames;
     EncoderArguments encoder;
+    FramingArguments framing;
+    std::optional<std::string> fps;
     ProgressStyle progress = ProgressStyle::Auto;
 };
 
@@ -60,6 +62,7 @@ struct FrameCommand {
     StereoArguments stereo;
     std::string at = "0";
     QualityArguments quality;
+    FramingArguments framing;
 };
 
 /// Many files through the effects of one render, whose input and output are empty.

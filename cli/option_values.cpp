@@ -4,6 +4,7 @@
 #include <numeric>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "host/effects/value_text.h"
 #include "host/support/error.h"
@@ -77,6 +78,64 @@ PictureSize SizeOption(const std::string& value) {
     if (width < 1 || width > kLargest || height < 1 || height > kLargest)
         Refuse("--size", "WIDTHxHEIGHT, each from 1 to 16384 pixels", value);
     return {static_cast<int>(width), static_cast<int>(height)};
+}
+
+namespace {
+
+std::optional<Extent> ParseExtent(std::string_view text) {
+    constexpr double kMost = 16384;
+    const bool percent = text.ends_with('%');
+    const auto number = percent ? ParseReal(text.substr(0, text.size() - 1)) : std::optional<double>();
+    const auto pixels = percent ? std::optional<int64_t>() : ParseWhole(text);
+    if (percent ? !number : !pixels) return std::nullopt;
+    const double value = percent ? *number : static_cast<double>(*pixels);
+    if (value < 0 || value > kMost) return std::nullopt;
+    return Extent{value, percent};
+}
+
+} // namespace
+
+void FramedSizeOption(const std::string& value, Framing& framing) {
+    const std::string_view text = value;
+    const size_t by = text.find_first_of("x:");
+    const bool alone = by == std::string_view::npos;
+    const std::string_view width = text.substr(0, by), height = alone ? text : text.substr(by + 1);
+    framing.width = ParseExtent(width);
+    framing.height = ParseExtent(height);
+    const auto right = [&](const std::optional<Extent>& side, std::string_view written) {
+        return side ? side->value > 0 : written.empty() && !alone && text[by] == ':';
+    };
+    const bool said = framing.width || framing.height;
+    if (!said || !right(framing.width, width) || !right(framing.height, height) ||
+        (alone && !framing.width->percent))
+        Refuse("--size", "WIDTHxHEIGHT, WIDTH:, :HEIGHT or a percentage, each side up to 16384 pixels",
+               value);
+}
+
+Framing::Crop CropOption(const std::string& value) {
+    constexpr char kRule[] = "W:H or W:H:X:Y, in pixels or percent";
+    std::vector<Extent> extents;
+    for (size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+        end = value.find(':', begin);
+        const auto extent = ParseExtent(std::string_view(value).substr(begin, end - begin));
+        if (!extent) Refuse("--crop", kRule, value);
+        extents.push_back(*extent);
+    }
+    constexpr size_t kWithPlace = 4;
+    if (extents.size() != 2 && extents.size() != kWithPlace) Refuse("--crop", kRule, value);
+    Framing::Crop crop{extents[0], extents[1]};
+    if (extents.size() == kWithPlace) {
+        crop.x = extents[2];
+        crop.y = extents[3];
+    }
+    return crop;
+}
+
+Framing::Fit FitOption(const std::string& value) {
+    if (value == "contain") return Framing::Fit::Contain;
+    if (value == "cover") return Framing::Fit::Cover;
+    if (value == "stretch") return Framing::Fit::Stretch;
+    Refuse("--fit", "contain, cover or stretch", value);
 }
 
 PictureRate RateOption(const std::string& value) {

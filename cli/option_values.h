@@ -31,6 +31,12 @@ double VolumeOption(const char* option, const std::string& value);
 /// "640x360": both sides from 1 to 16384 pixels.
 PictureSize SizeOption(const std::string& value);
 
+/// "1080x1920", "1080:" and ":1920" with the other side by the picture's shape, "50%" for both.
+void FramedSizeOption(const std::string& value, Framing& framing);
+/// "W:H" or "W:H:X:Y", in pixels or percent.
+Framing::Crop CropOption(const std::string& value);
+Framing::Fit FitOption(const std::string& value);
+
 /// "25", "29.97" or "30000/1001": above 0 and up to 1000 pictures a second. The usual rates that are
 /// 1000/1001 of a whole number may be rounded to hundredths.
 PictureRate RateOption(const std::string& value);

@@ -48,6 +48,30 @@ void AddQualityOptions(CLI::App& app, QualityArguments& quality) {
         ->allow_extra_args(false);
 }
 
+void AddFramingOptions(CLI::App& app, FramingArguments& framing) {
+    app.add_option("--size", framing.size,
+                   "Size of the pictures: 1080x1920, 1080: or :1920 with the other side by their shape, 50%")
+        ->type_name("SIZE");
+    app.add_option("--fit", framing.fit,
+                   "How pictures of another shape get that size: contain (all of them, background around, if "
+                   "not given), cover (edges cut off) or stretch")
+        ->type_name("HOW");
+    app.add_option("--background", framing.background, "Colour around contained pictures; black if not given")
+        ->type_name("COLOUR");
+    app.add_option(
+           "--crop", framing.crop,
+           "Part of the pictures to keep, before they get a size: width, height and corner, in pixels "
+           "or percent; the middle without a corner")
+        ->type_name("W:H[:X:Y]");
+    app.add_flag("--size-after", framing.after, "Crop and size behind the effects instead of before");
+}
+
+void AddRateOption(CLI::App& app, std::optional<std::string>& rate) {
+    app.add_option("--fps", rate,
+                   "Pictures a second: 25, 29.97, 30000/1001, ...; pictures are shown again or left out")
+        ->type_name("RATE");
+}
+
 void AddEncoderOptions(CLI::App& app, EncoderArguments& encoder, const char* audioCodecHelp) {
     app.add_option(
            "--codec", encoder.codec,
@@ -97,6 +121,21 @@ void TakeQuality(const QualityArguments& quality, OutputOptions& options) {
         (sound ? options.audioEncoderSettings : options.encoderSettings)
             .emplace_back(setting.substr(0, equals), setting.substr(equals + 1));
     }
+}
+
+void TakeFraming(const FramingArguments& framing, OutputOptions& options) {
+    Framing& taken = options.framing;
+    if (framing.size) FramedSizeOption(*framing.size, taken);
+    if (framing.fit) taken.fit = FitOption(*framing.fit);
+    if (framing.crop) taken.crop = CropOption(*framing.crop);
+    taken.background = framing.background;
+    taken.afterEffects = framing.after;
+}
+
+void TakeRate(const std::optional<std::string>& rate, OutputOptions& options) {
+    if (!rate) return;
+    const PictureRate parsed = RateOption(*rate);
+    options.rate = AVRational{parsed.pictures, parsed.seconds};
 }
 
 void TakeEncoder(const EncoderArguments& encoder, OutputOptions& options) {

@@ -133,9 +133,11 @@ int Scaler::FlagsFor(const Shape& shape) const {
     if (m_quality == ScaleQuality::Fastest && !FailsOnFastestWay(source.format, target.format, target.width))
         return (IsTooSmallForFastest(target.format, target.width) ? SWS_BILINEAR : SWS_FAST_BILINEAR) |
                chroma;
-    const bool bicubic = m_quality == ScaleQuality::Bicubic &&
-                         !IsTooSmallForBicubic(source.format, source.width, source.height);
-    return (bicubic ? SWS_BICUBIC : SWS_BILINEAR) | SWS_ACCURATE_RND | chroma |
+    const bool large = !IsTooSmallForBicubic(source.format, source.width, source.height);
+    const int smooth = m_quality == ScaleQuality::Lanczos && large   ? SWS_LANCZOS
+                       : m_quality == ScaleQuality::Bicubic && large ? SWS_BICUBIC
+                                                                     : SWS_BILINEAR;
+    return smooth | SWS_ACCURATE_RND | chroma |
            (TakesChromaAtEveryPixel(target.format) ? SWS_FULL_CHR_H_INT : 0);
 }
 

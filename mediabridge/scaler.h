@@ -7,7 +7,7 @@
 
 namespace mediabridge {
 
-enum class ScaleQuality { Fastest, Bilinear, Bicubic };
+enum class ScaleQuality { Fastest, Bilinear, Bicubic, Lanczos };
 
 /// Converts pictures to one format and size, honouring each picture's colour range and matrix, dithering when
 /// depth is lost; a picture that already has the format, size and range is copied byte for byte. Keeps its

@@ -93,7 +93,7 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
                                       const AVFrame* second) {
     AVFramePtr right;
     if (m_uprightBy) picture = m_upright.Apply(std::move(picture), *m_uprightBy);
-    picture = m_intake.Map(std::move(picture));
+    picture = m_framer.Apply(m_intake.Map(std::move(picture)));
     if (m_pairs && !second) std::tie(picture, right) = m_pairs->Split(*picture);
     if (!m_clip) LearnFrom(*picture);
     const bool standard = !IsHighDynamicRange(*picture);

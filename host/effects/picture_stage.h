@@ -6,6 +6,7 @@
 #include "host/effects/effect_chain.h"
 #include "host/effects/view_pairs.h"
 #include "host/media/media_manager.h"
+#include "host/picture/framing.h"
 #include "host/picture/orientation.h"
 #include "host/picture/picture_intake.h"
 #include "host/picture/transparency.h"
@@ -25,6 +26,9 @@ public:
     /// terms, reporter and pairs outlive the stage.
     PictureStage(EffectChain& chain, MediaManager& media, std::string pixelFormat, const AVStream* uprightBy,
                  IntakeTerms& terms, Reporter& reporter, ViewPairs* pairs = nullptr);
+
+    /// Cuts and scales the pictures before the effects.
+    void Frame(const Framing& framing) { m_framer = Framer(framing); }
 
     /// Turning and effects. Time in milliseconds from the span's start. The second picture is the other
     /// view's, where the first one does not hold both. Throws Error.
@@ -61,6 +65,7 @@ private:
     std::optional<mediabridge::Scaler> m_toWorking;
     PictureIntake m_intake, m_secondIntake;
     Upright m_upright;
+    Framer m_framer;
 };
 
 } // namespace aveffect

@@ -1,5 +1,6 @@
 #include "host/jobs/render_plan.h"
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "host/jobs/sound_render.h"
 #include "host/media/right_clip.h"
 #include "host/media/span.h"
+#include "host/media/steady_pictures.h"
 #include "host/output/still_picture.h"
 #include "host/output/stream_mapping.h"
 #include "host/picture/light_metadata.h"
@@ -23,25 +25,50 @@ using mediabridge::AVFramePtr;
 
 unsigned WeightOf(const SpanItem& item) { return item.picture ? kPictureWeight : kPacketWeight; }
 
+// Where a rate is asked for, a number of its pictures is a time; one picture more of the clip's makes sure
+// that none is missing.
+std::optional<int64_t> EndOf(const RenderOptions& options, const Source& source) {
+    if (!options.rate || !options.frameLimit) return options.toMs;
+    const auto lastMs = [](int64_t pictures, AVRational rate) {
+        return av_rescale_q_rnd(pictures, av_inv_q(rate), kMilliseconds, AV_ROUND_UP);
+    };
+    const int64_t to = options.fromMs.value_or(0) + lastMs(*options.frameLimit, *options.rate) +
+                       lastMs(1, source.FrameRate());
+    return std::min(to, options.toMs.value_or(to));
+}
+
 /// The part of a clip that is rendered, and the right view's clip beside it.
 struct ClipInput {
     ClipInput(const RenderPlan& plan, Reporter& reporter, const std::atomic<bool>& cancel)
         : request(RequestOf(plan.options))
         , source(request, plan.output.IsStill() ? Source::Others::None : Source::Others::Copied,
                  plan.options.threads, cancel)
-        , limits{plan.options.fromMs, plan.options.toMs, plan.options.frameLimit}
-        , span(source, limits) {
+        , limits{plan.options.fromMs, EndOf(plan.options, source),
+                 plan.options.rate ? std::nullopt : plan.options.frameLimit}
+        , span(source, limits)
+        , rate(plan.options.rate)
+        , frameLimit(plan.options.frameLimit) {
+        if (rate) steady.emplace([this] { return Read(); }, source.Pictures().time_base, *rate, frameLimit);
         if (!plan.options.stereo.right.empty())
             right = std::make_unique<RightClip>(plan.options.stereo.right, limits.fromMs,
                                                 plan.options.threads, reporter, cancel);
     }
 
+    std::optional<SpanItem> Next() { return steady ? steady->Next() : Read(); }
+
     // With the right clip's picture of the same moment.
-    std::optional<SpanItem> Next() {
+    std::optional<SpanItem> Read() {
         std::optional<SpanItem> item = span.Next();
         if (item && item->picture && right)
             item->second = right->At({span.Start() + item->picture->pts, source.Pictures().time_base});
         return item;
+    }
+
+    std::optional<int64_t> ExpectedPictures() const {
+        const std::optional<int64_t> length = span.LengthMs();
+        if (!rate || !length) return rate ? frameLimit : span.ExpectedPictures();
+        const int64_t ticks = av_rescale_q(*length, kMilliseconds, av_inv_q(*rate));
+        return std::max<int64_t>(1, std::min(ticks, frameLimit.value_or(ticks)));
     }
 
     DamageReport Damage() const {
@@ -54,6 +81,9 @@ struct ClipInput {
     Source source;
     const SpanLimits limits;
     SpanReader span;
+    const std::optional<AVRational> rate; ///< that is asked for
+    const std::optional<int64_t> frameLimit;
+    std::optional<SteadyPictures> steady;
     std::unique_ptr<RightClip> right;
 };
 
@@ -69,8 +99,10 @@ public:
         , m_input(m_plan, m_reporter, cancel)
         , m_pictures(plugin, TaskOf(m_plan.options), m_input.source, m_input.span.LengthMs(), m_plan.output,
                      m_reporter, cancel)
-        , m_progress(m_reporter, m_input.span.ExpectedPictures()) {
-        m_plan.output.encoder.fieldOrder = m_input.source.Pictures().codecpar->field_order;
+        , m_progress(m_reporter, m_input.ExpectedPictures()) {
+        const bool keepsFields = m_plan.options.framing.Empty() && !m_plan.options.rate;
+        m_plan.output.encoder.fieldOrder =
+            keepsFields ? m_input.source.Pictures().codecpar->field_order : AV_FIELD_PROGRESSIVE;
     }
 
     RenderResult Run() {
@@ -93,7 +125,8 @@ public:
 
 private:
     static PictureTask TaskOf(const RenderOptions& options) {
-        return {options.effects, options.pixelFormat, options.sdr, options.stereo};
+        return {options.effects, options.pixelFormat, options.sdr,
+                options.stereo,  options.framing,     options.rate};
     }
 
     RenderResult Result(int64_t pictures) {
@@ -125,7 +158,7 @@ private:
     }
 
     void RequireOnePicture() {
-        if (m_input.limits.frameLimit == 1) return;
+        if (m_input.frameLimit == 1) return;
         while (const std::optional<SpanItem> item = m_input.span.Next())
             if (item->picture)
                 throw Error(ErrorKind::Usage,
@@ -138,7 +171,8 @@ private:
         m_sound.emplace(SoundBeside(m_plugin, &m_pictures.Media(), m_plan.options,
                                     {m_input.source, m_input.span.Start(), m_pictures.LengthMs()}, m_cancel));
         m_file = OpenOutput({m_plan.output, m_input.source, m_input.limits, m_plan.options.overwrite,
-                             m_pictures.Turned(), m_input.request, *m_sound, m_pictures.Views()},
+                             m_pictures.Turned(), m_input.request, *m_sound, m_pictures.Views(),
+                             m_plan.options.rate},
                             first.get(), m_reporter, m_cancel);
         m_head.push_back({std::move(first), nullptr});
     }

@@ -48,8 +48,10 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     if (source.EndMs() && options.atMs > 0 && options.atMs >= *source.EndMs())
         throw Error(ErrorKind::Usage, SecondsText(options.atMs) + " is beyond the end of " + options.input +
                                           ", which lasts " + SecondsText(*source.EndMs()));
-    PicturePipeline pictures(plugin, {options.effects, options.pixelFormat, options.sdr, options.stereo},
-                             source, source.EndMs(), plan, reporter, cancel);
+    PicturePipeline pictures(
+        plugin,
+        {options.effects, options.pixelFormat, options.sdr, options.stereo, options.framing, std::nullopt},
+        source, source.EndMs(), plan, reporter, cancel);
     pictures.RequireMedia();
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;
     DamageReport damage = source.Damage(1, {}, false);

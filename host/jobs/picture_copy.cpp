@@ -30,6 +30,8 @@ std::string AskedOfPictures(const RenderOptions& options) {
     if (options.quality || options.bitRate) return "--quality or --bitrate";
     if (!options.encoderSettings.empty()) return "--encoder-option";
     if (!options.outputFormat.empty()) return "--output-format";
+    if (!options.framing.Empty()) return "--size or --crop";
+    if (options.rate) return "--fps";
     if (options.sdr) return "--sdr";
     if (options.pixelFormat != "auto") return "--pixel-format";
     if (options.frameLimit) return "--frames";

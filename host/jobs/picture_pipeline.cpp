@@ -7,6 +7,7 @@
 #include "host/effects/media_check.h"
 #include "host/media/span.h"
 #include "host/picture/orientation.h"
+#include "host/support/error.h"
 
 namespace aveffect {
 
@@ -19,11 +20,11 @@ int ToMs(int64_t ticks, AVRational base) {
 }
 
 // Whose word pictures are turned upright by. Null: they stay as they are, and the output hands the word on,
-// which it does where it can and no effect looks at the pictures.
-const AVStream* UprightBy(const Source& source, const OutputPlan& plan, bool effects, Reporter& reporter) {
+// which it does where it can and nothing looks at the pictures.
+const AVStream* UprightBy(const Source& source, const OutputPlan& plan, bool changes, Reporter& reporter) {
     const AVStream& stream = source.Pictures();
     const int32_t* matrix = DisplayMatrix(stream);
-    if (matrix && !effects && plan.CarriesRotation()) return nullptr;
+    if (matrix && !changes && plan.CarriesRotation()) return nullptr;
     if (matrix && !TurnFilter(matrix) && !plan.CarriesRotation())
         reporter.Warn("the clip is shown at an angle, which ." + plan.Kind() +
                       " files can't say; it is lost");
@@ -50,6 +51,14 @@ std::unique_ptr<ViewPairs> PairsFor(const Plugin& plugin, MediaManager* manager,
     return std::make_unique<ViewPairs>(plugin, manager, effects, lengthMs, options);
 }
 
+void RequireFraming(const PictureTask& task) {
+    CheckFraming(task.framing);
+    if ((task.framing.fit || task.framing.background) && !task.framing.Resizes())
+        throw Error(ErrorKind::Usage, "--fit and --background go with --size");
+    if (task.stereo.TwoViews() && !task.framing.Empty() && !task.framing.afterEffects)
+        throw Error(ErrorKind::Usage, "two views get a size behind their effects only: add --size-after");
+}
+
 } // namespace
 
 PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, const Source& source,
@@ -58,15 +67,26 @@ PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, 
     : m_task(task)
     , m_plan(plan)
     , m_reporter(reporter)
-    , m_base(source.Pictures().time_base)
+    , m_base(task.rate ? av_inv_q(*task.rate) : source.Pictures().time_base)
     , m_terms(task.sdr, reporter)
     , m_media(&cancel)
     , m_length(EffectLength(lengthMs, source, reporter))
     , m_chain(plugin, &m_media, task.effects, m_length)
     , m_pairs(PairsFor(plugin, &m_media, task.effects, m_length, task.stereo))
-    , m_stage(m_chain, m_media, task.pixelFormat, UprightBy(source, plan, !task.effects.empty(), reporter),
-              m_terms, reporter, m_pairs.get()) {
+    , m_stage(m_chain, m_media, task.pixelFormat,
+              UprightBy(source, plan, !task.effects.empty() || !task.framing.Empty(), reporter), m_terms,
+              reporter, m_pairs.get()) {
     m_media.TakeOn(m_terms);
+    RequireFraming(task);
+    if (task.framing.afterEffects)
+        m_framer = Framer(task.framing);
+    else
+        m_stage.Frame(task.framing);
+}
+
+std::optional<Presentation> PicturePipeline::Views() const {
+    const std::optional<Presentation> views = m_chain.Views();
+    return !views && Framer(m_task.framing).Reshapes() ? Presentation{} : views;
 }
 
 void PicturePipeline::RequireMedia() { RequirePictures(m_media, m_task.effects); }
@@ -78,6 +98,7 @@ AVFramePtr PicturePipeline::ApplyEffects(AVFramePtr picture, const AVFrame* seco
 }
 
 AVFramePtr PicturePipeline::ForEncoder(AVFramePtr picture) {
+    picture = m_framer.Apply(std::move(picture));
     if (!m_output) m_output.emplace(m_plan, m_stage.Origin(), *picture, m_terms, m_reporter);
     return m_output->Convert(std::move(picture));
 }

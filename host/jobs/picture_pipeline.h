@@ -20,6 +20,8 @@ struct PictureTask {
     const std::string& pixelFormat;
     bool sdr;
     const StereoOptions& stereo;
+    const Framing& framing;
+    std::optional<AVRational> rate; ///< at which they come; absent: at their own times
 };
 
 /// Effects, and the form in which an encoder takes what they give. Used by one thread at a time.
@@ -34,8 +36,8 @@ public:
     /// Refuses what the effects name and can't be read as pictures. Throws Error.
     void RequireMedia();
 
-    /// Turning and effects; pts and pkt_duration in the source's base, from the span's start. The second
-    /// picture is the other view's, where there is one. Throws Error.
+    /// Turning and effects; pts and pkt_duration in the source's base, or in ticks of the rate, from the
+    /// span's start. The second picture is the other view's, where there is one. Throws Error.
     mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, const AVFrame* second);
 
     /// Into the encoder's format and size. The first picture decides for all. Throws Error.
@@ -51,7 +53,7 @@ public:
     /// Whether the last picture was turned.
     bool Turned() const noexcept { return m_stage.Turned(); }
     /// How the pictures hold two views, where effects made them so.
-    std::optional<Presentation> Views() const { return m_chain.Views(); }
+    std::optional<Presentation> Views() const;
 
 private:
     const PictureTask m_task;
@@ -64,6 +66,7 @@ private:
     EffectChain m_chain;
     std::unique_ptr<ViewPairs> m_pairs;
     PictureStage m_stage;
+    Framer m_framer; ///< behind the effects
     std::optional<PictureOutput> m_output;
 };
 

@@ -270,6 +270,7 @@ void RequireSoundOptions(const RenderOptions& options, const OutputPlan& plan) {
     };
     if (!options.effects.empty()) refuse("the effect " + options.effects.front().name);
     if (options.frameLimit) refuse("--frames");
+    if (!options.framing.Empty() || options.rate) refuse("--size, --crop or --fps");
     if (options.stereo.TwoViews()) refuse("two views");
     if (!options.videoCodec.empty() || options.crf || !options.preset.empty())
         refuse("--codec, --crf or --preset");

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/output/encoder_settings.h"
+#include "host/picture/framing.h"
 
 namespace aveffect {
 
@@ -18,7 +19,9 @@ struct OutputOptions {
     std::string preset;                                    ///< encoder preset; empty: the encoder's own
     std::string outputFormat; ///< pixel format of the output; empty: what suits codec and clip
     unsigned threads = 0;     ///< of each decoder and of the encoder; 0: as many as there are processors
-    bool sdr = false;         ///< PQ and HLG are brought to BT.709 of standard range
+    Framing framing = {};     ///< of the pictures
+    std::optional<AVRational> rate; ///< pictures a second; absent: those that there are
+    bool sdr = false;               ///< PQ and HLG are brought to BT.709 of standard range
     bool overwrite = false;
 };
 

@@ -83,10 +83,13 @@ void StreamMapper::MapPictures(const AVFrame* sample) {
     const AVStream& source = m_clip.source.Pictures();
     AVStream* stream = nullptr;
     if (sample) {
-        const OutputClock::Rate rate = ClipRate(m_clip.source, m_clip.plan);
-        stream = &m_output.AddPictures(*sample, {source.time_base, rate});
-        if (m_clip.plan.NeedsConstantRate() && m_clip.source.IsConstantRate())
-            SayRate(m_clip.plan, m_clip.source.FrameRate(), rate.picturesPerSecond, m_reporter);
+        const std::optional<AVRational> asked = m_clip.rate;
+        const OutputClock::Rate rate = asked ? OutputClock::Rate{NearestRate(m_clip.plan, *asked), true}
+                                             : ClipRate(m_clip.source, m_clip.plan);
+        stream = &m_output.AddPictures(*sample, {asked ? av_inv_q(*asked) : source.time_base, rate});
+        if (asked || (m_clip.plan.NeedsConstantRate() && m_clip.source.IsConstantRate()))
+            SayRate(m_clip.plan, asked.value_or(m_clip.source.FrameRate()), rate.picturesPerSecond,
+                    m_reporter);
     } else {
         stream = &m_output.AddCopiedPictures(source);
     }

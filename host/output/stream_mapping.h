@@ -41,6 +41,7 @@ struct ClipMapping {
     const SourceRequest& request;           ///< of the source
     const SoundPlan& sound;                 ///< what becomes of the sound
     std::optional<Presentation> views = {}; ///< how they hold two views; absent: as the input says
+    std::optional<AVRational> rate = {};    ///< the pictures' own, whose ticks their times count
 };
 
 /// An output with the clip's streams, tags and chapters, started. Its pictures look like the sample and come

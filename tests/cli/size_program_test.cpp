@@ -1,0 +1,132 @@
+// The program's options on what is taken of inputs, how large pictures become, and how good.
+#include "tests/cli/program.h"
+
+namespace {
+
+using test::IsOneMessage;
+using test::Outcome;
+using Strings = std::vector<std::string>;
+
+class SizeProgram : public test::ProgramTest {
+protected:
+    /// Renders into a file of that name, and gives its pictures.
+    std::string Made(const std::string& input, const std::string& output, Strings options) const {
+        options.insert(options.begin(), {"render", input, output});
+        const Outcome outcome = Aveffect(options);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+        return Pixels(output);
+    }
+};
+
+/// A pixel of a picture that wide, as letters for the colours that the tests use.
+char At(const std::string& pixels, size_t width, size_t x, size_t y) {
+    const size_t at = (y * width + x) * 3;
+    if (at + 2 >= pixels.size()) return '?';
+    const auto is = [&](size_t channel) { return static_cast<unsigned char>(pixels[at + channel]) > 128; };
+    return is(0) ? 'r' : is(1) ? 'g' : is(2) ? 'b' : '-';
+}
+
+// Left half red, right half blue.
+TEST_F(SizeProgram, PicturesGetSizes) {
+    Ffmpeg({"-f", "lavfi", "-i", "color=red:s=50x50,format=rgb24,pad=100:50:0:0:blue", "-frames:v", "1",
+            "in.png"});
+    const struct {
+        Strings options;
+        size_t width, height;
+        const char* seen; ///< at the top left, left and right in the middle
+    } cases[] = {
+        {{"--size", "40x40", "--background", "#00ff00"}, 40, 40, "grb"},
+        {{"--size", "40x40", "--fit", "cover"}, 40, 40, "rrb"},
+        {{"--size", "30x60", "--fit", "stretch"}, 30, 60, "rrb"},
+        {{"--size", "40:"}, 40, 20, "rrb"},
+        {{"--size", "50%"}, 50, 25, "rrb"},
+        {{"--crop", "50%:20:50%:0"}, 50, 20, "bbb"},
+        {{"--crop", "40:40", "--size", ":20"}, 20, 20, "rrb"},
+        {{"--size", "21x41", "--size-after", "-e", "rotate-90"}, 21, 41, "?"},
+    };
+    int number = 0;
+    for (const auto& each : cases) {
+        const std::string pixels = Made("in.png", std::to_string(++number) + ".png", each.options);
+        ASSERT_EQ(pixels.size(), each.width * each.height * 3) << number;
+        if (each.seen[0] == '?') continue;
+        const std::string seen = {At(pixels, each.width, 0, 0), At(pixels, each.width, 3, each.height / 2),
+                                  At(pixels, each.width, each.width - 3, each.height / 2)};
+        EXPECT_EQ(seen, each.seen) << number;
+    }
+    // What is seen counts: pixels twice as wide as high, in a clip that lies on its side.
+    Ffmpeg({"-i", "in.png", "-vf", "setsar=2,format=yuv420p", "-c:v", "libx264", "wide.mp4"});
+    Ffmpeg({"-i", "wide.mp4", "-c", "copy", "-metadata:s:v", "rotate=90", "turned.mp4"});
+    EXPECT_EQ(Made("wide.mp4", "wide.mkv", {"--codec", "ffv1", "--size", "100:"}).size(), 100u * 25 * 3);
+    EXPECT_EQ(Made("turned.mp4", "turned.mkv", {"--codec", "ffv1", "--size", ":100"}).size(), 100u * 25 * 3);
+}
+
+TEST_F(SizeProgram, RatesKeepTimes) {
+    MakeClip("in.mkv", "32x32", 10);
+    const std::string own = Pixels("in.mkv");
+    constexpr size_t kPicture = 32 * 32 * 3;
+    const Strings lossless = {"--codec", "ffv1", "--fps"};
+    const auto at = [&](const std::string& rate, const Strings& more = {}) {
+        Strings options = lossless;
+        options.push_back(rate);
+        options.insert(options.end(), more.begin(), more.end());
+        return Made("in.mkv", "at" + rate + std::to_string(more.size()) + ".mkv", options);
+    };
+    std::string twice, half;
+    for (size_t picture = 0; picture < 10; ++picture) {
+        const std::string one = own.substr(picture * kPicture, kPicture);
+        twice += one + one;
+        if (picture % 2 == 0) half += one;
+    }
+    EXPECT_EQ(at("50"), twice);
+    EXPECT_EQ(at("12.5"), half);
+    EXPECT_EQ(at("50", {"--frames", "3"}), twice.substr(0, 3 * kPicture));
+    EXPECT_EQ(at("50", {"--from", "0.2"}), twice.substr(10 * kPicture));
+}
+
+TEST_F(SizeProgram, StreamsAndQuality) {
+    Ffmpeg({"-f", "lavfi", "-i", "testsrc2=s=64x48:d=1", "-f", "lavfi", "-i", "testsrc=s=32x32:d=1", "-f",
+            "lavfi", "-i", "sine=d=1", "-map", "0", "-map", "1", "-map", "2", "in.mkv"});
+    EXPECT_EQ(Made("in.mkv", "a.mkv", {"--stream", "v:1", "--frames", "1"}).size(), 32u * 32 * 3);
+    EXPECT_EQ(Made("in.mkv?vstreamid=1", "b.mkv", {"--frames", "1", "--no-sound"}).size(), 32u * 32 * 3);
+    EXPECT_EQ(Aveffect({"render", "b.mkv", "b.wav"}).exitCode, 3) << "there is no sound";
+    const Strings qualities[] = {{"--quality", "95"}, {"--quality", "40"}};
+    for (const std::string kind : {"jpg", "webp", "avif"}) {
+        size_t sizes[2] = {};
+        for (size_t index = 0; index < 2; ++index) {
+            const std::string name = std::to_string(index) + "." + kind;
+            Strings command = {"render", "in.mkv", name, "--frames", "1", "--no-sound"};
+            command.insert(command.end(), qualities[index].begin(), qualities[index].end());
+            const Outcome outcome = Aveffect(command);
+            EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+            sizes[index] = test::ReadFile(Path(name)).size();
+        }
+        EXPECT_GT(sizes[0], sizes[1] * 3 / 2) << kind;
+    }
+    const struct {
+        Strings options;
+        const char* word;
+    } refused[] = {
+        {{"--stream", "a:4"}, "2 is a:0"},
+        {{"--stream", "x:1"}, "v:0"},
+        {{"--quality", "101"}, "1 to 100"},
+        {{"--quality", "50"}, "libx264 has no quality"},
+        {{"--codec", "ffv1", "--bitrate", "5M"}, "ffv1 loses nothing"},
+        {{"--encoder-option", "nonesuch=1"}, "no option \"nonesuch\""},
+        {{"--encoder-option", "rc-lookahead=x"}, "from -1 to"},
+        {{"--encoder-option", "a:aac_coder=7", "--audio-codec", "aac"}, "0 to 2"},
+        {{"--crop", "200%:50%"}, "--crop asks for 128x24"},
+        {{"--size", "0x50"}, "--size"},
+        {{"--fit", "cover"}, "--size"},
+        {{"--size", "50%", "--background", "nonesuch"}, "colour"},
+    };
+    for (const auto& each : refused) {
+        Strings command = {"render", "in.mkv", "refused.mkv"};
+        command.insert(command.end(), each.options.begin(), each.options.end());
+        const Outcome outcome = Aveffect(command);
+        EXPECT_EQ(outcome.exitCode, 2) << each.word;
+        EXPECT_NE(outcome.messages.find(each.word), std::string::npos) << outcome.messages;
+        EXPECT_TRUE(IsOneMessage(outcome.messages)) << outcome.messages;
+    }
+}
+
+} // namespace
