@@ -42,7 +42,7 @@ TEST_F(SizeProgram, PicturesGetSizes) {
         {{"--size", "50%"}, 50, 25, "rrb"},
         {{"--crop", "50%:20:50%:0"}, 50, 20, "bbb"},
         {{"--crop", "40:40", "--size", ":20"}, 20, 20, "rrb"},
-        {{"--size", "21x41", "--size-after", "-e", "rotate-90"}, 21, 41, "?"},
+        {{"--size", "21x41", "--size-after", "-e", "quarter-turns"}, 21, 41, "?"},
     };
     int number = 0;
     for (const auto& each : cases) {
@@ -69,7 +69,7 @@ TEST_F(SizeProgram, RatesKeepTimes) {
         Strings options = lossless;
         options.push_back(rate);
         options.insert(options.end(), more.begin(), more.end());
-        return Made("in.mkv", "at" + rate + std::to_string(more.size()) + ".mkv", options);
+        return Made("in.mkv", "at" + rate + (more.empty() ? "" : more.front()) + ".mkv", options);
     };
     std::string twice, half;
     for (size_t picture = 0; picture < 10; ++picture) {
