@@ -106,8 +106,8 @@ CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
                      "Pictures a second: 25, 29.97, 30000/1001, ...; A's if not given, 25 for a picture")
         ->type_name("RATE");
     transition->add_flag("--live", command.live,
-                         "Let both clips play from their beginnings, with sound, instead of their first "
-                         "pictures");
+                         "Let both clips play from their beginnings, with sound, instead of A's last and "
+                         "B's first picture");
     AddFilmOptions(*transition, command.film);
     transition->footer(
         std::string("Example:\n  aveffect transition a.jpg b.jpg out.mp4 -e crossfade --duration 2 "

@@ -6,6 +6,7 @@
 
 #include "aveffect/base_tools.h"
 #include "host/effects/catalogue_lookup.h"
+#include "host/media/source_request.h"
 #include "host/support/error.h"
 #include "mediabridge/video_frame.h"
 
@@ -56,19 +57,20 @@ const std::string& RequirePath(const EffectSpec& effect, const AVBased::Property
 Canvas RequirePicture(MediaManager& manager, const std::string& url) {
     constexpr int kItems = 30; // as many as a transition reads
     constexpr uint32_t kVideoItem = 1;
-    if (url.find('?') != std::string::npos && access(url.c_str(), F_OK) == 0)
-        throw Error(ErrorKind::Input, url + ": a '?' in a name would begin the choice of a stream; give the "
-                                            "file another name");
+    const std::string path = ParseSourceUrl(url).path;
+    if (path.find('?') != std::string::npos && access(path.c_str(), F_OK) == 0)
+        throw Error(ErrorKind::Input, path + ": a '?' in a name would begin the choice of a stream; give the "
+                                             "file another name");
     const ReaderPtr reader = OpenReader(manager, url);
     AVBased::AVItem item{};
     for (int index = 0; index < kItems; ++index) {
-        if (!reader->ReadItem(&item, 1, kNoLimit)) ThrowNone(url, "picture");
+        if (!reader->ReadItem(&item, 1, kNoLimit)) ThrowNone(path, "picture");
         if (item.kind != kVideoItem || !item.object) continue;
         auto* frame = static_cast<AVBased::IRawVideoFrame*>(item.object);
         return CanvasOf(*static_cast<mediabridge::VideoFrame*>(frame)->Picture()); // the manager's are such
     }
     throw Error(ErrorKind::Input,
-                url + " has no picture among its first " + std::to_string(kItems) + " items");
+                path + " has no picture among its first " + std::to_string(kItems) + " items");
 }
 
 void RequirePictures(MediaManager& manager, const std::vector<EffectSpec>& effects) {

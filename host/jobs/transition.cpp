@@ -8,6 +8,7 @@
 #include "host/jobs/composition.h"
 #include "host/jobs/sequence_render.h"
 #include "host/media/media_manager.h"
+#include "host/media/media_reader.h"
 #include "host/picture/light_metadata.h"
 
 namespace aveffect {
@@ -50,19 +51,47 @@ void KeepLightOf(const std::string& url, AVFrame& picture, const std::atomic<boo
     KeepLight(source.Pictures(), picture);
 }
 
+/// The URL of a clip's last picture, unless it says which one it means. A server's URL stays as it is.
+std::string LastOf(const std::string& url) {
+    if (!IsLocalPath(url) || LastPictureWanted(url)) return url;
+    return url + (ParseSourceUrl(url).path.size() < url.size() ? "&" : "?") + "picture=last";
+}
+
+/// Which picture stands for a clip that has several and does not say so itself; else its name.
+struct Standing {
+    std::string text;
+    bool chosen; ///< by the program
+};
+
+Standing StandingFor(const std::string& url, bool last, const std::atomic<bool>& cancel) {
+    const SourceRequest request = ParseSourceUrl(url);
+    Source source(request, Source::Others::None, 1, cancel);
+    if (LastPictureWanted(url) || !source.Next() || !source.Next()) return {request.path, false};
+    return {std::string(last ? "the last" : "the first") + " picture of " + request.path, true};
+}
+
+void SayPictures(const std::string& first, const TransitionOptions& options, Reporter& reporter,
+                 const std::atomic<bool>& cancel) {
+    const Standing from = StandingFor(options.first, first != options.first, cancel);
+    const Standing to = StandingFor(options.second, false, cancel);
+    if (from.chosen || to.chosen)
+        reporter.Warn("the transition shows " + from.text + " and " + to.text + "; with --live clips play");
+}
+
 /// A transition between two pictures that stand still.
 class StillTransition {
 public:
     StillTransition(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
                     IntakeTerms& terms, const std::atomic<bool>& cancel)
         : m_options(options)
+        , m_first(LastOf(options.first))
         , m_manager(&cancel)
         , m_canvas(MakeCanvas(terms))
         , m_wanted(RateOf(options, cancel))
         , m_rate(NearestRate(plan, m_wanted))
         , m_marks(MarksOf(options, m_rate))
         , m_across(plugin, &m_manager,
-                   {TransitionSpec(options.transition, options.first, options.second, options.startMs,
+                   {TransitionSpec(options.transition, m_first, options.second, options.startMs,
                                    options.durationMs)},
                    static_cast<uint32_t>(options.durationMs))
         , m_last(plugin, &m_manager,
@@ -73,6 +102,7 @@ public:
     AVRational WantedRate() const { return m_wanted; }
     AVRational Rate() const { return m_rate; }
     int64_t Pictures() const { return m_marks.count; }
+    const std::string& First() const { return m_first; }
     DamageReport Damage() const { return m_manager.Damage(); }
 
     AVFramePtr Draw(int64_t index) {
@@ -85,7 +115,7 @@ public:
 private:
     Canvas MakeCanvas(IntakeTerms& terms) {
         m_manager.TakeOn(terms);
-        Canvas canvas = RequirePicture(m_manager, m_options.first);
+        Canvas canvas = RequirePicture(m_manager, m_first);
         RequirePicture(m_manager, m_options.second);
         m_manager.Match(canvas);
         if (m_options.size)
@@ -94,6 +124,7 @@ private:
     }
 
     const TransitionOptions& m_options;
+    std::string m_first; ///< where its picture is read
     MediaManager m_manager;
     Canvas m_canvas;
     AVRational m_wanted;
@@ -109,6 +140,7 @@ RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options,
     Composition composition{transition.Rate(), transition.Pictures(),
                             [&](int64_t index) { return transition.Draw(index); },
                             [&] { return transition.Damage(); }};
+    SayPictures(transition.First(), options, reporter, cancel);
     SayRate(plan, transition.WantedRate(), transition.Rate(), reporter);
     const AVFramePtr look = transition.Draw(0);
     if (IsHighDynamicRange(*look)) KeepLightOf(options.first, *look, cancel);

@@ -37,8 +37,9 @@ struct TransitionOptions {
     std::optional<PictureSize> size = {}; ///< absent: the first one's, upright and of square pixels
     std::optional<PictureRate> rate = {}; ///< absent: the first one's, 25 for a still picture
     /// Both clips play from their beginnings, the first from the start of the result, the second from the
-    /// start of the transition, and their sound is faded over with it. Without it a clip's first picture
-    /// stands for it, without sound.
+    /// start of the transition, and their sound is faded over with it. Without it the last picture of
+    /// the first and the first of the second are shown, silently, unless their URLs say "picture=first" or
+    /// so.
     bool live = false;
 };
 

@@ -18,6 +18,15 @@ constexpr uint32_t kVideoItem = 1;
 constexpr uint32_t kAudioItem = 2;
 } // namespace
 
+std::optional<bool> LastPictureWanted(const std::string& url) {
+    if (!IsLocalPath(url)) return std::nullopt; // a server's query is its own
+    const size_t path = ParseSourceUrl(url).path.size();
+    const std::string query = "&" + url.substr(std::min(url.size(), path + 1)) + "&";
+    if (query.find("&picture=last&") != std::string::npos) return true;
+    if (query.find("&picture=first&") != std::string::npos) return false;
+    return std::nullopt;
+}
+
 void OpenReaders::Add(const MediaReader& reader) {
     const std::scoped_lock lock(m_mutex);
     m_open.insert(&reader);
@@ -49,7 +58,8 @@ MediaReader::MediaReader(const std::string& url, const Canvas& canvas, IntakeTer
     m_input = OpenInput(m_path, m_interrupt);
     if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
     Open(m_video, FindPictures(*m_input, request));
-    Open(m_audio, FindSound(*m_input, request, nullptr));
+    m_wantsLast = LastPictureWanted(url).value_or(false);
+    if (!m_wantsLast) Open(m_audio, FindSound(*m_input, request, nullptr));
     if (!m_video.stream && !m_audio.stream)
         throw Error(ErrorKind::Input, m_path + " has neither pictures nor sound that can be decoded");
     for (unsigned index = 0; index < m_input->nb_streams; ++index) {
@@ -92,11 +102,60 @@ bool MediaReader::ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeo
 }
 
 bool MediaReader::Read(AVBased::AVItem& item, bool wantsVideo) {
+    if (wantsVideo && m_video.stream && std::exchange(m_wantsLast, false)) {
+        AVFramePtr picture = LastPicture();
+        return picture && FillVideo(item, std::move(picture));
+    }
     for (;;) {
         if (wantsVideo && TakeDecoded(item, m_video, true)) return true;
         if (TakeDecoded(item, m_audio, false)) return true;
         if (m_atEnd) return false;
         if (!ReadPacket(wantsVideo)) Drain();
+    }
+}
+
+// Near the end where the file can be sought in and its end is known; where that gives nothing, by reading
+// all.
+AVFramePtr MediaReader::LastPicture() {
+    const bool timed = !(m_input->iformat->flags & (AVFMT_GENERIC_INDEX | AVFMT_NOTIMESTAMPS)) &&
+                       m_input->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
+    const AVStream& stream = *m_video.stream;
+    int64_t end = 0;
+    if (stream.duration != AV_NOPTS_VALUE)
+        end = av_rescale_q(stream.duration, stream.time_base, kMilliseconds);
+    else if (m_input->duration != AV_NOPTS_VALUE)
+        end = av_rescale_q(m_input->duration, kMicroseconds, kMilliseconds);
+    for (const int64_t back : {2000, 10000, 60000}) {
+        if (!timed || end <= back || !SeekBack(end - back)) continue;
+        if (AVFramePtr picture = DecodeToEnd()) return picture;
+    }
+    if (m_atEnd) SeekBack(0);
+    return DecodeToEnd();
+}
+
+// Decoding begins with a key picture, for pictures that need others before them would come out wrong. False
+// when the file can't be sought in.
+bool MediaReader::SeekBack(int64_t milliseconds) {
+    const AVStream& stream = *m_video.stream;
+    const int64_t start = stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
+    const int64_t target = start + av_rescale_q(milliseconds, kMilliseconds, stream.time_base);
+    if (av_seek_frame(m_input.get(), stream.index, target, AVSEEK_FLAG_BACKWARD) < 0) return false;
+    m_video.decoder->Flush();
+    m_awaitsKey = milliseconds > 0;
+    m_atEnd = false;
+    return true;
+}
+
+// The last picture from here on; null when there is none.
+AVFramePtr MediaReader::DecodeToEnd() {
+    const bool midway = m_awaitsKey;
+    for (AVFramePtr last;;) {
+        while (AVFramePtr picture = m_video.decoder->Receive()) {
+            if (!last && midway) m_video.decoder->ForgetDamageBefore(*picture);
+            last = std::move(picture);
+        }
+        if (m_atEnd) return last;
+        if (!ReadPacket(true)) Drain();
     }
 }
 
@@ -117,6 +176,8 @@ bool MediaReader::ReadPacket(bool wantsVideo) {
     }
     if (m_video.stream && m_packet->stream_index == m_video.stream->index) {
         // Pictures that nobody asks for are left undecoded, and those that depend on them would be wrong.
+        m_awaitsKey = m_awaitsKey && !(m_packet->flags & AV_PKT_FLAG_KEY);
+        if (m_awaitsKey) return true;
         if (wantsVideo)
             m_video.decoder->Send(m_packet.get());
         else if (!m_skippedVideo)

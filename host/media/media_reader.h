@@ -20,6 +20,10 @@
 
 namespace aveffect {
 
+/// Whether a local source's URL asks for the clip's last picture alone, by "picture=last" in its query, or by
+/// "picture=first" for what is read without it; absent when it says nothing of that.
+std::optional<bool> LastPictureWanted(const std::string& url);
+
 class MediaReader;
 
 /// The readers of one manager, and what those that are gone have found to be wrong. Safe from any thread.
@@ -68,6 +72,9 @@ private:
     bool TakeDecoded(AVBased::AVItem& item, Stream& from, bool video);
     bool ReadPacket(bool wantsVideo);
     void Drain();
+    mediabridge::AVFramePtr LastPicture();
+    mediabridge::AVFramePtr DecodeToEnd();
+    bool SeekBack(int64_t milliseconds);
     bool FillVideo(AVBased::AVItem& item, mediabridge::AVFramePtr picture);
     mediabridge::AVFramePtr Shown(mediabridge::AVFramePtr picture);
     bool FillAudio(AVBased::AVItem& item, mediabridge::AVFramePtr sound);
@@ -91,6 +98,8 @@ private:
     mediabridge::SwrContextPtr m_resampler;
     int64_t m_skipBeforeMs = 0; ///< items that end by then lie before the last Seek()
     bool m_skippedVideo = false;
+    bool m_wantsLast = false; ///< the next picture that is asked for is the clip's last
+    bool m_awaitsKey = false; ///< pictures are left out until then
     bool m_atEnd = false;
 };
 

@@ -131,6 +131,37 @@ TEST_F(TransitionProgram, ASlideShowWithMusicIsOneCommand) {
     }
 }
 
+// Long groups of pictures, containers with an index, without one, without a length and without times.
+TEST_F(TransitionProgram, AClipEndsWithItsLastPicture) {
+    for (const Strings& kind : {Strings{"a.mp4", "mpeg4"},
+                                {"a.avi", "mpeg4"},
+                                {"a.ts", "mpeg2video"},
+                                {"a.m2v", "mpeg2video"},
+                                {"a.mkv", "mpeg4", "-live", "1"}}) {
+        SCOPED_TRACE(kind[0]);
+        Strings make = {"-f",   "lavfi", "-i",   "color=s=64x48:d=8,geq=lum=20+N:cb=128:cr=128",
+                        "-g",   "130",   "-bf",  "0",
+                        "-q:v", "1",     "-c:v", kind[1]};
+        make.insert(make.end(), kind.begin() + 2, kind.end());
+        make.push_back(kind[0]);
+        Ffmpeg(make);
+        const std::string clip = Pixels(kind[0]);
+        for (const bool last : {true, false}) {
+            const Outcome outcome =
+                Aveffect({"transition", kind[0] + (last ? "" : "?picture=first"), kind[0], "out.mkv", "-e",
+                          "crossfade", "--hold-after", "0.1", "--codec", "ffv1", "--overwrite"});
+            EXPECT_EQ(outcome.exitCode, 0);
+            const std::string both = "the last picture of " + kind[0] + " and the first picture of ";
+            EXPECT_EQ(outcome.messages.find(both) != std::string::npos, last) << outcome.messages;
+            EXPECT_TRUE(test::IsOneMessage(outcome.messages));
+            const std::string film = Pixels("out.mkv");
+            const auto luma = [](char byte) { return static_cast<unsigned char>(byte); };
+            EXPECT_NEAR(luma(film.front()), luma(last ? clip.back() : clip.front()), 2);
+            EXPECT_NEAR(luma(film.back()), luma(clip.front()), 2);
+        }
+    }
+}
+
 TEST_F(TransitionProgram, StraightCutsAreExact) {
     Ffmpeg({"-f", "lavfi", "-i", "testsrc2=s=64x48:d=1", "-f", "lavfi", "-i", "sine=r=48000:d=1", "-c:v",
             "ffv1", "-pix_fmt", "yuv420p", "-c:a", "pcm_f32le", "in.mkv"});
