@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "host/media/source_request.h"
-#include "host/output/output_options.h"
+#include "host/jobs/render.h"
 
 namespace CLI {
 class App;
