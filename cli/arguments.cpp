@@ -26,8 +26,11 @@ void AddEffects(CLI::App& app, const char* option, std::vector<std::string>& eff
 }
 
 void AddFiles(CLI::App& app, MediaArguments& media) {
-    app.add_option("INPUT", media.input, "Clip or still picture to read")->required();
-    app.add_option("OUTPUT", media.output, "File to write; its extension chooses the format")->required();
+    app.add_option("INPUT", media.input, "Clip or still picture to read; - for standard input")->required();
+    app.add_option("OUTPUT", media.output,
+                   "File to write; its extension chooses the format; - for standard output")
+        ->required();
+    AddFormatOption(app, media.format);
 }
 
 void AddMediaOptions(CLI::App& app, MediaArguments& media) {
@@ -38,6 +41,7 @@ void AddMediaOptions(CLI::App& app, MediaArguments& media) {
         ->type_name("NAME");
     AddSdrOption(app, media.sdr);
     AddStreamOptions(app, media.streams);
+    app.add_flag("--strip", media.strip, "Leave out what a photo says of place, time and camera");
     app.add_flag("--lenient", media.lenient, "Hand property values on as they are, unchecked");
     AddRunOptions(app, media.run);
 }
@@ -257,8 +261,9 @@ Command ParseCommandLine(int count, const char* const* arguments) {
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {
     RenderOptions options;
-    options.input = command.media.input;
+    options.input = InputName(command.media.input);
     options.output = command.media.output;
+    options.format = command.media.format;
     options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
     options.audioEffects = ParseEffects(command.audioEffects, command.media.lenient, Medium::Audio);
     if (command.from) options.fromMs = TimeOption("--from", *command.from);
@@ -277,6 +282,7 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
         throw Error(ErrorKind::Usage, "--no-sound leaves nothing for --audio-effect to work on");
     options.pixelFormat = command.media.pixelFormat;
     options.sdr = command.media.sdr;
+    options.strip = command.media.strip;
     options.overwrite = command.media.run.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);
     return options;
@@ -284,8 +290,9 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
 
 FrameOptions MakeFrameOptions(const FrameCommand& command) {
     FrameOptions options;
-    options.input = command.media.input;
+    options.input = InputName(command.media.input);
     options.output = command.media.output;
+    options.format = command.media.format;
     options.atMs = TimeOption("--at", command.at);
     options.streams = MakeStreamSelection(command.media.streams);
     TakeQuality(command.quality, options);
@@ -293,6 +300,7 @@ FrameOptions MakeFrameOptions(const FrameCommand& command) {
     options.effects = ParseEffects(command.media.effects, command.media.lenient, Medium::Video);
     options.pixelFormat = command.media.pixelFormat;
     options.sdr = command.media.sdr;
+    options.strip = command.media.strip;
     options.overwrite = command.media.run.overwrite;
     options.stereo = MakeStereoOptions(command.stereo);
     return options;

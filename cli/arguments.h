@@ -31,11 +31,11 @@ struct DescribeCommand {
 /// What `render` and `frame` have in common. Values are as they were written.
 struct MediaArguments {
     std::string input;
-    std::string output;
+    std::string output, format;
     std::vector<std::string> effects;
     std::string pixelFormat = "auto";
     bool lenient = false;
-    bool sdr = false;
+    bool sdr = false, strip = false;
     StreamArguments streams;
     RunArguments run;
 };

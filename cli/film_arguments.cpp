@@ -29,6 +29,7 @@ void AddPair(CLI::App& app, std::string& first, std::string& second, std::string
 }
 
 void AddFilmOptions(CLI::App& app, FilmArguments& film) {
+    AddFormatOption(app, film.format);
     AddEncoderOptions(app, film.encoder, "Sound encoder or codec; the format's usual one if not given");
     app.add_flag("--no-sound", film.noSound, "Leave the sound out");
     AddSdrOption(app, film.sdr);
@@ -39,6 +40,7 @@ void AddFilmOptions(CLI::App& app, FilmArguments& film) {
 FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output) {
     FilmOptions options;
     options.output = output;
+    options.format = film.format;
     TakeEncoder(film.encoder, options);
     options.silent = film.noSound;
     options.sdr = film.sdr;
@@ -154,8 +156,8 @@ CLI::App* AddSheet(CLI::App& app, SheetCommand& command) {
 TransitionOptions MakeTransitionOptions(const TransitionCommand& command) {
     TransitionOptions options;
     options.film = MakeFilmOptions(command.film, command.output);
-    options.first = command.first;
-    options.second = command.second;
+    options.first = InputName(command.first);
+    options.second = InputName(command.second);
     options.transition = command.transition;
     options.durationMs = PositiveTime("--duration", command.duration);
     options.startMs = TimeOption("--start", command.start);
@@ -190,8 +192,8 @@ JoinOptions MakeJoinOptions(const JoinCommand& command) {
 
 SheetOptions MakeSheetOptions(const SheetCommand& command) {
     SheetOptions options;
-    options.first = command.first;
-    options.second = command.second;
+    options.first = InputName(command.first);
+    options.second = InputName(command.second);
     options.output = command.output;
     if (command.size) options.tile = SizeOption(*command.size);
     options.overwrite = command.run.overwrite;

@@ -18,6 +18,7 @@ namespace aveffect {
 /// What `transition` and `join` have in common. Values are as they were written.
 struct FilmArguments {
     RunArguments run;
+    std::string format;
     EncoderArguments encoder;
     bool noSound = false;
     bool sdr = false;

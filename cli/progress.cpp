@@ -181,10 +181,10 @@ std::string BarText(const RenderProgress& progress, size_t columns) {
 void RequireOwnOutput(ProgressStyle style, const std::string& output) {
     struct stat file {
     }, standard{};
-    if (style != ProgressStyle::Json || stat(output.c_str(), &file) != 0 ||
-        fstat(STDOUT_FILENO, &standard) != 0)
-        return;
-    if (file.st_dev == standard.st_dev && file.st_ino == standard.st_ino)
+    if (style != ProgressStyle::Json) return;
+    const bool named = output == "-";
+    if (!named && (stat(output.c_str(), &file) != 0 || fstat(STDOUT_FILENO, &standard) != 0)) return;
+    if (named || (file.st_dev == standard.st_dev && file.st_ino == standard.st_ino))
         throw Error(ErrorKind::Usage, output + " is standard output, which --progress json writes to; choose "
                                                "another output, or --progress bar or none");
 }

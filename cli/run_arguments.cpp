@@ -16,6 +16,15 @@ void AddRunOptions(CLI::App& app, RunArguments& run) {
                  "Say what is done in detail; -vv also shows the effects' log");
 }
 
+void AddFormatOption(CLI::App& app, std::string& format) {
+    app.add_option("--format", format,
+                   "Format of the output: mp4, matroska, wav, png, ...; its extension tells if not given, "
+                   "standard output (-) needs it")
+        ->type_name("NAME");
+}
+
+std::string InputName(const std::string& name) { return name == "-" ? "/dev/stdin" : name; }
+
 void AddSdrOption(CLI::App& app, bool& sdr) {
     app.add_flag("--sdr", sdr, "Bring PQ and HLG pictures to BT.709 and standard dynamic range");
 }

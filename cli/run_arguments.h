@@ -18,8 +18,12 @@ struct RunArguments {
 
 void AddRunOptions(CLI::App& app, RunArguments& run);
 
+void AddFormatOption(CLI::App& app, std::string& format);
 void AddSdrOption(CLI::App& app, bool& sdr);
 void AddProgressOption(CLI::App& app, ProgressStyle& style);
+
+/// A file to read as people name it: "-" is standard input.
+std::string InputName(const std::string& name);
 
 /// Limits the instructions that effects use, before they are made: auto, sse2, avx2 or avx512. Returns a
 /// warning when the processor lacks the level and a lower one is used, else an empty text. Throws Error

@@ -11,6 +11,7 @@
 #include "host/media/right_clip.h"
 #include "host/media/span.h"
 #include "host/media/steady_pictures.h"
+#include "host/output/output_file.h"
 #include "host/output/still_picture.h"
 #include "host/output/stream_mapping.h"
 #include "host/picture/light_metadata.h"
@@ -109,9 +110,12 @@ public:
         m_pictures.RequireMedia();
         RequireSounds(m_pictures.Media(), m_plan.options.audioEffects);
         SpanItem head = ReadFirst();
+        if (m_plan.output.IsNumbered()) return WriteNumbered(std::move(head));
         if (m_plan.output.IsStill()) {
             RequireOnePicture();
-            WriteStill(m_plan.output, Rendered(std::move(head)), m_plan.options.overwrite, m_cancel);
+            WriteStill(m_plan.output, Rendered(std::move(head)),
+                       ReadPhotoMetadata(m_input.request.path, m_plan.options.strip),
+                       m_plan.options.overwrite, m_cancel);
             m_pictures.Conclude();
             return Result(1);
         }
@@ -166,6 +170,33 @@ private:
                                 " has more; choose one with \"aveffect frame\" or --frames 1");
     }
 
+    // Each file appears when it is whole; those that have stay, whatever happens then.
+    RenderResult WriteNumbered(SpanItem head) {
+        const AVFormatContext& input = m_input.source.Format();
+        if (m_plan.options.streams.sound && av_find_best_stream(const_cast<AVFormatContext*>(&input),
+                                                                AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0) >= 0)
+            m_reporter.Warn("pictures in files of their own have no sound; it is left out");
+        m_head.push_back({Rendered(std::move(head)), nullptr});
+        try {
+            RunStages();
+            CheckCancel(m_cancel);
+        } catch (const Error& error) {
+            if (error.Kind() != ErrorKind::Interrupted || m_numbered == 0) throw;
+            throw Error(error.Kind(), "interrupted; " + NumberedName(m_plan.output.target, m_numbered) +
+                                          " is the last picture that was written");
+        }
+        m_pictures.Conclude();
+        return Result(m_numbered);
+    }
+
+    void EncodeNumbered(AVFramePtr picture) {
+        OutputPlan plan = m_plan.output;
+        plan.target = NumberedName(plan.target, m_numbered + 1);
+        OutputFile::Check(plan.target, m_plan.options.input, m_plan.options.overwrite);
+        WriteStill(plan, std::move(picture), {}, m_plan.options.overwrite, m_cancel);
+        m_progress.Report(++m_numbered, false);
+    }
+
     void OpenFile(AVFramePtr first) {
         if (IsHighDynamicRange(*first)) KeepLight(m_input.source.Pictures(), *first);
         m_sound.emplace(SoundBeside(m_plugin, &m_pictures.Media(), m_plan.options,
@@ -215,6 +246,10 @@ private:
     void Encode() {
         while (std::optional<SpanItem> item = m_processed.Pop()) {
             CheckCancel(m_cancel);
+            if (m_plan.output.IsNumbered()) {
+                EncodeNumbered(std::move(item->picture));
+                continue;
+            }
             if (item->packet) {
                 m_file->WritePacket(*item->packet);
                 continue;
@@ -222,7 +257,7 @@ private:
             m_file->WritePicture(std::move(item->picture));
             m_progress.Report(m_file->Pictures(), false);
         }
-        if (m_processed.Stopped()) return;
+        if (m_processed.Stopped() || !m_file) return;
         m_file->EndStreams(m_sound->EndBeside(m_file->PicturesEnd()));
         m_file->Finish();
     }
@@ -236,6 +271,7 @@ private:
     ProgressMeter m_progress;
     std::optional<SoundPlan> m_sound; ///< once the span is known
     std::unique_ptr<MediaWriter> m_file;
+    int m_numbered = 0;          ///< pictures in files of their own
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
     BoundedQueue<SpanItem> m_decoded{kQueueWeight};
     BoundedQueue<SpanItem> m_processed{kQueueWeight};

@@ -106,7 +106,7 @@ Comparison Compare(const CompareOptions& options, const RenderObserver& observer
     if (!drawn) return comparer.Found();
     IntakeTerms terms(false, reporter);
     PictureOutput output(*plan, OriginOf(*drawn), *drawn, terms, reporter);
-    WriteStill(*plan, output.Convert(std::move(drawn)), options.overwrite, cancel);
+    WriteStill(*plan, output.Convert(std::move(drawn)), {}, options.overwrite, cancel);
     return comparer.Found();
 }
 

@@ -39,8 +39,10 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
                          const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
     CheckPixelFormatName(options.pixelFormat);
-    PlanStill(options.output); // says what pictures' formats there are
+    PlanStill(options.output, options.format); // says what pictures' formats there are
     const OutputPlan plan = PlanOutput(options);
+    if (plan.IsNumbered())
+        throw Error(ErrorKind::Usage, options.output + " stands for many pictures, but a frame is one");
     const SourceRequest request = ParseSourceUrl(options.input, options.streams);
     OutputFile::Check(options.output, request.path, options.overwrite);
     if (options.atMs < 0) throw Error(ErrorKind::Usage, "the time of the picture is negative");
@@ -62,7 +64,8 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     }
     picture = pictures.ForEncoder(pictures.ApplyEffects(std::move(picture), second.get()));
     pictures.Conclude();
-    WriteStill(plan, std::move(picture), options.overwrite, cancel);
+    WriteStill(plan, std::move(picture), ReadPhotoMetadata(request.path, options.strip), options.overwrite,
+               cancel);
     RenderProgress progress;
     progress.framesDone = 1;
     progress.framesExpected = 1;

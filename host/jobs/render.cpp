@@ -23,7 +23,7 @@ RenderPlan PlanRender(const RenderOptions& options, const std::atomic<bool>& can
     if (copies) output.videoCodec.clear(); // which names no encoder
     RenderPlan plan{options, PlanOutput(output)};
     const std::string input = RequestOf(options).path;
-    OutputFile::Check(options.output, input, options.overwrite);
+    OutputFile::Check(plan.output.FirstFile(), input, options.overwrite);
     if (!options.stereo.right.empty())
         OutputFile::Check(options.output, ParseSourceUrl(options.stereo.right).path, options.overwrite);
     if (plan.output.IsStill() && ChangesSound(options))

@@ -26,6 +26,7 @@ struct RenderOptions : OutputOptions {
     std::optional<int64_t> frameLimit; ///< no more pictures than this
     std::string pixelFormat =
         "auto";                ///< format that the effects work in: auto or a frame-table format by name
+    bool strip = false;        ///< a photo's metadata is left out but for what tells how it looks
     StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
 };
 
@@ -53,6 +54,7 @@ struct FrameOptions : OutputOptions {
     int64_t atMs = 0;
     std::vector<EffectSpec> effects;
     std::string pixelFormat = "auto";
+    bool strip = false; ///< as in RenderOptions
     StereoOptions stereo = {};
 };
 

@@ -87,7 +87,7 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
         }
     }
     PictureOutput output(plan, OriginOf(*sheet), *sheet, terms, reporter);
-    WriteStill(plan, output.Convert(std::move(sheet)), options.overwrite, cancel);
+    WriteStill(plan, output.Convert(std::move(sheet)), {}, options.overwrite, cancel);
     return {1, manager.Damage().Text()};
 }
 

@@ -48,6 +48,12 @@ bool IsDevice(const std::string& path) {
     return stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
 }
 
+bool IsStream(const std::string& path) {
+    struct stat info = {};
+    return IsStandardOutput(path) ||
+           (stat(path.c_str(), &info) == 0 && (S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode)));
+}
+
 DeviceInputPtr OpenDeviceInput(const std::string& path, const ReadInterrupt& interrupt) {
     const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (file < 0) throw Error(ErrorKind::Input, path + " can't be read: " + std::strerror(errno));
@@ -64,7 +70,17 @@ DeviceInputPtr OpenDeviceInput(const std::string& path, const ReadInterrupt& int
     return DeviceInputPtr(io);
 }
 
+// Of a pipe a description of its own, since others share ours and don't expect it never to block. A file
+// that others append to is shared.
+static int OpenStandardOutput() {
+    struct stat info = {};
+    if (fstat(STDOUT_FILENO, &info) != 0) return -1;
+    return S_ISFIFO(info.st_mode) ? open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_CLOEXEC)
+                                  : fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+}
+
 int OpenDeviceOutput(const std::string& path, const std::atomic<bool>& cancel) {
+    if (IsStandardOutput(path)) return OpenStandardOutput();
     for (;;) {
         const int file = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
         struct stat info = {};

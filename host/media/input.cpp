@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,6 +40,61 @@ void CheckFile(const std::string& path) {
                                       : path + " can't be read: " + AvText(code));
 }
 
+/// The smallest number for which a pattern names a file.
+std::optional<int64_t> FirstNumber(const std::string& path) {
+    const size_t mark = path.find('%'), behind = path.find('d', mark) + 1;
+    if (path.find('/', mark) != std::string::npos) return 0; // of directories: the library's own search
+    const std::filesystem::path begin(path.substr(0, mark));
+    const std::string head = begin.filename(), tail = path.substr(behind);
+    const std::filesystem::path directory = begin.has_parent_path() ? begin.parent_path() : ".";
+    std::optional<int64_t> first;
+    std::error_code failed;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, failed)) {
+        const std::string name = entry.path().filename();
+        if (name.size() <= head.size() + tail.size() || !name.starts_with(head) || !name.ends_with(tail))
+            continue;
+        const char* const digits = name.data() + head.size();
+        const char* const digitsEnd = name.data() + name.size() - tail.size();
+        int number = 0;
+        const auto [end, error] = std::from_chars(digits, digitsEnd, number);
+        if (error == std::errc() && end == digitsEnd && number >= 0 &&
+            NumberedName(path, number) == (begin.parent_path() / name).string())
+            first = std::min<int64_t>(first.value_or(number), number);
+    }
+    return first;
+}
+
+// Numbered pictures ("shot%03d.png") are no file of their own but open as one clip, unless a file is really
+// called so.
+bool IsPattern(const std::string& path) {
+    return av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0;
+}
+
+// The library looks for the first number among the lowest few only.
+void SetPattern(const std::string& path, AVDictionary** options) {
+    if (!IsPattern(path)) {
+        if (path.find('%') != std::string::npos) av_dict_set(options, "pattern_type", "none", 0);
+        return;
+    }
+    const std::optional<int64_t> first = FirstNumber(path);
+    if (!first) throw Error(ErrorKind::Input, path + ": no such files");
+    av_dict_set_int(options, "start_number", *first, 0);
+}
+
+// MP4 and its like may have their index behind the pictures, which a pipe has handed out by then.
+void RequireWithinReach(const std::string& path, const AVFormatContext& input) {
+    const AVIOContext& pipe = *input.pb;
+    const int64_t kept = avio_tell(input.pb) - (pipe.buf_ptr - pipe.buffer); // the first byte that is
+    for (unsigned index = 0; index < input.nb_streams; ++index) {
+        const AVIndexEntry* first = avformat_index_get_entry(input.streams[index], 0);
+        if (first && first->pos < kept)
+            throw Error(ErrorKind::Input,
+                        path + " is a pipe, but the index stands at the clip's end, too late to go "
+                               "back; name the file itself, or write it with its index first "
+                               "(faststart) or as Matroska");
+    }
+}
+
 // VP8 and VP9 keep their alpha beside the picture, where only the decoders of libvpx look.
 const AVCodec* FindDecoder(const AVStream& stream) {
     const AVCodecID id = stream.codecpar->codec_id;
@@ -61,6 +118,11 @@ AVIOInterruptCB ReadInterrupt::Callback() noexcept {
     return {[](void* self) { return static_cast<const ReadInterrupt*>(self)->Due() ? 1 : 0; }, this};
 }
 
+std::string NumberedName(const std::string& pattern, int number) {
+    char name[4096];
+    return av_get_frame_filename(name, sizeof name, pattern.c_str(), number) >= 0 ? name : pattern;
+}
+
 bool IsLocalPath(const std::string& path) {
     if (access(path.c_str(), F_OK) == 0) return true;
     return path.find("://") == std::string::npos;
@@ -75,8 +137,7 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     CaptureLibraryLog();
     TakeLibraryError();
     const bool local = IsLocalPath(path);
-    // A pattern of numbered pictures ("shot%03d.png") is no file of its own but opens as one clip.
-    if (local && !(av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0)) CheckFile(path);
+    if (local && !IsPattern(path)) CheckFile(path);
 
     DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
     AVFormatContext* context = avformat_alloc_context();
@@ -88,6 +149,7 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     const std::string url = local ? "file:" + path : path;
     AVDictionary* options = nullptr;
     av_dict_set(&options, "export_path_metadata", "1", 0); // of each file that a pattern stands for
+    if (local) SetPattern(path, &options);
     int code = avformat_open_input(&context, url.c_str(), nullptr, &options); // frees the context on failure
     av_dict_free(&options);
     if (code < 0) {
@@ -96,6 +158,7 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     }
     context->opaque = &damage->Lines();
     InputContextPtr input(context, InputContextDeleter{std::move(device), std::move(damage)});
+    if (input.get_deleter().device) RequireWithinReach(path, *context);
     // Plain text opens as a terminal recording, which nobody means.
     if (std::string_view(context->iformat->name) == "tty") ThrowNoMedia(path, AVERROR_INVALIDDATA);
     code = avformat_find_stream_info(context, nullptr);

@@ -22,6 +22,9 @@ struct ReadInterrupt {
 /// Whether the text names a file of this machine rather than a protocol's resource.
 bool IsLocalPath(const std::string& path);
 
+/// The name that a pattern ("shot%03d.png") stands for.
+std::string NumberedName(const std::string& pattern, int number);
+
 /// Throws Error (Input) for pipes and devices, which can't be opened again.
 void RequireRereadable(const std::string& path);
 

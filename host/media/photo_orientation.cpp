@@ -11,6 +11,7 @@ extern "C" {
 }
 
 #include "host/media/file_bytes.h"
+#include "host/media/photo_metadata.h"
 
 namespace aveffect {
 namespace {
@@ -22,9 +23,6 @@ public:
         : m_bytes(bytes) {}
 
     int64_t Size() const noexcept { return static_cast<int64_t>(m_bytes.size()); }
-    Bytes From(int64_t position) const {
-        return Bytes(m_bytes.substr(std::min(static_cast<size_t>(position), m_bytes.size())));
-    }
     int64_t Number(int64_t position, int length, bool big) const {
         int64_t number = 0;
         for (int index = 0; index < length; ++index) {
@@ -57,30 +55,13 @@ int InTiff(const Bytes& tiff) {
     return 0;
 }
 
-int InPng(const Bytes& png) {
-    constexpr int64_t kSignature = 8, kAroundData = 12;
-    for (int64_t chunk = kSignature; chunk < png.Size(); chunk += kAroundData + png.Number(chunk, 4, true))
-        if (png.Says(chunk + 4, "eXIf")) return InTiff(png.From(chunk + 8));
-    return 0;
-}
-
-// Some writers begin it as JPEG's is begun.
-int InWebp(const Bytes& webp) {
-    constexpr std::string_view kJpegs("Exif\0\0", 6);
-    for (int64_t chunk = 12; chunk < webp.Size(); chunk += 8 + (webp.Number(chunk + 4, 4, false) + 1) / 2 * 2)
-        if (webp.Says(chunk, "EXIF"))
-            return InTiff(webp.From(chunk + 8 + (webp.Says(chunk + 8, kJpegs) ? 6 : 0)));
-    return 0;
-}
-
-int OrientationOf(AVCodecID codec, const Bytes& picture) {
+int OrientationOf(AVCodecID codec, std::string_view picture) {
     switch (codec) {
     case AV_CODEC_ID_PNG:
-        return InPng(picture);
-    case AV_CODEC_ID_TIFF:
-        return InTiff(picture);
     case AV_CODEC_ID_WEBP:
-        return InWebp(picture);
+        return InTiff(Bytes(FindExif(picture)));
+    case AV_CODEC_ID_TIFF:
+        return InTiff(Bytes(picture));
     default:
         return 0;
     }
@@ -162,7 +143,7 @@ void SayPhotoOrientation(const AVStream& stream, AVPacket& packet) {
     if (!packet.data) return;
     const std::string_view bytes(reinterpret_cast<const char*>(packet.data),
                                  static_cast<size_t>(packet.size));
-    const int orientation = OrientationOf(stream.codecpar->codec_id, Bytes(bytes));
+    const int orientation = OrientationOf(stream.codecpar->codec_id, bytes);
     if (orientation <= 1) return;
     const Matrix matrix = MatrixFor(orientation);
     if (uint8_t* data = av_packet_new_side_data(&packet, AV_PKT_DATA_DISPLAYMATRIX, sizeof matrix))

@@ -48,6 +48,7 @@ std::string FollowLinks(const std::string& target) {
 void OutputFile::Check(const std::string& target, const std::string& input, bool overwrite) {
     struct stat info = {};
     if (target.empty()) throw Error(ErrorKind::Output, "the output has no name");
+    if (IsStandardOutput(target)) return;
     if (stat(target.c_str(), &info) != 0) return;
     if (S_ISDIR(info.st_mode)) throw Error(ErrorKind::Output, target + " is a directory; name a file in it");
     if (!S_ISREG(info.st_mode)) return;
@@ -62,7 +63,7 @@ OutputFile::OutputFile(const std::string& target, bool overwrite, const std::ato
     , m_resolved(FollowLinks(target))
     , m_overwrite(overwrite)
     , m_cancel(cancel) {
-    if (IsDevice(target)) {
+    if (IsStandardOutput(target) || IsDevice(target)) {
         m_file = OpenDeviceOutput(target, cancel);
         if (m_file < 0) Fail("can't be opened", errno);
     } else if (!CreateNameless()) {
@@ -125,7 +126,7 @@ void OutputFile::TakePermissions(int file) const {
 
 void OutputFile::OpenIo() {
     auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
-    const bool seekable = lseek(m_file, 0, SEEK_CUR) >= 0;
+    const bool seekable = !IsStandardOutput(m_target) && lseek(m_file, 0, SEEK_CUR) >= 0;
     AVIOContext* io =
         buffer ? avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, Write, seekable ? Seek : nullptr)
                : nullptr;
@@ -281,7 +282,8 @@ void OutputFile::FailExists() const {
 void OutputFile::Fail(const char* doing, int error) const {
     if (error == ECANCELED && m_cancel.load())
         throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
-    throw Error(ErrorKind::Output, m_target + " " + doing + ": " + std::strerror(error));
+    throw Error(ErrorKind::Output, (IsStandardOutput(m_target) ? "standard output" : m_target) + " " + doing +
+                                       ": " + std::strerror(error));
 }
 
 } // namespace aveffect

@@ -9,9 +9,10 @@
 namespace aveffect {
 
 struct OutputOptions {
-    std::string output;
-    std::string videoCodec;     ///< encoder or codec name; empty: the container's usual one
-    std::string audioCodec;     ///< likewise; empty: the input's where it serves, AAC, or the container's
+    std::string output;     ///< "-" for standard output
+    std::string format;     ///< of the output, by a container's name or an extension; empty: as its name says
+    std::string videoCodec; ///< encoder or codec name; empty: the container's usual one
+    std::string audioCodec; ///< likewise; empty: the input's where it serves, AAC, or the container's
     std::optional<double> crf;  ///< constant-quality factor; absent: the encoder's own
     std::optional<int> quality; ///< 1 to 100, of encoders that have such a scale; instead of crf
     std::optional<int64_t> bitRate, audioBitRate;          ///< bits a second; absent: the encoder's own

@@ -15,6 +15,7 @@ extern "C" {
 }
 
 #include "host/media/device.h"
+#include "host/media/input.h"
 #include "host/output/output_format.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
@@ -46,36 +47,57 @@ std::string Extension(const std::string& target) {
     return extension;
 }
 
-const StillFormat* FindStill(const std::string& target) {
-    const std::string extension = Extension(target);
+// A format that is asked for counts as an extension.
+std::string Extension(const std::string& target, const std::string& format) {
+    return Extension(format.empty() ? target : "x." + format);
+}
+
+const StillFormat* FindStill(const std::string& target, const std::string& format) {
+    const std::string extension = Extension(target, format);
     const auto* found = std::ranges::find(kStills, extension, &StillFormat::extension);
     return found == std::end(kStills) ? nullptr : found;
 }
 
-[[noreturn]] void ThrowUnknownExtension(const std::string& target, bool stillsOnly) {
+[[noreturn]] void ThrowUnknownFormat(const std::string& target, const std::string& format, bool stillsOnly) {
     const std::string extension = Extension(target);
+    const std::string kind = stillsOnly ? "picture format " : "format ";
     std::string known;
     if (!stillsOnly)
         for (const char* container : kContainers) known.append(container).append(", ");
     known += kStillNames;
+    if (!format.empty())
+        throw Error(ErrorKind::Usage, "no " + kind + "is called '" + format + "'; known ones are " + known);
     throw Error(ErrorKind::Output,
                 target + ": " +
-                    (extension.empty() ? "no extension tells the format"
-                                       : "no " + std::string(stillsOnly ? "picture " : "") +
-                                             "format has the extension ." + extension) +
+                    (IsStandardOutput(target) ? "standard output needs --format"
+                     : extension.empty()      ? "no extension tells the format"
+                                              : "no " + kind + "has the extension ." + extension) +
                     "; known ones are " + known);
 }
 
-const AVOutputFormat* FindMuxer(const std::string& target) {
-    const AVOutputFormat* muxer = av_guess_format(nullptr, target.c_str(), nullptr);
-    if (!muxer && IsDevice(target)) muxer = av_guess_format("matroska", nullptr, nullptr);
-    if (!muxer) ThrowUnknownExtension(target, false);
+const AVOutputFormat* FindMuxer(const std::string& target, const std::string& format) {
+    const std::string name = format.empty() ? target : "x." + format;
+    const AVOutputFormat* muxer =
+        format.empty() ? nullptr : av_guess_format(format.c_str(), nullptr, nullptr);
+    if (!muxer) muxer = av_guess_format(nullptr, name.c_str(), nullptr);
+    if (!muxer && format.empty() && IsDevice(target)) muxer = av_guess_format("matroska", nullptr, nullptr);
+    if (!muxer) ThrowUnknownFormat(target, format, false);
     const bool holdsSomething =
         muxer->video_codec != AV_CODEC_ID_NONE || muxer->audio_codec != AV_CODEC_ID_NONE;
     if (!holdsSomething || (muxer->flags & AVFMT_NOFILE))
-        throw Error(ErrorKind::Output, target + ": ." + Extension(target) +
+        throw Error(ErrorKind::Output, target + ": ." + Extension(target, format) +
                                            " files hold no pictures and no sound that can be written");
     return muxer;
+}
+
+// The index is written last, but tells at the file's beginning where it is.
+void RequireRoomToSeek(const OutputPlan& plan) {
+    if (!(plan.HasIndex() || std::string_view(plan.muxer->name) == "gxf") || !IsStream(plan.target)) return;
+    throw Error(ErrorKind::Usage,
+                "." + plan.Kind() + " files can't be written to " +
+                    (IsStandardOutput(plan.target) ? "standard output" : "the pipe " + plan.target) +
+                    ", where nothing can be changed afterwards; --format matroska, mpegts or ismv "
+                    "(MP4 in fragments) can");
 }
 
 std::string NumberText(double number) {
@@ -146,9 +168,13 @@ bool IsOneOf(const AVOutputFormat* muxer, std::initializer_list<std::string_view
 } // namespace
 
 std::string OutputPlan::Kind() const {
-    const std::string extension = Extension(target);
+    const std::string extension = Extension(target, format);
     return extension.empty() && muxer ? muxer->name : extension;
 }
+
+bool OutputPlan::IsNumbered() const { return IsStill() && av_filename_number_test(target.c_str()); }
+
+std::string OutputPlan::FirstFile() const { return IsNumbered() ? NumberedName(target, 1) : target; }
 
 // Formats that name PNG for pictures mean the cover of a piece of music.
 bool OutputPlan::IsSound() const {
@@ -189,12 +215,13 @@ int OutputPlan::LargestDenominator() const {
                : 0;
 }
 
-OutputPlan PlanStill(const std::string& target) {
+OutputPlan PlanStill(const std::string& target, const std::string& format) {
     CaptureLibraryLog();
-    const StillFormat* still = FindStill(target);
-    if (!still) ThrowUnknownExtension(target, true);
+    const StillFormat* still = FindStill(target, format);
+    if (!still) ThrowUnknownFormat(target, format, true);
     OutputPlan plan;
     plan.target = target;
+    plan.format = format;
     if (still->encoder) plan.encoder.codec = avcodec_find_encoder_by_name(still->encoder);
     if (!plan.encoder.codec) plan.encoder.codec = FindEncoder("", still->codec);
     return plan;
@@ -203,15 +230,17 @@ OutputPlan PlanStill(const std::string& target) {
 OutputPlan PlanOutput(const OutputOptions& options) {
     CaptureLibraryLog();
     OutputPlan plan;
-    if (FindStill(options.output)) {
-        plan = PlanStill(options.output);
+    if (FindStill(options.output, options.format)) {
+        plan = PlanStill(options.output, options.format);
         if (!options.videoCodec.empty() &&
             FindEncoder(options.videoCodec, AV_CODEC_ID_NONE)->id != plan.encoder.codec->id)
             throw Error(ErrorKind::Usage,
                         "." + plan.Kind() + " files can't hold " + options.videoCodec + " pictures");
     } else {
         plan.target = options.output;
-        plan.muxer = FindMuxer(options.output);
+        plan.format = options.format;
+        plan.muxer = FindMuxer(options.output, options.format);
+        RequireRoomToSeek(plan);
         if (plan.IsSound()) {
             if (!options.videoCodec.empty() || options.crf || !options.preset.empty() ||
                 !options.outputFormat.empty() || options.quality || options.bitRate ||

@@ -32,14 +32,20 @@ struct SoundChoice {
 
 struct OutputPlan {
     std::string target;
+    std::string format; ///< that was asked for by name; empty: the target's extension tells
     const AVOutputFormat* muxer = nullptr; ///< null for a still picture
     EncoderChoice encoder;
     SoundChoice sound;
 
     bool IsStill() const noexcept { return muxer == nullptr; }
+    /// Whether each picture becomes a still picture of its own, numbered from 1.
+    bool IsNumbered() const;
+    /// The file that is written, or the first of them.
+    std::string FirstFile() const;
     /// Whether the container is one for sound alone; it has no picture encoder.
     bool IsSound() const;
-    /// The container's or picture format's name as people know it: the extension.
+    /// The container's or picture format's name as people know it: the extension, unless another was asked
+    /// for.
     std::string Kind() const;
     /// Whether the container carries a display matrix, so that players turn the picture.
     bool CarriesRotation() const;
@@ -69,7 +75,7 @@ AVRational NearestRate(const OutputPlan& plan, AVRational rate);
 void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporter& reporter);
 
 /// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
-OutputPlan PlanStill(const std::string& target);
+OutputPlan PlanStill(const std::string& target, const std::string& format = {});
 
 /// Whether the container takes streams of that codec; what it does not know itself counts as taken.
 bool Takes(const OutputPlan& plan, AVCodecID codec);

@@ -9,7 +9,8 @@ namespace aveffect {
 using mediabridge::AVFramePtr;
 using mediabridge::AVPacketPtr;
 
-void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, const std::atomic<bool>& cancel) {
+void WriteStill(const OutputPlan& plan, AVFramePtr picture, const PhotoMetadata& metadata, bool overwrite,
+                const std::atomic<bool>& cancel) {
     picture->pts = 0;
     PictureEncoder encoder(plan, *picture, {{1, 25}, {25, 1}});
     AVPacketPtr packet;
@@ -21,7 +22,11 @@ void WriteStill(const OutputPlan& plan, AVFramePtr picture, bool overwrite, cons
     if (!packet) throw Error(ErrorKind::Output, plan.target + ": the encoder gave nothing out");
     if (cancel.load()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
     OutputFile file(plan.target, overwrite, cancel);
-    avio_write(file.Io(), packet->data, packet->size);
+    const std::string bytes = AddPhotoMetadata(
+        std::string(reinterpret_cast<const char*>(packet->data), static_cast<size_t>(packet->size)),
+        metadata);
+    avio_write(file.Io(), reinterpret_cast<const unsigned char*>(bytes.data()),
+               static_cast<int>(bytes.size()));
     file.Publish();
 }
 
