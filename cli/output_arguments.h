@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "host/media/source_request.h"
 #include "host/jobs/render.h"
+#include "host/media/source_request.h"
 
 namespace CLI {
 class App;
