@@ -60,7 +60,8 @@ bool CAudioReplace::Seek(long long position) {
         auto milliseconds = static_cast<unsigned>(position / kUnitsPerMillisecond);
         // The duration in milliseconds against the position in its own units: nearly every position counts as
         // beyond the end, and those that are not stay what they are.
-        if (m_nLoop != 0 && m_nFileDuration != 0 && m_nFileDuration < position) milliseconds %= m_nFileDuration;
+        if (m_nLoop != 0 && m_nFileDuration != 0 && m_nFileDuration < position)
+            milliseconds %= m_nFileDuration;
         const bool sought = m_pSource->Seek(milliseconds);
         m_Queue.Clear();
         ExpectSound();

@@ -51,10 +51,7 @@ AVFramePtr DrawTransition(EffectChain& chain, const Canvas& canvas, int64_t time
                         picture->height);
     chain.Process(frame.get(), static_cast<int>(timeMs));
     picture->format = AV_PIX_FMT_BGR0;
-    picture->sample_aspect_ratio = canvas.pixelAspect;
-    picture->colorspace = canvas.matrix;
-    picture->color_primaries = canvas.primaries;
-    picture->color_trc = canvas.transfer;
+    MarkAs(canvas, *picture);
     return picture;
 }
 

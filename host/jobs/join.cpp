@@ -25,6 +25,7 @@ void Check(const JoinOptions& options) {
 
 std::vector<ClipScan> ScanClips(const std::vector<JoinClip>& clips, const std::atomic<bool>& cancel) {
     std::vector<ClipScan> scans;
+    scans.reserve(clips.size());
     for (const JoinClip& clip : clips) scans.push_back(ScanClip(clip.url, cancel));
     return scans;
 }
@@ -39,14 +40,14 @@ SequencePart MakePart(const ClipScan& clip, const std::optional<int64_t>& length
     const bool whole = !clip.still && !lengthMs;
     const int64_t pictures =
         whole ? clip.PicturesAt(rate) : std::max<int64_t>(1, PicturesIn(lengthMs.value_or(pictureMs), rate));
-    const SequencePart part{&clip, pictures};
+    SequencePart part{&clip, pictures};
     RequireLong(part, rate);
     return part;
 }
 
 Seam MakeSeam(const JoinSeam& seam, AVRational rate) {
     if (seam.durationMs == 0) return {};
-    const Seam made{seam.transition, PicturesIn(seam.durationMs, rate)};
+    Seam made{seam.transition, PicturesIn(seam.durationMs, rate)};
     RequireSeen(made.pictures, seam.durationMs, rate);
     return made;
 }

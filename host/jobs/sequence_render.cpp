@@ -72,9 +72,10 @@ RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, co
     ClipSequence sequence(plugin, setup, cancel);
     if (setup.music)
         RequireFades(*setup.music, av_rescale_q(sequence.Pictures(), av_inv_q(setup.rate), kMilliseconds));
-    Composition composition{
-        setup.rate, sequence.Pictures(), [&](int64_t index) { return sequence.Draw(index); },
-        [&] { return sequence.Damage(); }, MakeSound(options, plan, setup, sequence, reporter, cancel)};
+    Composition composition{setup.rate, sequence.Pictures(),
+                            [&](int64_t index) { return sequence.Draw(index); },
+                            [&] { return sequence.Damage(); }};
+    composition.sound = MakeSound(options, plan, setup, sequence, reporter, cancel);
     return RenderComposition(std::move(composition), plan, options.overwrite, *sequence.Look(), terms,
                              reporter, cancel);
 }

@@ -49,22 +49,23 @@ AVStream* RequireStream(AVFormatContext& input, const std::string& path, int ind
                                       av_get_media_type_string(type) + " stream; " + ListStreams(input));
 }
 
-/// Null when there is none.
-AVStream* Find(const AVFormatContext& input, const StreamChoice& choice) {
+/// The stream's place in the file; absent when there is none.
+std::optional<unsigned> Find(const AVFormatContext& input, const StreamChoice& choice) {
     int before = 0;
     for (unsigned index = 0; index < input.nb_streams; ++index) {
         const bool counts =
             choice.kind == AVMEDIA_TYPE_UNKNOWN || input.streams[index]->codecpar->codec_type == choice.kind;
-        if (counts && before++ == choice.index) return input.streams[index];
+        if (counts && before++ == choice.index) return index;
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 std::vector<AVStream*> Chosen(const AVFormatContext& input, const SourceRequest& request, AVMediaType kind) {
     std::vector<AVStream*> streams;
     for (const StreamChoice& choice : request.selection.chosen) {
-        AVStream* const stream = Find(input, choice);
-        if (stream && stream->codecpar->codec_type == kind) streams.push_back(stream);
+        const std::optional<unsigned> index = Find(input, choice);
+        if (index && input.streams[*index]->codecpar->codec_type == kind)
+            streams.push_back(input.streams[*index]);
     }
     return streams;
 }

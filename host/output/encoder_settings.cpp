@@ -88,6 +88,15 @@ int Set(AVCodecContext& context, const std::string& name, const std::string& val
     return av_opt_set(&context, name.c_str(), value.c_str(), AV_OPT_SEARCH_CHILDREN);
 }
 
+[[noreturn]] void RefuseOption(const AVCodec& codec, const std::string& name) {
+    throw Error(ErrorKind::Usage, Named(codec) + " has no option \"" + name + "\"; " + OwnOptions(codec));
+}
+
+[[noreturn]] void RefuseValue(const AVCodec& codec, const AVOption& option, const std::string& value) {
+    throw Error(ErrorKind::Usage, Named(codec) + " takes for " + option.name + " " + ValuesOf(codec, option) +
+                                      ", not '" + value + "'");
+}
+
 } // namespace
 
 void CheckSettings(const AVCodec& codec, const EncoderSettings& settings) {
@@ -95,12 +104,8 @@ void CheckSettings(const AVCodec& codec, const EncoderSettings& settings) {
     if (!trial) throw Error(ErrorKind::Output, "out of memory");
     for (const auto& [name, value] : settings) {
         const AVOption* const option = FindOption(codec, name);
-        if (!option)
-            throw Error(ErrorKind::Usage,
-                        Named(codec) + " has no option \"" + name + "\"; " + OwnOptions(codec));
-        if (Set(*trial, name, value) < 0)
-            throw Error(ErrorKind::Usage, Named(codec) + " takes for " + name + " " +
-                                              ValuesOf(codec, *option) + ", not '" + value + "'");
+        if (!option) RefuseOption(codec, name);
+        if (Set(*trial, name, value) < 0) RefuseValue(codec, *option, value);
         TakeLibraryError();
     }
 }

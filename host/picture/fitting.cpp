@@ -42,6 +42,13 @@ Canvas CanvasOf(const AVFrame& picture) {
     return canvas;
 }
 
+void MarkAs(const Canvas& canvas, AVFrame& picture) {
+    picture.sample_aspect_ratio = canvas.pixelAspect;
+    picture.colorspace = canvas.matrix;
+    picture.color_primaries = canvas.primaries;
+    picture.color_trc = canvas.transfer;
+}
+
 bool NeedsStandardRange(const Canvas& canvas, const AVFrame& picture) {
     return canvas.width > 0 && IsHighDynamicRange(picture) && !IsHighDynamicRange(canvas.transfer);
 }
@@ -94,10 +101,7 @@ AVFramePtr Fitter::Fit(const AVFrame& picture) {
                             size.second);
         fitted = std::move(whole);
     }
-    fitted->sample_aspect_ratio = m_canvas.pixelAspect;
-    fitted->colorspace = m_canvas.matrix;
-    fitted->color_primaries = m_canvas.primaries;
-    fitted->color_trc = m_canvas.transfer;
+    MarkAs(m_canvas, *fitted);
     return fitted;
 }
 

@@ -22,6 +22,9 @@ struct Canvas {
 /// A canvas on which this picture lies as it is.
 Canvas CanvasOf(const AVFrame& picture);
 
+/// Makes the picture say the canvas's shape of pixels and colours.
+void MarkAs(const Canvas& canvas, AVFrame& picture);
+
 /// Whether the picture is PQ or HLG, and what lies on the canvas is neither.
 bool NeedsStandardRange(const Canvas& canvas, const AVFrame& picture);
 

@@ -60,10 +60,10 @@ std::string JoinedSound::Describe(const SoundForm& form, const std::optional<Mus
     for (size_t index = 1; index < m_parts.size(); ++index) {
         const int64_t across = m_parts[index - 1].samplesAcross;
         const std::string next = Label("joined", index);
-        text += joined + Label("part", index) +
-                (across > 0 ? "acrossfade=curve1=tri:curve2=tri:nb_samples=" + std::to_string(across)
-                            : "concat=v=0:a=1") +
-                next + ";";
+        text.append(joined).append(Label("part", index));
+        text.append(across > 0 ? "acrossfade=curve1=tri:curve2=tri:nb_samples=" + std::to_string(across)
+                               : "concat=v=0:a=1");
+        text.append(next).append(";");
         joined = next;
     }
     if (music) text += DescribeMusic(*music, std::exchange(joined, "[mixed]"));

@@ -83,9 +83,12 @@ void SetOrientation(const std::string& path, int orientation) {
         file.insert(33, WithNumber("0000", 0, static_cast<int64_t>(exif.size())) + chunk +
                             WithNumber("0000", 0, sum));
     } else if (path.ends_with(".tif")) {
-        const auto entry = [&file](const char* head) { return file.find(std::string(head, 8)); };
-        file.erase(entry("\x16\x01\x04\0\x01\0\0\0"), 12);
-        file.insert(entry("\x15\x01\x03\0\x01\0\0\0"), exif, 10, 12);
+        // An entry's head: the tag, the type and one value.
+        const auto entry = [&file](char tag, char type) {
+            return file.find(std::string{tag, 1, type, 0, 1, 0, 0, 0});
+        };
+        file.erase(entry(0x16, 4), 12);
+        file.insert(entry(0x15, 3), exif, 10, 12);
     } else if (path.ends_with(
                    ".avif")) { // where it said its colours; 270 degrees to the left are orientation 6
         const std::string turn("\0\0\0\x09irot\3\0\0\0\x0a"
@@ -246,7 +249,7 @@ TEST_F(AsSeen, ColoursAreThoseThatPicturesSay) {
     Ffmpeg(As("bt2020nc", "tv", "yuv422p"), "wide.mkv");
     const std::vector<std::string> names = {"hd", "sd", "full", "wide"};
     for (size_t index = 0; index < names.size(); ++index) {
-        const std::string first = names[index], second = names[(index + 1) % names.size()];
+        const std::string &first = names[index], &second = names[(index + 1) % names.size()];
         const std::string a = Path(first + ".mkv"), b = Path(second + ".mkv"), pair = first + ", " + second;
         aveffect::TransitionOptions still;
         still.film.output = Path("still.mp4");

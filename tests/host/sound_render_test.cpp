@@ -118,7 +118,8 @@ TEST_F(SoundRender, ChainsKeepTheWidthOfTheSound) {
         for (size_t at = 0; at < 882 && 882 * piece + at < frames; ++at) {
             const size_t step = std::min<size_t>(at / 220, 3);
             // Its last step is at full gain; then the ramp begins again for what is still inside.
-            const double ramp = static_cast<double>((ms - 100) / 5 + step) * (1.0 / 200 * 5);
+            const size_t steps = (ms - 100) / 5 + step;
+            const double ramp = static_cast<double>(steps) * (1.0 / 200 * 5);
             const double first =
                 ms >= 100 && ms <= 300 ? (ms == 300 ? 0.025 * static_cast<double>(step) : ramp) : 1;
             for (size_t channel = 0; channel < 2; ++channel) {
