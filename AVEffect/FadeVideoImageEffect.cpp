@@ -55,14 +55,8 @@ CAlphaFadeEffect::CAlphaFadeEffect(const EffectInfo& effect, RawLevel rawLevel)
 
 void CAlphaFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* pFrame) {
     assert(pFrame);
-    const std::optional<unsigned> level = LevelAt(time, pFrame);
-    if (!level) return;
-    const auto fade = [&](auto kernel, const auto& plane) {
-        kernel(plane.data, plane.width, plane.pitch, plane.rows, *level);
-    };
-    ForPlanes(
-        pFrame, Planes::Alpha, [&](Plane32 plane) { fade(fade_in_out_rgba32, plane); },
-        [&](Plane8 plane) { fade(fade_in_out_yuva_Graphic, plane); });
+    if (const std::optional<unsigned> level = LevelAt(time, pFrame))
+        DrawPlanes(pFrame, Planes::Alpha, fade_in_out_rgba32, fade_in_out_yuva_Graphic, *level);
 }
 
 CFadeInVideoImageEffect::CFadeInVideoImageEffect()

@@ -50,19 +50,13 @@ void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     assert(pFrame);
     const bool mirror = m_nMirror == 1, vertical = m_nVertical == 1;
     if (!mirror && !vertical) return;
-    const auto reverse = [](auto kernel, const auto& plane) {
-        kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
-               static_cast<unsigned>(plane.rows));
-    };
     const auto packed = !vertical ? mirror_rgba32_c
                         : mirror  ? mirror_vertical_reverse_rgba32_c
                                   : vertical_reverse_rgba32_c;
     const auto planar = !vertical ? mirror_component_c
                         : mirror  ? mirror_vertical_reverse_component_c
                                   : vertical_reverse_component_c;
-    ForPlanes(
-        pFrame, Planes::All, [&](Plane32 plane) { reverse(packed, plane); },
-        [&](Plane8 plane) { reverse(planar, plane); });
+    DrawPlanes(pFrame, Planes::All, packed, planar);
 }
 
 } // namespace AVBased

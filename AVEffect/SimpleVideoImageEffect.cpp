@@ -60,13 +60,8 @@ CEmbossVideoImageEffect::CEmbossVideoImageEffect()
 }
 
 void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    const auto emboss = [this](EmbossKernel kernel, const auto& plane) {
-        kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
-               static_cast<unsigned>(plane.rows), m_nLevel);
-    };
-    ForPlanes(
-        pFrame, Planes::Colours, [&](Plane32 plane) { emboss(emboss_effect_rgba32, plane); },
-        [&](Plane8 plane) { emboss(emboss_effect_component, plane); });
+    DrawPlanes(pFrame, Planes::Colours, emboss_effect_rgba32.load(), emboss_effect_component.load(),
+               m_nLevel);
 }
 
 // Mosaic

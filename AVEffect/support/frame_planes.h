@@ -83,4 +83,16 @@ void ForPlanes(IRawVideoFrame* pFrame, Planes planes, Packed&& packed, Planar&& 
         });
 }
 
+/// ForPlanes for kernels of the form (first sample, pixels or bytes of a row, pitch, rows, arguments).
+template <class Packed, class Planar, class... Arguments>
+void DrawPlanes(IRawVideoFrame* pFrame, Planes planes, Packed packed, Planar planar, Arguments... arguments) {
+    const auto draw = [&](auto kernel, const auto& plane) {
+        kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
+               static_cast<unsigned>(plane.rows), arguments...);
+    };
+    ForPlanes(
+        pFrame, planes, [&](Plane32 plane) { draw(packed, plane); },
+        [&](Plane8 plane) { draw(planar, plane); });
+}
+
 } // namespace AVBased
