@@ -227,7 +227,7 @@ std::string DefaultText(const PropertyInfo& property) {
     const char* const start = property.InForceAtFirst();
     if (start == property.defaultText && *start) return SpokenValue(property, start);
     if (property.type == PropertyType::kText) return "none";
-    const std::string text = start && *start ? SpokenValue(property, start) : "none of its values";
+    std::string text = start && *start ? SpokenValue(property, start) : "none of its values";
     if (!*property.defaultText) return text;
     return text + " (reported as '" + property.defaultText + "' until it is set)";
 }
