@@ -85,7 +85,7 @@ private:
             if (trouble.At(Place::Nonsense)) {
                 const bool nothing = m_next++ % 2;
                 item->object = nothing ? nullptr : this;
-                item->kind = nothing ? 1 + m_next / 2 % 2 : 3;
+                item->kind = static_cast<unsigned>(nothing ? 1 + m_next / 2 % 2 : 3);
                 return true;
             }
             if (trouble.At(Place::Read)) return false;
