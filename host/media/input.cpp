@@ -140,16 +140,19 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
     if (local && !IsPattern(path)) CheckFile(path);
 
     DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
-    AVFormatContext* context = avformat_alloc_context();
-    if (!context) throw Error(ErrorKind::Input, path + ": out of memory");
+    AVDictionary* options = nullptr;
+    if (local) SetPattern(path, &options); // may refuse, and so comes before all that has to be freed
     auto damage = std::make_unique<InputDamage>(path);
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context) {
+        av_dict_free(&options);
+        throw Error(ErrorKind::Input, path + ": out of memory");
+    }
     context->interrupt_callback = interrupt.Callback();
     context->pb = device.get();
     // The prefix keeps a name like "a:b.mp4" from being taken for a protocol.
     const std::string url = local ? "file:" + path : path;
-    AVDictionary* options = nullptr;
     av_dict_set(&options, "export_path_metadata", "1", 0); // of each file that a pattern stands for
-    if (local) SetPattern(path, &options);
     int code = avformat_open_input(&context, url.c_str(), nullptr, &options); // frees the context on failure
     av_dict_free(&options);
     if (code < 0) {
