@@ -18,10 +18,8 @@ protected:
     /// With these variables, and no display but the one that they name. Drivers of displays keep memory, and
     /// are unloaded before the leak sanitizer could tell whose it is.
     Strings Play(Strings variables, Strings arguments) const {
-        Strings command = {"env", "ASAN_OPTIONS=detect_leaks=0",
-                           "-u",  "DISPLAY",
-                           "-u",  "WAYLAND_DISPLAY",
-                           "-u",  "SDL_VIDEODRIVER"};
+        Strings command = {"env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "-u", "SDL_VIDEODRIVER"};
+        command.push_back("ASAN_OPTIONS=detect_leaks=0");
         command.insert(command.end(), variables.begin(), variables.end());
         arguments.insert(arguments.begin(), "play");
         const Strings program = AveffectCommand(arguments);
