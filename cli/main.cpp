@@ -113,25 +113,18 @@ int Run(const RenderCommand& command) {
 }
 
 int Run(const BatchCommand& command) {
-    const RunArguments& run = command.render.media.run;
-    CatchInterruptions();
-    if (run.verbosity > 1) AVBasedSetLogLevel(0);
-    const auto progress = MakeProgress(ProgressStyle::None);
-    const RenderObserver observer = MakeObserver(*progress, run.verbosity);
-    if (const std::string warning = ApplyCpuLevel(run.cpuLevel); !warning.empty()) observer.warning(warning);
     BatchReport report(command.json);
     const auto tell = [&report](const BatchOutcome& outcome) {
         PrintText(report.Line(outcome));
         PrintLines(BatchReport::Message(outcome));
     };
-    try {
-        RenderBatch(Plugin(), MakeBatchOptions(command), observer, tell, Interrupted());
-    } catch (const Error& error) {
-        if (error.Kind() == ErrorKind::Interrupted) PrintText(report.Summary());
-        throw;
-    }
-    PrintText(report.Summary());
-    return report.ExitCode();
+    const int exitCode =
+        RunMedia(command.render.media.run, ProgressStyle::None, "", [&](const RenderObserver& observer) {
+            RenderBatch(Plugin(), MakeBatchOptions(command), observer, tell, Interrupted());
+            return RenderResult{};
+        });
+    if (exitCode == kDone || exitCode >= kInterrupted) PrintText(report.Summary());
+    return exitCode == kDone ? report.ExitCode() : exitCode;
 }
 
 int Run(const PlayCommand& command) {
