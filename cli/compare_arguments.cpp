@@ -9,6 +9,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/messages.h"
+#include "cli/option_values.h"
 
 namespace aveffect {
 
@@ -61,12 +62,21 @@ CLI::App* AddCompare(CLI::App& app, CompareCommand& command) {
         ->add_option("--difference", command.options.difference,
                      "Picture to write: the difference where it is largest, brightened")
         ->type_name("FILE");
+    compare->add_option("--fps", command.fps, "Pictures a second of numbered ones; 25 if not given")
+        ->type_name("RATE");
     compare->add_flag("--json", command.json, "Tell it as JSON");
     AddRunOptions(*compare, command.run);
     compare->footer(std::string("Pictures count from 0 and are compared one by one, in A's pixel format.\n"
                                 "Example:\n  aveffect compare a.mp4 b.mp4 --difference difference.png\n\n") +
                     kExitCodeHelp);
     return compare;
+}
+
+CompareOptions MakeCompareOptions(const CompareCommand& command) {
+    CompareOptions options = command.options;
+    options.overwrite = command.run.overwrite;
+    if (command.fps) options.rate = RateOption(*command.fps);
+    return options;
 }
 
 std::string ComparisonText(const CompareOptions& options, const Comparison& found) {

@@ -1,5 +1,6 @@
 #pragma once
 /// The command line of `compare`, and how it tells what was found.
+#include <optional>
 #include <string>
 
 #include "cli/run_arguments.h"
@@ -14,10 +15,14 @@ namespace aveffect {
 struct CompareCommand {
     CompareOptions options;
     RunArguments run;
+    std::optional<std::string> fps;
     bool json = false;
 };
 
 CLI::App* AddCompare(CLI::App& app, CompareCommand& command);
+
+/// Checks and translates the values. Throws Error (Usage).
+CompareOptions MakeCompareOptions(const CompareCommand& command);
 
 /// A line for each of: where the pictures differ, the ratios, what one clip has more than the other.
 std::string ComparisonText(const CompareOptions& options, const Comparison& found);

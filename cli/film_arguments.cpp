@@ -17,10 +17,6 @@ CLI::Option* AddTime(CLI::App& app, const char* option, std::string& value, cons
     return app.add_option(option, value, help + kTimeHelp)->type_name("TIME");
 }
 
-void AddSize(CLI::App& app, std::optional<std::string>& size, const char* help) {
-    app.add_option("--size", size, help)->type_name("WIDTHxHEIGHT");
-}
-
 void AddPair(CLI::App& app, std::string& first, std::string& second, std::string& output,
              const char* result) {
     app.add_option("A", first, "Picture or clip to begin with; A?vstreamid=1 chooses a stream")->required();
@@ -29,6 +25,8 @@ void AddPair(CLI::App& app, std::string& first, std::string& second, std::string
 }
 
 void AddFilmOptions(CLI::App& app, FilmArguments& film) {
+    AddFramingOptions(app, film.framing);
+    AddRateOption(app, film.fps);
     AddFormatOption(app, film.format);
     AddEncoderOptions(app, film.encoder, "Sound encoder or codec; the format's usual one if not given");
     app.add_flag("--no-sound", film.noSound, "Leave the sound out");
@@ -42,6 +40,8 @@ FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output
     options.output = output;
     options.format = film.format;
     TakeEncoder(film.encoder, options);
+    TakeFraming(film.framing, options);
+    TakeRate(film.fps, options);
     options.silent = film.noSound;
     options.sdr = film.sdr;
     options.overwrite = film.run.overwrite;
@@ -102,11 +102,6 @@ CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
             "When the transition begins within the duration; A stands before");
     AddTime(*transition, "--hold-before", command.holdBefore, "Time of A to put in front");
     AddTime(*transition, "--hold-after", command.holdAfter, "Time of B to put behind");
-    AddSize(*transition, command.size, "Size of the result; A's if not given");
-    transition
-        ->add_option("--fps", command.fps,
-                     "Pictures a second: 25, 29.97, 30000/1001, ...; A's if not given, 25 for a picture")
-        ->type_name("RATE");
     transition->add_flag("--live", command.live,
                          "Let both clips play from their beginnings, with sound, instead of A's last and "
                          "B's first picture");
@@ -138,7 +133,8 @@ CLI::App* AddJoin(CLI::App& app, JoinCommand& command) {
     AddMusic(*join, command);
     AddFilmOptions(*join, command.film);
     join->footer(std::string("Examples:\n  aveffect join a.mp4 b.mov c.mkv out.mp4 -e clock --duration 1\n"
-                             "  aveffect join title.png@5 a.mp4 b.mp4 out.mp4 -e crossfade -e cut\n\n") +
+                             "  aveffect join title.png@5 a.mp4 b.mp4 out.mp4 -e crossfade -e cut\n"
+                             "  aveffect join *.jpg show.mp4 -e push --size 1080x1920 --fit cover\n\n") +
                  kExitCodeHelp);
     return join;
 }
@@ -147,7 +143,8 @@ CLI::App* AddSheet(CLI::App& app, SheetCommand& command) {
     CLI::App* const sheet = app.add_subcommand(
         "sheet", "Draw all transitions between two pictures: a row each, eight moments across");
     AddPair(*sheet, command.first, command.second, command.output, "Picture to write");
-    AddSize(*sheet, command.size, "Size of one sample; A's shape within 160x160 if not given");
+    sheet->add_option("--size", command.size, "Size of one sample; A's shape within 160x160 if not given")
+        ->type_name("WIDTHxHEIGHT");
     AddRunOptions(*sheet, command.run);
     sheet->footer(std::string("Example:\n  aveffect sheet a.jpg b.jpg sheet.png\n\n") + kExitCodeHelp);
     return sheet;
@@ -166,8 +163,6 @@ TransitionOptions MakeTransitionOptions(const TransitionCommand& command) {
                                           " does not lie before " + command.duration);
     options.holdBeforeMs = TimeOption("--hold-before", command.holdBefore);
     options.holdAfterMs = TimeOption("--hold-after", command.holdAfter);
-    if (command.size) options.size = SizeOption(*command.size);
-    if (command.fps) options.rate = RateOption(*command.fps);
     options.live = command.live;
     return options;
 }

@@ -20,6 +20,8 @@ struct FilmArguments {
     RunArguments run;
     std::string format;
     EncoderArguments encoder;
+    FramingArguments framing;
+    std::optional<std::string> fps;
     bool noSound = false;
     bool sdr = false;
     ProgressStyle progress = ProgressStyle::Auto;
@@ -30,7 +32,6 @@ struct TransitionCommand {
     std::string first, second, output;
     std::string transition;
     std::string duration = "1", start = "0", holdBefore = "0", holdAfter = "0";
-    std::optional<std::string> size, fps;
     bool live = false;
 };
 

@@ -59,6 +59,7 @@ RenderObserver MakeObserver(Progress& progress, int verbosity) {
     RenderObserver observer;
     observer.progress = [&progress](const RenderProgress& state) { progress.Update(state); };
     observer.warning = [say](const std::string& text) { say("warning: " + text); };
+    observer.remark = say;
     observer.note = [say, verbosity](const std::string& text) {
         if (verbosity > 0) say(text);
     };
@@ -172,9 +173,7 @@ int Run(const CompareCommand& command) {
     const int exitCode = RunMedia(
         command.run, ProgressStyle::None, command.options.difference,
         [&](const RenderObserver& observer) {
-            CompareOptions options = command.options;
-            options.overwrite = command.run.overwrite;
-            found = Compare(options, observer, Interrupted());
+            found = Compare(MakeCompareOptions(command), observer, Interrupted());
             return RenderResult{found.pairs, found.inputDamage};
         },
         "; what could be decoded was compared");

@@ -1,12 +1,12 @@
 #include "cli/option_values.h"
 
 #include <cmath>
-#include <numeric>
 #include <optional>
 #include <string_view>
 #include <vector>
 
 #include "host/effects/value_text.h"
+#include "host/media/source_request.h"
 #include "host/support/error.h"
 
 namespace aveffect {
@@ -138,27 +138,11 @@ Framing::Fit FitOption(const std::string& value) {
     Refuse("--fit", "contain, cover or stretch", value);
 }
 
-PictureRate RateOption(const std::string& value) {
-    constexpr double kFastest = 1000, kThousandths = 1000, kHundredth = 0.01;
-    constexpr int64_t kLongest = 1'000'000; // numbers of a fraction
-    const std::string_view text = value;
-    const size_t slash = text.find('/');
-    int64_t pictures = 0, seconds = 0;
-    if (slash != std::string_view::npos) {
-        pictures = ParseWhole(text.substr(0, slash)).value_or(0);
-        seconds = ParseWhole(text.substr(slash + 1)).value_or(0);
-    } else if (const auto rate = ParseReal(text); rate && *rate > 0 && *rate <= kFastest) {
-        const double whole = std::ceil(*rate);
-        const bool broadcast = whole != *rate && std::abs(whole * 1000 / 1001 - *rate) < kHundredth / 2;
-        pictures = broadcast ? std::llround(whole) * 1000 : std::llround(*rate * kThousandths);
-        seconds = broadcast ? 1001 : 1000;
-    }
-    const bool right = pictures >= 1 && seconds >= 1 && pictures <= kLongest && seconds <= kLongest &&
-                       static_cast<double>(pictures) <= kFastest * static_cast<double>(seconds);
-    if (!right)
+AVRational RateOption(const std::string& value) {
+    const auto rate = ParsePictureRate(value);
+    if (!rate)
         Refuse("--fps", "pictures a second above 0 up to 1000, such as 25, 29.97 or 30000/1001", value);
-    const int64_t divisor = std::gcd(pictures, seconds);
-    return {static_cast<int>(pictures / divisor), static_cast<int>(seconds / divisor)};
+    return *rate;
 }
 
 } // namespace aveffect

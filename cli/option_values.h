@@ -37,8 +37,7 @@ void FramedSizeOption(const std::string& value, Framing& framing);
 Framing::Crop CropOption(const std::string& value);
 Framing::Fit FitOption(const std::string& value);
 
-/// "25", "29.97" or "30000/1001": above 0 and up to 1000 pictures a second. The usual rates that are
-/// 1000/1001 of a whole number may be rounded to hundredths.
-PictureRate RateOption(const std::string& value);
+/// As ParsePictureRate().
+AVRational RateOption(const std::string& value);
 
 } // namespace aveffect

@@ -68,7 +68,8 @@ void AddFramingOptions(CLI::App& app, FramingArguments& framing) {
 
 void AddRateOption(CLI::App& app, std::optional<std::string>& rate) {
     app.add_option("--fps", rate,
-                   "Pictures a second: 25, 29.97, 30000/1001, ...; pictures are shown again or left out")
+                   "Pictures a second: 25, 29.97, 30000/1001, ...; pictures are shown again or left out, "
+                   "numbered ones come at that rate")
         ->type_name("RATE");
 }
 
@@ -133,9 +134,7 @@ void TakeFraming(const FramingArguments& framing, OutputOptions& options) {
 }
 
 void TakeRate(const std::optional<std::string>& rate, OutputOptions& options) {
-    if (!rate) return;
-    const PictureRate parsed = RateOption(*rate);
-    options.rate = AVRational{parsed.pictures, parsed.seconds};
+    if (rate) options.rate = RateOption(*rate);
 }
 
 void TakeEncoder(const EncoderArguments& encoder, OutputOptions& options) {

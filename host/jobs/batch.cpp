@@ -134,7 +134,7 @@ private:
                 if (told) told(item.input + ": " + text);
             };
         };
-        return {{}, about(m_observer.note), about(m_observer.warning)};
+        return {{}, about(m_observer.note), about(m_observer.warning), about(m_observer.remark)};
     }
 
     void Tell(const BatchOutcome& outcome) {

@@ -11,7 +11,7 @@
 #include "host/media/right_clip.h"
 #include "host/media/span.h"
 #include "host/media/steady_pictures.h"
-#include "host/output/output_file.h"
+#include "host/output/numbered_output.h"
 #include "host/output/still_picture.h"
 #include "host/output/stream_mapping.h"
 #include "host/picture/light_metadata.h"
@@ -51,8 +51,8 @@ struct ClipInput {
         , frameLimit(plan.options.frameLimit) {
         if (rate) steady.emplace([this] { return Read(); }, source.Pictures().time_base, *rate, frameLimit);
         if (!plan.options.stereo.right.empty())
-            right = std::make_unique<RightClip>(plan.options.stereo.right, limits.fromMs,
-                                                plan.options.threads, reporter, cancel);
+            right = std::make_unique<RightClip>(ParseSourceUrl(plan.options.stereo.right).At(rate),
+                                                limits.fromMs, plan.options.threads, reporter, cancel);
     }
 
     std::optional<SpanItem> Next() { return steady ? steady->Next() : Read(); }
@@ -100,7 +100,8 @@ public:
         , m_input(m_plan, m_reporter, cancel)
         , m_pictures(plugin, TaskOf(m_plan.options), m_input.source, m_input.span.LengthMs(), m_plan.output,
                      m_reporter, cancel)
-        , m_progress(m_reporter, m_input.ExpectedPictures()) {
+        , m_progress(m_reporter, m_input.ExpectedPictures())
+        , m_numbered(m_plan.output, m_plan.options.overwrite, cancel) {
         const bool keepsFields = m_plan.options.framing.Empty() && !m_plan.options.rate;
         m_plan.output.encoder.fieldOrder =
             keepsFields ? m_input.source.Pictures().codecpar->field_order : AV_FIELD_PROGRESSIVE;
@@ -170,31 +171,18 @@ private:
                                 " has more; choose one with \"aveffect frame\" or --frames 1");
     }
 
-    // Each file appears when it is whole; those that have stay, whatever happens then.
     RenderResult WriteNumbered(SpanItem head) {
         const AVFormatContext& input = m_input.source.Format();
         if (m_plan.options.streams.sound && av_find_best_stream(const_cast<AVFormatContext*>(&input),
                                                                 AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0) >= 0)
-            m_reporter.Warn("pictures in files of their own have no sound; it is left out");
+            m_reporter.Warn(kNoSoundBeside);
         m_head.push_back({Rendered(std::move(head)), nullptr});
-        try {
+        m_numbered.Run([this] {
             RunStages();
             CheckCancel(m_cancel);
-        } catch (const Error& error) {
-            if (error.Kind() != ErrorKind::Interrupted || m_numbered == 0) throw;
-            throw Error(error.Kind(), "interrupted; " + NumberedName(m_plan.output.target, m_numbered) +
-                                          " is the last picture that was written");
-        }
+        });
         m_pictures.Conclude();
-        return Result(m_numbered);
-    }
-
-    void EncodeNumbered(AVFramePtr picture) {
-        OutputPlan plan = m_plan.output;
-        plan.target = NumberedName(plan.target, m_numbered + 1);
-        OutputFile::Check(plan.target, m_plan.options.input, m_plan.options.overwrite);
-        WriteStill(plan, std::move(picture), {}, m_plan.options.overwrite, m_cancel);
-        m_progress.Report(++m_numbered, false);
+        return Result(m_numbered.Pictures());
     }
 
     void OpenFile(AVFramePtr first) {
@@ -247,7 +235,8 @@ private:
         while (std::optional<SpanItem> item = m_processed.Pop()) {
             CheckCancel(m_cancel);
             if (m_plan.output.IsNumbered()) {
-                EncodeNumbered(std::move(item->picture));
+                m_numbered.Write(std::move(item->picture));
+                m_progress.Report(m_numbered.Pictures(), false);
                 continue;
             }
             if (item->packet) {
@@ -271,7 +260,7 @@ private:
     ProgressMeter m_progress;
     std::optional<SoundPlan> m_sound; ///< once the span is known
     std::unique_ptr<MediaWriter> m_file;
-    int m_numbered = 0;          ///< pictures in files of their own
+    NumberedOutput m_numbered;   ///< used where the pictures get files of their own
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
     BoundedQueue<SpanItem> m_decoded{kQueueWeight};
     BoundedQueue<SpanItem> m_processed{kQueueWeight};

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/effects/transition_frame.h"
+#include "host/jobs/film_framing.h"
 #include "host/picture/orientation.h"
 #include "host/picture/working_format.h"
 
@@ -11,7 +12,8 @@ namespace aveffect {
 
 using mediabridge::AVFramePtr;
 
-ClipSequence::ClipSequence(const Plugin& plugin, SequenceSetup setup, const std::atomic<bool>& cancel)
+ClipSequence::ClipSequence(const Plugin& plugin, SequenceSetup setup, Reporter& reporter,
+                           const std::atomic<bool>& cancel)
     : m_plugin(plugin)
     , m_setup(std::move(setup))
     , m_cancel(cancel) {
@@ -21,27 +23,38 @@ ClipSequence::ClipSequence(const Plugin& plugin, SequenceSetup setup, const std:
         begin += part.pictures - part.seam.pictures;
     }
     Open(0);
-    m_canvas = ChooseCanvas(*m_playing.front().player->At(0));
-    m_playing.front().fitter = Fitter(m_canvas, m_setup.terms);
+    Shape(reporter);
 }
 
-Canvas ClipSequence::ChooseCanvas(const AVFrame& first) const {
-    Canvas canvas = CanvasOf(first);
-    if (m_setup.squarePixels || m_setup.size) {
-        const PictureSize size = m_setup.size.value_or(PictureSize{WidthFor(first, {1, 1}), first.height});
-        canvas.width = size.width;
-        canvas.height = size.height;
-        canvas.pixelAspect = {1, 1};
-    }
-    return canvas;
+// Colours are the first part's, size and shape of pixels the model's.
+void ClipSequence::Shape(Reporter& reporter) {
+    Playing& first = m_playing.front();
+    const std::unique_ptr<ClipPlayer> other = m_setup.model == 0 ? nullptr : Player(m_setup.model);
+    ClipPlayer& model = other ? *other : *first.player;
+    const ClipScan& clip = *m_setup.parts[m_setup.model].clip;
+    m_framing =
+        FilmFraming(m_setup.framing, {clip.request.path, CanvasOf(*model.At(0)), clip.still}, reporter);
+    model.Frame(m_framing);
+    const AVFramePtr picture = model.At(0);
+    m_canvas = CanvasOf(other ? *first.player->At(0) : *picture);
+    m_canvas.width = m_setup.squarePixels ? WidthFor(*picture, {1, 1}) : picture->width;
+    m_canvas.height = picture->height;
+    m_canvas.pixelAspect = m_setup.squarePixels ? AVRational{1, 1} : CanvasOf(*picture).pixelAspect;
+    if (other) first.player->Frame(m_framing);
+    first.fitter = Fitter(m_canvas, m_setup.terms);
 }
 
 int64_t ClipSequence::Pictures() const { return m_begins.back() + m_setup.parts.back().pictures; }
 
+std::unique_ptr<ClipPlayer> ClipSequence::Player(size_t part) const {
+    return std::make_unique<ClipPlayer>(*m_setup.parts[part].clip, m_setup.rate, m_setup.terms,
+                                        m_setup.threads, m_cancel);
+}
+
 void ClipSequence::Open(size_t part) {
     Playing& playing = m_playing.emplace_back();
-    playing.player = std::make_unique<ClipPlayer>(*m_setup.parts[part].clip, m_setup.rate, m_setup.terms,
-                                                  m_setup.threads, m_cancel);
+    playing.player = Player(part);
+    playing.player->Frame(m_framing);
     playing.fitter = Fitter(m_canvas, m_setup.terms);
 }
 

@@ -32,18 +32,20 @@ struct SequencePart {
 struct SequenceSetup {
     AVRational rate{25, 1};
     std::vector<SequencePart> parts;
-    std::optional<Music> music = {};      ///< with the parts' sound
-    std::optional<PictureSize> size = {}; ///< absent: the first clip's
-    bool squarePixels = false;            ///< absent size: the first clip's in square pixels
-    unsigned threads = 0;                 ///< of each decoder
-    IntakeTerms* terms = nullptr;         ///< of the clips' pictures; outlive the sequence
+    std::optional<Music> music = {}; ///< with the parts' sound
+    Framing framing = {};            ///< of the pictures; what is behind the effects is left to the caller
+    size_t model = 0;                ///< the part that has the sequence's size and shape of pixels
+    bool squarePixels = false;       ///< whatever that part has
+    unsigned threads = 0;            ///< of each decoder
+    IntakeTerms* terms = nullptr;    ///< of the clips' pictures; outlive the sequence
 };
 
 /// Draws the pictures of a sequence. No more than two clips are open at a time. Used by one thread at a time.
 class ClipSequence {
 public:
     /// Plug-in and flag outlive the sequence. Throws Error.
-    ClipSequence(const Plugin& plugin, SequenceSetup setup, const std::atomic<bool>& cancel);
+    ClipSequence(const Plugin& plugin, SequenceSetup setup, Reporter& reporter,
+                 const std::atomic<bool>& cancel);
 
     int64_t Pictures() const;
     /// A picture like those of the sequence: its first, in colour where a later one has any.
@@ -65,18 +67,20 @@ private:
         Fitter fitter;
         mediabridge::AVFramePtr read = {}, fitted = {}; ///< the picture fitted last, and what it became
     };
+    std::unique_ptr<ClipPlayer> Player(size_t part) const;
     void Open(size_t part);
     void Leave();
     mediabridge::AVFramePtr Show(Playing& playing, int64_t picture);
     mediabridge::AVFramePtr Fit(Playing& playing, mediabridge::AVFramePtr picture);
     mediabridge::AVFramePtr Cross(const Seam& seam, mediabridge::AVFramePtr from, mediabridge::AVFramePtr to,
                                   int64_t picture);
-    Canvas ChooseCanvas(const AVFrame& first) const;
+    void Shape(Reporter& reporter);
 
     const Plugin& m_plugin;
     SequenceSetup m_setup;
     const std::atomic<bool>& m_cancel;
     std::vector<int64_t> m_begins; ///< each part's first picture
+    Framing m_framing;             ///< of every part's pictures
     Canvas m_canvas;
     std::deque<Playing> m_playing; ///< the part that is shown, and the next one once they cross
     size_t m_shown = 0;            ///< the part at the front of m_playing

@@ -32,8 +32,8 @@ int64_t CountRest(UprightClip& clip, bool first, const std::atomic<bool>& cancel
 class Comparer {
 public:
     Comparer(const CompareOptions& options, const std::atomic<bool>& cancel)
-        : m_first(ParseSourceUrl(options.first), kAllProcessors, cancel)
-        , m_second(ParseSourceUrl(options.second), kAllProcessors, cancel)
+        : m_first(ParseSourceUrl(options.first).At(options.rate), kAllProcessors, cancel)
+        , m_second(ParseSourceUrl(options.second).At(options.rate), kAllProcessors, cancel)
         , m_cancel(cancel) {}
 
     void Run() {

@@ -6,13 +6,15 @@
 #include <optional>
 #include <string>
 
+#include "host/support/av_owner.h"
 #include "host/support/observer.h"
 
 namespace aveffect {
 
 struct CompareOptions {
-    std::string first, second; ///< source URLs
-    std::string difference;    ///< still picture to write of the pair that differs most; empty: none
+    std::string first, second;      ///< source URLs
+    std::string difference;         ///< still picture to write of the pair that differs most; empty: none
+    std::optional<AVRational> rate; ///< of numbered pictures
     bool overwrite = false;
 };
 

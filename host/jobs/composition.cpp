@@ -2,8 +2,10 @@
 
 #include <utility>
 
+#include "host/jobs/film_framing.h"
 #include "host/media/source_request.h"
 #include "host/output/media_writer.h"
+#include "host/output/numbered_output.h"
 #include "host/output/output_file.h"
 #include "host/output/picture_output.h"
 #include "host/picture/light_metadata.h"
@@ -28,61 +30,122 @@ void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate) {
 
 OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::string>& inputs) {
     OutputPlan plan = PlanOutput(options);
-    if (plan.IsStill())
+    CheckFilmFraming(options.framing);
+    if (plan.IsStill() && !plan.IsNumbered())
         throw Error(ErrorKind::Usage, options.output + " holds one picture, but the result is a clip");
     if (plan.IsSound())
         throw Error(ErrorKind::Usage,
                     options.output + " would hold sound alone, but the result has pictures");
-    for (const std::string& input : inputs)
-        OutputFile::Check(options.output, ParseSourceUrl(input).path, options.overwrite);
+    for (const std::string& input : inputs) {
+        const std::string path = ParseSourceUrl(input).path;
+        RequireOtherFiles(plan, path);
+        OutputFile::Check(plan.FirstFile(), path, options.overwrite);
+    }
     return plan;
 }
 
-RenderResult RenderComposition(Composition composition, const OutputPlan& plan, bool overwrite,
-                               const AVFrame& look, IntakeTerms& terms, Reporter& reporter,
-                               const std::atomic<bool>& cancel) {
-    PictureOutput output(plan, OriginOf(look), look, terms, reporter);
-    ProgressMeter progress(reporter, composition.pictures);
-    const auto encode = [&](MediaWriter& file, AVFramePtr picture) {
-        picture->pts = file.Pictures();
-        picture->pkt_duration = 1;
-        file.WritePicture(std::move(picture));
-    };
-    AVFramePtr first = output.Convert(composition.draw(0));
-    if (IsHighDynamicRange(*first)) KeepLight(look, *first);
-    MediaWriter file(plan);
-    MarkLight(file.AddPictures(*first, {av_inv_q(composition.rate), {composition.rate, true}}), *first);
-    if (composition.sound) file.AddSound(std::move(*composition.sound));
-    file.Start(overwrite, cancel);
-    encode(file, std::move(first));
+namespace {
 
-    BoundedQueue<AVFramePtr> drawn(kQueueWeight);
-    StageGroup stages([&] { drawn.Stop(); });
-    stages.Start([&] {
-        for (int64_t index = 1; index < composition.pictures; ++index) {
-            CheckCancel(cancel);
-            if (!drawn.Push(composition.draw(index), kPictureWeight)) return;
+/// A film on its way from what is drawn to its files.
+class CompositionRender {
+public:
+    CompositionRender(Composition composition, const OutputPlan& plan, const FilmOptions& options,
+                      AVFramePtr look, IntakeTerms& terms, Reporter& reporter,
+                      const std::atomic<bool>& cancel)
+        : m_composition(std::move(composition))
+        , m_plan(plan)
+        , m_overwrite(options.overwrite)
+        , m_cancel(cancel)
+        , m_behind(FramingBehind(options.framing))
+        , m_look(m_behind.Apply(std::move(look)))
+        , m_output(plan, OriginOf(*m_look), *m_look, terms, reporter)
+        , m_progress(reporter, m_composition.pictures) {}
+
+    /// Gives the files their names when the terms are concluded.
+    RenderResult Run(IntakeTerms& terms) {
+        DamageReport damage;
+        if (m_plan.IsNumbered()) {
+            NumberedOutput files(m_plan, m_overwrite, m_cancel);
+            files.Run([&] {
+                DrawAll(m_output.Convert(Draw(0)),
+                        [&](AVFramePtr picture) { files.Write(std::move(picture)); });
+            });
+            terms.Conclude();
+        } else {
+            const std::unique_ptr<MediaWriter> file = WriteClip();
+            terms.Conclude();
+            file->Publish();
+            damage = file->Damage();
         }
-        drawn.Finish();
-    });
-    stages.Start([&] {
-        while (std::optional<AVFramePtr> picture = drawn.Pop()) {
-            CheckCancel(cancel);
-            encode(file, output.Convert(std::move(*picture)));
-            progress.Report(file.Pictures(), false);
-        }
-        if (drawn.Stopped()) return;
-        file.EndStreams(file.PicturesEnd());
-        file.Finish();
-    });
-    stages.Join();
-    CheckCancel(cancel);
-    progress.Report(file.Pictures(), true);
-    terms.Conclude();
-    file.Publish();
-    DamageReport damage = composition.damage();
-    damage.Add(file.Damage());
-    return {file.Pictures(), damage.Text()};
+        m_progress.Report(m_composition.pictures, true);
+        DamageReport all = m_composition.damage();
+        all.Add(damage);
+        return {m_composition.pictures, all.Text()};
+    }
+
+private:
+    AVFramePtr Draw(int64_t index) { return m_behind.Apply(m_composition.draw(index)); }
+
+    // All but its name.
+    std::unique_ptr<MediaWriter> WriteClip() {
+        AVFramePtr first = m_output.Convert(Draw(0));
+        if (IsHighDynamicRange(*first)) KeepLight(*m_look, *first);
+        auto file = std::make_unique<MediaWriter>(m_plan);
+        const AVRational rate = m_composition.rate;
+        MarkLight(file->AddPictures(*first, {av_inv_q(rate), {rate, true}}), *first);
+        if (m_composition.sound) file->AddSound(std::move(*m_composition.sound));
+        file->Start(m_overwrite, m_cancel);
+        DrawAll(std::move(first), [&](AVFramePtr picture) {
+            picture->pts = file->Pictures();
+            picture->pkt_duration = 1;
+            file->WritePicture(std::move(picture));
+        });
+        file->EndStreams(file->PicturesEnd());
+        file->Finish();
+        return file;
+    }
+
+    /// Draws what follows the first picture on one thread, and hands all over on another, as the encoder
+    /// takes them.
+    void DrawAll(AVFramePtr first, const std::function<void(AVFramePtr)>& take) {
+        BoundedQueue<AVFramePtr> drawn(kQueueWeight);
+        StageGroup stages([&] { drawn.Stop(); });
+        stages.Start([&] {
+            for (int64_t index = 1; index < m_composition.pictures; ++index) {
+                CheckCancel(m_cancel);
+                if (!drawn.Push(Draw(index), kPictureWeight)) return;
+            }
+            drawn.Finish();
+        });
+        stages.Start([&] {
+            take(std::move(first));
+            for (int64_t done = 1; std::optional<AVFramePtr> picture = drawn.Pop();
+                 m_progress.Report(++done, false)) {
+                CheckCancel(m_cancel);
+                take(m_output.Convert(std::move(*picture)));
+            }
+        });
+        stages.Join();
+        CheckCancel(m_cancel);
+    }
+
+    Composition m_composition;
+    const OutputPlan& m_plan;
+    const bool m_overwrite;
+    const std::atomic<bool>& m_cancel;
+    Framer m_behind; ///< the transitions
+    AVFramePtr m_look;
+    PictureOutput m_output;
+    ProgressMeter m_progress;
+};
+
+} // namespace
+
+RenderResult RenderComposition(Composition composition, const OutputPlan& plan, const FilmOptions& options,
+                               AVFramePtr look, IntakeTerms& terms, Reporter& reporter,
+                               const std::atomic<bool>& cancel) {
+    return CompositionRender(std::move(composition), plan, options, std::move(look), terms, reporter, cancel)
+        .Run(terms);
 }
 
 } // namespace aveffect

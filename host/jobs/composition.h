@@ -17,8 +17,8 @@ int64_t PicturesIn(int64_t milliseconds, AVRational rate);
 /// Throws Error (Usage) when a transition that lasts so long has no picture at that rate.
 void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate);
 
-/// Checks everything that needs no input to be read: names, codecs, and that the output is a clip and no
-/// input. Throws Error (Usage, Output).
+/// Checks everything that needs no input to be read: names, codecs, and that the output is a clip, or
+/// numbered pictures, and no input. Throws Error (Usage, Output).
 OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::string>& inputs);
 
 /// What is shown and heard.
@@ -32,10 +32,11 @@ struct Composition {
     std::optional<SoundFeed> sound = {}; ///< absent: no sound stream
 };
 
-/// Draws and encodes, each on its own thread, and gives the file its name. The look is a picture like those
+/// Draws and encodes, each on its own thread, and gives the file its name. Of the options count what is asked
+/// for behind the transitions, and what becomes of files that exist. The look is a picture like those
 /// that will be drawn: it tells their format and what they say of the light. Throws Error.
-RenderResult RenderComposition(Composition composition, const OutputPlan& plan, bool overwrite,
-                               const AVFrame& look, IntakeTerms& terms, Reporter& reporter,
+RenderResult RenderComposition(Composition composition, const OutputPlan& plan, const FilmOptions& options,
+                               mediabridge::AVFramePtr look, IntakeTerms& terms, Reporter& reporter,
                                const std::atomic<bool>& cancel);
 
 } // namespace aveffect

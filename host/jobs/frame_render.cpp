@@ -58,7 +58,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;
     DamageReport damage = source.Damage(1, {}, false);
     if (!options.stereo.right.empty()) {
-        RightClip right(options.stereo.right, options.atMs, 0, reporter, cancel);
+        RightClip right(ParseSourceUrl(options.stereo.right), options.atMs, 0, reporter, cancel);
         second = right.At({picture->pts, source.Pictures().time_base});
         damage.Add(right.Damage());
     }

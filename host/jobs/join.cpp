@@ -23,16 +23,18 @@ void Check(const JoinOptions& options) {
         if (seam.durationMs > 0 || !seam.transition.empty()) RequireTransition(seam.transition);
 }
 
-std::vector<ClipScan> ScanClips(const std::vector<JoinClip>& clips, const std::atomic<bool>& cancel) {
+std::vector<ClipScan> ScanClips(const JoinOptions& options, const std::atomic<bool>& cancel) {
     std::vector<ClipScan> scans;
-    scans.reserve(clips.size());
-    for (const JoinClip& clip : clips) scans.push_back(ScanClip(clip.url, cancel));
+    scans.reserve(options.clips.size());
+    for (const JoinClip& clip : options.clips)
+        scans.push_back(ScanClip(ParseSourceUrl(clip.url).At(options.film.rate), cancel));
     return scans;
 }
 
-AVRational RateOf(const std::vector<ClipScan>& clips) {
+/// The first that moves; the first of all when none does.
+size_t ModelOf(const std::vector<ClipScan>& clips) {
     const auto moving = std::ranges::find(clips, false, &ClipScan::still);
-    return moving == clips.end() ? kRateOfStills : moving->rate;
+    return moving == clips.end() ? 0 : static_cast<size_t>(moving - clips.begin());
 }
 
 SequencePart MakePart(const ClipScan& clip, const std::optional<int64_t>& lengthMs, int64_t pictureMs,
@@ -83,13 +85,16 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     if (options.music) inputs.push_back(options.music->url);
     const OutputPlan plan = PlanComposition(options.film, inputs);
     IntakeTerms terms(options.film.sdr, reporter);
-    std::vector<ClipScan> clips = ScanClips(options.clips, cancel);
+    std::vector<ClipScan> clips = ScanClips(options, cancel);
     if (!options.clipSound)
         for (ClipScan& clip : clips) clip.sound.reset();
 
     SequenceSetup setup;
-    setup.rate = NearestRate(plan, RateOf(clips));
-    SayRate(plan, RateOf(clips), setup.rate, reporter);
+    setup.model = ModelOf(clips);
+    const ClipScan& model = clips[setup.model];
+    const AVRational wanted = options.film.rate.value_or(model.still ? kRateOfStills : model.rate);
+    setup.rate = NearestRate(plan, wanted);
+    SayRate(plan, wanted, setup.rate, reporter);
     if (const auto& music = options.music)
         setup.music = Music{FindMusic(music->url, cancel), music->fadeInMs, music->fadeOutMs, music->volume};
     setup.threads = options.film.threads;

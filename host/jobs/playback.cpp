@@ -56,8 +56,9 @@ public:
         RequirePictures(m_manager, options.effects);
         RequireSounds(m_manager, options.audioEffects);
         if (!options.stereo.right.empty())
-            m_right = std::make_unique<RightClip>(options.stereo.right, LimitsFrom(options, atMs).fromMs,
-                                                  options.threads, reporter, cancel);
+            m_right = std::make_unique<RightClip>(ParseSourceUrl(options.stereo.right).At(options.rate),
+                                                  LimitsFrom(options, atMs).fromMs, options.threads, reporter,
+                                                  cancel);
         OpenSound(plugin, options);
         m_stages.Start([this] { MakePictures(); });
     }

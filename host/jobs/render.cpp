@@ -7,13 +7,14 @@
 #include "host/jobs/render_plan.h"
 #include "host/jobs/sound_render.h"
 #include "host/media/input.h"
+#include "host/output/numbered_output.h"
 #include "host/output/output_file.h"
 #include "host/picture/working_format.h"
 
 namespace aveffect {
 
 SourceRequest RequestOf(const RenderOptions& options) {
-    return ParseSourceUrl(options.input, options.streams);
+    return ParseSourceUrl(options.input, options.streams).At(options.rate);
 }
 
 RenderPlan PlanRender(const RenderOptions& options, const std::atomic<bool>& cancel) {
@@ -23,6 +24,7 @@ RenderPlan PlanRender(const RenderOptions& options, const std::atomic<bool>& can
     if (copies) output.videoCodec.clear(); // which names no encoder
     RenderPlan plan{options, PlanOutput(output)};
     const std::string input = RequestOf(options).path;
+    RequireOtherFiles(plan.output, input);
     OutputFile::Check(plan.output.FirstFile(), input, options.overwrite);
     if (!options.stereo.right.empty())
         OutputFile::Check(options.output, ParseSourceUrl(options.stereo.right).path, options.overwrite);

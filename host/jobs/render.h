@@ -30,7 +30,8 @@ struct RenderOptions : OutputOptions {
     StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
 };
 
-/// The input and which of its streams are asked for. Throws Error (Input).
+/// The input, which of its streams are asked for, and at which rate its pictures come when they are numbered.
+/// Throws Error (Input).
 SourceRequest RequestOf(const RenderOptions& options);
 
 struct RenderResult {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/jobs/composition.h"
+#include "host/output/numbered_output.h"
 
 namespace aveffect {
 namespace {
@@ -42,6 +43,10 @@ std::optional<SoundFeed> MakeSound(const FilmOptions& options, const OutputPlan&
                                    Reporter& reporter, const std::atomic<bool>& cancel) {
     const std::optional<SoundShape> shape = ShapeOf(setup);
     if (!shape || options.silent) return std::nullopt;
+    if (plan.IsNumbered()) {
+        reporter.Warn(kNoSoundBeside);
+        return std::nullopt;
+    }
     if (plan.muxer->audio_codec == AV_CODEC_ID_NONE) {
         reporter.Warn("." + plan.Kind() + " files can't hold sound; it is left out");
         return std::nullopt;
@@ -69,15 +74,15 @@ RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, co
                             SequenceSetup setup, IntakeTerms& terms, Reporter& reporter,
                             const std::atomic<bool>& cancel) {
     setup.terms = &terms;
-    ClipSequence sequence(plugin, setup, cancel);
+    setup.framing = options.framing;
+    ClipSequence sequence(plugin, setup, reporter, cancel);
     if (setup.music)
         RequireFades(*setup.music, av_rescale_q(sequence.Pictures(), av_inv_q(setup.rate), kMilliseconds));
     Composition composition{setup.rate, sequence.Pictures(),
                             [&](int64_t index) { return sequence.Draw(index); },
                             [&] { return sequence.Damage(); }};
     composition.sound = MakeSound(options, plan, setup, sequence, reporter, cancel);
-    return RenderComposition(std::move(composition), plan, options.overwrite, *sequence.Look(), terms,
-                             reporter, cancel);
+    return RenderComposition(std::move(composition), plan, options, sequence.Look(), terms, reporter, cancel);
 }
 
 } // namespace aveffect

@@ -1,11 +1,11 @@
 #include "host/jobs/transition.h"
 
-#include <tuple>
 #include <utility>
 
 #include "host/effects/media_check.h"
 #include "host/effects/transition_frame.h"
 #include "host/jobs/composition.h"
+#include "host/jobs/film_framing.h"
 #include "host/jobs/sequence_render.h"
 #include "host/media/media_manager.h"
 #include "host/media/media_reader.h"
@@ -36,7 +36,7 @@ Marks MarksOf(const TransitionOptions& options, AVRational rate) {
 }
 
 AVRational RateOf(const TransitionOptions& options, const std::atomic<bool>& cancel) {
-    if (options.rate) return {options.rate->pictures, options.rate->seconds};
+    if (options.film.rate) return *options.film.rate;
     return Source(ParseSourceUrl(options.first), Source::Others::None, 1, cancel).FrameRate();
 }
 
@@ -63,10 +63,14 @@ struct Standing {
     bool chosen; ///< by the program
 };
 
+bool IsStill(const SourceRequest& request, const std::atomic<bool>& cancel) {
+    Source source(request, Source::Others::None, 1, cancel);
+    return !source.Next() || !source.Next();
+}
+
 Standing StandingFor(const std::string& url, bool last, const std::atomic<bool>& cancel) {
     const SourceRequest request = ParseSourceUrl(url);
-    Source source(request, Source::Others::None, 1, cancel);
-    if (LastPictureWanted(url) || !source.Next() || !source.Next()) return {request.path, false};
+    if (LastPictureWanted(url) || IsStill(request, cancel)) return {request.path, false};
     return {std::string(last ? "the last" : "the first") + " picture of " + request.path, true};
 }
 
@@ -75,18 +79,18 @@ void SayPictures(const std::string& first, const TransitionOptions& options, Rep
     const Standing from = StandingFor(options.first, first != options.first, cancel);
     const Standing to = StandingFor(options.second, false, cancel);
     if (from.chosen || to.chosen)
-        reporter.Warn("the transition shows " + from.text + " and " + to.text + "; with --live clips play");
+        reporter.Remark("the transition shows " + from.text + " and " + to.text + "; with --live clips play");
 }
 
 /// A transition between two pictures that stand still.
 class StillTransition {
 public:
     StillTransition(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
-                    IntakeTerms& terms, const std::atomic<bool>& cancel)
+                    IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel)
         : m_options(options)
         , m_first(LastOf(options.first))
         , m_manager(&cancel)
-        , m_canvas(MakeCanvas(terms))
+        , m_canvas(MakeCanvas(terms, reporter, cancel))
         , m_wanted(RateOf(options, cancel))
         , m_rate(NearestRate(plan, m_wanted))
         , m_marks(MarksOf(options, m_rate))
@@ -113,13 +117,18 @@ public:
     }
 
 private:
-    Canvas MakeCanvas(IntakeTerms& terms) {
+    Canvas MakeCanvas(IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
         m_manager.TakeOn(terms);
         Canvas canvas = RequirePicture(m_manager, m_first);
         RequirePicture(m_manager, m_options.second);
         m_manager.Match(canvas);
-        if (m_options.size)
-            std::tie(canvas.width, canvas.height) = std::pair(m_options.size->width, m_options.size->height);
+        const SourceRequest request = ParseSourceUrl(m_first);
+        const Framing framing =
+            FilmFraming(m_options.film.framing, {request.path, canvas, IsStill(request, cancel)}, reporter);
+        m_manager.Frame(framing);
+        const PictureSize size = Framer(framing).SizeFor({canvas.width, canvas.height}, 1);
+        canvas.width = size.width;
+        canvas.height = size.height;
         return canvas;
     }
 
@@ -136,25 +145,25 @@ private:
 
 RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
                          IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
-    StillTransition transition(plugin, options, plan, terms, cancel);
+    StillTransition transition(plugin, options, plan, terms, reporter, cancel);
     Composition composition{transition.Rate(), transition.Pictures(),
                             [&](int64_t index) { return transition.Draw(index); },
                             [&] { return transition.Damage(); }};
     SayPictures(transition.First(), options, reporter, cancel);
     SayRate(plan, transition.WantedRate(), transition.Rate(), reporter);
-    const AVFramePtr look = transition.Draw(0);
+    AVFramePtr look = transition.Draw(0);
     if (IsHighDynamicRange(*look)) KeepLightOf(options.first, *look, cancel);
-    return RenderComposition(std::move(composition), plan, options.film.overwrite, *look, terms, reporter,
+    return RenderComposition(std::move(composition), plan, options.film, std::move(look), terms, reporter,
                              cancel);
 }
 
 /// Both clips play; see TransitionOptions::live.
 RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
                         IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
-    const ClipScan first = ScanClip(options.first, cancel);
-    const ClipScan second = ScanClip(options.second, cancel);
-    const AVRational wanted =
-        options.rate ? AVRational{options.rate->pictures, options.rate->seconds} : first.rate;
+    const std::optional<AVRational> asked = options.film.rate;
+    const ClipScan first = ScanClip(ParseSourceUrl(options.first).At(asked), cancel);
+    const ClipScan second = ScanClip(ParseSourceUrl(options.second).At(asked), cancel);
+    const AVRational wanted = asked.value_or(first.rate);
     const AVRational rate = NearestRate(plan, wanted);
     SayRate(plan, wanted, rate, reporter);
     const Marks marks = MarksOf(options, rate);
@@ -162,7 +171,6 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
                            {{&first, marks.end, {options.transition, marks.end - marks.start}},
                             {&second, marks.count - marks.start}}};
     for (const SequencePart& part : sequence.parts) RequireLong(part, rate);
-    sequence.size = options.size;
     sequence.squarePixels = true;
     sequence.threads = options.film.threads;
     return RenderSequence(plugin, options.film, plan, std::move(sequence), terms, reporter, cancel);

@@ -10,17 +10,8 @@
 
 namespace aveffect {
 
-/// In pixels.
-struct PictureSize {
-    int width = 0, height = 0;
-};
-
-/// Pictures a second.
-struct PictureRate {
-    int pictures = 25, seconds = 1;
-};
-
-/// What films of transitions have in common.
+/// What films of transitions have in common. A framing says how each source's pictures get the film's size;
+/// fit and background count without a size too.
 struct FilmOptions : OutputOptions {
     bool silent = false; ///< without sound
 };
@@ -32,10 +23,8 @@ struct TransitionOptions {
     int64_t durationMs = 1000; ///< of the span in which the transition lies; above 0
     int64_t startMs =
         0; ///< when it begins in the span, the first picture being shown before; below durationMs
-    int64_t holdBeforeMs = 0;             ///< the first picture before the span
-    int64_t holdAfterMs = 0;              ///< the second one after it
-    std::optional<PictureSize> size = {}; ///< absent: the first one's, upright and of square pixels
-    std::optional<PictureRate> rate = {}; ///< absent: the first one's, 25 for a still picture
+    int64_t holdBeforeMs = 0; ///< the first picture before the span
+    int64_t holdAfterMs = 0;  ///< the second one after it
     /// Both clips play from their beginnings, the first from the start of the result, the second from the
     /// start of the transition, and their sound is faded over with it. Without it the last picture of
     /// the first and the first of the second are shown, silently, unless their URLs say "picture=first" or
@@ -43,8 +32,9 @@ struct TransitionOptions {
     bool live = false;
 };
 
-/// Renders a transition from one picture to another. Throws Error. As for Render(), the output appears under
-/// its name only when it is whole, cancelling ends soon, and memory use does not grow with the length.
+/// Renders a transition from one picture to another, at the first one's size, in square pixels, and rate (25
+/// a second for a still picture) where none are asked for. Throws Error. As for Render(), the output appears
+/// under its name only when it is whole, cancelling ends soon, and memory use does not grow with the length.
 RenderResult RenderTransition(const Plugin& plugin, const TransitionOptions& options,
                               const RenderObserver& observer, const std::atomic<bool>& cancel);
 
@@ -78,9 +68,10 @@ struct JoinOptions {
 };
 
 /// Renders clips and pictures one after the other, the end of each crossing into the beginning of the next
-/// with a transition, sound and all, or cut straight. Pictures are fitted to the first clip's size and to the
-/// rate of the first that moves (25 a second when none does), sound to that of the first clip that has any;
-/// clips without count as silent. Music is added to it. As RenderTransition() otherwise.
+/// with a transition, sound and all, or cut straight. Where nothing else is asked for, pictures are fitted to
+/// the size and the rate of the first that moves (the first picture's and 25 a second when none does), sound
+/// to that of the first clip that has any; clips without count as silent. Music is added to it. As
+/// RenderTransition() otherwise.
 RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
                         const std::atomic<bool>& cancel);
 

@@ -29,6 +29,17 @@ void ClipPlayer::Read() {
     m_next = std::move(item->picture);
 }
 
+void ClipPlayer::Frame(const Framing& framing) {
+    m_framer = Framer(framing);
+    m_framed.reset();
+}
+
+AVFramePtr ClipPlayer::Clone(const AVFrame& picture) const {
+    AVFramePtr clone(av_frame_clone(&picture));
+    if (!clone) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");
+    return clone;
+}
+
 AVFramePtr ClipPlayer::At(int64_t tick) {
     const AVRational base = m_source.Pictures().time_base;
     bool changed = false;
@@ -40,10 +51,10 @@ AVFramePtr ClipPlayer::At(int64_t tick) {
         m_shown = m_upright.Apply(std::move(m_shown), m_source.Pictures());
         if (IsHighDynamicRange(*m_shown)) KeepLight(m_source.Pictures(), *m_shown);
         m_shown = m_intake.Map(std::move(m_shown));
+        m_framed.reset();
     }
-    AVFramePtr picture(av_frame_clone(m_shown.get()));
-    if (!picture) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");
-    return picture;
+    if (!m_framed) m_framed = m_framer.Apply(Clone(*m_shown));
+    return Clone(*m_framed);
 }
 
 } // namespace aveffect

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "host/media/clip_scan.h"
+#include "host/picture/framing.h"
 #include "host/picture/orientation.h"
 #include "host/picture/picture_intake.h"
 
@@ -17,6 +18,9 @@ public:
     ClipPlayer(const ClipScan& scan, AVRational rate, IntakeTerms* terms, unsigned threads,
                const std::atomic<bool>& cancel);
 
+    /// Cuts and scales all pictures from the next At() on, as they are seen.
+    void Frame(const Framing& framing);
+
     /// The picture of a tick, counted from the clip's start; ticks only go up. Pictures count from the tick
     /// nearest to their time; before the first and after the last picture those are shown.
     mediabridge::AVFramePtr At(int64_t tick);
@@ -26,13 +30,16 @@ public:
 
 private:
     void Read();
+    mediabridge::AVFramePtr Clone(const AVFrame& picture) const;
 
     Source m_source;
     AVRational m_interval; ///< seconds a tick
     Upright m_upright;
     PictureIntake m_intake;
+    Framer m_framer;
     mediabridge::AVFramePtr m_shown;
-    mediabridge::AVFramePtr m_next; ///< null at the end
+    mediabridge::AVFramePtr m_framed; ///< made of m_shown; null until it is asked for
+    mediabridge::AVFramePtr m_next;   ///< null at the end
     int64_t m_read = 0;
     Moment m_end; ///< of the last picture read
 };

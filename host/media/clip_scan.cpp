@@ -17,7 +17,7 @@ std::optional<int64_t> PacketEnd(const AVPacket& packet, const AVStream& stream,
 
 void ReadThrough(ClipScan& scan, const std::atomic<bool>& cancel) {
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(scan.request.path, interrupt);
+    const InputContextPtr input = OpenInput(scan.request.path, interrupt, scan.request.rate);
     const AVStream* pictures = FindPictures(*input, scan.request);
     const AVStream* sound = FindSound(*input, scan.request, pictures);
     if (sound && sound->codecpar->sample_rate > 0)
@@ -61,9 +61,9 @@ int64_t ClipScan::PicturesAt(AVRational wanted) const {
     return std::max<int64_t>(1, av_rescale_q(end.ticks, end.base, av_inv_q(wanted)));
 }
 
-ClipScan ScanClip(const std::string& url, const std::atomic<bool>& cancel) {
+ClipScan ScanClip(const SourceRequest& request, const std::atomic<bool>& cancel) {
     ClipScan scan;
-    scan.request = ParseSourceUrl(url);
+    scan.request = request;
     RequireRereadable(scan.request.path);
     {
         Source source(scan.request, Source::Others::None, 1, cancel);
@@ -71,7 +71,7 @@ ClipScan ScanClip(const std::string& url, const std::atomic<bool>& cancel) {
         scan.start = source.Start();
         const std::optional<SourceItem> first = source.Next();
         if (first) scan.format = static_cast<AVPixelFormat>(first->picture->format);
-        if (!first) throw Error(ErrorKind::Input, url + " holds no picture that can be decoded");
+        if (!first) throw Error(ErrorKind::Input, request.path + " holds no picture that can be decoded");
     }
     ReadThrough(scan, cancel);
     return scan;

@@ -33,9 +33,9 @@ struct ClipScan {
     int64_t LengthMs() const { return av_rescale_q(end.ticks, end.base, kMilliseconds); }
 };
 
-/// Reads the source that a URL names: decodes its first picture, and counts the packets up to its end, since
+/// Reads a source: decodes its first picture, and counts the packets up to its end, since
 /// not every container tells the length of its pictures, or tells it truly. Throws Error (Input) when the
 /// source can't be opened twice, is no media or gives no picture, and Error (Interrupted).
-ClipScan ScanClip(const std::string& url, const std::atomic<bool>& cancel);
+ClipScan ScanClip(const SourceRequest& request, const std::atomic<bool>& cancel);
 
 } // namespace aveffect

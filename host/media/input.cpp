@@ -40,45 +40,47 @@ void CheckFile(const std::string& path) {
                                       : path + " can't be read: " + AvText(code));
 }
 
+/// The number that makes a pattern this name; absent when none does.
+std::optional<int> NumberIn(const std::string& name, const std::string& pattern) {
+    const size_t mark = pattern.find('%'), behind = pattern.find('d', mark) + 1;
+    const std::string head = pattern.substr(0, mark), tail = pattern.substr(behind);
+    if (name.size() <= head.size() + tail.size() || !name.starts_with(head) || !name.ends_with(tail))
+        return std::nullopt;
+    const char* const digits = name.data() + head.size();
+    const char* const digitsEnd = name.data() + name.size() - tail.size();
+    int number = 0;
+    const auto [end, error] = std::from_chars(digits, digitsEnd, number);
+    const bool right = error == std::errc() && end == digitsEnd && number >= 0;
+    return right && NumberedName(pattern, number) == name ? std::optional(number) : std::nullopt;
+}
+
 /// The smallest number for which a pattern names a file.
 std::optional<int64_t> FirstNumber(const std::string& path) {
-    const size_t mark = path.find('%'), behind = path.find('d', mark) + 1;
+    const size_t mark = path.find('%');
     if (path.find('/', mark) != std::string::npos) return 0; // of directories: the library's own search
     const std::filesystem::path begin(path.substr(0, mark));
-    const std::string head = begin.filename(), tail = path.substr(behind);
     const std::filesystem::path directory = begin.has_parent_path() ? begin.parent_path() : ".";
     std::optional<int64_t> first;
     std::error_code failed;
     for (const auto& entry : std::filesystem::directory_iterator(directory, failed)) {
-        const std::string name = entry.path().filename();
-        if (name.size() <= head.size() + tail.size() || !name.starts_with(head) || !name.ends_with(tail))
-            continue;
-        const char* const digits = name.data() + head.size();
-        const char* const digitsEnd = name.data() + name.size() - tail.size();
-        int number = 0;
-        const auto [end, error] = std::from_chars(digits, digitsEnd, number);
-        if (error == std::errc() && end == digitsEnd && number >= 0 &&
-            NumberedName(path, number) == (begin.parent_path() / name).string())
-            first = std::min<int64_t>(first.value_or(number), number);
+        const auto number = NumberIn((begin.parent_path() / entry.path().filename()).string(), path);
+        if (number) first = std::min<int64_t>(first.value_or(*number), *number);
     }
     return first;
 }
 
-// Numbered pictures ("shot%03d.png") are no file of their own but open as one clip, unless a file is really
-// called so.
-bool IsPattern(const std::string& path) {
-    return av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0;
-}
-
 // The library looks for the first number among the lowest few only.
-void SetPattern(const std::string& path, AVDictionary** options) {
-    if (!IsPattern(path)) {
+void SetPattern(const std::string& path, const std::optional<AVRational>& rate, AVDictionary** options) {
+    if (!IsNumbered(path)) {
         if (path.find('%') != std::string::npos) av_dict_set(options, "pattern_type", "none", 0);
         return;
     }
     const std::optional<int64_t> first = FirstNumber(path);
     if (!first) throw Error(ErrorKind::Input, path + ": no such files");
     av_dict_set_int(options, "start_number", *first, 0);
+    if (rate)
+        av_dict_set(options, "framerate",
+                    (std::to_string(rate->num) + "/" + std::to_string(rate->den)).c_str(), 0);
 }
 
 // MP4 and its like may have their index behind the pictures, which a pipe has handed out by then.
@@ -133,15 +135,28 @@ void RequireRereadable(const std::string& path) {
         throw Error(ErrorKind::Input, path + " is no ordinary file; clips are read more than once here");
 }
 
-InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt) {
+bool StandsFor(const std::string& pattern, const std::string& path) {
+    std::error_code failed; // leaves a path empty
+    const std::string whole = std::filesystem::weakly_canonical(pattern, failed);
+    const std::string name = std::filesystem::weakly_canonical(path, failed);
+    return !whole.empty() && (whole == name || NumberIn(name, whole));
+}
+
+bool IsNumbered(const std::string& path) {
+    return av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0;
+}
+
+InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt,
+                          const std::optional<AVRational>& numberedRate) {
     CaptureLibraryLog();
     TakeLibraryError();
     const bool local = IsLocalPath(path);
-    if (local && !IsPattern(path)) CheckFile(path);
+    if (local && !IsNumbered(path)) CheckFile(path);
 
     DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
     AVDictionary* options = nullptr;
-    if (local) SetPattern(path, &options); // may refuse, and so comes before all that has to be freed
+    if (local)
+        SetPattern(path, numberedRate, &options); // may refuse, and so comes before all that has to be freed
     auto damage = std::make_unique<InputDamage>(path);
     AVFormatContext* context = avformat_alloc_context();
     if (!context) {

@@ -25,12 +25,19 @@ bool IsLocalPath(const std::string& path);
 /// The name that a pattern ("shot%03d.png") stands for.
 std::string NumberedName(const std::string& pattern, int number);
 
+/// Whether a pattern names this file, or all of another pattern's.
+bool StandsFor(const std::string& pattern, const std::string& path);
+
 /// Throws Error (Input) for pipes and devices, which can't be opened again.
 void RequireRereadable(const std::string& path);
 
-/// Opens a file (or a protocol URL) and finds out its streams. Throws Error (Input), one line that names the
-/// file.
-InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt);
+/// Whether a name is a pattern for numbered pictures, and no file is really called so.
+bool IsNumbered(const std::string& path);
+
+/// Opens a file (or a protocol URL) and finds out its streams. Numbered pictures come at that rate, 25 a
+/// second when it is absent. Throws Error (Input), one line that names the file.
+InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt,
+                          const std::optional<AVRational>& numberedRate = {});
 
 /// As av_read_frame, noting damage.
 int ReadPacket(const InputContextPtr& input, AVPacket& packet);

@@ -18,7 +18,7 @@ AVBased::IAVReader* MediaManager::OpenSource(const char* url, const char* /*opti
         return nullptr;
     }
     return Recorded([&]() -> AVBased::IAVReader* {
-        auto* reader = new MediaReader(url, m_canvas, m_terms, m_cancel, m_readers);
+        auto* reader = new MediaReader(url, {m_canvas, m_framing, m_terms}, m_cancel, m_readers);
         if (streams) *streams = reader->Streams();
         if (width) *width = reader->Width();
         if (height) *height = reader->Height();

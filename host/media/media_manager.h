@@ -6,6 +6,7 @@
 #include "aveffect/media.h"
 #include "host/media/damage.h"
 #include "host/picture/fitting.h"
+#include "host/picture/framing.h"
 #include "host/picture/picture_intake.h"
 
 namespace aveffect {
@@ -33,6 +34,9 @@ public:
     /// and transfer.
     void Match(const Canvas& canvas) { m_canvas = canvas; }
 
+    /// Pictures of sources that are opened from now on are cut and scaled, as they are seen.
+    void Frame(const Framing& framing) { m_framing = framing; }
+
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
                                    unsigned* height, unsigned* duration) override;
 
@@ -42,6 +46,7 @@ public:
 private:
     const std::atomic<bool>* m_cancel;
     Canvas m_canvas;
+    Framing m_framing;
     IntakeTerms* m_terms = nullptr;
     std::shared_ptr<OpenReaders> m_readers;
 };

@@ -45,17 +45,18 @@ DamageReport OpenReaders::Damage() const {
     return all;
 }
 
-MediaReader::MediaReader(const std::string& url, const Canvas& canvas, IntakeTerms* terms,
-                         const std::atomic<bool>* cancel, std::shared_ptr<OpenReaders> siblings)
+MediaReader::MediaReader(const std::string& url, const ReaderTerms& terms, const std::atomic<bool>* cancel,
+                         std::shared_ptr<OpenReaders> siblings)
     : m_siblings(std::move(siblings))
-    , m_canvas(canvas)
-    , m_intake(terms)
-    , m_colours(canvas.primaries, canvas.transfer)
+    , m_canvas(terms.canvas)
+    , m_intake(terms.intake)
+    , m_colours(terms.canvas.primaries, terms.canvas.transfer)
     , m_interrupt{cancel, std::nullopt}
-    , m_packet(av_packet_alloc()) {
+    , m_packet(av_packet_alloc())
+    , m_framer(terms.framing) {
     const SourceRequest request = ParseSourceUrl(url);
     m_path = request.path;
-    m_input = OpenInput(m_path, m_interrupt);
+    m_input = OpenInput(m_path, m_interrupt, request.rate);
     if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
     Open(m_video, FindPictures(*m_input, request));
     m_wantsLast = LastPictureWanted(url).value_or(false);
@@ -219,7 +220,7 @@ AVFramePtr MediaReader::Shown(AVFramePtr picture) {
     picture->sample_aspect_ratio = av_guess_sample_aspect_ratio(m_input.get(), m_video.stream, picture.get());
     picture = m_upright.Apply(std::move(picture), *m_video.stream);
     const bool standard = NeedsStandardRange(m_canvas, *picture);
-    picture = m_intake.Reduce(m_intake.Map(std::move(picture), standard));
+    picture = m_intake.Reduce(m_framer.Apply(m_intake.Map(std::move(picture), standard)));
     const std::pair size(WidthFor(*picture, m_canvas.pixelAspect), picture->height);
     if (!m_scaler || m_scaled != size)
         m_scaler.emplace(AV_PIX_FMT_BGRA, size.first, size.second, mediabridge::ScaleQuality::Bicubic);

@@ -12,6 +12,7 @@
 #include "host/media/input.h"
 #include "host/media/source_request.h"
 #include "host/picture/fitting.h"
+#include "host/picture/framing.h"
 #include "host/picture/orientation.h"
 #include "host/picture/picture_intake.h"
 #include "mediabridge/audio_frame.h"
@@ -25,6 +26,13 @@ namespace aveffect {
 std::optional<bool> LastPictureWanted(const std::string& url);
 
 class MediaReader;
+
+/// How the pictures of a manager's sources are given out.
+struct ReaderTerms {
+    const Canvas& canvas;
+    const Framing& framing;
+    IntakeTerms* intake; ///< as for PictureIntake
+};
 
 /// The readers of one manager, and what those that are gone have found to be wrong. Safe from any thread.
 class OpenReaders {
@@ -45,8 +53,8 @@ private:
 class MediaReader final : public AVBased::IAVReader {
 public:
     /// The flag, if any, ends all waiting. Throws Error (Input, Interrupted).
-    MediaReader(const std::string& url, const Canvas& canvas, IntakeTerms* terms,
-                const std::atomic<bool>* cancel, std::shared_ptr<OpenReaders> siblings);
+    MediaReader(const std::string& url, const ReaderTerms& terms, const std::atomic<bool>* cancel,
+                std::shared_ptr<OpenReaders> siblings);
 
     bool ReadItem(AVBased::AVItem* item, unsigned flags, unsigned timeout) override;
     bool Seek(unsigned milliseconds) override;
@@ -93,6 +101,7 @@ private:
     mediabridge::VideoFrame::Ptr m_picture;
     mediabridge::AudioFrame::Ptr m_sound;
     Upright m_upright;
+    Framer m_framer;
     std::optional<mediabridge::Scaler> m_scaler;
     std::pair<int, int> m_scaled; ///< the size that the scaler makes
     mediabridge::SwrContextPtr m_resampler;

@@ -9,9 +9,9 @@ namespace aveffect {
 
 using mediabridge::AVFramePtr;
 
-RightClip::RightClip(const std::string& path, std::optional<int64_t> fromMs, unsigned threads,
+RightClip::RightClip(const SourceRequest& request, std::optional<int64_t> fromMs, unsigned threads,
                      Reporter& reporter, const std::atomic<bool>& cancel)
-    : m_clip(ParseSourceUrl(path), threads, cancel)
+    : m_clip(request, threads, cancel)
     , m_reporter(reporter) {
     if (fromMs) m_clip.SeekBefore(*fromMs);
 }

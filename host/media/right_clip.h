@@ -11,10 +11,10 @@ namespace aveffect {
 /// Its pictures by time. Used by one thread at a time.
 class RightClip {
 public:
-    /// The path is a source URL. Times before fromMs are not asked for. Throws Error (Input, Interrupted).
+    /// Times before fromMs are not asked for. Throws Error (Input, Interrupted).
     /// Flag and reporter outlive it.
-    RightClip(const std::string& path, std::optional<int64_t> fromMs, unsigned threads, Reporter& reporter,
-              const std::atomic<bool>& cancel);
+    RightClip(const SourceRequest& request, std::optional<int64_t> fromMs, unsigned threads,
+              Reporter& reporter, const std::atomic<bool>& cancel);
 
     /// The picture, upright, that begins nearest to a time from the clip's start, the earlier one of two; the
     /// last one for as long as it takes, with a warning. Times do not fall from call to call. Throws Error

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <climits>
+#include <cmath>
 #include <map>
+#include <numeric>
 #include <string_view>
 #include <unistd.h>
 
@@ -16,12 +18,18 @@ namespace {
 /// Set by hosts in stream numbers; not part of the index.
 constexpr unsigned kStreamFlag = 1u << 29;
 
-std::optional<int> StreamIndex(std::string_view text) {
-    unsigned number = 0;
+template <typename Number>
+std::optional<Number> Parse(std::string_view text) {
+    Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || (number & ~kStreamFlag) > INT_MAX)
-        return std::nullopt;
-    return static_cast<int>(number & ~kStreamFlag);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+std::optional<int> StreamIndex(std::string_view text) {
+    const auto number = Parse<unsigned>(text);
+    if (!number || (*number & ~kStreamFlag) > INT_MAX) return std::nullopt;
+    return static_cast<int>(*number & ~kStreamFlag);
 }
 
 std::string LetterOf(AVMediaType kind) {
@@ -82,15 +90,50 @@ SourceRequest ParseSourceUrl(const std::string& url) {
         query.remove_prefix(std::min(query.size(), pair.size() + 1));
         const size_t equals = pair.find('=');
         if (equals == std::string_view::npos) continue;
-        const std::string_view key = pair.substr(0, equals);
+        const std::string_view key = pair.substr(0, equals), value = pair.substr(equals + 1);
+        if (key == "fps" && IsLocalPath(url)) {
+            request.rate = ParsePictureRate(value);
+            if (!request.rate)
+                throw Error(ErrorKind::Input,
+                            url + ": fps=" + std::string(value) + " is no rate; 25, 29.97 or 30000/1001 are");
+        }
         if (key != "vstreamid" && key != "astreamid") continue;
-        const std::optional<int> index = StreamIndex(pair.substr(equals + 1));
+        const std::optional<int> index = StreamIndex(value);
         if (!index) throw Error(ErrorKind::Input, url + ": " + std::string(pair) + " names no stream");
         (key == "vstreamid" ? request.videoStream : request.audioStream) = index;
     }
     // Other keys of a protocol's own URL are the server's.
     if (IsLocalPath(url) || request.videoStream || request.audioStream) request.path = url.substr(0, mark);
+    if (request.rate && !IsNumbered(request.path))
+        throw Error(ErrorKind::Input, url + ": fps is for numbered pictures such as shots/%04d.png");
     return request;
+}
+
+SourceRequest SourceRequest::At(const std::optional<AVRational>& numberedRate) const {
+    SourceRequest request = *this;
+    if (!request.rate) request.rate = numberedRate;
+    return request;
+}
+
+std::optional<AVRational> ParsePictureRate(std::string_view text) {
+    constexpr double kFastest = 1000, kThousandths = 1000, kHundredth = 0.01;
+    constexpr int64_t kLongest = 1'000'000; // numbers of a fraction
+    const size_t slash = text.find('/');
+    int64_t pictures = 0, seconds = 0;
+    if (slash != std::string_view::npos) {
+        pictures = Parse<int64_t>(text.substr(0, slash)).value_or(0);
+        seconds = Parse<int64_t>(text.substr(slash + 1)).value_or(0);
+    } else if (const auto rate = Parse<double>(text); rate && *rate > 0 && *rate <= kFastest) {
+        const double whole = std::ceil(*rate);
+        const bool broadcast = whole != *rate && std::abs(whole * 1000 / 1001 - *rate) < kHundredth / 2;
+        pictures = broadcast ? std::llround(whole) * 1000 : std::llround(*rate * kThousandths);
+        seconds = broadcast ? 1001 : 1000;
+    }
+    const bool right = pictures >= 1 && seconds >= 1 && pictures <= kLongest && seconds <= kLongest &&
+                       static_cast<double>(pictures) <= kFastest * static_cast<double>(seconds);
+    if (!right) return std::nullopt;
+    const int64_t divisor = std::gcd(pictures, seconds);
+    return AVRational{static_cast<int>(pictures / divisor), static_cast<int>(seconds / divisor)};
 }
 
 SourceRequest ParseSourceUrl(const std::string& url, const StreamSelection& selection) {

@@ -2,6 +2,7 @@
 /// Source URLs: a file, and which of its streams are meant.
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/support/av_owner.h"
@@ -25,11 +26,20 @@ struct SourceRequest {
     std::string path; ///< of a file, or a protocol URL
     std::optional<int> videoStream = {}, audioStream = {};
     StreamSelection selection = {};
+    std::optional<AVRational> rate = {}; ///< of numbered pictures, a second; absent: 25
+
+    /// With a rate for what the URL leaves open.
+    SourceRequest At(const std::optional<AVRational>& numberedRate) const;
 };
+
+/// Pictures a second, above 0 and up to 1000: "25", "29.97", "30000/1001". The usual rates that are 1000/1001
+/// of a whole number may be rounded to hundredths. Absent for other texts.
+std::optional<AVRational> ParsePictureRate(std::string_view text);
 
 /// Takes a URL apart: a path or protocol URL, optionally followed by "?" and key=value pairs joined by "&",
 /// of which "vstreamid" and "astreamid" select streams (bit 29 of the number is a flag and not part of the
-/// index). A '?' that belongs to an existing file's name stays part of it. Throws Error (Input).
+/// index) and "fps" gives numbered pictures a rate. A '?' that belongs to an existing file's name stays part
+/// of it. Throws Error (Input).
 SourceRequest ParseSourceUrl(const std::string& url);
 
 /// The same with a selection, for what the URL leaves open.

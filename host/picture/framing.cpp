@@ -63,11 +63,10 @@ void CheckFraming(const Framing& framing) {
         throw Error(ErrorKind::Usage, "--size-after goes with --size or --crop");
 }
 
-// In the picture's own pixels, which may not be square.
-void Framer::Cut(AVFrame& picture) const {
+Framer::Part Framer::PartOf(PictureSize own, double pixelAspect) const {
+    if (!m_framing.crop) return {0, 0, own.width, own.height};
     const Framing::Crop& crop = *m_framing.crop;
-    const double pixel = PixelAspect(picture);
-    const double wide = picture.width * pixel, high = picture.height;
+    const double wide = own.width * pixelAspect, high = own.height;
     const double width = PixelsOf(crop.width, wide), height = PixelsOf(crop.height, high);
     const double x = crop.x ? PixelsOf(*crop.x, wide) : (wide - width) / 2;
     const double y = crop.y ? PixelsOf(*crop.y, high) : (high - height) / 2;
@@ -78,31 +77,32 @@ void Framer::Cut(AVFrame& picture) const {
                                           std::to_string(std::lround(x)) + ":" +
                                           std::to_string(std::lround(y)) + ", but the pictures are " +
                                           SizeText(wide, high));
-    const auto columns = [pixel](double length) {
-        return static_cast<int>(std::floor(length / pixel + 0.5));
+    const auto columns = [pixelAspect](double length) {
+        return static_cast<int>(std::floor(length / pixelAspect + 0.5));
     };
-    const int left = std::min(columns(x), picture.width - 1);
-    const int top = std::min(static_cast<int>(std::floor(y)), picture.height - 1);
-    KeepPart(picture, left, top, std::clamp(columns(width), 1, picture.width - left),
-             std::clamp(static_cast<int>(std::lround(height)), 1, picture.height - top));
+    const int left = std::min(columns(x), own.width - 1);
+    const int top = std::min(static_cast<int>(std::floor(y)), own.height - 1);
+    return {left, top, std::clamp(columns(width), 1, own.width - left),
+            std::clamp(static_cast<int>(std::lround(height)), 1, own.height - top)};
 }
 
-Framer::Size Framer::Wanted(const AVFrame& picture) const {
-    const double wide = picture.width * PixelAspect(picture), high = picture.height;
+PictureSize Framer::SizeFor(PictureSize own, double pixelAspect) const {
+    const Part part = PartOf(own, pixelAspect);
+    const double wide = part.width * pixelAspect, high = part.height;
     double width = m_framing.width ? PixelsOf(*m_framing.width, wide) : 0;
     double height = m_framing.height ? PixelsOf(*m_framing.height, high) : 0;
+    if (!m_framing.height) height = m_framing.width ? width * high / wide : high;
     if (!m_framing.width) width = height * wide / high;
-    if (!m_framing.height) height = width * high / wide;
     width = std::max(1.0, std::round(width));
     height = std::max(1.0, std::round(height));
-    if (width > kLargest || height > kLargest)
+    if (m_framing.Resizes() && (width > kLargest || height > kLargest))
         throw Error(ErrorKind::Usage, "--size comes to " + SizeText(width, height) +
                                           "; pictures have up to 16384 pixels a side");
     return {static_cast<int>(width), static_cast<int>(height)};
 }
 
 // Of the shape that it is going to have.
-void Framer::CutToShape(AVFrame& picture, Size size) const {
+void Framer::CutToShape(AVFrame& picture, PictureSize size) const {
     const double pixel = PixelAspect(picture);
     const double shape = static_cast<double>(size.width) / size.height;
     const int width =
@@ -113,7 +113,7 @@ void Framer::CutToShape(AVFrame& picture, Size size) const {
 }
 
 // In whole samples of chroma where there is background beside them.
-Framer::Size Framer::Contained(const AVFrame& picture, Size size) const {
+PictureSize Framer::Contained(const AVFrame& picture, PictureSize size) const {
     const double shape = picture.width * PixelAspect(picture) / picture.height;
     const AVPixFmtDescriptor* about = av_pix_fmt_desc_get(m_format);
     const auto fitted = [](double length, int shift, int most) {
@@ -124,7 +124,7 @@ Framer::Size Framer::Contained(const AVFrame& picture, Size size) const {
             fitted(size.width / shape, about->log2_chroma_h, size.height)};
 }
 
-AVFramePtr Framer::Background(const AVFrame& like, Size size) const {
+AVFramePtr Framer::Background(const AVFrame& like, PictureSize size) const {
     uint8_t colour[4] = {};
     av_parse_color(colour, m_framing.background.value_or(kBlack).c_str(), -1, nullptr);
     AVFramePtr plain = mediabridge::AllocatePicture(AV_PIX_FMT_RGBA, size.width, size.height);
@@ -140,7 +140,7 @@ AVFramePtr Framer::Background(const AVFrame& like, Size size) const {
     return made;
 }
 
-AVFramePtr Framer::OnBackground(const AVFrame& picture, Size size) {
+AVFramePtr Framer::OnBackground(const AVFrame& picture, PictureSize size) {
     if (!m_background || m_background->width != size.width || m_background->height != size.height)
         m_background = Background(picture, size);
     AVFramePtr whole = mediabridge::CopyPicture(m_background.get());
@@ -160,6 +160,9 @@ AVFramePtr Framer::OnBackground(const AVFrame& picture, Size size) {
 
 AVFramePtr Framer::Apply(AVFramePtr picture) {
     if (m_framing.Empty()) return picture;
+    const PictureSize own{picture->width, picture->height};
+    const double pixel = PixelAspect(*picture);
+    if (!m_framing.crop && pixel == 1 && SizeFor(own, pixel) == own) return picture;
     if (m_format != ScalableFormat(*picture)) {
         m_format = ScalableFormat(*picture);
         m_scaler.reset();
@@ -173,9 +176,10 @@ AVFramePtr Framer::Apply(AVFramePtr picture) {
         part = plain.Convert(picture.get());
         if (!part) throw Error(ErrorKind::Output, "a picture can't be converted: " + plain.Error());
     }
-    if (m_framing.crop) Cut(*part);
-    Size target{part->width, part->height};
-    const Size wanted = m_framing.Resizes() ? Wanted(*part) : target;
+    const Part kept = PartOf(own, pixel);
+    KeepPart(*part, kept.left, kept.top, kept.width, kept.height);
+    PictureSize target{kept.width, kept.height};
+    const PictureSize wanted = m_framing.Resizes() ? SizeFor(own, pixel) : target;
     const Framing::Fit fit = m_framing.fit.value_or(Framing::Fit::Contain);
     if (m_framing.Resizes()) {
         if (fit == Framing::Fit::Cover) CutToShape(*part, wanted);

@@ -14,6 +14,12 @@ struct Extent {
     bool percent = false;
 };
 
+/// In pixels.
+struct PictureSize {
+    int width = 0, height = 0;
+    bool operator==(const PictureSize&) const = default;
+};
+
 /// What is asked for. Lengths are of pictures as they are seen: upright, of square pixels.
 struct Framing {
     enum class Fit {
@@ -49,26 +55,29 @@ public:
     /// crop that reaches beyond the picture or a size that no picture has, Output.
     mediabridge::AVFramePtr Apply(mediabridge::AVFramePtr picture);
 
+    /// What pictures of that size and shape of pixels become, in square pixels. Throws Error (Usage) as
+    /// Apply().
+    PictureSize SizeFor(PictureSize own, double pixelAspect) const;
+
     /// Whether pictures lost edges or got some, so that what is said of places in them no longer holds.
     bool Reshapes() const {
         return m_framing.crop || (m_framing.Resizes() && m_framing.fit != Framing::Fit::Stretch);
     }
 
 private:
-    struct Size {
-        int width = 0, height = 0;
-        bool operator==(const Size&) const = default;
+    /// In a picture's own pixels.
+    struct Part {
+        int left = 0, top = 0, width = 0, height = 0;
     };
-    void Cut(AVFrame& picture) const;
-    void CutToShape(AVFrame& picture, Size size) const;
-    Size Wanted(const AVFrame& picture) const;
-    Size Contained(const AVFrame& picture, Size size) const;
-    mediabridge::AVFramePtr OnBackground(const AVFrame& picture, Size size);
-    mediabridge::AVFramePtr Background(const AVFrame& like, Size size) const;
+    Part PartOf(PictureSize own, double pixelAspect) const;
+    void CutToShape(AVFrame& picture, PictureSize size) const;
+    PictureSize Contained(const AVFrame& picture, PictureSize size) const;
+    mediabridge::AVFramePtr OnBackground(const AVFrame& picture, PictureSize size);
+    mediabridge::AVFramePtr Background(const AVFrame& like, PictureSize size) const;
 
     Framing m_framing;
     std::optional<mediabridge::Scaler> m_scaler;
-    Size m_scaled; ///< that the scaler makes
+    PictureSize m_scaled; ///< that the scaler makes
     AVPixelFormat m_format = AV_PIX_FMT_NONE;
     mediabridge::AVFramePtr m_background;
 };

@@ -21,6 +21,7 @@ struct RenderObserver {
     std::function<void(const std::string&)>
         note; ///< a detail for the curious: the working format, for example
     std::function<void(const std::string&)> warning; ///< something the user should know
+    std::function<void(const std::string&)> remark;  ///< what was chosen for the user; nothing is wrong
 };
 
 } // namespace aveffect

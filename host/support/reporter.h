@@ -17,6 +17,10 @@ public:
         const std::scoped_lock lock(m_mutex);
         if (m_observer.note) m_observer.note(text);
     }
+    void Remark(const std::string& text) {
+        const std::scoped_lock lock(m_mutex);
+        if (m_observer.remark) m_observer.remark(text);
+    }
     void Warn(const std::string& text) {
         const std::scoped_lock lock(m_mutex);
         if (m_observer.warning) m_observer.warning(text);

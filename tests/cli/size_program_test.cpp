@@ -60,6 +60,82 @@ TEST_F(SizeProgram, PicturesGetSizes) {
     EXPECT_EQ(Made("turned.mp4", "turned.mkv", {"--codec", "ffv1", "--size", ":100"}).size(), 100u * 25 * 3);
 }
 
+TEST_F(SizeProgram, SourcesOfAnyShapeBecomeOneFilm) {
+    MakeStill("a.png", "ff0000"); // 8x6
+    Ffmpeg(
+        {"-f", "lavfi", "-i", "color=lime:s=40x20:r=10:d=0.4", "-c:v", "ffv1", "-pix_fmt", "bgr0", "b.mkv"});
+    Ffmpeg({"-f", "lavfi", "-i", "color=red:s=2000x1500", "-frames:v", "1", "photo.png"});
+    const Strings join = {"join", "a.png@0.2", "b.mkv", "film.mkv", "-e", "cut"};
+    const Strings across = {"transition", "a.png",     "b.mkv",        "film.mkv",
+                            "-e",         "crossfade", "--hold-after", "0.1"};
+    const Strings photos = {"join", "photo.png", "photo.png",          "film.mkv",
+                            "-e",   "cut",       "--picture-duration", "0.04"};
+    const struct {
+        Strings command, options;
+        size_t width, height, pictures;
+        const char* seen; ///< at the top left and in the middle, of the first picture, then of the last
+        const char* said;
+    } cases[] = {
+        {join, {}, 40, 20, 6, "-rgg", ""},
+        {join, {"--size", "20x40", "--fit", "cover", "--fps", "20"}, 20, 40, 12, "rrgg", ""},
+        {join, {"--size", ":40", "--background", "blue"}, 80, 40, 6, "brgg", ""},
+        {join, {"--fit", "stretch"}, 40, 20, 6, "rrgg", ""},
+        {join, {"--crop", "50%:50%"}, 20, 10, 6, "-rgg", ""},
+        {join, {"--size", "20x20", "--background", "blue", "--size-after"}, 20, 20, 6, "brbg", ""},
+        {across, {"--live", "--duration", "0.3"}, 8, 6, 10, "rr-g", ""},
+        {across, {"--size", "20x40", "--fit", "cover"}, 20, 40, 28, "rrgg", "first picture of b.mkv"},
+        {across, {"--fps", "10", "--background", "blue"}, 8, 6, 11, "rrbg", "first picture of b.mkv"},
+        {photos, {}, 1440, 1080, 2, "rrrr", "1440x1080"},
+        {photos, {"--size", "100%"}, 2000, 1500, 2, "rrrr", ""},
+    };
+    for (const auto& each : cases) {
+        Strings command = each.command;
+        command.insert(command.end(), {"--codec", "ffv1", "--overwrite"});
+        command.insert(command.end(), each.options.begin(), each.options.end());
+        SCOPED_TRACE(testing::PrintToString(command));
+        const Outcome outcome = Aveffect(command);
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_EQ(outcome.messages.find("warning"), std::string::npos) << outcome.messages;
+        EXPECT_TRUE(*each.said ? outcome.messages.find(each.said) != std::string::npos
+                               : outcome.messages.empty())
+            << outcome.messages;
+        const std::string film = Pixels("film.mkv");
+        ASSERT_EQ(film.size(), each.width * each.height * 3 * each.pictures);
+        const std::string last = film.substr(film.size() - each.width * each.height * 3);
+        const std::string seen = {
+            At(film, each.width, 0, 0), At(film, each.width, each.width / 2, each.height / 2),
+            At(last, each.width, 0, 0), At(last, each.width, each.width / 2, each.height / 2)};
+        EXPECT_EQ(seen, each.seen);
+    }
+}
+
+TEST_F(SizeProgram, FilmsAreNumberedPicturesToo) {
+    MakeStill("a.png", "ff0000");
+    MakeStill("b.png", "0000ff");
+    std::filesystem::create_directory(Path("f"));
+    for (const Strings& command :
+         {Strings{"join", "a.png@0.2", "b.png@0.2", "f/%d.png", "-e", "cut"},
+          {"join", "a.png@0.2", "b.png@0.2", "one.mkv", "-e", "cut", "--codec", "ffv1"},
+          {"transition", "a.png", "b.png", "f/t%02d.jpg", "-e", "clock", "--fps", "5"},
+          {"render", "f/%d.png", "slow.mkv", "--fps", "5", "--codec", "ffv1"},
+          {"join", "f/%d.png?fps=5", "slow.mkv", "both.mkv", "-e", "cut", "--fps", "10"}}) {
+        const Outcome outcome = Aveffect(command);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.messages;
+    }
+    EXPECT_EQ(Pixels("f/t01.jpg").size(), Pixels("f/t05.jpg").size());
+    EXPECT_FALSE(std::filesystem::exists(Path("f/t06.jpg")));
+    EXPECT_EQ(Aveffect({"compare", "f/%d.png", "one.mkv"}).exitCode, 0);
+    EXPECT_EQ(Aveffect({"compare", "f/%d.png", "slow.mkv"}).exitCode, 0); // 10 pictures
+    EXPECT_EQ(Pixels("both.mkv").size(), 40 * Pixels("a.png").size());
+    // Nothing that is read is written over.
+    for (const Strings& inputs : {Strings{"f/%d.png", "a.png"}, {"a.png", "f/3.png"}}) {
+        const Outcome refused =
+            Aveffect({"transition", inputs[0], inputs[1], "f/%d.png", "-e", "clock", "--overwrite"});
+        EXPECT_EQ(refused.exitCode, 4);
+        EXPECT_TRUE(IsOneMessage(refused.messages));
+    }
+}
+
 TEST_F(SizeProgram, RatesKeepTimes) {
     MakeClip("in.mkv", "32x32", 10);
     const std::string own = Pixels("in.mkv");

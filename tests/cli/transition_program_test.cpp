@@ -34,18 +34,18 @@ protected:
 TEST_F(TransitionProgram, OptionsReachTheTransition) {
     Run({"transition",   "a.png", "b.png",   "out.mkv", "--effect",      "EffectNameMkFade",
          "--duration",   "0.4",   "--start", "0.2",     "--hold-before", "0.1",
-         "--hold-after", "0.1",   "--size",  "6x6",     "--fps",         "10",
+         "--hold-after", "0.1",   "--size",  "8x12",    "--fps",         "10",
          "--codec",      "ffv1"});
     const std::string pixels = Pixels("out.mkv");
-    constexpr size_t kPicture = 6 * 6 * 3;
+    constexpr size_t kPicture = 8 * 12 * 3, kBlack = 8 * 3 * 3;
     ASSERT_EQ(pixels.size(), 6 * kPicture);
-    // 8x6 becomes 6x4 between black rows; then red for 1 + 2 pictures, half and half, blue.
+    // Three black rows above and below 8x6; then red for 1 + 2 pictures, half and half, blue.
     const int whole = static_cast<unsigned char>(Pixels("a.png")[0]);
     const int red[] = {whole, whole, whole, whole, whole / 2, 0};
     for (size_t picture = 0; picture < 6; ++picture) {
         const std::string shown = pixels.substr(picture * kPicture, kPicture);
-        EXPECT_EQ(shown.substr(0, 6 * 3), std::string(6 * 3, '\0')) << picture;
-        EXPECT_EQ(static_cast<unsigned char>(shown[6 * 3]), red[picture]) << picture;
+        EXPECT_EQ(shown.substr(0, kBlack), std::string(kBlack, '\0')) << picture;
+        EXPECT_EQ(static_cast<unsigned char>(shown[kBlack]), red[picture]) << picture;
     }
 }
 
@@ -208,7 +208,7 @@ TEST_F(TransitionProgram, WhatIsWrongIsSaidInOneLine) {
          "--start must lie before the end of --duration"},
         {2,
          {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--size", "9x"},
-         "--size takes WIDTHxHEIGHT, each from 1 to 16384 pixels, not '9x'"},
+         "--size takes WIDTHxHEIGHT, WIDTH:, :HEIGHT or a percentage"},
         {2,
          {"transition", "a.png", "b.png", "o.mkv", "-e", "EffectNameMkFade", "--fps", "25/0"},
          "--fps takes"},

@@ -101,7 +101,7 @@ TEST_F(Transitions, StillPicturesFadeInTheirTime) {
     options.startMs = 200;
     options.holdBeforeMs = 300;
     options.holdAfterMs = 150;
-    options.rate = aveffect::PictureRate{20, 1};
+    options.film.rate = AVRational{20, 1};
     const auto result = aveffect::RenderTransition(clips::ThePlugin(), options, {}, kGoOn);
     EXPECT_EQ(result.frames, 29);
 
@@ -128,7 +128,7 @@ TEST_F(Transitions, PicturesAreFittedTurnedAndChosenByStream) {
     const std::string first = Ffmpeg("-f lavfi -i color=red:s=50x40 -frames:v 1", "a.png");
     aveffect::TransitionOptions options{Film(m_directory / "out.mkv"), "EffectNameMkRoll", first,
                                         m_directory / "turned.mp4?vstreamid=1"};
-    options.size = aveffect::PictureSize{60, 60};
+    options.film.framing.width = options.film.framing.height = aveffect::Extent{60};
     options.holdAfterMs = 40;
     aveffect::RenderTransition(clips::ThePlugin(), options, {}, kGoOn);
     const Bytes film = Pixels(options.film.output);
