@@ -92,11 +92,11 @@ struct OilPixels {
     AVEFFECT_INLINE void Put(size_t y, size_t x, const U8 (&means)[3]) const {
         uint8_t* const row = plane.Row(y) + 4 * x;
         if (x + kLanes <= plane.width) {
-            StoreJoined(row, means[0], means[1], means[2]);
+            StoreJoined(row, means[0], means[1], means[2], U8{});
             return;
         }
         uint8_t pixels[4 * kLanes];
-        StoreJoined(pixels, means[0], means[1], means[2]);
+        StoreJoined(pixels, means[0], means[1], means[2], U8{});
         std::memcpy(row, pixels, 4 * (plane.width - x));
     }
     AVEFFECT_INLINE void FinishRow(size_t) const {}

@@ -77,8 +77,39 @@ std::string Describe(AVPixelFormat format, int width, int height) {
            std::to_string(height);
 }
 
+/// Whether a picture is copied: however its rows are stored, in order.
+bool SamePicture(PictureSide source, const PictureSide& target) {
+    source.bottomUp = target.bottomUp;
+    return source == target;
+}
+
 AVColorSpace OneName(AVColorSpace matrix) {
     return Is601(matrix) || matrix == AVCOL_SPC_RGB ? AVCOL_SPC_SMPTE170M : matrix;
+}
+
+/// Of YUV with fewer chroma samples than luma's, at whose corners or middle it lies.
+AVChromaLocation ChromaLocation(AVPixelFormat format, AVChromaLocation said) {
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+    if (CountsAsRgb(format) || descriptor->log2_chroma_w + descriptor->log2_chroma_h == 0)
+        return AVCHROMA_LOC_UNSPECIFIED;
+    return said == AVCHROMA_LOC_UNSPECIFIED ? AVCHROMA_LOC_LEFT : said;
+}
+
+/// libswscale's chroma positions, in 256ths of a luma sample. Its own choice is the middle.
+struct ChromaPosition {
+    int across = kMiddle, down = kMiddle;
+    static constexpr int kMiddle = -513;
+};
+ChromaPosition PositionOf(const PictureSide& side) {
+    ChromaPosition position;
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(side.format);
+    const AVChromaLocation at = side.chroma;
+    const bool left = at == AVCHROMA_LOC_LEFT || at == AVCHROMA_LOC_TOPLEFT || at == AVCHROMA_LOC_BOTTOMLEFT;
+    if (left && descriptor->log2_chroma_w > 0) position.across = 0;
+    if (descriptor->log2_chroma_h != 1) return position;
+    if (at == AVCHROMA_LOC_TOPLEFT || at == AVCHROMA_LOC_TOP) position.down = 0;
+    if (at == AVCHROMA_LOC_BOTTOMLEFT || at == AVCHROMA_LOC_BOTTOM) position.down = 256;
+    return position;
 }
 
 /// The display aspect ratio stays, so the pixels' changes with the size.
@@ -102,7 +133,7 @@ Scaler::Scaler(AVPixelFormat format, int width, int height, ScaleQuality quality
     , m_range(range)
     , m_matrix(matrix) {}
 
-AVColorRange Scaler::TargetRange(const Side& source) const {
+AVColorRange Scaler::TargetRange(const PictureSide& source) const {
     if (!HasColourRange(m_format) || WithoutRange(m_format) != m_format) return AVCOL_RANGE_JPEG;
     if (m_range != AVCOL_RANGE_UNSPECIFIED) return m_range;
     return HasColourRange(source.format) ? source.range : UsualRange(m_format);
@@ -113,12 +144,20 @@ Scaler::Shape Scaler::ShapeFor(const AVFrame* source) const {
     const auto format = static_cast<AVPixelFormat>(source->format);
     const bool saysRange = HasColourRange(format) && WithoutRange(format) == format &&
                            source->color_range != AVCOL_RANGE_UNSPECIFIED;
-    shape.source = {WithoutRange(format), source->width, source->height,
-                    saysRange ? source->color_range : UsualRange(format), OneName(source->colorspace)};
+    shape.source = {WithoutRange(format),
+                    source->width,
+                    source->height,
+                    saysRange ? source->color_range : UsualRange(format),
+                    OneName(source->colorspace),
+                    ChromaLocation(format, source->chroma_location),
+                    source->linesize[0] < 0};
     const bool keeps = m_matrix == AVCOL_SPC_UNSPECIFIED || !HasColourRange(m_format);
-    shape.target = {WithoutRange(m_format), m_width ? m_width : source->width,
-                    m_height ? m_height : source->height, TargetRange(shape.source),
-                    keeps ? shape.source.matrix : OneName(m_matrix)};
+    shape.target = {WithoutRange(m_format),
+                    m_width ? m_width : source->width,
+                    m_height ? m_height : source->height,
+                    TargetRange(shape.source),
+                    keeps ? shape.source.matrix : OneName(m_matrix),
+                    ChromaLocation(m_format, source->chroma_location)};
     return shape;
 }
 
@@ -147,18 +186,33 @@ AVFramePtr Scaler::Fail(const std::string& reason) {
 }
 
 bool Scaler::Prepare(const Shape& shape) {
-    if (m_context && shape == m_shape) return true;
+    if ((m_context || m_conversion) && shape == m_shape) return true;
     m_context.reset();
+    m_conversion = PixelConversion::Between(shape.source, shape.target, m_quality);
+    if (!m_conversion && !PrepareContext(shape)) return false;
+    m_shape = shape;
+    return true;
+}
+
+bool Scaler::ReadsPixelsAlone(const AVFrame* source) {
+    const Shape shape = ShapeFor(source);
+    return SamePicture(shape.source, shape.target) || (Prepare(shape) && m_conversion);
+}
+
+bool Scaler::PrepareContext(const Shape& shape) {
     if (shape.source.format == AV_PIX_FMT_NONE || !sws_isSupportedInput(shape.source.format) ||
         !sws_isSupportedOutput(shape.target.format))
         return false;
     SwsContextPtr context(sws_alloc_context());
     if (!context) return false;
+    const ChromaPosition from = PositionOf(shape.source), to = PositionOf(shape.target);
     const std::pair<const char*, int> options[] = {
         {"srcw", shape.source.width},        {"srch", shape.source.height},
         {"src_format", shape.source.format}, {"src_range", shape.source.range == AVCOL_RANGE_JPEG},
         {"dstw", shape.target.width},        {"dsth", shape.target.height},
         {"dst_format", shape.target.format}, {"dst_range", shape.target.range == AVCOL_RANGE_JPEG},
+        {"src_h_chr_pos", from.across},      {"src_v_chr_pos", from.down},
+        {"dst_h_chr_pos", to.across},        {"dst_v_chr_pos", to.down},
         {"sws_flags", FlagsFor(shape)},
     };
     for (const auto& [name, value] : options)
@@ -172,7 +226,6 @@ bool Scaler::Prepare(const Shape& shape) {
                                  shape.target.range == AVCOL_RANGE_JPEG, 0, kUnity, kUnity) < 0)
         return false;
     m_context = std::move(context);
-    m_shape = shape;
     return true;
 }
 
@@ -208,7 +261,7 @@ AVFramePtr Scaler::Convert(const AVFrame* source) {
     const Shape shape = ShapeFor(source);
     const int width = shape.target.width;
     const int height = shape.target.height;
-    if (width % 2 != 0 && WantsEvenRows(m_format) && shape.source != shape.target)
+    if (width % 2 != 0 && WantsEvenRows(m_format) && !SamePicture(shape.source, shape.target))
         return ConvertToEvenRows(source);
     AVFramePtr result = AllocatePicture(m_format, width, height);
     if (!result) return Fail("no memory for a picture of " + Describe(m_format, width, height));
@@ -220,7 +273,7 @@ AVFramePtr Scaler::Convert(const AVFrame* source) {
         result->colorspace = AVCOL_SPC_SMPTE170M;
     if (m_matrix != AVCOL_SPC_UNSPECIFIED) result->colorspace = m_matrix;
 
-    if (shape.source == shape.target) {
+    if (SamePicture(shape.source, shape.target)) {
         av_image_copy(result->data, result->linesize, const_cast<const std::uint8_t**>(source->data),
                       source->linesize, shape.source.format, width, height);
         return result;
@@ -229,6 +282,10 @@ AVFramePtr Scaler::Convert(const AVFrame* source) {
         return Fail("can't convert " +
                     Describe(static_cast<AVPixelFormat>(source->format), source->width, source->height) +
                     " to " + Describe(m_format, width, height));
+    if (m_conversion) {
+        m_conversion->Run(*source, *result);
+        return result;
+    }
     if (sws_scale(m_context.get(), source->data, source->linesize, 0, source->height, result->data,
                   result->linesize) < 0)
         return Fail("conversion to " + Describe(m_format, width, height) + " failed");

@@ -1,13 +1,13 @@
 #pragma once
-/// Pixel format and size conversion on libswscale.
+/// Pixel format and size conversion: on our own kernels where they serve, else on libswscale.
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "mediabridge/av_ptr.h"
+#include "mediabridge/pixel_conversion.h"
 
 namespace mediabridge {
-
-enum class ScaleQuality { Fastest, Bilinear, Bicubic, Lanczos };
 
 /// Converts pictures to one format and size, honouring each picture's colour range and matrix, dithering when
 /// depth is lost; a picture that already has the format, size and range is copied byte for byte. Keeps its
@@ -17,6 +17,8 @@ enum class ScaleQuality { Fastest, Bilinear, Bicubic, Lanczos };
 /// The matrix is the picture's own (AVFrame::colorspace) on the way to RGB and back; a picture that has none,
 /// or says RGB, counts as BT.601 whatever its size. A converted picture keeps the matrix tag on RGB too, so
 /// that the way back uses it; a matrix that is asked for takes its place.
+///
+/// Chroma lies where the picture says, else at the left column of its pair and half way between its rows.
 class Scaler {
 public:
     /// Width or height 0 keep each source's own. A range of AVCOL_RANGE_UNSPECIFIED keeps the source's where
@@ -30,28 +32,24 @@ public:
     /// Error() then says why.
     AVFramePtr Convert(const AVFrame* source);
 
+    /// Whether conversion of this picture reads nothing but its pixels; libswscale reads what lies around
+    /// them.
+    bool ReadsPixelsAlone(const AVFrame* source);
+
     const std::string& Error() const noexcept { return m_error; }
 
 private:
-    /// What a context is made for. J formats are stored as their plain twins.
-    struct Side {
-        AVPixelFormat format = AV_PIX_FMT_NONE;
-        int width = 0;
-        int height = 0;
-        AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
-        AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED; ///< one name for each matrix
-        bool operator==(const Side&) const = default;
-    };
     struct Shape {
-        Side source;
-        Side target;
+        PictureSide source;
+        PictureSide target;
         bool operator==(const Shape&) const = default;
     };
 
     Shape ShapeFor(const AVFrame* source) const;
-    AVColorRange TargetRange(const Side& source) const;
+    AVColorRange TargetRange(const PictureSide& source) const;
     int FlagsFor(const Shape& shape) const;
     bool Prepare(const Shape& shape);
+    bool PrepareContext(const Shape& shape);
     AVFramePtr ConvertToEvenRows(const AVFrame* source);
     AVFramePtr Fail(const std::string& reason);
 
@@ -61,7 +59,8 @@ private:
     ScaleQuality m_quality;
     AVColorRange m_range;
     AVColorSpace m_matrix;
-    Shape m_shape; ///< the context's
+    Shape m_shape; ///< of the last conversion, by one of the next two
+    std::optional<PixelConversion> m_conversion;
     SwsContextPtr m_context;
     std::unique_ptr<Scaler> m_toPixels, m_toRows; ///< where one step won't do
     std::string m_error;

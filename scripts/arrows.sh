@@ -10,7 +10,7 @@ BaseTools:          include
 kernels:            include
 avbase:             include BaseTools kernels
 AVEffect:           include BaseTools kernels avbase
-mediabridge:        include
+mediabridge:        include kernels
 companions/basetools: include
 companions/basemedia: include mediabridge
 host/support:       include mediabridge

@@ -43,11 +43,11 @@ AVEFFECT_INLINE Channels TakeApart(const uint8_t* pixels) {
     return {PackEven(br01, br23), PackEven(ga01, ga23), PackOdd(br01, br23), PackOdd(ga01, ga23)};
 }
 
-// Four registers of pixels from bytes in order; alpha 0.
-AVEFFECT_INLINE void StoreJoined(uint8_t* pixels, U8 b, U8 g, U8 r) {
-    const U8 bs = ToInterleave(b), gs = ToInterleave(g), rs = ToInterleave(r);
+// Four registers of pixels from bytes in order.
+AVEFFECT_INLINE void StoreJoined(uint8_t* pixels, U8 b, U8 g, U8 r, U8 a) {
+    const U8 bs = ToInterleave(b), gs = ToInterleave(g), rs = ToInterleave(r), as = ToInterleave(a);
     const U16 bgLow = (U16)InterleaveLow(bs, gs), bgHigh = (U16)InterleaveHigh(bs, gs);
-    const U16 raLow = (U16)InterleaveLow(rs, U8{}), raHigh = (U16)InterleaveHigh(rs, U8{});
+    const U16 raLow = (U16)InterleaveLow(rs, as), raHigh = (U16)InterleaveHigh(rs, as);
     Store(pixels, InterleaveLow(bgLow, raLow));
     Store(pixels + kLanes, InterleaveHigh(bgLow, raLow));
     Store(pixels + 2 * kLanes, InterleaveLow(bgHigh, raHigh));

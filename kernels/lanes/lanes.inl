@@ -149,25 +149,50 @@ constexpr uint16_t kEvenLanes[32] = {0,  2,  4,  6,  8,  10, 12, 14, 16, 18, 20,
                                      32, 34, 36, 38, 40, 42, 44, 46, 48, 50, 52, 54, 56, 58, 60, 62};
 #endif
 
+// Both registers' lanes in order, limited to 16 bits.
+AVEFFECT_INLINE I16 PackPairsInOrder(I32 low, I32 high) {
+    const I16 packed = PackPairs(low, high);
+#if AVEFFECT_LANE_BYTES == 64
+    return (I16)_mm512_maskz_permutexvar_epi64(0xFF, _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0),
+                                               (Register)packed);
+#elif AVEFFECT_LANE_BYTES == 32
+    return (I16)_mm256_permute4x64_epi64((Register)packed, 0xD8);
+#else
+    return packed;
+#endif
+}
+
 // Every other lane of a, then of b.
 AVEFFECT_INLINE U16 EvenLanes(U16 a, U16 b) {
 #if AVEFFECT_LANE_BYTES == 64
     return (U16)_mm512_permutex2var_epi16((Register)a, (Register)Load<U16>(kEvenLanes), (Register)b);
 #else
-    const I16 packed = PackPairs(((I32)a << 16) >> 16, ((I32)b << 16) >> 16);
-#if AVEFFECT_LANE_BYTES == 32
-    return (U16)_mm256_permute4x64_epi64((Register)packed, 0xD8);
-#else
-    return (U16)packed;
-#endif
+    return (U16)PackPairsInOrder(((I32)a << 16) >> 16, ((I32)b << 16) >> 16);
 #endif
 }
+
+#if AVEFFECT_LANE_BYTES > 16
+// Of each 128 bits the low and the high eight bytes in turns.
+constexpr uint8_t kHalvesInTurns[64] = {0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15,
+                                        0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15,
+                                        0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15,
+                                        0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15};
+#endif
 
 // 16-bit lanes of the even and of the odd bytes, which needs no shuffling; Join undoes it, for lanes up to
 // 255.
 AVEFFECT_INLINE U16 Even(U8 samples) { return (U16)samples & 0xFF; }
 AVEFFECT_INLINE U16 Odd(U8 samples) { return (U16)samples >> 8; }
 AVEFFECT_INLINE U8 Join(U16 even, U16 odd) { return (U8)(even | (odd << 8)); }
+// The same, limited to 0..255 first.
+AVEFFECT_INLINE U8 JoinLimited(I16 even, I16 odd) {
+    const U8 packed = Pack(even, odd);
+#if AVEFFECT_LANE_BYTES == 16
+    return InterleaveLow(packed, (U8)_mm_srli_si128((Register)packed, 8));
+#else
+    return PickBytes(packed, Load<U8>(kHalvesInTurns));
+#endif
+}
 // The same, each byte times 256: what MultiplyHigh by a gain turns into byte * gain >> 8.
 AVEFFECT_INLINE U16 EvenTimes256(U8 samples) { return (U16)samples << 8; }
 AVEFFECT_INLINE U16 OddTimes256(U8 samples) { return (U16)samples & 0xFF00; }

@@ -1,0 +1,155 @@
+/// Our own conversions between planes and pixels, at every level, against double precision.
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "mediabridge/pixel_conversion.h"
+#include "tests/support/colour_model.h"
+#include "tests/support/feature_mask.h"
+#include "tests/support/guarded_bytes.h"
+
+namespace {
+
+using namespace mediabridge;
+using namespace test;
+
+/// A picture whose planes end, or begin, at protected pages.
+struct Guarded {
+    AVFramePtr picture{av_frame_alloc()};
+    std::vector<GuardedBytes> planes;
+
+    Guarded(AVPixelFormat format, int width, int height, Flush flush, unsigned seed) {
+        std::mt19937 random(seed);
+        const AVPixFmtDescriptor& of = *av_pix_fmt_desc_get(format);
+        picture->format = format;
+        picture->width = width;
+        picture->height = height;
+        for (int plane = 0; plane < av_pix_fmt_count_planes(format); ++plane) {
+            const bool chroma = plane == 1 || plane == 2;
+            const int columns = AV_CEIL_RSHIFT(width, chroma ? of.log2_chroma_w : 0) * of.comp[0].step;
+            const int rows = AV_CEIL_RSHIFT(height, chroma ? of.log2_chroma_h : 0), pitch = columns + plane;
+            planes.emplace_back(static_cast<size_t>(pitch * (rows - 1) + columns), uint8_t{}, flush);
+            // Extremes in every other picture: filters and matrices go furthest there.
+            for (uint8_t& byte : planes.back())
+                byte = static_cast<uint8_t>(seed % 2 ? random() : random() % 2 * 255);
+            picture->data[plane] = planes.back().data();
+            picture->linesize[plane] = pitch;
+        }
+    }
+};
+
+struct Case {
+    AVColorSpace matrix;
+    AVColorRange range;
+    AVChromaLocation chroma;
+    ScaleQuality quality;
+    ColourModel model;
+};
+const Case kCases[] = {
+    {AVCOL_SPC_SMPTE170M,
+     AVCOL_RANGE_MPEG,
+     AVCHROMA_LOC_LEFT,
+     ScaleQuality::Bicubic,
+     {0.299, 0.114, false, true, 0, 0.5}},
+    {AVCOL_SPC_BT709,
+     AVCOL_RANGE_MPEG,
+     AVCHROMA_LOC_TOPLEFT,
+     ScaleQuality::Bicubic,
+     {0.2126, 0.0722, false, true, 0, 0}},
+    {AVCOL_SPC_BT2020_NCL,
+     AVCOL_RANGE_MPEG,
+     AVCHROMA_LOC_CENTER,
+     ScaleQuality::Bicubic,
+     {0.2627, 0.0593, false, true, 0.5, 0.5}},
+    {AVCOL_SPC_SMPTE170M,
+     AVCOL_RANGE_JPEG,
+     AVCHROMA_LOC_CENTER,
+     ScaleQuality::Bilinear,
+     {0.299, 0.114, true, false, 0.5, 0.5}},
+    {AVCOL_SPC_BT709,
+     AVCOL_RANGE_JPEG,
+     AVCHROMA_LOC_BOTTOMLEFT,
+     ScaleQuality::Fastest,
+     {0.2126, 0.0722, true, false, 0, 1}},
+    {AVCOL_SPC_BT2020_NCL,
+     AVCOL_RANGE_JPEG,
+     AVCHROMA_LOC_BOTTOM,
+     ScaleQuality::Bicubic,
+     {0.2627, 0.0593, true, true, 0.5, 1}},
+};
+constexpr AVPixelFormat kPlanar[] = {AV_PIX_FMT_YUV420P,  AV_PIX_FMT_YUV422P,  AV_PIX_FMT_YUV444P,
+                                     AV_PIX_FMT_YUVA420P, AV_PIX_FMT_YUVA422P, AV_PIX_FMT_YUVA444P};
+constexpr AVPixelFormat kPacked[] = {AV_PIX_FMT_BGRA, AV_PIX_FMT_BGR0, AV_PIX_FMT_RGBA, AV_PIX_FMT_RGB0};
+
+void Judge(const AVFrame& source, const AVFrame& result, const Case& way, bool toPixels) {
+    const Grid chroma = Component(toPixels ? source : result, 1);
+    const auto wanted = toPixels ? way.model.Rgb(source) : way.model.Yuv(source, chroma.width, chroma.height);
+    for (int i = 0; i < 3; ++i) {
+        const SampleError error(Component(result, i), wanted[static_cast<size_t>(i)]);
+        EXPECT_LE(error.largest, 0.55) << "component " << i;
+    }
+    const auto alpha = [](const AVFrame& picture) {
+        return av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format))->flags & AV_PIX_FMT_FLAG_ALPHA;
+    };
+    if (!alpha(result)) return;
+    const Grid found = Component(result, 3);
+    if (alpha(source))
+        EXPECT_EQ(found.samples, Component(source, 3).samples);
+    else
+        EXPECT_EQ(std::ranges::count(found.samples, 255), std::ssize(found.samples));
+}
+
+TEST(PixelConversion, IsTheNearestToDoublePrecisionAndTheSameAtEveryLevel) {
+    const int sizes[][2] = {{1, 1}, {2, 3}, {5, 2}, {33, 17}, {64, 9}, {131, 6}, {198, 12}};
+    unsigned seed = 0;
+    for (const auto& [width, height] : sizes)
+        for (const AVPixelFormat planar : kPlanar)
+            for (const AVPixelFormat packed : kPacked)
+                for (const bool toPixels : {true, false}) {
+                    const Case& way = kCases[++seed / 2 % std::size(kCases)];
+                    const AVPixelFormat from = toPixels ? planar : packed, to = toPixels ? packed : planar;
+                    SCOPED_TRACE(std::string(av_get_pix_fmt_name(from)) + " to " + av_get_pix_fmt_name(to) +
+                                 ", " + std::to_string(width) + "x" + std::to_string(height) + ", case " +
+                                 std::to_string(&way - kCases));
+                    const PictureSide rgb = {
+                        packed, width, height, AVCOL_RANGE_JPEG, way.matrix, AVCHROMA_LOC_UNSPECIFIED, false};
+                    const PictureSide yuv = {planar, width, height, way.range, way.matrix, way.chroma, false};
+                    auto conversion =
+                        PixelConversion::Between(toPixels ? yuv : rgb, toPixels ? rgb : yuv, way.quality);
+                    ASSERT_TRUE(conversion);
+                    const Flush flush = seed % 3 ? Flush::End : Flush::Start;
+                    Guarded source(from, width, height, flush, seed), first(to, width, height, flush, 1);
+                    for (const unsigned mask : kLevelMasks) {
+                        const FeatureMask level(mask);
+                        Guarded result(to, width, height, flush, 1);
+                        conversion->Run(*source.picture, *result.picture);
+                        EXPECT_TRUE(mask == kLevelMasks[0] || result.planes == first.planes) << mask;
+                        first = std::move(result);
+                    }
+                    Judge(*source.picture, *first.picture, way, toPixels);
+                }
+}
+
+TEST(PixelConversion, LeavesTheRestToTheLibrary) {
+    const PictureSide rgb = {AV_PIX_FMT_BGRA,          8,    8, AVCOL_RANGE_JPEG, AVCOL_SPC_BT709,
+                             AVCHROMA_LOC_UNSPECIFIED, false};
+    const PictureSide yuv = {AV_PIX_FMT_YUV420P, 8,    8, AVCOL_RANGE_MPEG, AVCOL_SPC_BT709,
+                             AVCHROMA_LOC_LEFT,  false};
+    const auto serves = [&](auto change, ScaleQuality quality = ScaleQuality::Bicubic) {
+        PictureSide source = yuv;
+        change(source);
+        return PixelConversion::Between(source, rgb, quality).has_value();
+    };
+    EXPECT_TRUE(serves([](PictureSide&) {}));
+    EXPECT_FALSE(serves([](PictureSide&) {}, ScaleQuality::Lanczos));
+    EXPECT_FALSE(serves([](PictureSide& side) { side.width = 9; }));
+    EXPECT_FALSE(serves([](PictureSide& side) { side.matrix = AVCOL_SPC_YCGCO; }));
+    EXPECT_FALSE(serves([](PictureSide& side) { side.bottomUp = true; }));
+    EXPECT_FALSE(serves([](PictureSide& side) { side.format = AV_PIX_FMT_NV12; }));
+    EXPECT_FALSE(serves([](PictureSide& side) { side.format = AV_PIX_FMT_BGRA; }));
+}
+
+} // namespace
