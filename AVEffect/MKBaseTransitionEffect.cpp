@@ -61,6 +61,12 @@ Size Fitted(const Size& picture, const Size& target) {
     return {target.width, std::max(1u, static_cast<unsigned>(target.width * inverse))};
 }
 
+// Planar formats without alpha.
+bool IsOpaque(unsigned format) {
+    const FormatLayout* layout = FindPixelFormat(format);
+    return IsEffectFormat(format) && layout->planeCount == 3;
+}
+
 // As much of the picture as both frames have: a host may count the chroma of odd sizes otherwise than the
 // converter, and the converter keeps to the first frame's format.
 void CopyPlanes(IRawVideoFrame* to, IRawVideoFrame* from) {
@@ -105,6 +111,7 @@ bool CMkBaseTransitionEffect::ReleaseElements() {
     Replace(m_pScaled);
     Replace(m_pCropPan);
     Replace(m_pScaler);
+    Replace(m_pWorking);
     return true;
 }
 
@@ -207,12 +214,22 @@ bool CMkBaseTransitionEffect::InnerProcFrame2(ImagePostion*, int time, IRawVideo
     });
 }
 
+void CMkBaseTransitionEffect::ConvertFrame(IRawVideoFrame* frame) {
+    Replace(m_pWorking);
+    m_pWorking = NotNull(m_pToBgra->Convert(frame));
+}
+
+// Transitions draw every colour anew, so the last frame's BGRA does as well as this one's; alpha they leave.
 void CMkBaseTransitionEffect::ProcConverted(ImagePostion* position, int time, IRawVideoFrame* frame) {
     if (!m_pToBgra) m_pToBgra = MakeConverter(BGRA, 0, 0);
     if (!m_pBack) m_pBack = MakeConverter(frame->GetPixelFormat(), 0, 0);
-    const Owned<IRawVideoFrame> working(NotNull(m_pToBgra->Convert(frame)));
-    if (!InnerProcFrame2(position, time, working.get())) return;
-    const Owned<IRawVideoFrame> back(NotNull(m_pBack->Convert(working.get())));
+    const bool converted =
+        !m_pWorking || Size(m_pWorking) != Size(frame) || !IsOpaque(frame->GetPixelFormat());
+    if (converted) ConvertFrame(frame);
+    m_bLeft = false;
+    if (!InnerProcFrame2(position, time, m_pWorking)) return;
+    if (m_bLeft && !converted) ConvertFrame(frame);
+    const Owned<IRawVideoFrame> back(NotNull(m_pBack->Convert(m_pWorking)));
     CopyPlanes(frame, back.get());
 }
 

@@ -41,6 +41,8 @@ public:
     bool GetTheResizedImage(IRawVideoFrame** picture, int width, int height, unsigned int pixelFormat);
 
 protected:
+    /// To be called by BaseTransition when it leaves the frame's own picture, in whole or in part.
+    void LeaveFrame() { m_bLeft = true; }
     /// Whether they differ by no more than 0.0001.
     static bool MkEq(double a, double b);
 
@@ -74,6 +76,7 @@ private:
     void ConvertPicture(IRawVideoFrame** picture, unsigned width, unsigned height, unsigned format);
     void PlaceInMargins(IRawVideoFrame** picture, unsigned width, unsigned height);
     bool FitPicture(IRawVideoFrame** picture, IRawVideoFrame* out);
+    void ConvertFrame(IRawVideoFrame* frame);
     void ProcConverted(ImagePostion* position, int time, IRawVideoFrame* frame);
 
     IAVManager* m_pManager;
@@ -85,6 +88,8 @@ private:
     int m_nStartTime;
     IImageConverter* m_pToBgra = nullptr; // made on first need, as is the next
     IImageConverter* m_pBack = nullptr;
+    IRawVideoFrame* m_pWorking = nullptr; // BGRA, of the last frame of another format
+    bool m_bLeft = false;
     IRawVideoFrameCropPan* m_pCropPan = nullptr;
     IImageConverter* m_pScaler = nullptr; // of the last fit, as are the pictures
     IRawVideoFrame* m_pScaled = nullptr;

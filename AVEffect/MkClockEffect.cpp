@@ -75,7 +75,7 @@ bool CMkClockEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, 
     return DrawFromStart(out, first, second, time, [&](const Canvas& canvas) {
         const double angle = Progress(time) * kHalf * 2;
         const Layers layers(canvas, canvas.first, canvas.second);
-        if (!(angle >= 0 && angle < kWhole)) return;
+        if (!(angle >= 0 && angle < kWhole)) return LeaveFrame();
         if (angle < kQuarter)
             DrawFirstQuarter(canvas, layers, angle);
         else if (angle < kThreeQuarters)

@@ -194,9 +194,11 @@ bool Scaler::Prepare(const Shape& shape) {
     return true;
 }
 
-bool Scaler::ReadsPixelsAlone(const AVFrame* source) {
+bool Scaler::ReadsPixelsAlone(const AVFrame* source) const {
     const Shape shape = ShapeFor(source);
-    return SamePicture(shape.source, shape.target) || (Prepare(shape) && m_conversion);
+    if (m_conversion && shape == m_shape) return true;
+    return SamePicture(shape.source, shape.target) ||
+           PixelConversion::Between(shape.source, shape.target, m_quality).has_value();
 }
 
 bool Scaler::PrepareContext(const Shape& shape) {

@@ -34,7 +34,7 @@ public:
 
     /// Whether conversion of this picture reads nothing but its pixels; libswscale reads what lies around
     /// them.
-    bool ReadsPixelsAlone(const AVFrame* source);
+    bool ReadsPixelsAlone(const AVFrame* source) const;
 
     const std::string& Error() const noexcept { return m_error; }
 

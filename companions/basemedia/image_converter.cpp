@@ -46,7 +46,8 @@ public:
         return Guarded([&]() -> AVBased::IRawVideoFrame* {
             RequirePointer(source);
             ServedFormat(source->GetPixelFormat());
-            const mediabridge::AVFramePtr picture = ReadPicture(source);
+            mediabridge::AVFramePtr picture = ViewPicture(source);
+            if (!picture || !m_scaler.ReadsPixelsAlone(picture.get())) picture = ReadPicture(source);
             const mediabridge::AVFramePtr converted = m_scaler.Convert(picture.get());
             if (!converted) throw Failure(AVBased::kUnknownException, m_scaler.Error());
             return MakeFrame(converted.get(), source).release();

@@ -138,9 +138,8 @@ AVRational PixelAspect(double displayAspect, int width, int height) {
     return av_d2q(displayAspect * height / width, INT_MAX);
 }
 
-} // namespace
-
-mediabridge::AVFramePtr ReadPicture(AVBased::IRawVideoFrame* source) {
+/// Format, size and properties of a frame's picture, all but its planes; returns the frame's own format.
+unsigned Describe(AVBased::IRawVideoFrame* source, AVFrame* picture) {
     const unsigned format = source->GetPixelFormat();
     const AVPixelFormat libraryFormat = mediabridge::LibraryFormat(format);
     if (libraryFormat == AV_PIX_FMT_NONE)
@@ -152,22 +151,49 @@ mediabridge::AVFramePtr ReadPicture(AVBased::IRawVideoFrame* source) {
     if (av_image_check_size(width, height, mediabridge::kSilent, nullptr) < 0)
         throw Failure(AVBased::kUnknownException, "A picture of " + std::to_string(width) + "x" +
                                                       std::to_string(height) + " pixels can't be read");
-    mediabridge::AVFramePtr picture =
-        mediabridge::AllocatePicture(libraryFormat, static_cast<int>(width), static_cast<int>(height));
-    if (!picture) throw std::bad_alloc();
     const unsigned planes = mediabridge::TablePlaneCount(format);
     if (source->GetBufferCount() < planes)
         throw Failure(AVBased::kUnknownException, "A frame of " + mediabridge::FrameFormatName(format) +
                                                       " has " + std::to_string(source->GetBufferCount()) +
                                                       " planes, not " + std::to_string(planes));
-    for (unsigned index = 0; index < planes; ++index) {
-        const TargetPlane target = DescribeTarget(format, picture.get(), index);
-        CopyPlane(DescribeSource(source, format, picture.get(), index, target), target);
-    }
+    picture->format = libraryFormat;
+    picture->width = static_cast<int>(width);
+    picture->height = static_cast<int>(height);
     picture->color_range = mediabridge::UsualRange(libraryFormat);
     picture->interlaced_frame = source->IsInterlaced();
     picture->top_field_first = source->IsTopFieldFirst();
     picture->sample_aspect_ratio = PixelAspect(source->GetDAR(), picture->width, picture->height);
+    return format;
+}
+
+} // namespace
+
+mediabridge::AVFramePtr ViewPicture(AVBased::IRawVideoFrame* source) {
+    mediabridge::AVFramePtr picture(av_frame_alloc());
+    if (!picture) throw std::bad_alloc();
+    const unsigned format = Describe(source, picture.get());
+    for (unsigned index = 0; index < mediabridge::TablePlaneCount(format); ++index) {
+        const TargetPlane target = DescribeTarget(format, picture.get(), index);
+        const SourcePlane plane = DescribeSource(source, format, picture.get(), index, target);
+        if (plane.bytes < target.bytes || plane.rows < target.rows || plane.step < 0 || plane.step > INT_MAX)
+            return nullptr;
+        picture->data[index] = const_cast<std::uint8_t*>(plane.top);
+        picture->linesize[index] = static_cast<int>(plane.step);
+    }
+    return picture;
+}
+
+mediabridge::AVFramePtr ReadPicture(AVBased::IRawVideoFrame* source) {
+    mediabridge::AVFramePtr about(av_frame_alloc());
+    if (!about) throw std::bad_alloc();
+    const unsigned format = Describe(source, about.get());
+    mediabridge::AVFramePtr picture =
+        mediabridge::AllocatePicture(static_cast<AVPixelFormat>(about->format), about->width, about->height);
+    if (!picture || av_frame_copy_props(picture.get(), about.get()) < 0) throw std::bad_alloc();
+    for (unsigned index = 0; index < mediabridge::TablePlaneCount(format); ++index) {
+        const TargetPlane target = DescribeTarget(format, picture.get(), index);
+        CopyPlane(DescribeSource(source, format, picture.get(), index, target), target);
+    }
     return picture;
 }
 

@@ -18,6 +18,10 @@ namespace basemedia {
 /// Throws Failure for formats and sizes that can't be read.
 mediabridge::AVFramePtr ReadPicture(AVBased::IRawVideoFrame* source);
 
+/// The same pixels where they lie, for as long as the frame has them; not to be written. Null where the frame
+/// lacks some or has its rows bottom-up. Throws Failure as ReadPicture does.
+mediabridge::AVFramePtr ViewPicture(AVBased::IRawVideoFrame* source);
+
 /// A frame over the picture with the source's time stamp, duration and view id (the field flags are the
 /// picture's). Throws Failure when memory is short.
 mediabridge::VideoFrame::Ptr MakeFrame(const AVFrame* picture, AVBased::IRawVideoFrame* source);
