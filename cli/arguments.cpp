@@ -147,12 +147,15 @@ CLI::App* AddBatch(CLI::App& app, BatchCommand& command) {
 
 CLI::App* AddPlay(CLI::App& app, PlayCommand& command) {
     CLI::App* const play =
-        app.add_subcommand("play", "Play a clip or show a picture through effects, in a window");
-    play->add_option("INPUT", command.render.media.input, "Clip or still picture")->required();
+        app.add_subcommand("play", "Play a clip or sound or show a picture through effects, in a window");
+    play->add_option("INPUT", command.render.media.input, "Clip, still picture or piece of sound")
+        ->required();
     AddMediaOptions(*play, command.render.media);
     AddAudioEffects(*play, command.render);
     AddStereoOptions(*play, command.render.stereo);
     AddSpan(*play, command.render);
+    AddFramingOptions(*play, command.render.framing);
+    AddRateOption(*play, command.render.fps);
     play->footer(std::string(kPlayerKeys) + "Example:\n  aveffect play in.mp4 -e gray --from 0:05\n\n" +
                  kExitCodeHelp);
     return play;

@@ -4,11 +4,13 @@
 #include <chrono>
 #include <cinttypes>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 
 #include <SDL.h>
+#include <dlfcn.h>
 
 #include "host/jobs/playback.h"
 #include "host/support/reporter.h"
@@ -34,49 +36,80 @@ using SdlPtr = std::unique_ptr<T, SdlFree>;
     throw Error(ErrorKind::Output, what + ": " + SDL_GetError());
 }
 
+/// Tells a library, where it is installed, whom to call instead of writing to standard error.
+template <typename Handler>
+void SetHandler(const char* library, const char* setter, Handler* handler) {
+    void* const opened = dlopen(library, RTLD_LAZY); // and stays: the handler is in use
+    void* const set = opened ? dlsym(opened, setter) : nullptr;
+    if (set) reinterpret_cast<void (*)(Handler*)>(set)(handler);
+}
+
+void IgnoreSound(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
+                 const char* /*text*/, ...) {}
+void IgnoreDisplay(const char* /*text*/, va_list /*values*/) {}
+void IgnoreLog(void* /*self*/, int /*category*/, SDL_LogPriority /*priority*/, const char* /*text*/) {}
+
+/// Drivers' own words on displays and devices that are tried in vain would stand between the program's.
+void SilenceDrivers() {
+    SDL_LogSetOutputFunction(IgnoreLog, nullptr);
+    SetHandler("libasound.so.2", "snd_lib_error_set_handler", IgnoreSound);
+    SetHandler("libwayland-client.so.0", "wl_log_set_handler_client", IgnoreDisplay);
+}
+
 /// The library, set up while this lives.
-struct Sdl {
+class Sdl {
+public:
     Sdl() {
+        SilenceDrivers();
         SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
         SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "linear");
-        // Where there is none the library would draw to memory, unless it was told to.
-        if (SDL_Init(SDL_INIT_VIDEO) != 0) Fail("there is no display to play on");
+        if (SDL_Init(SDL_INIT_EVENTS) != 0) Fail("nothing can be played");
+        // Where there is no display the library would draw to memory, unless it was told to.
+        if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) return;
         const std::string driver = SDL_GetCurrentVideoDriver();
-        if ((driver == "offscreen" || driver == "dummy" || driver == "evdev") &&
-            !SDL_getenv("SDL_VIDEODRIVER")) {
-            SDL_Quit();
-            throw Error(ErrorKind::Output, "there is no display to play on; `aveffect render` writes a file");
-        }
+        m_hasDisplay = (driver != "offscreen" && driver != "dummy" && driver != "evdev") ||
+                       SDL_getenv("SDL_VIDEODRIVER");
     }
     ~Sdl() { SDL_Quit(); }
     Sdl(const Sdl&) = delete;
     Sdl& operator=(const Sdl&) = delete;
+
+    bool HasDisplay() const noexcept { return m_hasDisplay; }
+
+private:
+    bool m_hasDisplay = false;
 };
 
-/// Shows pictures, the shape of their pixels respected.
+/// Shows pictures, the shape of their pixels respected, or a bar for sound alone.
 class Screen {
 public:
     void Show(const AVFrame& picture, double pixelAspect) {
         m_aspect = pixelAspect;
-        if (!m_window) Open(picture);
+        if (!m_window) Open(picture.width * pixelAspect, picture.height);
         if (picture.width != m_width || picture.height != m_height) MakeTexture(picture);
         SDL_UpdateTexture(m_texture.get(), nullptr, picture.data[0], picture.linesize[0]);
         Draw();
     }
 
-    /// Draws the last picture again.
+    /// How far sound is, from 0 to 1.
+    void ShowShare(double share) {
+        constexpr int kWidth = 480, kHeight = 32;
+        if (!m_window) Open(kWidth, kHeight);
+        m_share = share;
+        Draw();
+    }
+
+    /// Draws once more what was shown last.
     void Draw() {
-        if (!m_texture) return;
+        if (!m_renderer) return;
         SDL_SetRenderDrawColor(m_renderer.get(), 0, 0, 0, SDL_ALPHA_OPAQUE);
         SDL_RenderClear(m_renderer.get());
         int width = 0, height = 0;
         SDL_GetRendererOutputSize(m_renderer.get(), &width, &height);
-        const double scale = std::min(width / (m_width * m_aspect), double(height) / m_height);
-        const int shownWidth = static_cast<int>(std::lround(m_width * m_aspect * scale));
-        const int shownHeight = static_cast<int>(std::lround(m_height * scale));
-        const SDL_Rect place = {(width - shownWidth) / 2, (height - shownHeight) / 2, shownWidth,
-                                shownHeight};
-        SDL_RenderCopy(m_renderer.get(), m_texture.get(), nullptr, &place);
+        if (m_texture)
+            DrawPicture(width, height);
+        else
+            DrawBar(width, height);
         SDL_RenderPresent(m_renderer.get());
     }
 
@@ -90,12 +123,27 @@ public:
     }
 
 private:
-    // As large as the picture, or as the desktop lets it be.
-    void Open(const AVFrame& picture) {
+    void DrawPicture(int width, int height) {
+        const double scale = std::min(width / (m_width * m_aspect), double(height) / m_height);
+        const int shownWidth = static_cast<int>(std::lround(m_width * m_aspect * scale));
+        const int shownHeight = static_cast<int>(std::lround(m_height * scale));
+        const SDL_Rect place = {(width - shownWidth) / 2, (height - shownHeight) / 2, shownWidth,
+                                shownHeight};
+        SDL_RenderCopy(m_renderer.get(), m_texture.get(), nullptr, &place);
+    }
+
+    void DrawBar(int width, int height) {
+        constexpr Uint8 kGrey = 160;
+        SDL_SetRenderDrawColor(m_renderer.get(), kGrey, kGrey, kGrey, SDL_ALPHA_OPAQUE);
+        const SDL_Rect bar = {0, 0, static_cast<int>(std::lround(width * m_share)), height};
+        SDL_RenderFillRect(m_renderer.get(), &bar);
+    }
+
+    // That large, in square pixels, or as the desktop lets it be.
+    void Open(double width, double height) {
         constexpr double kShareOfDesktop = 0.9;
-        SDL_Rect desktop = {0, 0, picture.width, picture.height};
+        SDL_Rect desktop = {0, 0, static_cast<int>(width), static_cast<int>(height)};
         SDL_GetDisplayUsableBounds(0, &desktop);
-        const double width = picture.width * m_aspect, height = picture.height;
         const double scale =
             std::min({1.0, kShareOfDesktop * desktop.w / width, kShareOfDesktop * desktop.h / height});
         m_window.reset(SDL_CreateWindow("aveffect", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
@@ -121,13 +169,13 @@ private:
     SdlPtr<SDL_Texture> m_texture;
     int m_width = 0, m_height = 0;
     double m_aspect = 1;
+    double m_share = 0;
 };
 
 /// Feeds sound to the device a little ahead, and tells how far it is heard.
 class Speaker {
 public:
-    /// Without a device the clip plays silently, with a warning.
-    explicit Speaker(Reporter& reporter) {
+    Speaker() {
         SDL_AudioSpec wanted = {};
         wanted.freq = Playback::kSoundRate;
         wanted.format = AUDIO_S16SYS;
@@ -135,7 +183,7 @@ public:
         wanted.samples = 1024;
         if (SDL_InitSubSystem(SDL_INIT_AUDIO) == 0)
             m_device = SDL_OpenAudioDevice(nullptr, 0, &wanted, nullptr, 0);
-        if (m_device == 0) reporter.Warn(std::string("there is no sound: ") + SDL_GetError());
+        if (m_device == 0) m_why = SDL_GetError();
     }
     ~Speaker() {
         if (m_device != 0) SDL_CloseAudioDevice(m_device);
@@ -144,6 +192,8 @@ public:
     Speaker& operator=(const Speaker&) = delete;
 
     bool Works() const noexcept { return m_device != 0; }
+    /// Why it doesn't.
+    const std::string& Why() const noexcept { return m_why; }
     void Pause(bool paused) { SDL_PauseAudioDevice(m_device, paused ? 1 : 0); }
     void Clear() { SDL_ClearQueuedAudio(m_device); }
     /// Milliseconds that are queued.
@@ -156,6 +206,7 @@ public:
 
 private:
     SDL_AudioDeviceID m_device = 0;
+    std::string m_why;
 };
 
 std::string ClockText(int64_t milliseconds) {
@@ -168,9 +219,10 @@ std::string ClockText(int64_t milliseconds) {
 /// What is played, and where it stands. Times are milliseconds of what is played.
 class Player {
 public:
-    Player(const Plugin& plugin, const RenderOptions& options, Reporter& reporter,
+    Player(const Sdl& sdl, const Plugin& plugin, const RenderOptions& options, Reporter& reporter,
            const std::atomic<bool>& cancel)
-        : m_plugin(plugin)
+        : m_hasDisplay(sdl.HasDisplay())
+        , m_plugin(plugin)
         , m_options(options)
         , m_reporter(reporter)
         , m_cancel(cancel)
@@ -183,7 +235,10 @@ public:
             if (m_cancel) throw Error(ErrorKind::Interrupted, "interrupted");
             HandleEvents();
             FeedSound();
-            Advance();
+            if (m_playback->HasPictures())
+                Advance();
+            else
+                ShowSound();
         }
     }
 
@@ -191,6 +246,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     bool IsOver() const {
+        if (!m_playback->HasPictures()) return !m_sounds && !m_paused && m_speaker->Queued() == 0;
         return m_playback->Ended() && !m_next && !m_playback->IsStill() && !m_paused && Now() >= m_shownUntil;
     }
 
@@ -201,7 +257,9 @@ private:
             time = std::min(time, std::max<int64_t>(0, *m_playback->LengthMs() - 1));
         m_playback.reset();
         m_playback = std::make_unique<Playback>(m_plugin, m_options, time, m_reporter, m_cancel);
-        if (m_playback->HasSound() && !m_speaker) m_speaker = std::make_unique<Speaker>(m_reporter);
+        if (m_playback->HasPictures() && !m_hasDisplay)
+            throw Error(ErrorKind::Output, "there is no display to play on; `aveffect render` writes a file");
+        if (m_playback->HasSound() && !m_speaker) OpenSpeaker();
         m_sounds = m_playback->HasSound() && m_speaker->Works();
         if (m_sounds) {
             m_speaker->Pause(true);
@@ -211,6 +269,16 @@ private:
         m_begins = true;
         m_fedSamples = 0;
         m_shownUntil = m_anchor = time;
+        if (!m_playback->HasPictures()) Begin();
+    }
+
+    // Without a device a clip plays silently.
+    void OpenSpeaker() {
+        m_speaker = std::make_unique<Speaker>();
+        if (m_speaker->Works()) return;
+        if (!m_playback->HasPictures())
+            throw Error(ErrorKind::Output, "there is nothing to play sound on: " + m_speaker->Why());
+        m_reporter.Warn("there is no sound: " + m_speaker->Why());
     }
 
     // The sound's, as far as there is any: people hear a gap sooner than they see one.
@@ -318,6 +386,16 @@ private:
         SetTitle();
     }
 
+    // Without a display there is nothing to see, and no keys.
+    void ShowSound() {
+        constexpr int kWaitMs = 20;
+        const double length = static_cast<double>(m_playback->LengthMs().value_or(0));
+        if (m_hasDisplay)
+            m_screen.ShowShare(length > 0 ? std::min(1.0, static_cast<double>(Now()) / length) : 0);
+        SetTitle();
+        SDL_WaitEventTimeout(nullptr, kWaitMs);
+    }
+
     void SetTitle() {
         std::string title = m_name + " - " + ClockText(Now());
         if (const auto length = m_playback->LengthMs()) title += " / " + ClockText(*length);
@@ -325,6 +403,7 @@ private:
         if (title != m_title) m_screen.SetTitle(m_title = title);
     }
 
+    const bool m_hasDisplay;
     const Plugin& m_plugin;
     const RenderOptions& m_options;
     Reporter& m_reporter;
@@ -350,7 +429,7 @@ void Play(const Plugin& plugin, const RenderOptions& options, const RenderObserv
           const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
     const Sdl sdl;
-    Player(plugin, options, reporter, cancel).Run();
+    Player(sdl, plugin, options, reporter, cancel).Run();
 }
 
 } // namespace aveffect

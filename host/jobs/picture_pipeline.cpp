@@ -51,14 +51,6 @@ std::unique_ptr<ViewPairs> PairsFor(const Plugin& plugin, MediaManager* manager,
     return std::make_unique<ViewPairs>(plugin, manager, effects, lengthMs, options);
 }
 
-void RequireFraming(const PictureTask& task) {
-    CheckFraming(task.framing);
-    if ((task.framing.fit || task.framing.background) && !task.framing.Resizes())
-        throw Error(ErrorKind::Usage, "--fit and --background go with --size");
-    if (task.stereo.TwoViews() && !task.framing.Empty() && !task.framing.afterEffects)
-        throw Error(ErrorKind::Usage, "two views get a size behind their effects only: add --size-after");
-}
-
 } // namespace
 
 PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, const Source& source,
@@ -77,7 +69,7 @@ PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, 
               UprightBy(source, plan, !task.effects.empty() || !task.framing.Empty(), reporter), m_terms,
               reporter, m_pairs.get()) {
     m_media.TakeOn(m_terms);
-    RequireFraming(task);
+    RequireFraming(task.framing, task.stereo.TwoViews());
     if (task.framing.afterEffects)
         m_framer = Framer(task.framing);
     else

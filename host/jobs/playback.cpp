@@ -10,6 +10,7 @@
 #include "host/media/media_manager.h"
 #include "host/media/right_clip.h"
 #include "host/media/span.h"
+#include "host/media/steady_pictures.h"
 #include "host/sound/clip_sound.h"
 #include "host/support/bounded_queue.h"
 #include "host/support/stages.h"
@@ -29,6 +30,105 @@ SpanLimits LimitsFrom(const RenderOptions& options, int64_t atMs) {
     return {begins ? std::nullopt : std::optional(options.fromMs.value_or(0) + atMs), options.toMs, {}};
 }
 
+/// What pictures and sound have in common.
+struct PlayedClip {
+    const Plugin& plugin;
+    const RenderOptions& options;
+    int64_t atMs;
+    Reporter& reporter;
+    const std::atomic<bool>& cancel;
+    MediaManager& media;
+};
+
+uint32_t EffectLength(const std::optional<int64_t>& lengthMs) {
+    return static_cast<uint32_t>(std::clamp<int64_t>(lengthMs.value_or(kUnknownLengthMs), 0, INT_MAX));
+}
+
+/// The clip's pictures, made one by one.
+class PlayedPictures {
+public:
+    PlayedPictures(const PlayedClip& clip, IntakeTerms& terms)
+        : m_source(RequestOf(clip.options), Source::Others::None, clip.options.threads, clip.cancel)
+        , m_lengthMs(SpanReader(m_source, {clip.options.fromMs, clip.options.toMs, {}}).LengthMs())
+        , m_span(m_source, LimitsFrom(clip.options, clip.atMs))
+        , m_base(clip.options.rate ? av_inv_q(*clip.options.rate) : m_source.Pictures().time_base)
+        , m_chain(clip.plugin, &clip.media, clip.options.effects, EffectLength(m_lengthMs))
+        , m_pairs(clip.options.stereo.TwoViews()
+                      ? std::make_unique<ViewPairs>(clip.plugin, &clip.media, clip.options.effects,
+                                                    EffectLength(m_lengthMs), clip.options.stereo)
+                      : nullptr)
+        , m_stage(m_chain, clip.media, clip.options.pixelFormat, &m_source.Pictures(), terms, clip.reporter,
+                  m_pairs.get())
+        , m_toShow(AV_PIX_FMT_BGRA, 0, 0, mediabridge::ScaleQuality::Bilinear) {
+        const RenderOptions& options = clip.options;
+        RequireFraming(options.framing, options.stereo.TwoViews());
+        RequirePictures(clip.media, options.effects);
+        if (options.framing.afterEffects)
+            m_framer = Framer(options.framing);
+        else
+            m_stage.Frame(options.framing);
+        if (options.rate)
+            m_steady.emplace([this] { return m_span.Next(); }, m_source.Pictures().time_base, *options.rate,
+                             std::nullopt);
+        if (!options.stereo.right.empty())
+            m_right = std::make_unique<RightClip>(ParseSourceUrl(options.stereo.right).At(options.rate),
+                                                  LimitsFrom(options, clip.atMs).fromMs, options.threads,
+                                                  clip.reporter, clip.cancel);
+    }
+
+    const Source& Clip() const noexcept { return m_source; }
+    std::optional<int64_t> LengthMs() const { return m_lengthMs; }
+
+    /// With its times from the clip's start, not made yet; nothing at the end.
+    std::optional<PlayedPicture> Next() {
+        std::optional<SpanItem> item = m_steady ? m_steady->Next() : m_span.Next();
+        if (!item) return std::nullopt;
+        const int64_t start = av_rescale_q(m_span.Start(), m_source.Pictures().time_base, kMilliseconds);
+        const AVFrame& picture = *item->picture;
+        const int64_t begin = start + av_rescale_q(picture.pts, m_base, kMilliseconds);
+        const int64_t length = av_rescale_q(picture.pkt_duration, m_base, kMilliseconds);
+        return PlayedPicture{std::move(item->picture), 1, begin, begin + length};
+    }
+
+    /// As it is shown. Its times are those that effects see.
+    void Make(PlayedPicture& played) {
+        AVFramePtr second;
+        const int64_t start = av_rescale_q(m_span.Start(), m_source.Pictures().time_base, m_base);
+        if (m_right) second = m_right->At({start + played.picture->pts, m_base});
+        const AVFramePtr picture = m_framer.Apply(
+            m_stage.ApplyEffects(std::move(played.picture), static_cast<int>(played.timeMs),
+                                 static_cast<unsigned>(played.endMs - played.timeMs), second.get()));
+        played.picture = m_toShow.Convert(picture.get());
+        if (!played.picture) throw Error(ErrorKind::Output, "a picture can't be shown: " + m_toShow.Error());
+        played.pixelAspect = PixelAspect(*played.picture);
+    }
+
+private:
+    Source m_source;
+    const std::optional<int64_t> m_lengthMs;
+    SpanReader m_span;
+    const AVRational m_base; ///< of the pictures' times
+    EffectChain m_chain;
+    std::unique_ptr<ViewPairs> m_pairs;
+    std::unique_ptr<RightClip> m_right;
+    PictureStage m_stage;
+    Framer m_framer; ///< behind the effects
+    std::optional<SteadyPictures> m_steady;
+    Scaler m_toShow;
+};
+
+/// Of sound alone, as far as the file tells.
+std::optional<int64_t> SoundLength(const AVFormatContext& input, const RenderOptions& options) {
+    const int64_t from = options.fromMs.value_or(0);
+    if (input.duration == AV_NOPTS_VALUE)
+        return options.toMs ? std::optional(*options.toMs - from) : std::nullopt;
+    const int64_t end = av_rescale_q(input.duration, kMicroseconds, kMilliseconds);
+    if (from >= end)
+        throw Error(ErrorKind::Usage, SecondsText(from) + " is beyond the end of " + options.input +
+                                          ", which lasts " + SecondsText(end));
+    return std::min(end, options.toMs.value_or(end)) - from;
+}
+
 } // namespace
 
 class Playback::Work {
@@ -39,28 +139,25 @@ public:
         , m_fromMs(options.fromMs.value_or(0))
         , m_atMs(atMs)
         , m_terms(options.sdr, reporter)
-        , m_source(RequestOf(options), Source::Others::None, options.threads, cancel)
-        , m_lengthMs(SpanReader(m_source, {options.fromMs, options.toMs, {}}).LengthMs())
-        , m_span(m_source, LimitsFrom(options, atMs))
-        , m_effectLength(
-              static_cast<uint32_t>(std::clamp<int64_t>(m_lengthMs.value_or(kUnknownLengthMs), 0, INT_MAX)))
-        , m_chain(plugin, &m_manager, options.effects, m_effectLength)
-        , m_pairs(options.stereo.TwoViews() ? std::make_unique<ViewPairs>(plugin, &m_manager, options.effects,
-                                                                          m_effectLength, options.stereo)
-                                            : nullptr)
-        , m_stage(m_chain, m_manager, options.pixelFormat, &m_source.Pictures(), m_terms, reporter,
-                  m_pairs.get())
-        , m_toShow(AV_PIX_FMT_BGRA, 0, 0, mediabridge::ScaleQuality::Bilinear)
         , m_stages([this] { m_made.Stop(); }) {
         m_manager.TakeOn(m_terms);
-        RequirePictures(m_manager, options.effects);
+        const SourceRequest request = RequestOf(options);
+        const InputContextPtr input = OpenInput(request.path, m_interrupt, request.rate);
+        RequireStreams(*input, request);
+        AVStream* const pictures = FindPictures(*input, request);
+        AVStream* const sound = FindSound(*input, request, pictures);
+        const PlayedClip clip{plugin, options, atMs, reporter, cancel, m_manager};
+        if (pictures)
+            m_pictures = std::make_unique<PlayedPictures>(clip, m_terms);
+        else
+            RequireSoundAlone(options, sound);
+        m_lengthMs = pictures ? m_pictures->LengthMs() : SoundLength(*input, options);
         RequireSounds(m_manager, options.audioEffects);
-        if (!options.stereo.right.empty())
-            m_right = std::make_unique<RightClip>(ParseSourceUrl(options.stereo.right).At(options.rate),
-                                                  LimitsFrom(options, atMs).fromMs, options.threads, reporter,
-                                                  cancel);
-        OpenSound(plugin, options);
-        m_stages.Start([this] { MakePictures(); });
+        OpenSound(clip, *input, sound);
+        if (m_pictures)
+            m_stages.Start([this] { MakePictures(); });
+        else
+            m_made.Finish();
     }
 
     std::optional<PlayedPicture> Next(int waitMs) {
@@ -70,33 +167,32 @@ public:
     }
 
     void SkipTo(int64_t timeMs) { m_skipTo = timeMs; }
+    bool HasPictures() const { return m_pictures != nullptr; }
     bool Ended() const { return m_made.Drained(); }
-    bool IsStill() const { return Ended() && m_pictures == 1 && !m_sound && m_atMs == 0; }
+    bool IsStill() const { return Ended() && m_count == 1 && !m_sound && m_atMs == 0; }
     bool HasSound() const { return m_sound != nullptr; }
     AVFramePtr NextSound(int64_t untilMs) { return m_sound->Next({untilMs - m_soundFromMs, kMilliseconds}); }
     std::optional<int64_t> LengthMs() const { return m_lengthMs; }
 
 private:
+    static void RequireSoundAlone(const RenderOptions& options, const AVStream* sound) {
+        if (!sound)
+            throw Error(ErrorKind::Input,
+                        options.input + " has neither pictures nor sound that can be played");
+        if (!options.effects.empty() || !options.framing.Empty() || options.stereo.TwoViews())
+            throw Error(ErrorKind::Usage, options.input + " has no pictures, which --effect, --size and the "
+                                                          "like would change; --audio-effect changes sound");
+    }
+
     void MakePictures() {
-        while (std::optional<SpanItem> item = m_span.Next()) {
+        while (std::optional<PlayedPicture> picture = m_pictures->Next()) {
             CheckCancel(m_cancel);
-            const AVRational base = m_source.Pictures().time_base;
-            const int64_t begin =
-                av_rescale_q(m_span.Start() + item->picture->pts, base, kMilliseconds) - m_fromMs;
-            const int64_t length = av_rescale_q(item->picture->pkt_duration, base, kMilliseconds);
-            PlayedPicture made{nullptr, 1, begin, begin + length};
-            if (made.endMs < m_skipTo && IsLate()) continue;
-            AVFramePtr second;
-            if (m_right) second = m_right->At({m_span.Start() + item->picture->pts, base});
-            const AVFramePtr picture =
-                m_stage.ApplyEffects(std::move(item->picture), static_cast<int>(made.timeMs),
-                                     static_cast<unsigned>(length), second.get());
-            made.picture = m_toShow.Convert(picture.get());
-            if (!made.picture)
-                throw Error(ErrorKind::Output, "a picture can't be shown: " + m_toShow.Error());
-            made.pixelAspect = PixelAspect(*made.picture);
-            ++m_pictures;
-            if (!m_made.Push(std::move(made), 1)) return;
+            picture->timeMs -= m_fromMs;
+            picture->endMs -= m_fromMs;
+            if (picture->endMs < m_skipTo && IsLate()) continue;
+            m_pictures->Make(*picture);
+            ++m_count;
+            if (!m_made.Push(std::move(*picture), 1)) return;
         }
         m_made.Finish();
     }
@@ -108,22 +204,26 @@ private:
         return m_skipped != 0;
     }
 
+    // Of the clip, in the file's times.
+    Moment Start(const AVFormatContext& input) const {
+        if (m_pictures) return m_pictures->Clip().Start();
+        return {input.start_time == AV_NOPTS_VALUE ? 0 : input.start_time, kMicroseconds};
+    }
+
     // Effects on sound need what came before: then it is made from the start of the span and not heard.
-    void OpenSound(const Plugin& plugin, const RenderOptions& options) {
-        const SourceRequest request = RequestOf(options);
-        const InputContextPtr input = OpenInput(request.path, m_interrupt);
-        const AVStream* const stream = FindSound(*input, request, FindPictures(*input, request));
+    void OpenSound(const PlayedClip& played, const AVFormatContext& input, const AVStream* stream) {
+        const RenderOptions& options = played.options;
         const bool brings = BringsSound(options.audioEffects);
         if (!stream && !brings) return;
         m_soundFromMs = options.audioEffects.empty() ? m_atMs : 0;
-        const Moment clip = m_source.Start();
+        const Moment clip = Start(input);
         const Moment start{av_rescale_q(clip.ticks, clip.base, kMicroseconds) +
                                av_rescale_q(m_fromMs + m_soundFromMs, kMilliseconds, kMicroseconds),
                            kMicroseconds};
         m_audioEffects = options.audioEffects;
-        const ClipSoundSetup setup{plugin, &m_manager, m_audioEffects, m_effectLength,
-                                   brings, start,      m_cancel};
-        m_sound = std::make_unique<ClipSound>(setup, request, stream, ShapeFor(setup, stream),
+        const ClipSoundSetup setup{played.plugin, &m_manager, m_audioEffects, EffectLength(m_lengthMs),
+                                   brings,        start,      m_cancel};
+        m_sound = std::make_unique<ClipSound>(setup, RequestOf(options), stream, ShapeFor(setup, stream),
                                               SoundForm{{kSoundRate, "stereo"}, AV_SAMPLE_FMT_S16, 0});
         if (m_lengthMs && (options.toMs || brings))
             m_sound->EndAt(Moment{*m_lengthMs - m_soundFromMs, kMilliseconds});
@@ -135,20 +235,13 @@ private:
     ReadInterrupt m_interrupt{&m_cancel, std::nullopt};
     const int64_t m_fromMs, m_atMs;
     IntakeTerms m_terms;
-    Source m_source;
-    const std::optional<int64_t> m_lengthMs;
-    SpanReader m_span;
     MediaManager m_manager{&m_cancel};
-    const uint32_t m_effectLength;
-    EffectChain m_chain;
-    std::unique_ptr<ViewPairs> m_pairs;
-    std::unique_ptr<RightClip> m_right;
-    PictureStage m_stage;
-    Scaler m_toShow;
+    std::unique_ptr<PlayedPictures> m_pictures; ///< null for sound alone
+    std::optional<int64_t> m_lengthMs;
     std::vector<EffectSpec> m_audioEffects;
     std::unique_ptr<ClipSound> m_sound;
     int64_t m_soundFromMs = 0; ///< where the sound's own times begin
-    std::atomic<int64_t> m_skipTo{0}, m_pictures{0};
+    std::atomic<int64_t> m_skipTo{0}, m_count{0};
     int m_skipped = 0;
     BoundedQueue<PlayedPicture> m_made{kPicturesAhead};
     StageGroup m_stages; ///< last member: ends before the others go
@@ -160,6 +253,7 @@ Playback::Playback(const Plugin& plugin, const RenderOptions& options, int64_t a
 Playback::~Playback() = default;
 
 std::optional<PlayedPicture> Playback::Next(int waitMs) { return m_work->Next(waitMs); }
+bool Playback::HasPictures() const { return m_work->HasPictures(); }
 bool Playback::Ended() const { return m_work->Ended(); }
 void Playback::SkipTo(int64_t timeMs) { m_work->SkipTo(timeMs); }
 bool Playback::HasSound() const { return m_work->HasSound(); }

@@ -1,5 +1,5 @@
 #pragma once
-/// A clip through effects for whoever shows it at once.
+/// A clip or a piece of sound through effects for whoever shows it at once.
 #include <memory>
 
 #include "host/jobs/render.h"
@@ -19,15 +19,17 @@ struct PlayedPicture {
 /// Plays from one moment on: pictures are made ahead on a thread of their own, sound on the caller's.
 class Playback {
 public:
-    /// Of the options, input, effects, span, pixel format, SDR, threads and views count, as for Render().
-    /// Effects see the times that they see in a render, wherever playing begins; those that build on the
-    /// pictures before begin anew. Plug-in, reporter and flag outlive it. Throws Error.
+    /// Of the options, input, effects, span, pixel format, framing, rate, SDR, threads and views count, as
+    /// for Render(). Effects see the times that they see in a render, wherever playing begins; those that
+    /// build on the pictures before begin anew. Plug-in, reporter and flag outlive it. Throws Error.
     Playback(const Plugin& plugin, const RenderOptions& options, int64_t atMs, Reporter& reporter,
              const std::atomic<bool>& cancel);
     ~Playback();
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
 
+    /// False for sound alone.
+    bool HasPictures() const;
     /// The next picture if it is made; waits for it at most that long. Throws what making it threw.
     std::optional<PlayedPicture> Next(int waitMs);
     /// No picture follows.

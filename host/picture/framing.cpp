@@ -63,6 +63,14 @@ void CheckFraming(const Framing& framing) {
         throw Error(ErrorKind::Usage, "--size-after goes with --size or --crop");
 }
 
+void RequireFraming(const Framing& framing, bool twoViews) {
+    CheckFraming(framing);
+    if ((framing.fit || framing.background) && !framing.Resizes())
+        throw Error(ErrorKind::Usage, "--fit and --background go with --size");
+    if (twoViews && !framing.Empty() && !framing.afterEffects)
+        throw Error(ErrorKind::Usage, "two views get a size behind their effects only: add --size-after");
+}
+
 Framer::Part Framer::PartOf(PictureSize own, double pixelAspect) const {
     if (!m_framing.crop) return {0, 0, own.width, own.height};
     const Framing::Crop& crop = *m_framing.crop;

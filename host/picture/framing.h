@@ -44,6 +44,10 @@ struct Framing {
 /// Throws Error (Usage) for options that say nothing without another one, or a colour that is none.
 void CheckFraming(const Framing& framing);
 
+/// The same where one source's pictures are framed, of which two views may be made: throws Error (Usage) for
+/// what does not go with that too.
+void RequireFraming(const Framing& framing, bool twoViews);
+
 /// Cuts and scales pictures of one source by a framing. With a size the pixels become square. Used by one
 /// thread at a time.
 class Framer {

@@ -1,4 +1,5 @@
 // The program shows clips and pictures in a window of a real display server, and plays their sound.
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <thread>
@@ -34,8 +35,10 @@ TEST_F(PlayProgram, WindowShowsThePictureUntilItIsClosed) {
     server.AwaitOutput("\n");
     const std::string display = ":" + std::to_string(std::atoi(server.Output().c_str()));
     MakeStill("red.png", "ff0000");
-    RunningProgram player(Play({"DISPLAY=" + display}, {"red.png", "-e", "invert"}), m_directory);
-    // The picture, 8x6 and inverted, is in the middle of the screen, which is black else.
+    RunningProgram player(Play({"DISPLAY=" + display},
+                               {"red.png", "-e", "invert", "--size", "200x200", "--background", "#ffff00"}),
+                          m_directory);
+    // The picture, inverted and 200x150, is in the middle of the screen, which is black else.
     const auto middle = [&] {
         Ffmpeg({"-f", "x11grab", "-draw_mouse", "0", "-video_size", "320x240", "-i", display, "-frames:v",
                 "1", "-y", "screen.png"});
@@ -71,6 +74,21 @@ TEST_F(PlayProgram, ClipPlaysToItsEndWithItsSound) {
         if (sample != 0) ++half;
     }
     EXPECT_GT(half, size_t{2} * 48000 * 9 / 10); // what is queued when the pictures end may be cut
+
+    // Sound alone plays whole, with a window and, where there is no display, without.
+    Ffmpeg({"-f", "lavfi", "-i", "aevalsrc=0.5:s=48000:d=0.4", "-c:a", "pcm_s16le", "a.wav"});
+    for (const bool window : {true, false}) {
+        std::filesystem::remove(Path("heard.raw"));
+        const Strings given(drivers.begin() + (window ? 0 : 1), drivers.end());
+        const Outcome played = RunningProgram(Play(given, {"a.wav"}), m_directory).Wait();
+        EXPECT_EQ(played.exitCode, 0);
+        EXPECT_EQ(played.messages, "");
+        const std::string bytes = test::ReadFile(Path("heard.raw"));
+        EXPECT_GE(std::count_if(bytes.begin(), bytes.end(), [](char byte) { return byte != 0; }),
+                  48000 * 3 / 10);
+    }
+    for (const auto& [option, value] : {std::pair("-e", "gray"), {"--size", "9:"}})
+        EXPECT_EQ(RunningProgram(Play(drivers, {"a.wav", option, value}), m_directory).Wait().exitCode, 2);
 
     const Outcome none = RunningProgram(Play({}, {"a.mkv"}), m_directory).Wait();
     EXPECT_EQ(none.exitCode, 4);
