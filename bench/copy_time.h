@@ -21,6 +21,11 @@ double CopySeconds(size_t bytes);
 void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<void()>& body,
                      const std::function<void()>& prepare = {});
 
+/// Further counters of rows that tell how right they are: of each plane or colour, in sample values.
+inline constexpr const char* kMeanErrors[] = {"mean error 1", "mean error 2", "mean error 3"};
+inline constexpr const char* kLargestErrors[] = {"largest error 1", "largest error 2", "largest error 3"};
+
+void RegisterConversionBenchmarks();
 void RegisterKernelBenchmarks();
 void RegisterEffectBenchmarks();
 void RegisterSoundBenchmarks();

@@ -1,4 +1,5 @@
-// Prints one table: each benchmark's milliseconds and its ratio to copying the same bytes.
+// Prints one table: each benchmark's milliseconds and its ratio to copying the same bytes; for conversions
+// also the mean and largest error of Y, U and V, or R, G and B.
 #include <cstdio>
 
 #include "bench/copy_time.h"
@@ -12,9 +13,16 @@ public:
         return true;
     }
     void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs)
-            std::printf("%-64s %9.3f %7.2f\n", run.run_name.function_name.c_str(),
-                        run.counters.at("ms").value, run.counters.at("ratio").value);
+        for (const Run& run : runs) {
+            std::printf("%-64s %9.3f %7.2f", run.run_name.function_name.c_str(), run.counters.at("ms").value,
+                        run.counters.at("ratio").value);
+            const bool judged = run.counters.count(bench::kMeanErrors[0]) != 0;
+            for (int i = 0; judged && i < 3; ++i)
+                std::printf("%s%.3f/%.2f", i ? "  " : "   error ",
+                            run.counters.at(bench::kMeanErrors[i]).value,
+                            run.counters.at(bench::kLargestErrors[i]).value);
+            std::printf("\n");
+        }
         std::fflush(stdout);
     }
 };
@@ -27,6 +35,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     bench::RegisterEffectBenchmarks();
+    bench::RegisterConversionBenchmarks();
     bench::RegisterSoundBenchmarks();
     bench::RegisterKernelBenchmarks();
     Table table;

@@ -297,17 +297,15 @@ struct PlaneRows {
 // Halves the columns of a row of chroma.
 struct ColumnsHalved {
     I16 taps[5];
-    size_t begin = 0, end = 5; // of those that count
 
     AVEFFECT_INLINE explicit ColumnsHalved(const int16_t* columns) {
+        AVEFFECT_UNROLL
         for (size_t i = 0; i < 5; ++i) taps[i] = ColumnsMixed::Pair(columns + 2 * i);
-        while (columns[2 * begin] == 0 && columns[2 * begin + 1] == 0) ++begin;
-        while (columns[2 * end - 2] == 0 && columns[2 * end - 1] == 0) --end;
     }
     AVEFFECT_INLINE I32 At(const int16_t* from) const {
         I32 sum = I32{} + (1 << (kTapBits - 1));
-        for (size_t i = begin; i < end; ++i)
-            sum = sum + MultiplyAddPairs(Load<I16>(from + 2 * i - 4), taps[i]);
+        AVEFFECT_UNROLL
+        for (size_t i = 0; i < 5; ++i) sum = sum + MultiplyAddPairs(Load<I16>(from + 2 * i - 4), taps[i]);
         return sum >> kTapBits;
     }
     AVEFFECT_INLINE void Write(int16_t* to, const int16_t* from, size_t columns) const {
@@ -328,17 +326,16 @@ AVEFFECT_INLINE void StoreSamples(uint8_t* to, I16 samples, size_t count) {
 // A row of chroma from eight, or from one.
 struct RowsHalved {
     I16 taps[4];
-    size_t begin = 0, end = 4; // of those that count
 
     AVEFFECT_INLINE explicit RowsHalved(const int16_t* rows) {
+        AVEFFECT_UNROLL
         for (size_t i = 0; i < 4; ++i) taps[i] = ColumnsMixed::Pair(rows + 2 * i);
-        while (rows[2 * begin] == 0 && rows[2 * begin + 1] == 0) ++begin;
-        while (rows[2 * end - 2] == 0 && rows[2 * end - 1] == 0) --end;
     }
     AVEFFECT_INLINE I16 At(const int16_t* const* from, size_t x) const {
         constexpr int kShift = kTapBits + kChromaFractionBits;
         I32 low = I32{} + ((1 << (kShift - 1)) + (128 << kShift)), high = low;
-        for (size_t i = begin; i < end; ++i) {
+        AVEFFECT_UNROLL
+        for (size_t i = 0; i < 4; ++i) {
             const U16 a = Load<U16>(from[2 * i] + x), b = Load<U16>(from[2 * i + 1] + x);
             low = low + MultiplyAddPairs((I16)InterleaveLow(a, b), taps[i]);
             high = high + MultiplyAddPairs((I16)InterleaveHigh(a, b), taps[i]);

@@ -10,7 +10,7 @@ packages=(
   libcli11-dev zlib1g-dev nlohmann-json3-dev libsdl2-dev ffmpeg
 )
 if [ "${1:-}" != program ]; then
-  packages+=(libgtest-dev libbenchmark-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)
+  packages+=(libgtest-dev libbenchmark-dev libyuv-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)
 fi
 
 missing=()
