@@ -107,6 +107,7 @@ ordered_json EffectJson(const EffectInfo& effect) {
         {"help", effect.help},
         {"followsTime", (effect.traits & AVBased::kFollowsTime) != 0},
         {"keepsState", (effect.traits & AVBased::kKeepsState) != 0},
+        {"preparesOnce", (effect.traits & AVBased::kPreparesOnce) != 0},
         {"drawsRandom", (effect.traits & AVBased::kDrawsRandom) != 0},
         {"fewFormats", (effect.traits & AVBased::kFewFormats) != 0},
         {"changesAlpha", (effect.traits & AVBased::kChangesAlpha) != 0},

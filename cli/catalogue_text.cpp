@@ -72,7 +72,9 @@ std::string TraitsText(unsigned traits) {
     std::string text;
     const auto add = [&text](const char* part) { text += (text.empty() ? "" : "; ") + std::string(part); };
     if (traits & AVBased::kFollowsTime) add("changes with the time in its span");
-    if (traits & AVBased::kKeepsState) add("can let a frame depend on the frames before it");
+    const bool prepares = (traits & AVBased::kPreparesOnce) != 0;
+    if (prepares) add("prepares itself on the first frame, for all of its size");
+    if (traits & AVBased::kKeepsState && !prepares) add("can let a frame depend on the frames before it");
     if (traits & AVBased::kDrawsRandom) add("draws random numbers");
     if (traits & AVBased::kFewFormats) add("works in BGRA and YUV420P only");
     if (traits & AVBased::kChangesAlpha) add("changes transparency alone");

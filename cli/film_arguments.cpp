@@ -145,6 +145,8 @@ CLI::App* AddSheet(CLI::App& app, SheetCommand& command) {
     AddPair(*sheet, command.first, command.second, command.output, "Picture to write");
     sheet->add_option("--size", command.size, "Size of one sample; A's shape within 160x160 if not given")
         ->type_name("WIDTHxHEIGHT");
+    sheet->add_option("--threads", command.threads, "Threads that draw; 0 for one a processor")
+        ->type_name("N");
     AddRunOptions(*sheet, command.run);
     sheet->footer(std::string("Example:\n  aveffect sheet a.jpg b.jpg sheet.png\n\n") + kExitCodeHelp);
     return sheet;
@@ -191,6 +193,7 @@ SheetOptions MakeSheetOptions(const SheetCommand& command) {
     options.second = InputName(command.second);
     options.output = command.output;
     if (command.size) options.tile = SizeOption(*command.size);
+    if (command.threads) options.threads = ThreadsOption(*command.threads);
     options.overwrite = command.run.overwrite;
     return options;
 }

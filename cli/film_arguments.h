@@ -47,7 +47,7 @@ struct JoinCommand {
 struct SheetCommand {
     RunArguments run;
     std::string first, second, output;
-    std::optional<std::string> size;
+    std::optional<std::string> size, threads;
 };
 
 /// Add the commands to the program's; what is parsed goes into the command.

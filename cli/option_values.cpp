@@ -52,6 +52,19 @@ unsigned ThreadsOption(const std::string& value) {
     return static_cast<unsigned>(WholeOption("--threads", value, 0, kMost));
 }
 
+size_t MemoryOption(const std::string& value) {
+    constexpr std::string_view kUnits = "kMG";
+    constexpr unsigned kUnitBits = 10;
+    constexpr int64_t kMost = int64_t{1} << 50;
+    const size_t unit = value.empty() ? std::string_view::npos : kUnits.find(value.back());
+    const bool plain = unit == std::string_view::npos;
+    const auto number = ParseWhole(std::string_view(value).substr(0, value.size() - (plain ? 0 : 1)));
+    const int64_t factor = plain ? 1 : int64_t{1} << (kUnitBits * (unit + 1));
+    if (!number || *number < 1 || *number > kMost / factor)
+        Refuse("--memory", "bytes from 1 upwards, such as 512M or 2G", value);
+    return static_cast<size_t>(*number * factor);
+}
+
 ProgressStyle ProgressOption(const std::string& value) {
     if (value == "auto") return ProgressStyle::Auto;
     if (value == "bar") return ProgressStyle::Bar;

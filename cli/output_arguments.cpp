@@ -93,8 +93,13 @@ void AddEncoderOptions(CLI::App& app, EncoderArguments& encoder, const char* aud
         ->type_name("RATE");
     AddQualityOptions(app, encoder.quality);
     app.add_option("--preset", encoder.preset, "Preset of the encoder, such as ultrafast")->type_name("NAME");
-    app.add_option("--threads", encoder.threads, "Threads of decoder and encoder; 0 for one a processor")
+    app.add_option("--threads", encoder.threads,
+                   "Threads of decoder, effects and encoder, each; 0 for one a processor")
         ->type_name("N");
+    app.add_option("--memory", encoder.memory,
+                   "Bytes that pictures between decoder and encoder may take, such as 512M or 2G; 1G if not "
+                   "given")
+        ->type_name("BYTES");
 }
 
 StreamSelection MakeStreamSelection(const StreamArguments& streams) {
@@ -144,6 +149,7 @@ void TakeEncoder(const EncoderArguments& encoder, OutputOptions& options) {
     options.preset = encoder.preset;
     if (encoder.crf) options.crf = CrfOption(*encoder.crf);
     if (encoder.threads) options.threads = ThreadsOption(*encoder.threads);
+    if (encoder.memory) options.memory = MemoryOption(*encoder.memory);
     if (encoder.bitRate) options.bitRate = BitRateOption("--bitrate", *encoder.bitRate);
     if (encoder.audioBitRate) options.audioBitRate = BitRateOption("--audio-bitrate", *encoder.audioBitRate);
     TakeQuality(encoder.quality, options);

@@ -34,7 +34,7 @@ struct FramingArguments {
 /// Everything about the encoders of clips.
 struct EncoderArguments {
     std::string codec, audioCodec, outputFormat, preset;
-    std::optional<std::string> crf, threads, bitRate, audioBitRate;
+    std::optional<std::string> crf, threads, memory, bitRate, audioBitRate;
     QualityArguments quality;
 };
 

@@ -80,6 +80,10 @@ bool NeedsPictureSize(const EffectSpec& effect) {
                        [](const PropertySetting& setting) { return setting.percentage.has_value(); });
 }
 
+bool NeedsOrder(const EffectSpec& effect) {
+    return AVBased::OrderOf(RequireEffect(effect.name).traits) == AVBased::FrameOrder::InOrder;
+}
+
 } // namespace
 
 EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium) {
@@ -128,27 +132,52 @@ void RequireNoRecord(AVBased::IAVProc& proc) {
 
 EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
                          const std::vector<EffectSpec>& effects, uint32_t durationMs)
-    : m_effects(effects) {
-    for (const EffectSpec& effect : effects) {
-        const AVBased::EffectInfo& info = RequireEffect(effect.name);
-        m_procs.push_back(plugin.MakeVideo(manager, info.name));
-        m_traits |= info.traits;
-        if (info.kind == AVBased::EffectKind::Transition) m_transitions = true;
-        AVBased::IVideoProc& proc = *m_procs.back();
-        if (IsStereoEffect(proc)) {
-            m_stereo = &proc;
-            m_mixesViews = false;
-        } else if (info.traits & AVBased::kMovesPixels) {
-            m_mixesViews = true;
-        }
-        SetDuration(proc, durationMs);
-        if (NeedsPictureSize(effect)) {
-            m_waiting.emplace_back(&proc, effect);
-            continue;
-        }
-        for (const PropertySetting& setting : effect.properties)
-            SetProperty(proc, setting.name, setting.value);
+    : m_plugin(plugin)
+    , m_manager(manager)
+    , m_durationMs(durationMs)
+    , m_first(*this)
+    , m_effects(effects) {
+    for (const EffectSpec& effect : m_effects) {
+        Make(effect);
+        const bool inOrder = NeedsOrder(effect);
+        if (m_segments.empty() || inOrder != (m_segments.back().gate != nullptr))
+            m_segments.push_back({0, inOrder ? std::make_unique<Turnstile>() : nullptr});
+        m_segments.back().end = m_procs.size();
     }
+}
+
+EffectChain::EffectChain(EffectChain* first)
+    : m_plugin(first->m_plugin)
+    , m_manager(first->m_manager)
+    , m_durationMs(first->m_durationMs)
+    , m_first(*first)
+    , m_effects(first->m_effects) {
+    for (const EffectSpec& effect : m_effects) {
+        if (NeedsOrder(effect))
+            m_procs.emplace_back();
+        else
+            Make(effect);
+    }
+}
+
+void EffectChain::Make(const EffectSpec& effect) {
+    const AVBased::EffectInfo& info = RequireEffect(effect.name);
+    m_procs.push_back(m_plugin.MakeVideo(m_manager, info.name));
+    m_traits |= info.traits;
+    if (info.kind == AVBased::EffectKind::Transition) m_transitions = true;
+    AVBased::IVideoProc& proc = *m_procs.back();
+    if (IsStereoEffect(proc)) {
+        m_stereo = &proc;
+        m_mixesViews = false;
+    } else if (info.traits & AVBased::kMovesPixels) {
+        m_mixesViews = true;
+    }
+    SetDuration(proc, m_durationMs);
+    if (NeedsPictureSize(effect)) {
+        m_waiting.emplace_back(&proc, effect);
+        return;
+    }
+    for (const PropertySetting& setting : effect.properties) SetProperty(proc, setting.name, setting.value);
 }
 
 void EffectChain::SetWaiting(AVBased::IRawVideoFrame& frame) {
@@ -165,15 +194,33 @@ void EffectChain::SetWaiting(AVBased::IRawVideoFrame& frame) {
     m_waiting.clear();
 }
 
-void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs) {
-    if (!m_waiting.empty()) SetWaiting(*frame);
+void EffectChain::Run(size_t begin, size_t end, AVBased::IRawVideoFrame& frame, int timeMs) {
     AVBased::ImagePostion position{};
-    for (const VideoProcPtr& proc : m_procs) {
-        if (DrawInPlaceOf(*proc, *frame)) continue;
+    for (size_t index = begin; index < end; ++index) {
+        AVBased::IVideoProc& proc = *m_procs[index];
+        if (DrawInPlaceOf(proc, frame)) continue;
         GetBaseException()->Clear();
-        proc->ProcFrameInPlace(&position, timeMs, frame);
-        RequireNoRecord(*proc);
+        proc.ProcFrameInPlace(&position, timeMs, &frame);
+        RequireNoRecord(proc);
     }
+}
+
+void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs, std::optional<int64_t> number) {
+    if (!m_waiting.empty()) SetWaiting(*frame);
+    const bool further = &m_first != this;
+    size_t begin = 0;
+    for (const Segment& segment : m_first.m_segments) {
+        if (segment.gate && number)
+            segment.gate->Pass(*number, [&] { m_first.Run(begin, segment.end, *frame, timeMs); });
+        else if (!segment.gate || !further)
+            Run(begin, segment.end, *frame, timeMs);
+        begin = segment.end;
+    }
+}
+
+void EffectChain::Stop() {
+    for (const Segment& segment : m_segments)
+        if (segment.gate) segment.gate->Stop();
 }
 
 } // namespace aveffect

@@ -1,6 +1,7 @@
 #pragma once
 /// Effects as people write them, and chains of processors made from them.
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "aveffect/effect_info.h"
 #include "host/effects/plugin.h"
 #include "host/effects/stereo.h"
+#include "host/support/turnstile.h"
 
 namespace aveffect {
 
@@ -57,11 +59,23 @@ public:
     /// duration until the first frame, for the order of settings can matter. Throws Error (Effect or Usage).
     EffectChain(const Plugin& plugin, AVBased::IAVManager* manager, const std::vector<EffectSpec>& effects,
                 uint32_t durationMs);
+    /// A further chain of the same settings, for frames that another thread has. Those effects whose frames
+    /// have to come in order are the first chain's, which outlives this one. Throws as above.
+    explicit EffectChain(EffectChain* first);
+    EffectChain(const EffectChain&) = delete;
+    EffectChain& operator=(const EffectChain&) = delete;
 
     /// Changes the frame in place; timeMs is its time in the effects' span. All frames have the first one's
-    /// size, which percentages refer to. Throws Error (Effect) with the record's text when a processor
-    /// records an error, and with the first frame Error (Usage) for settings that can't be made.
-    void Process(AVBased::IRawVideoFrame* frame, int timeMs);
+    /// size, which percentages refer to. Where there are further chains, frames have numbers from 0 on, the
+    /// first chain has the one that comes first before any other chain has any, and each further one has a
+    /// frame without a number before all others, which is to be thrown away: effects prepare themselves on
+    /// it, those that need order don't see it. Throws Error (Effect) with the record's text when a processor
+    /// records an error, with the first frame Error (Usage) for settings that can't be made, and
+    /// (Interrupted) when it was stopped.
+    void Process(AVBased::IRawVideoFrame* frame, int timeMs, std::optional<int64_t> number = {});
+
+    /// Ends the waiting of numbered frames for each other, on all chains. Of the first chain.
+    void Stop();
 
     bool Empty() const noexcept { return m_procs.empty(); }
 
@@ -91,14 +105,27 @@ public:
     }
 
 private:
-    void SetWaiting(AVBased::IRawVideoFrame& frame);
+    /// Effects that follow one another and are alike in whether their frames have to come in order.
+    struct Segment {
+        size_t end;                      ///< behind the last one
+        std::unique_ptr<Turnstile> gate; ///< null where frames need no order
+    };
 
+    void Make(const EffectSpec& effect);
+    void SetWaiting(AVBased::IRawVideoFrame& frame);
+    void Run(size_t begin, size_t end, AVBased::IRawVideoFrame& frame, int timeMs);
+
+    const Plugin& m_plugin;
+    AVBased::IAVManager* m_manager;
+    uint32_t m_durationMs;
+    EffectChain& m_first;                    ///< itself unless it is a further one
+    std::vector<Segment> m_segments;         ///< the first chain's
     AVBased::IVideoProc* m_stereo = nullptr; ///< the last one
     bool m_mixesViews = false;               ///< an effect behind it does
     bool m_transitions = false;
     unsigned m_traits = 0; ///< AVBased::EffectTraits of all effects together
     std::vector<EffectSpec> m_effects;
-    std::vector<VideoProcPtr> m_procs;
+    std::vector<VideoProcPtr> m_procs; ///< null where the first chain's serve
     std::vector<std::pair<AVBased::IVideoProc*, EffectSpec>> m_waiting; ///< for the pictures' size
 };
 

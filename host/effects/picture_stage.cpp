@@ -1,9 +1,11 @@
 #include "host/effects/picture_stage.h"
 
+#include <algorithm>
 #include <tuple>
 #include <utility>
 
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -68,10 +70,7 @@ bool PictureStage::IsInWorkingFormat(const AVFrame& picture) const {
 
 AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
     const bool sameSize = picture->width == m_width && picture->height == m_height;
-    if (!sameSize && !std::exchange(m_saidSizeChange, true))
-        m_reporter.Warn("pictures change from " + std::to_string(m_width) + "x" + std::to_string(m_height) +
-                        " to " + std::to_string(picture->width) + "x" + std::to_string(picture->height) +
-                        "; they are scaled to the first size");
+    if (!sameSize) m_terms.SayChanged(m_width, m_height, *picture);
     if (sameSize && IsInWorkingFormat(*picture)) return picture;
     m_alpha.Watch(*picture, m_working.format, FormatName(m_working.format) + " has no transparency",
                   m_reporter);
@@ -90,7 +89,7 @@ AVFramePtr PictureStage::TakeSecond(const AVFrame& second, bool standard) {
 }
 
 AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned durationMs,
-                                      const AVFrame* second) {
+                                      const AVFrame* second, std::optional<int64_t> number) {
     AVFramePtr right;
     if (m_uprightBy) picture = m_upright.Apply(std::move(picture), *m_uprightBy);
     picture = m_framer.Apply(m_intake.Map(std::move(picture)));
@@ -107,14 +106,18 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
         const auto frame =
             picture ? mediabridge::VideoFrame::Wrap(picture.get(), timeMs, durationMs) : nullptr;
         if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
-        if (right) frame->SetSubsetFrame(m_pairs->Prepare(*right, timeMs, durationMs));
-        m_chain.Process(frame.get(), timeMs);
+        if (right) frame->SetSubsetFrame(m_pairs->Prepare(*right, timeMs, durationMs, number));
+        m_chain.Process(frame.get(), timeMs, number);
         if (!std::exchange(m_saidNeutral, true)) // behind the first one: its size is known, settings are made
             WarnOfNeutral(m_chain.Effects(), static_cast<unsigned>(m_width), static_cast<unsigned>(m_height),
                           m_reporter);
         if (const auto views = m_chain.Views()) MarkPicture(*picture, *views);
     }
     return picture;
+}
+
+size_t PictureStage::WorkingBytes() const {
+    return static_cast<size_t>(std::max(0, av_image_get_buffer_size(m_working.format, m_width, m_height, 1)));
 }
 
 AVPixelFormat PictureStage::WantedFormat() const {

@@ -31,9 +31,12 @@ public:
     void Frame(const Framing& framing) { m_framer = Framer(framing); }
 
     /// Turning and effects. Time in milliseconds from the span's start. The second picture is the other
-    /// view's, where the first one does not hold both. Throws Error.
+    /// view's, where the first one does not hold both. Numbers are as EffectChain has them. Throws Error.
     mediabridge::AVFramePtr ApplyEffects(mediabridge::AVFramePtr picture, int timeMs, unsigned durationMs,
-                                         const AVFrame* second = nullptr);
+                                         const AVFrame* second = nullptr, std::optional<int64_t> number = {});
+
+    /// Of a picture in the working format.
+    size_t WorkingBytes() const;
 
     /// Of the pictures that ApplyEffects has returned. The output looks like the clip, in the bits that the
     /// effects worked in; grey clips may have been given colour, and any clip transparency.
@@ -59,7 +62,6 @@ private:
     std::optional<ClipKind> m_clip;
     WorkingFormat m_working;
     int m_width = 0, m_height = 0;
-    bool m_saidSizeChange = false;
     bool m_saidNeutral = false;
     AlphaLoss m_alpha;
     std::optional<mediabridge::Scaler> m_toWorking;

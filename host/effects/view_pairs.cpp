@@ -114,10 +114,11 @@ AVFramePtr ViewPairs::Fit(const AVFrame& second, AVFramePtr& left, const Working
     return right;
 }
 
-VideoFrame::Ptr ViewPairs::Prepare(const AVFrame& right, int timeMs, unsigned durationMs) {
+VideoFrame::Ptr ViewPairs::Prepare(const AVFrame& right, int timeMs, unsigned durationMs,
+                                   std::optional<int64_t> number) {
     VideoFrame::Ptr frame = VideoFrame::Wrap(&right, timeMs, durationMs);
     if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
-    m_before.Process(frame.get(), timeMs);
+    m_before.Process(frame.get(), timeMs, number);
     return frame;
 }
 

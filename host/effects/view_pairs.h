@@ -19,6 +19,10 @@ public:
     /// Throws Error (Usage) when there is no stereo effect or the options contradict each other.
     ViewPairs(const Plugin& plugin, AVBased::IAVManager* manager, const std::vector<EffectSpec>& effects,
               uint32_t durationMs, StereoOptions options);
+    /// Further ones, for another thread, as EffectChain has them.
+    explicit ViewPairs(ViewPairs* first)
+        : m_options(first->m_options)
+        , m_before(&first->m_before) {}
 
     /// The two views of a picture that holds both, in memory of their own, both laid out alike. Whole chroma
     /// samples; what does not fit lies between them. Throws Error (Usage) when a side is too short.
@@ -29,8 +33,12 @@ public:
     mediabridge::AVFramePtr Fit(const AVFrame& second, mediabridge::AVFramePtr& left,
                                 const WorkingFormat& working);
 
-    /// The frame to be attached to the left view's.
-    mediabridge::VideoFrame::Ptr Prepare(const AVFrame& right, int timeMs, unsigned durationMs);
+    /// The frame to be attached to the left view's. Numbers are as EffectChain has them.
+    mediabridge::VideoFrame::Ptr Prepare(const AVFrame& right, int timeMs, unsigned durationMs,
+                                         std::optional<int64_t> number);
+
+    /// As EffectChain's.
+    void Stop() { m_before.Stop(); }
 
 private:
     StereoOptions m_options;

@@ -5,9 +5,8 @@
 #include <map>
 #include <mutex>
 #include <system_error>
-#include <thread>
 
-#include "host/support/stages.h"
+#include "host/support/ordered_workers.h"
 
 namespace aveffect {
 namespace {
@@ -52,8 +51,6 @@ void MakeDirectory(const std::string& directory) {
                                            (error ? error.message() : "it exists and is no directory"));
 }
 
-unsigned Processors() { return std::max(1u, std::thread::hardware_concurrency()); }
-
 /// A failure, told from the exception in flight; nothing when the user asked to stop.
 bool TakeFailure(BatchOutcome& outcome) {
     outcome.status = BatchStatus::Failed;
@@ -86,9 +83,8 @@ public:
     void Run() {
         MakeDirectory(m_options.directory);
         const auto items = static_cast<unsigned>(std::min<size_t>(m_items.size(), UINT_MAX));
-        const unsigned workers = std::min(m_options.workers == 0 ? Processors() : m_options.workers, items);
-        const unsigned threads = m_options.render.threads == 0 ? Processors() : m_options.render.threads;
-        m_threads = std::max(1u, threads / std::max(1u, workers));
+        const unsigned workers = std::min(WorkerCount(m_options.workers), items);
+        m_share = std::max(1u, workers);
         StageGroup group([this] { m_next = m_items.size(); });
         for (unsigned worker = 0; worker < workers; ++worker) group.Start([this] { Work(); });
         group.Join();
@@ -123,7 +119,8 @@ private:
         RenderOptions options = m_options.render;
         options.input = item.input;
         options.output = item.output;
-        options.threads = m_threads;
+        options.threads = std::max(1u, WorkerCount(options.threads) / m_share);
+        options.memory = std::max(size_t{1}, options.memory / m_share);
         return options;
     }
 
@@ -148,7 +145,7 @@ private:
     const std::function<void(const BatchOutcome&)>& m_tell;
     const std::atomic<bool>& m_cancel;
     std::vector<Item> m_items;
-    unsigned m_threads = 1; ///< of each render
+    unsigned m_share = 1; ///< renders that share threads and memory
     std::atomic<size_t> m_next{0};
     std::mutex m_mutex;
 };

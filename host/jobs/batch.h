@@ -29,7 +29,8 @@ struct BatchOutcome {
 };
 
 /// Renders each input as Render() does; a failure ends no other. Every outcome is told as soon as it is
-/// known, one at a time, from any thread. Threads that the options ask for are shared among the workers. An
+/// known, one at a time, from any thread. Threads and memory that the options ask for are shared among the
+/// workers. An
 /// input that is interrupted, and all that come after it, have no outcome. Throws Error when nothing can be
 /// started: Usage when two outputs have one name or an output is one of the inputs, Output when the directory
 /// can't be made; (Interrupted) at the end when cancel was set.

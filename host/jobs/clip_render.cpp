@@ -15,16 +15,13 @@
 #include "host/output/still_picture.h"
 #include "host/output/stream_mapping.h"
 #include "host/picture/light_metadata.h"
-#include "host/support/bounded_queue.h"
+#include "host/support/ordered_workers.h"
 #include "host/support/progress_meter.h"
-#include "host/support/stages.h"
 
 namespace aveffect {
 namespace {
 
 using mediabridge::AVFramePtr;
-
-unsigned WeightOf(const SpanItem& item) { return item.picture ? kPictureWeight : kPacketWeight; }
 
 // Where a rate is asked for, a number of its pictures is a time; one picture more of the clip's makes sure
 // that none is missing.
@@ -99,7 +96,7 @@ public:
         , m_reporter(observer)
         , m_input(m_plan, m_reporter, cancel)
         , m_pictures(plugin, TaskOf(m_plan.options), m_input.source, m_input.span.LengthMs(), m_plan.output,
-                     m_reporter, cancel)
+                     m_reporter, cancel, WorkerCount(m_plan.options.threads))
         , m_progress(m_reporter, m_input.ExpectedPictures())
         , m_numbered(m_plan.output, m_plan.options.overwrite, cancel) {
         const bool keepsFields = m_plan.options.framing.Empty() && !m_plan.options.rate;
@@ -142,8 +139,8 @@ private:
         return {pictures, damage.Text()};
     }
 
-    AVFramePtr Rendered(SpanItem item) {
-        return m_pictures.ForEncoder(m_pictures.ApplyEffects(std::move(item.picture), item.second.get()));
+    AVFramePtr Rendered(SpanItem item, const LinePlace& place = {}) {
+        return m_pictures.Make(std::move(item.picture), item.second.get(), place);
     }
 
     // The first picture tells what the output looks like; packets before it wait in m_head.
@@ -197,42 +194,46 @@ private:
     }
 
     void RunStages() {
+        // The first picture, which is made, is no work for these.
+        m_workers.emplace(WorkerCount(m_plan.options.threads), m_plan.options.memory,
+                          [this](unsigned worker, int64_t number, SpanItem& item) {
+                              CheckCancel(m_cancel);
+                              item = {Rendered(std::move(item), {worker, number + 1}), nullptr};
+                          });
+        m_pictureBytes = m_pictures.BytesOnTheWay();
         StageGroup stages([this] {
-            m_decoded.Stop();
-            m_processed.Stop();
+            m_workers->Stop();
+            m_pictures.Stop();
         });
         stages.Start([this] { Decode(); });
-        stages.Start([this] { Process(); });
         stages.Start([this] { Encode(); });
         stages.Join();
     }
 
-    void Decode() {
-        while (std::optional<SpanItem> item = m_input.Next()) {
-            CheckCancel(m_cancel);
-            const unsigned weight = WeightOf(*item);
-            if (!m_decoded.Push(std::move(*item), weight)) return;
-        }
-        m_decoded.Finish();
+    ItemSize SizeOf(const SpanItem& item) const {
+        if (item.packet) return {kPacketWeight, static_cast<size_t>(item.packet->size)};
+        const size_t second = item.second ? PictureBytes(*item.second) : 0;
+        return {kPictureWeight, std::max(m_pictureBytes, PictureBytes(*item.picture)) + second};
     }
 
-    void Process() {
+    void Decode() {
         for (SpanItem& item : m_head) {
-            const unsigned weight = WeightOf(item);
-            if (!m_processed.Push(std::move(item), weight)) return;
+            const ItemSize size = SizeOf(item);
+            if (!m_workers->PushThrough(std::move(item), size)) return;
         }
         m_head.clear();
-        while (std::optional<SpanItem> item = m_decoded.Pop()) {
+        while (std::optional<SpanItem> item = m_input.Next()) {
             CheckCancel(m_cancel);
-            if (item->picture) *item = {Rendered(std::move(*item)), nullptr};
-            const unsigned weight = WeightOf(*item);
-            if (!m_processed.Push(std::move(*item), weight)) return;
+            const ItemSize size = SizeOf(*item);
+            if (!(item->picture ? m_workers->Push(std::move(*item), size)
+                                : m_workers->PushThrough(std::move(*item), size)))
+                return;
         }
-        if (!m_decoded.Stopped()) m_processed.Finish();
+        m_workers->Finish();
     }
 
     void Encode() {
-        while (std::optional<SpanItem> item = m_processed.Pop()) {
+        while (std::optional<SpanItem> item = m_workers->Pop()) {
             CheckCancel(m_cancel);
             if (m_plan.output.IsNumbered()) {
                 m_numbered.Write(std::move(item->picture));
@@ -246,7 +247,7 @@ private:
             m_file->WritePicture(std::move(item->picture));
             m_progress.Report(m_file->Pictures(), false);
         }
-        if (m_processed.Stopped() || !m_file) return;
+        if (m_workers->Stopped() || !m_file) return;
         m_file->EndStreams(m_sound->EndBeside(m_file->PicturesEnd()));
         m_file->Finish();
     }
@@ -262,8 +263,8 @@ private:
     std::unique_ptr<MediaWriter> m_file;
     NumberedOutput m_numbered;   ///< used where the pictures get files of their own
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
-    BoundedQueue<SpanItem> m_decoded{kQueueWeight};
-    BoundedQueue<SpanItem> m_processed{kQueueWeight};
+    size_t m_pictureBytes = 0;   ///< that one takes on its way
+    std::optional<OrderedWorkers<SpanItem>> m_workers; ///< last member: ends before the others go
 };
 
 } // namespace

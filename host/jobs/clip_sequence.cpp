@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/effects/memory_pictures.h"
 #include "host/effects/transition_frame.h"
 #include "host/jobs/film_framing.h"
 #include "host/picture/orientation.h"
@@ -41,7 +42,13 @@ void ClipSequence::Shape(Reporter& reporter) {
     m_canvas.height = picture->height;
     m_canvas.pixelAspect = m_setup.squarePixels ? AVRational{1, 1} : CanvasOf(*picture).pixelAspect;
     if (other) first.player->Frame(m_framing);
-    first.fitter = Fitter(m_canvas, m_setup.terms);
+    first.fittings = MakeFittings();
+}
+
+ClipSequence::Fittings ClipSequence::MakeFittings() const {
+    auto fittings = std::make_shared<std::vector<Fitting>>(m_setup.workers);
+    for (Fitting& fitting : *fittings) fitting.fitter = Fitter(m_canvas, m_setup.terms);
+    return fittings;
 }
 
 int64_t ClipSequence::Pictures() const { return m_begins.back() + m_setup.parts.back().pictures; }
@@ -55,7 +62,7 @@ void ClipSequence::Open(size_t part) {
     Playing& playing = m_playing.emplace_back();
     playing.player = Player(part);
     playing.player->Frame(m_framing);
-    playing.fitter = Fitter(m_canvas, m_setup.terms);
+    playing.fittings = MakeFittings();
 }
 
 void ClipSequence::Leave() {
@@ -66,51 +73,67 @@ void ClipSequence::Leave() {
 }
 
 AVFramePtr ClipSequence::Look() {
-    AVFramePtr picture = Show(m_playing.front(), 0);
+    Playing& playing = m_playing.front();
+    Fitting& fitting = playing.fittings->front();
+    AVFramePtr picture = fitting.Show(playing.player->At(0));
     const auto isGrey = [](const SequencePart& part) { return IsGrey(part.clip->format); };
     const bool grey = IsGrey(static_cast<AVPixelFormat>(picture->format));
     if (!grey || std::ranges::all_of(m_setup.parts, isGrey)) return picture;
-    picture = Fit(m_playing.front(), std::move(picture));
+    picture = fitting.Fit(std::move(picture));
     picture->format = AV_PIX_FMT_BGR0;
     return picture;
 }
 
-AVFramePtr ClipSequence::Show(Playing& playing, int64_t picture) {
-    AVFramePtr shown = playing.player->At(picture);
-    return playing.fitter.Fits(*shown) ? std::move(shown) : Fit(playing, std::move(shown));
+AVFramePtr ClipSequence::Fitting::Show(AVFramePtr picture) {
+    return fitter.Fits(*picture) ? std::move(picture) : Fit(std::move(picture));
 }
 
 // What stands still, a photo above all, is fitted once.
-AVFramePtr ClipSequence::Fit(Playing& playing, AVFramePtr picture) {
-    if (!playing.read || playing.read->data[0] != picture->data[0]) {
-        playing.fitted = playing.fitter.Fit(*picture);
-        playing.read = std::move(picture); // held, so that no other picture comes to lie there
+AVFramePtr ClipSequence::Fitting::Fit(AVFramePtr picture) {
+    if (!read || read->data[0] != picture->data[0]) {
+        fitted = fitter.Fit(*picture);
+        read = std::move(picture); // held, so that no other picture comes to lie there
     }
-    AVFramePtr fitted(av_frame_clone(playing.fitted.get()));
-    if (!fitted) throw Error(ErrorKind::Output, "no memory for a picture");
-    return fitted;
+    AVFramePtr shown(av_frame_clone(fitted.get()));
+    if (!shown) throw Error(ErrorKind::Output, "no memory for a picture");
+    return shown;
 }
 
-AVFramePtr ClipSequence::Draw(int64_t index) {
+namespace {
+
+/// A picture that a function which can be copied hands on once.
+using Handed = std::shared_ptr<AVFramePtr>;
+Handed Hand(AVFramePtr picture) { return std::make_shared<AVFramePtr>(std::move(picture)); }
+
+} // namespace
+
+Drawing ClipSequence::Draw(int64_t index) {
     while (index >= m_begins[m_shown] + m_setup.parts[m_shown].pictures) Leave();
-    const int64_t picture = index - m_begins[m_shown];
     const bool crosses = m_shown + 1 < m_begins.size() && index >= m_begins[m_shown + 1];
-    if (!crosses) return Show(m_playing.front(), picture);
-    if (m_playing.size() < 2) Open(m_shown + 1);
+    if (crosses && m_playing.size() < 2) Open(m_shown + 1);
     Playing& from = m_playing.front();
+    const Handed shown = Hand(from.player->At(index - m_begins[m_shown]));
+    if (!crosses)
+        return [shown, fittings = from.fittings](unsigned worker) {
+            return (*fittings)[worker].Show(std::move(*shown));
+        };
     Playing& to = m_playing.back();
     const int64_t across = index - m_begins[m_shown + 1];
-    return Cross(m_setup.parts[m_shown].seam, Fit(from, from.player->At(picture)),
-                 Fit(to, to.player->At(across)), across);
+    return [this, &seam = m_setup.parts[m_shown].seam, shown, next = Hand(to.player->At(across)), across,
+            left = from.fittings, right = to.fittings](unsigned worker) {
+        AVFramePtr first = (*left)[worker].Fit(std::move(*shown));
+        return Cross(seam, std::move(first), (*right)[worker].Fit(std::move(*next)), across);
+    };
 }
 
 // A transition reads its pictures once, so each moment has a processor of its own.
-AVFramePtr ClipSequence::Cross(const Seam& seam, AVFramePtr from, AVFramePtr to, int64_t picture) {
+AVFramePtr ClipSequence::Cross(const Seam& seam, AVFramePtr from, AVFramePtr to, int64_t picture) const {
     const AVRational interval = av_inv_q(m_setup.rate);
     const int64_t length = std::max<int64_t>(1, av_rescale_q(seam.pictures, interval, kMilliseconds));
-    m_pictures.Show(std::move(from), std::move(to));
+    MemoryPictures pictures;
+    pictures.Show(std::move(from), std::move(to));
     EffectChain chain(
-        m_plugin, &m_pictures,
+        m_plugin, &pictures,
         {TransitionSpec(seam.transition, MemoryPictures::kFirst, MemoryPictures::kSecond, 0, length)},
         static_cast<uint32_t>(length));
     return DrawTransition(chain, m_canvas, av_rescale_q(picture, interval, kMilliseconds));

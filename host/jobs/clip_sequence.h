@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/effects/memory_pictures.h"
 #include "host/effects/plugin.h"
-#include "host/jobs/transition.h"
+#include "host/jobs/composition.h"
 #include "host/media/clip_player.h"
 #include "host/picture/fitting.h"
 #include "host/sound/joined_sound.h"
@@ -37,6 +36,7 @@ struct SequenceSetup {
     size_t model = 0;                ///< the part that has the sequence's size and shape of pixels
     bool squarePixels = false;       ///< whatever that part has
     unsigned threads = 0;            ///< of each decoder
+    unsigned workers = 1;            ///< that finish drawings
     IntakeTerms* terms = nullptr;    ///< of the clips' pictures; outlive the sequence
 };
 
@@ -50,9 +50,10 @@ public:
     int64_t Pictures() const;
     /// A picture like those of the sequence: its first, in colour where a later one has any.
     mediabridge::AVFramePtr Look();
-    /// The picture of an index; indices only go up. Pictures of clips that have the sequence's shape come as
-    /// they are, others in BGRA, crossing ones in BGR0. Throws Error.
-    mediabridge::AVFramePtr Draw(int64_t index);
+    /// Begins the picture of an index; indices only go up. Pictures of clips that have the sequence's shape
+    /// come as they are, others in BGRA, crossing ones in BGR0. Drawings end before the sequence. Throws
+    /// Error, as drawings do.
+    Drawing Draw(int64_t index);
 
     /// The parts' sound in samples of that rate, ending where their pictures do.
     std::vector<SoundPart> Sound(int rate) const;
@@ -61,19 +62,26 @@ public:
     DamageReport Damage() const;
 
 private:
+    /// One worker's way of a clip's pictures onto the canvas.
+    struct Fitting {
+        Fitter fitter;
+        mediabridge::AVFramePtr read = {}, fitted = {}; ///< the picture fitted last, and what it became
+
+        mediabridge::AVFramePtr Fit(mediabridge::AVFramePtr picture);
+        mediabridge::AVFramePtr Show(mediabridge::AVFramePtr picture);
+    };
+    using Fittings = std::shared_ptr<std::vector<Fitting>>; ///< by workers; drawings outlive the playing
     /// A clip that is being played.
     struct Playing {
         std::unique_ptr<ClipPlayer> player;
-        Fitter fitter;
-        mediabridge::AVFramePtr read = {}, fitted = {}; ///< the picture fitted last, and what it became
+        Fittings fittings;
     };
     std::unique_ptr<ClipPlayer> Player(size_t part) const;
     void Open(size_t part);
     void Leave();
-    mediabridge::AVFramePtr Show(Playing& playing, int64_t picture);
-    mediabridge::AVFramePtr Fit(Playing& playing, mediabridge::AVFramePtr picture);
+    Fittings MakeFittings() const;
     mediabridge::AVFramePtr Cross(const Seam& seam, mediabridge::AVFramePtr from, mediabridge::AVFramePtr to,
-                                  int64_t picture);
+                                  int64_t picture) const;
     void Shape(Reporter& reporter);
 
     const Plugin& m_plugin;
@@ -84,8 +92,7 @@ private:
     Canvas m_canvas;
     std::deque<Playing> m_playing; ///< the part that is shown, and the next one once they cross
     size_t m_shown = 0;            ///< the part at the front of m_playing
-    MemoryPictures m_pictures;
-    DamageReport m_damage; ///< of the parts before
+    DamageReport m_damage;         ///< of the parts before
 };
 
 } // namespace aveffect

@@ -9,9 +9,8 @@
 #include "host/output/output_file.h"
 #include "host/output/picture_output.h"
 #include "host/picture/light_metadata.h"
-#include "host/support/bounded_queue.h"
+#include "host/support/ordered_workers.h"
 #include "host/support/progress_meter.h"
-#include "host/support/stages.h"
 
 namespace aveffect {
 
@@ -46,6 +45,18 @@ OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::st
 
 namespace {
 
+/// A picture on its way from its beginning to the encoder.
+struct Sketch {
+    Drawing drawing;
+    AVFramePtr picture = {};
+};
+
+/// What pictures have behind them that are on their way: two in BGRA, and what they become.
+size_t BytesOf(const AVFrame& look) {
+    constexpr size_t kPictures = 3, kPixel = 4;
+    return kPictures * kPixel * static_cast<size_t>(look.width) * static_cast<size_t>(look.height);
+}
+
 /// A film on its way from what is drawn to its files.
 class CompositionRender {
 public:
@@ -55,25 +66,28 @@ public:
         : m_composition(std::move(composition))
         , m_plan(plan)
         , m_overwrite(options.overwrite)
+        , m_memory(options.memory)
         , m_cancel(cancel)
+        , m_terms(terms)
+        , m_reporter(reporter)
         , m_behind(FramingBehind(options.framing))
-        , m_look(m_behind.Apply(std::move(look)))
-        , m_output(plan, OriginOf(*m_look), *m_look, terms, reporter)
+        , m_look(Framer(m_behind).Apply(std::move(look)))
+        , m_finishes(m_composition.workers)
         , m_progress(reporter, m_composition.pictures) {}
 
     /// Gives the files their names when the terms are concluded.
-    RenderResult Run(IntakeTerms& terms) {
+    RenderResult Run() {
         DamageReport damage;
         if (m_plan.IsNumbered()) {
             NumberedOutput files(m_plan, m_overwrite, m_cancel);
             files.Run([&] {
-                DrawAll(m_output.Convert(Draw(0)),
+                DrawAll(Finished(m_composition.draw(0), 0),
                         [&](AVFramePtr picture) { files.Write(std::move(picture)); });
             });
-            terms.Conclude();
+            m_terms.Conclude();
         } else {
             const std::unique_ptr<MediaWriter> file = WriteClip();
-            terms.Conclude();
+            m_terms.Conclude();
             file->Publish();
             damage = file->Damage();
         }
@@ -84,11 +98,23 @@ public:
     }
 
 private:
-    AVFramePtr Draw(int64_t index) { return m_behind.Apply(m_composition.draw(index)); }
+    /// A worker's own way into the encoder's form.
+    struct Finish {
+        Framer behind; ///< the transitions
+        PictureOutput output;
+    };
+
+    AVFramePtr Finished(const Drawing& drawing, unsigned worker) {
+        std::unique_ptr<Finish>& finish = m_finishes[worker];
+        if (!finish)
+            finish.reset(new Finish{Framer(m_behind),
+                                    PictureOutput(m_plan, OriginOf(*m_look), *m_look, m_terms, m_reporter)});
+        return finish->output.Convert(finish->behind.Apply(drawing(worker)));
+    }
 
     // All but its name.
     std::unique_ptr<MediaWriter> WriteClip() {
-        AVFramePtr first = m_output.Convert(Draw(0));
+        AVFramePtr first = Finished(m_composition.draw(0), 0);
         if (IsHighDynamicRange(*first)) KeepLight(*m_look, *first);
         auto file = std::make_unique<MediaWriter>(m_plan);
         const AVRational rate = m_composition.rate;
@@ -105,24 +131,29 @@ private:
         return file;
     }
 
-    /// Draws what follows the first picture on one thread, and hands all over on another, as the encoder
+    /// Begins what follows the first picture on one thread, and hands all over on another, as the encoder
     /// takes them.
     void DrawAll(AVFramePtr first, const std::function<void(AVFramePtr)>& take) {
-        BoundedQueue<AVFramePtr> drawn(kQueueWeight);
-        StageGroup stages([&] { drawn.Stop(); });
+        OrderedWorkers<Sketch> workers(m_composition.workers, m_memory,
+                                       [&](unsigned worker, int64_t, Sketch& sketch) {
+                                           CheckCancel(m_cancel);
+                                           sketch.picture = Finished(sketch.drawing, worker);
+                                           sketch.drawing = nullptr;
+                                       });
+        StageGroup stages([&] { workers.Stop(); });
         stages.Start([&] {
             for (int64_t index = 1; index < m_composition.pictures; ++index) {
                 CheckCancel(m_cancel);
-                if (!drawn.Push(Draw(index), kPictureWeight)) return;
+                if (!workers.Push({m_composition.draw(index)}, {kPictureWeight, BytesOf(*m_look)})) return;
             }
-            drawn.Finish();
+            workers.Finish();
         });
         stages.Start([&] {
             take(std::move(first));
-            for (int64_t done = 1; std::optional<AVFramePtr> picture = drawn.Pop();
+            for (int64_t done = 1; std::optional<Sketch> sketch = workers.Pop();
                  m_progress.Report(++done, false)) {
                 CheckCancel(m_cancel);
-                take(m_output.Convert(std::move(*picture)));
+                take(std::move(sketch->picture));
             }
         });
         stages.Join();
@@ -132,10 +163,13 @@ private:
     Composition m_composition;
     const OutputPlan& m_plan;
     const bool m_overwrite;
+    const size_t m_memory;
     const std::atomic<bool>& m_cancel;
-    Framer m_behind; ///< the transitions
-    AVFramePtr m_look;
-    PictureOutput m_output;
+    IntakeTerms& m_terms;
+    Reporter& m_reporter;
+    const Framing m_behind; ///< the transitions
+    const AVFramePtr m_look;
+    std::vector<std::unique_ptr<Finish>> m_finishes; ///< by workers
     ProgressMeter m_progress;
 };
 
@@ -145,7 +179,7 @@ RenderResult RenderComposition(Composition composition, const OutputPlan& plan, 
                                AVFramePtr look, IntakeTerms& terms, Reporter& reporter,
                                const std::atomic<bool>& cancel) {
     return CompositionRender(std::move(composition), plan, options, std::move(look), terms, reporter, cancel)
-        .Run(terms);
+        .Run();
 }
 
 } // namespace aveffect

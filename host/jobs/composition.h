@@ -21,19 +21,24 @@ void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate);
 /// numbered pictures, and no input. Throws Error (Usage, Output).
 OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::string>& inputs);
 
+/// Finishes a picture that is begun, of the canvas's size; called once, on any thread. Workers are numbers
+/// below the composition's, each used by one thread at a time.
+using Drawing = std::function<mediabridge::AVFramePtr(unsigned worker)>;
+
 /// What is shown and heard.
 struct Composition {
     AVRational rate{25, 1}; ///< pictures a second
     int64_t pictures = 0;
-    /// The picture of an index, of the canvas's size; called in order, from one thread.
-    std::function<mediabridge::AVFramePtr(int64_t)> draw;
+    /// Begins the picture of an index; called in order, from one thread.
+    std::function<Drawing(int64_t)> draw;
     /// What was found to be wrong with the files that are drawn from; called at the end.
     std::function<DamageReport()> damage;
+    unsigned workers = 1;                ///< that finish pictures
     std::optional<SoundFeed> sound = {}; ///< absent: no sound stream
 };
 
-/// Draws and encodes, each on its own thread, and gives the file its name. Of the options count what is asked
-/// for behind the transitions, and what becomes of files that exist. The look is a picture like those
+/// Draws on several threads, encodes on one, and gives the file its name. Of the options count what is asked
+/// for behind the transitions, what becomes of files that exist, and memory. The look is a picture like those
 /// that will be drawn: it tells their format and what they say of the light. Throws Error.
 RenderResult RenderComposition(Composition composition, const OutputPlan& plan, const FilmOptions& options,
                                mediabridge::AVFramePtr look, IntakeTerms& terms, Reporter& reporter,

@@ -62,7 +62,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
         second = right.At({picture->pts, source.Pictures().time_base});
         damage.Add(right.Damage());
     }
-    picture = pictures.ForEncoder(pictures.ApplyEffects(std::move(picture), second.get()));
+    picture = pictures.Make(std::move(picture), second.get());
     pictures.Conclude();
     WriteStill(plan, std::move(picture), ReadPhotoMetadata(request.path, options.strip), options.overwrite,
                cancel);

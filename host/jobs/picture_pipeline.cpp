@@ -15,10 +15,6 @@ using mediabridge::AVFramePtr;
 
 namespace {
 
-int ToMs(int64_t ticks, AVRational base) {
-    return static_cast<int>(std::clamp<int64_t>(av_rescale_q(ticks, base, kMilliseconds), 0, INT_MAX));
-}
-
 // Whose word pictures are turned upright by. Null: they stay as they are, and the output hands the word on,
 // which it does where it can and nothing looks at the pictures.
 const AVStream* UprightBy(const Source& source, const OutputPlan& plan, bool changes, Reporter& reporter) {
@@ -44,55 +40,59 @@ uint32_t EffectLength(std::optional<int64_t> lengthMs, const Source& source, Rep
     return static_cast<uint32_t>(std::clamp<int64_t>(*lengthMs, 0, INT_MAX));
 }
 
-std::unique_ptr<ViewPairs> PairsFor(const Plugin& plugin, MediaManager* manager,
-                                    const std::vector<EffectSpec>& effects, uint32_t lengthMs,
-                                    const StereoOptions& options) {
-    if (!options.TwoViews()) return nullptr;
-    return std::make_unique<ViewPairs>(plugin, manager, effects, lengthMs, options);
+AVFramePtr Another(const AVFrame& picture) {
+    AVFramePtr other(av_frame_clone(&picture));
+    if (!other) throw Error(ErrorKind::Effect, "no memory for a picture");
+    return other;
 }
 
 } // namespace
 
 PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, const Source& source,
                                  std::optional<int64_t> lengthMs, const OutputPlan& plan, Reporter& reporter,
-                                 const std::atomic<bool>& cancel)
-    : m_task(task)
-    , m_plan(plan)
-    , m_reporter(reporter)
-    , m_base(task.rate ? av_inv_q(*task.rate) : source.Pictures().time_base)
-    , m_terms(task.sdr, reporter)
+                                 const std::atomic<bool>& cancel, unsigned workers)
+    : m_terms(task.sdr, reporter)
     , m_media(&cancel)
-    , m_length(EffectLength(lengthMs, source, reporter))
-    , m_chain(plugin, &m_media, task.effects, m_length)
-    , m_pairs(PairsFor(plugin, &m_media, task.effects, m_length, task.stereo))
-    , m_stage(m_chain, m_media, task.pixelFormat,
-              UprightBy(source, plan, !task.effects.empty() || !task.framing.Empty(), reporter), m_terms,
-              reporter, m_pairs.get()) {
+    , m_setup{plugin,
+              task,
+              plan,
+              UprightBy(source, plan, !task.effects.empty() || !task.framing.Empty(), reporter),
+              EffectLength(lengthMs, source, reporter),
+              task.rate ? av_inv_q(*task.rate) : source.Pictures().time_base,
+              m_media,
+              m_terms,
+              reporter}
+    , m_lines(workers) {
+    m_lines.front() = std::make_unique<PictureLine>(m_setup);
     m_media.TakeOn(m_terms);
     RequireFraming(task.framing, task.stereo.TwoViews());
-    if (task.framing.afterEffects)
-        m_framer = Framer(task.framing);
-    else
-        m_stage.Frame(task.framing);
 }
 
 std::optional<Presentation> PicturePipeline::Views() const {
-    const std::optional<Presentation> views = m_chain.Views();
-    return !views && Framer(m_task.framing).Reshapes() ? Presentation{} : views;
+    const std::optional<Presentation> views = m_lines.front()->Views();
+    return !views && Framer(m_setup.task.framing).Reshapes() ? Presentation{} : views;
 }
 
-void PicturePipeline::RequireMedia() { RequirePictures(m_media, m_task.effects); }
+void PicturePipeline::RequireMedia() { RequirePictures(m_media, m_setup.task.effects); }
 
-AVFramePtr PicturePipeline::ApplyEffects(AVFramePtr picture, const AVFrame* second) {
-    const int time = ToMs(picture->pts, m_base);
-    const int duration = ToMs(picture->pkt_duration, m_base);
-    return m_stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration), second);
+// A further line sees the first picture before its own: all that is learnt from it, and said, is what the
+// first line has learnt and said.
+PictureLine& PicturePipeline::LineOf(unsigned worker) {
+    std::unique_ptr<PictureLine>& line = m_lines[worker];
+    if (line) return *line;
+    auto further = std::make_unique<PictureLine>(m_setup, m_lines.front().get());
+    AVFramePtr sample = Another(*m_sample);
+    further->Make(std::move(sample), m_secondSample.get(), {});
+    line = std::move(further);
+    return *line;
 }
 
-AVFramePtr PicturePipeline::ForEncoder(AVFramePtr picture) {
-    picture = m_framer.Apply(std::move(picture));
-    if (!m_output) m_output.emplace(m_plan, m_stage.Origin(), *picture, m_terms, m_reporter);
-    return m_output->Convert(std::move(picture));
+AVFramePtr PicturePipeline::Make(AVFramePtr picture, const AVFrame* second, const LinePlace& place) {
+    if (place.number == 0 && m_lines.size() > 1) {
+        m_sample = Another(*picture);
+        if (second) m_secondSample = Another(*second);
+    }
+    return LineOf(place.worker).Make(std::move(picture), second, place.number);
 }
 
 } // namespace aveffect

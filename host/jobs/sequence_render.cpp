@@ -5,6 +5,7 @@
 
 #include "host/jobs/composition.h"
 #include "host/output/numbered_output.h"
+#include "host/support/ordered_workers.h"
 
 namespace aveffect {
 namespace {
@@ -75,12 +76,13 @@ RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, co
                             const std::atomic<bool>& cancel) {
     setup.terms = &terms;
     setup.framing = options.framing;
+    setup.workers = WorkerCount(setup.threads);
     ClipSequence sequence(plugin, setup, reporter, cancel);
     if (setup.music)
         RequireFades(*setup.music, av_rescale_q(sequence.Pictures(), av_inv_q(setup.rate), kMilliseconds));
     Composition composition{setup.rate, sequence.Pictures(),
                             [&](int64_t index) { return sequence.Draw(index); },
-                            [&] { return sequence.Damage(); }};
+                            [&] { return sequence.Damage(); }, setup.workers};
     composition.sound = MakeSound(options, plan, setup, sequence, reporter, cancel);
     return RenderComposition(std::move(composition), plan, options, sequence.Look(), terms, reporter, cancel);
 }

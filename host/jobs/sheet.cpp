@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -14,7 +15,7 @@ extern "C" {
 #include "host/output/output_file.h"
 #include "host/output/picture_output.h"
 #include "host/output/still_picture.h"
-#include "host/support/stages.h"
+#include "host/support/ordered_workers.h"
 #include "mediabridge/picture_pool.h"
 
 namespace aveffect {
@@ -72,10 +73,10 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
     const PictureSize tile = options.tile.value_or(TileSize(first));
     const auto transitions = AllTransitions();
 
-    AVFramePtr sheet = MakeSheet(tile, static_cast<int>(transitions.size()));
-    for (int row = 0; row < static_cast<int>(transitions.size()); ++row) {
+    const int rows = static_cast<int>(transitions.size());
+    AVFramePtr sheet = MakeSheet(tile, rows);
+    OrderedWorkers<int> workers(WorkerCount(options.threads), SIZE_MAX, [&](unsigned, int64_t, int& row) {
         const std::string name(transitions[static_cast<size_t>(row)]->shortName);
-        reporter.Note("row " + std::to_string(row + 1) + ": " + name);
         constexpr int kEndMs = 2 * kMoments * kStepMs;
         EffectChain chain(plugin, &manager, {TransitionSpec(name, options.first, options.second, 0, kEndMs)},
                           kEndMs);
@@ -85,6 +86,14 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
             Place(*DrawTransition(chain, {tile.width, tile.height}, (2 * column + 1) * kStepMs), *sheet, row,
                   column);
         }
+    });
+    for (int row = 0; row < rows; ++row) {
+        reporter.Note("row " + std::to_string(row + 1) + ": " +
+                      std::string(transitions[static_cast<size_t>(row)]->shortName));
+        workers.Push(row, {0, 0});
+    }
+    workers.Finish();
+    while (workers.Pop()) {
     }
     PictureOutput output(plan, OriginOf(*sheet), *sheet, terms, reporter);
     WriteStill(plan, output.Convert(std::move(sheet)), {}, options.overwrite, cancel);

@@ -10,6 +10,7 @@
 #include "host/media/media_manager.h"
 #include "host/media/media_reader.h"
 #include "host/picture/light_metadata.h"
+#include "host/support/ordered_workers.h"
 
 namespace aveffect {
 namespace {
@@ -94,14 +95,8 @@ public:
         , m_wanted(RateOf(options, cancel))
         , m_rate(NearestRate(plan, m_wanted))
         , m_marks(MarksOf(options, m_rate))
-        , m_across(plugin, &m_manager,
-                   {TransitionSpec(options.transition, m_first, options.second, options.startMs,
-                                   options.durationMs)},
-                   static_cast<uint32_t>(options.durationMs))
-        , m_last(plugin, &m_manager,
-                 {TransitionSpec(options.transition, options.second, options.second, options.startMs,
-                                 options.durationMs)},
-                 static_cast<uint32_t>(options.durationMs)) {}
+        , m_plugin(plugin)
+        , m_chains(WorkerCount(options.film.threads)) {}
 
     AVRational WantedRate() const { return m_wanted; }
     AVRational Rate() const { return m_rate; }
@@ -109,12 +104,15 @@ public:
     const std::string& First() const { return m_first; }
     DamageReport Damage() const { return m_manager.Damage(); }
 
-    AVFramePtr Draw(int64_t index) {
+    AVFramePtr Draw(int64_t index, unsigned worker) {
         const int64_t time = av_rescale_q(index, av_inv_q(m_rate), kMilliseconds) - m_options.holdBeforeMs;
-        if (index < m_marks.end) return DrawTransition(m_across, m_canvas, time);
+        Chains& chains = m_chains[worker];
+        if (index < m_marks.end) return DrawTransition(Made(chains.across, m_first), m_canvas, time);
         // Transitions go on beyond their end in ways of their own; before their start they show a picture.
-        return DrawTransition(m_last, m_canvas, m_options.startMs - 1);
+        return DrawTransition(Made(chains.last, m_options.second), m_canvas, m_options.startMs - 1);
     }
+
+    unsigned Workers() const { return static_cast<unsigned>(m_chains.size()); }
 
 private:
     Canvas MakeCanvas(IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
@@ -132,6 +130,21 @@ private:
         return canvas;
     }
 
+    /// A worker's own; each reads the pictures for itself.
+    struct Chains {
+        std::unique_ptr<EffectChain> across;
+        std::unique_ptr<EffectChain> last; ///< from the second picture to itself
+    };
+
+    EffectChain& Made(std::unique_ptr<EffectChain>& chain, const std::string& first) {
+        const std::vector<EffectSpec> effects = {TransitionSpec(m_options.transition, first, m_options.second,
+                                                                m_options.startMs, m_options.durationMs)};
+        if (!chain)
+            chain = std::make_unique<EffectChain>(m_plugin, &m_manager, effects,
+                                                  static_cast<uint32_t>(m_options.durationMs));
+        return *chain;
+    }
+
     const TransitionOptions& m_options;
     std::string m_first; ///< where its picture is read
     MediaManager m_manager;
@@ -139,19 +152,21 @@ private:
     AVRational m_wanted;
     AVRational m_rate;
     Marks m_marks;
-    EffectChain m_across;
-    EffectChain m_last; ///< from the second picture to itself
+    const Plugin& m_plugin;
+    std::vector<Chains> m_chains; ///< by workers
 };
 
 RenderResult RenderStill(const Plugin& plugin, const TransitionOptions& options, const OutputPlan& plan,
                          IntakeTerms& terms, Reporter& reporter, const std::atomic<bool>& cancel) {
     StillTransition transition(plugin, options, plan, terms, reporter, cancel);
     Composition composition{transition.Rate(), transition.Pictures(),
-                            [&](int64_t index) { return transition.Draw(index); },
-                            [&] { return transition.Damage(); }};
+                            [&](int64_t index) -> Drawing {
+                                return [&, index](unsigned worker) { return transition.Draw(index, worker); };
+                            },
+                            [&] { return transition.Damage(); }, transition.Workers()};
     SayPictures(transition.First(), options, reporter, cancel);
     SayRate(plan, transition.WantedRate(), transition.Rate(), reporter);
-    AVFramePtr look = transition.Draw(0);
+    AVFramePtr look = transition.Draw(0, 0);
     if (IsHighDynamicRange(*look)) KeepLightOf(options.first, *look, cancel);
     return RenderComposition(std::move(composition), plan, options.film, std::move(look), terms, reporter,
                              cancel);

@@ -79,6 +79,7 @@ struct SheetOptions {
     std::string first, second;
     std::string output;              ///< a still picture
     std::optional<PictureSize> tile; ///< size of one sample; absent: the first picture's shape, 160 at most
+    unsigned threads = 0;            ///< that draw; 0: as many as there are processors
     bool overwrite = false;
 };
 

@@ -18,7 +18,11 @@ AVBased::IAVReader* MediaManager::OpenSource(const char* url, const char* /*opti
         return nullptr;
     }
     return Recorded([&]() -> AVBased::IAVReader* {
-        auto* reader = new MediaReader(url, {m_canvas, m_framing, m_terms}, m_cancel, m_readers);
+        const Canvas canvas = [this] {
+            const std::scoped_lock lock(m_mutex);
+            return m_canvas;
+        }();
+        auto* reader = new MediaReader(url, {canvas, m_framing, m_terms}, m_cancel, m_readers);
         if (streams) *streams = reader->Streams();
         if (width) *width = reader->Width();
         if (height) *height = reader->Height();

@@ -2,6 +2,7 @@
 /// The host's media access for processors: IAVManager on libavformat and libavcodec.
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 #include "aveffect/media.h"
 #include "host/media/damage.h"
@@ -19,8 +20,7 @@ class OpenReaders;
 /// by the matrix and range that they say, upright, and of square pixels unless others are asked for; sound
 /// comes in one of the boundary's sample formats.
 ///
-/// Different threads may open sources at the same time, but not while it is told to match. Readers outlive it
-/// safely.
+/// Different threads may open sources at the same time. Readers outlive it safely.
 class MediaManager final : public AVBased::IAVManager {
 public:
     /// The flag, if any, ends all waiting for sources; it outlives the manager and its readers.
@@ -32,7 +32,10 @@ public:
 
     /// Pictures of sources that are opened from now on have pixels of this canvas's shape and its primaries
     /// and transfer.
-    void Match(const Canvas& canvas) { m_canvas = canvas; }
+    void Match(const Canvas& canvas) {
+        const std::scoped_lock lock(m_mutex);
+        m_canvas = canvas;
+    }
 
     /// Pictures of sources that are opened from now on are cut and scaled, as they are seen.
     void Frame(const Framing& framing) { m_framing = framing; }
@@ -45,6 +48,7 @@ public:
 
 private:
     const std::atomic<bool>* m_cancel;
+    std::mutex m_mutex; ///< of the canvas
     Canvas m_canvas;
     Framing m_framing;
     IntakeTerms* m_terms = nullptr;

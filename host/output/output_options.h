@@ -8,6 +8,8 @@
 
 namespace aveffect {
 
+inline constexpr size_t kUsualMemory = size_t{1} << 30;
+
 struct OutputOptions {
     std::string output;     ///< "-" for standard output
     std::string format;     ///< of the output, by a container's name or an extension; empty: as its name says
@@ -19,8 +21,9 @@ struct OutputOptions {
     EncoderSettings encoderSettings, audioEncoderSettings; ///< made last
     std::string preset;                                    ///< encoder preset; empty: the encoder's own
     std::string outputFormat; ///< pixel format of the output; empty: what suits codec and clip
-    unsigned threads = 0;     ///< of each decoder and of the encoder; 0: as many as there are processors
-    Framing framing = {};     ///< of the pictures
+    unsigned threads = 0;     ///< of each decoder, of the effects, of the encoder; 0: as many as processors
+    size_t memory = kUsualMemory;   ///< bytes that pictures between decoder and encoder may take, but for one
+    Framing framing = {};           ///< of the pictures
     std::optional<AVRational> rate; ///< pictures a second; absent: those that there are
     bool sdr = false;               ///< PQ and HLG are brought to BT.709 of standard range
     bool overwrite = false;

@@ -23,6 +23,13 @@ void IntakeTerms::SayMapped() {
         m_reporter.Warn("pictures in PQ or HLG are brought to the standard dynamic range of the others");
 }
 
+void IntakeTerms::SayChanged(int width, int height, const AVFrame& picture) {
+    const auto text = [](int w, int h) { return std::to_string(w) + "x" + std::to_string(h); };
+    if (!m_saidChanged.exchange(true))
+        m_reporter.Warn("pictures change from " + text(width, height) + " to " +
+                        text(picture.width, picture.height) + "; they are scaled to the first size");
+}
+
 void IntakeTerms::Conclude() {
     if (m_sdr && !m_mapped) m_reporter.Note("--sdr changes nothing: no picture is in PQ or HLG");
 }

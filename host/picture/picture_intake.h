@@ -23,13 +23,15 @@ public:
     /// Says once that pictures lose bits: "the pictures' 10 bits are brought to 8 with dithering" between
     /// what is to be said before and after.
     void SayReduced(int depth, const std::string& before = {}, const std::string& after = {});
+    /// Says once that pictures have another size than the first, to which they are scaled.
+    void SayChanged(int width, int height, const AVFrame& picture);
     /// Says what was asked for in vain. Call after the last picture.
     void Conclude();
 
 private:
     bool m_sdr;
     Reporter& m_reporter;
-    std::atomic<bool> m_mapped{false}, m_saidMapped{false}, m_saidReduced{false};
+    std::atomic<bool> m_mapped{false}, m_saidMapped{false}, m_saidReduced{false}, m_saidChanged{false};
 };
 
 /// One source's pictures. Used by one thread at a time.

@@ -1,13 +1,15 @@
 #pragma once
 /// Tells the observer, one call at a time.
 #include <mutex>
+#include <set>
 #include <string>
 
 #include "host/support/observer.h"
 
 namespace aveffect {
 
-/// Safe from any thread. The observer outlives it.
+/// Safe from any thread. Notes and warnings are said once, whichever of several threads find them out. The
+/// observer outlives it.
 class Reporter {
 public:
     explicit Reporter(const RenderObserver& observer)
@@ -15,7 +17,7 @@ public:
 
     void Note(const std::string& text) {
         const std::scoped_lock lock(m_mutex);
-        if (m_observer.note) m_observer.note(text);
+        if (m_observer.note && m_said.insert(text).second) m_observer.note(text);
     }
     void Remark(const std::string& text) {
         const std::scoped_lock lock(m_mutex);
@@ -23,7 +25,7 @@ public:
     }
     void Warn(const std::string& text) {
         const std::scoped_lock lock(m_mutex);
-        if (m_observer.warning) m_observer.warning(text);
+        if (m_observer.warning && m_said.insert(text).second) m_observer.warning(text);
     }
     void Progress(const RenderProgress& progress) {
         const std::scoped_lock lock(m_mutex);
@@ -33,6 +35,7 @@ public:
 private:
     std::mutex m_mutex;
     const RenderObserver& m_observer;
+    std::set<std::string> m_said;
 };
 
 } // namespace aveffect

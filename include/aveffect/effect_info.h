@@ -86,7 +86,24 @@ enum EffectTraits : unsigned {
     kFewFormats = 1u << 4,   ///< serves BGRA and YUV420P only
     kNeedsSettings = 1u << 5, ///< changes nothing until properties are set
     kMovesPixels = 1u << 6,   ///< moves pixels across the picture, or brings others in
+    kPreparesOnce =
+        1u << 7, ///< with kKeepsState: keeps what settings and the first frame's size and format say
 };
+
+/// What frames of one size and format have to do with each other, which tells how a host may share them among
+/// processors of the same settings.
+enum class FrameOrder {
+    Any,        ///< nothing: any processor may have any frame
+    AfterFirst, ///< processors that have had a frame, whichever, may have any other; the first one after a
+                ///< property is set may come out otherwise than later ones
+    InOrder,    ///< one processor has them all, one after the other
+};
+
+static constexpr FrameOrder OrderOf(const unsigned traits) {
+    if (traits & kDrawsRandom) return FrameOrder::InOrder;
+    if (!(traits & kKeepsState)) return FrameOrder::Any;
+    return traits & kPreparesOnce ? FrameOrder::AfterFirst : FrameOrder::InOrder;
+}
 
 /// A property's value among settings that have a name of their own.
 struct PresetSetting {

@@ -7,7 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "host/support/bounded_queue.h"
-#include "host/support/stages.h"
+#include "host/support/ordered_workers.h"
+#include "host/support/turnstile.h"
 
 namespace {
 
@@ -76,6 +77,52 @@ TEST(Stages, AnyFailureEndsAllAndIsTheOneThrown) {
                 EXPECT_EQ(error.what(), "stage " + std::to_string(failing));
             }
         }
+}
+
+// Each item takes another time; number 50 and some behind it fail, the later ones sooner.
+TEST(OrderedWorkers, HandOnInOrderWithinBoundsUntilTheFirstFailure) {
+    using aveffect::OrderedWorkers;
+    constexpr int kFailing = 50;
+    for (const unsigned count : {1u, 2u, 3u, 8u}) {
+        std::atomic<int> inFlight{0};
+        aveffect::Turnstile gate;
+        int64_t passed = 0;
+        OrderedWorkers<int> workers(count, 7, [&](unsigned worker, int64_t number, int& item) {
+            EXPECT_LT(worker, count);
+            std::this_thread::sleep_for(std::chrono::microseconds(item * 7919 % 400));
+            if (item >= kFailing && item % 3 == 2) throw std::runtime_error(std::to_string(item));
+            gate.Pass(number, [&] { EXPECT_EQ(passed++, number); });
+            item = -item;
+        });
+        StageGroup stages([&] {
+            workers.Stop();
+            gate.Stop();
+        });
+        stages.Start([&] {
+            for (int item = 0; workers.Push(item, {1, 1}); ++item) {
+                EXPECT_LE(++inFlight, 8); // seven bytes, and one just let in
+                if (item % 10 == 0) {
+                    ++inFlight;
+                    if (!workers.PushThrough(1000, {0, 1})) return;
+                }
+            }
+        });
+        int expected = 0;
+        stages.Start([&] {
+            for (; const auto item = workers.Pop(); --inFlight) {
+                if (*item == 1000) continue;
+                EXPECT_EQ(*item, -expected);
+                ++expected;
+            }
+        });
+        try {
+            stages.Join();
+            FAIL() << "no failure came through";
+        } catch (const std::runtime_error& error) {
+            EXPECT_EQ(error.what(), std::to_string(kFailing));
+        }
+        EXPECT_EQ(expected, kFailing);
+    }
 }
 
 TEST(Stages, GroupThatIsGivenUpEnds) {

@@ -37,7 +37,7 @@ constexpr EffectInfo k3DRender = {
     .name = effectName3DRenderEffect,
     .shortName = "anaglyph",
     .kind = EffectKind::Stereo,
-    .traits = kKeepsState | kMovesPixels,
+    .traits = kKeepsState | kPreparesOnce | kMovesPixels,
     .title = "3D",
     .help = "Shows two views of a scene, made of one picture unless the frame has a second one, as one "
             "picture; or makes one picture an anaglyph.",
