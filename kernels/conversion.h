@@ -46,17 +46,25 @@ struct PlaneRule {
 
 /// Bytes of scratch, aligned to 64, for pictures of that width.
 constexpr size_t ConversionScratchBytes(size_t width) noexcept {
-    constexpr size_t kRows = 2 + 2 * 8, kPadding = 256; // whole rows of two planes, and halved ones
+    constexpr size_t kRows = 2 + 2 * 8 + 2,
+                     kPadding = 256; // two planes' whole and halved rows, one of pixels
     return kRows * (width + kPadding) * sizeof(int16_t);
 }
 
-/// One level's kernels. Pixels are B, G, R, A in memory, or with swapped R, G, B, A.
+/// How pixels lie in memory: B, G, R, A; R, G, B, A when swapped; either without A when short.
+struct PixelOrder {
+    bool swapped, isShort;
+};
+
+/// One level's kernels.
 struct ConversionKernels {
     /// Opaque where the planes have no alpha.
-    void (*toPixels)(Plane32 pixels, const YuvaPlanes& planes, const PixelRule& rule, bool swapped,
+    void (*toPixels)(Plane32 pixels, const YuvaPlanes& planes, const PixelRule& rule, PixelOrder order,
                      uint8_t* scratch) noexcept;
-    void (*toPlanes)(const YuvaPlanes& planes, Plane32 pixels, const PlaneRule& rule, bool swapped,
+    void (*toPlanes)(const YuvaPlanes& planes, Plane32 pixels, const PlaneRule& rule, PixelOrder order,
                      uint8_t* scratch) noexcept;
+    /// Pixels of four bytes from short ones, opaque; the first and the third byte exchanged or as they are.
+    void (*addAlpha)(Plane32 pixels, Plane32 from, bool exchanged) noexcept;
 };
 
 template <>

@@ -1,158 +1,5 @@
 // Bodies of the conversion kernels, for one level.
-#include "kernels/lanes/channels.inl"
-
-constexpr size_t kHalf = kLanes / 2;  // samples of a register of 16-bit numbers
-constexpr size_t kChromaPadding = 32; // samples before and behind a row of chroma
-constexpr size_t kChromaFractionBits = 7, kColourFractionBits = 6, kTapBits = 14, kWeightBits = 15;
-
-AVEFFECT_INLINE size_t LimitedRow(ptrdiff_t row, size_t rows) {
-    return row < 0 ? 0 : static_cast<size_t>(row) < rows ? static_cast<size_t>(row) : rows - 1;
-}
-
-// Repeats the first and the last of a row of chroma outwards.
-AVEFFECT_INLINE void RepeatEnds(int16_t* row, size_t width) {
-    for (size_t i = 1; i <= 8; ++i) row[-static_cast<ptrdiff_t>(i)] = row[0];
-    for (size_t i = 0; i < kChromaPadding; ++i) row[width + i] = row[width - 1];
-}
-
-// A sample in 128ths, less 128.
-AVEFFECT_INLINE I16 Centred(U16 samples) { return (I16)((samples << 8) ^ 0x8000); } // in 256ths
-
-// Up to half a register of samples.
-AVEFFECT_INLINE U16 LoadSamples(const uint8_t* from, size_t count) {
-    HalfU8 samples{};
-    if (count >= kHalf)
-        samples = Load<HalfU8>(from);
-    else
-        std::memcpy(&samples, from, count);
-    return Widened(samples);
-}
-
-// Chroma of one row of luma, from the rows around it.
-struct RowsMixed {
-    const uint8_t* from[4];
-    I16 taps[4];
-    I16 bias;
-    bool single;
-
-    AVEFFECT_INLINE RowsMixed(const Plane8& plane, const ChromaPhase* phases, bool halved, size_t y) {
-        const ChromaPhase& phase = phases[y % 2];
-        const ptrdiff_t first = halved ? static_cast<ptrdiff_t>(y / 2) + phase.first : 0;
-        int16_t rounding = 0; // each product is cut
-        AVEFFECT_UNROLL
-        for (int i = 0; i < 4; ++i) {
-            from[i] = plane.Row(halved ? LimitedRow(first + i, plane.rows) : y);
-            taps[i] = SplatI16(static_cast<int16_t>(phase.taps[i] < 16384 ? phase.taps[i] * 2 : 0));
-            rounding = static_cast<int16_t>(rounding + (phase.taps[i] != 0));
-        }
-        bias = SplatI16(static_cast<int16_t>(rounding / 2));
-        single = !halved || phase.taps[1] == 16384;
-        if (single && halved) from[0] = from[1];
-    }
-    AVEFFECT_INLINE I16 At(size_t x, size_t count) const {
-        if (single) return Centred(LoadSamples(from[0] + x, count)) >> 1;
-        I16 sum = bias;
-        AVEFFECT_UNROLL
-        for (int i = 0; i < 4; ++i)
-            sum = sum + MultiplyHigh(Centred(LoadSamples(from[i] + x, count)), taps[i]);
-        return sum;
-    }
-    AVEFFECT_INLINE void Write(int16_t* to, size_t width) const {
-        size_t x = 0;
-        for (; x + kHalf <= width; x += kHalf) Store(to + x, At(x, kHalf));
-        if (x < width) Store(to + x, At(x, width - x));
-        RepeatEnds(to, width);
-    }
-};
-
-// Chroma of every other column, from the columns around it.
-struct ColumnsMixed {
-    ptrdiff_t first;
-    I16 low, high;
-    bool single;
-
-    AVEFFECT_INLINE explicit ColumnsMixed(const ChromaPhase& phase)
-        : first(phase.first)
-        , low(Pair(phase.taps))
-        , high(Pair(phase.taps + 2))
-        , single(phase.taps[1] == 16384) {}
-
-    AVEFFECT_INLINE static I16 Pair(const int16_t* taps) {
-        uint32_t both;
-        std::memcpy(&both, taps, sizeof both);
-        return (I16)Splat32(both);
-    }
-    AVEFFECT_INLINE I32 Sum(const int16_t* from) const {
-        return (MultiplyAddPairs(Load<I16>(from), low) + MultiplyAddPairs(Load<I16>(from + 2), high) +
-                (1 << (kTapBits - 1))) >>
-               kTapBits;
-    }
-    AVEFFECT_INLINE I16 At(const int16_t* chroma) const {
-        const int16_t* const from = chroma + first;
-        if (single) return Load<I16>(from + 1);
-        return (I16)((Sum(from) & 0xFFFF) | (Sum(from + 1) << 16));
-    }
-};
-
-struct ColourMix {
-    U16 lumaScale;
-    I16 lumaOffset, redWhole, redPart, blueWhole, bluePart, greenFromU, greenFromV;
-
-    AVEFFECT_INLINE explicit ColourMix(const PixelRule& rule)
-        : lumaScale(Splat16(rule.lumaScale))
-        , lumaOffset(SplatI16(static_cast<int16_t>(rule.lumaOffset + (1 << (kColourFractionBits - 1)) +
-                                                   1))) // what the cut products lack, 1
-        , redWhole(SplatI16(rule.redWhole))
-        , redPart(SplatI16(rule.redPart))
-        , blueWhole(SplatI16(rule.blueWhole))
-        , bluePart(SplatI16(rule.bluePart))
-        , greenFromU(SplatI16(rule.greenFromU))
-        , greenFromV(SplatI16(rule.greenFromV)) {}
-};
-
-struct ColourLanes {
-    I16 b, g, r;
-
-    AVEFFECT_INLINE ColourLanes(U16 luma256, I16 u, I16 v, const ColourMix& mix) {
-        const I16 luma = (I16)MultiplyHigh(luma256, mix.lumaScale) + mix.lumaOffset;
-        b = AddSaturated(luma, (u >> 1) * mix.blueWhole + MultiplyHigh(u, mix.bluePart)) >> 6;
-        g = AddSaturated(luma, MultiplyHigh(u, mix.greenFromU) + MultiplyHigh(v, mix.greenFromV)) >> 6;
-        r = AddSaturated(luma, (v >> 1) * mix.redWhole + MultiplyHigh(v, mix.redPart)) >> 6;
-    }
-};
-
-// Chroma of a register's pixels, the even and the odd ones.
-struct ChromaLanes {
-    I16 evenU, oddU, evenV, oddV;
-};
-
-struct HalvedChroma {
-    const int16_t *u, *v;
-    ColumnsMixed even, odd;
-
-    AVEFFECT_INLINE ChromaLanes At(size_t x, size_t) const {
-        const int16_t *const fromU = u + x / 2, *const fromV = v + x / 2;
-        return {even.At(fromU), odd.At(fromU), even.At(fromV), odd.At(fromV)};
-    }
-};
-
-AVEFFECT_INLINE U8 LoadSome(const uint8_t* from, size_t count) {
-    if (count >= kLanes) return Load<U8>(from);
-    U8 samples{};
-    std::memcpy(&samples, from, count);
-    return samples;
-}
-
-struct WholeChroma {
-    const uint8_t *u, *v;
-
-    AVEFFECT_INLINE static I16 Lanes(U16 samples256) { return (I16)(samples256 ^ 0x8000) >> 1; }
-    AVEFFECT_INLINE ChromaLanes At(size_t x, size_t count) const {
-        const U8 us = LoadSome(u + x, count), vs = LoadSome(v + x, count);
-        return {Lanes(EvenTimes256(us)), Lanes(OddTimes256(us)), Lanes(EvenTimes256(vs)),
-                Lanes(OddTimes256(vs))};
-    }
-};
+#include "kernels/yuv_colours.inl"
 
 // A register of pixels: luma, alpha, chroma of so many. Whole registers of all are written.
 template <bool Swapped, class Chroma>
@@ -162,7 +9,8 @@ AVEFFECT_INLINE void StorePixels(uint8_t* to, const uint8_t* luma, const uint8_t
     const ChromaLanes c = chroma.At(x, count);
     const ColourLanes even(EvenTimes256(samples), c.evenU, c.evenV, mix);
     const ColourLanes odd(OddTimes256(samples), c.oddU, c.oddV, mix);
-    const U8 b = JoinLimited(even.b, odd.b), g = JoinLimited(even.g, odd.g), r = JoinLimited(even.r, odd.r);
+    const U8 b = JoinLimited(even.b >> 6, odd.b >> 6), g = JoinLimited(even.g >> 6, odd.g >> 6);
+    const U8 r = JoinLimited(even.r >> 6, odd.r >> 6);
     StoreJoined(to, Swapped ? r : b, g, Swapped ? b : r, alpha ? LoadSome(alpha + x, count) : Splat8(255));
 }
 
@@ -178,35 +26,42 @@ AVEFFECT_INLINE void WritePixels(uint8_t* to, const uint8_t* luma, const uint8_t
     std::memcpy(to + x * 4, pixels, (width - x) * 4);
 }
 
+// Of a row of pixels in scratch, a multiple of 64.
+AVEFFECT_INLINE size_t RowBytes(size_t width) { return (width + 63) / 64 * 256; }
+
+template <bool Swapped>
+struct PixelWriter {
+    uint8_t* to;
+    const uint8_t* alpha;
+    size_t width;
+    const ColourMix& mix;
+
+    template <class Chroma>
+    AVEFFECT_INLINE void operator()(const uint8_t* luma, const Chroma& chroma) const {
+        WritePixels<Swapped>(to, luma, alpha, width, chroma, mix);
+    }
+};
+
 template <bool Swapped>
 AVEFFECT_INLINE void ToPixelsAs(const Plane32& pixels, const YuvaPlanes& planes, const PixelRule& rule,
-                                uint8_t* scratch) {
-    const ColourMix mix(rule);
-    const size_t columns = planes.u.width;
-    int16_t* const u = reinterpret_cast<int16_t*>(scratch) + kChromaPadding;
-    int16_t* const v = u + columns + 4 * kChromaPadding;
-    const ColumnsMixed even(rule.columns[0]), odd(rule.columns[1]);
+                                bool isShort, uint8_t* scratch) {
+    const ColourMix mix(rule, 32);
+    uint8_t* const whole = scratch; // a row of pixels
+    const ChromaRows chroma(planes, rule, reinterpret_cast<int16_t*>(scratch + RowBytes(pixels.width)));
     for (size_t y = 0; y < pixels.rows; ++y) {
         const uint8_t* const alpha = planes.alpha.Empty() ? nullptr : planes.alpha.Row(y);
-        if (planes.halvedColumns) {
-            RowsMixed(planes.u, rule.rows, planes.halvedRows, y).Write(u, columns);
-            RowsMixed(planes.v, rule.rows, planes.halvedRows, y).Write(v, columns);
-            WritePixels<Swapped>(pixels.Row(y), planes.y.Row(y), alpha, pixels.width,
-                                 HalvedChroma{u, v, even, odd}, mix);
-        } else {
-            WritePixels<Swapped>(pixels.Row(y), planes.y.Row(y), alpha, pixels.width,
-                                 WholeChroma{planes.u.Row(y), planes.v.Row(y)}, mix);
-        }
+        chroma.Row(y, PixelWriter<Swapped>{isShort ? whole : pixels.Row(y), alpha, pixels.width, mix});
+        if (isShort) DropFourth(pixels.Row(y), whole, pixels.width);
     }
 }
 
-void ToPixels(Plane32 pixels, const YuvaPlanes& planes, const PixelRule& rule, bool swapped,
+void ToPixels(Plane32 pixels, const YuvaPlanes& planes, const PixelRule& rule, PixelOrder order,
               uint8_t* scratch) noexcept {
     if (pixels.Empty()) return;
-    if (swapped)
-        ToPixelsAs<true>(pixels, planes, rule, scratch);
+    if (order.swapped)
+        ToPixelsAs<true>(pixels, planes, rule, order.isShort, scratch);
     else
-        ToPixelsAs<false>(pixels, planes, rule, scratch);
+        ToPixelsAs<false>(pixels, planes, rule, order.isShort, scratch);
 }
 
 // Weights of a register of pixels: even bytes hold blue and red, odd ones green and alpha.
@@ -369,16 +224,17 @@ struct ChromaRing {
     }
 };
 
-void ToPlanes(const YuvaPlanes& planes, Plane32 pixels, const PlaneRule& rule, bool swapped,
+void ToPlanes(const YuvaPlanes& planes, Plane32 pixels, const PlaneRule& rule, PixelOrder order,
               uint8_t* scratch) noexcept {
     if (pixels.Empty()) return;
     const int32_t half = 1 << (kWeightBits - 1),
                   middle = planes.halvedColumns ? 128 : half + (128 << kWeightBits);
-    const PlaneWeights weights = {PixelWeights(rule.y, rule.lumaOffset + half, swapped),
-                                  PixelWeights(rule.u, middle, swapped),
-                                  PixelWeights(rule.v, middle, swapped)};
+    const PlaneWeights weights = {PixelWeights(rule.y, rule.lumaOffset + half, order.swapped),
+                                  PixelWeights(rule.u, middle, order.swapped),
+                                  PixelWeights(rule.v, middle, order.swapped)};
     const size_t width = pixels.width, columns = planes.u.width;
-    int16_t* const wideU = reinterpret_cast<int16_t*>(scratch) + kChromaPadding;
+    uint8_t* const whole = scratch; // a row of pixels
+    int16_t* const wideU = reinterpret_cast<int16_t*>(scratch + RowBytes(width)) + kChromaPadding;
     int16_t* const wideV = wideU + width + 3 * kChromaPadding;
     int16_t* const halved = wideV + width + 3 * kChromaPadding;
     const ChromaRing ringU(halved, columns);
@@ -387,14 +243,15 @@ void ToPlanes(const YuvaPlanes& planes, Plane32 pixels, const PlaneRule& rule, b
     const RowsHalved down(rule.rows);
     size_t next = 0; // row of chroma
     for (size_t y = 0; y < pixels.rows; ++y) {
+        const uint8_t* const from = order.isShort ? whole : pixels.Row(y);
+        if (order.isShort) AddFourth<false>(whole, pixels.Row(y), width);
         uint8_t* const alpha = planes.alpha.Empty() ? nullptr : planes.alpha.Row(y);
         if (!planes.halvedColumns) {
             PlaneRows{planes.y.Row(y), planes.u.Row(y), planes.v.Row(y), alpha, nullptr, nullptr}.WriteRow(
-                pixels.Row(y), width, weights);
+                from, width, weights);
             continue;
         }
-        PlaneRows{planes.y.Row(y), nullptr, nullptr, alpha, wideU, wideV}.WriteRow(pixels.Row(y), width,
-                                                                                   weights);
+        PlaneRows{planes.y.Row(y), nullptr, nullptr, alpha, wideU, wideV}.WriteRow(from, width, weights);
         across.Write(ringU.Of(y), wideU, columns);
         across.Write(ringV.Of(y), wideV, columns);
         if (!planes.halvedRows) {
@@ -412,4 +269,18 @@ void ToPlanes(const YuvaPlanes& planes, Plane32 pixels, const PlaneRule& rule, b
     }
 }
 
-constexpr ConversionKernels kKernels = {ToPixels, ToPlanes};
+struct MakeOpaque {
+    AVEFFECT_INLINE U8 operator()(U8 pixels) const { return pixels | AlphaMask(); }
+};
+
+void AddAlpha(Plane32 pixels, Plane32 from, bool exchanged) noexcept {
+    for (size_t y = 0; y < pixels.rows && pixels.width > 0; ++y) {
+        if (exchanged)
+            AddFourth<true>(pixels.Row(y), from.Row(y), pixels.width);
+        else
+            AddFourth<false>(pixels.Row(y), from.Row(y), pixels.width);
+        ForRow(pixels.Row(y), pixels.width * 4, MakeOpaque{});
+    }
+}
+
+constexpr ConversionKernels kKernels = {ToPixels, ToPlanes, AddAlpha};

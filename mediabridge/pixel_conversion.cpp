@@ -21,8 +21,11 @@ using AVBased::kernels::Plane8;
 using AVBased::kernels::PlaneRule;
 using AVBased::kernels::YuvaPlanes;
 
-// What is served: these planes to and from these pixels, by these matrices, in both ranges, wherever chroma
-// lies, by all qualities but Lanczos. All else is libswscale's.
+// What is served, wherever chroma lies, in both ranges, by all qualities but Lanczos:
+// - these planes to and from these pixels of the same size, by these matrices;
+// - these planes and the pixels of four bytes to wider RGB24 of the same height;
+// - pixels of three bytes to opaque ones of four.
+// All else is libswscale's.
 struct Planar {
     AVPixelFormat format;
     bool alpha;
@@ -33,13 +36,12 @@ constexpr Planar kPlanar[] = {
 };
 struct Packed {
     AVPixelFormat format;
-    bool swapped, alpha;
+    bool swapped, alpha, isShort;
 };
 constexpr Packed kPacked[] = {
-    {AV_PIX_FMT_BGRA, false, true},
-    {AV_PIX_FMT_BGR0, false, false},
-    {AV_PIX_FMT_RGBA, true, true},
-    {AV_PIX_FMT_RGB0, true, false},
+    {AV_PIX_FMT_BGRA, false, true, false},  {AV_PIX_FMT_BGR0, false, false, false},
+    {AV_PIX_FMT_RGBA, true, true, false},   {AV_PIX_FMT_RGB0, true, false, false},
+    {AV_PIX_FMT_BGR24, false, false, true}, {AV_PIX_FMT_RGB24, true, false, true},
 };
 struct Matrix {
     AVColorSpace name;
@@ -109,13 +111,13 @@ double WeightAt(double distance, ScaleQuality quality) {
     return d < 2 ? ((-0.6 * d + 3) * d - 4.8) * d + 2.4 : 0;
 }
 
-/// Weights in 16384ths that add up to 1.
-void SetTaps(std::span<std::int16_t> taps, std::span<const double> weights) {
+/// Weights that add up to one.
+void SetTaps(std::span<std::int16_t> taps, std::span<const double> weights, int one = 16384) {
     double total = 0;
     for (const double weight : weights) total += weight;
-    int rest = 16384;
+    int rest = one;
     for (std::size_t i = 0; i < taps.size(); ++i) {
-        taps[i] = Rounded(16384 * weights[i] / total);
+        taps[i] = Rounded(one * weights[i] / total);
         rest -= taps[i];
     }
     auto largest = std::ranges::max_element(taps);
@@ -160,6 +162,17 @@ Plane8 PlaneOf(const AVFrame& picture, int plane, bool halvedColumns, bool halve
             static_cast<std::size_t>(AV_CEIL_RSHIFT(picture.height, halvedRows ? 1 : 0))};
 }
 
+Plane32 PixelsOf(const AVFrame& picture) {
+    return {picture.data[0], static_cast<std::size_t>(picture.width),
+            static_cast<std::size_t>(picture.linesize[0]), static_cast<std::size_t>(picture.height)};
+}
+
+/// Of pixels of three bytes.
+Plane8 BytesOf(const AVFrame& picture) {
+    const Plane32 pixels = PixelsOf(picture);
+    return {pixels.data, pixels.width * 3, pixels.pitch, pixels.rows};
+}
+
 void MakeOpaque(const Plane8& alpha) {
     for (std::size_t y = 0; y < alpha.rows; ++y) std::memset(alpha.Row(y), 255, alpha.width);
 }
@@ -168,53 +181,117 @@ void MakeOpaque(const Plane8& alpha) {
 
 std::optional<PixelConversion> PixelConversion::Between(const PictureSide& source, const PictureSide& target,
                                                         ScaleQuality quality) {
-    const bool toPixels = Find(std::span<const Planar>(kPlanar), source.format, &Planar::format) != nullptr;
-    const PictureSide& yuv = toPixels ? source : target;
-    const PictureSide& rgb = toPixels ? target : source;
-    const Planar* planar = Find(std::span<const Planar>(kPlanar), yuv.format, &Planar::format);
-    const Packed* packed = Find(std::span<const Packed>(kPacked), rgb.format, &Packed::format);
-    const Matrix* matrix = Find(std::span<const Matrix>(kMatrices), yuv.matrix, &Matrix::name);
-    if (!planar || !packed || !matrix || quality == ScaleQuality::Lanczos || source.width != target.width ||
-        source.height != target.height || source.bottomUp)
-        return std::nullopt;
     PixelConversion conversion;
-    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(yuv.format);
-    conversion.m_toPixels = toPixels;
-    conversion.m_swapped = packed->swapped;
-    conversion.m_keepsAlpha = planar->alpha && packed->alpha;
-    conversion.m_halvedColumns = descriptor->log2_chroma_w == 1;
-    conversion.m_halvedRows = descriptor->log2_chroma_h == 1;
-    const double across = AcrossOf(yuv.chroma), down = DownOf(yuv.chroma);
-    SetColours(conversion.m_pixelRule, *matrix, RangeOf(yuv.range));
-    SetPhases(conversion.m_pixelRule.columns, across, quality);
-    SetPhases(conversion.m_pixelRule.rows, down, quality);
-    SetColours(conversion.m_planeRule, *matrix, RangeOf(yuv.range));
-    SetHalving(conversion.m_planeRule.columns, 4, across, quality);
-    SetHalving(conversion.m_planeRule.rows, 3, down, quality);
-    conversion.m_scratch.resize(
-        AVBased::kernels::ConversionScratchBytes(static_cast<std::size_t>(source.width)) / sizeof(Line) + 1);
+    if (quality == ScaleQuality::Lanczos || source.bottomUp || source.height != target.height ||
+        !conversion.SetUp(source, target, quality))
+        return std::nullopt;
+    const auto width = static_cast<std::size_t>(source.width), wide = static_cast<std::size_t>(target.width);
+    const std::size_t bytes = std::max(AVBased::kernels::ConversionScratchBytes(width),
+                                       wide > width ? AVBased::kernels::WidenScratchBytes(width, wide) : 0);
+    conversion.m_scratch.resize(bytes / sizeof(Line) + 1);
     return conversion;
 }
 
-void PixelConversion::Run(const AVFrame& source, AVFrame& target) {
-    const AVFrame& yuv = m_toPixels ? source : target;
-    const AVFrame& rgb = m_toPixels ? target : source;
-    const Plane32 pixels = {rgb.data[0], static_cast<std::size_t>(rgb.width),
-                            static_cast<std::size_t>(rgb.linesize[0]), static_cast<std::size_t>(rgb.height)};
-    const Plane8 alpha = yuv.data[3] ? PlaneOf(yuv, 3, false, false) : Plane8{};
-    const YuvaPlanes planes = {PlaneOf(yuv, 0, false, false),
-                               PlaneOf(yuv, 1, m_halvedColumns, m_halvedRows),
-                               PlaneOf(yuv, 2, m_halvedColumns, m_halvedRows),
-                               m_keepsAlpha ? alpha : Plane8{},
-                               m_halvedColumns,
-                               m_halvedRows};
-    const auto& kernels = AVBased::Kernels<AVBased::kernels::ConversionKernels>();
-    if (m_toPixels) {
-        kernels.toPixels(pixels, planes, m_pixelRule, m_swapped, m_scratch.front().bytes);
-        return;
+bool PixelConversion::SetUp(const PictureSide& source, const PictureSide& target, ScaleQuality quality) {
+    const std::span<const Planar> planar(kPlanar);
+    const std::span<const Packed> packed(kPacked);
+    const Packed *from = Find(packed, source.format, &Packed::format),
+                 *to = Find(packed, target.format, &Packed::format);
+    const Planar* planes = Find(planar, from ? target.format : source.format, &Planar::format);
+    const PictureSide& yuv = from ? target : source;
+    const Packed* pixels = from ? from : to;
+    const bool knowsMatrix = Find(std::span<const Matrix>(kMatrices), yuv.matrix, &Matrix::name) != nullptr;
+    if (!pixels || (planes && !knowsMatrix)) return false;
+    m_order = {pixels->swapped, pixels->isShort};
+    if (target.width != source.width) {
+        if (target.width < source.width || target.format != AV_PIX_FMT_RGB24 ||
+            (from ? from->isShort : !planes))
+            return false;
+        m_kind = from ? Kind::WidenPixels : Kind::WidenPlanes;
+        SetColumns(source.width, target.width, quality);
+        if (!from) SetRules(yuv, quality);
+        return true;
     }
-    kernels.toPlanes(planes, pixels, m_planeRule, m_swapped, m_scratch.front().bytes);
-    if (!m_keepsAlpha && !alpha.Empty()) MakeOpaque(alpha);
+    if (from && to) {
+        m_kind = Kind::AddAlpha;
+        m_exchanged = from->swapped != to->swapped;
+        return from->isShort && !to->isShort;
+    }
+    if (!planes) return false;
+    m_kind = from ? Kind::ToPlanes : Kind::ToPixels;
+    m_keepsAlpha = planes->alpha && pixels->alpha;
+    SetRules(yuv, quality);
+    return true;
+}
+
+void PixelConversion::SetRules(const PictureSide& yuv, ScaleQuality quality) {
+    const Matrix& matrix = *Find(std::span<const Matrix>(kMatrices), yuv.matrix, &Matrix::name);
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(yuv.format);
+    m_halvedColumns = descriptor->log2_chroma_w == 1;
+    m_halvedRows = descriptor->log2_chroma_h == 1;
+    const double across = AcrossOf(yuv.chroma), down = DownOf(yuv.chroma);
+    SetColours(m_pixelRule, matrix, RangeOf(yuv.range));
+    SetPhases(m_pixelRule.columns, across, quality);
+    SetPhases(m_pixelRule.rows, down, quality);
+    SetColours(m_planeRule, matrix, RangeOf(yuv.range));
+    SetHalving(m_planeRule.columns, 4, across, quality);
+    SetHalving(m_planeRule.rows, 3, down, quality);
+}
+
+// Behind the last column the tables repeat it.
+void PixelConversion::SetColumns(int width, int wide, ScaleQuality quality) {
+    constexpr int kUnit = 64, kOne = 32768;
+    const auto count = static_cast<std::size_t>((wide + kUnit - 1) / kUnit * kUnit);
+    m_first.resize(count);
+    for (auto& taps : m_taps) taps.resize(count);
+    for (std::size_t x = 0; x < count; ++x) {
+        const double column = std::min(static_cast<int>(x), wide - 1) + 0.5;
+        const double at = column * width / wide - 0.5;
+        m_first[x] = static_cast<std::int32_t>(std::floor(at)) - 1;
+        double weights[4];
+        std::int16_t taps[4];
+        for (int k = 0; k < 4; ++k) weights[k] = WeightAt(at - (m_first[x] + k), quality);
+        SetTaps(taps, weights, kOne - 1); // the most that a tap can be
+        for (std::size_t k = 0; k < 4; ++k) m_taps[k][x] = taps[k];
+    }
+}
+
+void PixelConversion::Run(const AVFrame& source, AVFrame& target) {
+    using namespace AVBased;
+    const auto& kernels = Kernels<kernels::ConversionKernels>();
+    const auto& wideners = Kernels<kernels::WidenKernels>();
+    const kernels::Widening widening = {
+        static_cast<std::size_t>(target.width),
+        m_first.data(),
+        {m_taps[0].data(), m_taps[1].data(), m_taps[2].data(), m_taps[3].data()}};
+    std::uint8_t* const scratch = m_scratch.front().bytes;
+    switch (m_kind) {
+    case Kind::ToPixels:
+        kernels.toPixels(PixelsOf(target), PlanesOf(source), m_pixelRule, m_order, scratch);
+        break;
+    case Kind::ToPlanes:
+        kernels.toPlanes(PlanesOf(target), PixelsOf(source), m_planeRule, m_order, scratch);
+        if (!m_keepsAlpha && target.data[3]) MakeOpaque(PlaneOf(target, 3, false, false));
+        break;
+    case Kind::WidenPixels:
+        wideners.widenPixels(BytesOf(target), PixelsOf(source), widening, m_order.swapped, scratch);
+        break;
+    case Kind::WidenPlanes:
+        wideners.widenPlanes(BytesOf(target), PlanesOf(source), m_pixelRule, widening, scratch);
+        break;
+    case Kind::AddAlpha:
+        kernels.addAlpha(PixelsOf(target), PixelsOf(source), m_exchanged);
+        break;
+    }
+}
+
+YuvaPlanes PixelConversion::PlanesOf(const AVFrame& picture) const {
+    return {PlaneOf(picture, 0, false, false),
+            PlaneOf(picture, 1, m_halvedColumns, m_halvedRows),
+            PlaneOf(picture, 2, m_halvedColumns, m_halvedRows),
+            m_keepsAlpha ? PlaneOf(picture, 3, false, false) : Plane8{},
+            m_halvedColumns,
+            m_halvedRows};
 }
 
 } // namespace mediabridge

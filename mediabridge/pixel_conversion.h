@@ -1,10 +1,11 @@
 #pragma once
-/// Conversions between YUV planes and RGB pixels of one size that are done here and not by libswscale.
+/// Conversions between YUV planes and RGB pixels that are done here and not by libswscale.
 #include <cstdint>
 #include <optional>
 #include <vector>
 
 #include "kernels/conversion.h"
+#include "kernels/widen.h"
 #include "mediabridge/av_ptr.h"
 
 namespace mediabridge {
@@ -37,13 +38,21 @@ public:
 
 private:
     PixelConversion() = default;
+    bool SetUp(const PictureSide& source, const PictureSide& target, ScaleQuality quality);
+    void SetRules(const PictureSide& yuv, ScaleQuality quality);
+    AVBased::kernels::YuvaPlanes PlanesOf(const AVFrame& picture) const;
+    void SetColumns(int width, int wide, ScaleQuality quality);
 
-    bool m_toPixels = false;
-    bool m_swapped = false;    ///< R before B
+    enum class Kind { ToPixels, ToPlanes, WidenPixels, WidenPlanes, AddAlpha };
+    Kind m_kind = Kind::ToPixels;
+    AVBased::kernels::PixelOrder m_order{};
+    bool m_exchanged = false;  ///< red and blue, of what gets alpha
     bool m_keepsAlpha = false; ///< else it becomes opaque
     bool m_halvedColumns = false, m_halvedRows = false;
     AVBased::kernels::PixelRule m_pixelRule{};
     AVBased::kernels::PlaneRule m_planeRule{};
+    std::vector<std::int32_t> m_first; ///< of widening
+    std::vector<std::int16_t> m_taps[4];
     struct alignas(64) Line {
         std::uint8_t bytes[64];
     };

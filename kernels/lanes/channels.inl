@@ -53,3 +53,29 @@ AVEFFECT_INLINE void StoreJoined(uint8_t* pixels, U8 b, U8 g, U8 r, U8 a) {
     Store(pixels + 2 * kLanes, InterleaveLow(bgHigh, raHigh));
     Store(pixels + 3 * kLanes, InterleaveHigh(bgHigh, raHigh));
 }
+
+// Pixels of three bytes from pixels of four, and back; the fourth byte is then anything; swapped with
+// the first and third one exchanged.
+AVEFFECT_INLINE void DropFourth(uint8_t* to, const uint8_t* from, size_t count) {
+    size_t x = 0;
+#if AVEFFECT_LANE_BYTES > 16
+    constexpr uint8_t kThree[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
+    for (; x * 3 + 16 <= count * 3; x += 4) Pick16Bytes(to + x * 3, from + x * 4, kThree);
+#endif
+    for (; x < count; ++x) std::memcpy(to + x * 3, from + x * 4, 3);
+}
+template <bool Swapped>
+AVEFFECT_INLINE void AddFourth(uint8_t* to, const uint8_t* from, size_t count) {
+    size_t x = 0;
+    constexpr uint8_t kFirst = Swapped ? 2 : 0, kLast = 2 - kFirst;
+#if AVEFFECT_LANE_BYTES > 16
+    constexpr uint8_t kFour[16] = {kFirst,     1, kLast,     0, kFirst + 3, 4,  kLast + 3, 0,
+                                   kFirst + 6, 7, kLast + 6, 0, kFirst + 9, 10, kLast + 9, 0};
+    for (; x * 3 + 16 <= count * 3; x += 4) Pick16Bytes(to + x * 4, from + x * 3, kFour);
+#endif
+    for (; x < count; ++x) {
+        to[x * 4] = from[x * 3 + kFirst];
+        to[x * 4 + 1] = from[x * 3 + 1];
+        to[x * 4 + 2] = from[x * 3 + kLast];
+    }
+}

@@ -162,6 +162,37 @@ AVEFFECT_INLINE I16 PackPairsInOrder(I32 low, I32 high) {
 #endif
 }
 
+// Both registers' lanes in order, limited to 0..255.
+AVEFFECT_INLINE U8 PackInOrder(I16 low, I16 high) {
+    const U8 packed = Pack(low, high);
+#if AVEFFECT_LANE_BYTES == 64
+    return (U8)_mm512_maskz_permutexvar_epi64(0xFF, _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0),
+                                              (Register)packed);
+#elif AVEFFECT_LANE_BYTES == 32
+    return (U8)_mm256_permute4x64_epi64((Register)packed, 0xD8);
+#else
+    return packed;
+#endif
+}
+
+// Lanes of a and b in turns, as two registers in order.
+AVEFFECT_INLINE void StoreInTurns(int16_t* to, I16 a, I16 b) {
+    const Register low = (Register)InterleaveLow((U16)a, (U16)b);
+    const Register high = (Register)InterleaveHigh((U16)a, (U16)b);
+#if AVEFFECT_LANE_BYTES == 64
+    const Register first = _mm512_set_epi64(11, 10, 3, 2, 9, 8, 1, 0);
+    const Register second = _mm512_set_epi64(15, 14, 7, 6, 13, 12, 5, 4);
+    Store(to, _mm512_permutex2var_epi64(low, first, high));
+    Store(to + kLanes / 2, _mm512_permutex2var_epi64(low, second, high));
+#elif AVEFFECT_LANE_BYTES == 32
+    Store(to, _mm256_permute2x128_si256(low, high, 0x20));
+    Store(to + kLanes / 2, _mm256_permute2x128_si256(low, high, 0x31));
+#else
+    Store(to, low);
+    Store(to + kLanes / 2, high);
+#endif
+}
+
 // Every other lane of a, then of b.
 AVEFFECT_INLINE U16 EvenLanes(U16 a, U16 b) {
 #if AVEFFECT_LANE_BYTES == 64

@@ -82,7 +82,8 @@ const Case kCases[] = {
 };
 constexpr AVPixelFormat kPlanar[] = {AV_PIX_FMT_YUV420P,  AV_PIX_FMT_YUV422P,  AV_PIX_FMT_YUV444P,
                                      AV_PIX_FMT_YUVA420P, AV_PIX_FMT_YUVA422P, AV_PIX_FMT_YUVA444P};
-constexpr AVPixelFormat kPacked[] = {AV_PIX_FMT_BGRA, AV_PIX_FMT_BGR0, AV_PIX_FMT_RGBA, AV_PIX_FMT_RGB0};
+constexpr AVPixelFormat kPacked[] = {AV_PIX_FMT_BGRA, AV_PIX_FMT_BGR0,  AV_PIX_FMT_RGBA,
+                                     AV_PIX_FMT_RGB0, AV_PIX_FMT_RGB24, AV_PIX_FMT_BGR24};
 
 void Judge(const AVFrame& source, const AVFrame& result, const Case& way, bool toPixels) {
     const Grid chroma = Component(toPixels ? source : result, 1);
@@ -102,6 +103,26 @@ void Judge(const AVFrame& source, const AVFrame& result, const Case& way, bool t
         EXPECT_EQ(std::ranges::count(found.samples, 255), std::ssize(found.samples));
 }
 
+/// What the conversion makes of the source, at every level the same.
+Guarded Converted(const PictureSide& from, const PictureSide& to, ScaleQuality quality, const AVFrame& source,
+                  Flush flush) {
+    auto conversion = PixelConversion::Between(from, to, quality);
+    Guarded first(to.format, to.width, to.height, flush, 1);
+    EXPECT_TRUE(conversion);
+    for (const unsigned mask : kLevelMasks) {
+        const FeatureMask level(mask);
+        Guarded result(to.format, to.width, to.height, flush, 1);
+        if (conversion) conversion->Run(source, *result.picture);
+        EXPECT_TRUE(mask == kLevelMasks[0] || result.planes == first.planes) << mask;
+        first = std::move(result);
+    }
+    return first;
+}
+
+PictureSide Rgb(AVPixelFormat format, int width, int height) {
+    return {format, width, height, AVCOL_RANGE_JPEG, AVCOL_SPC_SMPTE170M, AVCHROMA_LOC_UNSPECIFIED, false};
+}
+
 TEST(PixelConversion, IsTheNearestToDoublePrecisionAndTheSameAtEveryLevel) {
     const int sizes[][2] = {{1, 1}, {2, 3}, {5, 2}, {33, 17}, {64, 9}, {131, 6}, {198, 12}};
     unsigned seed = 0;
@@ -114,28 +135,59 @@ TEST(PixelConversion, IsTheNearestToDoublePrecisionAndTheSameAtEveryLevel) {
                     SCOPED_TRACE(std::string(av_get_pix_fmt_name(from)) + " to " + av_get_pix_fmt_name(to) +
                                  ", " + std::to_string(width) + "x" + std::to_string(height) + ", case " +
                                  std::to_string(&way - kCases));
-                    const PictureSide rgb = {
-                        packed, width, height, AVCOL_RANGE_JPEG, way.matrix, AVCHROMA_LOC_UNSPECIFIED, false};
+                    const PictureSide rgb = Rgb(packed, width, height);
                     const PictureSide yuv = {planar, width, height, way.range, way.matrix, way.chroma, false};
-                    auto conversion =
-                        PixelConversion::Between(toPixels ? yuv : rgb, toPixels ? rgb : yuv, way.quality);
-                    ASSERT_TRUE(conversion);
                     const Flush flush = seed % 3 ? Flush::End : Flush::Start;
-                    Guarded source(from, width, height, flush, seed), first(to, width, height, flush, 1);
-                    for (const unsigned mask : kLevelMasks) {
-                        const FeatureMask level(mask);
-                        Guarded result(to, width, height, flush, 1);
-                        conversion->Run(*source.picture, *result.picture);
-                        EXPECT_TRUE(mask == kLevelMasks[0] || result.planes == first.planes) << mask;
-                        first = std::move(result);
-                    }
+                    const Guarded source(from, width, height, flush, seed);
+                    const Guarded first = Converted(toPixels ? yuv : rgb, toPixels ? rgb : yuv, way.quality,
+                                                    *source.picture, flush);
                     Judge(*source.picture, *first.picture, way, toPixels);
                 }
 }
 
+TEST(PixelConversion, WidensAndAddsAlpha) {
+    const int sizes[][2] = {{1, 2}, {3, 4}, {5, 7}, {70, 71}, {131, 140}, {200, 210}, {64, 128}};
+    unsigned seed = 0;
+    for (const auto& size : sizes)
+        for (const AVPixelFormat format :
+             {AV_PIX_FMT_BGRA, AV_PIX_FMT_RGB0, AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUVA444P}) {
+            const int width = size[0], wide = size[1];
+            SCOPED_TRACE(std::string(av_get_pix_fmt_name(format)) + ", " + std::to_string(width) + " to " +
+                         std::to_string(wide));
+            const Case& way = kCases[++seed % 2 ? 0 : 3];
+            const bool planar = format == AV_PIX_FMT_YUV420P || format == AV_PIX_FMT_YUVA444P;
+            PictureSide from = Rgb(format, width, 5);
+            if (planar) from = {format, width, 5, way.range, way.matrix, way.chroma, false};
+            const Flush flush = seed % 3 ? Flush::End : Flush::Start;
+            const Guarded source(format, width, 5, flush, seed);
+            const Guarded found =
+                Converted(from, Rgb(AV_PIX_FMT_RGB24, wide, 5), way.quality, *source.picture, flush);
+            for (int i = 0; i < 3; ++i) {
+                Grid old = planar ? way.model.Rgb(*source.picture)[static_cast<size_t>(i)]
+                                  : Component(*source.picture, i);
+                Grid wanted(wide, 5);
+                for (int x = 0; x < wide; ++x)
+                    for (int y = 0; y < 5; ++y)
+                        wanted.At(x, y) =
+                            way.model.Mixed((x + 0.5) * width / wide - 0.5, 1, width, [&](int column) {
+                                return std::clamp(old.At(column, y), -512.0, 512.0);
+                            });
+                EXPECT_LE(SampleError(Component(*found.picture, i), wanted).largest, 0.625)
+                    << "component " << i;
+            }
+            for (const AVPixelFormat to : {AV_PIX_FMT_BGRA, AV_PIX_FMT_RGBA}) {
+                const Guarded opaque = Converted(Rgb(AV_PIX_FMT_RGB24, wide, 5), Rgb(to, wide, 5),
+                                                 way.quality, *found.picture, flush);
+                for (int i = 0; i < 3; ++i)
+                    EXPECT_EQ(Component(*opaque.picture, i).samples, Component(*found.picture, i).samples);
+                const Grid alpha = Component(*opaque.picture, 3);
+                EXPECT_EQ(std::ranges::count(alpha.samples, 255), std::ssize(alpha.samples));
+            }
+        }
+}
+
 TEST(PixelConversion, LeavesTheRestToTheLibrary) {
-    const PictureSide rgb = {AV_PIX_FMT_BGRA,          8,    8, AVCOL_RANGE_JPEG, AVCOL_SPC_BT709,
-                             AVCHROMA_LOC_UNSPECIFIED, false};
+    const PictureSide rgb = Rgb(AV_PIX_FMT_BGRA, 8, 8);
     const PictureSide yuv = {AV_PIX_FMT_YUV420P, 8,    8, AVCOL_RANGE_MPEG, AVCOL_SPC_BT709,
                              AVCHROMA_LOC_LEFT,  false};
     const auto serves = [&](auto change, ScaleQuality quality = ScaleQuality::Bicubic) {
