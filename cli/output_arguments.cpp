@@ -94,7 +94,7 @@ void AddEncoderOptions(CLI::App& app, EncoderArguments& encoder, const char* aud
     AddQualityOptions(app, encoder.quality);
     app.add_option("--preset", encoder.preset, "Preset of the encoder, such as ultrafast")->type_name("NAME");
     app.add_option("--threads", encoder.threads,
-                   "Threads of decoder, effects and encoder, each; 0 for one a processor")
+                   "Threads of decoder, effects and encoder together; 0 for what the processors give")
         ->type_name("N");
     app.add_option("--memory", encoder.memory,
                    "Bytes that pictures between decoder and encoder may take, such as 512M or 2G; 1G if not "

@@ -17,6 +17,7 @@
 #include "host/picture/light_metadata.h"
 #include "host/support/ordered_workers.h"
 #include "host/support/progress_meter.h"
+#include "host/support/work_limit.h"
 
 namespace aveffect {
 namespace {
@@ -98,7 +99,8 @@ public:
         , m_pictures(plugin, TaskOf(m_plan.options), m_input.source, m_input.span.LengthMs(), m_plan.output,
                      m_reporter, cancel, WorkerCount(m_plan.options.threads))
         , m_progress(m_reporter, m_input.ExpectedPictures())
-        , m_numbered(m_plan.output, m_plan.options.overwrite, cancel) {
+        , m_numbered(m_plan.output, m_plan.options.overwrite, cancel)
+        , m_limit(m_plan.options.threads) {
         const bool keepsFields = m_plan.options.framing.Empty() && !m_plan.options.rate;
         m_plan.output.encoder.fieldOrder =
             keepsFields ? m_input.source.Pictures().codecpar->field_order : AV_FIELD_PROGRESSIVE;
@@ -195,11 +197,12 @@ private:
 
     void RunStages() {
         // The first picture, which is made, is no work for these.
-        m_workers.emplace(WorkerCount(m_plan.options.threads), m_plan.options.memory,
-                          [this](unsigned worker, int64_t number, SpanItem& item) {
-                              CheckCancel(m_cancel);
-                              item = {Rendered(std::move(item), {worker, number + 1}), nullptr};
-                          });
+        m_workers.emplace(
+            WorkerCount(m_plan.options.threads), m_plan.options.memory,
+            [this](unsigned worker, int64_t number, SpanItem& item) {
+                CheckCancel(m_cancel);
+                m_limit.Do([&] { item = {Rendered(std::move(item), {worker, number + 1}), nullptr}; });
+            });
         m_pictureBytes = m_pictures.BytesOnTheWay();
         StageGroup stages([this] {
             m_workers->Stop();
@@ -222,7 +225,7 @@ private:
             if (!m_workers->PushThrough(std::move(item), size)) return;
         }
         m_head.clear();
-        while (std::optional<SpanItem> item = m_input.Next()) {
+        while (std::optional<SpanItem> item = m_limit.Do([this] { return m_input.Next(); })) {
             CheckCancel(m_cancel);
             const ItemSize size = SizeOf(*item);
             if (!(item->picture ? m_workers->Push(std::move(*item), size)
@@ -235,21 +238,25 @@ private:
     void Encode() {
         while (std::optional<SpanItem> item = m_workers->Pop()) {
             CheckCancel(m_cancel);
-            if (m_plan.output.IsNumbered()) {
-                m_numbered.Write(std::move(item->picture));
-                m_progress.Report(m_numbered.Pictures(), false);
-                continue;
-            }
-            if (item->packet) {
-                m_file->WritePacket(*item->packet);
-                continue;
-            }
-            m_file->WritePicture(std::move(item->picture));
-            m_progress.Report(m_file->Pictures(), false);
+            m_limit.Do([&] { Write(std::move(*item)); });
         }
         if (m_workers->Stopped() || !m_file) return;
-        m_file->EndStreams(m_sound->EndBeside(m_file->PicturesEnd()));
-        m_file->Finish();
+        m_limit.Do([this] {
+            m_file->EndStreams(m_sound->EndBeside(m_file->PicturesEnd()));
+            m_file->Finish();
+        });
+    }
+
+    void Write(SpanItem item) {
+        if (item.packet) {
+            m_file->WritePacket(*item.packet);
+        } else if (m_plan.output.IsNumbered()) {
+            m_numbered.Write(std::move(item.picture));
+            m_progress.Report(m_numbered.Pictures(), false);
+        } else {
+            m_file->WritePicture(std::move(item.picture));
+            m_progress.Report(m_file->Pictures(), false);
+        }
     }
 
     const Plugin& m_plugin;
@@ -264,6 +271,7 @@ private:
     NumberedOutput m_numbered;   ///< used where the pictures get files of their own
     std::deque<SpanItem> m_head; ///< packets before the first picture, then that picture
     size_t m_pictureBytes = 0;   ///< that one takes on its way
+    WorkLimit m_limit;
     std::optional<OrderedWorkers<SpanItem>> m_workers; ///< last member: ends before the others go
 };
 

@@ -11,6 +11,7 @@
 #include "host/picture/light_metadata.h"
 #include "host/support/ordered_workers.h"
 #include "host/support/progress_meter.h"
+#include "host/support/work_limit.h"
 
 namespace aveffect {
 
@@ -73,6 +74,7 @@ public:
         , m_behind(FramingBehind(options.framing))
         , m_look(Framer(m_behind).Apply(std::move(look)))
         , m_finishes(m_composition.workers)
+        , m_limit(options.threads)
         , m_progress(reporter, m_composition.pictures) {}
 
     /// Gives the files their names when the terms are concluded.
@@ -134,17 +136,18 @@ private:
     /// Begins what follows the first picture on one thread, and hands all over on another, as the encoder
     /// takes them.
     void DrawAll(AVFramePtr first, const std::function<void(AVFramePtr)>& take) {
-        OrderedWorkers<Sketch> workers(m_composition.workers, m_memory,
-                                       [&](unsigned worker, int64_t, Sketch& sketch) {
-                                           CheckCancel(m_cancel);
-                                           sketch.picture = Finished(sketch.drawing, worker);
-                                           sketch.drawing = nullptr;
-                                       });
+        OrderedWorkers<Sketch> workers(
+            m_composition.workers, m_memory, [&](unsigned worker, int64_t, Sketch& sketch) {
+                CheckCancel(m_cancel);
+                sketch.picture = m_limit.Do([&] { return Finished(sketch.drawing, worker); });
+                sketch.drawing = nullptr;
+            });
         StageGroup stages([&] { workers.Stop(); });
         stages.Start([&] {
             for (int64_t index = 1; index < m_composition.pictures; ++index) {
                 CheckCancel(m_cancel);
-                if (!workers.Push({m_composition.draw(index)}, {kPictureWeight, BytesOf(*m_look)})) return;
+                Drawing drawing = m_limit.Do([&] { return m_composition.draw(index); });
+                if (!workers.Push({std::move(drawing)}, {kPictureWeight, BytesOf(*m_look)})) return;
             }
             workers.Finish();
         });
@@ -153,7 +156,7 @@ private:
             for (int64_t done = 1; std::optional<Sketch> sketch = workers.Pop();
                  m_progress.Report(++done, false)) {
                 CheckCancel(m_cancel);
-                take(std::move(sketch->picture));
+                m_limit.Do([&] { take(std::move(sketch->picture)); });
             }
         });
         stages.Join();
@@ -170,6 +173,7 @@ private:
     const Framing m_behind; ///< the transitions
     const AVFramePtr m_look;
     std::vector<std::unique_ptr<Finish>> m_finishes; ///< by workers
+    WorkLimit m_limit;
     ProgressMeter m_progress;
 };
 

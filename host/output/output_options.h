@@ -21,7 +21,7 @@ struct OutputOptions {
     EncoderSettings encoderSettings, audioEncoderSettings; ///< made last
     std::string preset;                                    ///< encoder preset; empty: the encoder's own
     std::string outputFormat; ///< pixel format of the output; empty: what suits codec and clip
-    unsigned threads = 0;     ///< of each decoder, of the effects, of the encoder; 0: as many as processors
+    unsigned threads = 0;     ///< that work at a time, codecs' own not counted; 0: what the processors give
     size_t memory = kUsualMemory;   ///< bytes that pictures between decoder and encoder may take, but for one
     Framing framing = {};           ///< of the pictures
     std::optional<AVRational> rate; ///< pictures a second; absent: those that there are

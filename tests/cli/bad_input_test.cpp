@@ -74,6 +74,7 @@ TEST_F(BadInput, OptionValues) {
         {{"--crf", "nan"}, "--crf takes a number from 0 upwards, not 'nan'"},
         {{"--crf", "-1"}, "--crf takes"},
         {{"--threads", "-1"}, "--threads takes a whole number from 0"},
+        {{"--memory", "2T"}, "--memory takes bytes from 1 upwards"},
         {{"--progress", "loud"}, "--progress takes auto, bar, json or none, not 'loud'"},
         {{"--cpu-level", "mmx"}, "--cpu-level takes auto, sse2, avx2 or avx512, not 'mmx'"},
         {{"--pixel-format", "purple"}, "purple"},
