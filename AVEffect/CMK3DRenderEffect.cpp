@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "AVEffect/support/frame_clone.h"
+#include "AVEffect/support/places.h"
 #include "AVEffect/support/plane_copy.h"
 #include "aveffect/base_media.h"
 #include "aveffect/catalogue/stereo.h"
@@ -14,8 +15,6 @@
 namespace AVBased {
 
 namespace {
-
-kernels::Places PlacesOf(const std::vector<uint32_t>& table) { return {table.data(), table.size()}; }
 
 // What is not picked from elsewhere but follows the frame all the same.
 void FollowFrame(IRawVideoFrame* view, IRawVideoFrame* frame) {

@@ -7,6 +7,7 @@
 #include <numbers>
 #include <numeric>
 
+#include "AVEffect/support/places.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
 #include "aveffect/catalogue/distortions.h"
@@ -100,12 +101,6 @@ void CWallVideoImageEffect::PlaneTiles::Find(const Tiles& tiles, size_t lumaSize
         following.push_back(static_cast<uint32_t>(place(i)));
     last = place(limit - 1);
 }
-
-namespace {
-
-kernels::Places PlacesOf(const std::vector<uint32_t>& table) { return {table.data(), table.size()}; }
-
-} // namespace
 
 kernels::WallTile CWallVideoImageEffect::FirstTile(unsigned verticalShift) const {
     const size_t block = size_t{1} << verticalShift;

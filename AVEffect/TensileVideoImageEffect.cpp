@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "AVEffect/support/frame_clone.h"
+#include "AVEffect/support/places.h"
 #include "aveffect/base_media.h"
 #include "aveffect/catalogue/distortions.h"
 #include "kernels/pick.h"
@@ -79,8 +80,6 @@ void CTensileVideoImageEffect::UseAllRows(size_t height) {
 }
 
 namespace {
-
-kernels::Places PlacesOf(const std::vector<uint32_t>& table) { return {table.data(), table.size()}; }
 
 // The same table for chroma, of which each sample goes with the last luma one it belongs to.
 void ForChroma(std::vector<uint32_t>& chroma, const std::vector<uint32_t>& luma, unsigned shift,

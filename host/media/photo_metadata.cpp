@@ -7,6 +7,8 @@
 #include <iterator>
 #include <zlib.h>
 
+#include "host/media/tiff.h"
+
 namespace aveffect {
 namespace {
 
@@ -17,16 +19,6 @@ constexpr auto kJpeg = "\xff\xd8\xff"sv;
 constexpr auto kExif = "Exif\0\0"sv; // before EXIF in JPEG, and by some writers' habit in WebP
 constexpr auto kProfile = "ICC_PROFILE\0"sv;
 constexpr double kInch = 0.0254;
-
-/// A number at a place; bytes behind the end count as 0.
-uint32_t Number(std::string_view bytes, size_t at, size_t length, bool big) {
-    uint32_t number = 0;
-    for (size_t index = 0; index < length; ++index) {
-        const size_t place = at + (big ? index : length - 1 - index);
-        number = number << 8 | (place < bytes.size() ? static_cast<uint8_t>(bytes[place]) : 0u);
-    }
-    return number;
-}
 
 std::string Bytes(uint32_t number, size_t length, bool big) {
     std::string bytes;
@@ -46,7 +38,7 @@ template <typename See>
 void ForPngChunks(std::string_view png, See see) {
     constexpr size_t kAround = 12;
     for (size_t at = kPng.size(); at + kAround <= png.size();) {
-        const size_t length = Number(png, at, 4, true);
+        const size_t length = NumberAt(png, at, 4, true);
         if (length > png.size() - at - kAround) return;
         see(png.substr(at + 4, 4), png.substr(at + 8, length), png.substr(at, kAround + length));
         at += kAround + length;
@@ -57,7 +49,7 @@ template <typename See>
 void ForWebpChunks(std::string_view webp, See see) {
     constexpr size_t kHead = 8;
     for (size_t at = 12; at + kHead <= webp.size();) {
-        const size_t length = Number(webp, at + 4, 4, false);
+        const size_t length = NumberAt(webp, at + 4, 4, false);
         see(webp.substr(at, 4), Part(webp, at + kHead, length), Part(webp, at, kHead + (length + 1) / 2 * 2));
         at += kHead + (length + 1) / 2 * 2;
     }
@@ -69,7 +61,7 @@ void ForJpegSegments(std::string_view jpeg, See see) {
     constexpr uint32_t kScan = 0xda;
     for (size_t at = 2; at + 4 <= jpeg.size() && jpeg[at] == '\xff';) {
         const uint32_t mark = static_cast<uint8_t>(jpeg[at + 1]);
-        const size_t length = Number(jpeg, at + 2, 2, true);
+        const size_t length = NumberAt(jpeg, at + 2, 2, true);
         if (mark == kScan || length < 2) return;
         see(mark, Part(jpeg, at + 4, length - 2), at + 2 + length);
         at += 2 + length;
@@ -129,8 +121,8 @@ PhotoMetadata ReadPng(std::string_view png) {
             found.profile = Inflated(Part(data, packed + 2, data.size()));
         if (IsPlainText(name, data)) found.texts += whole;
         if (name == "pHYs" && data.size() == 9 && data[8] == 1) {
-            found.densityX = Number(data, 0, 4, true);
-            found.densityY = Number(data, 4, 4, true);
+            found.densityX = NumberAt(data, 0, 4, true);
+            found.densityY = NumberAt(data, 4, 4, true);
         }
     });
     return found;
@@ -142,10 +134,11 @@ PhotoMetadata ReadJpeg(std::string_view jpeg) {
         if (mark == 0xe2 && data.starts_with(kProfile))
             found.profile += Part(data, kProfile.size() + 2, data.size());
         if (mark != 0xe0 || !data.starts_with("JFIF\0"sv)) return;
-        const uint32_t unit = Number(data, 7, 1, true);
+        const uint32_t unit = NumberAt(data, 7, 1, true);
         if (unit != 1 && unit != 2) return;
         const auto density = [&](size_t at) {
-            return static_cast<uint32_t>(std::lround(Number(data, at, 2, true) / (unit == 1 ? kInch : 0.01)));
+            return static_cast<uint32_t>(
+                std::lround(NumberAt(data, at, 2, true) / (unit == 1 ? kInch : 0.01)));
         };
         found.densityX = density(8);
         found.densityY = density(10);
@@ -161,38 +154,23 @@ PhotoMetadata ReadWebp(std::string_view webp) {
     return found;
 }
 
-constexpr size_t kEntry = 12; // bytes of a directory's
-
-size_t DirectoryEnd(std::string_view tiff, size_t directory, bool big) {
-    return directory + 2 + kEntry * Number(tiff, directory, 2, big);
-}
-
-// Where a tag's value stands in a directory; 0 when it isn't there.
-size_t ValueOf(std::string_view tiff, size_t directory, uint32_t tag, bool big) {
-    for (size_t at = directory + 2; at < DirectoryEnd(tiff, directory, big) && at + kEntry <= tiff.size();
-         at += kEntry)
-        if (Number(tiff, at, 2, big) == tag) return at + 8;
-    return 0;
-}
-
 // The small picture in the second directory would show what the effects were to change.
-void MakeUpright(std::string& tiff) {
-    constexpr uint32_t kOrientation = 0x112, kPicture = 0x201, kPictureLength = 0x202;
-    const bool big = tiff.starts_with("MM");
-    if (!big && !tiff.starts_with("II")) return tiff.clear();
-    const size_t directory = Number(tiff, 4, 4, big), link = DirectoryEnd(tiff, directory, big);
-    if (link + 4 > tiff.size()) return;
-    if (const size_t value = ValueOf(tiff, directory, kOrientation, big))
-        tiff.replace(value, 2, Bytes(1, 2, big));
-    const size_t second = Number(tiff, link, 4, big);
-    tiff.replace(link, 4, 4, '\0');
-    const size_t picture = second ? ValueOf(tiff, second, kPicture, big) : 0;
-    const size_t length = second ? ValueOf(tiff, second, kPictureLength, big) : 0;
-    if (!picture || !length) return;
-    const size_t begin = std::min<size_t>(Number(tiff, picture, 4, big), tiff.size());
-    const size_t end = std::min(begin + Number(tiff, length, 4, big), tiff.size());
-    std::fill(tiff.begin() + static_cast<std::ptrdiff_t>(begin),
-              tiff.begin() + static_cast<std::ptrdiff_t>(end), '\0');
+void MakeUpright(std::string& exif) {
+    constexpr uint32_t kPicture = 0x201, kPictureLength = 0x202;
+    const Tiff tiff(exif);
+    if (!tiff.Valid()) return exif.clear();
+    const size_t directory = tiff.First(), link = tiff.LinkOf(directory);
+    if (link + 4 > exif.size()) return;
+    const size_t second = tiff.Number(link, 4);
+    const size_t picture = second ? tiff.ValueOf(second, kPicture) : 0;
+    const size_t length = second ? tiff.ValueOf(second, kPictureLength) : 0;
+    const size_t begin = picture && length ? std::min<size_t>(tiff.Number(picture, 4), exif.size()) : 0;
+    const size_t end = picture && length ? std::min(begin + tiff.Number(length, 4), exif.size()) : 0;
+    std::fill(exif.begin() + static_cast<std::ptrdiff_t>(begin),
+              exif.begin() + static_cast<std::ptrdiff_t>(end), '\0');
+    std::fill_n(exif.begin() + static_cast<std::ptrdiff_t>(link), 4, '\0');
+    if (const size_t value = tiff.ValueOf(directory, Tiff::kOrientation))
+        exif.replace(value, 2, Bytes(1, 2, tiff.Big()));
 }
 
 std::string_view ProfileFor(const PhotoMetadata& metadata, bool grey) {
@@ -211,7 +189,7 @@ std::string AddToPng(std::string_view png, const PhotoMetadata& metadata) {
         if (!replaced) result += whole;
         if (name != "IHDR") return;
         constexpr uint32_t kColour = 2; // bit of the kind of picture
-        profile = ProfileFor(metadata, !(Number(data, 9, 1, true) & kColour));
+        profile = ProfileFor(metadata, !(NumberAt(data, 9, 1, true) & kColour));
         if (!profile.empty())
             result += PngChunk("iCCP", std::string("ICC profile\0\0"sv) + Deflated(profile));
         if (metadata.densityX)
@@ -231,7 +209,7 @@ std::string AddToJpeg(std::string jpeg, const PhotoMetadata& metadata) {
         if (mark == 0xe0) behindHead = end;
         if (mark == 0xe2 && data.starts_with(kProfile)) hasProfile = true;
         if (mark >= 0xc0 && mark <= 0xcf && mark != 0xc4 && mark != 0xc8 && mark != 0xcc)
-            grey = Number(data, 5, 1, true) == 1;
+            grey = NumberAt(data, 5, 1, true) == 1;
     });
     const auto dots = [](uint32_t density) {
         return Bytes(static_cast<uint32_t>(std::lround(density * kInch)), 2, true);
@@ -256,13 +234,13 @@ std::string AddToJpeg(std::string jpeg, const PhotoMetadata& metadata) {
 std::string WebpHead(std::string_view name, std::string_view data) {
     uint32_t width = 0, height = 0, flags = 0;
     if (name == "VP8L") {
-        const uint32_t bits = Number(data, 1, 4, false);
+        const uint32_t bits = NumberAt(data, 1, 4, false);
         width = bits & 0x3fff;
         height = bits >> 14 & 0x3fff;
         flags = bits >> 28 & 1 ? 0x10 : 0;
     } else {
-        width = (Number(data, 6, 2, false) & 0x3fff) - 1;
-        height = (Number(data, 8, 2, false) & 0x3fff) - 1;
+        width = (NumberAt(data, 6, 2, false) & 0x3fff) - 1;
+        height = (NumberAt(data, 8, 2, false) & 0x3fff) - 1;
     }
     return Bytes(flags, 4, false) + Bytes(width, 3, false) + Bytes(height, 3, false);
 }

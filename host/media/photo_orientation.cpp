@@ -12,56 +12,26 @@ extern "C" {
 
 #include "host/media/file_bytes.h"
 #include "host/media/photo_metadata.h"
+#include "host/media/tiff.h"
 
 namespace aveffect {
 namespace {
 
-/// Part of a packet; reads behind its end give 0.
-class Bytes {
-public:
-    explicit Bytes(std::string_view bytes)
-        : m_bytes(bytes) {}
-
-    int64_t Size() const noexcept { return static_cast<int64_t>(m_bytes.size()); }
-    int64_t Number(int64_t position, int length, bool big) const {
-        int64_t number = 0;
-        for (int index = 0; index < length; ++index) {
-            const int64_t at = position + (big ? index : length - 1 - index);
-            number = number << 8 | (at < Size() ? static_cast<uint8_t>(m_bytes[static_cast<size_t>(at)]) : 0);
-        }
-        return number;
-    }
-    bool Says(int64_t position, std::string_view text) const {
-        return position < Size() && m_bytes.substr(static_cast<size_t>(position)).starts_with(text);
-    }
-
-private:
-    std::string_view m_bytes;
-};
-
-/// The orientation, 1 to 8, in the first directory; 0 when it says none. EXIF data are built as TIFF files
-/// are.
-int InTiff(const Bytes& tiff) {
-    constexpr int64_t kOrientation = 274, kEntry = 12;
-    const bool big = tiff.Says(0, "MM");
-    if (!big && !tiff.Says(0, "II")) return 0;
-    const int64_t directory = tiff.Number(4, 4, big);
-    const int64_t entries = tiff.Number(directory, 2, big);
-    for (int64_t entry = directory + 2; entry < directory + 2 + kEntry * entries; entry += kEntry) {
-        if (tiff.Number(entry, 2, big) != kOrientation) continue;
-        const int64_t value = tiff.Number(entry + 8, 2, big);
-        return value >= 1 && value <= 8 ? static_cast<int>(value) : 0;
-    }
-    return 0;
+/// 1 to 8; 0 when the first directory says none.
+int InTiff(std::string_view bytes) {
+    const Tiff tiff(bytes);
+    const size_t place = tiff.ValueOf(tiff.First(), Tiff::kOrientation);
+    const uint32_t value = place ? tiff.Number(place, 2) : 0;
+    return value >= 1 && value <= 8 ? static_cast<int>(value) : 0;
 }
 
 int OrientationOf(AVCodecID codec, std::string_view picture) {
     switch (codec) {
     case AV_CODEC_ID_PNG:
     case AV_CODEC_ID_WEBP:
-        return InTiff(Bytes(FindExif(picture)));
+        return InTiff(FindExif(picture));
     case AV_CODEC_ID_TIFF:
-        return InTiff(Bytes(picture));
+        return InTiff(picture);
     default:
         return 0;
     }
