@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The checks beside the tests: format, which room includes which, lint, the other compiler, sanitizers. Expects a release build.
+# The checks beside the tests: format, which room includes which, the other compiler, lint, sanitizers. Expects a release build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -9,13 +9,11 @@ git ls-files '*.cpp' '*.h' '*.inl' | xargs clang-format-14 --dry-run --Werror
 echo "== arrows"
 scripts/arrows.sh
 
-echo "== lint"
-# The fuzz targets have their compile commands from their replays; the package's consumer is compiled where it is installed
-# alone; the tests of effects and companions have not been read again since their fakes became one.
-git ls-files '*.cpp' | grep -vE '^tests/(companions|effects|package/consumer)/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build --quiet 2>/dev/null
-
 echo "== clang"
 scripts/build.sh clang
+
+echo "== lint"
+scripts/lint.sh
 
 echo "== sanitizers"
 scripts/build.sh sanitize

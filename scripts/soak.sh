@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The long run: every fuzz target, the sweep over all effects, the program in bad company.
-#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program]
+# The long run: every fuzz target, the sweep over all effects, the program in bad company, lint to the end of every path.
+#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|lint]
 # N: processor minutes of each fuzz target, 10 if not given. Logs and what is found stay in build-fuzz/soak/ until the
 # next run.
 set -euo pipefail
@@ -68,6 +68,11 @@ fi
 if runs program; then
   AVEFFECT_SOAK=1 run program build/tests/program_robustness_test || true
   report program "$(grep -c '^\[       OK \]' "$work/program.log")"
+fi
+if runs lint; then
+  cmake --preset clang >/dev/null
+  run lint scripts/lint.sh --deep || true
+  report lint "$(git ls-files '*.cpp' | wc -l)"
 fi
 
 echo

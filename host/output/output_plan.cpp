@@ -15,7 +15,6 @@ extern "C" {
 }
 
 #include "host/media/device.h"
-#include "host/media/input.h"
 #include "host/output/output_format.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
@@ -98,12 +97,6 @@ void RequireRoomToSeek(const OutputPlan& plan) {
                     (IsStandardOutput(plan.target) ? "standard output" : "the pipe " + plan.target) +
                     ", where nothing can be changed afterwards; --format matroska, mpegts or ismv "
                     "(MP4 in fragments) can");
-}
-
-std::string NumberText(double number) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", number);
-    return text;
 }
 
 bool HasOption(const AVCodec& codec, const char* name) {

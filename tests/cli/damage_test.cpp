@@ -13,7 +13,7 @@ struct File {
     Strings options; ///< of the ffmpeg program; sound alone where there is no picture
 };
 
-const Strings kPicture = {"-f", "lavfi", "-i", "testsrc2=size=160x120:rate=25:duration=1"};
+const Strings kDrawn = {"-f", "lavfi", "-i", "testsrc2=size=160x120:rate=25:duration=1"};
 const Strings kSound = {"-f", "lavfi", "-i", "sine=frequency=440:duration=1:sample_rate=48000"};
 
 const File kStills[] = {{"a.jpg", {}},  {"a.png", {}}, {"a.gif", {}}, {"a.bmp", {}}, {"a.tif", {}},
@@ -95,13 +95,13 @@ protected:
 };
 
 TEST_F(CutOff, Stills) {
-    Strings one = kPicture;
+    Strings one = kDrawn;
     one.insert(one.end(), {"-frames:v", "1"});
     for (const File& file : kStills) Try(file, one, {"out.png", "-e", "gray", "--overwrite"});
 }
 
 TEST_F(CutOff, Clips) {
-    Strings both = kPicture;
+    Strings both = kDrawn;
     both.insert(both.end(), kSound.begin(), kSound.end());
     both.insert(both.end(), {"-g", "10"});
     for (const File& file : kClips)
@@ -116,8 +116,8 @@ TEST_F(CutOff, Sounds) {
 TEST_F(CutOff, IsSaidWhateverTheFileIsReadFor) {
     MakeClip("b.mkv", "160x120", 25);
     MakeStill("b.png", "ff0000");
-    Make({"a.jpg", {"-frames:v", "1"}}, kPicture);
-    Make({"a.avi", {"-c:v", "mjpeg"}}, kPicture);
+    Make({"a.jpg", {"-frames:v", "1"}}, kDrawn);
+    Make({"a.avi", {"-c:v", "mjpeg"}}, kDrawn);
     Make({"a.flac", {}}, kSound);
     for (const char* name : {"a.jpg", "a.avi", "a.flac"}) Cut(name, 70);
     const auto said = [&](Strings command) {

@@ -16,9 +16,6 @@ namespace {
 using namespace test;
 using namespace AVBased;
 
-struct Releaser {
-    void operator()(IImageConverter* converter) const { converter->Release(); }
-};
 using ConverterPtr = std::unique_ptr<IImageConverter, Releaser>;
 
 ResultPtr ConvertTo(unsigned format, IRawVideoFrame& source, unsigned quality = 4, unsigned width = 0,

@@ -13,9 +13,6 @@ namespace {
 using namespace test;
 using namespace AVBased;
 
-struct Releaser {
-    void operator()(IRawVideoFrameCropPan* cropPan) const { cropPan->Release(); }
-};
 using CropPanPtr = std::unique_ptr<IRawVideoFrameCropPan, Releaser>;
 
 CropPanPtr Margins(unsigned left, unsigned top, unsigned right, unsigned bottom) {

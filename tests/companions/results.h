@@ -1,5 +1,6 @@
 #pragma once
 /// What the companions make of a host's frames.
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -7,6 +8,13 @@
 #include "tests/support/record.h"
 
 namespace test {
+
+struct Releaser {
+    template <typename Owned>
+    void operator()(Owned* owned) const {
+        owned->Release();
+    }
+};
 
 using ResultPtr = std::unique_ptr<AVBased::IRawVideoFrame, FrameFree>;
 

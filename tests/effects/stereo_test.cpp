@@ -151,8 +151,8 @@ struct Freer {
     void operator()(IImageConverter* converter) const { converter->Release(); }
 };
 
-HostFrame Converted(IRawVideoFrame& frame, unsigned format, unsigned width, unsigned height,
-                    unsigned quality = 4) {
+HostFrame InFormat(IRawVideoFrame& frame, unsigned format, unsigned width, unsigned height,
+                   unsigned quality = 4) {
     const std::unique_ptr<IImageConverter, Freer> converter(
         CreateImageConverterEx(format, width, height, quality));
     const std::unique_ptr<IRawVideoFrame, Freer> converted(converter->Convert(&frame));
@@ -172,7 +172,7 @@ TEST(Stereo, ConvertsASecondViewOfAnotherFormat) {
         auto frame = MakeFrame({BGRA, 32, 8}, seed), second = MakeFrame({YUV420P, 32, 8}, seed + 5);
         frame->subset = second.get();
         HostFrame expected = *frame;
-        Draw(expected, *frame, Converted(*second, BGRA, 32, 8, 0), 3);
+        Draw(expected, *frame, InFormat(*second, BGRA, 32, 8, 0), 3);
         test::Run(*proc, *frame);
         ExpectSame(*frame, expected, "converted");
     }
@@ -189,7 +189,7 @@ TEST(Stereo, ConvertsASecondViewOfAnotherFormat) {
 HostFrame Anaglyph(HostFrame& frame, int type, unsigned depth, unsigned format) {
     unsigned width = 0, height = 0;
     frame.GetDimension(&width, &height);
-    HostFrame wide = Converted(frame, RGB24, width + width / (120 - depth), height);
+    HostFrame wide = InFormat(frame, RGB24, width + width / (120 - depth), height);
     HostFrame rgb({RGB24, width, height});
     const unsigned shift = width / (120 - depth) / 2;
     for (unsigned y = 0; y < height; ++y)
@@ -197,7 +197,7 @@ HostFrame Anaglyph(HostFrame& frame, int type, unsigned depth, unsigned format) 
             const bool moves = x % 3 == 0 || (x % 3 == 2 && type == 2);
             rgb.planes[0].At(x, y) = wide.planes[0].At(moves ? x + 3 * shift : x, y);
         }
-    return Converted(rgb, format, width, height);
+    return InFormat(rgb, format, width, height);
 }
 
 // Copies what a frame's planes can hold of another's.
@@ -258,9 +258,9 @@ TEST(Stereo, AnaglyphsOfOtherFormatsShareTheWayBack) {
     const auto proc = MakeVideo(Mode(1));
     for (const unsigned seed : {3u, 4u}) {
         auto frame = MakeFrame({YUV422P, 256, 8, 3}, seed);
-        HostFrame expected = *frame, bgra = Converted(*frame, BGRA, 256, 8);
+        HostFrame expected = *frame, bgra = InFormat(*frame, BGRA, 256, 8);
         HostFrame anaglyph = Anaglyph(bgra, 1, 80, BGRA);
-        Take(expected, Converted(anaglyph, YUV422P, 256, 8));
+        Take(expected, InFormat(anaglyph, YUV422P, 256, 8));
         test::Run(*proc, *frame);
         ExpectSame(*frame, expected, "4:2:2");
     }

@@ -15,11 +15,11 @@ namespace {
 
 using mediabridge::AVFramePtr;
 
-constexpr int kWidth = 83, kHeight = 61;
+constexpr int kOddWidth = 83, kOddHeight = 61;
 
 AVFramePtr Noise(AVPixelFormat format) {
     std::minstd_rand random(7);
-    AVFramePtr picture = mediabridge::AllocatePicture(format, kWidth, kHeight);
+    AVFramePtr picture = mediabridge::AllocatePicture(format, kOddWidth, kOddHeight);
     for (auto* byte = picture->buf[0]->data; byte != picture->buf[0]->data + picture->buf[0]->size; ++byte)
         *byte = static_cast<uint8_t>(random());
     return picture;
@@ -69,8 +69,8 @@ TEST(OddSizes, EveryEffectTreatsTheLastChromaColumnAndRowLikeTheirNeighbours) {
             AVBased::ImagePostion position{};
             proc->ProcFrameInPlace(&position, 50, frame.get());
             for (const int plane : {1, 2}) {
-                const Changes changes{*before, *after, plane, AV_CEIL_RSHIFT(kWidth, shiftX),
-                                      AV_CEIL_RSHIFT(kHeight, shiftY)};
+                const Changes changes{*before, *after, plane, AV_CEIL_RSHIFT(kOddWidth, shiftX),
+                                      AV_CEIL_RSHIFT(kOddHeight, shiftY)};
                 const int x = changes.width - 1, y = changes.height - 1;
                 const std::string what = std::string(effect.name) + ", format " + std::to_string(format);
                 // Some leave the picture's border alone, at all its sides.

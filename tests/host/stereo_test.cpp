@@ -11,7 +11,7 @@ using aveffect::StereoLayout;
 using clips::Bytes;
 using test::ViewSamples;
 
-constexpr size_t kWidth = 22, kHeight = 12, kPicture = kWidth * kHeight * 4;
+constexpr size_t kWidth = 22, kHeight = 12, kPictureBytes = kWidth * kHeight * 4;
 constexpr int kPictures = 10;
 
 class TwoViews : public testing::Test {
@@ -46,15 +46,15 @@ protected:
 // What the pictures become, from the left clip's and the right clip's of the same time.
 Bytes Shown(const Bytes& left, const Bytes& right, int mode, bool exchanged, size_t rightStep = 2) {
     Bytes result = left;
-    for (size_t n = 0; n < left.size() / kPicture; ++n) {
-        unsigned char* to = &result[n * kPicture];
-        const ViewSamples l(&left[n * kPicture], kWidth * 4, kWidth * 4, kHeight);
-        const ViewSamples r(&right[n * rightStep * kPicture], kWidth * 4, kWidth * 4, kHeight);
+    for (size_t n = 0; n < left.size() / kPictureBytes; ++n) {
+        unsigned char* to = &result[n * kPictureBytes];
+        const ViewSamples l(&left[n * kPictureBytes], kWidth * 4, kWidth * 4, kHeight);
+        const ViewSamples r(&right[n * rightStep * kPictureBytes], kWidth * 4, kWidth * 4, kHeight);
         const ViewSamples &first = exchanged ? r : l, &second = exchanged ? l : r;
         const auto draw = [&](size_t x, size_t y, uint8_t value) { to[y * kWidth * 4 + x] = value; };
         if (mode == 3) test::SideBySide(kWidth * 4, kHeight, 4, first, second, draw);
         if (mode == 4) test::TopAndBottom(kWidth * 4, kHeight, first, second, draw);
-        for (size_t i = 0; mode < 3 && i < kPicture; ++i) {
+        for (size_t i = 0; mode < 3 && i < kPictureBytes; ++i) {
             const bool fromFirst = mode == 0 || i % 4 == 2 || (mode == 2 && i % 4 == 0);
             if (i % 4 != 3) to[i] = (fromFirst ? first : second).bytes[i];
         }
@@ -64,7 +64,7 @@ Bytes Shown(const Bytes& left, const Bytes& right, int mode, bool exchanged, siz
 
 TEST_F(TwoViews, OfTwoClipsAreShownInEveryWay) {
     const Bytes left = clips::Decode(m_left), right = clips::Decode(m_right);
-    ASSERT_EQ(left.size(), kPictures * kPicture);
+    ASSERT_EQ(left.size(), kPictures * kPictureBytes);
     for (int mode = 0; mode <= 4; ++mode)
         for (const bool exchanged : {false, true}) {
             auto options = Options(m_left, "render_3d_mode=" + std::to_string(mode) +
@@ -104,10 +104,10 @@ TEST_F(TwoViews, GoThroughTheChainByTime) {
     options.fromMs = 120;
     const Bytes actual = Rendered(options);
     Bytes left = clips::Decode(m_left), right = clips::Decode(options.stereo.right);
-    const Bytes last(right.end() - kPicture, right.end());
+    const Bytes last(right.end() - kPictureBytes, right.end());
     while (right.size() < 2 * left.size()) right.insert(right.end(), last.begin(), last.end());
-    left.erase(left.begin(), left.begin() + 3 * kPicture);
-    right.erase(right.begin(), right.begin() + 6 * kPicture);
+    left.erase(left.begin(), left.begin() + 3 * kPictureBytes);
+    right.erase(right.begin(), right.begin() + 6 * kPictureBytes);
     Bytes expected = Shown(left, right, 3, false);
     for (size_t i = 0; i < expected.size(); ++i)
         if (i % 4 != 3) expected[i] = static_cast<unsigned char>(255 - expected[i]);

@@ -12,14 +12,14 @@
 
 namespace {
 
-struct Heard {
+struct Said {
     std::string notes, warnings;
 };
 
-Heard RenderHeard(const std::string& input, const std::string& output,
-                  const std::pair<std::optional<int64_t>, std::optional<int64_t>>& spanMs = {},
-                  std::optional<int64_t> pictures = {}) {
-    Heard heard;
+Said RenderHeard(const std::string& input, const std::string& output,
+                 const std::pair<std::optional<int64_t>, std::optional<int64_t>>& spanMs = {},
+                 std::optional<int64_t> pictures = {}) {
+    Said heard;
     aveffect::RenderOptions options;
     options.input = input;
     options.output = output;
@@ -76,7 +76,7 @@ TEST_F(Streams, WhatAnEditListLeavesOutIsNotHeard) {
         const clips::Bytes played = clips::DecodeSound(cut);
         for (const std::string target : {"mkv", "mov", "mp4", "ts", "avi", "mka"}) {
             const std::string output = m_directory / (codec + "_out." + target);
-            const Heard heard = RenderHeard(cut, output);
+            const Said heard = RenderHeard(cut, output);
             const clips::Bytes sound = clips::DecodeSound(output);
             const bool says = target == "mov" || target == "mp4";
             const bool held = heard.notes.find("can't hold") == std::string::npos;
@@ -121,7 +121,7 @@ TEST_F(Streams, SubtitlesAreRewrittenAndEndWithTheSpan) {
                  {m_directory / "a.mp4", "e.webm", "webvtt"}};
     for (const auto& [from, target, codec] : cases) {
         const std::string output = m_directory / target;
-        const Heard heard = RenderHeard(from, output);
+        const Said heard = RenderHeard(from, output);
         EXPECT_EQ(heard.warnings, "") << target;
         EXPECT_EQ(heard.notes.find("rewritten as " + codec) != std::string::npos, codec != "ass") << target;
         EXPECT_EQ(clips::RunText("ffprobe -v error -select_streams s:1 -show_entries stream=codec_name -of "

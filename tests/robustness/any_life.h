@@ -230,7 +230,7 @@ std::string Live(const AVBased::EffectInfo& effect, InputBytes& input, Make make
             if (StopsByContract(effect, trial.Proc(), *step.media)) continue;
             // Where there is no MMX, some effects have other results by definition.
             const bool comparable = !(effect.traits & AVBased::kDrawsRandom) && mask & AVBased::kCpuMMX;
-            const std::string finding = trial.Run(*step.media, step.time, step.inPlace, comparable);
+            std::string finding = trial.Run(*step.media, step.time, step.inPlace, comparable);
             if (!finding.empty()) return finding;
         }
     }
