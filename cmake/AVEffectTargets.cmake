@@ -16,6 +16,10 @@ target_compile_options(aveffect_options INTERFACE
   -ffp-contract=off
   # Error records and assertions name files relative to the source tree, not one machine's paths.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # A source's own types count as a header's where several sources are one unit.
+  target_compile_options(aveffect_options INTERFACE -Wno-subobject-linkage)
+endif()
 if(AVEFFECT_SANITIZE)
   target_compile_options(aveffect_options INTERFACE
     -fsanitize=${AVEFFECT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g -O1)

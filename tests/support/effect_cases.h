@@ -94,7 +94,8 @@ inline void ExpectComputes(const Setting& setting, std::span<const unsigned> for
             const FeatureMask hidden(masks[i]);
             std::string what = ", mask " + std::to_string(masks[i]) + ", contents " +
                                std::to_string(static_cast<int>(contents)) + ", " + Describe(shape);
-            for (const auto& [name, value] : setting.properties) what += " " + name + "=" + value;
+            for (const auto& [name, value] : setting.properties)
+                what.append(" ").append(name).append("=").append(value);
             HostFrame frame = *original;
             AVBased::ImagePostion position{};
             auto* copy = static_cast<HostFrame*>(procs[i]->ProcFrame(&position, time, &frame));
