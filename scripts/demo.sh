@@ -14,7 +14,7 @@ if [ $# -eq 0 ]; then
     -c:v libx264 -preset veryfast -pix_fmt yuv420p -c:a aac "$clip"
 fi
 build/bin/aveffect render "$clip" "$out/aged.mp4" --overwrite \
-  -e brightness_contrast:contrast=25:saturation=-60 -e simple_gauss_blur:blur_count=2 -e aged_film
+  -e brightness-contrast:contrast=+25:saturation=-60 -e blur:blur_count=2 -e aged-film
 build/bin/aveffect render "$clip" "$out/negative.mp4" --overwrite -e invert
 build/bin/aveffect frame "$clip" "$out/negative.png" --at 0 --overwrite -e invert
 build/bin/aveffect join "$out/aged.mp4" "$out/negative.mp4" "$out/joined.mp4" --overwrite -e clock --duration 1

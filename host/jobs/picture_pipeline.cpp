@@ -70,7 +70,9 @@ PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, 
 
 std::optional<Presentation> PicturePipeline::Views() const {
     const std::optional<Presentation> views = m_lines.front()->Views();
-    return !views && Framer(m_setup.task.framing).Reshapes() ? Presentation{} : views;
+    const Framing& framing = m_setup.task.framing;
+    const bool kept = views && !framing.afterEffects;
+    return !kept && Framer(framing).Reshapes() ? Presentation{} : views;
 }
 
 void PicturePipeline::RequireMedia() { RequirePictures(m_media, m_setup.task.effects); }

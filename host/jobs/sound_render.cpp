@@ -74,7 +74,7 @@ private:
                 m_streams.push_back(stream);
             }
         }
-        const std::string leftOut = LeftOutText(*m_input, nullptr);
+        const std::string leftOut = LeftOutText(*m_input, m_request, nullptr);
         if (!leftOut.empty()) m_reporter.Warn(leftOut);
     }
 

@@ -39,7 +39,9 @@ std::string NameOf(const AVFormatContext& input, const AVStream& stream, bool ta
 
 } // namespace
 
-std::string LeftOutText(const AVFormatContext& input, const AVStream* pictures) {
+std::string LeftOutText(const AVFormatContext& input, const SourceRequest& request,
+                        const AVStream* pictures) {
+    if (request.NamesStreams()) return {};
     std::map<std::string, int> counts;
     for (unsigned index = 0; index < input.nb_streams; ++index) {
         const AVStream& stream = *input.streams[index];

@@ -2,13 +2,14 @@
 /// What an output does not take over from its input, in words.
 #include <string>
 
-#include "host/support/av_owner.h"
+#include "host/media/source_request.h"
 
 namespace aveffect {
 
-/// The pictures beside those that are chosen, covers and data, as one warning; empty where there are none.
+/// The pictures beside those that are chosen, covers and data, as one warning; empty where there are none,
+/// or where the request chooses streams itself.
 /// Without chosen pictures sound alone is taken: subtitles and attachments are named too, pictures other than
 /// covers are not. Chapters that a file keeps as a stream are none of them.
-std::string LeftOutText(const AVFormatContext& input, const AVStream* pictures);
+std::string LeftOutText(const AVFormatContext& input, const SourceRequest& request, const AVStream* pictures);
 
 } // namespace aveffect

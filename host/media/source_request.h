@@ -28,6 +28,8 @@ struct SourceRequest {
     StreamSelection selection = {};
     std::optional<AVRational> rate = {}; ///< of numbered pictures, a second; absent: 25
 
+    /// Whether it says which streams are meant.
+    bool NamesStreams() const { return videoStream || audioStream || !selection.chosen.empty(); }
     /// With a rate for what the URL leaves open.
     SourceRequest At(const std::optional<AVRational>& numberedRate) const;
 };

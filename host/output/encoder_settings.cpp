@@ -4,11 +4,14 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
+#include <vector>
 
 extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include "host/effects/catalogue_lookup.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
 
@@ -44,14 +47,33 @@ const AVOption* FindOption(const AVCodec& codec, const std::string& name) {
     return serves ? option : nullptr;
 }
 
-std::string OwnOptions(const AVCodec& codec) {
-    std::string names;
-    const AVClass* const own = codec.priv_class;
-    const AVOption* option = nullptr;
-    while (own && (option = av_opt_next(&own, option)))
-        if (option->type != AV_OPT_TYPE_CONST)
-            names += (names.empty() ? "" : ", ") + std::string(option->name);
-    return names.empty() ? "b, g, qmin and qmax are usual ones" : "its own are " + names;
+/// The names nearest to one that there is not, of the encoder's own options and the usual ones; all of its
+/// own where these are few.
+std::string NearOptions(const AVCodec& codec, const std::string& wanted) {
+    constexpr size_t kFew = 8, kGuesses = 3;
+    std::vector<std::string_view> names, guesses;
+    const auto collect = [&names, &codec](const AVClass* owner) {
+        const AVOption* option = nullptr;
+        while (owner && (option = av_opt_next(&owner, option)))
+            if (option->type != AV_OPT_TYPE_CONST && FindOption(codec, option->name))
+                names.emplace_back(option->name);
+    };
+    collect(codec.priv_class);
+    const std::vector<std::string_view> own = names;
+    collect(avcodec_get_class());
+    while (guesses.size() < kGuesses) {
+        const std::string_view nearest = NearestName(wanted, names);
+        if (nearest.empty()) break;
+        guesses.push_back(nearest);
+        std::erase(names, nearest);
+    }
+    if (!guesses.empty()) return DidYouMean(guesses);
+    if (own.empty()) return "b, g, qmin and qmax are usual ones";
+    if (own.size() > kFew)
+        return std::string("`ffmpeg -h encoder=") + codec.name + "` lists its " + std::to_string(own.size());
+    std::string all;
+    for (const std::string_view name : own) all += (all.empty() ? "its own are " : ", ") + std::string(name);
+    return all;
 }
 
 /// "from 0 to 8", "one of fast, slow"; empty for any text.
@@ -89,7 +111,8 @@ int Set(AVCodecContext& context, const std::string& name, const std::string& val
 }
 
 [[noreturn]] void RefuseOption(const AVCodec& codec, const std::string& name) {
-    throw Error(ErrorKind::Usage, Named(codec) + " has no option \"" + name + "\"; " + OwnOptions(codec));
+    throw Error(ErrorKind::Usage,
+                Named(codec) + " has no option \"" + name + "\"; " + NearOptions(codec, name));
 }
 
 [[noreturn]] void RefuseValue(const AVCodec& codec, const AVOption& option, const std::string& value) {

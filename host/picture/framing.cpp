@@ -200,6 +200,7 @@ AVFramePtr Framer::Apply(AVFramePtr picture) {
     AVFramePtr framed = m_scaler->Convert(part.get());
     if (!framed) throw Error(ErrorKind::Output, "a picture can't be scaled: " + m_scaler->Error());
     if (m_framing.Resizes()) SetSquare(*framed);
+    if (Reshapes()) av_frame_remove_side_data(framed.get(), AV_FRAME_DATA_STEREO3D);
     return target == wanted ? std::move(framed) : OnBackground(*framed, wanted);
 }
 

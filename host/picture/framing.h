@@ -38,6 +38,12 @@ struct Framing {
     bool afterEffects = false;
 
     bool Resizes() const { return width || height; }
+    /// Whether the size has a shape of its own rather than the pictures'.
+    bool SaysShape() const {
+        const bool share =
+            width && height && width->percent && height->percent && width->value == height->value;
+        return width && height && !share;
+    }
     bool Empty() const { return !Resizes() && !crop; }
 };
 
@@ -65,7 +71,7 @@ public:
 
     /// Whether pictures lost edges or got some, so that what is said of places in them no longer holds.
     bool Reshapes() const {
-        return m_framing.crop || (m_framing.Resizes() && m_framing.fit != Framing::Fit::Stretch);
+        return m_framing.crop || (m_framing.SaysShape() && m_framing.fit != Framing::Fit::Stretch);
     }
 
 private:

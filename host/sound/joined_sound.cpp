@@ -77,7 +77,8 @@ int64_t JoinedSound::Samples() const {
     return samples;
 }
 
-// As long as the parts together, added to them as it is.
+// As long as the parts together, added to them as it is; only where that grows too loud it is turned down for
+// a moment, without which the encoder would clip it.
 std::string JoinedSound::DescribeMusic(const Music& music, const std::string& parts) const {
     const int64_t samples = Samples();
     const auto fade = [&](const char* kind, int64_t milliseconds, bool atEnd) {
@@ -89,7 +90,7 @@ std::string JoinedSound::DescribeMusic(const Music& music, const std::string& pa
     return Label("in", m_parts.size()) + "atrim=end_sample=" + std::to_string(samples) +
            ",volume=" + NumberText(music.volume) + fade("in", music.fadeInMs, false) +
            fade("out", music.fadeOutMs, true) + "[music];" + parts +
-           "[music]amix=duration=first:normalize=0[mixed];";
+           "[music]amix=duration=first:normalize=0,alimiter=level=0:latency=1[mixed];";
 }
 
 int JoinedSound::AddInput(size_t index, AVFilterInOut*& ends) {

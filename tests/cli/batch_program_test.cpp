@@ -38,6 +38,23 @@ TEST_F(BatchProgram, EachFileIsRenderedAsByItself) {
     EXPECT_FALSE(std::filesystem::exists(Path("out/bad.png")));
 }
 
+TEST_F(BatchProgram, InterruptedItKeepsWhatIsDone) {
+    MakeStill("a.png", "ff0000");
+    MakeClip("long.mkv", "640x480", 200);
+    test::RunningProgram batch(AveffectCommand({"batch", "--jobs", "1", "--to", "out", "a.png", "long.mkv",
+                                                "-e", "blur:blur_count=50"}),
+                               m_directory);
+    batch.AwaitOutput("a.png");
+    constexpr int kSigInt = 2;
+    batch.Signal(kSigInt);
+    const Outcome outcome = batch.Wait();
+    EXPECT_EQ(outcome.exitCode, 128 + kSigInt);
+    EXPECT_NE(outcome.output.find("1 done"), std::string::npos) << outcome.output;
+    EXPECT_TRUE(test::IsOneMessage(outcome.messages));
+    for (const auto& entry : std::filesystem::directory_iterator(Path("out")))
+        EXPECT_EQ(entry.path().filename(), "a.png");
+}
+
 TEST_F(BatchProgram, NothingThatExistsIsLost) {
     MakeStill("a.png", "ff0000");
     MakeStill("b.png", "0000ff");

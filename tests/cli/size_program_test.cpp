@@ -165,6 +165,11 @@ TEST_F(SizeProgram, StreamsAndQuality) {
     EXPECT_EQ(Made("in.mkv", "a.mkv", {"--stream", "v:1", "--frames", "1"}).size(), 32u * 32 * 3);
     EXPECT_EQ(Made("in.mkv?vstreamid=1", "b.mkv", {"--frames", "1", "--no-sound"}).size(), 32u * 32 * 3);
     EXPECT_EQ(Aveffect({"render", "b.mkv", "b.wav"}).exitCode, 3) << "there is no sound";
+    for (const bool named : {false, true}) // what someone chose is not said to be missing
+        EXPECT_EQ(
+            Aveffect({"render", named ? "in.mkv?vstreamid=0" : "in.mkv", "c.mkv", "--overwrite"}).messages ==
+                "",
+            named);
     const Strings qualities[] = {{"--quality", "95"}, {"--quality", "40"}};
     for (const std::string kind : {"jpg", "webp", "avif"}) {
         size_t sizes[2] = {};
@@ -187,7 +192,8 @@ TEST_F(SizeProgram, StreamsAndQuality) {
         {{"--quality", "101"}, "1 to 100"},
         {{"--quality", "50"}, "libx264 has no quality"},
         {{"--codec", "ffv1", "--bitrate", "5M"}, "ffv1 loses nothing"},
-        {{"--encoder-option", "nonesuch=1"}, "no option \"nonesuch\""},
+        {{"--encoder-option", "nonesuch=1"}, "no option \"nonesuch\"; `ffmpeg -h encoder=libx264`"},
+        {{"--encoder-option", "rc_lookahed=1"}, "did you mean 'rc-lookahead'"},
         {{"--encoder-option", "rc-lookahead=x"}, "from -1 to"},
         {{"--encoder-option", "a:aac_coder=7", "--audio-codec", "aac"}, "0 to 2"},
         {{"--crop", "200%:50%"}, "--crop asks for 128x24"},

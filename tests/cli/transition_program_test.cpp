@@ -131,6 +131,22 @@ TEST_F(TransitionProgram, ASlideShowWithMusicIsOneCommand) {
     }
 }
 
+TEST_F(TransitionProgram, MusicAndSoundAreNotClipped) {
+    Ffmpeg({"-f", "lavfi", "-i", "color=s=16x16:d=0.4", "-f", "lavfi", "-i",
+            "aevalsrc='0.7*sin(2000*t)*gt(t,0.2)':s=48000:d=0.4", "-c:v", "ffv1", "-c:a", "pcm_f32le",
+            "a.mkv"});
+    Ffmpeg(
+        {"-f", "lavfi", "-i", "aevalsrc='0.6*sin(2000*t)':s=48000:d=0.4", "-c:a", "pcm_f32le", "music.wav"});
+    Run({"join", "a.mkv", "a.mkv", "out.mkv", "--duration", "0", "--music", "music.wav", "--codec", "ffv1",
+         "--audio-codec", "pcm_f32le"});
+    const std::vector<float> heard = Sound("out.mkv"), music = Sound("music.wav");
+    ASSERT_EQ(heard.size(), 2 * music.size());
+    EXPECT_TRUE(std::equal(heard.begin(), heard.begin() + 9000, music.begin())); // alone it is as it was
+    const auto [lowest, highest] = std::minmax_element(heard.begin(), heard.end());
+    EXPECT_TRUE(*highest > 0.95f && *highest <= 1 && *lowest < -0.95f && *lowest >= -1)
+        << *lowest << *highest;
+}
+
 // Long groups of pictures, containers with an index, without one, without a length and without times.
 TEST_F(TransitionProgram, AClipEndsWithItsLastPicture) {
     for (const Strings& kind : {Strings{"a.mp4", "mpeg4"},

@@ -83,6 +83,40 @@ TEST_F(TwoViews, OfTwoClipsAreShownInEveryWay) {
     EXPECT_EQ(m_warnings, "");
 }
 
+TEST_F(TwoViews, KeepTheirMarkWhileTheirHalvesStay) {
+    auto options = Options(m_left, "render_3d_mode=3");
+    options.stereo.right = m_right;
+    options.output = m_directory / "both.mkv";
+    Rendered(options);
+    using aveffect::Extent;
+    using aveffect::Framing;
+    const Extent half{50, true}, ten{10};
+    Framing halved, narrow, stretched, covered, cropped;
+    halved.width = halved.height = half;
+    narrow.width = ten;
+    stretched.width = stretched.height = covered.width = covered.height = ten;
+    stretched.fit = Framing::Fit::Stretch;
+    covered.fit = Framing::Fit::Cover;
+    cropped.crop = Framing::Crop{ten, ten};
+    const std::pair<Framing, bool> cases[] = {
+        {halved, true}, {narrow, true}, {stretched, true}, {covered, false}, {cropped, false}};
+    for (const bool after : {false, true})
+        for (const auto& [framing, kept] : cases) {
+            auto sized = options;
+            if (!after) sized = {};
+            sized.input = after ? m_left : options.output;
+            sized.output = m_directory / "sized.mkv";
+            sized.overwrite = true;
+            sized.framing = framing;
+            sized.framing.afterEffects = after;
+            Rendered(sized);
+            const std::string said = clips::RunText("ffprobe -v error -show_entries stream_tags=stereo_mode:"
+                                                    "stream_side_data=type -of default=nw=1:nk=1 " +
+                                                    sized.output);
+            EXPECT_EQ(said.find("left_right") != std::string::npos, kept) << after << said;
+        }
+}
+
 TEST_F(TwoViews, OfOnePictureAreSplit) {
     const Bytes left = clips::Decode(m_left), right = clips::Decode(Clip("same.mkv", 25, 0.4, "negate"));
     for (const bool beside : {true, false}) {
