@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -12,6 +11,7 @@ extern "C" {
 }
 
 #include "host/effects/catalogue_lookup.h"
+#include "host/effects/value_text.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
 
@@ -21,12 +21,6 @@ namespace {
 using mediabridge::AVCodecContextPtr;
 
 std::string Named(const AVCodec& codec) { return std::string("the encoder ") + codec.name; }
-
-std::string NumberText(double number) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.15g", number);
-    return text;
-}
 
 bool IsLossless(const AVCodec& codec) {
     const AVCodecDescriptor* about = avcodec_descriptor_get(codec.id);

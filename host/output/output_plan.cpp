@@ -14,7 +14,9 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include "host/effects/value_text.h"
 #include "host/media/device.h"
+#include "host/media/input.h"
 #include "host/output/output_format.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
