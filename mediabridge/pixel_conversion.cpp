@@ -84,13 +84,11 @@ void SetColours(PixelRule& rule, const Matrix& matrix, const Range& range) {
 }
 
 void SetColours(PlaneRule& rule, const Matrix& matrix, const Range& range) {
-    const double green = 1 - matrix.red - matrix.blue;
     constexpr double kOne = 32768;
-    const auto whole =
+    const auto green =
         static_cast<std::int16_t>(std::lrint(kOne * range.luma) - Rounded(kOne * range.luma * matrix.red) -
                                   Rounded(kOne * range.luma * matrix.blue));
-    rule.y = {Rounded(kOne * range.luma * matrix.blue), whole, Rounded(kOne * range.luma * matrix.red)};
-    static_cast<void>(green);
+    rule.y = {Rounded(kOne * range.luma * matrix.blue), green, Rounded(kOne * range.luma * matrix.red)};
     // Of greys nothing may remain.
     const double u = kOne * range.chroma / (2 * (1 - matrix.blue)),
                  v = kOne * range.chroma / (2 * (1 - matrix.red));
@@ -241,7 +239,8 @@ void PixelConversion::SetRules(const PictureSide& yuv, ScaleQuality quality) {
 // Behind the last column the tables repeat it.
 void PixelConversion::SetColumns(int width, int wide, ScaleQuality quality) {
     constexpr int kUnit = 64, kOne = 32768;
-    const auto count = static_cast<std::size_t>((wide + kUnit - 1) / kUnit * kUnit);
+    const int padded = (wide + kUnit - 1) / kUnit * kUnit;
+    const auto count = static_cast<std::size_t>(padded);
     m_first.resize(count);
     for (auto& taps : m_taps) taps.resize(count);
     for (std::size_t x = 0; x < count; ++x) {

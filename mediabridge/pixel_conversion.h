@@ -1,5 +1,6 @@
 #pragma once
 /// Conversions between YUV planes and RGB pixels that are done here and not by libswscale.
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -52,7 +53,7 @@ private:
     AVBased::kernels::PixelRule m_pixelRule{};
     AVBased::kernels::PlaneRule m_planeRule{};
     std::vector<std::int32_t> m_first; ///< of widening
-    std::vector<std::int16_t> m_taps[4];
+    std::array<std::vector<std::int16_t>, 4> m_taps;
     struct alignas(64) Line {
         std::uint8_t bytes[64];
     };
