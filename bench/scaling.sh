@@ -50,6 +50,7 @@ done
 
 echo "share of the processor's time on one thread, to x264"
 # The effect that changes nothing with these settings works in the format that the chain works in.
+# shellcheck disable=SC2086
 format_of() { build/bin/aveffect render "$clip" - --format rawvideo --frames 1 $1 -v 2>&1 >/dev/null | sed -n 's/.*effects work in \([a-z0-9]*\).*/\1/p'; }
 cpu() { for ((run = 0; run < runs; ++run)); do measure "$1" 1 "$2"; done | median 2; }
 plain=$(cpu rawvideo "")

@@ -12,10 +12,9 @@
 
 namespace aveffect {
 
-/// What lies in the queues between stages: four pictures; packets of sound weigh next to nothing.
+/// Of what lies between stages; packets of sound weigh next to nothing.
 inline constexpr unsigned kPictureWeight = 64;
 inline constexpr unsigned kPacketWeight = 1;
-inline constexpr unsigned kQueueWeight = 4 * kPictureWeight;
 
 /// Throws Error (Interrupted) once the flag is set.
 inline void CheckCancel(const std::atomic<bool>& cancel) {
