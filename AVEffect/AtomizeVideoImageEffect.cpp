@@ -65,7 +65,7 @@ size_t ColumnInMemory(size_t x, size_t y, size_t width, size_t rows) {
 } // namespace
 
 void CAtomizeVideoImageEffect::MapPlane(PlaneMap& map, size_t width, size_t rows, size_t pitch) const {
-    map.Begin(pitch);
+    map.Begin(pitch, width * rows);
     Source source{};
     for (size_t y = 0; y < rows; ++y)
         for (size_t x = 0; x < width; ++x)
@@ -76,7 +76,7 @@ void CAtomizeVideoImageEffect::MapPlane(PlaneMap& map, size_t width, size_t rows
 // Chroma is moved with each luma sample, and so up to four or sixteen times within its row; what counts is
 // where it came from in the end. Below its row everything is still as it was.
 void CAtomizeVideoImageEffect::MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& plane) const {
-    map.Begin(plane.pitch);
+    map.Begin(plane.pitch, plane.width * plane.rows);
     if (plane.Empty()) return;
     const size_t width = view.y.width, rows = view.y.rows;
     const unsigned h = view.horizontalShift, v = view.verticalShift;

@@ -33,37 +33,22 @@ bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
     const Rectangle rectangle = {x - std::min(x, r), std::min(x + r, width), y - std::min(y, r),
                                  std::min(y + r, height)};
     if (rectangle.yEnd <= rectangle.yBegin || rectangle.xEnd <= rectangle.xBegin) return false;
-    const size_t columns = rectangle.xEnd - rectangle.xBegin;
     BeginMap(rectangle);
-    m_nFirstRow = rectangle.yBegin;
-    m_nColumns = columns;
-    m_Columns.resize(columns * (rectangle.yEnd - rectangle.yBegin));
+    m_nFirstColumn = rectangle.xBegin;
+    m_Columns.resize(rectangle.xEnd - rectangle.xBegin);
     m_Rows.resize(m_Columns.size());
-    // Rows as far above the centre as below it share their costly part.
     const auto farthest = [](int64_t centre, size_t begin, size_t end) {
         return std::max(centre - static_cast<int64_t>(begin), static_cast<int64_t>(end) - 1 - centre);
     };
-    const int64_t farthestRow = farthest(m_nY, rectangle.yBegin, rectangle.yEnd);
-    for (int64_t distance = 0; distance <= farthestRow; ++distance) {
-        PrepareRow(distance, farthest(m_nX, rectangle.xBegin, rectangle.xEnd));
-        for (const int64_t dy : {-distance, distance}) {
-            const int64_t row = m_nY + dy;
-            if (row < static_cast<int64_t>(rectangle.yBegin) || row >= static_cast<int64_t>(rectangle.yEnd))
-                continue;
-            const size_t first = (static_cast<size_t>(row) - rectangle.yBegin) * columns;
-            for (size_t i = 0; i < columns; ++i) {
-                const Source source = SourceOf(static_cast<int64_t>(rectangle.xBegin + i) - m_nX, dy);
-                m_Columns[first + i] = static_cast<uint32_t>(source.x);
-                m_Rows[first + i] = static_cast<uint32_t>(source.y);
-            }
-        }
-    }
+    Prepare(
+        {farthest(m_nX, rectangle.xBegin, rectangle.xEnd), farthest(m_nY, rectangle.yBegin, rectangle.yEnd)});
     return true;
 }
 
 SamplePlaces CCircleMapEffect::SourcesOf(size_t y) {
-    const size_t first = (y - m_nFirstRow) * m_nColumns;
-    return {&m_Columns[first], &m_Rows[first]};
+    FindRow(static_cast<int64_t>(m_nFirstColumn) - m_nX, static_cast<int64_t>(y) - m_nY, m_Columns.size(),
+            m_Columns.data(), m_Rows.data());
+    return {m_Columns.data(), m_Rows.data()};
 }
 
 // Spherize
@@ -94,23 +79,60 @@ void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyN
     }
 }
 
-void CSpherizeVideoImageEffect::PrepareRow(int64_t dy, int64_t farthest) {
-    m_Factors.resize(static_cast<size_t>(farthest) + 1);
-    for (int64_t dx = 0; dx <= farthest; ++dx) {
-        const uint32_t squares = Squares(dx, dy);
-        if (squares > Squares(m_nRadius, 0)) continue;
-        const double share = std::sqrt(static_cast<double>(squares)) / m_nRadius;
-        m_Factors[static_cast<size_t>(dx)] = Truncate(std::pow(share, m_dScale) * 256);
+int32_t CSpherizeVideoImageEffect::FactorOf(uint32_t squares) const {
+    const double share = std::sqrt(static_cast<double>(squares)) / m_nRadius;
+    return Truncate(std::pow(share, m_dScale) * kWhole);
+}
+
+// Powers are costly, and few: they are cut to 256ths.
+void CSpherizeVideoImageEffect::Prepare(const Reach& reach) {
+    m_Factors.resize(static_cast<size_t>(reach.columns) + 1);
+    m_Steps.clear();
+    // Neighbouring distances lie far enough apart for their powers not to change places by rounding, and
+    // their squares fit into 32 bits.
+    constexpr double kApart = 1e-13;
+    constexpr int64_t kMost = 32767;
+    if (m_nRadius <= 0 || std::max({int64_t{m_nRadius}, reach.columns, reach.rows}) > kMost) return;
+    const uint32_t rim = Squares(m_nRadius, 0);
+    if (!(m_dScale / rim > kApart) || !std::isfinite(m_dScale)) return;
+    uint32_t square = 0;
+    for (int32_t factor = 1; factor <= kWhole; ++factor) {
+        uint32_t end = rim + 1; // the first of which it is known
+        while (square < end) {
+            const uint32_t middle = square + (end - square) / 2;
+            if (FactorOf(middle) >= factor)
+                end = middle;
+            else
+                square = middle + 1;
+        }
+        m_Steps.push_back(square);
     }
 }
 
-CCircleMapEffect::Source CSpherizeVideoImageEffect::SourceOf(int64_t dx, int64_t dy) const {
-    if (Squares(dx, dy) <= Squares(m_nRadius, 0)) {
-        const int64_t factor = m_Factors[static_cast<size_t>(std::abs(dx))];
-        dx = (dx * factor) >> 8;
-        dy = (dy * factor) >> 8;
+void CSpherizeVideoImageEffect::FindFactors(int64_t dy) {
+    size_t factor = 0;
+    for (size_t dx = 0; dx < m_Factors.size(); ++dx) {
+        const uint32_t squares = Squares(static_cast<int64_t>(dx), dy);
+        if (squares > Squares(m_nRadius, 0)) continue;
+        if (m_Steps.empty()) {
+            m_Factors[dx] = FactorOf(squares);
+            continue;
+        }
+        while (factor < m_Steps.size() && squares >= m_Steps[factor]) ++factor;
+        m_Factors[dx] = static_cast<int32_t>(factor);
     }
-    return {Narrow(dx + m_nX), Narrow(dy + m_nY)};
+}
+
+void CSpherizeVideoImageEffect::FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns,
+                                        uint32_t* rows) {
+    FindFactors(dy);
+    const uint32_t rim = Squares(m_nRadius, 0);
+    for (size_t i = 0; i < count; ++i, ++dx) {
+        const int64_t factor =
+            Squares(dx, dy) <= rim ? m_Factors[static_cast<size_t>(std::abs(dx))] : int64_t{kWhole};
+        columns[i] = static_cast<uint32_t>(Narrow(((dx * factor) >> 8) + m_nX));
+        rows[i] = static_cast<uint32_t>(Narrow(((dy * factor) >> 8) + m_nY));
+    }
 }
 
 // Rotate
@@ -134,27 +156,43 @@ void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
     }
 }
 
-void CRotateVideoImageEffect::PrepareRow(int64_t dy, int64_t farthest) {
-    m_Turns.resize(static_cast<size_t>(farthest) + 1);
-    const auto radius = static_cast<float>(m_nRadius);
-    for (int64_t dx = 0; dx <= farthest && Inside(dx, dy); ++dx) {
-        const float nx = static_cast<float>(dx) / radius, ny = static_cast<float>(dy) / radius;
-        const double depth = (radius - std::sqrt(static_cast<float>(dx * dx + dy * dy))) * m_dScale;
-        const double direction = std::sqrt(nx * nx + ny * ny) - 0.7;
-        const auto angle = static_cast<float>(2 * (depth / radius * direction));
-        m_Turns[static_cast<size_t>(dx)] = {std::sin(angle), std::cos(angle)};
-    }
-}
-
-CCircleMapEffect::Source CRotateVideoImageEffect::SourceOf(int64_t dx, int64_t dy) const {
-    const Source itself = {Narrow(dx + m_nX), Narrow(dy + m_nY)};
-    if (!Inside(dx, dy)) return itself;
-    const Turn& turn = m_Turns[static_cast<size_t>(std::abs(dx))];
-    if (turn.sine == 0) return itself; // an angle of 0; the divisions below might miss the pixel by one
+CRotateVideoImageEffect::Turn CRotateVideoImageEffect::TurnOf(int64_t dx, int64_t dy) const {
     const auto radius = static_cast<float>(m_nRadius);
     const float nx = static_cast<float>(dx) / radius, ny = static_cast<float>(dy) / radius;
-    return {Truncate((nx * turn.cosine - ny * turn.sine) * radius + static_cast<float>(m_nX)),
-            Truncate(static_cast<float>(m_nY) + (ny * turn.cosine + nx * turn.sine) * radius)};
+    const double depth = (radius - std::sqrt(static_cast<float>(dx * dx + dy * dy))) * m_dScale;
+    const double direction = std::sqrt(nx * nx + ny * ny) - 0.7;
+    const auto angle = static_cast<float>(2 * (depth / radius * direction));
+    return {std::sin(angle), std::cos(angle)};
+}
+
+// A quarter tells of the others, and half of it of the rest.
+void CRotateVideoImageEffect::Prepare(const Reach& reach) {
+    m_nTurnsAcross = static_cast<size_t>(reach.columns) + 1;
+    m_Turns.resize(m_nTurnsAcross * (static_cast<size_t>(reach.rows) + 1));
+    Turn* turns = m_Turns.data();
+    for (int64_t dy = 0; dy <= reach.rows; ++dy, turns += m_nTurnsAcross)
+        for (int64_t dx = 0; dx <= reach.columns && Inside(dx, dy); ++dx)
+            turns[dx] = dx < dy && dy <= reach.columns
+                            ? m_Turns[static_cast<size_t>(dx) * m_nTurnsAcross + static_cast<size_t>(dy)]
+                            : TurnOf(dx, dy);
+}
+
+void CRotateVideoImageEffect::FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns,
+                                      uint32_t* rows) {
+    const Turn* const turns = &m_Turns[static_cast<size_t>(std::abs(dy)) * m_nTurnsAcross];
+    const auto radius = static_cast<float>(m_nRadius);
+    const auto centreX = static_cast<float>(m_nX), centreY = static_cast<float>(m_nY);
+    const float ny = static_cast<float>(dy) / radius;
+    for (size_t i = 0; i < count; ++i, ++dx) {
+        columns[i] = static_cast<uint32_t>(Narrow(dx + m_nX));
+        rows[i] = static_cast<uint32_t>(Narrow(dy + m_nY));
+        if (!Inside(dx, dy)) continue;
+        const Turn& turn = turns[std::abs(dx)];
+        if (turn.sine == 0) continue; // an angle of 0; the divisions below might miss the pixel by one
+        const float nx = static_cast<float>(dx) / radius;
+        columns[i] = static_cast<uint32_t>(Truncate((nx * turn.cosine - ny * turn.sine) * radius + centreX));
+        rows[i] = static_cast<uint32_t>(Truncate(centreY + (ny * turn.cosine + nx * turn.sine) * radius));
+    }
 }
 
 } // namespace AVBased

@@ -22,11 +22,16 @@ protected:
         int32_t x, y;
     };
 
-    /// Where the pixel at that distance from the centre comes from.
-    virtual Source SourceOf(int64_t dx, int64_t dy) const = 0;
-    /// Told of the distance of a row from the centre, and of the farthest pixel in it from the centre's
-    /// column, before its pixels' sources, above and below, are asked for.
-    virtual void PrepareRow(int64_t dy, int64_t farthest) = 0;
+    /// The farthest pixels of a map from the centre.
+    struct Reach {
+        int64_t columns, rows;
+    };
+
+    /// Told of a map before its rows are asked for.
+    virtual void Prepare(const Reach& reach) = 0;
+    /// Where the pixels of the row at that distance from the centre come from, from the column at the
+    /// distance dx on.
+    virtual void FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns, uint32_t* rows) = 0;
 
     bool BuildMap(size_t width, size_t height) override;
 
@@ -45,8 +50,8 @@ protected:
 private:
     SamplePlaces SourcesOf(size_t y) override;
 
-    size_t m_nFirstRow = 0, m_nColumns = 0;  // of the map
-    std::vector<uint32_t> m_Columns, m_Rows; // that its pixels come from, in row order
+    size_t m_nFirstColumn = 0;               // of the map
+    std::vector<uint32_t> m_Columns, m_Rows; // that a row's pixels come from
 };
 
 /// Pulls the pixels of a circle in or out along their rays.
@@ -56,9 +61,15 @@ public:
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
 
 private:
-    void PrepareRow(int64_t dy, int64_t farthest) override;
-    Source SourceOf(int64_t dx, int64_t dy) const override;
+    void Prepare(const Reach& reach) override;
+    void FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns, uint32_t* rows) override;
+    void FindFactors(int64_t dy);
+    int32_t FactorOf(uint32_t squares) const;
 
+    static constexpr int32_t kWhole = 256; // the rim's factor
+    // Factors grow with the distance: the square from which on they reach 1 to kWhole. Empty where they
+    // needn't grow.
+    std::vector<uint32_t> m_Steps;
     std::vector<int32_t> m_Factors; // of a row's pixels by their distance from the centre's column, 256ths
 };
 
@@ -69,8 +80,8 @@ public:
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
 
 private:
-    void PrepareRow(int64_t dy, int64_t farthest) override;
-    Source SourceOf(int64_t dx, int64_t dy) const override;
+    void Prepare(const Reach& reach) override;
+    void FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns, uint32_t* rows) override;
     bool WrittenAtOnce(size_t x, size_t y) const override {
         return Inside(static_cast<int64_t>(x) - m_nX, static_cast<int64_t>(y) - m_nY);
     }
@@ -82,7 +93,10 @@ private:
     struct Turn {
         float sine, cosine;
     };
-    std::vector<Turn> m_Turns; // of a row's pixels by their distance from the centre's column
+    Turn TurnOf(int64_t dx, int64_t dy) const;
+
+    std::vector<Turn> m_Turns; // of a quarter of the circle, m_nTurnsAcross to a row
+    size_t m_nTurnsAcross = 0;
 };
 
 } // namespace AVBased

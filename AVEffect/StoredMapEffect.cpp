@@ -32,7 +32,7 @@ void CStoredMapEffect::MapPlane(PlaneMap& map, size_t width, size_t height, size
     const size_t columns = xEnd - std::min(m_Rectangle.xBegin, xEnd);
     map.Begin(pitch, columns * (yEnd - std::min(m_Rectangle.yBegin, yEnd)));
     for (size_t y = m_Rectangle.yBegin; y < yEnd; ++y)
-        map.AddRow(m_Rectangle.xBegin, y, SourcesOf(y), columns, width, height, fills);
+        map.AddRow(m_Kernels, m_Rectangle.xBegin, y, SourcesOf(y), columns, width, height, fills);
 }
 
 // A chroma sample is written with each of its luma samples, so the last one that is written decides. Those
@@ -89,7 +89,7 @@ void CStoredMapEffect::MapChroma(PlaneMap& map, const PlanarView& view, const Pl
     m_ChromaFound.resize(right - left);
     for (size_t cy = top; cy < bottom; ++cy) {
         FindChroma(cy, view, copy, atOnce);
-        map.AddRow(left, cy, {m_ChromaColumns.data(), m_ChromaRows.data()}, right - left, copy.width,
+        map.AddRow(m_Kernels, left, cy, {m_ChromaColumns.data(), m_ChromaRows.data()}, right - left, copy.width,
                    copy.rows, true);
     }
 }

@@ -1,6 +1,27 @@
 // Bodies of the remap kernels, for one level. The processors' gathers are no faster than loads one by one
 // where neighbours come from neighbours, as they mostly do.
 
+size_t FindOffsets(const uint32_t* columns, const uint32_t* rows, size_t count, const PlaceLimits& limits,
+                   uint32_t* offsets) noexcept {
+    constexpr size_t kPlaces = kLanes / 4; // of a register
+    constexpr uint32_t kCounting[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    U32 own = Load<U32>(kCounting) + limits.x;
+    size_t i = 0;
+    for (; i + kPlaces <= count; i += kPlaces, own += kPlaces) {
+        const U32 column = Load<U32>(columns + i), row = Load<U32>(rows + i);
+        const U32 others = (U32)(column >= limits.width) | (U32)(row >= limits.height) |
+                           ((U32)(column == own) & (U32)(row == limits.y));
+        if (!IsZero((U8)others)) break;
+        Store(offsets + i, row * limits.pitch + column * limits.bytes);
+    }
+    for (; i < count; ++i) {
+        if (columns[i] >= limits.width || rows[i] >= limits.height) break;
+        if (columns[i] == limits.x + i && rows[i] == limits.y) break;
+        offsets[i] = rows[i] * limits.pitch + columns[i] * limits.bytes;
+    }
+    return i;
+}
+
 void RemapRgba32(uint8_t* to, const uint8_t* from, const uint32_t* offsets, size_t pixels) noexcept {
     size_t i = 0;
     for (; i + 4 <= pixels; i += 4) { // stored together
@@ -22,4 +43,4 @@ void RemapComponent(uint8_t* to, const uint8_t* from, const uint32_t* offsets, s
     for (; i < samples; ++i) to[i] = from[offsets[i]];
 }
 
-constexpr RemapKernels kKernels = {RemapRgba32, RemapComponent};
+constexpr RemapKernels kKernels = {FindOffsets, RemapRgba32, RemapComponent};

@@ -5,25 +5,29 @@
 
 namespace AVBased {
 
-void PlaneMap::AddRow(size_t x, size_t y, SamplePlaces places, size_t count, size_t width, size_t height,
-                      bool fills) {
-    enum class Kind { Own, Inside, Outside };
-    const auto kindOf = [&](size_t i) {
-        const uint32_t sx = places.columns[i], sy = places.rows[i];
-        if (sx >= width || sy >= height) return Kind::Outside;
-        return sx == x + i && sy == y ? Kind::Own : Kind::Inside;
+void PlaneMap::AddRow(const kernels::RemapKernels& kernels, size_t x, size_t y, SamplePlaces places,
+                      size_t count, size_t width, size_t height, bool fills) {
+    kernels::PlaceLimits limits = {
+        static_cast<uint32_t>(width), static_cast<uint32_t>(height),         static_cast<uint32_t>(x),
+        static_cast<uint32_t>(y),     static_cast<uint32_t>(m_nSourcePitch), static_cast<uint32_t>(m_nBytes)};
+    const auto add = [&](size_t begin, size_t end, bool filled) {
+        if (begin < end)
+            m_Spans.push_back({static_cast<uint32_t>(x + begin), static_cast<uint32_t>(y),
+                               static_cast<uint32_t>(end - begin), filled});
     };
-    for (size_t i = 0, end = 0; i < count; i = end) {
-        const Kind kind = kindOf(i);
-        for (end = i + 1; end < count && kindOf(end) == kind;) ++end;
-        if (kind == Kind::Own || (kind == Kind::Outside && !fills)) continue;
-        m_Spans.push_back({static_cast<uint32_t>(x + i), static_cast<uint32_t>(y),
-                           static_cast<uint32_t>(end - i), kind == Kind::Outside});
-        if (kind == Kind::Outside) continue;
-        const size_t known = m_Offsets.size();
-        m_Offsets.resize(known + (end - i));
-        uint32_t* const offsets = m_Offsets.data() + known;
-        for (size_t j = i; j < end; ++j) offsets[j - i] = OffsetOf(places.columns[j], places.rows[j]);
+    const auto isOutside = [&](size_t i) { return places.columns[i] >= width || places.rows[i] >= height; };
+    const auto isOwn = [&](size_t i) { return places.columns[i] == x + i && places.rows[i] == y; };
+    for (size_t i = 0; i < count;) {
+        limits.x = static_cast<uint32_t>(x + i);
+        const size_t inside = kernels.findOffsets(places.columns + i, places.rows + i, count - i, limits,
+                                                  m_Offsets.data() + m_nOffsets);
+        add(i, i + inside, false);
+        m_nOffsets += inside;
+        i += inside;
+        const size_t outside = i;
+        while (i < count && isOutside(i)) ++i;
+        if (fills) add(outside, i, true);
+        while (i < count && isOwn(i) && !isOutside(i)) ++i;
     }
 }
 

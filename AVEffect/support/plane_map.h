@@ -21,13 +21,13 @@ public:
     explicit PlaneMap(size_t bytes) noexcept
         : m_nBytes(bytes) {}
 
-    /// Forgets all samples and makes room for that many, so that they need not move later; what was allocated
-    /// stays. The sources' rows will be pitch bytes apart.
-    void Begin(size_t sourcePitch, size_t samples = 0) {
+    /// Forgets all samples and makes room for that many; what was allocated stays. The sources' rows will be
+    /// pitch bytes apart.
+    void Begin(size_t sourcePitch, size_t samples) {
         m_nSourcePitch = sourcePitch;
+        m_nOffsets = 0;
         m_Spans.clear();
-        m_Offsets.clear();
-        m_Offsets.reserve(samples);
+        if (m_Offsets.size() < samples) m_Offsets = std::vector<uint32_t>(samples);
     }
 
     /// Sample (x, y) comes from sample (sx, sy). Samples are added in row order.
@@ -36,14 +36,14 @@ public:
             ++m_Spans.back().count;
         else
             m_Spans.push_back({static_cast<uint32_t>(x), static_cast<uint32_t>(y), 1, false});
-        m_Offsets.push_back(OffsetOf(sx, sy));
+        m_Offsets[m_nOffsets++] = static_cast<uint32_t>(sy * m_nSourcePitch + sx * m_nBytes);
     }
 
     /// Samples of row y from x on, of a plane of width x height samples, sources included. Those from outside
     /// it will be filled with fills, else they are left out. Those that come from themselves are left out
     /// too: they hold what they would get.
-    void AddRow(size_t x, size_t y, SamplePlaces places, size_t count, size_t width, size_t height,
-                bool fills);
+    void AddRow(const kernels::RemapKernels& kernels, size_t x, size_t y, SamplePlaces places, size_t count,
+                size_t width, size_t height, bool fills);
 
     /// Moves and fills the samples of a plane. Every sample and every source must lie inside; source is a
     /// plane of the pitch given to Begin, or the plane itself when every sample comes from itself or a later
@@ -62,14 +62,12 @@ private:
     /// The columns from left up to right.
     void ApplyStrip(const kernels::RemapKernels& kernels, Plane8 plane, const uint8_t* source, uint32_t fill,
                     size_t left, size_t right) const noexcept;
-    uint32_t OffsetOf(size_t sx, size_t sy) const {
-        return static_cast<uint32_t>(sy * m_nSourcePitch + sx * m_nBytes);
-    }
 
     size_t m_nBytes;
     size_t m_nSourcePitch = 0;
     std::vector<Span> m_Spans;
     std::vector<uint32_t> m_Offsets; // bytes from the source plane's start, of the samples that have a source
+    size_t m_nOffsets = 0;           // that are known
 };
 
 /// Whether one map serves both planes.
