@@ -290,7 +290,8 @@ TEST_F(AsSeen, ColoursAreThoseThatPicturesSay) {
         frame.overwrite = true;
         aveffect::RenderFrame(clips::ThePlugin(), frame, {}, kGoOn);
         EXPECT_TRUE(IsGreen(Colour("frame.jpg"))) << clip;
-        const aveffect::SheetOptions sheet{Path(clip + ".mkv"), Path("sd.mkv"), Path("sheet.jpg"), {}, true};
+        aveffect::SheetOptions sheet{Path(clip + ".mkv"), Path("sd.mkv"), Path("sheet.jpg")};
+        sheet.overwrite = true;
         aveffect::RenderSheet(clips::ThePlugin(), sheet, {}, kGoOn);
         EXPECT_TRUE(IsGreen(Colour("sheet.jpg"))) << clip;
     }
