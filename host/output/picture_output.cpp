@@ -6,6 +6,7 @@
 #include "host/picture/bit_depth.h"
 #include "host/picture/edge_padding.h"
 #include "host/support/error.h"
+#include "mediabridge/flatten.h"
 #include "mediabridge/pixel_formats.h"
 
 namespace aveffect {
@@ -54,10 +55,8 @@ PictureOutput::PictureOutput(const OutputPlan& plan, const PictureOrigin& origin
     const bool fades = HasAlpha(m_output.format) && !NeedsPalette();
     m_whyOpaque = std::string(plan.encoder.codec->name) + " keeps no " +
                   (NeedsPalette() ? "degrees of " : "") + "transparency in ." + plan.Kind() + " files";
-    if (m_origin.madeAlpha && !fades) {
-        m_toBlack.emplace("premultiply=inplace=1", "blended over black");
-        m_reporter.Note(m_whyOpaque + "; the pictures are blended over black");
-    }
+    m_toBlack = m_origin.madeAlpha && !fades;
+    if (m_toBlack) m_reporter.Note(m_whyOpaque + "; the pictures are blended over black");
     m_reporter.Note("the encoder " + std::string(plan.encoder.codec->name) + " takes " +
                     FormatName(m_output.format));
     // Pictures in files are read with the BT.601 matrix whatever they say.
@@ -68,8 +67,12 @@ PictureOutput::PictureOutput(const OutputPlan& plan, const PictureOrigin& origin
 }
 
 AVFramePtr PictureOutput::Convert(AVFramePtr picture) {
-    if (m_toBlack) picture = m_toBlack->Apply(std::move(picture));
-    if (!m_toBlack) m_alpha.Watch(*picture, m_output.format, m_whyOpaque, m_reporter);
+    if (m_toBlack) {
+        picture = mediabridge::FlattenOverBlack(std::move(picture));
+        if (!picture) throw Error(ErrorKind::Output, "no memory for a picture blended over black");
+    } else {
+        m_alpha.Watch(*picture, m_output.format, m_whyOpaque, m_reporter);
+    }
     if (m_output.Converts(*picture) || (m_only601 && !Is601(picture->colorspace))) {
         const bool fromRgb = !HasColourRange(FormatOf(*picture)) && HasColourRange(m_output.format);
         picture = ConvertWith(*m_toEncoder, *picture);

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/output/output_format.h"
-#include "host/picture/picture_filter.h"
 #include "host/picture/picture_intake.h"
 #include "host/picture/transparency.h"
 #include "host/picture/working_format.h"
@@ -34,9 +33,9 @@ private:
     Reporter& m_reporter;
     EncoderFormat m_output;
     std::pair<int, int> m_encodedSize; ///< of all pictures, at least their own
+    bool m_toBlack = false;            ///< pictures have transparency that the encoder does not keep
     bool m_only601 = false;            ///< the encoder's format can't name another matrix
     std::optional<mediabridge::Scaler> m_toEncoder;
-    std::optional<PictureFilter> m_toBlack;
     std::optional<PaletteMaker> m_toPalette;
     std::string m_whyOpaque; ///< why the output is
     AlphaLoss m_alpha;

@@ -1,11 +1,13 @@
-/// Our own conversions between planes and pixels, at every level, against double precision.
+/// Our own conversions between planes and pixels, and flattening, at every level, against double precision.
 #include <algorithm>
+#include <cmath>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "mediabridge/flatten.h"
 #include "mediabridge/pixel_conversion.h"
 #include "tests/support/colour_model.h"
 #include "tests/support/feature_mask.h"
@@ -184,6 +186,70 @@ TEST(PixelConversion, WidensAndAddsAlpha) {
                 EXPECT_EQ(std::ranges::count(alpha.samples, 255), std::ssize(alpha.samples));
             }
         }
+}
+
+/// A component blended over a colour, by the mean alpha of the pixels that share each sample.
+Grid Flattened(const AVFrame& picture, int component, double colour) {
+    Grid samples = Component(picture, component), alpha = Component(picture, 3);
+    const int shared = component > 0 && picture.format == AV_PIX_FMT_YUVA420P ? 2 : 1;
+    for (int y = 0; y < samples.height; ++y)
+        for (int x = 0; x < samples.width; ++x) {
+            double sum = 0;
+            for (int i = 0; i < shared * shared; ++i)
+                sum += alpha.At(std::min(x * shared + i % shared, alpha.width - 1),
+                                std::min(y * shared + i / shared, alpha.height - 1));
+            const double weight = std::floor(sum / (shared * shared) + 0.5) / 255;
+            samples.At(x, y) = std::floor(samples.At(x, y) * weight + colour * (1 - weight) + 0.5);
+        }
+    return samples;
+}
+
+// The largest pictures have each value at each alpha. Of pictures that others have too a copy is made.
+void ExpectFlattens(Guarded source, bool packed) {
+    AVFrame& picture = *source.picture;
+    if (picture.width == 512)
+        for (int plane = 0; plane < (packed ? 1 : 4); ++plane)
+            for (int i = 0; i < std::ssize(source.planes[static_cast<size_t>(plane)]); ++i) {
+                const bool small = picture.format == AV_PIX_FMT_YUVA420P && plane % 3 != 0;
+                const int x = i % picture.linesize[plane] / (packed ? 4 : 1), y = i / picture.linesize[plane];
+                const bool alpha = packed ? i % 4 == 3 : plane == 3;
+                picture.data[plane][i] = static_cast<uint8_t>((alpha ? y : x) / (small ? 1 : 2));
+            }
+    std::vector<Grid> wanted;
+    const int black = packed || picture.color_range == AVCOL_RANGE_JPEG ? 0 : 16;
+    for (int i = 0; i < 3; ++i) wanted.push_back(Flattened(picture, i, i > 0 && !packed ? 128 : black));
+    picture.buf[0] = av_buffer_create(
+        picture.data[0], 1, [](void*, uint8_t*) {}, nullptr, 0);
+    const uint8_t* const own = picture.data[0];
+    const AVFramePtr copy = FlattenOverBlack(AVFramePtr(av_frame_clone(&picture)));
+    const AVFramePtr flat = FlattenOverBlack(std::move(source.picture));
+    ASSERT_TRUE(copy && flat);
+    EXPECT_EQ(flat->data[0], own);
+    EXPECT_NE(copy->data[0], own);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(Component(*flat, i).samples, wanted[static_cast<size_t>(i)].samples) << i;
+        EXPECT_EQ(Component(*copy, i).samples, wanted[static_cast<size_t>(i)].samples) << i;
+    }
+    if (packed)
+        EXPECT_EQ(std::ranges::count(Component(*flat, 3).samples, 255), flat->width * flat->height);
+    else
+        EXPECT_EQ(av_pix_fmt_count_planes(static_cast<AVPixelFormat>(flat->format)), 3);
+}
+
+TEST(Flatten, IsTheNearestToPlainArithmeticAtEveryLevel) {
+    const int sizes[][2] = {{1, 1}, {2, 3}, {5, 2}, {33, 17}, {131, 6}, {198, 5}, {512, 512}};
+    unsigned seed = 0;
+    for (const auto& [width, height] : sizes)
+        for (const AVPixelFormat format : {AV_PIX_FMT_BGRA, AV_PIX_FMT_YUVA420P, AV_PIX_FMT_YUVA444P})
+            for (const unsigned mask : kLevelMasks) {
+                SCOPED_TRACE(std::string(av_get_pix_fmt_name(format)) + ", " + std::to_string(width) +
+                             ", level " + std::to_string(mask));
+                const FeatureMask level(mask);
+                ++seed;
+                Guarded source(format, width, height, seed % 3 ? Flush::End : Flush::Start, seed);
+                source.picture->color_range = seed % 2 ? AVCOL_RANGE_JPEG : AVCOL_RANGE_UNSPECIFIED;
+                ExpectFlattens(std::move(source), format == AV_PIX_FMT_BGRA);
+            }
 }
 
 TEST(PixelConversion, LeavesTheRestToTheLibrary) {
