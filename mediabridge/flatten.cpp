@@ -1,13 +1,9 @@
 #include "mediabridge/flatten.h"
 
-#include <cstddef>
 #include <cstdint>
 
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
-
 #include "kernels/flatten.h"
+#include "mediabridge/frame_planes.h"
 #include "mediabridge/picture_pool.h"
 #include "mediabridge/pixel_formats.h"
 
@@ -16,15 +12,6 @@ namespace {
 
 using AVBased::kernels::FlattenKernels;
 using AVBased::kernels::Plane8;
-
-Plane8 PlaneOf(const AVFrame& picture, int plane) {
-    const auto* descriptor = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format));
-    const bool chroma = plane == 1 || plane == 2;
-    return {picture.data[plane],
-            static_cast<std::size_t>(AV_CEIL_RSHIFT(picture.width, chroma ? descriptor->log2_chroma_w : 0)),
-            static_cast<std::size_t>(picture.linesize[plane]),
-            static_cast<std::size_t>(AV_CEIL_RSHIFT(picture.height, chroma ? descriptor->log2_chroma_h : 0))};
-}
 
 void FlattenPlanes(AVFrame& picture, const FlattenKernels& kernels) {
     constexpr std::uint8_t kNoChroma = 128;
@@ -54,9 +41,7 @@ AVFramePtr FlattenOverBlack(AVFramePtr picture) {
     if (!picture) return nullptr;
     const auto& kernels = AVBased::Kernels<FlattenKernels>();
     if (packed)
-        kernels.flattenRgba32({picture->data[0], static_cast<std::size_t>(picture->width),
-                               static_cast<std::size_t>(picture->linesize[0]),
-                               static_cast<std::size_t>(picture->height)});
+        kernels.flattenRgba32(PixelsOf(*picture));
     else
         FlattenPlanes(*picture, kernels);
     return picture;

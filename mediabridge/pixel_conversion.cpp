@@ -7,9 +7,7 @@
 #include <iterator>
 #include <span>
 
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
+#include "mediabridge/frame_planes.h"
 
 namespace mediabridge {
 namespace {
@@ -153,18 +151,6 @@ double DownOf(AVChromaLocation location) {
     return location == AVCHROMA_LOC_BOTTOMLEFT || location == AVCHROMA_LOC_BOTTOM ? 1 : 0.5;
 }
 
-Plane8 PlaneOf(const AVFrame& picture, int plane, bool halvedColumns, bool halvedRows) {
-    return {picture.data[plane],
-            static_cast<std::size_t>(AV_CEIL_RSHIFT(picture.width, halvedColumns ? 1 : 0)),
-            static_cast<std::size_t>(picture.linesize[plane]),
-            static_cast<std::size_t>(AV_CEIL_RSHIFT(picture.height, halvedRows ? 1 : 0))};
-}
-
-Plane32 PixelsOf(const AVFrame& picture) {
-    return {picture.data[0], static_cast<std::size_t>(picture.width),
-            static_cast<std::size_t>(picture.linesize[0]), static_cast<std::size_t>(picture.height)};
-}
-
 /// Of pixels of three bytes.
 Plane8 BytesOf(const AVFrame& picture) {
     const Plane32 pixels = PixelsOf(picture);
@@ -270,7 +256,7 @@ void PixelConversion::Run(const AVFrame& source, AVFrame& target) {
         break;
     case Kind::ToPlanes:
         kernels.toPlanes(PlanesOf(target), PixelsOf(source), m_planeRule, m_order, scratch);
-        if (!m_keepsAlpha && target.data[3]) MakeOpaque(PlaneOf(target, 3, false, false));
+        if (!m_keepsAlpha && target.data[3]) MakeOpaque(PlaneOf(target, 3));
         break;
     case Kind::WidenPixels:
         wideners.widenPixels(BytesOf(target), PixelsOf(source), widening, m_order.swapped, scratch);
@@ -285,12 +271,9 @@ void PixelConversion::Run(const AVFrame& source, AVFrame& target) {
 }
 
 YuvaPlanes PixelConversion::PlanesOf(const AVFrame& picture) const {
-    return {PlaneOf(picture, 0, false, false),
-            PlaneOf(picture, 1, m_halvedColumns, m_halvedRows),
-            PlaneOf(picture, 2, m_halvedColumns, m_halvedRows),
-            m_keepsAlpha ? PlaneOf(picture, 3, false, false) : Plane8{},
-            m_halvedColumns,
-            m_halvedRows};
+    return {PlaneOf(picture, 0), PlaneOf(picture, 1),
+            PlaneOf(picture, 2), m_keepsAlpha ? PlaneOf(picture, 3) : Plane8{},
+            m_halvedColumns,     m_halvedRows};
 }
 
 } // namespace mediabridge
