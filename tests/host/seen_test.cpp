@@ -290,7 +290,10 @@ TEST_F(AsSeen, ColoursAreThoseThatPicturesSay) {
         frame.overwrite = true;
         aveffect::RenderFrame(clips::ThePlugin(), frame, {}, kGoOn);
         EXPECT_TRUE(IsGreen(Colour("frame.jpg"))) << clip;
-        aveffect::SheetOptions sheet{Path(clip + ".mkv"), Path("sd.mkv"), Path("sheet.jpg")};
+        aveffect::SheetOptions sheet;
+        sheet.first = Path(clip + ".mkv");
+        sheet.second = Path("sd.mkv");
+        sheet.output = Path("sheet.jpg");
         sheet.overwrite = true;
         aveffect::RenderSheet(clips::ThePlugin(), sheet, {}, kGoOn);
         EXPECT_TRUE(IsGreen(Colour("sheet.jpg"))) << clip;
