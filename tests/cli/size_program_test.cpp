@@ -166,10 +166,9 @@ TEST_F(SizeProgram, StreamsAndQuality) {
     EXPECT_EQ(Made("in.mkv?vstreamid=1", "b.mkv", {"--frames", "1", "--no-sound"}).size(), 32u * 32 * 3);
     EXPECT_EQ(Aveffect({"render", "b.mkv", "b.wav"}).exitCode, 3) << "there is no sound";
     for (const bool named : {false, true}) // what someone chose is not said to be missing
-        EXPECT_EQ(
-            Aveffect({"render", named ? "in.mkv?vstreamid=0" : "in.mkv", "c.mkv", "--overwrite"}).messages ==
-                "",
-            named);
+        EXPECT_EQ(Aveffect({"render", named ? "in.mkv?vstreamid=0" : "in.mkv", "c.mkv", "--overwrite"})
+                      .messages.empty(),
+                  named);
     const Strings qualities[] = {{"--quality", "95"}, {"--quality", "40"}};
     for (const std::string kind : {"jpg", "webp", "avif"}) {
         size_t sizes[2] = {};

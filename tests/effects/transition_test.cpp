@@ -139,18 +139,19 @@ void Clock(Drawing& on) {
     const long hh = on.height / 2, w = on.width;
     if (!(a >= 0 && a < 6.2831853)) return;
     on.Whole(1);
+    const long halfWidth = w / 2, halfPitch = on.pitch / 2;
     const auto rightHalf = [&](long y) { on.Run(y, on.pitch / 2, 2, on.pitch2 / 2, on.pitch / 2); };
     if (a < 1.570796325) {
         for (long i = 0; i < hh; ++i) {
             const double n = 4.0 * static_cast<double>(hh - i) * std::tan(a);
-            on.Run(i, 2 * w, 2, 2 * w, static_cast<long>(std::min(n, static_cast<double>(on.pitch / 2))));
+            on.Run(i, 2 * w, 2, 2 * w, static_cast<long>(std::min(n, static_cast<double>(halfPitch))));
         }
     } else if (a < 4.712388975) {
         const double b = a - 1.570796325;
         for (long j = 0; hh + j < on.height && !Near(b, 0) && !Near(b, 1.570796325); ++j) {
             const double x = std::trunc(static_cast<double>(j) / std::tan(b));
-            const auto c =
-                static_cast<long>(std::clamp(x, -static_cast<double>(w / 2), static_cast<double>(w / 2)));
+            const auto c = static_cast<long>(
+                std::clamp(x, -static_cast<double>(halfWidth), static_cast<double>(halfWidth)));
             on.Pixels(hh + j, w / 2 + c, 2, w / 2 + c, w / 2 - c);
         }
         for (long i = 0; i < (Near(a, 3.14159265) ? on.height : hh); ++i) rightHalf(i);
@@ -161,7 +162,7 @@ void Clock(Drawing& on) {
         if (Near(c, 0)) return;
         if (Near(c, 1.570796325)) return on.Whole(2);
         for (long i = 0; i < hh; ++i) {
-            const double n = static_cast<double>(w / 2) - static_cast<double>(hh - i) / std::tan(c);
+            const double n = static_cast<double>(halfWidth) - static_cast<double>(hh - i) / std::tan(c);
             on.Pixels(i, 0, 2, 0, static_cast<long>(std::max(0.0, n)));
         }
     }
@@ -178,8 +179,9 @@ void CloseDoor(Drawing& on) {
 
 void BrokenBox(Drawing& on) {
     const double c = std::cos(on.Progress() * 1.570796325);
-    const auto bw = static_cast<long>(static_cast<double>(on.width / 4) * c);
-    const auto bh = static_cast<long>(static_cast<double>(on.height / 4) * c);
+    const long quarterWidth = on.width / 4, quarterHeight = on.height / 4;
+    const auto bw = static_cast<long>(static_cast<double>(quarterWidth) * c);
+    const auto bh = static_cast<long>(static_cast<double>(quarterHeight) * c);
     if (bw < 10 || bh <= 9) return on.Whole(2);
     on.Whole(1);
     for (long n = 0; 2 * bh * n < on.height; ++n)

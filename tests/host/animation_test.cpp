@@ -7,7 +7,7 @@
 
 namespace {
 
-const std::atomic<bool> kGoOn{false};
+using clips::kGoOn;
 
 class Animation : public testing::Test {
 protected:

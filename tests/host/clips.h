@@ -11,6 +11,9 @@ namespace clips {
 
 using Bytes = std::vector<unsigned char>;
 
+/// Cancels nothing.
+inline const std::atomic<bool> kGoOn{false};
+
 /// A directory that goes with the object.
 class TemporaryDirectory {
 public:

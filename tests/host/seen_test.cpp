@@ -16,7 +16,7 @@ namespace {
 
 using clips::Bytes;
 
-const std::atomic<bool> kGoOn{false};
+using clips::kGoOn;
 
 class AsSeen : public testing::Test {
 protected:

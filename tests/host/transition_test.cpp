@@ -13,7 +13,7 @@ namespace {
 using aveffect::ErrorKind;
 using clips::Bytes;
 
-const std::atomic<bool> kGoOn{false};
+using clips::kGoOn;
 
 class Transitions : public testing::Test {
 protected:

@@ -18,7 +18,7 @@ namespace {
 using AVBased::EffectInfo;
 using clips::Bytes;
 
-const std::atomic<bool> kGoOn{false};
+using clips::kGoOn;
 constexpr unsigned kWorkers[] = {2, 3, 8};
 
 Bytes ReadAll(const std::string& path) {
