@@ -89,8 +89,8 @@ void CStoredMapEffect::MapChroma(PlaneMap& map, const PlanarView& view, const Pl
     m_ChromaFound.resize(right - left);
     for (size_t cy = top; cy < bottom; ++cy) {
         FindChroma(cy, view, copy, atOnce);
-        map.AddRow(m_Kernels, left, cy, {m_ChromaColumns.data(), m_ChromaRows.data()}, right - left, copy.width,
-                   copy.rows, true);
+        map.AddRow(m_Kernels, left, cy, {m_ChromaColumns.data(), m_ChromaRows.data()}, right - left,
+                   copy.width, copy.rows, true);
     }
 }
 

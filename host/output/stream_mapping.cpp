@@ -116,7 +116,8 @@ void StreamMapper::MapOthers() {
             m_reporter.Warn(CantHold(m_clip.plan, *stream));
     }
     if (!m_encodesSound && !m_clip.sound.clip.effects.empty()) AddSound(nullptr);
-    const std::string leftOut = LeftOutText(m_clip.source.Format(), m_clip.request, &m_clip.source.Pictures());
+    const std::string leftOut =
+        LeftOutText(m_clip.source.Format(), m_clip.request, &m_clip.source.Pictures());
     if (!leftOut.empty()) m_reporter.Warn(leftOut);
 }
 
