@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # clang-tidy over all sources.
-#   scripts/lint.sh [--deep]     deep: every path through every function, and the tests' too; expects a configured clang build
+#   scripts/lint.sh [--deep]     deep: every path through every function, and the tests' too; expects a release build, and a clang build that is configured
 set -euo pipefail
 cd "$(dirname "$0")/.."
 paths='-*,clang-analyzer-*,-clang-analyzer-valist.Uninitialized'
@@ -18,8 +18,8 @@ find build-clang/tests -name 'unity_*.cxx' | tidy 2 -p build-clang/units \
 # Paths are followed in a unit's own source alone. The package's consumer is compiled where it is installed alone.
 sources=$(git ls-files '*.cpp' ':!tests/package/consumer')
 if [ "${1:-}" = --deep ]; then
-  tidy 4 -p build-clang --checks="$paths" <<<"$sources"
+  tidy 4 -p build --checks="$paths" <<<"$sources"
 else
-  grep -vE '^(tests|fuzz|bench)/' <<<"$sources" | tidy 4 -p build-clang --checks="$paths" \
+  grep -vE '^(tests|fuzz|bench)/' <<<"$sources" | tidy 4 -p build --checks="$paths" \
     --extra-arg=-Xclang --extra-arg=-analyzer-config --extra-arg=-Xclang --extra-arg=mode=shallow
 fi

@@ -60,7 +60,7 @@ if runs fuzz; then
   scripts/build.sh fuzz
   ls fuzz/corpus | parallel fuzz
 fi
-if runs sweep || runs program; then scripts/build.sh release; fi
+if runs sweep || runs program || runs lint; then scripts/build.sh release; fi
 if runs sweep; then
   seq 0 $(($(nproc) - 1)) | GTEST_TOTAL_SHARDS=$(nproc) parallel sweep
   report sweep $(($(grep -c '^\[       OK \] Every/' "$work/sweep.log") * sweep_cases))
