@@ -34,21 +34,25 @@ bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
                                  std::min(y + r, height)};
     if (rectangle.yEnd <= rectangle.yBegin || rectangle.xEnd <= rectangle.xBegin) return false;
     BeginMap(rectangle);
-    m_nFirstColumn = rectangle.xBegin;
-    m_Columns.resize(rectangle.xEnd - rectangle.xBegin);
+    m_nFirstRow = rectangle.yBegin;
+    m_nColumns = rectangle.xEnd - rectangle.xBegin;
+    m_Columns.resize(m_nColumns * (rectangle.yEnd - rectangle.yBegin));
     m_Rows.resize(m_Columns.size());
     const auto farthest = [](int64_t centre, size_t begin, size_t end) {
         return std::max(centre - static_cast<int64_t>(begin), static_cast<int64_t>(end) - 1 - centre);
     };
     Prepare(
         {farthest(m_nX, rectangle.xBegin, rectangle.xEnd), farthest(m_nY, rectangle.yBegin, rectangle.yEnd)});
+    // All at once: properties may change while the map stays, and frames of other sizes ask for it.
+    for (size_t row = rectangle.yBegin, first = 0; row < rectangle.yEnd; ++row, first += m_nColumns)
+        FindRow(static_cast<int64_t>(rectangle.xBegin) - m_nX, static_cast<int64_t>(row) - m_nY, m_nColumns,
+                &m_Columns[first], &m_Rows[first]);
     return true;
 }
 
 SamplePlaces CCircleMapEffect::SourcesOf(size_t y) {
-    FindRow(static_cast<int64_t>(m_nFirstColumn) - m_nX, static_cast<int64_t>(y) - m_nY, m_Columns.size(),
-            m_Columns.data(), m_Rows.data());
-    return {m_Columns.data(), m_Rows.data()};
+    const size_t first = (y - m_nFirstRow) * m_nColumns;
+    return {&m_Columns[first], &m_Rows[first]};
 }
 
 // Spherize

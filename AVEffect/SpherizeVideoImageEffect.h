@@ -50,8 +50,8 @@ protected:
 private:
     SamplePlaces SourcesOf(size_t y) override;
 
-    size_t m_nFirstColumn = 0;               // of the map
-    std::vector<uint32_t> m_Columns, m_Rows; // that a row's pixels come from
+    size_t m_nFirstRow = 0, m_nColumns = 0;  // of the map
+    std::vector<uint32_t> m_Columns, m_Rows; // that its pixels come from, in row order
 };
 
 /// Pulls the pixels of a circle in or out along their rays.

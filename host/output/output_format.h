@@ -9,7 +9,6 @@ namespace aveffect {
 struct EncoderFormat {
     AVPixelFormat format = AV_PIX_FMT_NONE;
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED; ///< unspecified: as the pictures are
-    bool saysRange = false;                       ///< the output says a range also where the pictures don't
 
     /// Whether a picture has to be converted; otherwise its bytes are taken as they are.
     bool Converts(const AVFrame& picture) const;

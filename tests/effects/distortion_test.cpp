@@ -149,13 +149,21 @@ TEST(Spherize, ByHand) {
 }
 
 TEST(CircleMaps, AreReplayedOnFramesOfOtherSizesAndFormats) {
-    const Circle c{20, 20, 13, -0.4};
-    for (const bool spherize : {true, false}) {
-        const std::string effect = spherize ? "spherize" : "rotate";
+    const struct {
+        Circle circle;
+        const char *effect, *name, *value; ///< what is set then and leaves the map as it is
+    } cases[] = {{{20, 20, 13, -0.4}, "spherize", "spherize_y", "13"},
+                 {{20, 20, 13, 0}, "spherize", "spherize_scale", "2"},
+                 {{20, 20, 13, -0.4}, "rotate", "rotate_y", "20"},
+                 {{20, 43, 13, -0.4}, "rotate", "rotate_x", "20"}};
+    for (const auto& [c, name, property, value] : cases) {
+        const std::string effect = name;
+        const bool spherize = effect == "spherize";
         const CircleMap map = spherize ? SpherizeMap(c, 43, 27) : RotateMap(c, 43, 27);
         const auto proc = MakeVideo({effect, CircleProperties(effect, c.r, c.x, c.y, c.scale)});
         auto first = MakeFrame({BGRA, 43, 27});
         test::Run(*proc, *first);
+        ASSERT_TRUE(proc->SetProperty(property, value));
         for (const unsigned format : {BGRA, YUV420P})
             for (const auto& [width, height] : {std::pair{30u, 40u}, {80u, 9u}, {43u, 27u}, {3u, 3u}}) {
                 auto frame = MakeFrame({format, width, height, 2}, 7);
