@@ -47,27 +47,28 @@ void CMK3DRenderEffect::OnSetProperty(const std::string& name, PropertyNode& nod
     m_Converter.SetProperty(static_cast<unsigned>(m_nMode), m_nDepth);
 }
 
-void CMK3DRenderEffect::InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) {
-    assert(pFrame);
-    if (m_nMode == 1 || m_nMode == 2) {
-        m_Converter.InnerProcFrame(position, time, pFrame);
-        return;
-    }
+void CMK3DRenderEffect::RenderViews(IRawVideoFrame* frame) {
     m_Renderer.SetDepth(m_nDepth);
     m_Renderer.SetRenderMode(static_cast<Render3DMode>(m_nMode));
     unsigned width = 0;
-    pFrame->GetDimension(&width, nullptr);
+    frame->GetDimension(&width, nullptr);
     // The depth is the last frame's quarter from now on, not the property's, until that is set again.
     const unsigned quarter = width / 4;
     m_nDepth = static_cast<int>(quarter);
     if (width == 0) return;
     m_dRatio = static_cast<double>(width - quarter) / width;
 
-    auto* right = static_cast<IRawVideoFrame*>(pFrame->GetInterface(kSubsetFrameInterface));
-    IRawVideoFrame* left = right ? pFrame : PrepareLV(pFrame);
-    if (!right) right = PrepareRV(pFrame);
+    auto* right = static_cast<IRawVideoFrame*>(frame->GetInterface(kSubsetFrameInterface));
+    IRawVideoFrame* left = right ? frame : PrepareLV(frame);
+    if (!right) right = PrepareRV(frame);
     if (m_nSwap != 0) std::swap(left, right);
-    m_Renderer.Render(left, right, pFrame);
+    m_Renderer.Render(left, right, frame);
+}
+
+void CMK3DRenderEffect::InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) {
+    assert(pFrame);
+    const bool anaglyph = m_nMode == 1 || m_nMode == 2;
+    anaglyph ? m_Converter.InnerProcFrame(position, time, pFrame) : RenderViews(pFrame);
 }
 
 IRawVideoFrame* CMK3DRenderEffect::PrepareLV(IRawVideoFrame* frame) {

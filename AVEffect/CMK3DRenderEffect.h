@@ -29,6 +29,7 @@ private:
     /// Whether a view begins at the picture's left, or at a quarter of it.
     enum class Side { Left, Right };
 
+    void RenderViews(IRawVideoFrame* frame);
     IRawVideoFrame* Prepare(FramePtr& view, IRawVideoFrame* frame, Side side);
     void StretchPixels(const kernels::Plane32& to, const kernels::Plane32& from, size_t offset);
     void StretchSamples(const kernels::Plane8& to, const kernels::Plane8& from, size_t offset);

@@ -56,6 +56,12 @@ PlaneArea ChromaArea(const PlaneArea& area, const Plane8& luma, const Plane8& ch
     return {x.start, y.start, x.size, y.size};
 }
 
+void RequireServed(unsigned format) {
+    if (format != BGRA && format != YUV420P)
+        Raise(kUnknownException, "rotate 90 effect only support BGRA/yuv pixfmt, value:" +
+                                     std::to_string(static_cast<int>(format)));
+}
+
 constexpr bool IsQuarter(unsigned quarters) { return quarters % 2 == 1; }
 constexpr bool IsClockwise(unsigned quarters) { return quarters == 1; }
 
@@ -68,6 +74,7 @@ CRotate90X::CRotate90X()
 }
 
 void CRotate90X::TurnPacked(Plane32 plane, unsigned quarters) {
+    if (quarters != 0) RequireMemory(plane);
     m_Area = IsQuarter(quarters) ? AreaIn(plane.width, plane.rows, false)
                                  : PlaneArea{0, 0, plane.width, plane.rows};
     if (quarters == 0 || plane.Empty()) return;
@@ -90,6 +97,7 @@ void CRotate90X::TurnPart(const Plane8& plane, const PlaneArea& area, unsigned q
 }
 
 void CRotate90X::TurnPlanar(const PlanarView& view, unsigned quarters) {
+    if (quarters != 0) RequireMemory({view.y, view.u, view.v});
     m_Area = IsQuarter(quarters) ? AreaIn(view.y.width, view.y.rows, true)
                                  : PlaneArea{0, 0, view.y.width, view.y.rows};
     TurnPart(view.y, m_Area, quarters, kBlackLuma);
@@ -99,21 +107,11 @@ void CRotate90X::TurnPlanar(const PlanarView& view, unsigned quarters) {
 
 void CRotate90X::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
-    const unsigned format = pFrame->GetPixelFormat();
-    if (format != BGRA && format != YUV420P)
-        Raise(kUnknownException, "rotate 90 effect only support BGRA/yuv pixfmt, value:" +
-                                     std::to_string(static_cast<int>(format)));
+    RequireServed(pFrame->GetPixelFormat());
     const unsigned quarters = m_nDirection % 4;
     ForFormat(
-        pFrame,
-        [&](Plane32 plane) {
-            if (quarters != 0) RequireMemory(plane);
-            TurnPacked(plane, quarters);
-        },
-        [&](const PlanarView& view) {
-            if (quarters != 0) RequireMemory({view.y, view.u, view.v});
-            TurnPlanar(view, quarters);
-        });
+        pFrame, [&](Plane32 plane) { TurnPacked(plane, quarters); },
+        [&](const PlanarView& view) { TurnPlanar(view, quarters); });
 }
 
 bool CRotate90X::GetProp(const char* name, int* value) {

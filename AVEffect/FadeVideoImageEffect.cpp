@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 
-#include "AVEffect/support/frame_planes.h"
 #include "AVEffect/support/mmx_choice.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/catalogue/fades.h"
@@ -84,22 +83,28 @@ void CDirectFadeEffect::OnSetProperty(const std::string& name, PropertyNode& nod
     m_Yuv = YuvColour::FromRgb(colour);
 }
 
+namespace {
+
+void Mix(DirectFadeKernel kernel, const auto& plane, unsigned level, unsigned colour) {
+    if (!plane.Empty())
+        kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
+               static_cast<unsigned>(plane.rows), level, colour);
+}
+
+} // namespace
+
+void CDirectFadeEffect::MixPlanes(const PlanarView& view, unsigned level) const {
+    Mix(fade_in_out_direct_component, view.y, level, m_Yuv.y);
+    Mix(fade_in_out_direct_component, view.u, level, m_Yuv.u);
+    Mix(fade_in_out_direct_component, view.v, level, m_Yuv.v);
+}
+
 void CDirectFadeEffect::InnerProcFrame(ImagePostion*, int time, IRawVideoFrame* pFrame) {
     assert(pFrame);
-    const std::optional<unsigned> level = LevelAt(time, pFrame);
-    if (!level) return;
-    const auto mix = [&](DirectFadeKernel kernel, const auto& plane, unsigned colour) {
-        if (!plane.Empty())
-            kernel(plane.data, static_cast<unsigned>(plane.width), static_cast<unsigned>(plane.pitch),
-                   static_cast<unsigned>(plane.rows), *level, colour);
-    };
-    ForFormat(
-        pFrame, [&](Plane32 plane) { mix(fade_in_out_direct_rgba32, plane, m_nColour); },
-        [&](const PlanarView& view) {
-            mix(fade_in_out_direct_component, view.y, m_Yuv.y);
-            mix(fade_in_out_direct_component, view.u, m_Yuv.u);
-            mix(fade_in_out_direct_component, view.v, m_Yuv.v);
-        });
+    if (const std::optional<unsigned> level = LevelAt(time, pFrame))
+        ForFormat(
+            pFrame, [&](Plane32 plane) { Mix(fade_in_out_direct_rgba32, plane, *level, m_nColour); },
+            [&](const PlanarView& view) { MixPlanes(view, *level); });
 }
 
 // Direct fades give the base the names of the alpha fades. Only the factory tells them apart.

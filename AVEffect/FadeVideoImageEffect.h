@@ -6,6 +6,7 @@
 
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/support/colour_value.h"
+#include "AVEffect/support/frame_planes.h"
 
 namespace AVBased {
 
@@ -57,6 +58,8 @@ protected:
     CDirectFadeEffect(const EffectInfo& effect, const char* name, RawLevel rawLevel);
 
 private:
+    void MixPlanes(const PlanarView& view, unsigned level) const;
+
     const char* m_strColourName;
     unsigned m_nColour = 0; // 0xFFRRGGBB once it is set, 0x00RRGGBB before
     YuvColour m_Yuv;

@@ -170,21 +170,20 @@ void CMagnifierVideoImageEffect::MagnifierDoubleComponentEffect(const PlanarView
     MagnifyPlanes(Kernels<kernels::PickKernels>().blendCircleComponent, view, copy);
 }
 
+void CMagnifierVideoImageEffect::Magnify(Plane32 plane, Plane32 copy) {
+    if (!FitsIn(plane.width, plane.rows)) return;
+    if (!Blends()) return MagnifierNearestRGBA32Effect(plane, copy);
+    m_nUseMMX ? MagnifierDoubleRGBA32EffectMMX(plane, copy) : MagnifierDoubleRGBA32Effect(plane, copy);
+}
+
+void CMagnifierVideoImageEffect::Magnify(const PlanarView& view, const PlanarView& copy) {
+    if (!FitsIn(view.y.width, view.y.rows)) return;
+    Blends() ? MagnifierDoubleComponentEffect(view, copy) : MagnifierNearestComponentEffect(view, copy);
+}
+
 void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    using Effect = CMagnifierVideoImageEffect;
-    const auto packed = !Blends()   ? &Effect::MagnifierNearestRGBA32Effect
-                        : m_nUseMMX ? &Effect::MagnifierDoubleRGBA32EffectMMX
-                                    : &Effect::MagnifierDoubleRGBA32Effect;
-    const auto planar =
-        Blends() ? &Effect::MagnifierDoubleComponentEffect : &Effect::MagnifierNearestComponentEffect;
-    ForPictureAndCopy(
-        pFrame,
-        [&](Plane32 plane, Plane32 from) {
-            if (FitsIn(plane.width, plane.rows)) (this->*packed)(plane, from);
-        },
-        [&](const PlanarView& view, const PlanarView& from) {
-            if (FitsIn(view.y.width, view.y.rows)) (this->*planar)(view, from);
-        });
+    const auto magnify = [this](const auto&... views) { Magnify(views...); };
+    ForPictureAndCopy(pFrame, magnify, magnify);
 }
 
 } // namespace AVBased

@@ -32,6 +32,8 @@ private:
         kernels::Circle circle;
     };
 
+    void Magnify(Plane32 plane, Plane32 copy);
+    void Magnify(const PlanarView& view, const PlanarView& copy);
     void MagnifierNearestRGBA32Effect(Plane32 plane, Plane32 copy);
     void MagnifierDoubleRGBA32Effect(Plane32 plane, Plane32 copy);
     void MagnifierDoubleRGBA32EffectMMX(Plane32 plane, Plane32 copy);

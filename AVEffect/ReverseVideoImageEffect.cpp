@@ -46,17 +46,22 @@ CReverseVideoImageEffect::CReverseVideoImageEffect()
     Bind("vertical", &m_nVertical);
 }
 
+namespace {
+
+// The kernels by m_nMirror and m_nVertical.
+using ReverseKernel = decltype(&mirror_component_c);
+constexpr struct {
+    ReverseKernel packed, planar;
+} kWays[2][2] = {{{}, {vertical_reverse_rgba32_c, vertical_reverse_component_c}},
+                 {{mirror_rgba32_c, mirror_component_c},
+                  {mirror_vertical_reverse_rgba32_c, mirror_vertical_reverse_component_c}}};
+
+} // namespace
+
 void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
-    const bool mirror = m_nMirror == 1, vertical = m_nVertical == 1;
-    if (!mirror && !vertical) return;
-    const auto packed = !vertical ? mirror_rgba32_c
-                        : mirror  ? mirror_vertical_reverse_rgba32_c
-                                  : vertical_reverse_rgba32_c;
-    const auto planar = !vertical ? mirror_component_c
-                        : mirror  ? mirror_vertical_reverse_component_c
-                                  : vertical_reverse_component_c;
-    DrawPlanes(pFrame, Planes::All, packed, planar);
+    const auto& way = kWays[m_nMirror == 1][m_nVertical == 1];
+    if (way.packed) DrawPlanes(pFrame, Planes::All, way.packed, way.planar);
 }
 
 } // namespace AVBased

@@ -175,18 +175,26 @@ void CMirageVideoImageEffect::MirageComponentEffect(const PlanarView& view, cons
     blend(view.v, copy.v);
 }
 
-void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    // Cloned whatever follows; the clone goes on every way out.
-    const FrameClone copy = CloneFrame(pFrame);
-    if (m_nAlpha > 100) return;
+void CMirageVideoImageEffect::Blend(Plane32 plane, Plane32 copy) {
+    m_nUseMMX ? MirageRgba32EffectMMX(plane, copy) : MirageRgba32Effect(plane, copy);
+}
+
+void CMirageVideoImageEffect::Blend(const PlanarView& view, const PlanarView& copy) {
+    MirageComponentEffect(view, copy);
+}
+
+// Throws where the picture would have no size.
+bool CMirageVideoImageEffect::IsSeen() const {
+    if (m_nAlpha > 100) return false;
     if (200 + m_nWidth == 0)
         Raise(kUnknownException, "mirage_width must not be -200; the frame is left as it is");
-    ForFormat(
-        pFrame, copy.get(),
-        [this](Plane32 plane, Plane32 from) {
-            m_nUseMMX ? MirageRgba32EffectMMX(plane, from) : MirageRgba32Effect(plane, from);
-        },
-        [this](const PlanarView& view, const PlanarView& from) { MirageComponentEffect(view, from); });
+    return true;
+}
+
+void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
+    const FrameClone copy = CloneFrame(pFrame); // cloned whatever follows
+    const auto blend = [this](const auto&... views) { Blend(views...); };
+    if (IsSeen()) ForFormat(pFrame, copy.get(), blend, blend);
 }
 
 // Transparency
@@ -202,18 +210,20 @@ void CTransparencyAjustEffect::OnSetProperty(const std::string& name, PropertyNo
     m_nScale = (m_nScale << 8) / 100;
 }
 
+void CTransparencyAjustEffect::Scale(Plane32 plane) const {
+    assert(plane.data != NULL);
+    Kernels<kernels::FadeKernels>().scaleAlphaRgba32(plane, Level());
+}
+
+void CTransparencyAjustEffect::Scale(Plane8 plane) const {
+    assert(plane.data != NULL);
+    Kernels<kernels::FadeKernels>().scaleComponent(plane, Level());
+}
+
 void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
-    if (m_nScale == 0) return;
-    const kernels::FadeKernels& fade = Kernels<kernels::FadeKernels>();
-    const auto level = static_cast<unsigned>(std::max(m_nScale, 0)); // below 0 nothing of alpha is left
-    const auto scale = [&](auto kernel, const auto& plane) {
-        assert(plane.data != NULL);
-        kernel(plane, level);
-    };
-    ForPlanes(
-        pFrame, Planes::Alpha, [&](Plane32 plane) { scale(fade.scaleAlphaRgba32, plane); },
-        [&](Plane8 plane) { scale(fade.scaleComponent, plane); });
+    const auto scale = [this](const auto& plane) { Scale(plane); };
+    if (m_nScale != 0) ForPlanes(pFrame, Planes::Alpha, scale, scale);
 }
 
 // Colour filter
@@ -232,6 +242,7 @@ void CColorFilterEffect::OnSetProperty(const std::string& name, PropertyNode& no
 
 // The scope counts in each byte, but the comparison is of all 24 bits as one number.
 void CColorFilterEffect::FilterRGBA32Effect(Plane32 plane) const {
+    if (plane.Empty()) return;
     AssertMemory(plane);
     constexpr int64_t kWhite = 0xFFFFFF;
     const int64_t colour = m_nColor & kWhite, scope = int64_t{m_nScope} * 0x010101;
@@ -240,6 +251,7 @@ void CColorFilterEffect::FilterRGBA32Effect(Plane32 plane) const {
 }
 
 void CColorFilterEffect::FilterComponentEffect(const PlanarView& view) {
+    if (!view.hasAlpha || view.y.Empty() || view.alpha.Empty()) return;
     AssertMemory(view);
     assert(view.alpha.data != NULL);
     const auto around = [this](int sample) {
@@ -255,15 +267,9 @@ void CColorFilterEffect::FilterComponentEffect(const PlanarView& view) {
 
 void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     assert(pFrame);
-    if (m_nScope < 0) return; // nothing lies in such a range
-    ForFormat(
-        pFrame,
-        [this](Plane32 plane) {
-            if (!plane.Empty()) FilterRGBA32Effect(plane);
-        },
-        [this](const PlanarView& view) {
-            if (view.hasAlpha && !view.y.Empty() && !view.alpha.Empty()) FilterComponentEffect(view);
-        });
+    const auto packed = [this](Plane32 plane) { FilterRGBA32Effect(plane); };
+    const auto planar = [this](const PlanarView& view) { FilterComponentEffect(view); };
+    if (m_nScope >= 0) ForFormat(pFrame, packed, planar); // below, nothing lies in the range
 }
 
 // Noise
@@ -313,17 +319,19 @@ void CAddNoiseVideoImageEffect::AddNoiseComponentEffect(Plane8 plane) const {
     Kernels<kernels::NoiseKernels>().addNoiseComponent(plane, m_SampleNoise.Data(), Gain());
 }
 
+void CAddNoiseVideoImageEffect::AddNoise(Plane32 plane) {
+    m_PixelNoise.Has(plane.width * plane.rows) ? AddNoiseRgba32Effect(plane)
+                                               : AddNoiseRgba32EffectFirst(plane);
+}
+
+void CAddNoiseVideoImageEffect::AddNoise(Plane8 plane) {
+    m_SampleNoise.Has(plane.width * plane.rows) ? AddNoiseComponentEffect(plane)
+                                                : AddNoiseComponentEffectFirst(plane);
+}
+
 void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
-    ForPlanes(
-        pFrame, Planes::Luma,
-        [this](Plane32 plane) {
-            m_PixelNoise.Has(plane.width * plane.rows) ? AddNoiseRgba32Effect(plane)
-                                                       : AddNoiseRgba32EffectFirst(plane);
-        },
-        [this](Plane8 plane) {
-            m_SampleNoise.Has(plane.width * plane.rows) ? AddNoiseComponentEffect(plane)
-                                                        : AddNoiseComponentEffectFirst(plane);
-        });
+    const auto addNoise = [this](const auto& plane) { AddNoise(plane); };
+    ForPlanes(pFrame, Planes::Luma, addNoise, addNoise);
 }
 
 } // namespace AVBased

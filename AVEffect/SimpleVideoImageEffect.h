@@ -59,6 +59,9 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 private:
+    bool IsSeen() const;
+    void Blend(Plane32 plane, Plane32 copy);
+    void Blend(const PlanarView& view, const PlanarView& copy);
     void MirageRgba32Effect(Plane32 plane, Plane32 copy);
     void MirageRgba32EffectMMX(Plane32 plane, Plane32 copy);
     void MirageComponentEffect(const PlanarView& view, const PlanarView& copy);
@@ -76,6 +79,10 @@ public:
     void InnerProcFrame(ImagePostion* position, int time, IRawVideoFrame* pFrame) override;
 
 private:
+    unsigned Level() const { return static_cast<unsigned>(m_nScale < 0 ? 0 : m_nScale); } // no alpha below 0
+    void Scale(Plane32 plane) const;
+    void Scale(Plane8 plane) const;
+
     int m_nScale; // 256ths
 };
 
@@ -103,6 +110,8 @@ public:
 
 private:
     // The First ones draw the noise that is missing, then do the same.
+    void AddNoise(Plane32 plane);
+    void AddNoise(Plane8 plane);
     void AddNoiseRgba32EffectFirst(Plane32 plane);
     void AddNoiseRgba32Effect(Plane32 plane) const;
     void AddNoiseComponentEffectFirst(Plane8 plane);

@@ -179,24 +179,22 @@ void CTensileVideoImageEffect::TensileComponentEffect(const PlanarView& view, co
     PickPlanes(view, copy);
 }
 
+void CTensileVideoImageEffect::Stretch(Plane32 plane, Plane32 copy) {
+    AssertMemory(plane, copy);
+    if (!m_Horizontal.IsOn()) return VerticalTensileRgba32Effect(plane, copy);
+    m_Vertical.IsOn() ? TensileRgba32Effect(plane, copy) : HorizontalTensileRgba32Effect(plane, copy);
+}
+
+void CTensileVideoImageEffect::Stretch(const PlanarView& view, const PlanarView& copy) {
+    AssertMemory(view, copy);
+    if (!m_Horizontal.IsOn()) return VerticalTensileComponentEffect(view, copy);
+    m_Vertical.IsOn() ? TensileComponentEffect(view, copy) : HorizontalTensileComponentEffect(view, copy);
+}
+
 void CTensileVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     const FrameClone copy = CloneFrame(pFrame);
-    const bool vertical = m_Vertical.enabled == 1, horizontal = m_Horizontal.enabled == 1;
-    if (!vertical && !horizontal) return;
-    using Effect = CTensileVideoImageEffect;
-    const auto packed = !horizontal ? &Effect::VerticalTensileRgba32Effect
-                        : vertical  ? &Effect::TensileRgba32Effect
-                                    : &Effect::HorizontalTensileRgba32Effect;
-    const auto planar = !horizontal ? &Effect::VerticalTensileComponentEffect
-                        : vertical  ? &Effect::TensileComponentEffect
-                                    : &Effect::HorizontalTensileComponentEffect;
-    const auto stretch = [&](auto method, const auto& view, const auto& from) {
-        AssertMemory(view, from);
-        (this->*method)(view, from);
-    };
-    ForFormat(
-        pFrame, copy.get(), [&](Plane32 plane, Plane32 from) { stretch(packed, plane, from); },
-        [&](const PlanarView& view, const PlanarView& from) { stretch(planar, view, from); });
+    const auto stretch = [this](const auto&... views) { Stretch(views...); };
+    if (m_Vertical.IsOn() || m_Horizontal.IsOn()) ForFormat(pFrame, copy.get(), stretch, stretch);
 }
 
 } // namespace AVBased

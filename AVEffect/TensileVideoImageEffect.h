@@ -22,9 +22,12 @@ private:
 
         bool FitsIn(size_t size) const { return end <= size && end > begin && scale >= 1.0; }
         /// Rows or columns that it is stretched to.
+        bool IsOn() const { return enabled == 1; }
         unsigned Stretched() const;
     };
 
+    void Stretch(Plane32 plane, Plane32 copy);
+    void Stretch(const PlanarView& view, const PlanarView& copy);
     void VerticalTensileRgba32Effect(Plane32 plane, Plane32 copy);
     void VerticalTensileComponentEffect(const PlanarView& view, const PlanarView& copy);
     void HorizontalTensileRgba32Effect(Plane32 plane, Plane32 copy);

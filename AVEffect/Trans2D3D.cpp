@@ -163,28 +163,30 @@ FramePtr CTrans2D3D::ProcessOther(IRawVideoFrame* frame) {
     return TheBackConverter().Back(anaglyph.get());
 }
 
+// The anaglyph in the frame's format; what it is kept in besides m_pOutput is the caller's.
+IRawVideoFrame* CTrans2D3D::Anaglyph(IRawVideoFrame* frame, FramePtr& own) {
+    switch (frame->GetPixelFormat()) {
+    case BGRA:
+        return ProcessBGRA(frame);
+    case YUV420P:
+        return ProcessYV(frame);
+    default:
+        own = ProcessOther(frame);
+        return own.get();
+    }
+}
+
 void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
     FramePtr own;
-    IRawVideoFrame* local_frame = nullptr;
-    switch (pFrame->GetPixelFormat()) {
-    case BGRA:
-        local_frame = ProcessBGRA(pFrame);
-        break;
-    case YUV420P:
-        local_frame = ProcessYV(pFrame);
-        break;
-    default:
-        own = ProcessOther(pFrame);
-        local_frame = own.get();
-    }
-    if (!local_frame) Raise(kBadPointer, "Bad pointer");
+    IRawVideoFrame* const anaglyph = Anaglyph(pFrame, own);
+    if (!anaglyph) Raise(kBadPointer, "Bad pointer");
     assert(pFrame->GetBufferCount() == 3 || pFrame->GetBufferCount() == 1);
-    assert(local_frame->GetBufferCount() == 3 || local_frame->GetBufferCount() == 1);
-    if (local_frame->GetPixelFormat() != pFrame->GetPixelFormat() || SizeOf(local_frame) != SizeOf(pFrame))
+    assert(anaglyph->GetBufferCount() == 3 || anaglyph->GetBufferCount() == 1);
+    if (anaglyph->GetPixelFormat() != pFrame->GetPixelFormat() || SizeOf(anaglyph) != SizeOf(pFrame))
         Raise(kUnknownException,
               "the anaglyph has another format or size than the frame, which is left as it is");
     for (unsigned i = 0; i < pFrame->GetBufferCount(); ++i)
-        CopyPicture(FilledPlane(pFrame, i), FilledPlane(local_frame, i));
+        CopyPicture(FilledPlane(pFrame, i), FilledPlane(anaglyph, i));
 }
 
 } // namespace AVBased

@@ -46,6 +46,7 @@ public:
 
 private:
     IRawVideoFrame* Process(IRawVideoFrame* frame, const ConverterPtr& back);
+    IRawVideoFrame* Anaglyph(IRawVideoFrame* frame, FramePtr& own);
     FramePtr ProcessOther(IRawVideoFrame* frame);
     void Draw(IRawVideoFrame* widened);
 
