@@ -21,6 +21,7 @@ host/sound:         include mediabridge host/support host/picture host/media hos
 host/output:        include mediabridge host/support host/picture host/media host/effects host/sound
 host/jobs:          include mediabridge host/support host/picture host/media host/effects host/sound host/output
 cli:                include mediabridge host/support host/media host/effects host/jobs
+adapters/frei0r:    include host/effects
 tests:              *
 fuzz:               *
 bench:              *
