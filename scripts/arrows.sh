@@ -22,6 +22,9 @@ host/output:        include mediabridge host/support host/picture host/media hos
 host/jobs:          include mediabridge host/support host/picture host/media host/effects host/sound host/output
 cli:                include mediabridge host/support host/media host/effects host/jobs
 adapters/frei0r:    include host/effects
+adapters/sound:     include kernels
+adapters/ladspa:    include adapters/sound
+adapters/lv2:       include adapters/sound
 tests:              *
 fuzz:               *
 bench:              *
