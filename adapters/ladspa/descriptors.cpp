@@ -99,6 +99,7 @@ static_assert(std::size(kDescriptors) == std::size(sound::kEffects));
 
 } // namespace AVBased::ladspa
 
+/// Null behind the last plug-in of the file.
 extern "C" [[gnu::visibility("default")]] const AVBased::ladspa::Descriptor*
 ladspa_descriptor(unsigned long index) {
     using AVBased::ladspa::kDescriptors;

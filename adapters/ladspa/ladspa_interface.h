@@ -51,6 +51,3 @@ struct Descriptor {
 };
 
 } // namespace AVBased::ladspa
-
-/// Null behind the last plug-in of the file.
-extern "C" const AVBased::ladspa::Descriptor* ladspa_descriptor(unsigned long index);

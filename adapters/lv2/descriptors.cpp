@@ -33,6 +33,7 @@ static_assert(std::size(kDescriptors) == std::size(sound::kEffects));
 
 } // namespace AVBased::lv2
 
+/// Null behind the last plug-in of the bundle.
 extern "C" [[gnu::visibility("default")]] const AVBased::lv2::Descriptor* lv2_descriptor(uint32_t index) {
     using AVBased::lv2::kDescriptors;
     return index < std::size(kDescriptors) ? kDescriptors[index] : nullptr;

@@ -25,6 +25,3 @@ struct Descriptor {
 };
 
 } // namespace AVBased::lv2
-
-/// Null behind the last plug-in of the bundle.
-extern "C" const AVBased::lv2::Descriptor* lv2_descriptor(uint32_t index);
