@@ -1,8 +1,11 @@
 // Sound: one second of 48 kHz stereo through the loaded plug-in, and as many bytes through the queue.
+#include <algorithm>
+
 #include "BaseTools/data_buffer.h"
 #include "bench/copy_time.h"
 #include "tests/support/host_sound.h"
 #include "tests/support/plugin.h"
+#include "tests/support/sound_plugin.h"
 
 namespace bench {
 
@@ -10,17 +13,30 @@ namespace {
 
 constexpr unsigned kRate = 48000;
 
-void RunEffect(benchmark::State& state, int format, const std::string& name, test::Settings settings) {
+void RunEffect(benchmark::State& state, int format, const std::string& name, test::Settings settings,
+               int channels = 2) {
     const test::AudioProc proc = test::MakeAudio(name, settings);
-    test::HostSound sound({.format = format, .rate = kRate, .samples = kRate});
+    test::HostSound sound({.format = format, .rate = kRate, .channels = channels, .samples = kRate});
     sound.Randomise(1);
     TimeAgainstCopy(state, sound.buffers[0].size(), [&] { proc->ProcFrameInPlace(&sound); });
 }
 
 // Every frame takes the same steps: a ramp of one second's length starts again with each.
-void RunFader(benchmark::State& state, int format) {
+void RunFader(benchmark::State& state, int format, int channels = 2) {
     RunEffect(state, format, "audio_fader",
-              {{"fader_duration", "1000"}, {"fader_start_scale", "0"}, {"fader_end_scale", "1"}});
+              {{"fader_duration", "1000"}, {"fader_start_scale", "0"}, {"fader_end_scale", "1"}}, channels);
+}
+
+// One channel in the pieces that sound servers have.
+void RunAdapter(benchmark::State& state, unsigned effect, const std::vector<float>& controls) {
+    constexpr size_t kPiece = 1024;
+    test::SoundPlugin plugin(test::Door::Ladspa, effect, kRate, controls);
+    std::vector<float> samples(kRate, 0.5f);
+    TimeAgainstCopy(state, samples.size() * sizeof samples[0], [&] {
+        plugin.Activate();
+        for (size_t done = 0; done < samples.size(); done += kPiece)
+            plugin.Run(&samples[done], &samples[done], std::min(kPiece, samples.size() - done));
+    });
 }
 
 // A second's bytes, pushed and popped in blocks of the sizes that readers and frames have.
@@ -54,6 +70,11 @@ void RegisterSoundBenchmarks() {
     });
     Register("audio_fader, signed 16", [](State& state) { RunFader(state, AVBased::sfSigned16); });
     Register("audio_fader, float", [](State& state) { RunFader(state, AVBased::sfFloat); });
+    Register("audio_fader, float, one channel", [](State& state) { RunFader(state, AVBased::sfFloat, 1); });
+    Register("audio_fader, LADSPA", [](State& state) {
+        RunAdapter(state, test::kFaderEffect, {0, 1000, 0, 1});
+    });
+    Register("audio_volume, LADSPA", [](State& state) { RunAdapter(state, test::kVolumeEffect, {77}); });
     Register("byte queue, 4096 in, 4096 out", [](State& state) { RunQueue(state, 4096, 4096); });
     Register("byte queue, 4096 in, 7680 out", [](State& state) { RunQueue(state, 4096, 7680); });
     Register("byte queue, 65536 in, 4096 out", [](State& state) { RunQueue(state, 65536, 4096); });

@@ -13,3 +13,6 @@ cmake --build "$work/consumer" >/dev/null
 # The whole list is read: a program whose reader goes away fails.
 # Found through a link in bin/, the program still finds the libraries beside it.
 "$work/prefix/bin/aveffect" list | grep simple_gauss_blur >/dev/null || { echo "the installed program lists no effects"; exit 1; }
+for file in ladspa/aveffect.so lv2/aveffect.lv2/aveffect.so lv2/aveffect.lv2/manifest.ttl lv2/aveffect.lv2/aveffect.ttl; do
+  [ -e "$work/prefix/lib/$file" ] || { echo "lib/$file is not installed"; exit 1; }
+done

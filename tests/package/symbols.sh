@@ -26,4 +26,16 @@ for name in GetBaseException ReleaseBaseException GetBaseLogger AVBasedMemCopy A
   AVBasedSetCPUFeatureMask CreateImageConverter CreateImageConverterEx CreateRawVideoFrameCropPan CreateAudioResampler; do
   grep -qxF "$name" <<<"$companions" || fail "no companion exports $name"
 done
+
+# The sound plug-ins export their entry and need neither locks nor files nor the libraries beside them.
+for module in ladspa/aveffect.so lv2/aveffect.lv2/aveffect.so; do
+  exports=$(nm -D --defined-only "$bin/../lib/$module" | awk '{print $3}')
+  [ "$exports" = "${module%%/*}_descriptor" ] || fail "$module exports: $exports"
+  while read -r symbol; do
+    case $symbol in
+      _Znw* | _Zdl* | _ZSt7nothrow | __cxa_guard_* | __gxx_personality_v0 | _ZTV*__cxxabiv1* | memcpy | memmove | round*) ;;
+      *) fail "$module needs $symbol" ;;
+    esac
+  done < <(nm -D --undefined-only --without-symbol-versions "$bin/../lib/$module" | awk '$1 != "w" {print $2}')
+done
 exit $failed
