@@ -33,21 +33,30 @@ struct PixelRule {
     ChromaPhase columns[2], rows[2]; ///< even and odd ones, where chroma is halved
 };
 
-/// How pixels become planes, in 32768ths: of blue, green and red, and what is added. Halved chroma comes from
-/// 10 columns, from 4 before twice its own on, and 8 rows, from 3 before; in 16384ths, which add up to 1.
+/// What a sample of halved chroma is made of, across or down: of pairs of columns or rows behind twice its
+/// own number, -3 to 4, which weigh the same, in 65536ths. The weights add up to a half. The last pair may
+/// weigh nothing.
+struct ChromaPairs {
+    static constexpr size_t kPairs = 4;
+
+    int first[kPairs], second[kPairs];
+    int16_t weights[kPairs];
+};
+
+/// How pixels become planes, in 32768ths: of blue, green and red, and what is added, a multiple of 256.
 struct PlaneRule {
     struct Weights {
         int16_t blue, green, red;
     };
     Weights y, u, v;
-    int32_t lumaOffset; ///< in 32768ths
-    int16_t columns[10], rows[8];
+    int32_t lumaOffset;
+    ChromaPairs columns, rows; ///< where chroma is halved
 };
 
 /// Bytes of scratch, aligned to 64, for pictures of that width.
 constexpr size_t ConversionScratchBytes(size_t width) noexcept {
-    constexpr size_t kRows = 2 + 2 * 8 + 2,
-                     kPadding = 256; // two planes' whole and halved rows, one of pixels
+    constexpr size_t kRows = 2 + (2 * 2 + 2 * 8) / 2, // one of pixels, two planes' of half the columns
+        kPadding = 512;
     return kRows * (width + kPadding) * sizeof(int16_t);
 }
 

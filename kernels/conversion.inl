@@ -64,21 +64,52 @@ void ToPixels(Plane32 pixels, const YuvaPlanes& planes, const PixelRule& rule, P
         ToPixelsAs<false>(pixels, planes, rule, order.isShort, scratch);
 }
 
-// Weights of a register of pixels: even bytes hold blue and red, odd ones green and alpha.
-struct PixelWeights {
-    I16 even, odd;
-    I32 offset;
+// A register of pixels: blue and red, green and what weighs an offset.
+struct PixelBytes {
+    static constexpr int32_t kUnit = 256; // of offsets
+    I16 outer, inner;
 
-    AVEFFECT_INLINE PixelWeights(const PlaneRule::Weights& weights, int32_t rounding, bool swapped)
-        : even(Two(swapped ? weights.red : weights.blue, swapped ? weights.blue : weights.red))
-        , odd(Two(weights.green, 0))
-        , offset(I32{} + rounding) {}
+    AVEFFECT_INLINE PixelBytes() = default;
+    AVEFFECT_INLINE explicit PixelBytes(U32 pixels)
+        : outer((I16)Even((U8)pixels))
+        , inner((I16)(((pixels >> 8) & 0xFF) | (kUnit << 16))) {}
+};
+
+// Four registers of pixels, the even ones and the odd ones, as EveryOtherPixel leaves them.
+struct PixelGroup {
+    PixelBytes even[2], odd[2];
+
+    AVEFFECT_INLINE explicit PixelGroup(const U8* pixels) {
+        AVEFFECT_UNROLL
+        for (int i = 0; i < 2; ++i) {
+            even[i] = PixelBytes((U32)EveryOtherPixel<false>(pixels[2 * i], pixels[2 * i + 1]));
+            odd[i] = PixelBytes((U32)EveryOtherPixel<true>(pixels[2 * i], pixels[2 * i + 1]));
+        }
+    }
+};
+
+struct PixelWeights {
+    I16 outer, inner;
+
+    AVEFFECT_INLINE PixelWeights(const PlaneRule::Weights& weights, int32_t offset, bool swapped)
+        : outer(Two(swapped ? weights.red : weights.blue, swapped ? weights.blue : weights.red))
+        , inner(Two(weights.green, static_cast<int16_t>(offset / PixelBytes::kUnit))) {}
     AVEFFECT_INLINE static I16 Two(int16_t low, int16_t high) {
         return (I16)Splat32(static_cast<uint16_t>(low) | static_cast<uint32_t>(static_cast<uint16_t>(high))
                                                              << 16);
     }
-    AVEFFECT_INLINE I32 Sum(U8 pixels) const {
-        return MultiplyAddPairs((I16)Even(pixels), even) + MultiplyAddPairs((I16)Odd(pixels), odd) + offset;
+    // Of two registers, cut.
+    template <size_t Shift>
+    AVEFFECT_INLINE I16 Sums(const PixelBytes* pixels) const {
+        I32 sums[2];
+        AVEFFECT_UNROLL
+        for (int i = 0; i < 2; ++i)
+            sums[i] = (MultiplyAddPairs(pixels[i].outer, outer) + MultiplyAddPairs(pixels[i].inner, inner)) >>
+                      Shift;
+        return PackPairs(sums[0], sums[1]);
+    }
+    AVEFFECT_INLINE U8 Samples(const PixelGroup& pixels) const {
+        return InOrder(JoinLimited(Sums<kWeightBits>(pixels.even), Sums<kWeightBits>(pixels.odd)));
     }
 };
 
@@ -86,26 +117,11 @@ struct PlaneWeights {
     PixelWeights y, u, v;
 };
 
-// Four registers of pixels as a register of samples.
-AVEFFECT_INLINE U8 SamplesOf(const U8* pixels, const PixelWeights& weights) {
-    const I16 low = PackPairs(weights.Sum(pixels[0]) >> kWeightBits, weights.Sum(pixels[1]) >> kWeightBits);
-    const I16 high = PackPairs(weights.Sum(pixels[2]) >> kWeightBits, weights.Sum(pixels[3]) >> kWeightBits);
-    return InOrder(Pack(low, high));
-}
 AVEFFECT_INLINE U8 AlphaOf(const U8* pixels) {
     I32 alpha[4];
     AVEFFECT_UNROLL
     for (int i = 0; i < 4; ++i) alpha[i] = (I32)((U32)pixels[i] >> 24);
     return InOrder(Pack(PackPairs(alpha[0], alpha[1]), PackPairs(alpha[2], alpha[3])));
-}
-
-// Chroma in 128ths, less 128.
-AVEFFECT_INLINE void StoreChroma(int16_t* to, const U8* pixels, const PixelWeights& weights) {
-    constexpr size_t kShift = kWeightBits - kChromaFractionBits;
-    AVEFFECT_UNROLL
-    for (int i = 0; i < 4; i += 2)
-        Store(to + static_cast<size_t>(i) * kLanes / 4,
-              PackPairsInOrder(weights.Sum(pixels[i]) >> kShift, weights.Sum(pixels[i + 1]) >> kShift));
 }
 
 AVEFFECT_INLINE void StoreSome(uint8_t* to, U8 samples, size_t count) {
@@ -115,97 +131,109 @@ AVEFFECT_INLINE void StoreSome(uint8_t* to, U8 samples, size_t count) {
         std::memcpy(to, &samples, count);
 }
 
+// From a row of halved columns to the next: a multiple of a cache line, and odd, so that several rows share a
+// cache well.
+AVEFFECT_INLINE size_t HalvedPitch(size_t columns) { return (columns + 63) / 64 * 64 + 3 * kChromaPadding; }
+
+// A row of chroma in 128ths, less 128 and cut: its even and its odd columns.
+struct ChromaColumns {
+    int16_t *even, *odd;
+
+    AVEFFECT_INLINE ChromaColumns(int16_t* scratch, size_t columns)
+        : even(scratch + kChromaPadding)
+        , odd(even + HalvedPitch(columns)) {}
+    AVEFFECT_INLINE void Write(size_t x, const PixelGroup& pixels, const PixelWeights& weights) const {
+        constexpr size_t kShift = kWeightBits - kChromaFractionBits;
+        Store(even + x / 2, InOrder((U8)weights.Sums<kShift>(pixels.even)));
+        Store(odd + x / 2, InOrder((U8)weights.Sums<kShift>(pixels.odd)));
+    }
+    // Repeats the first and the last column outwards.
+    AVEFFECT_INLINE void RepeatEnds(size_t width) const {
+        constexpr ptrdiff_t kBeyond = 4;
+        const ptrdiff_t end = static_cast<ptrdiff_t>(width);
+        for (ptrdiff_t x = -kBeyond; x < 0; ++x) *At(x) = *At(0);
+        for (ptrdiff_t x = end; x < end + kBeyond; ++x) *At(x) = *At(end - 1);
+    }
+    AVEFFECT_INLINE int16_t* At(ptrdiff_t x) const { return (x % 2 != 0 ? odd : even) + (x >> 1); }
+};
+
 // Rows of planes that one row of pixels becomes; chroma goes to rows of its own where it is halved.
 struct PlaneRows {
     uint8_t *y, *u, *v, *alpha;
-    int16_t *wideU, *wideV;
+    const ChromaColumns *wideU, *wideV;
 
     AVEFFECT_INLINE void Write(const uint8_t* from, size_t x, size_t count,
                                const PlaneWeights& weights) const {
         U8 pixels[4];
         AVEFFECT_UNROLL
         for (size_t i = 0; i < 4; ++i) pixels[i] = Load<U8>(from + i * kLanes);
-        StoreSome(y + x, SamplesOf(pixels, weights.y), count);
+        const PixelGroup group(pixels);
+        StoreSome(y + x, weights.y.Samples(group), count);
         if (alpha) StoreSome(alpha + x, AlphaOf(pixels), count);
         if (wideU) {
-            StoreChroma(wideU + x, pixels, weights.u);
-            StoreChroma(wideV + x, pixels, weights.v);
+            wideU->Write(x, group, weights.u);
+            wideV->Write(x, group, weights.v);
         } else {
-            StoreSome(u + x, SamplesOf(pixels, weights.u), count);
-            StoreSome(v + x, SamplesOf(pixels, weights.v), count);
+            StoreSome(u + x, weights.u.Samples(group), count);
+            StoreSome(v + x, weights.v.Samples(group), count);
         }
     }
-    AVEFFECT_INLINE void WriteRow(const uint8_t* from, size_t width, const PlaneWeights& weights) const {
+    // Asks for the pixels at soon.
+    AVEFFECT_INLINE void WriteRow(const uint8_t* from, size_t width, const PlaneWeights& weights,
+                                  const uint8_t* soon) const {
         size_t x = 0;
-        for (; x + kLanes <= width; x += kLanes) Write(from + x * 4, x, kLanes, weights);
+        for (; x + kLanes <= width; x += kLanes) {
+            AVEFFECT_UNROLL
+            for (size_t i = 0; i < 4 * kLanes; i += 64) Prefetch(soon + x * 4 + i);
+            Write(from + x * 4, x, kLanes, weights);
+        }
         if (x < width) {
             uint8_t pixels[4 * kLanes] = {};
             std::memcpy(pixels, from + x * 4, (width - x) * 4);
             Write(pixels, x, width - x, weights);
         }
         if (!wideU) return;
-        RepeatEnds(wideU, width);
-        RepeatEnds(wideV, width);
+        wideU->RepeatEnds(width);
+        wideV->RepeatEnds(width);
     }
 };
+
+constexpr size_t kHalvedFractionBits = 6; // so that two may be added
+
+// What all that is cut on the way to halved columns lacks in the mean, in 4ths of their unit: a sum of
+// weights, as many products as there are pairs, and a last digit.
+AVEFFECT_INLINE int32_t CutQuarters(const ChromaPairs& columns) { return columns.weights[3] != 0 ? 6 : 5; }
 
 // Halves the columns of a row of chroma.
 struct ColumnsHalved {
-    I16 taps[5];
+    const ChromaPairs& pairs;
+    I16 weights[ChromaPairs::kPairs];
 
-    AVEFFECT_INLINE explicit ColumnsHalved(const int16_t* columns) {
+    AVEFFECT_INLINE explicit ColumnsHalved(const ChromaPairs& columns)
+        : pairs(columns) {
         AVEFFECT_UNROLL
-        for (size_t i = 0; i < 5; ++i) taps[i] = ColumnsMixed::Pair(columns + 2 * i);
+        for (size_t i = 0; i < ChromaPairs::kPairs; ++i) weights[i] = SplatI16(columns.weights[i]);
     }
-    AVEFFECT_INLINE I32 At(const int16_t* from) const {
-        I32 sum = I32{} + (1 << (kTapBits - 1));
-        AVEFFECT_UNROLL
-        for (size_t i = 0; i < 5; ++i) sum = sum + MultiplyAddPairs(Load<I16>(from + 2 * i - 4), taps[i]);
-        return sum >> kTapBits;
-    }
-    AVEFFECT_INLINE void Write(int16_t* to, const int16_t* from, size_t columns) const {
-        for (size_t x = 0; x < columns; x += kHalf)
-            Store(to + x, PackPairsInOrder(At(from + 2 * x), At(from + 2 * x + kHalf)));
-    }
-};
-
-// Up to half a register of chroma samples.
-AVEFFECT_INLINE void StoreSamples(uint8_t* to, I16 samples, size_t count) {
-    const HalfU8 limited = Narrowed((U16)Min(Max(samples, I16{}), SplatI16(255)));
-    if (count >= kHalf)
-        Store(to, limited);
-    else
-        std::memcpy(to, &limited, count);
-}
-
-// A row of chroma from eight, or from one.
-struct RowsHalved {
-    I16 taps[4];
-
-    AVEFFECT_INLINE explicit RowsHalved(const int16_t* rows) {
-        AVEFFECT_UNROLL
-        for (size_t i = 0; i < 4; ++i) taps[i] = ColumnsMixed::Pair(rows + 2 * i);
-    }
-    AVEFFECT_INLINE I16 At(const int16_t* const* from, size_t x) const {
-        constexpr int kShift = kTapBits + kChromaFractionBits;
-        I32 low = I32{} + ((1 << (kShift - 1)) + (128 << kShift)), high = low;
-        AVEFFECT_UNROLL
-        for (size_t i = 0; i < 4; ++i) {
-            const U16 a = Load<U16>(from[2 * i] + x), b = Load<U16>(from[2 * i + 1] + x);
-            low = low + MultiplyAddPairs((I16)InterleaveLow(a, b), taps[i]);
-            high = high + MultiplyAddPairs((I16)InterleaveHigh(a, b), taps[i]);
+    template <size_t Pairs>
+    AVEFFECT_INLINE void WriteFrom(int16_t* to, const ChromaColumns& from, size_t columns) const {
+        const int16_t *first[Pairs], *second[Pairs];
+        for (size_t i = 0; i < Pairs; ++i) {
+            first[i] = from.At(pairs.first[i]);
+            second[i] = from.At(pairs.second[i]);
         }
-        return PackPairs(low >> kShift, high >> kShift);
+        for (size_t x = 0; x < columns; x += kHalf) {
+            I16 sum{};
+            AVEFFECT_UNROLL
+            for (size_t i = 0; i < Pairs; ++i)
+                sum = sum + MultiplyHigh(Load<I16>(first[i] + x) + Load<I16>(second[i] + x), weights[i]);
+            Store(to + x, sum >> (kChromaFractionBits - kHalvedFractionBits));
+        }
     }
-    AVEFFECT_INLINE void Write(uint8_t* to, const int16_t* const* from, size_t width) const {
-        for (size_t x = 0; x < width; x += kHalf) StoreSamples(to + x, At(from, x), width - x);
-    }
-    AVEFFECT_INLINE static void WriteOne(uint8_t* to, const int16_t* from, size_t width) {
-        constexpr int kRounding = (1 << (kChromaFractionBits - 1)) + (128 << kChromaFractionBits);
-        for (size_t x = 0; x < width; x += kHalf)
-            StoreSamples(to + x,
-                         AddSaturated(Load<I16>(from + x), SplatI16(kRounding)) >> kChromaFractionBits,
-                         width - x);
+    AVEFFECT_INLINE void Write(int16_t* to, const ChromaColumns& from, size_t columns) const {
+        if (pairs.weights[3] != 0)
+            WriteFrom<4>(to, from, columns);
+        else
+            WriteFrom<3>(to, from, columns);
     }
 };
 
@@ -215,12 +243,57 @@ struct ChromaRing {
     int16_t* rows[kRows];
 
     AVEFFECT_INLINE ChromaRing(int16_t* scratch, size_t columns) {
-        for (size_t i = 0; i < kRows; ++i) rows[i] = scratch + i * (columns + 2 * kChromaPadding);
+        for (size_t i = 0; i < kRows; ++i) rows[i] = scratch + kChromaPadding + i * HalvedPitch(columns);
     }
     AVEFFECT_INLINE int16_t* Of(size_t y) const { return rows[y % kRows]; }
-    AVEFFECT_INLINE void Around(size_t chromaRow, size_t height, const int16_t** around) const {
-        for (size_t i = 0; i < kRows; ++i)
-            around[i] = Of(LimitedRow(static_cast<ptrdiff_t>(2 * chromaRow + i) - 3, height));
+    AVEFFECT_INLINE const int16_t* Of(ptrdiff_t y, size_t height) const { return Of(LimitedRow(y, height)); }
+};
+
+// A row of chroma from eight, or from one.
+struct RowsHalved {
+    const ChromaPairs& pairs;
+    I16 low, high; // weights
+    int32_t cut;   // in quarters
+
+    AVEFFECT_INLINE RowsHalved(const ChromaPairs& columns, const ChromaPairs& rows)
+        : pairs(rows)
+        , low(PixelWeights::Two(rows.weights[0], rows.weights[1]))
+        , high(PixelWeights::Two(rows.weights[2], rows.weights[3]))
+        , cut(CutQuarters(columns)) {}
+
+    struct Rows {
+        const int16_t *first[ChromaPairs::kPairs], *second[ChromaPairs::kPairs];
+    };
+    AVEFFECT_INLINE I16 At(const Rows& rows, size_t x) const {
+        constexpr int kShift = 16 + kHalvedFractionBits;
+        U16 sums[ChromaPairs::kPairs];
+        AVEFFECT_UNROLL
+        for (size_t i = 0; i < ChromaPairs::kPairs; ++i)
+            sums[i] = Load<U16>(rows.first[i] + x) + Load<U16>(rows.second[i] + x);
+        const I32 rounding = I32{} + ((128 << kShift) + (1 << (kShift - 1)) + (cut << 14));
+        const I32 first = MultiplyAddPairs((I16)InterleaveLow(sums[0], sums[1]), low) +
+                          MultiplyAddPairs((I16)InterleaveLow(sums[2], sums[3]), high) + rounding;
+        const I32 second = MultiplyAddPairs((I16)InterleaveHigh(sums[0], sums[1]), low) +
+                           MultiplyAddPairs((I16)InterleaveHigh(sums[2], sums[3]), high) + rounding;
+        return PackPairs(first >> kShift, second >> kShift);
+    }
+    AVEFFECT_INLINE void Write(uint8_t* to, const ChromaRing& ring, size_t row, size_t height,
+                               size_t width) const {
+        Rows rows;
+        for (size_t i = 0; i < ChromaPairs::kPairs; ++i) {
+            rows.first[i] = ring.Of(static_cast<ptrdiff_t>(2 * row) + pairs.first[i], height);
+            rows.second[i] = ring.Of(static_cast<ptrdiff_t>(2 * row) + pairs.second[i], height);
+        }
+        for (size_t x = 0; x < width; x += kLanes)
+            StoreSome(to + x, PackInOrder(At(rows, x), At(rows, x + kHalf)), width - x);
+    }
+    AVEFFECT_INLINE I16 One(const int16_t* from) const {
+        constexpr int kMiddle = (128 << kHalvedFractionBits) + (1 << (kHalvedFractionBits - 1));
+        return (Load<I16>(from) + SplatI16(static_cast<int16_t>(kMiddle + cut / 4))) >> kHalvedFractionBits;
+    }
+    AVEFFECT_INLINE void WriteOne(uint8_t* to, const int16_t* from, size_t width) const {
+        for (size_t x = 0; x < width; x += kLanes)
+            StoreSome(to + x, PackInOrder(One(from + x), One(from + x + kHalf)), width - x);
     }
 };
 
@@ -228,43 +301,41 @@ void ToPlanes(const YuvaPlanes& planes, Plane32 pixels, const PlaneRule& rule, P
               uint8_t* scratch) noexcept {
     if (pixels.Empty()) return;
     const int32_t half = 1 << (kWeightBits - 1),
-                  middle = planes.halvedColumns ? 128 : half + (128 << kWeightBits);
+                  middle = planes.halvedColumns ? 0 : half + (128 << kWeightBits);
     const PlaneWeights weights = {PixelWeights(rule.y, rule.lumaOffset + half, order.swapped),
                                   PixelWeights(rule.u, middle, order.swapped),
                                   PixelWeights(rule.v, middle, order.swapped)};
-    const size_t width = pixels.width, columns = planes.u.width;
+    const size_t width = pixels.width, columns = planes.u.width, pitch = HalvedPitch(columns);
     uint8_t* const whole = scratch; // a row of pixels
-    int16_t* const wideU = reinterpret_cast<int16_t*>(scratch + RowBytes(width)) + kChromaPadding;
-    int16_t* const wideV = wideU + width + 3 * kChromaPadding;
-    int16_t* const halved = wideV + width + 3 * kChromaPadding;
-    const ChromaRing ringU(halved, columns);
-    const ChromaRing ringV(halved + ChromaRing::kRows * (columns + 2 * kChromaPadding), columns);
+    int16_t* const behind = reinterpret_cast<int16_t*>(scratch + RowBytes(width));
+    const ChromaColumns wideU(behind, columns), wideV(behind + 2 * pitch, columns);
+    const ChromaRing ringU(behind + 4 * pitch, columns);
+    const ChromaRing ringV(behind + (4 + ChromaRing::kRows) * pitch, columns);
     const ColumnsHalved across(rule.columns);
-    const RowsHalved down(rule.rows);
+    const RowsHalved down(rule.columns, rule.rows);
     size_t next = 0; // row of chroma
     for (size_t y = 0; y < pixels.rows; ++y) {
         const uint8_t* const from = order.isShort ? whole : pixels.Row(y);
+        const uint8_t* const soon = order.isShort ? whole : pixels.Row(y + 1 < pixels.rows ? y + 1 : y);
         if (order.isShort) AddFourth<false>(whole, pixels.Row(y), width);
         uint8_t* const alpha = planes.alpha.Empty() ? nullptr : planes.alpha.Row(y);
         if (!planes.halvedColumns) {
             PlaneRows{planes.y.Row(y), planes.u.Row(y), planes.v.Row(y), alpha, nullptr, nullptr}.WriteRow(
-                from, width, weights);
+                from, width, weights, soon);
             continue;
         }
-        PlaneRows{planes.y.Row(y), nullptr, nullptr, alpha, wideU, wideV}.WriteRow(from, width, weights);
+        PlaneRows{planes.y.Row(y), nullptr, nullptr, alpha, &wideU, &wideV}.WriteRow(from, width, weights,
+                                                                                     soon);
         across.Write(ringU.Of(y), wideU, columns);
         across.Write(ringV.Of(y), wideV, columns);
         if (!planes.halvedRows) {
-            RowsHalved::WriteOne(planes.u.Row(y), ringU.Of(y), columns);
-            RowsHalved::WriteOne(planes.v.Row(y), ringV.Of(y), columns);
+            down.WriteOne(planes.u.Row(y), ringU.Of(y), columns);
+            down.WriteOne(planes.v.Row(y), ringV.Of(y), columns);
             continue;
         }
         for (; next < planes.u.rows && (2 * next + 4 <= y || y + 1 == pixels.rows); ++next) {
-            const int16_t* around[ChromaRing::kRows];
-            ringU.Around(next, pixels.rows, around);
-            down.Write(planes.u.Row(next), around, columns);
-            ringV.Around(next, pixels.rows, around);
-            down.Write(planes.v.Row(next), around, columns);
+            down.Write(planes.u.Row(next), ringU, next, pixels.rows, columns);
+            down.Write(planes.v.Row(next), ringV, next, pixels.rows, columns);
         }
     }
 }

@@ -12,6 +12,7 @@
 namespace mediabridge {
 namespace {
 
+using AVBased::kernels::ChromaPairs;
 using AVBased::kernels::ChromaPhase;
 using AVBased::kernels::PixelRule;
 using AVBased::kernels::Plane32;
@@ -132,13 +133,17 @@ void SetPhases(ChromaPhase* phases, double place, ScaleQuality quality) {
     }
 }
 
-/// The same for a filter twice as wide, from so many luma samples before the pair on.
-template <std::size_t Count>
-void SetHalving(std::int16_t (&taps)[Count], int before, double place, ScaleQuality quality) {
-    double weights[Count];
-    for (std::size_t i = 0; i < Count; ++i)
-        weights[i] = WeightAt((static_cast<int>(i) - before - place) / 2, quality);
-    SetTaps(taps, weights);
+/// The same for a filter twice as wide, which is symmetric.
+void SetPairs(ChromaPairs& pairs, double place, ScaleQuality quality) {
+    constexpr double kBetween[] = {0.5, 1.5, 2.5, 3.5}, kOn[] = {0, 1, 3, 2}; // at 2 the curves are 0
+    double weights[ChromaPairs::kPairs];
+    for (std::size_t i = 0; i < ChromaPairs::kPairs; ++i) {
+        const double distance = place == 0.5 ? kBetween[i] : kOn[i];
+        pairs.first[i] = static_cast<int>(place - distance);
+        pairs.second[i] = static_cast<int>(place + distance);
+        weights[i] = WeightAt(distance / 2, quality) / (distance > 0 ? 1 : 2); // one is its own twin
+    }
+    SetTaps(pairs.weights, weights, 32768);
 }
 
 double AcrossOf(AVChromaLocation location) {
@@ -218,8 +223,8 @@ void PixelConversion::SetRules(const PictureSide& yuv, ScaleQuality quality) {
     SetPhases(m_pixelRule.columns, across, quality);
     SetPhases(m_pixelRule.rows, down, quality);
     SetColours(m_planeRule, matrix, RangeOf(yuv.range));
-    SetHalving(m_planeRule.columns, 4, across, quality);
-    SetHalving(m_planeRule.rows, 3, down, quality);
+    SetPairs(m_planeRule.columns, across, quality);
+    SetPairs(m_planeRule.rows, down, quality);
 }
 
 // Behind the last column the tables repeat it.

@@ -346,20 +346,28 @@ AVEFFECT_INLINE U8 ReversePixels(U8 x) {
 #endif
 }
 
+// Pixels 0 and 2, or 1 and 3, of each 128 bits of a, then those of b.
+template <bool Odd>
+AVEFFECT_INLINE U8 EveryOtherPixel(U8 a, U8 b) {
+    constexpr int kPicks = Odd ? 0xDD : 0x88;
+#if AVEFFECT_LANE_BYTES == 64
+    return (U8)_mm512_maskz_shuffle_ps(0xFFFF, (__m512)a, (__m512)b, kPicks);
+#else
+    return (U8)AVEFFECT_OP(shuffle_ps)((F32)a, (F32)b, kPicks);
+#endif
+}
+
 // Units 0, 2, 4, ... of a, then those of b, of 1 or 4 bytes.
 template <size_t UnitBytes>
 AVEFFECT_INLINE U8 EvenUnits(U8 a, U8 b) {
-#if AVEFFECT_LANE_BYTES == 16
-    return UnitBytes == 4 ? (U8)_mm_shuffle_ps((__m128)a, (__m128)b, 0x88) : Pack((I16)Even(a), (I16)Even(b));
-#elif AVEFFECT_LANE_BYTES == 32
-    const U8 within =
-        UnitBytes == 4 ? (U8)_mm256_shuffle_ps((__m256)a, (__m256)b, 0x88) : Pack((I16)Even(a), (I16)Even(b));
-    return (U8)_mm256_permute4x64_epi64((__m256i)within, 0xD8);
-#else
-    const U8 within = UnitBytes == 4 ? (U8)_mm512_maskz_shuffle_ps(0xFFFF, (__m512)a, (__m512)b, 0x88)
-                                     : Pack((I16)Even(a), (I16)Even(b));
+    const U8 within = UnitBytes == 4 ? EveryOtherPixel<false>(a, b) : Pack((I16)Even(a), (I16)Even(b));
+#if AVEFFECT_LANE_BYTES == 64
     return (U8)_mm512_maskz_permutexvar_epi64(0xFF, _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0),
                                               (__m512i)within);
+#elif AVEFFECT_LANE_BYTES == 32
+    return (U8)_mm256_permute4x64_epi64((__m256i)within, 0xD8);
+#else
+    return within;
 #endif
 }
 
