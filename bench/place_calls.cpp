@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "bench/kernel_calls.h"
+#include "kernels/blend.h"
 #include "kernels/lens.h"
 #include "kernels/mirage.h"
 #include "kernels/mosaic.h"
@@ -230,6 +231,28 @@ void AddTransitions(Calls& calls, unsigned features) {
          }});
 }
 
+void AddBlends(Calls& calls, unsigned features) {
+    const auto& kernels = SelectKernels<BlendKernels>(features);
+    for (const size_t unit : {size_t{1}, size_t{4}})
+        calls.push_back({unit == 4 ? "mixBytes of pixels" : "mixBytes", 2, unit,
+                         [=](const auto& planes) { kernels.mixBytes(planes[0], planes[1], 10000); }});
+    calls.push_back(
+        {"maskBytes", 3, 1, [=](const auto& planes) { kernels.maskBytes(planes[0], planes[1], planes[2]); }});
+    calls.push_back({"maskRgba32", 2, 4, [=, memory = std::make_shared<Scratch>()](const auto& planes) {
+                         const size_t width = planes[0].width / 4, rows = planes[0].rows;
+                         kernels.maskRgba32(Pixels(planes[0]), Pixels(planes[1]),
+                                            {memory->Require(width * rows), width, width, rows});
+                     }});
+    for (const auto& [h, v] : {std::pair{1u, 0u}, {1u, 1u}, {2u, 2u}})
+        calls.push_back(
+            {"shrinkMask " + std::to_string(10 * h + v), 2, 1, [=, across = h, down = v](const auto& planes) {
+                 Plane8 to = planes[0];
+                 to.width >>= across;
+                 to.rows >>= down;
+                 kernels.shrinkMask(to, planes[1], across, down);
+             }});
+}
+
 } // namespace
 
 void AddPlaceCalls(Calls& calls, unsigned features) {
@@ -240,6 +263,7 @@ void AddPlaceCalls(Calls& calls, unsigned features) {
     AddWallsAndLenses(calls, features);
     AddStereo(calls, features);
     AddTransitions(calls, features);
+    AddBlends(calls, features);
 }
 
 } // namespace bench

@@ -131,6 +131,9 @@ AVEFFECT_INLINE U8 PickColours(U8 pixels, U8 from, U8 indices) {
 #endif
 }
 
+// Products, shifted by 15, rounded to the nearest, halves up.
+AVEFFECT_BINARY(MultiplyRounded, I16, mulhrs_epi16)
+
 // Sums of the products of neighbouring bytes, a unsigned and b signed.
 AVEFFECT_INLINE I16 MultiplyAddPairs(U8 a, U8 b) {
     return (I16)AVEFFECT_OP(maddubs_epi16)((Register)a, (Register)b);
@@ -270,6 +273,23 @@ AVEFFECT_INLINE U8 PickPixels(U8 pixels, U32 indices) {
 #endif
 }
 #endif
+
+// x / 255, rounded to the nearest, for x up to 255 * 255: 257 / 65536 is a little less than 1 / 255.
+AVEFFECT_INLINE U16 DividedBy255(U16 x) { return MultiplyHigh(x + 128, Splat16(257)); }
+
+// A byte for each pixel of a register.
+AVEFFECT_INLINE U32 LoadQuarter(const uint8_t* from) {
+#if AVEFFECT_LANE_BYTES == 64
+    return (U32)_mm512_maskz_cvtepu8_epi32(0xFFFF, _mm_loadu_si128((const __m128i*)from));
+#elif AVEFFECT_LANE_BYTES == 32
+    return (U32)_mm256_cvtepu8_epi32(_mm_loadl_epi64((const __m128i*)from));
+#else
+    int bytes = 0;
+    std::memcpy(&bytes, from, 4);
+    const U16 words = (U16)InterleaveLow((U8)_mm_cvtsi32_si128(bytes), U8{});
+    return (U32)InterleaveLow(words, U16{});
+#endif
+}
 
 // As many bytes as there are doubles in a register.
 AVEFFECT_INLINE F64 LoadDoubles(const uint8_t* from) {
