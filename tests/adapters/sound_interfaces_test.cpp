@@ -42,6 +42,8 @@ constexpr Pair kNumbers[] = {
     IS(kDefaultMaximum, HINT_DEFAULT_MAXIMUM), IS(kDefault0, HINT_DEFAULT_0), IS(kDefault1, HINT_DEFAULT_1),
     IS(kDefault100, HINT_DEFAULT_100)};
 // clang-format on
+#undef AT
+#undef IS
 
 template <size_t kCount>
 void ExpectSame(const char* what, const Pair (&pairs)[kCount]) {

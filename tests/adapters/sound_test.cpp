@@ -251,7 +251,7 @@ TEST_P(SoundDoor, RunsWithoutMemoryAndSystemCalls) {
         const auto runAll = [&] {
             for (const float length : {100.0f, 50.0f, -1.0f}) {
                 plugin.controls[1] = length;
-                for (const size_t count : {0, 1, 480, 4800})
+                for (const size_t count : {0u, 1u, 480u, 4800u})
                     plugin.Run(samples.data(), samples.data(), count);
             }
             plugin.Activate();
