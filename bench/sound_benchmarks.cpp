@@ -28,9 +28,9 @@ void RunFader(benchmark::State& state, int format, int channels = 2) {
 }
 
 // One channel in the pieces that sound servers have.
-void RunAdapter(benchmark::State& state, unsigned effect, const std::vector<float>& controls) {
+void RunAdapter(benchmark::State& state, test::SoundEffect effect, const std::vector<float>& controls) {
     constexpr size_t kPiece = 1024;
-    test::SoundPlugin plugin(test::Door::Ladspa, effect, kRate, controls);
+    test::SoundPlugin plugin(effect, kRate, controls);
     std::vector<float> samples(kRate, 0.5f);
     TimeAgainstCopy(state, samples.size() * sizeof samples[0], [&] {
         plugin.Activate();

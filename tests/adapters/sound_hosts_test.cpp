@@ -86,7 +86,7 @@ TEST_F(SoundHosts, RunTheGuidesCommands) {
             ++heard;
         }
     }
-    EXPECT_EQ(heard, 10u);
+    EXPECT_EQ(heard, 11u);
 }
 
 TEST_F(SoundHosts, AreToldWhatTheCatalogueSays) {
