@@ -86,7 +86,7 @@ TEST_F(SoundHosts, RunTheGuidesCommands) {
             ++heard;
         }
     }
-    EXPECT_EQ(heard, 11u);
+    EXPECT_EQ(heard, 13u);
 }
 
 TEST_F(SoundHosts, AreToldWhatTheCatalogueSays) {
