@@ -35,12 +35,19 @@ AVEFFECT_INLINE U8 Masked(U8 to, U8 before, U16 evenMask, U16 oddMask) {
                 DividedBy255(OddTimes256(before) - odd + (Odd(to) - odd) * oddMask));
 }
 
-// How much mask a register of the picture takes.
+// What the mask of a register of the picture says, by itself.
+enum class MaskKind { Nothing, Everything, Some };
+
+// A register of the picture takes kBytes of mask.
 struct MaskSamples {
     static constexpr size_t kBytes = kLanes;
     AVEFFECT_INLINE U8 operator()(U8 to, U8 before, const uint8_t* mask) const {
         const U8 m = Load<U8>(mask);
         return Masked(to, before, Even(m), Odd(m));
+    }
+    AVEFFECT_INLINE MaskKind KindOf(const uint8_t* mask) const {
+        const U8 m = Load<U8>(mask);
+        return IsZero(m) ? MaskKind::Nothing : IsZero(~m) ? MaskKind::Everything : MaskKind::Some;
     }
 };
 struct MaskPixels {
@@ -50,9 +57,19 @@ struct MaskPixels {
         const U16 m = (U16)(one | (one << 16));
         return Masked(to, before, m, m);
     }
+    AVEFFECT_INLINE MaskKind KindOf(const uint8_t* mask) const {
+        uint32_t words[kBytes / 4], any = 0, all = ~0u;
+        std::memcpy(words, mask, kBytes);
+        for (const uint32_t word : words) {
+            any |= word;
+            all &= word;
+        }
+        return any == 0 ? MaskKind::Nothing : all == ~0u ? MaskKind::Everything : MaskKind::Some;
+    }
 };
 
-// A row as ForRowWith walks it, with a third one.
+// A row as ForRowWith walks it, with a third one. Most of a mask is nothing or everything, which takes no
+// arithmetic, and of the latter no picture.
 template <class Op>
 AVEFFECT_INLINE void MaskRow(uint8_t* to, const uint8_t* before, const uint8_t* mask, size_t width,
                              const Op& op) {
@@ -68,8 +85,14 @@ AVEFFECT_INLINE void MaskRow(uint8_t* to, const uint8_t* before, const uint8_t* 
     }
     const size_t end = width - kLanes;
     const U8 last = op(Load<U8>(to + end), Load<U8>(before + end), mask + end / kShare);
-    for (size_t x = 0; x < end; x += kLanes)
-        Store(to + x, op(Load<U8>(to + x), Load<U8>(before + x), mask + x / kShare));
+    for (size_t x = 0; x < end; x += kLanes) {
+        const uint8_t* const at = mask + x / kShare;
+        const MaskKind kind = op.KindOf(at);
+        if (kind == MaskKind::Nothing)
+            Store(to + x, Load<U8>(before + x));
+        else if (kind == MaskKind::Some)
+            Store(to + x, op(Load<U8>(to + x), Load<U8>(before + x), at));
+    }
     Store(to + end, last);
 }
 

@@ -424,11 +424,13 @@ AVEFFECT_INLINE void TransposeSquare(const uint8_t* from, size_t fromPitch, uint
 }
 
 AVEFFECT_INLINE bool IsZero(U8 x) {
-    uint64_t words[kLanes / 8];
-    std::memcpy(words, &x, sizeof x);
-    uint64_t any = 0;
-    for (const uint64_t word : words) any |= word;
-    return any == 0;
+#if AVEFFECT_LANE_BYTES == 64
+    return _mm512_test_epi8_mask((Register)x, (Register)x) == 0;
+#elif AVEFFECT_LANE_BYTES == 32
+    return _mm256_testz_si256((Register)x, (Register)x) != 0;
+#else
+    return _mm_movemask_epi8((Register)(x == 0)) == 0xFFFF;
+#endif
 }
 
 // A plane whose rows follow each other without padding is one long row.
