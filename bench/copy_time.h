@@ -27,6 +27,7 @@ inline constexpr const char* kLargestErrors[] = {"largest error 1", "largest err
 
 void RegisterConversionBenchmarks();
 void RegisterKernelBenchmarks();
+void RegisterMaskBenchmarks();
 void RegisterEffectBenchmarks();
 void RegisterSoundBenchmarks();
 

@@ -36,6 +36,7 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     bench::RegisterEffectBenchmarks();
     bench::RegisterConversionBenchmarks();
+    bench::RegisterMaskBenchmarks();
     bench::RegisterSoundBenchmarks();
     bench::RegisterKernelBenchmarks();
     Table table;

@@ -1,0 +1,166 @@
+#include "host/picture/area_mask.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <numbers>
+#include <utility>
+
+#include "host/support/error.h"
+#include "mediabridge/picture_pool.h"
+
+namespace aveffect {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+/// The nearest; from 0 to 255, so that cutting rounds down, which is faster than to ask for it.
+uint8_t ToByte(double value) {
+    constexpr double kHalf = 0.5;
+    return static_cast<uint8_t>(value + kHalf);
+}
+
+int Limited(double column, int low, int high) {
+    return column < low ? low : column > high ? high : static_cast<int>(column);
+}
+
+/// The share of a stretch of that length around a place which lies within so much of the middle.
+double Share(double place, double middle, double half, double length) {
+    const double begin = std::max(place - length / 2, middle - half);
+    const double end = std::min(place + length / 2, middle + half);
+    return std::max(0.0, end - begin) / length;
+}
+
+/// Half the chord of an ellipse at that height above its middle; negative where there is none.
+double HalfChord(double halfWidth, double halfHeight, double height) {
+    const double ratio = height / halfHeight;
+    return ratio < 1 ? halfWidth * std::sqrt(1 - ratio * ratio) : -1;
+}
+
+/// What a line cuts off the unit disc on its right, at -1 to 1.
+double Cap(double at) { return std::acos(at) - at * std::sqrt(1 - at * at); }
+
+/// The area of the unit disc left of x and above y.
+double CornerArea(double x, double y) {
+    x = std::clamp(x, -1.0, 1.0);
+    y = std::clamp(y, -1.0, 1.0);
+    // Lines that cross within the disc cut it in four; one pair of opposite pieces is larger by 4xy.
+    if (x * x + y * y < 1) return (Cap(-x) + Cap(-y)) / 2 - kPi / 4 + x * y;
+    if (x <= 0 && y <= 0) return 0;
+    if (x > 0 && y > 0) return kPi - Cap(x) - Cap(y);
+    return x <= 0 ? Cap(-x) : Cap(-y);
+}
+
+} // namespace
+
+const AVFrame& AreaMask::Draw(const Area& area, double featherPixels, bool inverted, int width, int height) {
+    const bool fits = m_mask && m_mask->width == width && m_mask->height == height;
+    if (fits && area == m_area && featherPixels == m_feather && inverted == m_inverted) return *m_mask;
+    if (!fits) m_mask = mediabridge::AllocatePicture(AV_PIX_FMT_GRAY8, width, height);
+    if (!m_mask) throw Error(ErrorKind::Output, "out of memory for a mask");
+    m_mask->color_range = AVCOL_RANGE_JPEG;
+    m_area = area;
+    m_feather = featherPixels;
+    m_inverted = inverted;
+    m_halfWidth = area.width * width / 2;
+    m_halfHeight = area.height * height / 2;
+    m_x = area.x * width + m_halfWidth;
+    m_y = area.y * height + m_halfHeight;
+    m_ramp = std::min({featherPixels, 2 * m_halfWidth, 2 * m_halfHeight});
+    if (!(m_halfWidth > 0 && m_halfHeight > 0))
+        for (int y = 0; y < height; ++y) DrawRow(y, 0, -1, -1, [](int) { return uint8_t{}; });
+    else if (area.shape == Area::Shape::Rectangle)
+        DrawRectangle();
+    else if (m_ramp < 1)
+        DrawCoveredEllipse();
+    else
+        DrawEllipse();
+    return *m_mask;
+}
+
+/// A row that is within the area as far from the middle as inner, outside from outer on, both negative where
+/// there is no such stretch; ramp(column) tells what lies between.
+template <class Ramp>
+void AreaMask::DrawRow(int row, double middle, double outer, double inner, const Ramp& ramp) {
+    const int width = m_mask->width;
+    const uint8_t outside = m_inverted ? 255 : 0;
+    uint8_t* const to = m_mask->data[0] + ptrdiff_t{row} * m_mask->linesize[0];
+    const int begin = outer < 0 ? width : Limited(std::floor(middle - outer), 0, width);
+    const int end = outer < 0 ? width : Limited(std::ceil(middle + outer), begin, width);
+    const int full = inner < 0 ? end : Limited(std::ceil(middle - inner), begin, end);
+    const int fullEnd = inner < 0 ? end : Limited(std::floor(middle + inner), full, end);
+    const auto fill = [&](int from, int till, int value) {
+        std::memset(to + from, value, static_cast<size_t>(till - from));
+    };
+    const auto draw = [&](int from, int till) {
+        for (int x = from; x < till; ++x) to[x] = static_cast<uint8_t>(ramp(x) ^ outside);
+    };
+    fill(0, begin, outside);
+    draw(begin, full);
+    fill(full, fullEnd, 255 ^ outside);
+    draw(fullEnd, end);
+    fill(end, width, outside);
+}
+
+// The share of a square around each pixel, as wide as the ramp, and at least a pixel.
+void AreaMask::DrawRectangle() {
+    const double side = std::max(1.0, m_ramp);
+    m_columns.resize(static_cast<size_t>(m_mask->width));
+    for (int x = 0; x < m_mask->width; ++x)
+        m_columns[static_cast<size_t>(x)] = static_cast<float>(255 * Share(x + 0.5, m_x, m_halfWidth, side));
+    for (int y = 0; y < m_mask->height; ++y) {
+        const double share = Share(y + 0.5, m_y, m_halfHeight, side);
+        const auto weight = static_cast<float>(share);
+        DrawRow(y, m_x, share > 0 ? m_halfWidth + side / 2 : -1, share == 1 ? m_halfWidth - side / 2 : -1,
+                [&](int x) { return ToByte(m_columns[static_cast<size_t>(x)] * weight); });
+    }
+}
+
+// The share of each pixel, exactly.
+void AreaMask::DrawCoveredEllipse() {
+    const double pixels = m_halfWidth * m_halfHeight; // in a unit of the disc's area
+    for (int y = 0; y < m_mask->height; ++y) {
+        const double top = (y - m_y) / m_halfHeight, bottom = (y + 1 - m_y) / m_halfHeight;
+        const double nearest = top < 0 && bottom > 0 ? 0 : std::min(std::abs(top), std::abs(bottom));
+        const double furthest = std::max(std::abs(top), std::abs(bottom));
+        const auto area = [&](int x) { // of the row left of a column
+            const double at = (x - m_x) / m_halfWidth;
+            return CornerArea(at, bottom) - CornerArea(at, top);
+        };
+        int last = -1; // a column's right is the next one's left
+        double left = 0;
+        DrawRow(y, m_x, HalfChord(m_halfWidth, 1, nearest), HalfChord(m_halfWidth, 1, furthest), [&](int x) {
+            if (x != last) left = area(x);
+            const double right = area(last = x + 1);
+            return ToByte(255 * std::clamp((right - std::exchange(left, right)) * pixels, 0.0, 1.0));
+        });
+    }
+}
+
+// By the distance from the border. Of p it is about k(k - 1) / g, where k is p's length in units of the half
+// axes, and g that of p in units of their squares: exact for circles and on the axes.
+void AreaMask::DrawEllipse() {
+    const auto perWidth = static_cast<float>(1 / (m_halfWidth * m_halfWidth));
+    const auto perHeight = static_cast<float>(1 / (m_halfHeight * m_halfHeight));
+    const auto perPixel = static_cast<float>(255 / m_ramp);
+    // No distance is less than (k - 1) times the smaller half axis.
+    const double spread = m_ramp / (2 * std::min(m_halfWidth, m_halfHeight));
+    const auto halfChord = [&](double scale, double height) {
+        return scale > 0 ? HalfChord(m_halfWidth * scale, m_halfHeight * scale, std::abs(height)) : -1;
+    };
+    for (int y = 0; y < m_mask->height; ++y) {
+        const double height = y + 0.5 - m_y;
+        const auto down = static_cast<float>(height);
+        const float downUnits = down * down * perHeight;
+        DrawRow(y, m_x, halfChord(1 + spread, height), halfChord(1 - spread, height), [&](int x) {
+            const auto across = static_cast<float>(x + 0.5 - m_x);
+            const float acrossUnits = across * across * perWidth, units = acrossUnits + downUnits;
+            const float slope = std::sqrt(acrossUnits * perWidth + downUnits * perHeight);
+            const float inwards = slope > 0 ? (std::sqrt(units) - units) / slope : 255.0F * 255.0F;
+            return ToByte(std::clamp(127.5F + inwards * perPixel, 0.0F, 255.0F));
+        });
+    }
+}
+
+} // namespace aveffect
