@@ -22,15 +22,17 @@ const AVBased::EffectInfo& EffectOf(std::string_view shortName) {
     return *std::ranges::find(AVBased::kVideoEffects, shortName, &AVBased::EffectInfo::shortName);
 }
 
-void Set(AVBased::IVideoProc& proc, const char* property, const std::string& value) {
-    if (!proc.SetProperty(property, value.c_str()))
-        throw std::runtime_error("the plug-in, of another version, does not take " + std::string(property) +
-                                 "='" + value + "'");
-}
-
 std::string WordsOf(IBaseException& record) {
     const std::string words = record.GetExceptionMsg();
     return words.empty() ? "no reason given" : words;
+}
+
+void Set(AVBased::IVideoProc& proc, const char* property, const std::string& value) {
+    IBaseException& record = EffectPlugin::Get()->Record();
+    record.Clear();
+    if (!proc.SetProperty(property, value.c_str()))
+        throw std::runtime_error("the plug-in does not take " + std::string(property) + "='" + value +
+                                 "': " + WordsOf(record));
 }
 
 } // namespace
@@ -44,7 +46,8 @@ const Face& FaceOf(const char* shortName) {
     const AVBased::EffectInfo& effect = EffectOf(shortName);
     std::string explanation = std::string(effect.title) + ". " + std::string(effect.help);
     if (!effect.note.empty()) explanation += " " + std::string(effect.note);
-    Face face{effect, "AVEffect " + std::string(shortName), std::move(explanation), ParametersOf(effect)};
+    Face face{effect, "AVEffect " + std::string(shortName), std::move(explanation),
+              std::string(shortName) + " passes pictures on", ParametersOf(effect)};
     return faces->emplace(shortName, std::move(face)).first->second;
 }
 
@@ -106,6 +109,12 @@ void Instance::Filter(uint32_t* picture) {
 }
 
 void Instance::Mix(const uint32_t* first, const uint32_t* second, uint32_t* out) const {
+    std::vector<uint32_t> replaced; // by the first picture, which the transition draws over
+    if (second == out) {
+        replaced.assign(second, second + Count());
+        std::copy_n(first, Count(), out);
+        second = replaced.data();
+    }
     ShownPictures pictures(first, second, out, m_width, m_height);
     // A transition reads its pictures once in its life, so each moment has its own.
     const VideoProcPtr proc = Make(&pictures, {{"EffectPropVFPath1", ShownPictures::kFirst},
@@ -118,15 +127,14 @@ void Instance::Update(const uint32_t* first, const uint32_t* second, uint32_t* o
     const bool mixes = IsTransition(m_face.effect) && second;
     // The host's picture is not to be changed, so the effect works on the copy that the host wants to have
     // anyway.
-    if (first != out && !(mixes && second == out))
-        std::memcpy(out, first, size_t{m_width} * m_height * sizeof *out);
+    if (first != out && !(mixes && second == out)) std::memcpy(out, first, Count() * sizeof *out);
     if (m_width == 0 || m_height == 0 || IsTransition(m_face.effect) != mixes || !EffectPlugin::Get()) return;
     try {
         mixes ? Mix(first, second, out) : Filter(out);
     } catch (const std::bad_alloc&) {
-        SayOnce(m_face.effect.shortName, "pictures are passed on: there is no memory for it");
+        SayOnce(m_face.complaint, "there is no memory for it");
     } catch (const std::exception& failure) {
-        SayOnce(m_face.effect.shortName, failure.what());
+        SayOnce(m_face.complaint, failure.what());
     }
 }
 

@@ -13,6 +13,7 @@ struct Face {
     const AVBased::EffectInfo& effect;
     std::string name;
     std::string explanation;
+    std::string complaint; ///< what it does when it fails
     std::vector<Parameter> parameters;
 };
 
@@ -44,6 +45,7 @@ private:
     void Run(AVBased::IVideoProc& proc, uint32_t* picture) const;
     bool Has(int index) const { return index >= 0 && static_cast<size_t>(index) < m_values.size(); }
     int Time() const;
+    size_t Count() const { return size_t{m_width} * m_height; } // of pixels
 
     const Face& m_face;
     unsigned m_width, m_height;

@@ -38,4 +38,10 @@ for module in ladspa/aveffect.so lv2/aveffect.lv2/aveffect.so; do
     esac
   done < <(nm -D --undefined-only --without-symbol-versions "$bin/../lib/$module" | awk '$1 != "w" {print $2}')
 done
+# The frei0r modules export the interface's functions, the library behind them what they call; what they drag into a program is the runtime.
+for module in "$bin"/../lib/frei0r-1/*.so; do
+  if [ "${module##*/}" = libaveffect_frei0r.so ]; then own='^_ZN8aveffect6frei0r6module' needed=runtime; else own='^f0r_' needed=libaveffect_frei0r.so; fi
+  nm -D --defined-only --without-symbol-versions "$module" | awk '{print $3}' | grep -v "$own" && fail "$module exports these"
+  readelf -d "$module" | grep NEEDED | grep -vE "\[($needed|libstdc\+\+|libm|libgcc_s|libc|ld-linux[^]]*)\.?(so.*)?\]" && fail "$module needs these"
+done
 exit $failed
