@@ -21,8 +21,9 @@ uint8_t ToByte(double value) {
     return static_cast<uint8_t>(value + kHalf);
 }
 
+/// What is no number counts as low.
 int Limited(double column, int low, int high) {
-    return column < low ? low : column > high ? high : static_cast<int>(column);
+    return column > high ? high : column > low ? static_cast<int>(column) : low;
 }
 
 /// The share of a stretch of that length around a place which lies within so much of the middle.
@@ -68,7 +69,7 @@ const AVFrame& AreaMask::Draw(const Area& area, double featherPixels, bool inver
     m_x = area.x * width + m_halfWidth;
     m_y = area.y * height + m_halfHeight;
     m_ramp = std::min({featherPixels, 2 * m_halfWidth, 2 * m_halfHeight});
-    if (!(m_halfWidth > 0 && m_halfHeight > 0))
+    if (!(m_halfWidth > 0 && m_halfHeight > 0 && std::isfinite(m_x) && std::isfinite(m_y)))
         for (int y = 0; y < height; ++y) DrawRow(y, 0, -1, -1, [](int) { return uint8_t{}; });
     else if (area.shape == Area::Shape::Rectangle)
         DrawRectangle();

@@ -7,7 +7,7 @@
 namespace aveffect {
 
 /// A shape in fractions of a picture, by the box around it. It may lie outside, in part or whole; without
-/// width or height there is none.
+/// width or height, and where numbers are not finite, there is none.
 struct Area {
     enum class Shape { Rectangle, Ellipse };
 

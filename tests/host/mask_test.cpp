@@ -161,13 +161,15 @@ TEST(AreaMask, IsTheShareOfEachPixelOrAnEvenRamp) {
         {{Ellipse, 0.2, 0.1, 0.5625, 0.75}, 20, true, 0.6},
         {{Ellipse, 0.12, 0.1, 0.7, 0.6}, 8, false, 4},
         {{Ellipse, 0.5, 0.5, 0.5, 0}, 5, false, 0.51},
+        {{Ellipse, std::nan(""), 0.5, 0.5, 0.5}, 5, false, 0.51},
+        {{Rectangle, 0.5, std::nan(""), 0.5, 0.5}, 0, false, 0.51},
     };
     aveffect::AreaMask masks;
     int index = 0;
     for (const auto& [area, feather, inverted, tolerance] : cases) {
         SCOPED_TRACE(index++);
         const AVFrame& mask = masks.Draw(area, feather, inverted, kWidth, kHeight);
-        const bool none = area.width <= 0 || area.height <= 0;
+        const bool none = !(area.width > 0 && area.height > 0) || std::isnan(area.x + area.y);
         for (int y = 0; y < kHeight; ++y)
             for (int x = 0; x < kWidth; ++x) {
                 const auto shareOf = area.shape == Rectangle ? RectangleShare : EllipseShare;
