@@ -14,7 +14,7 @@ mediabridge:        include kernels
 companions/basetools: include
 companions/basemedia: include mediabridge
 host/support:       include mediabridge
-host/picture:       include mediabridge host/support
+host/picture:       include kernels mediabridge host/support
 host/media:         include mediabridge host/support host/picture
 host/effects:       include mediabridge host/support host/picture host/media
 host/sound:         include mediabridge host/support host/picture host/media host/effects

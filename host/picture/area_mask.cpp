@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <cstring>
 #include <numbers>
-#include <utility>
 
 #include "host/support/error.h"
+#include "kernels/area.h"
 #include "mediabridge/picture_pool.h"
 
 namespace aveffect {
@@ -70,7 +70,7 @@ const AVFrame& AreaMask::Draw(const Area& area, double featherPixels, bool inver
     m_y = area.y * height + m_halfHeight;
     m_ramp = std::min({featherPixels, 2 * m_halfWidth, 2 * m_halfHeight});
     if (!(m_halfWidth > 0 && m_halfHeight > 0 && std::isfinite(m_x) && std::isfinite(m_y)))
-        for (int y = 0; y < height; ++y) DrawRow(y, 0, -1, -1, [](int) { return uint8_t{}; });
+        for (int y = 0; y < height; ++y) DrawRow(y, 0, -1, -1, [](uint8_t*, int, int) {});
     else if (area.shape == Area::Shape::Rectangle)
         DrawRectangle();
     else if (m_ramp < 1)
@@ -81,7 +81,7 @@ const AVFrame& AreaMask::Draw(const Area& area, double featherPixels, bool inver
 }
 
 /// A row that is within the area as far from the middle as inner, outside from outer on, both negative where
-/// there is no such stretch; ramp(column) tells what lies between.
+/// there is no such stretch; ramp(row, begin, end) draws the columns between.
 template <class Ramp>
 void AreaMask::DrawRow(int row, double middle, double outer, double inner, const Ramp& ramp) {
     const int width = m_mask->width;
@@ -95,7 +95,8 @@ void AreaMask::DrawRow(int row, double middle, double outer, double inner, const
         std::memset(to + from, value, static_cast<size_t>(till - from));
     };
     const auto draw = [&](int from, int till) {
-        for (int x = from; x < till; ++x) to[x] = static_cast<uint8_t>(ramp(x) ^ outside);
+        ramp(to, from, till);
+        for (int x = from; x < till; ++x) to[x] ^= outside;
     };
     fill(0, begin, outside);
     draw(begin, full);
@@ -114,7 +115,9 @@ void AreaMask::DrawRectangle() {
         const double share = Share(y + 0.5, m_y, m_halfHeight, side);
         const auto weight = static_cast<float>(share);
         DrawRow(y, m_x, share > 0 ? m_halfWidth + side / 2 : -1, share == 1 ? m_halfWidth - side / 2 : -1,
-                [&](int x) { return ToByte(m_columns[static_cast<size_t>(x)] * weight); });
+                [&](uint8_t* to, int x, int end) {
+                    for (; x < end; ++x) to[x] = ToByte(m_columns[static_cast<size_t>(x)] * weight);
+                });
     }
 }
 
@@ -129,38 +132,37 @@ void AreaMask::DrawCoveredEllipse() {
             const double at = (x - m_x) / m_halfWidth;
             return CornerArea(at, bottom) - CornerArea(at, top);
         };
-        int last = -1; // a column's right is the next one's left
-        double left = 0;
-        DrawRow(y, m_x, HalfChord(m_halfWidth, 1, nearest), HalfChord(m_halfWidth, 1, furthest), [&](int x) {
-            if (x != last) left = area(x);
-            const double right = area(last = x + 1);
-            return ToByte(255 * std::clamp((right - std::exchange(left, right)) * pixels, 0.0, 1.0));
-        });
+        DrawRow(y, m_x, HalfChord(m_halfWidth, 1, nearest), HalfChord(m_halfWidth, 1, furthest),
+                [&](uint8_t* to, int x, int end) {
+                    double left = area(x);
+                    for (; x < end; ++x) {
+                        const double right = area(x + 1), share = (right - left) * pixels;
+                        to[x] = ToByte(255 * std::clamp(share, 0.0, 1.0));
+                        left = right;
+                    }
+                });
     }
 }
 
-// By the distance from the border. Of p it is about k(k - 1) / g, where k is p's length in units of the half
-// axes, and g that of p in units of their squares: exact for circles and on the axes.
+// By the distance from the border.
 void AreaMask::DrawEllipse() {
-    const auto perWidth = static_cast<float>(1 / (m_halfWidth * m_halfWidth));
-    const auto perHeight = static_cast<float>(1 / (m_halfHeight * m_halfHeight));
-    const auto perPixel = static_cast<float>(255 / m_ramp);
-    // No distance is less than (k - 1) times the smaller half axis.
+    const auto& kernels = AVBased::Kernels<AVBased::kernels::AreaKernels>();
+    const AVBased::kernels::EllipseRamp ellipse = {
+        static_cast<float>(m_halfWidth), static_cast<float>(m_halfHeight), static_cast<float>(255 / m_ramp)};
+    // Of the ellipse k times as large, no point is nearer than (k - 1) times the smaller half axis.
     const double spread = m_ramp / (2 * std::min(m_halfWidth, m_halfHeight));
     const auto halfChord = [&](double scale, double height) {
         return scale > 0 ? HalfChord(m_halfWidth * scale, m_halfHeight * scale, std::abs(height)) : -1;
     };
     for (int y = 0; y < m_mask->height; ++y) {
         const double height = y + 0.5 - m_y;
-        const auto down = static_cast<float>(height);
-        const float downUnits = down * down * perHeight;
-        DrawRow(y, m_x, halfChord(1 + spread, height), halfChord(1 - spread, height), [&](int x) {
-            const auto across = static_cast<float>(x + 0.5 - m_x);
-            const float acrossUnits = across * across * perWidth, units = acrossUnits + downUnits;
-            const float slope = std::sqrt(acrossUnits * perWidth + downUnits * perHeight);
-            const float inwards = slope > 0 ? (std::sqrt(units) - units) / slope : 255.0F * 255.0F;
-            return ToByte(std::clamp(127.5F + inwards * perPixel, 0.0F, 255.0F));
-        });
+        DrawRow(y, m_x, halfChord(1 + spread, height), halfChord(1 - spread, height),
+                [&](uint8_t* to, int begin, int end) {
+                    if (begin < end)
+                        kernels.softEllipse(to + begin, static_cast<size_t>(end - begin),
+                                            static_cast<float>(begin + 0.5 - m_x), static_cast<float>(height),
+                                            ellipse);
+                });
     }
 }
 

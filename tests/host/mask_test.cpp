@@ -10,6 +10,7 @@
 #include "mediabridge/picture_blend.h"
 #include "mediabridge/picture_pool.h"
 #include "tests/host/clips.h"
+#include "tests/support/feature_mask.h"
 #include "tests/support/host_frame.h"
 
 namespace {
@@ -122,20 +123,21 @@ double EllipseShare(const Area& area, double feather, double x, double y) {
     const Pixels box(area);
     const double a = (box.right - box.left) / 2, b = (box.bottom - box.top) / 2;
     const double middleX = box.left + a, middleY = box.top + b;
+    feather = std::min({feather, 2 * a, 2 * b});
     const auto inside = [&](double px, double py) {
         return std::hypot((px - middleX) / a, (py - middleY) / b) < 1;
     };
     if (feather == 0) { // counted on a fine grid
-        constexpr int kFine = 64;
+        constexpr int kFine = 40;
         int count = 0;
         for (int i = 0; i < kFine * kFine; ++i)
             count += inside(x - 0.5 + (i % kFine + 0.5) / kFine, y - 0.5 + (i / kFine + 0.5) / kFine);
         return count / static_cast<double>(kFine * kFine);
     }
     double nearest = 1e9;
-    for (double angle = 0; angle < 2 * std::numbers::pi; angle += 0.002)
-        nearest = std::min(nearest,
-                           std::hypot(middleX + a * std::cos(angle) - x, middleY + b * std::sin(angle) - y));
+    for (double angle = 0; angle < std::numbers::pi / 2; angle += 0.002) // one quarter is as all
+        nearest = std::min(nearest, std::hypot(a * std::cos(angle) - std::abs(x - middleX),
+                                               b * std::sin(angle) - std::abs(y - middleY)));
     return std::clamp(0.5 + (inside(x, y) ? nearest : -nearest) / feather, 0.0, 1.0);
 }
 
@@ -159,24 +161,31 @@ TEST(AreaMask, IsTheShareOfEachPixelOrAnEvenRamp) {
         {{Ellipse, -3, -3, 7, 7}, 0, false, 2},
         {{Ellipse, 0.2, 0.2, 0.375, 0.5}, 1, false, 1},
         {{Ellipse, 0.2, 0.1, 0.5625, 0.75}, 20, true, 0.6},
-        {{Ellipse, 0.12, 0.1, 0.7, 0.6}, 8, false, 4},
+        {{Ellipse, 0.12, 0.1, 0.7, 0.6}, 8, false, 1},
+        {{Ellipse, -0.2, 0.3, 1.3, 0.4}, 300, false, 1},
+        {{Ellipse, 0.3, -0.5, 0.2, 1.8}, 6, true, 1.5},
         {{Ellipse, 0.5, 0.5, 0.5, 0}, 5, false, 0.51},
         {{Ellipse, std::nan(""), 0.5, 0.5, 0.5}, 5, false, 0.51},
         {{Rectangle, 0.5, std::nan(""), 0.5, 0.5}, 0, false, 0.51},
     };
-    aveffect::AreaMask masks;
     int index = 0;
     for (const auto& [area, feather, inverted, tolerance] : cases) {
         SCOPED_TRACE(index++);
-        const AVFrame& mask = masks.Draw(area, feather, inverted, kWidth, kHeight);
         const bool none = !(area.width > 0 && area.height > 0) || std::isnan(area.x + area.y);
-        for (int y = 0; y < kHeight; ++y)
-            for (int x = 0; x < kWidth; ++x) {
-                const auto shareOf = area.shape == Rectangle ? RectangleShare : EllipseShare;
-                const double share = none ? 0 : shareOf(area, feather, x + 0.5, y + 0.5);
-                ASSERT_NEAR(At(mask, x, y), 255 * (inverted ? 1 - share : share), tolerance)
-                    << x << ", " << y;
-            }
+        const auto shareOf = area.shape == Rectangle ? RectangleShare : EllipseShare;
+        std::vector<double> wanted;
+        for (int i = 0; i < kWidth * kHeight; ++i) {
+            const double share = none ? 0 : shareOf(area, feather, i % kWidth + 0.5, i / kWidth + 0.5);
+            wanted.push_back(255 * (inverted ? 1 - share : share));
+        }
+        for (const unsigned level : test::kLevelMasks) {
+            const test::FeatureMask levels(level);
+            aveffect::AreaMask masks;
+            const AVFrame& mask = masks.Draw(area, feather, inverted, kWidth, kHeight);
+            for (int i = 0; i < kWidth * kHeight; ++i)
+                ASSERT_NEAR(At(mask, i % kWidth, i / kWidth), wanted[static_cast<size_t>(i)], tolerance)
+                    << i % kWidth << ", " << i / kWidth << ", level " << level;
+        }
     }
 }
 
