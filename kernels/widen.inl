@@ -34,9 +34,14 @@ struct PixelSplitter {
         Store(rows.g + x, Colour(pixels, 8));
         Store(rows.r + x, Colour(pixels, swapped ? 0 : 16));
     }
-    AVEFFECT_INLINE void operator()(const uint8_t* pixels, size_t width) const {
+    // Asks for the pixels at soon.
+    AVEFFECT_INLINE void operator()(const uint8_t* pixels, size_t width, const uint8_t* soon) const {
         size_t x = 0;
-        for (; x + kHalf <= width; x += kHalf) Split(pixels + x * 4, x);
+        for (; x + kHalf <= width; x += kHalf) {
+            AVEFFECT_UNROLL
+            for (size_t i = 0; i < 2 * kLanes; i += 64) Prefetch(soon + x * 4 + i);
+            Split(pixels + x * 4, x);
+        }
         if (x < width) {
             uint8_t some[2 * kLanes] = {};
             std::memcpy(some, pixels + x * 4, (width - x) * 4);
@@ -126,7 +131,8 @@ void WidenPixels(Plane8 rgb24, Plane32 pixels, const Widening& widening, bool sw
     const RowWidener widener(widening, scratch + 6 * ColourRows::Pitch(pixels.width));
     const PixelSplitter split{rows, swapped};
     for (size_t y = 0; y < rgb24.rows; ++y) {
-        split(pixels.Row(y), pixels.width);
+        split(pixels.Row(y), pixels.width,
+              pixels.Row(LimitedRow(static_cast<ptrdiff_t>(y + 1), pixels.rows)));
         widener.Write(rgb24.Row(y), rows);
     }
 }

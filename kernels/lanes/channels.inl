@@ -55,12 +55,15 @@ AVEFFECT_INLINE void StoreJoined(uint8_t* pixels, U8 b, U8 g, U8 r, U8 a) {
 }
 
 // Pixels of three bytes from pixels of four, and back; the fourth byte is then anything; swapped with
-// the first and third one exchanged.
+// the first and third one exchanged. Within each 128 bits bytes are picked, between them groups of four.
 AVEFFECT_INLINE void DropFourth(uint8_t* to, const uint8_t* from, size_t count) {
     size_t x = 0;
 #if AVEFFECT_LANE_BYTES > 16
     constexpr uint8_t kThree[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
-    for (; x * 3 + 16 <= count * 3; x += 4) Pick16Bytes(to + x * 3, from + x * 4, kThree);
+    constexpr uint32_t kGroups[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14};
+    const U8 three = InEach128Bits(kThree);
+    for (; x * 3 + kLanes <= count * 3; x += kLanes / 4) // the last quarter is overwritten
+        Store(to + x * 3, PickPixels(PickBytes(Load<U8>(from + x * 4), three), Load<U32>(kGroups)));
 #endif
     for (; x < count; ++x) std::memcpy(to + x * 3, from + x * 4, 3);
 }
@@ -71,7 +74,10 @@ AVEFFECT_INLINE void AddFourth(uint8_t* to, const uint8_t* from, size_t count) {
 #if AVEFFECT_LANE_BYTES > 16
     constexpr uint8_t kFour[16] = {kFirst,     1, kLast,     0, kFirst + 3, 4,  kLast + 3, 0,
                                    kFirst + 6, 7, kLast + 6, 0, kFirst + 9, 10, kLast + 9, 0};
-    for (; x * 3 + 16 <= count * 3; x += 4) Pick16Bytes(to + x * 4, from + x * 3, kFour);
+    constexpr uint32_t kGroups[16] = {0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0};
+    const U8 four = InEach128Bits(kFour);
+    for (; x * 3 + kLanes <= count * 3; x += kLanes / 4)
+        Store(to + x * 4, PickBytes(PickPixels(Load<U8>(from + x * 3), Load<U32>(kGroups)), four));
 #endif
     for (; x < count; ++x) {
         to[x * 4] = from[x * 3 + kFirst];

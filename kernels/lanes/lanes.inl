@@ -206,11 +206,18 @@ AVEFFECT_INLINE U16 EvenLanes(U16 a, U16 b) {
 }
 
 #if AVEFFECT_LANE_BYTES > 16
+// The same in each 128 bits.
+AVEFFECT_INLINE U8 InEach128Bits(const uint8_t* bytes) {
+    const __m128i one = Load<__m128i>(bytes);
+#if AVEFFECT_LANE_BYTES == 64
+    return (U8)_mm512_maskz_broadcast_i32x4(0xFFFF, one);
+#else
+    return (U8)_mm256_broadcastsi128_si256(one);
+#endif
+}
+
 // Of each 128 bits the low and the high eight bytes in turns.
-constexpr uint8_t kHalvesInTurns[64] = {0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15,
-                                        0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15,
-                                        0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15,
-                                        0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15};
+constexpr uint8_t kHalvesInTurns[16] = {0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15};
 #endif
 
 // 16-bit lanes of the even and of the odd bytes, which needs no shuffling; Join undoes it, for lanes up to
@@ -224,7 +231,7 @@ AVEFFECT_INLINE U8 JoinLimited(I16 even, I16 odd) {
 #if AVEFFECT_LANE_BYTES == 16
     return InterleaveLow(packed, (U8)_mm_srli_si128((Register)packed, 8));
 #else
-    return PickBytes(packed, Load<U8>(kHalvesInTurns));
+    return PickBytes(packed, InEach128Bits(kHalvesInTurns));
 #endif
 }
 // The same, each byte times 256: what MultiplyHigh by a gain turns into byte * gain >> 8.
