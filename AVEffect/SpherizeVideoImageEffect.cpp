@@ -36,8 +36,9 @@ bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
     BeginMap(rectangle);
     m_nFirstRow = rectangle.yBegin;
     m_nColumns = rectangle.xEnd - rectangle.xBegin;
-    m_Columns.resize(m_nColumns * (rectangle.yEnd - rectangle.yBegin));
-    m_Rows.resize(m_Columns.size());
+    const size_t places = m_nColumns * (rectangle.yEnd - rectangle.yBegin);
+    m_pColumns = reinterpret_cast<uint32_t*>(m_Memory.Require(2 * places * sizeof(uint32_t)));
+    m_pRows = m_pColumns + places;
     const auto farthest = [](int64_t centre, size_t begin, size_t end) {
         return std::max(centre - static_cast<int64_t>(begin), static_cast<int64_t>(end) - 1 - centre);
     };
@@ -46,13 +47,17 @@ bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
     // All at once: properties may change while the map stays, and frames of other sizes ask for it.
     for (size_t row = rectangle.yBegin, first = 0; row < rectangle.yEnd; ++row, first += m_nColumns)
         FindRow(static_cast<int64_t>(rectangle.xBegin) - m_nX, static_cast<int64_t>(row) - m_nY, m_nColumns,
-                &m_Columns[first], &m_Rows[first]);
+                m_pColumns + first, m_pRows + first);
     return true;
+}
+
+kernels::RowAround CCircleMapEffect::RowOf(int64_t dx, int64_t dy, size_t count) const {
+    return {m_nX, m_nY, static_cast<int32_t>(dx), static_cast<int32_t>(dy), count};
 }
 
 SamplePlaces CCircleMapEffect::SourcesOf(size_t y) {
     const size_t first = (y - m_nFirstRow) * m_nColumns;
-    return {&m_Columns[first], &m_Rows[first]};
+    return {m_pColumns + first, m_pRows + first};
 }
 
 // Spherize
@@ -90,7 +95,8 @@ int32_t CSpherizeVideoImageEffect::FactorOf(uint32_t squares) const {
 
 // Powers are costly, and few: they are cut to 256ths.
 void CSpherizeVideoImageEffect::Prepare(const Reach& reach) {
-    m_Factors.resize(static_cast<size_t>(reach.columns) + 1);
+    m_nFactors = static_cast<size_t>(reach.columns) + 1;
+    m_Factors.resize(m_nFactors + kernels::kTablePadding);
     m_Steps.clear();
     // Neighbouring distances lie far enough apart for their powers not to change places by rounding, and
     // their squares fit into 32 bits.
@@ -115,8 +121,9 @@ void CSpherizeVideoImageEffect::Prepare(const Reach& reach) {
 
 void CSpherizeVideoImageEffect::FindFactors(int64_t dy) {
     size_t factor = 0;
-    for (size_t dx = 0; dx < m_Factors.size(); ++dx) {
+    for (size_t dx = 0; dx < m_nFactors; ++dx) {
         const uint32_t squares = Squares(static_cast<int64_t>(dx), dy);
+        m_Factors[dx] = kWhole;
         if (squares > Squares(m_nRadius, 0)) continue;
         if (m_Steps.empty()) {
             m_Factors[dx] = FactorOf(squares);
@@ -130,10 +137,12 @@ void CSpherizeVideoImageEffect::FindFactors(int64_t dy) {
 void CSpherizeVideoImageEffect::FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns,
                                         uint32_t* rows) {
     FindFactors(dy);
-    const uint32_t rim = Squares(m_nRadius, 0);
+    if (!m_Steps.empty()) {
+        Kernels<kernels::LensKernels>().scaledRow(RowOf(dx, dy, count), m_Factors.data(), columns, rows);
+        return;
+    }
     for (size_t i = 0; i < count; ++i, ++dx) {
-        const int64_t factor =
-            Squares(dx, dy) <= rim ? m_Factors[static_cast<size_t>(std::abs(dx))] : int64_t{kWhole};
+        const int64_t factor = m_Factors[static_cast<size_t>(std::abs(dx))];
         columns[i] = static_cast<uint32_t>(Narrow(((dx * factor) >> 8) + m_nX));
         rows[i] = static_cast<uint32_t>(Narrow(((dy * factor) >> 8) + m_nY));
     }
@@ -160,43 +169,45 @@ void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
     }
 }
 
-CRotateVideoImageEffect::Turn CRotateVideoImageEffect::TurnOf(int64_t dx, int64_t dy) const {
+float CRotateVideoImageEffect::AngleOf(int64_t dx, int64_t dy) const {
     const auto radius = static_cast<float>(m_nRadius);
     const float nx = static_cast<float>(dx) / radius, ny = static_cast<float>(dy) / radius;
     const double depth = (radius - std::sqrt(static_cast<float>(dx * dx + dy * dy))) * m_dScale;
     const double direction = std::sqrt(nx * nx + ny * ny) - 0.7;
-    const auto angle = static_cast<float>(2 * (depth / radius * direction));
-    return {std::sin(angle), std::cos(angle)};
+    return static_cast<float>(2 * (depth / radius * direction));
 }
 
-// A quarter tells of the others, and half of it of the rest.
+// A quarter tells of the others, and half of it of the rest. What lies outside comes from itself, as does
+// what an angle of 0 turns: computed, it might be off by one.
 void CRotateVideoImageEffect::Prepare(const Reach& reach) {
     m_nTurnsAcross = static_cast<size_t>(reach.columns) + 1;
-    m_Turns.resize(m_nTurnsAcross * (static_cast<size_t>(reach.rows) + 1));
-    Turn* turns = m_Turns.data();
-    for (int64_t dy = 0; dy <= reach.rows; ++dy, turns += m_nTurnsAcross)
-        for (int64_t dx = 0; dx <= reach.columns && Inside(dx, dy); ++dx)
-            turns[dx] = dx < dy && dy <= reach.columns
-                            ? m_Turns[static_cast<size_t>(dx) * m_nTurnsAcross + static_cast<size_t>(dy)]
-                            : TurnOf(dx, dy);
+    const size_t count = m_nTurnsAcross * (static_cast<size_t>(reach.rows) + 1);
+    m_Sines.resize(count + kernels::kTablePadding);
+    m_Cosines.resize(count + kernels::kTablePadding);
+    const auto at = [this](int64_t dx, int64_t dy) {
+        return static_cast<size_t>(dy) * m_nTurnsAcross + static_cast<size_t>(dx);
+    };
+    for (int64_t dy = 0; dy <= reach.rows; ++dy)
+        for (int64_t dx = 0; dx <= reach.columns; ++dx) {
+            const size_t place = at(dx, dy);
+            if (dx < dy && dy <= reach.columns) {
+                m_Sines[place] = m_Sines[at(dy, dx)];
+                m_Cosines[place] = m_Cosines[at(dy, dx)];
+            } else if (Inside(dx, dy)) {
+                const float angle = AngleOf(dx, dy);
+                m_Sines[place] = std::sin(angle);
+                m_Cosines[place] = std::cos(angle);
+            } else {
+                m_Sines[place] = 0;
+            }
+        }
 }
 
 void CRotateVideoImageEffect::FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns,
                                       uint32_t* rows) {
-    const Turn* const turns = &m_Turns[static_cast<size_t>(std::abs(dy)) * m_nTurnsAcross];
-    const auto radius = static_cast<float>(m_nRadius);
-    const auto centreX = static_cast<float>(m_nX), centreY = static_cast<float>(m_nY);
-    const float ny = static_cast<float>(dy) / radius;
-    for (size_t i = 0; i < count; ++i, ++dx) {
-        columns[i] = static_cast<uint32_t>(Narrow(dx + m_nX));
-        rows[i] = static_cast<uint32_t>(Narrow(dy + m_nY));
-        if (!Inside(dx, dy)) continue;
-        const Turn& turn = turns[std::abs(dx)];
-        if (turn.sine == 0) continue; // an angle of 0; the divisions below might miss the pixel by one
-        const float nx = static_cast<float>(dx) / radius;
-        columns[i] = static_cast<uint32_t>(Truncate((nx * turn.cosine - ny * turn.sine) * radius + centreX));
-        rows[i] = static_cast<uint32_t>(Truncate(centreY + (ny * turn.cosine + nx * turn.sine) * radius));
-    }
+    const size_t turns = static_cast<size_t>(std::abs(dy)) * m_nTurnsAcross;
+    Kernels<kernels::LensKernels>().turnedRow(RowOf(dx, dy, count), static_cast<float>(m_nRadius),
+                                              &m_Sines[turns], &m_Cosines[turns], columns, rows);
 }
 
 } // namespace AVBased

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "AVEffect/StoredMapEffect.h"
+#include "AVEffect/support/scratch.h"
+#include "kernels/lens.h"
 
 namespace AVBased {
 
@@ -34,6 +36,8 @@ protected:
     virtual void FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns, uint32_t* rows) = 0;
 
     bool BuildMap(size_t width, size_t height) override;
+    /// The same row, as the kernels are told of it.
+    kernels::RowAround RowOf(int64_t dx, int64_t dy, size_t count) const;
 
     /// To a 32-bit integer as the processor converts: what does not fit becomes the lowest one, far outside
     /// every picture.
@@ -50,8 +54,9 @@ protected:
 private:
     SamplePlaces SourcesOf(size_t y) override;
 
-    size_t m_nFirstRow = 0, m_nColumns = 0;  // of the map
-    std::vector<uint32_t> m_Columns, m_Rows; // that its pixels come from, in row order
+    size_t m_nFirstRow = 0, m_nColumns = 0; // of the map
+    Scratch m_Memory;
+    uint32_t *m_pColumns = nullptr, *m_pRows = nullptr; // that its pixels come from, in row order
 };
 
 /// Pulls the pixels of a circle in or out along their rays.
@@ -71,6 +76,7 @@ private:
     // needn't grow.
     std::vector<uint32_t> m_Steps;
     std::vector<int32_t> m_Factors; // of a row's pixels by their distance from the centre's column, 256ths
+    size_t m_nFactors = 0;          // without what pads them
 };
 
 /// Twists a circle, the more the nearer to its centre; beyond seven tenths of the radius the other way.
@@ -90,12 +96,9 @@ private:
         return static_cast<float>(m_nRadius) > std::sqrt(squares);
     }
 
-    struct Turn {
-        float sine, cosine;
-    };
-    Turn TurnOf(int64_t dx, int64_t dy) const;
+    float AngleOf(int64_t dx, int64_t dy) const;
 
-    std::vector<Turn> m_Turns; // of a quarter of the circle, m_nTurnsAcross to a row
+    std::vector<float> m_Sines, m_Cosines; // of a quarter of the circle, m_nTurnsAcross to a row, and padding
     size_t m_nTurnsAcross = 0;
 };
 

@@ -1,6 +1,7 @@
 // Kernels that take samples from elsewhere.
 #include <array>
 #include <memory>
+#include <vector>
 
 #include "bench/kernel_calls.h"
 #include "kernels/blend.h"
@@ -158,23 +159,34 @@ void AddWallsAndLenses(Calls& calls, unsigned features) {
                      }});
     const auto& lenses = SelectKernels<LensKernels>(features);
     // The places of two planes' pixels, as numbers in their stead.
-    calls.push_back({"tileRow", 2, 4, [=](const auto& planes) {
-                         static constexpr std::array<int32_t, TileLens::kBends> kFlat{};
-                         const LensSize size = {static_cast<uint32_t>(planes[0].width / 4),
-                                                static_cast<uint32_t>(planes[0].rows)};
-                         for (uint32_t y = 0; y < size.height; ++y)
-                             lenses.tileRow({size, 16384, 28378, 1536, kFlat.data()}, y,
-                                            reinterpret_cast<uint32_t*>(planes[0].Row(y)),
-                                            reinterpret_cast<uint32_t*>(planes[1].Row(y)));
-                     }});
-    calls.push_back({"inversionRow", 2, 4, [=](const auto& planes) {
-                         const LensSize size = {static_cast<uint32_t>(planes[0].width / 4),
-                                                static_cast<uint32_t>(planes[0].rows)};
-                         for (uint32_t y = 0; y < size.height; ++y)
-                             lenses.inversionRow(size, 74649600, y,
-                                                 reinterpret_cast<uint32_t*>(planes[0].Row(y)),
-                                                 reinterpret_cast<uint32_t*>(planes[1].Row(y)));
-                     }});
+    const auto addRows = [&](const char* name, auto findRow) {
+        calls.push_back({name, 2, 4, [=](const auto& planes) {
+                             const LensSize size = {static_cast<uint32_t>(planes[0].width / 4),
+                                                    static_cast<uint32_t>(planes[0].rows)};
+                             for (uint32_t y = 0; y < size.height; ++y)
+                                 findRow(size, y, reinterpret_cast<uint32_t*>(planes[0].Row(y)),
+                                         reinterpret_cast<uint32_t*>(planes[1].Row(y)));
+                         }});
+    };
+    addRows("tileRow", [=](const LensSize& size, uint32_t y, uint32_t* columns, uint32_t* rows) {
+        static constexpr std::array<int32_t, TileLens::kBends> kFlat{};
+        lenses.tileRow({size, 16384, 28378, 1536, kFlat.data()}, y, columns, rows);
+    });
+    addRows("inversionRow", [=](const LensSize& size, uint32_t y, uint32_t* columns, uint32_t* rows) {
+        lenses.inversionRow(size, 74649600, y, columns, rows);
+    });
+    const auto around = [](const LensSize& size, uint32_t y) {
+        const auto x = static_cast<int32_t>(size.width / 2), middle = static_cast<int32_t>(size.height / 2);
+        return RowAround{x, middle, -x, static_cast<int32_t>(y) - middle, size.width};
+    };
+    addRows("scaledRow", [=](const LensSize& size, uint32_t y, uint32_t* columns, uint32_t* rows) {
+        static const std::vector<int32_t> kFactors(4096, 200);
+        lenses.scaledRow(around(size, y), kFactors.data(), columns, rows);
+    });
+    addRows("turnedRow", [=](const LensSize& size, uint32_t y, uint32_t* columns, uint32_t* rows) {
+        static const std::vector<float> kSines(4096, 0.6F), kCosines(4096, 0.8F);
+        lenses.turnedRow(around(size, y), 1000, kSines.data(), kCosines.data(), columns, rows);
+    });
 }
 
 void AddStereo(Calls& calls, unsigned features) {

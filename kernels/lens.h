@@ -23,6 +23,15 @@ struct TileLens {
     const int32_t* bends; ///< how far a lens shifts, from step -256 on, 32768ths
 };
 
+/// Pixels of a row, from a distance of dx columns on and at one of dy rows from the middle of a circle.
+struct RowAround {
+    int32_t x, y; ///< the middle; it and its sums with the distances fit into 31 bits
+    int32_t dx, dy;
+    size_t count;
+};
+/// Entries that a row's tables by distance have to hold behind those of its pixels.
+constexpr size_t kTablePadding = 16;
+
 /// One level's kernels. With (dx, dy) a pixel's place from the middle:
 struct LensKernels {
     /// u = sine * dy + cosine * dx and v = cosine * dy - sine * dx are bent each by its entry of the table,
@@ -32,6 +41,14 @@ struct LensKernels {
     /// 32 bits but that of the middle, which comes from itself.
     void (*inversionRow)(LensSize size, int32_t power, uint32_t y, uint32_t* columns,
                          uint32_t* rows) noexcept;
+    /// The pixels come from dx and dy times a factor from 0 to 256, in 256ths, which the table has by dx
+    /// without its sign. Distances are below 32768.
+    void (*scaledRow)(const RowAround& row, const int32_t* factors, uint32_t* columns,
+                      uint32_t* rows) noexcept;
+    /// They come from (dx, dy) / radius, turned by an angle whose sine and cosine the tables have by dx
+    /// without its sign, times radius. With a sine of 0 they come from themselves. In single precision, cut.
+    void (*turnedRow)(const RowAround& row, float radius, const float* sines, const float* cosines,
+                      uint32_t* columns, uint32_t* rows) noexcept;
 };
 
 template <>

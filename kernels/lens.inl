@@ -28,7 +28,7 @@ AVEFFECT_INLINE U32 Remainders(U32 numbers, uint32_t size) {
         half = __builtin_convertvector((__builtin_convertvector(half, Doubles) + 2147483648.0) * (1.0 / size),
                                        HalfWords);
     numbers -= Load<U32>(halves) * size;
-    return numbers - ((U32)(numbers >= size) & size);
+    return Min(numbers, numbers - size);
 }
 
 // From places about the middle to places of the picture. Most lie in it or next to it.
@@ -38,8 +38,8 @@ struct Wrapper {
 
     AVEFFECT_INLINE U32 operator()(U32 place) const {
         place += middle;
-        place -= (U32)(place >= size) & size;
-        place -= (U32)(place >= size) & size;
+        place = Min(place, place - size); // which wraps below it
+        place = Min(place, place - size);
         return IsZero((U8)(place >= size)) ? place : Remainders(place, size);
     }
 };
@@ -97,4 +97,44 @@ void InversionRow(LensSize size, int32_t power, uint32_t y, uint32_t* columns, u
     }
 }
 
-constexpr LensKernels kKernels = {TileRow, InversionRow};
+// Entries of a table by distance, from dx on.
+AVEFFECT_INLINE U32 ByDistance(const void* table, int32_t dx) {
+    const auto* const entries = static_cast<const uint32_t*>(table);
+    const int32_t last = dx + static_cast<int32_t>(kPlaces) - 1;
+    if (dx >= 0) return Load<U32>(entries + dx);
+    if (last <= 0) return (U32)ReversePixels(Load<U8>(entries - last));
+    uint32_t both[kPlaces];
+    for (int32_t i = dx; i <= last; ++i) both[i - dx] = entries[i < 0 ? -i : i];
+    return Load<U32>(both);
+}
+
+void ScaledRow(const RowAround& row, const int32_t* factors, uint32_t* columns, uint32_t* rows) noexcept {
+    U32 dx = Load<U32>(kCounting) + static_cast<uint32_t>(row.dx);
+    for (size_t i = 0; i < row.count; i += kPlaces, dx += kPlaces) {
+        const U32 factor = ByDistance(factors, row.dx + static_cast<int32_t>(i));
+        StorePlaces(columns, i, row.count, ShiftRight(dx * factor, 8) + static_cast<uint32_t>(row.x));
+        StorePlaces(rows, i, row.count,
+                    ShiftRight(factor * static_cast<uint32_t>(row.dy), 8) + static_cast<uint32_t>(row.y));
+    }
+}
+
+void TurnedRow(const RowAround& row, float radius, const float* sines, const float* cosines,
+               uint32_t* columns, uint32_t* rows) noexcept {
+    const float x = static_cast<float>(row.x), y = static_cast<float>(row.y);
+    const float ny = static_cast<float>(row.dy) / radius;
+    U32 dx = Load<U32>(kCounting) + static_cast<uint32_t>(row.dx);
+    for (size_t i = 0; i < row.count; i += kPlaces, dx += kPlaces) {
+        const int32_t first = row.dx + static_cast<int32_t>(i);
+        const F32 sine = (F32)ByDistance(sines, first), cosine = (F32)ByDistance(cosines, first);
+        const F32 nx = ToFloat((I32)dx) / radius;
+        const U8 own = (U8)(sine == 0);
+        const U32 column = (U32)Truncated((nx * cosine - ny * sine) * radius + x);
+        const U32 line = (U32)Truncated(y + (ny * cosine + nx * sine) * radius);
+        StorePlaces(columns, i, row.count,
+                    (U32)Select(own, (U8)(dx + static_cast<uint32_t>(row.x)), (U8)column));
+        StorePlaces(rows, i, row.count,
+                    (U32)Select(own, (U8)Splat32(static_cast<uint32_t>(row.y + row.dy)), (U8)line));
+    }
+}
+
+constexpr LensKernels kKernels = {TileRow, InversionRow, ScaledRow, TurnedRow};

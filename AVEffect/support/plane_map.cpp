@@ -20,7 +20,7 @@ void PlaneMap::AddRow(const kernels::RemapKernels& kernels, size_t x, size_t y, 
     for (size_t i = 0; i < count;) {
         limits.x = static_cast<uint32_t>(x + i);
         const size_t inside = kernels.findOffsets(places.columns + i, places.rows + i, count - i, limits,
-                                                  m_Offsets.data() + m_nOffsets);
+                                                  m_Offsets + m_nOffsets);
         add(i, i + inside, false);
         m_nOffsets += inside;
         i += inside;
@@ -45,7 +45,7 @@ void PlaneMap::Apply(const kernels::RemapKernels& kernels, Plane8 plane, const u
 void PlaneMap::ApplyStrip(const kernels::RemapKernels& kernels, Plane8 plane, const uint8_t* source,
                           uint32_t fill, size_t left, size_t right) const noexcept {
     const auto remap = m_nBytes == 4 ? kernels.remapRgba32 : kernels.remapComponent;
-    const uint32_t* offsets = m_Offsets.data();
+    const uint32_t* offsets = m_Offsets;
     for (const Span& span : m_Spans) {
         const size_t begin = std::max<size_t>(span.x, left);
         const size_t end = std::min<size_t>(size_t{span.x} + span.count, right);

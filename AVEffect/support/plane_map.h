@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "AVEffect/support/frame_planes.h"
+#include "AVEffect/support/scratch.h"
 #include "kernels/remap.h"
 
 namespace AVBased {
@@ -27,7 +28,7 @@ public:
         m_nSourcePitch = sourcePitch;
         m_nOffsets = 0;
         m_Spans.clear();
-        if (m_Offsets.size() < samples) m_Offsets = std::vector<uint32_t>(samples);
+        m_Offsets = reinterpret_cast<uint32_t*>(m_Memory.Require(samples * sizeof(uint32_t)));
     }
 
     /// Sample (x, y) comes from sample (sx, sy). Samples are added in row order.
@@ -66,8 +67,9 @@ private:
     size_t m_nBytes;
     size_t m_nSourcePitch = 0;
     std::vector<Span> m_Spans;
-    std::vector<uint32_t> m_Offsets; // bytes from the source plane's start, of the samples that have a source
-    size_t m_nOffsets = 0;           // that are known
+    Scratch m_Memory;
+    uint32_t* m_Offsets = nullptr; // bytes from the source plane's start, of the samples that have a source
+    size_t m_nOffsets = 0;         // that are known
 };
 
 /// Whether one map serves both planes.

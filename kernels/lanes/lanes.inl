@@ -73,6 +73,17 @@ AVEFFECT_BINARY(Min, I16, min_epi16)
 AVEFFECT_BINARY(MultiplyHigh, U16, mulhi_epu16)
 AVEFFECT_BINARY(MultiplyHigh, I16, mulhi_epi16)
 
+AVEFFECT_INLINE U32 Min(U32 a, U32 b) {
+#if AVEFFECT_LANE_BYTES == 64
+    return (U32)_mm512_maskz_min_epu32(0xFFFF, (Register)a, (Register)b);
+#elif AVEFFECT_LANE_BYTES == 32
+    return (U32)_mm256_min_epu32((Register)a, (Register)b);
+#else
+    const U32 less = (U32)(a < b);
+    return (a & less) | (b & ~less);
+#endif
+}
+
 // Sums of the products of neighbouring 16-bit numbers.
 AVEFFECT_INLINE I32 MultiplyAddPairs(I16 a, I16 b) {
     return (I32)AVEFFECT_OP(madd_epi16)((Register)a, (Register)b);
