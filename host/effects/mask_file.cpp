@@ -13,9 +13,10 @@ namespace {
 const std::atomic<bool> kNeverCancelled{false};
 
 /// libavfilter's words; empty when nothing is to be done.
-std::string FinishWords(bool inverted, double featherPixels) {
+std::string FinishWords(bool inverted, double featherPixels, int width, int height) {
+    constexpr int kLeastSide = 4; // of less the library's blur makes nonsense, or breaks its memory
     std::string words;
-    if (featherPixels > 0) {
+    if (featherPixels > 0 && std::min(width, height) >= kLeastSide) {
         // An even ramp's deviation is its length by the root of 12. The filter blurs no further than 1024.
         const double deviation = std::min(featherPixels / std::sqrt(12.0), 1024.0);
         words = "gblur=sigma=" + std::to_string(deviation) + ":steps=3";
@@ -29,9 +30,9 @@ std::string FinishWords(bool inverted, double featherPixels) {
 MaskFile::MaskFile(const std::string& url, bool inverted, double featherPixels,
                    const std::atomic<bool>* cancel)
     : m_request(ParseSourceUrl(url))
+    , m_inverted(inverted)
+    , m_feather(featherPixels)
     , m_cancel(cancel ? *cancel : kNeverCancelled) {
-    const std::string finish = FinishWords(inverted, featherPixels);
-    if (!finish.empty()) m_finish.emplace(finish, "used as a mask");
     Open();
 }
 
@@ -72,9 +73,13 @@ mediabridge::AVFramePtr MaskFile::Grey(int width, int height) try {
         picture = m_alpha.Apply(std::move(picture));
         picture->color_range = AVCOL_RANGE_JPEG;
     }
-    if (const std::pair size(width, height); std::exchange(m_size, size) != size)
+    if (const std::pair size(width, height); std::exchange(m_size, size) != size) {
         m_scaler.emplace(AV_PIX_FMT_GRAY8, width, height, mediabridge::ScaleQuality::Bicubic,
                          AVCOL_RANGE_JPEG);
+        const std::string finish = FinishWords(m_inverted, m_feather, width, height);
+        m_finish.reset();
+        if (!finish.empty()) m_finish.emplace(finish, "used as a mask");
+    }
     mediabridge::AVFramePtr grey = m_scaler->Convert(picture.get());
     if (!grey) throw Error(ErrorKind::Input, m_scaler->Error());
     return m_finish ? m_finish->Apply(std::move(grey)) : std::move(grey);

@@ -15,9 +15,9 @@ namespace aveffect {
 /// range. Used by one thread at a time.
 class MaskFile {
 public:
-    /// Opens a source URL. Feather blurs the mask, as much as a border that rises evenly over so many pixels.
-    /// The flag, which may be null, ends all waiting and outlives the mask. Throws Error (Input,
-    /// Interrupted), which names the file, as all that follow.
+    /// Opens a source URL. Feather blurs the mask, as much as a border that rises evenly over so many pixels,
+    /// unless it is less than 4 wide or high. The flag, which may be null, ends all waiting and outlives the
+    /// mask. Throws Error (Input, Interrupted), which names the file, as all that follow.
     MaskFile(const std::string& url, bool inverted, double featherPixels, const std::atomic<bool>* cancel);
 
     /// The picture that is shown at a time from the clip's start, in grey of that size; the first one before
@@ -31,6 +31,8 @@ private:
     mediabridge::AVFramePtr Grey(int width, int height);
 
     SourceRequest m_request;
+    bool m_inverted;
+    double m_feather; ///< pixels
     const std::atomic<bool>& m_cancel;
     std::optional<UprightClip> m_clip;
     mediabridge::AVFramePtr m_shown, m_next; ///< null: nothing read yet, nothing follows

@@ -272,6 +272,14 @@ TEST_F(MaskFiles, AreAsSoftAsTheFeatherSays) {
     mean /= weights;
     EXPECT_NEAR(mean, 100, 0.5);
     EXPECT_NEAR(std::sqrt(square / weights - mean * mean), 24 / std::sqrt(12.0), 0.5);
+    // White stays white in any size and however soft.
+    const std::string white = Make("white.png", "nullsrc=s=8x8:d=0.04,format=gray,geq=255", "-frames:v 1");
+    for (const double feather : {0.5, 30.0, 100000.0})
+        for (const auto& [width, height] : {std::pair{1, 1}, {3, 2}, {64, 1}, {4, 33}, {100, 60}}) {
+            aveffect::MaskFile all(white, false, feather, nullptr);
+            const AVFrame& even = all.At(0, width, height);
+            for (int i = 0; i < width * height; ++i) ASSERT_EQ(At(even, i % width, i / width), 255);
+        }
 }
 
 TEST_F(MaskFiles, NameThemselvesWhenTheyCannotBeRead) {
