@@ -27,21 +27,32 @@ void CStoredMapEffect::BeginMap(const Rectangle& rectangle) {
     m_Rectangle = rectangle;
 }
 
-void CStoredMapEffect::MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills) {
+CStoredMapEffect::Rectangle CStoredMapEffect::Within(size_t width, size_t height) const {
     const size_t xEnd = std::min(m_Rectangle.xEnd, width), yEnd = std::min(m_Rectangle.yEnd, height);
-    const size_t columns = xEnd - std::min(m_Rectangle.xBegin, xEnd);
-    map.Begin(pitch, columns * (yEnd - std::min(m_Rectangle.yBegin, yEnd)));
-    for (size_t y = m_Rectangle.yBegin; y < yEnd; ++y)
-        map.AddRow(m_Kernels, m_Rectangle.xBegin, y, SourcesOf(y), columns, width, height, fills);
+    return {std::min(m_Rectangle.xBegin, xEnd), xEnd, std::min(m_Rectangle.yBegin, yEnd), yEnd};
+}
+
+// Visits each row when it was added.
+template <class Visit>
+void CStoredMapEffect::MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills,
+                                const Visit& visit) {
+    const Rectangle part = Within(width, height);
+    const size_t columns = part.xEnd - part.xBegin;
+    map.Begin(pitch, columns * (part.yEnd - part.yBegin));
+    for (size_t y = part.yBegin; y < part.yEnd; ++y) {
+        map.AddRow(m_Kernels, part.xBegin, y, SourcesOf(y), columns, width, height, fills);
+        visit(y);
+    }
 }
 
 // A chroma sample is written with each of its luma samples, so the last one that is written decides. Those
 // that none writes come from themselves.
-void CStoredMapEffect::FindChroma(size_t chromaRow, const PlanarView& view, const Plane8& copy, bool atOnce) {
+void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const PlanarView& view,
+                                  const Plane8& copy, bool atOnce) {
     const unsigned h = view.horizontalShift, v = view.verticalShift;
     const size_t xEnd = std::min(m_Rectangle.xEnd, view.y.width),
                  yEnd = std::min(m_Rectangle.yEnd, view.y.rows);
-    const size_t first = m_Rectangle.xBegin >> h, count = m_ChromaColumns.size();
+    const size_t first = part.xBegin, count = part.xEnd - part.xBegin;
     const auto decide = [&](size_t i, size_t y, SamplePlaces luma) {
         const size_t left = std::max((first + i) << h, m_Rectangle.xBegin);
         for (size_t x = std::min((first + i + 1) << h, xEnd); x-- > left;) {
@@ -73,25 +84,45 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const PlanarView& view, cons
     }
 }
 
-void CStoredMapEffect::MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& copy, bool atOnce) {
-    const size_t xEnd = std::min(m_Rectangle.xEnd, view.y.width),
-                 yEnd = std::min(m_Rectangle.yEnd, view.y.rows);
+CStoredMapEffect::Rectangle CStoredMapEffect::ChromaPart(const PlanarView& view, const Plane8& copy) const {
     const unsigned h = view.horizontalShift, v = view.verticalShift;
-    const size_t left = m_Rectangle.xBegin >> h, top = m_Rectangle.yBegin >> v;
-    map.Begin(copy.pitch, 0);
-    if (m_Rectangle.xBegin >= xEnd || m_Rectangle.yBegin >= yEnd) return;
-    const size_t right = std::min(((xEnd - 1) >> h) + 1, copy.width);
-    const size_t bottom = std::min(((yEnd - 1) >> v) + 1, copy.rows);
-    if (left >= right || top >= bottom) return;
-    map.Begin(copy.pitch, (right - left) * (bottom - top));
-    m_ChromaColumns.resize(right - left);
-    m_ChromaRows.resize(right - left);
-    m_ChromaFound.resize(right - left);
-    for (size_t cy = top; cy < bottom; ++cy) {
-        FindChroma(cy, view, copy, atOnce);
-        map.AddRow(m_Kernels, left, cy, {m_ChromaColumns.data(), m_ChromaRows.data()}, right - left,
-                   copy.width, copy.rows, true);
-    }
+    const Rectangle part = Within(view.y.width, view.y.rows);
+    if (part.xBegin >= part.xEnd || part.yBegin >= part.yEnd) return {};
+    const size_t right = std::min(((part.xEnd - 1) >> h) + 1, copy.width),
+                 bottom = std::min(((part.yEnd - 1) >> v) + 1, copy.rows);
+    return {std::min(part.xBegin >> h, right), right, std::min(part.yBegin >> v, bottom), bottom};
+}
+
+void CStoredMapEffect::BeginChroma(PlaneMap& map, const Rectangle& part, const Plane8& copy) {
+    const size_t columns = part.xEnd - part.xBegin;
+    map.Begin(copy.pitch, columns * (part.yEnd - part.yBegin));
+    if (columns <= m_ChromaColumns.size()) return;
+    m_ChromaColumns.resize(columns);
+    m_ChromaRows.resize(columns);
+    m_ChromaFound.resize(columns);
+}
+
+void CStoredMapEffect::AddChromaRow(PlaneMap& map, size_t y, const Rectangle& part, const PlanarView& view,
+                                    const Plane8& copy, bool atOnce) {
+    if (y < part.yBegin || y >= part.yEnd || part.xBegin >= part.xEnd) return;
+    FindChroma(y, part, view, copy, atOnce);
+    map.AddRow(m_Kernels, part.xBegin, y, {m_ChromaColumns.data(), m_ChromaRows.data()},
+               part.xEnd - part.xBegin, copy.width, copy.rows, true);
+}
+
+// A row of chroma follows the last luma row that it belongs to: its places are at hand then.
+void CStoredMapEffect::MapPlanes(const PlanarView& view, const PlanarView& copy, bool atOnce) {
+    const Rectangle part = ChromaPart(view, copy.u), other = ChromaPart(view, copy.v);
+    const bool oneChroma = SameShape(copy.u, copy.v);
+    const size_t rows = Within(view.y.width, view.y.rows).yEnd;
+    BeginChroma(m_U, part, copy.u);
+    if (!oneChroma) BeginChroma(m_V, other, copy.v);
+    MapPlane(m_Luma, view.y.width, view.y.rows, copy.y.pitch, m_Outside != Outside::Kept, [&](size_t y) {
+        const size_t row = y >> view.verticalShift;
+        if (y + 1 < rows && (y + 1) >> view.verticalShift == row) return;
+        AddChromaRow(m_U, row, part, view, copy.u, atOnce);
+        if (!oneChroma) AddChromaRow(m_V, row, other, view, copy.v, atOnce);
+    });
 }
 
 void CStoredMapEffect::BuildPacked(Plane32 plane, Plane32 copy) {
@@ -105,7 +136,7 @@ void CStoredMapEffect::ReplayPacked(Plane32 plane, Plane32 copy) {
     const Geometry geometry = {true, plane.width, plane.rows, copy.pitch};
     if (m_Mapped != geometry) {
         m_Mapped = {};
-        MapPlane(m_Pixels, plane.width, plane.rows, copy.pitch, m_Outside == Outside::White);
+        MapPlane(m_Pixels, plane.width, plane.rows, copy.pitch, m_Outside == Outside::White, [](size_t) {});
         m_Mapped = geometry;
     }
     m_Pixels.Apply(m_Kernels, plane.Bytes(), copy.data, kWhitePixel);
@@ -119,9 +150,7 @@ void CStoredMapEffect::ApplyPlanar(const PlanarView& view, const PlanarView& cop
     const bool oneChroma = SameShape(copy.u, copy.v);
     if (m_Mapped != geometry || atOnce) {
         m_Mapped = {};
-        MapPlane(m_Luma, view.y.width, view.y.rows, copy.y.pitch, m_Outside != Outside::Kept);
-        MapChroma(m_U, view, copy.u, atOnce);
-        if (!oneChroma) MapChroma(m_V, view, copy.v, atOnce);
+        MapPlanes(view, copy, atOnce);
         if (!atOnce) m_Mapped = geometry;
     }
     m_Luma.Apply(m_Kernels, view.y, copy.y.data, kWhiteLuma);

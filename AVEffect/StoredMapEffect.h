@@ -53,9 +53,17 @@ private:
         bool operator==(const Geometry&) const = default;
     };
 
-    void MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills);
-    void MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& copy, bool atOnce);
-    void FindChroma(size_t chromaRow, const PlanarView& view, const Plane8& copy, bool atOnce);
+    /// What of the rectangle lies in a picture of that size, and in its chroma.
+    Rectangle Within(size_t width, size_t height) const;
+    Rectangle ChromaPart(const PlanarView& view, const Plane8& copy) const;
+    template <class Visit>
+    void MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills, const Visit& visit);
+    void BeginChroma(PlaneMap& map, const Rectangle& part, const Plane8& copy);
+    void AddChromaRow(PlaneMap& map, size_t y, const Rectangle& part, const PlanarView& view,
+                      const Plane8& copy, bool atOnce);
+    void MapPlanes(const PlanarView& view, const PlanarView& copy, bool atOnce);
+    void FindChroma(size_t chromaRow, const Rectangle& part, const PlanarView& view, const Plane8& copy,
+                    bool atOnce);
     void ApplyPlanar(const PlanarView& view, const PlanarView& copy, bool atOnce);
 
     Outside m_Outside;

@@ -164,11 +164,13 @@ bool CLensMapEffect::BuildMap(size_t width, size_t height) {
     m_Size = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
     m_Columns.resize(width);
     m_Rows.resize(width);
+    m_Row.reset();
     return true;
 }
 
 SamplePlaces CLensMapEffect::SourcesOf(size_t y) {
-    FindRow(static_cast<uint32_t>(y), m_Columns.data(), m_Rows.data());
+    if (m_Row != y) FindRow(static_cast<uint32_t>(y), m_Columns.data(), m_Rows.data());
+    m_Row = y;
     return {m_Columns.data(), m_Rows.data()};
 }
 

@@ -81,7 +81,8 @@ protected:
 private:
     SamplePlaces SourcesOf(size_t y) override;
 
-    std::vector<uint32_t> m_Columns, m_Rows; // that the latest row's pixels come from
+    std::optional<size_t> m_Row;             // the latest of the map
+    std::vector<uint32_t> m_Columns, m_Rows; // that its pixels come from
 };
 
 /// Tiles that each bend the picture like a lens.
