@@ -1,108 +1,22 @@
 // The modules in the programs that load them. Pictures are compared by what the tap beside them saw, so that
 // the programs' own conversions and encoders don't count.
-#include <map>
-#include <random>
-#include <sstream>
+#include <cctype>
 
-#include "tests/adapters/frei0r_modules.h"
-#include "tests/adapters/picture_hash.h"
-#include "tests/cli/program.h"
+#include "tests/adapters/frei0r_hosts.h"
 
 namespace {
 
 using namespace test;
 
-struct Size {
-    unsigned width, height;
-    std::string Text() const { return std::to_string(width) + "x" + std::to_string(height); }
-};
-
-// What a tap wrote: label, size, address modulo 16, time, hash.
-struct Seen {
-    std::string label, size, address, time, hash;
-};
-
 using Filters = std::vector<FilterCase>;
 
-class Hosts : public ProgramTest {
+class Filtering : public Hosts {
 protected:
-    Hosts() {
-        setenv("FREI0R_PATH", AVEFFECT_MODULE_DIR ":" AVEFFECT_TAP_DIR, 1);
-        setenv("AVEFFECT_TAP", Path("tap").c_str(), 1);
-        setenv("GST_REGISTRY", Path("registry").c_str(), 1);
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    }
-    // Runs a program that must succeed; returns what it wrote to standard error.
-    std::string Run(const std::vector<std::string>& command) const {
-        const Outcome outcome = RunningProgram(command, m_directory).Wait();
-        EXPECT_EQ(outcome.exitCode, 0) << command.front() << ": " << outcome.messages;
-        return outcome.messages;
-    }
-    std::string Melt(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {"melt", "-silent"});
-        arguments.insert(arguments.end(), {"-consumer", "null", "real_time=-1", "terminate_on_pause=1"});
-        return Run(arguments);
-    }
-    // Words, as a shell parts them.
-    std::string Gst(const std::string& pipeline) const {
-        std::vector<std::string> command = {"gst-launch-1.0", "-q"};
-        std::istringstream words(pipeline);
-        for (std::string word; words >> word;) command.push_back(word);
-        return Run(command);
-    }
-    // A picture with soft and hard edges, grain and alpha, so many times, as raw bytes and in a clip of raw
-    // pictures.
-    std::vector<uint32_t> MakePicture(const std::string& name, Size size, unsigned seed = 1,
-                                      int frames = 1) const {
-        std::mt19937 random(seed);
-        std::vector<uint32_t> pixels(size_t{size.width} * size.height);
-        for (size_t i = 0; i < pixels.size(); ++i) {
-            const size_t x = i % size.width, y = i / size.width;
-            const size_t soft = (x * 255 / size.width) << 16 | (y * 255 / size.height) << 8;
-            pixels[i] = static_cast<uint32_t>((soft | ((x / 16 + y / 16) % 2 ? 200 : 30)) ^
-                                              (i % 8 ? 0 : random() & 0xFF0F0F0F));
-        }
-        std::string bytes;
-        while (frames-- > 0) bytes.append(reinterpret_cast<const char*>(pixels.data()), pixels.size() * 4);
-        WriteFile(Path(name), bytes);
-        Ffmpeg({"-f", "rawvideo", "-pixel_format", "bgra", "-video_size", size.Text(), "-i", Path(name),
-                "-c:v", "ffv1", Path(name + ".mkv")});
-        return pixels;
-    }
-    static std::string Raw(const std::string& name, Size size) {
-        return "filesrc location=" + name + " blocksize=" + std::to_string(size.width * size.height * 4) +
-               " ! rawvideoparse format=bgra framerate=25/1 width=" + std::to_string(size.width) +
-               " height=" + std::to_string(size.height);
-    }
-    std::vector<Seen> Taps() const {
-        std::vector<Seen> all;
-        std::istringstream lines(ReadFile(Path("tap")));
-        for (Seen seen; lines >> seen.label >> seen.size >> seen.address >> seen.time >> seen.hash;)
-            all.push_back(seen);
-        std::filesystem::remove(Path("tap"));
-        return all;
-    }
-    // The hash behind each label; hosts that draw a picture again must draw the same one.
-    std::map<std::string, std::string> Hashes(bool same = true) const {
-        std::map<std::string, std::string> hashes;
-        for (const Seen& seen : Taps()) {
-            const auto [known, added] = hashes.emplace(seen.label, seen.hash);
-            EXPECT_TRUE(added || !same || DrawsRandom(seen.label) || known->second == seen.hash)
-                << seen.label;
-        }
-        return hashes;
-    }
     std::map<std::string, std::string> InFfmpeg(Size size, const Filters& filters) const;
     std::map<std::string, std::string> InGStreamer(Size size, const Filters& filters) const;
     std::map<std::string, std::string> InMelt(const Filters& filters) const;
     std::map<std::string, std::string> InAveffect(Size size, const Filters& filters) const;
 };
-
-std::string HashText(const uint32_t* pixels, size_t count) {
-    char text[17];
-    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(PictureHash(pixels, count)));
-    return text;
-}
 
 // The parameters' values in the words of a host that knows them by name.
 template <class Word>
@@ -114,7 +28,7 @@ void ForValues(const FilterCase& filter, Word word) {
         word(module.parameters.at(index), static_cast<int>(index), value);
 }
 
-std::map<std::string, std::string> Hosts::InFfmpeg(Size size, const Filters& filters) const {
+std::map<std::string, std::string> Filtering::InFfmpeg(Size size, const Filters& filters) const {
     std::string graph = "split=" + std::to_string(filters.size() + 1) + "[rest]", uses;
     for (const FilterCase& filter : filters) {
         const std::string name(filter.effect), values(filter.values);
@@ -136,7 +50,7 @@ std::string GstName(std::string name) {
     return name;
 }
 
-std::map<std::string, std::string> Hosts::InGStreamer(Size size, const Filters& filters) const {
+std::map<std::string, std::string> Filtering::InGStreamer(Size size, const Filters& filters) const {
     std::string pipeline = Raw("picture", size) + " ! tee name=all";
     for (const FilterCase& filter : filters) {
         const std::string name(filter.effect);
@@ -159,7 +73,7 @@ std::map<std::string, std::string> Hosts::InGStreamer(Size size, const Filters& 
 }
 
 // By name and by position in turn.
-std::map<std::string, std::string> Hosts::InMelt(const Filters& filters) const {
+std::map<std::string, std::string> Filtering::InMelt(const Filters& filters) const {
     std::vector<std::string> words;
     for (const FilterCase& filter : filters) {
         words.insert(words.end(), {"avformat:picture.mkv", "in=0", "out=0", "-attach-cut",
@@ -174,7 +88,7 @@ std::map<std::string, std::string> Hosts::InMelt(const Filters& filters) const {
     return Hashes();
 }
 
-std::map<std::string, std::string> Hosts::InAveffect(Size size, const Filters& filters) const {
+std::map<std::string, std::string> Filtering::InAveffect(Size size, const Filters& filters) const {
     int number = 0;
     for (const FilterCase& filter : filters) {
         const Outcome outcome = Aveffect({"frame", "picture.mkv", std::to_string(number++) + ".png",
@@ -201,7 +115,7 @@ struct Trial {
     size_t each;
 };
 
-class SameBytes : public Hosts, public ::testing::WithParamInterface<Trial> {};
+class SameBytes : public Filtering, public ::testing::WithParamInterface<Trial> {};
 
 TEST_P(SameBytes, EverywhereAsFromTheProgram) {
     const auto [size, each] = GetParam();
@@ -324,6 +238,49 @@ TEST_F(Hosts, MixTheirPicturesAsTheModulesDo) {
     }
     Gst(pipelines);
     EXPECT_EQ(Hashes(), expected);
+}
+
+/// How far two clips' first pictures are apart, as a mean over their samples.
+double Distance(const std::string& a, const std::string& b) {
+    double sum = 0;
+    for (size_t i = 0; i < std::min(a.size(), b.size()); ++i)
+        sum += std::abs(static_cast<uint8_t>(a[i]) - static_cast<uint8_t>(b[i]));
+    return sum / static_cast<double>(std::max<size_t>(1, std::min(a.size(), b.size())));
+}
+
+// As a person does who has installed the modules: the commands work as they stand there, and change what they
+// are given.
+TEST_F(Hosts, RunTheGuidesCommands) {
+    std::filesystem::create_directory_symlink(AVEFFECT_BIN_DIR "/..", Path(".local"));
+    Ffmpeg({"-f", "lavfi", "-i", "testsrc=s=320x240:d=2", "-pix_fmt", "yuv420p", "-c:v", "libx264",
+            Path("in.mp4")});
+    Ffmpeg({"-f", "lavfi", "-i", "testsrc=s=320x240:d=1", "-frames:v", "1", Path("in.png")});
+    Ffmpeg({"-f", "lavfi", "-i", "mandelbrot=s=320x240", "-t", "2", "-pix_fmt", "yuv420p", "-c:v", "libx264",
+            Path("next.mp4")});
+    const std::string guide = ReadFile(AVEFFECT_SOURCE_DIR "/docs/in-other-programs.md");
+    const size_t chapter = guide.find("\n## Pictures"), end = guide.find("\n## ", chapter + 1);
+    constexpr std::string_view kBegin = "```sh\n";
+    std::string setUp;
+    size_t made = 0;
+    for (size_t at = chapter; (at = guide.find(kBegin, at)) < end;) {
+        at += kBegin.size();
+        const std::string commands = guide.substr(at, guide.find("```", at) - at);
+        if (setUp.empty()) {
+            setUp = commands;
+            Run({"env", "HOME=" + m_directory.string(), "sh", "-euc", setUp});
+            continue;
+        }
+        const std::string words =
+            Run({"env", "-u", "FREI0R_PATH", "HOME=" + m_directory.string(), "bash", "-euc", commands});
+        EXPECT_EQ(words.find("aveffect:"), std::string::npos) << words;
+        for (const std::string& name : Names()) {
+            if (!name.starts_with("out")) continue;
+            EXPECT_GT(Distance(Pixels("in.mp4"), Pixels(name)), 2.0) << commands; // encoders alone: below 1
+            std::filesystem::remove(Path(name));
+            ++made;
+        }
+    }
+    EXPECT_EQ(made, 8u);
 }
 
 } // namespace
