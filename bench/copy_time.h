@@ -29,6 +29,7 @@ void RegisterConversionBenchmarks();
 void RegisterKernelBenchmarks();
 void RegisterMaskBenchmarks();
 void RegisterEffectBenchmarks();
+void RegisterModuleBenchmarks();
 void RegisterSoundBenchmarks();
 
 } // namespace bench

@@ -37,6 +37,7 @@ int main(int argc, char** argv) {
     bench::RegisterEffectBenchmarks();
     bench::RegisterConversionBenchmarks();
     bench::RegisterMaskBenchmarks();
+    bench::RegisterModuleBenchmarks();
     bench::RegisterSoundBenchmarks();
     bench::RegisterKernelBenchmarks();
     Table table;
