@@ -96,7 +96,7 @@ CStoredMapEffect::Rectangle CStoredMapEffect::ChromaPart(const PlanarView& view,
 void CStoredMapEffect::BeginChroma(PlaneMap& map, const Rectangle& part, const Plane8& copy) {
     const size_t columns = part.xEnd - part.xBegin;
     map.Begin(copy.pitch, columns * (part.yEnd - part.yBegin));
-    if (columns <= m_ChromaColumns.size()) return;
+    if (columns <= m_ChromaFound.size()) return; // the last that grows: memory may be short in between
     m_ChromaColumns.resize(columns);
     m_ChromaRows.resize(columns);
     m_ChromaFound.resize(columns);
