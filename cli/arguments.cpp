@@ -5,8 +5,8 @@
 #include "cli/exit_code.h"
 #include "cli/option_values.h"
 #include "cli/player.h"
-#include "host/effects/catalogue_lookup.h"
-#include "host/effects/value_text.h"
+#include "host/settings/catalogue_lookup.h"
+#include "host/settings/value_text.h"
 
 namespace aveffect {
 
@@ -75,6 +75,8 @@ void AddSpan(CLI::App& app, RenderCommand& command) {
     app.add_option("--from", command.from, "First moment to keep: seconds, mm:ss or hh:mm:ss.ms")
         ->type_name("TIME");
     app.add_option("--to", command.to, "First moment to leave out again")->type_name("TIME");
+    app.add_flag("--restart", command.restart,
+                 "Effects take what --from and --to keep for the whole clip, and begin and end with it");
 }
 
 void AddCodecs(CLI::App& app, RenderCommand& command) {
@@ -276,6 +278,7 @@ RenderOptions MakeRenderOptions(const RenderCommand& command) {
             throw Error(ErrorKind::Usage, "--to must lie after --from, but " + *command.to +
                                               " does not lie after " + command.from.value_or("0"));
     }
+    options.restart = command.restart;
     if (command.frames) options.frameLimit = WholeOption("--frames", *command.frames, 1);
     TakeEncoder(command.encoder, options);
     TakeFraming(command.framing, options);

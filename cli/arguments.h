@@ -51,6 +51,7 @@ struct RenderCommand {
     StereoArguments stereo;
     std::vector<std::string> audioEffects;
     std::optional<std::string> from, to, frames;
+    bool restart = false;
     EncoderArguments encoder;
     FramingArguments framing;
     std::optional<std::string> fps;

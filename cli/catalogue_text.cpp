@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "host/effects/catalogue_lookup.h"
-#include "host/effects/value_text.h"
+#include "host/settings/catalogue_lookup.h"
+#include "host/settings/value_text.h"
 
 namespace aveffect {
 

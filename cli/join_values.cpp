@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include "cli/option_values.h"
-#include "host/effects/value_text.h"
 #include "host/media/source_request.h"
+#include "host/settings/value_text.h"
 #include "host/support/error.h"
 
 namespace aveffect {

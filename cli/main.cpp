@@ -12,7 +12,7 @@
 #include "cli/messages.h"
 #include "cli/player.h"
 #include "cli/progress.h"
-#include "host/effects/catalogue_lookup.h"
+#include "host/settings/catalogue_lookup.h"
 
 namespace aveffect {
 
@@ -31,6 +31,12 @@ int PrintText(const std::string& text) {
 struct Failure {
     std::string message;
     int exitCode;
+    std::string picture = {}; ///< to be shown under the message
+
+    void Print() const {
+        PrintMessage(message);
+        PrintLines(picture);
+    }
 };
 
 /// Call from a catch block.
@@ -41,7 +47,8 @@ Failure CurrentFailure() {
         // Whatever fails behind a signal may do so because of it: reading that was given up looks like
         // damage.
         const int signal = InterruptingSignal();
-        return {error.what(), ExitCodeFor(signal != 0 ? ErrorKind::Interrupted : error.Kind(), signal)};
+        return {error.what(), ExitCodeFor(signal != 0 ? ErrorKind::Interrupted : error.Kind(), signal),
+                error.Picture()};
     } catch (const std::bad_alloc&) {
         return {"out of memory", kUnexpected};
     } catch (const std::exception& error) {
@@ -89,7 +96,7 @@ int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& ou
     } catch (...) {
         const Failure failure = CurrentFailure();
         progress->Failed(failure.message, failure.exitCode);
-        PrintMessage(failure.message);
+        failure.Print();
         return failure.exitCode;
     }
 }
@@ -192,7 +199,7 @@ int main(int count, char** arguments) {
         return std::visit([](const auto& chosen) { return aveffect::Run(chosen); }, command);
     } catch (...) {
         const aveffect::Failure failure = aveffect::CurrentFailure();
-        aveffect::PrintMessage(failure.message);
+        failure.Print();
         return failure.exitCode;
     }
 }

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/effects/value_text.h"
 #include "host/media/source_request.h"
+#include "host/settings/value_text.h"
 #include "host/support/error.h"
 
 namespace aveffect {

@@ -14,14 +14,15 @@ mediabridge:        include kernels
 companions/basetools: include
 companions/basemedia: include mediabridge
 host/support:       include mediabridge
+host/settings:      include host/support
 host/picture:       include kernels mediabridge host/support
 host/media:         include mediabridge host/support host/picture
-host/effects:       include mediabridge host/support host/picture host/media
-host/sound:         include mediabridge host/support host/picture host/media host/effects
-host/output:        include mediabridge host/support host/picture host/media host/effects host/sound
-host/jobs:          include mediabridge host/support host/picture host/media host/effects host/sound host/output
-cli:                include mediabridge host/support host/media host/effects host/jobs
-adapters/frei0r:    include host/effects
+host/effects:       include mediabridge host/support host/settings host/picture host/media
+host/sound:         include mediabridge host/support host/settings host/picture host/media host/effects
+host/output:        include mediabridge host/support host/settings host/picture host/media host/effects host/sound
+host/jobs:          include mediabridge host/support host/settings host/picture host/media host/effects host/sound host/output
+cli:                include mediabridge host/support host/settings host/media host/effects host/jobs
+adapters/frei0r:    include host/settings
 adapters/sound:     include kernels
 adapters/ladspa:    include adapters/sound
 adapters/lv2:       include adapters/sound

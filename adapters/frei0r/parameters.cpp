@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "adapters/frei0r/frei0r_interface.h"
-#include "host/effects/value_text.h"
+#include "host/settings/value_text.h"
 
 namespace aveffect::frei0r {
 

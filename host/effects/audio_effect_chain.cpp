@@ -5,7 +5,9 @@
 
 #include "aveffect/base_tools.h"
 #include "aveffect/catalogue/sounds.h"
-#include "host/effects/catalogue_lookup.h"
+#include "host/media/span.h"
+#include "host/settings/catalogue_lookup.h"
+#include "host/settings/settings_at_time.h"
 #include "host/support/error.h"
 #include "mediabridge/audio_frame.h"
 
@@ -39,18 +41,20 @@ AVSampleFormat SoundFormatFor(const std::vector<EffectSpec>& effects, AVSampleFo
 }
 
 AudioEffectChain::AudioEffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
-                                   const std::vector<EffectSpec>& effects, uint32_t durationMs) {
+                                   const std::vector<EffectSpec>& effects, const TimeSpan& clip) {
     for (const EffectSpec& effect : effects) {
         m_procs.push_back(plugin.MakeAudio(manager, RequireEffect(effect.name).name));
         AVBased::IAudioProc& proc = *m_procs.back();
-        SetDuration(proc, durationMs);
-        for (const PropertySetting& setting : effect.properties)
-            SetProperty(proc, setting.name, setting.value);
+        const SettingsAtTime settings(effect, clip);
+        SetDuration(proc, static_cast<uint32_t>(settings.LengthMs().value_or(kUnknownLengthMs)));
+        for (const SettingAtTime& setting : settings.Properties())
+            SetProperty(proc, setting.Property().name, setting.TextAt(0));
     }
 }
 
-void AudioEffectChain::Process(AVFrame& sound, uint32_t timeMs) {
+void AudioEffectChain::Process(AVFrame& sound, int64_t first) {
     if (m_procs.empty()) return;
+    const auto timeMs = static_cast<unsigned>(av_rescale(first, 1000, sound.sample_rate));
     const auto frame = mediabridge::AudioFrame::Copy(&sound, timeMs);
     if (!frame) throw Error(ErrorKind::Effect, "the sound can't be handed to the effects: out of memory");
     for (const AudioProcPtr& proc : m_procs) {

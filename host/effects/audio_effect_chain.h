@@ -17,14 +17,14 @@ AVSampleFormat SoundFormatFor(const std::vector<EffectSpec>& effects, AVSampleFo
 /// Audio processors that sound passes in order. Used by one thread at a time.
 class AudioEffectChain {
 public:
-    /// Makes the processors, sets "duration" of each and then its own properties. Files that they name have
-    /// been checked (RequireSounds). Throws Error (Effect or Usage).
+    /// Makes the processors, sets "duration" of each to what it lasts of the clip, and then its own
+    /// properties. Files that they name have been checked (RequireSounds). Throws Error (Effect or Usage).
     AudioEffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
-                     const std::vector<EffectSpec>& effects, uint32_t durationMs);
+                     const std::vector<EffectSpec>& effects, const TimeSpan& clip);
 
-    /// Changes interleaved samples of the chain's format in place; timeMs is their time in the effects' span.
-    /// Throws Error (Effect) with the record's text when a processor records an error.
-    void Process(AVFrame& sound, uint32_t timeMs);
+    /// Changes interleaved samples of the chain's format in place; first is the first one's number in the
+    /// clip. Throws Error (Effect) with the record's text when a processor records an error.
+    void Process(AVFrame& sound, int64_t first);
 
 private:
     std::vector<AudioProcPtr> m_procs;

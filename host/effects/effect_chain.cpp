@@ -1,113 +1,77 @@
 #include "host/effects/effect_chain.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstdlib>
 #include <limits>
+#include <mutex>
+#include <utility>
 
 #include "aveffect/base_tools.h"
-#include "host/effects/catalogue_lookup.h"
-#include "host/effects/value_text.h"
+#include "host/effects/strength.h"
+#include "host/media/span.h"
+#include "host/settings/catalogue_lookup.h"
+#include "host/settings/settings_at_time.h"
 #include "host/support/error.h"
 
 namespace aveffect {
 
+using AVBased::EffectInfo;
+using AVBased::FrameOrder;
+using AVBased::IRawVideoFrame;
+
 namespace {
 
-/// Cuts at colons that no backslash protects. The escapes stay in the parts, for names have none.
-std::vector<std::string> SplitAtColons(const std::string& text) {
-    std::vector<std::string> parts(1);
-    for (size_t index = 0; index < text.size(); ++index) {
-        if (text[index] == ':') {
-            parts.emplace_back();
-            continue;
-        }
-        parts.back() += text[index];
-        if (text[index] == '\\' && index + 1 < text.size()) parts.back() += text[++index];
-    }
-    return parts;
-}
-
-/// "\:" and "\\" lose their backslash; a backslash before anything else is meant.
-std::string Unescape(const std::string& text) {
-    std::string result;
-    for (size_t index = 0; index < text.size(); ++index) {
-        const bool escape = text[index] == '\\' && index + 1 < text.size();
-        if (escape && (text[index + 1] == ':' || text[index + 1] == '\\')) ++index;
-        result += text[index];
-    }
-    return result;
-}
-
-PropertySetting Translate(const AVBased::EffectInfo& effect, const AVBased::PropertyInfo& property,
-                          const std::string& value) {
-    if (const auto percentage = ParsePercentage(property, value)) return {property.name, {}, percentage};
-    return {property.name, TranslateValue(effect, property, value)};
-}
-
-std::vector<PropertySetting> SettingsOf(const AVBased::EffectPreset& preset) {
-    std::vector<PropertySetting> settings;
-    for (const AVBased::PresetSetting& setting : preset.Settings())
-        settings.push_back(setting.percentage ? PropertySetting{setting.property, {}, setting.value}
-                                              : PropertySetting{setting.property, NumberText(setting.value)});
-    return settings;
-}
-
-/// "property=value"; whole is what it is a part of.
-PropertySetting ParseSetting(const AVBased::EffectInfo& effect, const std::string& setting,
-                             const std::string& whole, bool lenient) {
-    const size_t equals = setting.find('=');
-    const std::string name = setting.substr(0, equals);
-    if (name.empty())
-        throw Error(ErrorKind::Usage, "a setting in '" + whole + "' has no name; write property=value");
-    const AVBased::PropertyInfo& property = RequireProperty(effect, name);
-    if (equals == std::string::npos)
-        throw Error(ErrorKind::Usage,
-                    name + " of " + std::string(effect.shortName) + " has no value; write property=value");
-    const std::string value = Unescape(setting.substr(equals + 1));
-    return lenient ? PropertySetting{name, value} : Translate(effect, property, value);
-}
-
-/// Settings that are added take the place of those of the same properties.
-void Override(std::vector<PropertySetting>& settings, std::vector<PropertySetting> added) {
-    std::erase_if(settings, [&](const PropertySetting& setting) {
-        return std::ranges::find(added, setting.name, &PropertySetting::name) != added.end();
-    });
-    std::ranges::move(added, std::back_inserter(settings));
-}
-
-bool NeedsPictureSize(const EffectSpec& effect) {
-    return std::any_of(effect.properties.begin(), effect.properties.end(),
-                       [](const PropertySetting& setting) { return setting.percentage.has_value(); });
-}
-
 bool NeedsOrder(const EffectSpec& effect) {
-    return AVBased::OrderOf(RequireEffect(effect.name).traits) == AVBased::FrameOrder::InOrder;
+    return AVBased::OrderOf(RequireEffect(effect.name).traits) == FrameOrder::InOrder;
 }
+
+// The process has one generator of random numbers, and some effects seed it by the clock. Whoever draws has
+// it alone, and begins at the same place each time.
+class RandomTurn {
+public:
+    explicit RandomTurn(const EffectInfo& effect)
+        : m_lock(Mutex(), std::defer_lock) {
+        if (!(effect.traits & AVBased::kDrawsRandom)) return;
+        m_lock.lock();
+        std::srand(1);
+    }
+
+private:
+    static std::mutex& Mutex() {
+        static std::mutex mutex;
+        return mutex;
+    }
+    std::unique_lock<std::mutex> m_lock;
+};
+
+// Whether its first frame can come out otherwise than later ones. Transitions read their pictures then, no
+// more.
+bool PreparesItself(const EffectInfo& effect) {
+    return AVBased::OrderOf(effect.traits) == FrameOrder::AfterFirst &&
+           effect.kind != AVBased::EffectKind::Transition;
+}
+
+// Setting these back does not undo them, so settings that moved go to a new processor.
+bool RemembersSettings(const EffectInfo& effect) { return effect.kind == AVBased::EffectKind::Stereo; }
 
 } // namespace
 
-EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium) {
-    const auto parts = SplitAtColons(text);
-    if (parts.front().empty())
-        throw Error(ErrorKind::Usage,
-                    "'" + text + "' names no effect; write NAME[/PRESET][:property=value...]");
-    const size_t slash = parts.front().find('/');
-    const AVBased::EffectInfo& effect = RequireEffect(parts.front().substr(0, slash));
-    const bool forSound = effect.kind == AVBased::EffectKind::Audio;
-    if (forSound != (medium == Medium::Audio))
-        throw Error(ErrorKind::Usage, std::string(effect.shortName) +
-                                          (forSound ? " works on sound: name it with -a, not with -e"
-                                                    : " works on pictures: name it with -e, not with -a"));
+/// One effect: its processor, its settings at each time, and how much of it is seen where.
+struct EffectChain::Stage {
+    Stage(const EffectSpec& spec, const TimeSpan& clip)
+        : info(RequireEffect(spec.name))
+        , settings(spec, clip)
+        , strength(settings)
+        , waits(settings.NeedPictureSize()) {}
 
-    EffectSpec spec{effect.name, {}};
-    if (slash != std::string::npos)
-        spec.properties = SettingsOf(RequirePreset(effect, parts.front().substr(slash + 1)));
-    std::vector<PropertySetting> written;
-    for (size_t index = 1; index < parts.size(); ++index)
-        written.push_back(ParseSetting(effect, parts[index], text, lenient));
-    Override(spec.properties, std::move(written));
-    return spec;
-}
+    const EffectInfo& info;
+    SettingsAtTime settings;
+    Strength strength;
+    VideoProcPtr proc;
+    std::vector<std::string> texts; ///< that the processor has
+    bool waits;                     ///< for the pictures' size
+    bool prepared = false;          ///< has had a frame with these texts
+};
 
 void SetProperty(AVBased::IAVProc& proc, const std::string& name, const std::string& value) {
     GetBaseException()->Clear();
@@ -131,10 +95,10 @@ void RequireNoRecord(AVBased::IAVProc& proc) {
 }
 
 EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
-                         const std::vector<EffectSpec>& effects, uint32_t durationMs)
+                         const std::vector<EffectSpec>& effects, const TimeSpan& clip)
     : m_plugin(plugin)
     , m_manager(manager)
-    , m_durationMs(durationMs)
+    , m_clip(clip)
     , m_first(*this)
     , m_effects(effects) {
     for (const EffectSpec& effect : m_effects) {
@@ -142,71 +106,105 @@ EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,
         const bool inOrder = NeedsOrder(effect);
         if (m_segments.empty() || inOrder != (m_segments.back().gate != nullptr))
             m_segments.push_back({0, inOrder ? std::make_unique<Turnstile>() : nullptr});
-        m_segments.back().end = m_procs.size();
+        m_segments.back().end = m_stages.size();
     }
 }
 
 EffectChain::EffectChain(EffectChain* first)
     : m_plugin(first->m_plugin)
     , m_manager(first->m_manager)
-    , m_durationMs(first->m_durationMs)
+    , m_clip(first->m_clip)
     , m_first(*first)
     , m_effects(first->m_effects) {
     for (const EffectSpec& effect : m_effects) {
         if (NeedsOrder(effect))
-            m_procs.emplace_back();
+            m_stages.emplace_back();
         else
             Make(effect);
     }
 }
 
+EffectChain::~EffectChain() = default;
+
 void EffectChain::Make(const EffectSpec& effect) {
-    const AVBased::EffectInfo& info = RequireEffect(effect.name);
-    m_procs.push_back(m_plugin.MakeVideo(m_manager, info.name));
-    m_traits |= info.traits;
-    if (info.kind == AVBased::EffectKind::Transition) m_transitions = true;
-    AVBased::IVideoProc& proc = *m_procs.back();
-    if (IsStereoEffect(proc)) {
-        m_stereo = &proc;
+    m_stages.push_back(std::make_unique<Stage>(effect, m_clip));
+    Stage& stage = *m_stages.back();
+    Renew(stage);
+    m_traits |= stage.info.traits;
+    m_moves = m_moves || stage.settings.Move();
+    if (stage.info.kind == AVBased::EffectKind::Transition) m_transitions = true;
+    if (IsStereoEffect(*stage.proc)) {
+        m_stereo = &stage;
         m_mixesViews = false;
-    } else if (info.traits & AVBased::kMovesPixels) {
+    } else if (stage.info.traits & AVBased::kMovesPixels) {
         m_mixesViews = true;
     }
-    SetDuration(proc, m_durationMs);
-    if (NeedsPictureSize(effect)) {
-        m_waiting.emplace_back(&proc, effect);
-        return;
-    }
-    for (const PropertySetting& setting : effect.properties) SetProperty(proc, setting.name, setting.value);
+    if (!stage.waits) SetProperties(stage, static_cast<int>(stage.settings.Span().beginMs));
 }
 
-void EffectChain::SetWaiting(AVBased::IRawVideoFrame& frame) {
-    unsigned width = 0, height = 0;
-    frame.GetDimension(&width, &height);
-    for (const auto& [proc, spec] : m_waiting) {
-        const AVBased::EffectInfo& effect = RequireEffect(spec.name);
-        for (const auto& [name, value, percentage] : spec.properties)
-            SetProperty(*proc, name,
-                        percentage ? PixelsOfPercentage(effect, RequireProperty(effect, name), *percentage,
-                                                        width, height)
-                                   : value);
-    }
-    m_waiting.clear();
+void EffectChain::Renew(Stage& stage) {
+    stage.proc = m_plugin.MakeVideo(m_manager, stage.info.name);
+    stage.texts.clear();
+    SetDuration(*stage.proc, static_cast<uint32_t>(stage.settings.LengthMs().value_or(kUnknownLengthMs)));
 }
 
-void EffectChain::Run(size_t begin, size_t end, AVBased::IRawVideoFrame& frame, int timeMs) {
+// Those whose text is another one than the processor has; whether there was one.
+bool EffectChain::SetProperties(Stage& stage, int timeMs) {
+    const std::vector<SettingAtTime>& properties = stage.settings.Properties();
+    const bool first = stage.texts.empty();
+    if (!first && !stage.settings.Move()) return false;
+    std::vector<std::string> texts;
+    for (const SettingAtTime& property : properties) texts.push_back(property.TextAt(timeMs));
+    if (texts == stage.texts) return false;
+    if (!first && RemembersSettings(stage.info)) Renew(stage);
+    for (size_t index = 0; index < texts.size(); ++index)
+        if (stage.texts.empty() || stage.texts[index] != texts[index])
+            SetProperty(*stage.proc, properties[index].Property().name, texts[index]);
+    stage.texts = std::move(texts);
+    return true;
+}
+
+void EffectChain::Draw(Stage& stage, IRawVideoFrame& frame, int timeMs) {
+    AVBased::IVideoProc& proc = *stage.proc;
+    const RandomTurn turn(stage.info);
     AVBased::ImagePostion position{};
-    for (size_t index = begin; index < end; ++index) {
-        AVBased::IVideoProc& proc = *m_procs[index];
-        if (DrawInPlaceOf(proc, frame)) continue;
-        GetBaseException()->Clear();
-        proc.ProcFrameInPlace(&position, timeMs, &frame);
-        RequireNoRecord(proc);
-    }
+    GetBaseException()->Clear();
+    proc.ProcFrameInPlace(&position, timeMs, &frame);
+    RequireNoRecord(proc);
 }
 
-void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs, std::optional<int64_t> number) {
-    if (!m_waiting.empty()) SetWaiting(*frame);
+// What effects do on the first frame that they have with some settings happens on a copy that is thrown away:
+// which frame that is depends on how frames are shared between threads, and where rendering begins.
+void EffectChain::Prepare(Stage& stage, IRawVideoFrame& frame, int timeMs) {
+    const auto begin = std::chrono::steady_clock::now();
+    Draw(stage, *CopyOf(frame), timeMs);
+    m_spent.preparing += std::chrono::steady_clock::now() - begin;
+}
+
+void EffectChain::Work(Stage& stage, IRawVideoFrame& frame, int timeMs) {
+    if (!stage.settings.Cover(timeMs)) return;
+    if (stage.waits) {
+        unsigned width = 0, height = 0;
+        frame.GetDimension(&width, &height);
+        stage.settings.FitTo(width, height);
+        stage.waits = false;
+    }
+    if (!stage.strength.Begin(frame, timeMs)) return;
+    const bool changed = SetProperties(stage, timeMs);
+    const int effectMs = timeMs - static_cast<int>(stage.settings.Span().beginMs);
+    const bool draws = !DrawInPlaceOf(*stage.proc, frame);
+    const bool fresh = std::exchange(stage.prepared, true) == false || changed;
+    if (draws && fresh && timeMs > 0 && PreparesItself(stage.info)) Prepare(stage, frame, effectMs);
+    if (draws) Draw(stage, frame, effectMs);
+    stage.strength.End(frame, timeMs);
+}
+
+void EffectChain::Run(size_t begin, size_t end, IRawVideoFrame& frame, int timeMs) {
+    for (size_t index = begin; index < end; ++index) Work(*m_stages[index], frame, timeMs);
+}
+
+void EffectChain::Process(IRawVideoFrame* frame, int timeMs, std::optional<int64_t> number) {
+    const auto start = m_moves ? std::chrono::steady_clock::now() : std::chrono::steady_clock::time_point();
     const bool further = &m_first != this;
     size_t begin = 0;
     for (const Segment& segment : m_first.m_segments) {
@@ -216,6 +214,11 @@ void EffectChain::Process(AVBased::IRawVideoFrame* frame, int timeMs, std::optio
             Run(begin, segment.end, *frame, timeMs);
         begin = segment.end;
     }
+    if (m_moves) m_spent.all += std::chrono::steady_clock::now() - start;
+}
+
+std::optional<Presentation> EffectChain::Stereo() const {
+    return m_stereo ? std::optional(PresentationOf(*m_stereo->proc)) : std::nullopt;
 }
 
 void EffectChain::Stop() {

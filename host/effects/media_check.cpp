@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "aveffect/base_tools.h"
-#include "host/effects/catalogue_lookup.h"
 #include "host/media/source_request.h"
+#include "host/settings/catalogue_lookup.h"
 #include "host/support/error.h"
 #include "mediabridge/video_frame.h"
 

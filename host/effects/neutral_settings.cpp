@@ -1,7 +1,7 @@
 #include "host/effects/neutral_settings.h"
 
-#include "host/effects/catalogue_lookup.h"
-#include "host/effects/value_text.h"
+#include "host/settings/catalogue_lookup.h"
+#include "host/settings/value_text.h"
 
 namespace aveffect {
 namespace {

@@ -4,7 +4,7 @@ extern "C" {
 #include <libavutil/imgutils.h>
 }
 
-#include "host/effects/catalogue_lookup.h"
+#include "host/settings/catalogue_lookup.h"
 #include "host/support/error.h"
 #include "mediabridge/picture_pool.h"
 #include "mediabridge/video_frame.h"

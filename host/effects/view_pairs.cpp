@@ -9,7 +9,7 @@ extern "C" {
 }
 
 #include "aveffect/catalogue/stereo.h"
-#include "host/effects/catalogue_lookup.h"
+#include "host/settings/catalogue_lookup.h"
 #include "host/support/error.h"
 #include "mediabridge/picture_pool.h"
 #include "mediabridge/pixel_formats.h"
@@ -68,9 +68,9 @@ struct Halves {
 } // namespace
 
 ViewPairs::ViewPairs(const Plugin& plugin, AVBased::IAVManager* manager,
-                     const std::vector<EffectSpec>& effects, uint32_t durationMs, StereoOptions options)
+                     const std::vector<EffectSpec>& effects, const TimeSpan& clip, StereoOptions options)
     : m_options(std::move(options))
-    , m_before(plugin, manager, EffectsBefore(effects), durationMs) {
+    , m_before(plugin, manager, EffectsBefore(effects), clip) {
     if (m_options.layout && !m_options.right.empty())
         throw Error(ErrorKind::Usage, "the right view is either another clip's or in the pictures, not both");
 }

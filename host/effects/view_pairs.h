@@ -18,7 +18,7 @@ class ViewPairs {
 public:
     /// Throws Error (Usage) when there is no stereo effect or the options contradict each other.
     ViewPairs(const Plugin& plugin, AVBased::IAVManager* manager, const std::vector<EffectSpec>& effects,
-              uint32_t durationMs, StereoOptions options);
+              const TimeSpan& clip, StereoOptions options);
     /// Further ones, for another thread, as EffectChain has them.
     explicit ViewPairs(ViewPairs* first)
         : m_options(first->m_options)

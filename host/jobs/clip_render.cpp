@@ -46,7 +46,8 @@ struct ClipInput {
                  plan.options.rate ? std::nullopt : plan.options.frameLimit}
         , span(source, limits)
         , rate(plan.options.rate)
-        , frameLimit(plan.options.frameLimit) {
+        , frameLimit(plan.options.frameLimit)
+        , restart(plan.options.restart) {
         if (rate) steady.emplace([this] { return Read(); }, source.Pictures().time_base, *rate, frameLimit);
         if (!plan.options.stereo.right.empty())
             right = std::make_unique<RightClip>(ParseSourceUrl(plan.options.stereo.right).At(rate),
@@ -62,6 +63,15 @@ struct ClipInput {
             item->second = right->At({span.Start() + item->picture->pts, source.Pictures().time_base});
         return item;
     }
+
+    /// That effects' times refer to.
+    TimeSpan Clip() const {
+        TimeSpan clip = ClipTimes(source, limits.toMs, rate);
+        if (restart) clip.endMs = span.LengthMs();
+        return clip;
+    }
+    /// Of what is rendered, in that clip. Once there is a picture.
+    Moment Start() const { return {restart ? 0 : span.Start(), source.Pictures().time_base}; }
 
     std::optional<int64_t> ExpectedPictures() const {
         const std::optional<int64_t> length = span.LengthMs();
@@ -82,6 +92,7 @@ struct ClipInput {
     SpanReader span;
     const std::optional<AVRational> rate; ///< that is asked for
     const std::optional<int64_t> frameLimit;
+    const bool restart;
     std::optional<SteadyPictures> steady;
     std::unique_ptr<RightClip> right;
 };
@@ -96,7 +107,7 @@ public:
         , m_cancel(cancel)
         , m_reporter(observer)
         , m_input(m_plan, m_reporter, cancel)
-        , m_pictures(plugin, TaskOf(m_plan.options), m_input.source, m_input.span.LengthMs(), m_plan.output,
+        , m_pictures(plugin, TaskOf(m_plan.options), m_input.source, m_input.Clip(), m_plan.output,
                      m_reporter, cancel, WorkerCount(m_plan.options.threads))
         , m_progress(m_reporter, m_input.ExpectedPictures())
         , m_numbered(m_plan.output, m_plan.options.overwrite, cancel)
@@ -149,7 +160,10 @@ private:
     SpanItem ReadFirst() {
         while (std::optional<SpanItem> item = m_input.Next()) {
             CheckCancel(m_cancel);
-            if (item->picture) return std::move(*item);
+            if (item->picture) {
+                m_pictures.BeginAt(m_input.Start());
+                return std::move(*item);
+            }
             m_head.push_back(std::move(*item));
         }
         const bool part = m_input.limits.fromMs || m_input.limits.toMs;
@@ -187,7 +201,7 @@ private:
     void OpenFile(AVFramePtr first) {
         if (IsHighDynamicRange(*first)) KeepLight(m_input.source.Pictures(), *first);
         m_sound.emplace(SoundBeside(m_plugin, &m_pictures.Media(), m_plan.options,
-                                    {m_input.source, m_input.span.Start(), m_pictures.LengthMs()}, m_cancel));
+                                    {m_input.source, m_input.span.Start(), m_pictures.Times()}, m_cancel));
         m_file = OpenOutput({m_plan.output, m_input.source, m_input.limits, m_plan.options.overwrite,
                              m_pictures.Turned(), m_input.request, *m_sound, m_pictures.Views(),
                              m_plan.options.rate},

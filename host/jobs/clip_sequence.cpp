@@ -135,7 +135,7 @@ AVFramePtr ClipSequence::Cross(const Seam& seam, AVFramePtr from, AVFramePtr to,
     EffectChain chain(
         m_plugin, &pictures,
         {TransitionSpec(seam.transition, MemoryPictures::kFirst, MemoryPictures::kSecond, 0, length)},
-        static_cast<uint32_t>(length));
+        {0, length});
     return DrawTransition(chain, m_canvas, av_rescale_q(picture, interval, kMilliseconds));
 }
 

@@ -53,7 +53,7 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     PicturePipeline pictures(
         plugin,
         {options.effects, options.pixelFormat, options.sdr, options.stereo, options.framing, std::nullopt},
-        source, source.EndMs(), plan, reporter, cancel);
+        source, ClipTimes(source, std::nullopt, std::nullopt), plan, reporter, cancel);
     pictures.RequireMedia();
     AVFramePtr picture = FindPicture(source, options.atMs, cancel), second;
     DamageReport damage = source.Damage(1, {}, false);

@@ -93,10 +93,11 @@ public:
             throw Error(ErrorKind::Input, m_options.input + " holds no picture that can be copied" +
                                               (m_limits.fromMs || m_limits.toMs ? " in that span" : ""));
         Tell();
-        const auto length = static_cast<uint32_t>(
-            std::clamp<int64_t>(m_span.LengthMs().value_or(kUnknownLengthMs), 0, INT_MAX));
+        EffectTimes times{ClipTimes(m_source, m_limits.toMs, std::nullopt),
+                          {m_span.Start(), m_source.Pictures().time_base}};
+        if (m_options.restart) times = {{0, m_span.LengthMs()}, {}};
         const SoundPlan sound =
-            SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), length}, m_cancel);
+            SoundBeside(m_plugin, &m_manager, m_options, {m_source, m_span.Start(), times}, m_cancel);
         const auto output =
             OpenOutput({m_plan, m_source, m_limits, m_options.overwrite, false, m_request, sound}, nullptr,
                        m_reporter, m_cancel);

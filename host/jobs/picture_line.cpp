@@ -23,7 +23,7 @@ int ToMs(int64_t ticks, AVRational base) {
 std::unique_ptr<ViewPairs> PairsFor(const LineSetup& setup, ViewPairs* first) {
     if (!setup.task.stereo.TwoViews()) return nullptr;
     if (first) return std::make_unique<ViewPairs>(first);
-    return std::make_unique<ViewPairs>(setup.plugin, &setup.media, setup.task.effects, setup.lengthMs,
+    return std::make_unique<ViewPairs>(setup.plugin, &setup.media, setup.task.effects, setup.times.clip,
                                        setup.task.stereo);
 }
 
@@ -38,7 +38,7 @@ size_t PictureBytes(const AVFrame& picture) {
 PictureLine::PictureLine(const LineSetup& setup, PictureLine* first)
     : m_setup(setup)
     , m_chain(first ? EffectChain(&first->m_chain)
-                    : EffectChain(setup.plugin, &setup.media, setup.task.effects, setup.lengthMs))
+                    : EffectChain(setup.plugin, &setup.media, setup.task.effects, setup.times.clip))
     , m_pairs(PairsFor(setup, first ? first->m_pairs.get() : nullptr))
     , m_stage(m_chain, setup.media, setup.task.pixelFormat, setup.uprightBy, setup.terms, setup.reporter,
               m_pairs.get()) {
@@ -48,8 +48,15 @@ PictureLine::PictureLine(const LineSetup& setup, PictureLine* first)
         m_stage.Frame(setup.task.framing);
 }
 
+// In the clip, to the millisecond as a render of the whole clip has it.
+int PictureLine::TimeOf(const AVFrame& picture) const {
+    const Moment& start = m_setup.times.start;
+    if (av_cmp_q(start.base, m_setup.base) == 0) return ToMs(start.ticks + picture.pts, m_setup.base);
+    return ToMs(start.ticks, start.base) + ToMs(picture.pts, m_setup.base);
+}
+
 AVFramePtr PictureLine::Make(AVFramePtr picture, const AVFrame* second, std::optional<int64_t> number) {
-    const int time = ToMs(picture->pts, m_setup.base);
+    const int time = TimeOf(*picture);
     const int duration = ToMs(picture->pkt_duration, m_setup.base);
     const size_t bytes = PictureBytes(*picture);
     picture = m_stage.ApplyEffects(std::move(picture), time, static_cast<unsigned>(duration), second, number);

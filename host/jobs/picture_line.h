@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/effects/effect_times.h"
 #include "host/effects/picture_stage.h"
 #include "host/effects/view_pairs.h"
 #include "host/media/media_manager.h"
@@ -29,8 +30,8 @@ struct LineSetup {
     PictureTask task;
     const OutputPlan& plan;
     const AVStream* uprightBy; ///< as PictureStage has it
-    uint32_t lengthMs;         ///< that effects are told of
-    AVRational base;           ///< of the pictures' times
+    EffectTimes times;         ///< start: known before the first picture
+    AVRational base;           ///< of the pictures' times, which count from that start
     MediaManager& media;
     IntakeTerms& terms;
     Reporter& reporter;
@@ -55,8 +56,12 @@ public:
     std::optional<Presentation> Views() const { return m_chain.Views(); }
     /// As EffectChain::Stop().
     void Stop();
+    /// As EffectChain::Spent().
+    const EffectChain::Times& Spent() const noexcept { return m_chain.Spent(); }
 
 private:
+    int TimeOf(const AVFrame& picture) const;
+
     const LineSetup& m_setup;
     EffectChain m_chain;
     std::unique_ptr<ViewPairs> m_pairs;

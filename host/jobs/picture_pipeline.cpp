@@ -1,7 +1,6 @@
 #include "host/jobs/picture_pipeline.h"
 
 #include <algorithm>
-#include <climits>
 #include <utility>
 
 #include "host/effects/media_check.h"
@@ -27,17 +26,9 @@ const AVStream* UprightBy(const Source& source, const OutputPlan& plan, bool cha
     return &stream;
 }
 
-uint32_t EffectLength(std::optional<int64_t> lengthMs, const Source& source, Reporter& reporter) {
-    if (!lengthMs) {
-        // A picture in a file lasts as long as its one packet says.
-        const bool still =
-            source.Format().duration == AV_NOPTS_VALUE && source.Pictures().nb_frames <= 1 &&
-            (avcodec_descriptor_get(source.Pictures().codecpar->codec_id)->props & AV_CODEC_PROP_INTRA_ONLY);
-        const AVRational rate = source.FrameRate();
-        lengthMs = still ? av_rescale(1000, rate.den, rate.num) : kUnknownLengthMs;
-        if (!still) reporter.Note("the clip does not tell its length; effects take it for one hour");
-    }
-    return static_cast<uint32_t>(std::clamp<int64_t>(*lengthMs, 0, INT_MAX));
+const TimeSpan& Noted(const TimeSpan& clip, Reporter& reporter) {
+    if (!clip.endMs) reporter.Note("the clip does not tell its length; effects take it for one hour");
+    return clip;
 }
 
 AVFramePtr Another(const AVFrame& picture) {
@@ -49,7 +40,7 @@ AVFramePtr Another(const AVFrame& picture) {
 } // namespace
 
 PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, const Source& source,
-                                 std::optional<int64_t> lengthMs, const OutputPlan& plan, Reporter& reporter,
+                                 const TimeSpan& clip, const OutputPlan& plan, Reporter& reporter,
                                  const std::atomic<bool>& cancel, unsigned workers)
     : m_terms(task.sdr, reporter)
     , m_media(&cancel)
@@ -57,7 +48,7 @@ PicturePipeline::PicturePipeline(const Plugin& plugin, const PictureTask& task, 
               task,
               plan,
               UprightBy(source, plan, !task.effects.empty() || !task.framing.Empty(), reporter),
-              EffectLength(lengthMs, source, reporter),
+              {Noted(clip, reporter), {}},
               task.rate ? av_inv_q(*task.rate) : source.Pictures().time_base,
               m_media,
               m_terms,
@@ -73,6 +64,19 @@ std::optional<Presentation> PicturePipeline::Views() const {
     const Framing& framing = m_setup.task.framing;
     const bool kept = views && !framing.afterEffects;
     return !kept && Framer(framing).Reshapes() ? Presentation{} : views;
+}
+
+void PicturePipeline::Conclude() {
+    m_terms.Conclude();
+    EffectChain::Times spent;
+    for (const auto& line : m_lines) {
+        if (!line) continue;
+        spent.all += line->Spent().all;
+        spent.preparing += line->Spent().preparing;
+    }
+    if (spent.preparing.count() > 0)
+        m_setup.reporter.Note("effects prepared themselves anew for settings that moved in " +
+                              std::to_string(100 * spent.preparing / spent.all) + " % of their time");
 }
 
 void PicturePipeline::RequireMedia() { RequirePictures(m_media, m_setup.task.effects); }

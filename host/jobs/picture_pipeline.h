@@ -18,11 +18,14 @@ struct LinePlace {
 /// are those of one line.
 class PicturePipeline {
 public:
-    /// Makes the effects, for so much of the source; absent: as long as it tells nobody. All arguments but
-    /// length and number outlive the pipeline. Throws Error (Effect, Usage, Interrupted).
-    PicturePipeline(const Plugin& plugin, const PictureTask& task, const Source& source,
-                    std::optional<int64_t> lengthMs, const OutputPlan& plan, Reporter& reporter,
-                    const std::atomic<bool>& cancel, unsigned workers = 1);
+    /// Makes the effects, for such a clip. All arguments but clip and number outlive the pipeline. Throws
+    /// Error (Effect, Usage, Interrupted).
+    PicturePipeline(const Plugin& plugin, const PictureTask& task, const Source& source, const TimeSpan& clip,
+                    const OutputPlan& plan, Reporter& reporter, const std::atomic<bool>& cancel,
+                    unsigned workers = 1);
+
+    /// Where in the clip the pictures' times count from, 0 if it is not said. Before the first picture.
+    void BeginAt(const Moment& start) { m_setup.times.start = start; }
 
     /// Refuses what the effects name and can't be read as pictures. Throws Error.
     void RequireMedia();
@@ -41,12 +44,11 @@ public:
     void Stop() { m_lines.front()->Stop(); }
 
     /// Says in the end what is said once for all pictures.
-    void Conclude() { m_terms.Conclude(); }
+    void Conclude();
 
     /// What effects read files through.
     MediaManager& Media() noexcept { return m_media; }
-    /// Milliseconds that the effects are told of.
-    uint32_t LengthMs() const noexcept { return m_setup.lengthMs; }
+    const EffectTimes& Times() const noexcept { return m_setup.times; }
     /// Whether the first picture was turned.
     bool Turned() const noexcept { return m_lines.front()->Turned(); }
     /// How the pictures hold two views, where effects made them so.
@@ -57,7 +59,7 @@ private:
 
     IntakeTerms m_terms;
     MediaManager m_media;
-    const LineSetup m_setup;
+    LineSetup m_setup;
     std::vector<std::unique_ptr<PictureLine>> m_lines; ///< by workers; further ones once they are needed
     mediabridge::AVFramePtr m_sample, m_secondSample; ///< the first picture, where there may be further lines
 };

@@ -40,10 +40,6 @@ struct PlayedClip {
     MediaManager& media;
 };
 
-uint32_t EffectLength(const std::optional<int64_t>& lengthMs) {
-    return static_cast<uint32_t>(std::clamp<int64_t>(lengthMs.value_or(kUnknownLengthMs), 0, INT_MAX));
-}
-
 /// The clip's pictures, made one by one.
 class PlayedPictures {
 public:
@@ -52,10 +48,14 @@ public:
         , m_lengthMs(SpanReader(m_source, {clip.options.fromMs, clip.options.toMs, {}}).LengthMs())
         , m_span(m_source, LimitsFrom(clip.options, clip.atMs))
         , m_base(clip.options.rate ? av_inv_q(*clip.options.rate) : m_source.Pictures().time_base)
-        , m_chain(clip.plugin, &clip.media, clip.options.effects, EffectLength(m_lengthMs))
+        , m_restart(clip.options.restart)
+        , m_fromMs(clip.options.fromMs.value_or(0))
+        , m_clip(m_restart ? TimeSpan{0, m_lengthMs}
+                           : ClipTimes(m_source, clip.options.toMs, clip.options.rate))
+        , m_chain(clip.plugin, &clip.media, clip.options.effects, m_clip)
         , m_pairs(clip.options.stereo.TwoViews()
-                      ? std::make_unique<ViewPairs>(clip.plugin, &clip.media, clip.options.effects,
-                                                    EffectLength(m_lengthMs), clip.options.stereo)
+                      ? std::make_unique<ViewPairs>(clip.plugin, &clip.media, clip.options.effects, m_clip,
+                                                    clip.options.stereo)
                       : nullptr)
         , m_stage(m_chain, clip.media, clip.options.pixelFormat, &m_source.Pictures(), terms, clip.reporter,
                   m_pairs.get())
@@ -78,26 +78,30 @@ public:
 
     const Source& Clip() const noexcept { return m_source; }
     std::optional<int64_t> LengthMs() const { return m_lengthMs; }
+    const TimeSpan& EffectSpan() const { return m_clip; }
 
     /// With its times from the clip's start, not made yet; nothing at the end.
     std::optional<PlayedPicture> Next() {
         std::optional<SpanItem> item = m_steady ? m_steady->Next() : m_span.Next();
         if (!item) return std::nullopt;
-        const int64_t start = av_rescale_q(m_span.Start(), m_source.Pictures().time_base, kMilliseconds);
+        const AVRational sourceBase = m_source.Pictures().time_base;
         const AVFrame& picture = *item->picture;
-        const int64_t begin = start + av_rescale_q(picture.pts, m_base, kMilliseconds);
+        const int64_t begin = av_cmp_q(m_base, sourceBase) == 0
+                                  ? av_rescale_q(m_span.Start() + picture.pts, m_base, kMilliseconds)
+                                  : av_rescale_q(m_span.Start(), sourceBase, kMilliseconds) +
+                                        av_rescale_q(picture.pts, m_base, kMilliseconds);
         const int64_t length = av_rescale_q(picture.pkt_duration, m_base, kMilliseconds);
         return PlayedPicture{std::move(item->picture), 1, begin, begin + length};
     }
 
-    /// As it is shown. Its times are those that effects see.
+    /// As it is shown, with its times from the span's start.
     void Make(PlayedPicture& played) {
         AVFramePtr second;
         const int64_t start = av_rescale_q(m_span.Start(), m_source.Pictures().time_base, m_base);
         if (m_right) second = m_right->At({start + played.picture->pts, m_base});
-        const AVFramePtr picture = m_framer.Apply(
-            m_stage.ApplyEffects(std::move(played.picture), static_cast<int>(played.timeMs),
-                                 static_cast<unsigned>(played.endMs - played.timeMs), second.get()));
+        const AVFramePtr picture = m_framer.Apply(m_stage.ApplyEffects(
+            std::move(played.picture), static_cast<int>(played.timeMs + (m_restart ? 0 : m_fromMs)),
+            static_cast<unsigned>(played.endMs - played.timeMs), second.get()));
         played.picture = m_toShow.Convert(picture.get());
         if (!played.picture) throw Error(ErrorKind::Output, "a picture can't be shown: " + m_toShow.Error());
         played.pixelAspect = PixelAspect(*played.picture);
@@ -108,6 +112,9 @@ private:
     const std::optional<int64_t> m_lengthMs;
     SpanReader m_span;
     const AVRational m_base; ///< of the pictures' times
+    const bool m_restart;
+    const int64_t m_fromMs;
+    const TimeSpan m_clip; ///< that effects' times refer to
     EffectChain m_chain;
     std::unique_ptr<ViewPairs> m_pairs;
     std::unique_ptr<RightClip> m_right;
@@ -221,8 +228,12 @@ private:
                                av_rescale_q(m_fromMs + m_soundFromMs, kMilliseconds, kMicroseconds),
                            kMicroseconds};
         m_audioEffects = options.audioEffects;
-        const ClipSoundSetup setup{played.plugin, &m_manager, m_audioEffects, EffectLength(m_lengthMs),
-                                   brings,        start,      m_cancel};
+        const int64_t cut = options.restart ? 0 : m_fromMs;
+        const TimeSpan span = m_pictures   ? m_pictures->EffectSpan()
+                              : m_lengthMs ? TimeSpan{0, cut + *m_lengthMs}
+                                           : TimeSpan{};
+        const EffectTimes times{span, {cut + m_soundFromMs, kMilliseconds}};
+        const ClipSoundSetup setup{played.plugin, &m_manager, m_audioEffects, times, brings, start, m_cancel};
         m_sound = std::make_unique<ClipSound>(setup, RequestOf(options), stream, ShapeFor(setup, stream),
                                               SoundForm{{kSoundRate, "stereo"}, AV_SAMPLE_FMT_S16, 0});
         if (m_lengthMs && (options.toMs || brings))

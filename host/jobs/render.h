@@ -24,6 +24,8 @@ struct RenderOptions : OutputOptions {
     std::optional<int64_t> fromMs; ///< first moment of the input that is kept; the clip's start when absent
     std::optional<int64_t> toMs;   ///< first moment that is no longer kept; the clip's end when absent
     std::optional<int64_t> frameLimit; ///< no more pictures than this
+    bool restart = false; ///< effects take what is kept for the whole clip; else they stand where they stand
+                          ///< in the clip
     std::string pixelFormat =
         "auto";                ///< format that the effects work in: auto or a frame-table format by name
     bool strip = false;        ///< a photo's metadata is left out but for what tells how it looks

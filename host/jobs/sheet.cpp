@@ -79,7 +79,7 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
         const std::string name(transitions[static_cast<size_t>(row)]->shortName);
         constexpr int kEndMs = 2 * kMoments * kStepMs;
         EffectChain chain(plugin, &manager, {TransitionSpec(name, options.first, options.second, 0, kEndMs)},
-                          kEndMs);
+                          {0, kEndMs});
         // In the middle of each eighth: the ends would show the two pictures alone.
         for (int column = 0; column < kMoments; ++column) {
             CheckCancel(cancel);

@@ -101,15 +101,19 @@ private:
         if (m_options.toMs) m_end = Moment{*m_options.toMs - from, kMilliseconds};
     }
 
+    EffectTimes Times() const {
+        const Moment from{m_options.fromMs.value_or(0), kMilliseconds};
+        if (m_options.restart) return {{0, m_length}, {}};
+        return {{0, m_announced ? m_announced : m_options.toMs}, from};
+    }
+
     static int64_t Pieces(int64_t milliseconds) { return milliseconds * kPiecesASecond / 1000; }
 
     RenderResult Change(const Plugin& plugin, ProgressMeter& progress) {
         MediaManager manager(&m_cancel);
         RequireSounds(manager, m_options.audioEffects);
-        const auto length =
-            static_cast<uint32_t>(std::clamp<int64_t>(m_length.value_or(kUnknownLengthMs), 0, INT_MAX));
         const std::optional<Moment> start = m_options.fromMs ? std::optional(m_start) : std::nullopt;
-        const SoundPlan sound{{plugin, &manager, m_options.audioEffects, length, false, start, m_cancel},
+        const SoundPlan sound{{plugin, &manager, m_options.audioEffects, Times(), false, start, m_cancel},
                               m_options.audioCodec,
                               true,
                               false,
@@ -295,7 +299,7 @@ SoundPlan SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const 
     if (options.toMs) end = {av_rescale_q(*options.toMs, kMilliseconds, kNanoseconds) - start, kNanoseconds};
     const Moment from{av_rescale_q(clip.ticks, clip.base, kNanoseconds) + start, kNanoseconds};
     const bool endless = BringsSound(options.audioEffects);
-    return {{plugin, manager, options.audioEffects, span.lengthMs, endless, from, cancel},
+    return {{plugin, manager, options.audioEffects, span.times, endless, from, cancel},
             options.audioCodec,
             ChangesSound(options),
             options.frameLimit || endless,

@@ -23,8 +23,8 @@ RenderResult RenderSound(const Plugin& plugin, const RenderOptions& options, con
 /// What of a clip's pictures is rendered.
 struct SoundSpan {
     const Source& source;
-    int64_t start;     ///< as SpanReader::Start
-    uint32_t lengthMs; ///< that the effects are told of
+    int64_t start; ///< as SpanReader::Start
+    EffectTimes times;
 };
 /// What becomes of the sound that lies beside pictures. The options outlive it.
 SoundPlan SoundBeside(const Plugin& plugin, AVBased::IAVManager* manager, const RenderOptions& options,

@@ -141,7 +141,7 @@ private:
                                                                 m_options.startMs, m_options.durationMs)};
         if (!chain)
             chain = std::make_unique<EffectChain>(m_plugin, &m_manager, effects,
-                                                  static_cast<uint32_t>(m_options.durationMs));
+                                                  TimeSpan{0, m_options.durationMs});
         return *chain;
     }
 

@@ -10,8 +10,8 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
-#include "host/effects/catalogue_lookup.h"
-#include "host/effects/value_text.h"
+#include "host/settings/catalogue_lookup.h"
+#include "host/settings/value_text.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
 

@@ -14,7 +14,7 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
-#include "host/effects/value_text.h"
+#include "host/settings/value_text.h"
 #include "host/media/device.h"
 #include "host/media/input.h"
 #include "host/output/output_format.h"

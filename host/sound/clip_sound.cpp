@@ -45,9 +45,10 @@ ClipSoundShape ShapeFor(const ClipSoundSetup& setup, const AVStream* stream) {
 ClipSound::ClipSound(const ClipSoundSetup& setup, const SourceRequest& source, const AVStream* stream,
                      const ClipSoundShape& shape, SoundForm form)
     : m_shape(shape.shape)
+    , m_clipStart(av_rescale_q(setup.times.start.ticks, setup.times.start.base, {1, m_shape.rate}))
     , m_endless(setup.endless)
     , m_fromFirst(!setup.start)
-    , m_chain(setup.plugin, setup.manager, setup.effects, setup.lengthMs)
+    , m_chain(setup.plugin, setup.manager, setup.effects, setup.times.clip)
     , m_decoded(shape.format, m_shape.rate, m_shape.layout)
     , m_form(std::move(form))
     , m_resampler(swr_alloc())
@@ -136,7 +137,7 @@ bool ClipSound::Decode() {
 
 void ClipSound::Process(int64_t samples) {
     const AVFramePtr sound = m_decoded.Pop(samples); // silence where effects bring sound
-    m_chain.Process(*sound, static_cast<uint32_t>(av_rescale(m_done, 1000, m_shape.rate)));
+    m_chain.Process(*sound, m_clipStart + m_done);
     m_done += samples;
     Convert(sound.get());
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/effects/audio_effect_chain.h"
+#include "host/effects/effect_times.h"
 #include "host/media/sound_reader.h"
 #include "host/sound/sample_queue.h"
 #include "host/sound/sound_supply.h"
@@ -19,7 +20,7 @@ struct ClipSoundSetup {
     const Plugin& plugin;
     AVBased::IAVManager* manager; ///< opens what effects read; outlives the sound
     const std::vector<EffectSpec>& effects;
-    uint32_t lengthMs;           ///< that the effects are told of
+    EffectTimes times;           ///< start: of the sound that is made
     bool endless;                ///< the effects bring sound (BringsSound), which goes on until it is ended
     std::optional<Moment> start; ///< in the file's times; absent: the first sample
     const std::atomic<bool>& cancel;
@@ -58,7 +59,8 @@ private:
     void Flush();
     int64_t Ready() const;
 
-    SoundShape m_shape; ///< that the effects work in
+    SoundShape m_shape;  ///< that the effects work in
+    int64_t m_clipStart; ///< of the sound in the clip, in samples
     bool m_endless;
     bool m_fromFirst; ///< the first sample is the start, whatever its time
     AudioEffectChain m_chain;

@@ -10,7 +10,7 @@ extern "C" {
 #include <libavfilter/buffersrc.h>
 }
 
-#include "host/effects/value_text.h"
+#include "host/settings/value_text.h"
 #include "host/support/error.h"
 
 namespace aveffect {

@@ -2,6 +2,7 @@
 /// Errors of the reference host: one sentence for people and a kind that becomes the program's exit code.
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace aveffect {
 
@@ -15,13 +16,17 @@ enum class ErrorKind {
 
 class Error : public std::runtime_error {
 public:
-    Error(ErrorKind kind, const std::string& message)
+    Error(ErrorKind kind, const std::string& message, std::string picture = {})
         : std::runtime_error(message)
-        , m_kind(kind) {}
+        , m_kind(kind)
+        , m_picture(std::move(picture)) {}
     ErrorKind Kind() const noexcept { return m_kind; }
+    /// What was written, with a mark under the place that is meant, in lines; empty where nothing is shown.
+    const std::string& Picture() const noexcept { return m_picture; }
 
 private:
     ErrorKind m_kind;
+    std::string m_picture;
 };
 
 } // namespace aveffect

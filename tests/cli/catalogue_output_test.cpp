@@ -7,7 +7,7 @@
 #include "aveffect/catalogue.h"
 #include "cli/catalogue_text.h"
 #include "host/effects/effect_chain.h"
-#include "host/effects/value_text.h"
+#include "host/settings/value_text.h"
 #include "tests/cli/program.h"
 
 namespace {

@@ -1,9 +1,9 @@
 // Effects and values as people write them.
-#include "host/effects/value_text.h"
+#include "host/settings/value_text.h"
 
 #include <gtest/gtest.h>
 
-#include "host/effects/catalogue_lookup.h"
+#include "host/settings/catalogue_lookup.h"
 #include "host/effects/effect_chain.h"
 #include "host/support/error.h"
 

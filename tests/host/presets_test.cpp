@@ -9,9 +9,9 @@
 #include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
 #include "host/effects/audio_effect_chain.h"
-#include "host/effects/catalogue_lookup.h"
+#include "host/settings/catalogue_lookup.h"
 #include "host/effects/neutral_settings.h"
-#include "host/effects/value_text.h"
+#include "host/settings/value_text.h"
 #include "mediabridge/audio_frame.h"
 #include "tests/host/clips.h"
 
@@ -53,7 +53,7 @@ void Apply(const EffectSpec& effect, unsigned format, Bytes& picture) {
         }
     }
     MemoryFrame frame(format, kWidth, kHeight, planes);
-    aveffect::EffectChain chain(clips::ThePlugin(), nullptr, {effect}, kLengthMs);
+    aveffect::EffectChain chain(clips::ThePlugin(), nullptr, {effect}, {0, kLengthMs});
     chain.Process(&frame, kTimeMs);
 }
 
@@ -120,7 +120,7 @@ TEST(Presets, ChangeAToneAudibly) {
             ASSERT_EQ(av_frame_get_buffer(sound.get(), 0), 0);
             auto* const samples = reinterpret_cast<int16_t*>(sound->data[0]);
             std::fill_n(samples, sound->nb_samples, int16_t{10000});
-            aveffect::AudioEffectChain chain(clips::ThePlugin(), nullptr, {spec}, kLengthMs);
+            aveffect::AudioEffectChain chain(clips::ThePlugin(), nullptr, {spec}, {0, kLengthMs});
             chain.Process(*sound, 0);
             EXPECT_GT(std::abs(samples[0] - 10000), 3000) << name; // 3 dB
         }

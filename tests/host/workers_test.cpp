@@ -1,5 +1,6 @@
 /// Pictures that several threads make: the bytes are those that one makes.
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -10,6 +11,7 @@
 
 #include "aveffect/catalogue.h"
 #include "host/jobs/transition.h"
+#include "host/settings/value_text.h"
 #include "tests/host/clips.h"
 #include "tests/support/busy_settings.h"
 
@@ -44,6 +46,28 @@ protected:
                 if (name == property.name) spec.properties.push_back({name, equals + 1});
         }
         return spec;
+    }
+
+    /// The same settings on the move, on a part, blended.
+    aveffect::EffectSpec Moving(const EffectInfo& effect) const {
+        std::string text(effect.shortName);
+        for (const aveffect::PropertySetting& busy : Busy(effect).properties) {
+            const AVBased::PropertyInfo& property = *AVBased::FindProperty(effect, busy.name);
+            if (property.kind == AVBased::ValueKind::Path) {
+                text += ":" + busy.name + "=" + busy.value;
+            } else if (property.kind == AVBased::ValueKind::Number) {
+                const double half = std::max(property.minimum, std::floor(std::stod(busy.value)) / 2);
+                const std::string other =
+                    aveffect::NumberText(property.type == AVBased::kDouble ? half : std::ceil(half));
+                text += ":" + busy.name + "=0=" + busy.value + ";0.2~=" + other + ";100%=" + busy.value;
+            } else {
+                text += ":" + busy.name + "=" + busy.value;
+            }
+        }
+        return aveffect::ParseEffect(
+            text + ":@from=0.08:@to=-0.08:@mix=0=100;50%|=70;0.36=100:"
+                   "@area=0.2=ellipse,0,0,80,80;100%=ellipse,20,20,80,80:@mask-feather=0=0;100%=20%",
+            false);
     }
 
     aveffect::RenderOptions Options(std::vector<aveffect::EffectSpec> effects) const {
@@ -97,6 +121,35 @@ TEST_F(Workers, MakeTheSameOfEveryEffect) {
             options.pixelFormat = format;
             ExpectSameRender(options, std::string(effect.shortName) + " " + format + " ");
         }
+}
+
+// As many threads as there are, and a single picture: each comes out as in a render on one thread.
+TEST_F(Workers, MakeTheSameOfSettingsThatMove) {
+    for (const EffectInfo& effect : AVBased::kVideoEffects) {
+        auto options = Options({Moving(effect)});
+        options.pixelFormat = "yuv420p";
+        const auto render = [&](unsigned threads) {
+            options.threads = threads;
+            clips::Render(options, kGoOn);
+        };
+        EXPECT_TRUE(Made(render, 3) == Made(render, 1)) << effect.shortName;
+        options.output = m_directory / "all%02d.bmp";
+        options.format.clear();
+        render(2);
+        for (const int picture : {0, 2, 7, 13}) {
+            aveffect::FrameOptions frame;
+            frame.input = options.input;
+            frame.effects = options.effects;
+            frame.pixelFormat = options.pixelFormat;
+            frame.atMs = picture * 40;
+            frame.output = m_directory / "one.bmp";
+            frame.overwrite = true;
+            aveffect::RenderFrame(clips::ThePlugin(), frame, {}, kGoOn);
+            const std::string number = std::to_string(picture + 101).substr(1);
+            EXPECT_TRUE(ReadAll(frame.output) == ReadAll(m_directory / ("all" + number + ".bmp")))
+                << effect.shortName << " picture " << picture;
+        }
+    }
 }
 
 // Random effects among others, which all come to the same numbers; percentages; two views; other sizes.

@@ -1,4 +1,4 @@
-#include "host/effects/catalogue_lookup.h"
+#include "host/settings/catalogue_lookup.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "host/effects/value_text.h"
+#include "host/settings/value_text.h"
 
 #include <algorithm>
 #include <array>
