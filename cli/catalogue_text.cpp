@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/settings/catalogue_lookup.h"
+#include "host/settings/reach.h"
 #include "host/settings/value_text.h"
 
 namespace aveffect {
@@ -180,6 +181,19 @@ std::string_view TypeName(PropertyType type) {
     return "text";
 }
 
+/// What every effect takes besides.
+std::string ReachText(const EffectInfo& effect) {
+    std::string names;
+    for (const PropertyInfo& property : ReachProperties(effect.kind == EffectKind::Audio))
+        names += (names.empty() ? "" : ", ") + std::string(property.name);
+    return "  " +
+           Wrapped("Like every effect it takes " + names +
+                       ", and numbers, colours, switches and choices that "
+                       "move: property=0%=VALUE;2.5=VALUE;-1=VALUE.",
+                   2) +
+           "\n";
+}
+
 bool IsVideoEffect(const EffectInfo& effect) { return effect.kind != EffectKind::Audio; }
 
 std::string ListText() {
@@ -233,7 +247,8 @@ std::string DescribeText(const EffectInfo& effect) {
     text += PresetsText(effect) + "\nProperties\n";
     for (const auto& property : effect.properties) text += PropertyText(property, width);
     text += PropertyText(AVBased::kDurationProperty, width);
-    text += std::string(width + 4, ' ') + "(set by the program to the length of what is rendered)\n";
+    text += std::string(width + 4, ' ') + "(set by the program to how long the effect lasts)\n";
+    text += ReachText(effect);
     return text + "\nExample\n" + ExampleText(effect);
 }
 

@@ -21,3 +21,17 @@ ffmpeg -v error -f lavfi -i "color=s=320x240,format=gbrp,geq=r='if(lt(hypot(X-23
 ffmpeg -v error -f lavfi -i "color=s=320x240,format=gbrp,geq=r='if(gt(Y,176),150-(Y-176),if(lt(hypot(X-104,Y-140),46),255,252-Y/8))':g='if(gt(Y,176),84-(Y-176)/2,if(lt(hypot(X-104,Y-140),46),236,110+Y/2.6))':b='if(gt(Y,176),110-(Y-176)/2,if(lt(hypot(X-104,Y-140),46),150,96-Y/5))'" \
   -frames:v 1 -pix_fmt rgb24 "$work/dusk.png"
 build/bin/aveffect sheet "$work/night.png" "$work/dusk.png" docs/pictures/transitions.png --size 128x96 --overwrite
+
+# What the recipes' commands make of a face that crosses the dusk, second by second.
+ffmpeg -v error -f lavfi -i "color=s=80x80,format=rgba,geq=r='if(lt(hypot(X-26,Y-30),6)+lt(hypot(X-54,Y-30),6)+between(hypot(X-40,Y-40),22,26)*gt(Y,46),60,236)':g='if(lt(hypot(X-26,Y-30),6)+lt(hypot(X-54,Y-30),6)+between(hypot(X-40,Y-40),22,26)*gt(Y,46),30,188)':b='if(lt(hypot(X-26,Y-30),6)+lt(hypot(X-54,Y-30),6)+between(hypot(X-40,Y-40),22,26)*gt(Y,46),30,150)':a='if(lt(hypot(X-40,Y-40),38),255,0)'" \
+  -frames:v 1 "$work/face.png"
+ffmpeg -v error -loop 1 -i "$work/dusk.png" -loop 1 -i "$work/face.png" -filter_complex "[0][1]overlay=x=4+57*t:y=92" \
+  -t 4 -r 25 -c:v libx264 -crf 12 -pix_fmt yuv420p "$work/in.mp4"
+cp "$work/in.mp4" "$work/clip.mp4"
+sed -n '/^```sh/,/^```$/p' docs/recipes.md | grep -v '^```' > "$work/recipes.sh"
+aveffect="$PWD/build/bin/aveffect"
+(cd "$work"; aveffect() { "$aveffect" "$@" --crf 12; }; . ./recipes.sh)
+for clip in clip $(sed -n 's/.*pictures\/recipe-\([a-z]*\)\.png.*/\1/p' docs/recipes.md | grep -v clip); do
+  ffmpeg -v error -y -i "$work/$clip.mp4" -vf "select='eq(n,0)+eq(n,24)+eq(n,49)+eq(n,74)+eq(n,99)',scale=160:-1:flags=area,tile=5x1:padding=4:color=white" \
+    -fps_mode vfr -frames:v 1 "docs/pictures/recipe-$clip.png"
+done

@@ -157,4 +157,42 @@ TEST_F(RenderProgram, SoundBecomesWhatEncoderAndFormatTake) {
     }
 }
 
+// Each command of the guide does something, on a part of the pictures at least.
+TEST_F(RenderProgram, CooksWhatTheRecipesSay) {
+    Ffmpeg({"-f", "lavfi", "-i", "testsrc2=s=160x120:r=25:d=4", "-c:v", "libx264", "-crf", "8", "-g", "50",
+            "-pix_fmt", "yuv420p", "in.mp4"});
+    Run({"render", "in.mp4", "plain.mp4", "--crf", "8"});
+    const std::string plain = Pixels("plain.mp4");
+    std::istringstream guide(test::ReadFile(std::string(AVEFFECT_TEST_DATA) + "/../docs/recipes.md"));
+    std::string command;
+    size_t cooked = 0;
+    for (std::string line; std::getline(guide, line);) {
+        if (command.empty() && !line.starts_with("aveffect ")) continue;
+        command += line;
+        if (command.ends_with('\\')) {
+            command.pop_back();
+            continue;
+        }
+        const std::string directory = AVEFFECT_BIN_DIR;
+        const std::string output = command.substr(command.find(" in.mp4 ") + 8,
+                                                  command.find(".mp4 -") - command.find(" in.mp4 ") - 4);
+        test::RunningProgram program(
+            {"/bin/sh", "-c", "PATH=" + directory + ":$PATH; " + command + " --crf 8"}, m_directory);
+        const Outcome outcome = program.Wait();
+        EXPECT_EQ(outcome.exitCode, 0) << command << outcome.messages;
+        EXPECT_EQ(outcome.messages, "") << command;
+        const std::string made = Pixels(output);
+        ASSERT_EQ(made.size(), plain.size()) << command;
+        size_t other = 0;
+        for (size_t at = 0; at < made.size(); ++at)
+            other +=
+                std::abs(static_cast<unsigned char>(made[at]) - static_cast<unsigned char>(plain[at])) > 24;
+        EXPECT_GT(other, made.size() / 50) << command;
+        EXPECT_LT(other, made.size() / 10 * 9) << command;
+        command.clear();
+        ++cooked;
+    }
+    EXPECT_GE(cooked, 6u);
+}
+
 } // namespace
