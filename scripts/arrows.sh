@@ -22,7 +22,7 @@ host/sound:         include mediabridge host/support host/settings host/picture 
 host/output:        include mediabridge host/support host/settings host/picture host/media host/effects host/sound
 host/jobs:          include mediabridge host/support host/settings host/picture host/media host/effects host/sound host/output
 cli:                include mediabridge host/support host/settings host/media host/effects host/jobs
-adapters/frei0r:    include host/settings
+adapters/frei0r:    include host/settings host/effects
 adapters/sound:     include kernels
 adapters/ladspa:    include adapters/sound
 adapters/lv2:       include adapters/sound

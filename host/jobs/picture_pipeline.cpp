@@ -74,7 +74,7 @@ void PicturePipeline::Conclude() {
         spent.all += line->Spent().all;
         spent.preparing += line->Spent().preparing;
     }
-    if (spent.preparing.count() > 0)
+    if (spent.all.count() > 0 && spent.preparing.count() > 0)
         m_setup.reporter.Note("effects prepared themselves anew for settings that moved in " +
                               std::to_string(100 * spent.preparing / spent.all) + " % of their time");
 }

@@ -209,14 +209,15 @@ void SettingsAtTime::TakeSpan(const EffectInfo& info, const EffectSpec& effect, 
     const auto from = TimeOf(info, effect, reach::kFrom, clip), to = TimeOf(info, effect, reach::kTo, clip);
     const auto moment = [&](const SettingTime& time, const char* name) {
         const int64_t ms = MomentIn(time, clip);
-        if (ms < clip.beginMs) RefuseSpan(info, name, "lies before the clip's begin");
+        const std::string is = "is " + Find(effect, name)->value;
+        if (ms < clip.beginMs) RefuseSpan(info, name, is + ", before the clip's begin");
         if (clip.endMs && ms > *clip.endMs)
-            RefuseSpan(info, name,
-                       "lies beyond the clip's end, which is at " + Seconds(*clip.endMs - clip.beginMs));
+            RefuseSpan(info, name, is + ", beyond the clip's end at " + Seconds(*clip.endMs - clip.beginMs));
         return ms;
     };
     if (from) m_span.beginMs = moment(*from, reach::kFrom);
     if (to) m_span.endMs = moment(*to, reach::kTo);
+    m_begins = from.has_value();
     m_ends = to.has_value();
     if (to && *m_span.endMs <= m_span.beginMs)
         RefuseSpan(info, reach::kTo,
@@ -269,7 +270,8 @@ void SettingsAtTime::FitTo(unsigned width, unsigned height) {
 }
 
 bool SettingsAtTime::Cover(double ms) const {
-    return ms >= static_cast<double>(m_span.beginMs) && (!m_ends || ms < static_cast<double>(*m_span.endMs));
+    return (!m_begins || ms >= static_cast<double>(m_span.beginMs)) &&
+           (!m_ends || ms < static_cast<double>(*m_span.endMs));
 }
 
 bool SettingsAtTime::StrengthMatters() const { return m_mix || m_fadeInMs > 0 || m_fadeOutMs > 0; }

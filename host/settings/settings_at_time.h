@@ -87,7 +87,8 @@ public:
     /// Works percentages out; before anything else is asked for where that is needed. Throws Error (Usage).
     void FitTo(unsigned width, unsigned height);
 
-    /// Whether the effect lasts at that moment.
+    /// Whether the effect lasts at that moment. Without @from and @to it does before and behind the clip,
+    /// too.
     bool Cover(double ms) const;
     /// How strongly it works, 0 to 1: its mix, and its rise and fall. 0 where it does not last.
     double StrengthAt(double ms) const;
@@ -109,7 +110,7 @@ private:
     void TakeReach(const AVBased::EffectInfo& info, const EffectSpec& effect);
 
     TimeSpan m_span;
-    bool m_ends = false; ///< by its own word
+    bool m_begins = false, m_ends = false; ///< by its own word
     int64_t m_fadeInMs = 0, m_fadeOutMs = 0;
     std::vector<SettingAtTime> m_properties;
     std::optional<SettingAtTime> m_mix, m_feather;
