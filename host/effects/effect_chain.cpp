@@ -154,6 +154,7 @@ bool EffectChain::SetProperties(Stage& stage, int timeMs) {
     const bool first = stage.texts.empty();
     if (!first && !stage.settings.Move()) return false;
     std::vector<std::string> texts;
+    texts.reserve(properties.size());
     for (const SettingAtTime& property : properties) texts.push_back(property.TextAt(timeMs));
     if (texts == stage.texts) return false;
     if (!first && RemembersSettings(stage.info)) Renew(stage);

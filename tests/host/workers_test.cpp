@@ -152,6 +152,32 @@ TEST_F(Workers, MakeTheSameOfSettingsThatMove) {
     }
 }
 
+// A moving area, and a mask from a file, let through what is before the effect elsewhere.
+TEST_F(Workers, KeepToTheirPlace) {
+    const std::string mask = clips::Make(
+        m_directory / "mask.nut", "48x32", 1, 1,
+        "-vf lutyuv=y=16:u=128:v=128,drawbox=x=24:w=24:h=32:c=white:t=fill -c:v rawvideo -pix_fmt gray");
+    const auto made = [this](const std::string& effect) {
+        auto options = Options({aveffect::ParseEffect(effect, false)});
+        options.pixelFormat = "bgra";
+        options.outputFormat = "bgra";
+        return Made([&](unsigned) { clips::Render(options, kGoOn); }, 2);
+    };
+    const Bytes plain = made("invert:@mix=0"), inverted = made("invert");
+    ASSERT_EQ(plain.size(), inverted.size());
+    const Bytes masked = made("invert:@mask=" + mask), half = made("invert:@area=rectangle,50,0,50,100"),
+                away = made("invert:@area=0|=rectangle,50,0,50,100;0.2=rectangle,100,0,0,0");
+    constexpr size_t kRow = 96 * 4, kPicture = kRow * 64;
+    for (size_t at = 0; at < plain.size(); ++at) {
+        const size_t column = at % kRow / 4;
+        const bool right = column >= 48;
+        ASSERT_EQ(half[at], right ? inverted[at] : plain[at]) << at;
+        const bool edge = column >= 44 && column < 52; // of the mask, which is stretched
+        ASSERT_TRUE(edge || masked[at] == (right ? inverted[at] : plain[at])) << at;
+        ASSERT_EQ(away[at], right && at < 5 * kPicture ? inverted[at] : plain[at]) << at;
+    }
+}
+
 // Random effects among others, which all come to the same numbers; percentages; two views; other sizes.
 TEST_F(Workers, MakeTheSameOfMixedChains) {
     using namespace AVBased::catalogue;
