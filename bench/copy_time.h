@@ -25,6 +25,9 @@ void TimeAgainstCopy(benchmark::State& state, size_t bytes, const std::function<
 inline constexpr const char* kMeanErrors[] = {"mean error 1", "mean error 2", "mean error 3"};
 inline constexpr const char* kLargestErrors[] = {"largest error 1", "largest error 2", "largest error 3"};
 
+/// Of rows that are timed in turn with the plain effect: how long they take beside it.
+inline constexpr char kToPlain[] = "to plain";
+
 void RegisterConversionBenchmarks();
 void RegisterKernelBenchmarks();
 void RegisterMaskBenchmarks();

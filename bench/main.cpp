@@ -1,5 +1,6 @@
 // Prints one table: each benchmark's milliseconds and its ratio to copying the same bytes; for conversions
-// also the mean and largest error of Y, U and V, or R, G and B.
+// also the mean and largest error of Y, U and V, or R, G and B; for modules what they take beside the plain
+// effect.
 #include <cstdio>
 
 #include "bench/copy_time.h"
@@ -21,6 +22,8 @@ public:
                 std::printf("%s%.3f/%.2f", i ? "  " : "   error ",
                             run.counters.at(bench::kMeanErrors[i]).value,
                             run.counters.at(bench::kLargestErrors[i]).value);
+            const auto plain = run.counters.find(bench::kToPlain);
+            if (plain != run.counters.end()) std::printf("   %.3f of the plain effect", plain->second.value);
             std::printf("\n");
         }
         std::fflush(stdout);

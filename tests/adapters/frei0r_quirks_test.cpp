@@ -18,7 +18,7 @@ protected:
 
 // So no module asks for the time.
 TEST_F(Quirks, FfmpegTellsMillisecondsOrNothingOfUse) {
-    for (const char* const size : {"1280x720", "720x576"}) RunFfmpeg("frei0r=tap:x", size);
+    for (const char* const size : {"1280x720", "854x480"}) RunFfmpeg("frei0r=tap:x", size);
     const std::vector<Seen> seen = Taps();
     ASSERT_EQ(seen.size(), 4u);
     EXPECT_EQ(seen[1].time, "40");
