@@ -13,10 +13,10 @@
 namespace bench {
 namespace {
 
-constexpr unsigned kWidth = 1920, kHeight = 1080;
-constexpr size_t kBytes = size_t{kWidth} * kHeight * 4;
-
 struct Pictures {
+    static constexpr unsigned kWidth = 1920, kHeight = 1080;
+    static constexpr size_t kBytes = size_t{kWidth} * kHeight * 4;
+
     Memory in = Filled(1), second = Filled(7), out = Filled(0);
 
     static Memory Filled(unsigned char step) {
@@ -28,7 +28,10 @@ struct Pictures {
 };
 
 AVBased::MemoryFrame FrameOf(const Memory& memory) {
-    return {AVBased::BGRA, kWidth, kHeight, {{memory.get(), kWidth * 4, kWidth * 4, kHeight}}};
+    return {AVBased::BGRA,
+            Pictures::kWidth,
+            Pictures::kHeight,
+            {{memory.get(), Pictures::kWidth * 4, Pictures::kWidth * 4, Pictures::kHeight}}};
 }
 
 // A module and the effect that it stands for, with the settings of the one and of the other.
@@ -57,7 +60,7 @@ std::function<void()> Timed(std::vector<double>& seconds, Body body) {
 // that a module's has other ones each time is a part of its cost.
 void RunBoth(benchmark::State& state, const Pair& pair) {
     const test::Module module(pair.module);
-    const test::Effect effect(module, kWidth, kHeight);
+    const test::Effect effect(module, Pictures::kWidth, Pictures::kHeight);
     effect.Set(pair.values);
     const Pictures pictures;
     const uint32_t* const second = module.Mixes() ? Pictures::Pixels(pictures.second) : nullptr;
@@ -69,11 +72,11 @@ void RunBoth(benchmark::State& state, const Pair& pair) {
     const test::VideoProc proc = test::MakeVideo(pair.effect, pair.settings, &manager);
     std::vector<double> withModule, plainly;
     TimeAgainstCopy(
-        state, kBytes,
+        state, Pictures::kBytes,
         Timed(withModule,
               [&] { effect.Update(Pictures::Pixels(pictures.in), Pictures::Pixels(pictures.out), second); }),
         Timed(plainly, [&] {
-            std::memcpy(pictures.out.get(), pictures.in.get(), kBytes);
+            std::memcpy(pictures.out.get(), pictures.in.get(), Pictures::kBytes);
             test::Run(*proc, out, 50);
         }));
     state.counters[kToPlain] = Median(withModule) / Median(plainly);
