@@ -74,8 +74,19 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
     std::fill(m_ChromaFound.begin(), m_ChromaFound.end(), char{0});
     size_t missing = count;
     const size_t top = std::max(chromaRow << v, m_Rectangle.yBegin);
+    const bool plain = h == 1 && m_Rectangle.xBegin % 2 == 0 && !atOnce;
     for (size_t y = std::min((chromaRow + 1) << v, yEnd); y-- > top && missing > 0;) {
         const SamplePlaces luma = SourcesOf(y);
+        if (plain && missing == count) {
+            const kernels::ChromaLimits limits = {
+                static_cast<uint32_t>(view.y.width), static_cast<uint32_t>(view.y.rows),
+                static_cast<uint32_t>(copy.width - 1), static_cast<uint32_t>(copy.rows - 1), v};
+            const size_t found =
+                m_Kernels.findChroma(luma.columns, luma.rows, std::min(2 * count, xEnd - m_Rectangle.xBegin),
+                                     limits, m_ChromaColumns.data(), m_ChromaRows.data());
+            std::fill_n(m_ChromaFound.begin(), found, char{1});
+            missing -= found;
+        }
         for (size_t i = 0; i < count; ++i) {
             if (m_ChromaFound[i] || !decide(i, y, luma)) continue;
             m_ChromaFound[i] = 1;

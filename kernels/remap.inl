@@ -22,6 +22,23 @@ size_t FindOffsets(const uint32_t* columns, const uint32_t* rows, size_t count, 
     return i;
 }
 
+AVEFFECT_INLINE U32 OddPlaces(const uint32_t* from) {
+    return (U32)EvenUnits<4>(Load<U8>(from + 1), Load<U8>(from + 1 + kLanes / 4));
+}
+
+size_t FindChroma(const uint32_t* columns, const uint32_t* rows, size_t count, const ChromaLimits& limits,
+                  uint32_t* chromaColumns, uint32_t* chromaRows) noexcept {
+    constexpr size_t kPlaces = kLanes / 4;
+    size_t i = 0;
+    for (; 2 * (i + kPlaces) < count; i += kPlaces) {
+        const U32 column = OddPlaces(columns + 2 * i), row = OddPlaces(rows + 2 * i);
+        if (!IsZero((U8)((U32)(column >= limits.width) | (U32)(row >= limits.height)))) break;
+        Store(chromaColumns + i, Min(column >> 1, Splat32(limits.lastColumn)));
+        Store(chromaRows + i, Min(row >> limits.rowShift, Splat32(limits.lastRow)));
+    }
+    return i;
+}
+
 void RemapRgba32(uint8_t* to, const uint8_t* from, const uint32_t* offsets, size_t pixels) noexcept {
     size_t i = 0;
     for (; i + 4 <= pixels; i += 4) { // stored together
@@ -43,4 +60,4 @@ void RemapComponent(uint8_t* to, const uint8_t* from, const uint32_t* offsets, s
     for (; i < samples; ++i) to[i] = from[offsets[i]];
 }
 
-constexpr RemapKernels kKernels = {FindOffsets, RemapRgba32, RemapComponent};
+constexpr RemapKernels kKernels = {FindOffsets, FindChroma, RemapRgba32, RemapComponent};
