@@ -186,12 +186,10 @@ std::string ReachText(const EffectInfo& effect) {
     std::string names;
     for (const PropertyInfo& property : ReachProperties(effect.kind == EffectKind::Audio))
         names += (names.empty() ? "" : ", ") + std::string(property.name);
-    return "  " +
-           Wrapped("Like every effect it takes " + names +
-                       ", and numbers, colours, switches and choices that "
-                       "move: property=0%=VALUE;2.5=VALUE;-1=VALUE.",
-                   2) +
-           "\n";
+    std::string text = "Like every effect it takes " + names + ".";
+    if (!effect.properties.empty())
+        text += " All but texts and paths can move: property=0%=VALUE;2.5=VALUE;-1=VALUE.";
+    return "  " + Wrapped(text, 2) + "\n";
 }
 
 bool IsVideoEffect(const EffectInfo& effect) { return effect.kind != EffectKind::Audio; }

@@ -21,6 +21,7 @@ using AVBased::EffectInfo;
 using clips::Bytes;
 
 using clips::kGoOn;
+constexpr ptrdiff_t kYuvBytes = 96 * 64 * 3 / 2;
 constexpr unsigned kWorkers[] = {2, 3, 8};
 
 Bytes ReadAll(const std::string& path) {
@@ -123,7 +124,7 @@ TEST_F(Workers, MakeTheSameOfEveryEffect) {
         }
 }
 
-// As many threads as there are, and a single picture: each comes out as in a render on one thread.
+// Several threads, a part of the clip, a single picture: each comes out as in a whole render on one thread.
 TEST_F(Workers, MakeTheSameOfSettingsThatMove) {
     for (const EffectInfo& effect : AVBased::kVideoEffects) {
         auto options = Options({Moving(effect)});
@@ -132,7 +133,14 @@ TEST_F(Workers, MakeTheSameOfSettingsThatMove) {
             options.threads = threads;
             clips::Render(options, kGoOn);
         };
-        EXPECT_TRUE(Made(render, 3) == Made(render, 1)) << effect.shortName;
+        const Bytes whole = Made(render, 1);
+        EXPECT_TRUE(Made(render, 3) == whole) << effect.shortName;
+        options.fromMs = 200;
+        options.toMs = 400;
+        const auto part = whole.begin() + 5 * kYuvBytes;
+        EXPECT_TRUE(Made(render, 2) == Bytes(part, part + 5 * kYuvBytes)) << effect.shortName << ", cut";
+        options.fromMs.reset();
+        options.toMs.reset();
         options.output = m_directory / "all%02d.bmp";
         options.format.clear();
         render(2);
@@ -197,6 +205,21 @@ TEST_F(Workers, MakeTheSameOfMixedChains) {
     framed.framing.height = aveffect::Extent{120, false};
     framed.memory = 1; // one picture at a time
     ExpectSameRender(framed, "framed ");
+}
+
+TEST_F(Workers, BeginAnewWithThePartWhereThatIsAsked) {
+    auto options = Options({aveffect::ParseEffect("invert:@from=0.08:@to=50%", false)});
+    options.fromMs = 200;
+    options.restart = true;
+    const Bytes part = Made([&](unsigned) { clips::Render(options, kGoOn); }, 1);
+    ASSERT_EQ(part.size(), 10u * kYuvBytes);
+    options.effects = {aveffect::ParseEffect("invert:@mix=0:@from=0", false)};
+    const Bytes plain = Made([&](unsigned) { clips::Render(options, kGoOn); }, 1);
+    for (int picture = 0; picture < 10; ++picture) // the part lasts 400 ms
+        EXPECT_EQ(std::equal(part.begin() + picture * kYuvBytes, part.begin() + (picture + 1) * kYuvBytes,
+                             plain.begin() + picture * kYuvBytes),
+                  picture < 2 || picture >= 5)
+            << picture;
 }
 
 TEST_F(Workers, MakeTheSameOfEveryTransition) {
