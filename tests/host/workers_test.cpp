@@ -60,7 +60,7 @@ protected:
                 const double half = std::max(property.minimum, std::floor(std::stod(busy.value)) / 2);
                 const std::string other =
                     aveffect::NumberText(property.type == AVBased::kDouble ? half : std::ceil(half));
-                text += ":" + busy.name + "=0=" + busy.value + ";0.2~=" + other + ";100%=" + busy.value;
+                text += ":" + busy.name + "=0=" + busy.value + ";0.2|=" + other + ";100%=" + busy.value;
             } else {
                 text += ":" + busy.name + "=" + busy.value;
             }
