@@ -156,7 +156,7 @@ TEST_F(Hosts, PassPicturesOnWithoutTheEffects) {
     const auto run = [&](const char* folder) {
         setenv("FREI0R_PATH", (std::string(folder) + ":" AVEFFECT_TAP_DIR).c_str(), 1);
         const std::string gray = "frei0r=aveffect_gray";
-        const std::string words =
+        std::string words =
             Run({"ffmpeg", "-v", "error", "-i", "picture.mkv", "-vf",
                  "frei0r=tap:before," + gray + "," + gray + ",frei0r=tap:after", "-f", "null", "-"});
         auto hashes = Hashes();

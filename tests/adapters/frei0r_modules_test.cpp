@@ -71,6 +71,7 @@ TEST(Modules, HoldValuesToTheirRangesAndKnowTheirDefaults) {
         EXPECT_EQ(out, Filtered(module, same, 64, 48, in)) << name << " " << values;
         EXPECT_NE(out, in) << name << " " << values;
     }
+    EXPECT_EQ(Filtered(Module("aveffect_edge_light"), "0.6|nonsense", 64, 48, in), in) << "no such preset";
 }
 
 // Whatever was set before. Defaults are set as GStreamer does: to what an instance of another size says they
