@@ -4,6 +4,7 @@
 #include <climits>
 #include <utility>
 
+#include "host/effects/audio_effect_chain.h"
 #include "host/effects/media_check.h"
 #include "host/effects/picture_stage.h"
 #include "host/effects/view_pairs.h"

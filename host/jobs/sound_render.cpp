@@ -5,6 +5,7 @@
 #include <memory>
 #include <sys/stat.h>
 
+#include "host/effects/audio_effect_chain.h"
 #include "host/effects/media_check.h"
 #include "host/media/left_out.h"
 #include "host/media/media_manager.h"

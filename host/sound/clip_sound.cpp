@@ -1,10 +1,10 @@
 #include "host/sound/clip_sound.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 #include <utility>
 
+#include "host/effects/audio_effect_chain.h"
 #include "host/support/error.h"
 
 namespace aveffect {
@@ -45,19 +45,33 @@ ClipSoundShape ShapeFor(const ClipSoundSetup& setup, const AVStream* stream) {
 ClipSound::ClipSound(const ClipSoundSetup& setup, const SourceRequest& source, const AVStream* stream,
                      const ClipSoundShape& shape, SoundForm form)
     : m_shape(shape.shape)
-    , m_clipStart(av_rescale_q(setup.times.start.ticks, setup.times.start.base, {1, m_shape.rate}))
-    , m_endless(setup.endless)
-    , m_fromFirst(!setup.start)
-    , m_chain(setup.plugin, setup.manager, setup.effects, setup.times.clip)
-    , m_decoded(shape.format, m_shape.rate, m_shape.layout)
+    , m_clipStart(SamplesBy(setup.times.start, m_shape.rate))
     , m_form(std::move(form))
     , m_resampler(swr_alloc())
     , m_converted(m_form.format, m_form.shape.rate, m_form.shape.layout) {
     if (!m_resampler) throw Error(ErrorKind::Output, "out of memory");
-    if (m_endless) return;
+    Decode(setup, source, stream, shape);
+    for (const EffectSpec& effect : setup.effects)
+        m_stages.push_back(std::make_unique<StagedSound>(
+            Last(), AudioStage(setup.plugin, setup.manager, effect, setup.times.clip, m_shape.rate),
+            m_clipStart, m_shape, shape.format));
+}
+
+// Sound that nothing will be heard of need not be read.
+void ClipSound::Decode(const ClipSoundSetup& setup, const SourceRequest& source, const AVStream* stream,
+                       const ClipSoundShape& shape) {
+    if (!stream || (setup.endless && !HearsClip(setup.effects))) {
+        m_decoded = std::make_unique<DecodedSound>(m_shape, shape.format);
+        return;
+    }
     SoundRequest request{source, setup.start.value_or(Moment{}), m_shape, shape.format};
     request.source.audioStream = stream->index;
-    m_reader = std::make_unique<SoundReader>(std::move(request), setup.cancel);
+    m_decoded = std::make_unique<DecodedSound>(std::move(request), !setup.start, setup.endless, setup.cancel);
+}
+
+SampleSource& ClipSound::Last() {
+    if (m_stages.empty()) return *m_decoded;
+    return *m_stages.back();
 }
 
 AVFramePtr ClipSound::Next(const Moment& until) {
@@ -84,62 +98,16 @@ int64_t ClipSound::Ready() const {
     return there < m_form.frameSize ? 0 : m_form.frameSize;
 }
 
-// Pieces end at whole multiples of their length, so that their times are exact at any rate.
-int64_t ClipSound::NextBoundary() const {
-    int64_t piece = m_done * kPiecesASecond / m_shape.rate;
-    int64_t boundary = m_done;
-    for (; boundary <= m_done; ++piece) boundary = piece * m_shape.rate / kPiecesASecond;
-    return boundary;
-}
-
 // One piece more; false when none ends by that sample, or at the end.
 bool ClipSound::Advance(int64_t limit) {
-    const int64_t next = m_end ? std::min(NextBoundary(), *m_end) : NextBoundary();
-    int64_t samples = next - m_done;
+    const int64_t boundary = PieceAt(m_clipStart + m_done, m_shape.rate, kPiecesASecond).end - m_clipStart;
+    const int64_t next = m_end ? std::min(boundary, *m_end) : boundary, wanted = next - m_done;
     if (!m_end && next > limit) return false;
-    if (!m_endless) samples = std::min(samples, Available(samples));
-    const bool whole = samples == next - m_done; // else the rest is for the end
-    if (samples <= 0 || (!m_end && !whole)) return false;
-    Process(samples);
-    return true;
-}
-
-// Decodes until so many samples are there; fewer at the sound's end.
-int64_t ClipSound::Available(int64_t wanted) {
-    while (m_decoded.Size() < wanted && (m_waiting || Decode())) {
-        const int64_t silence = std::clamp<int64_t>(m_gap, 0, wanted - m_decoded.Size());
-        m_decoded.PushSilence(silence);
-        m_gap -= silence;
-        if (m_gap > 0) continue;
-        const int64_t skipped = std::min<int64_t>(-m_gap, m_waiting->nb_samples);
-        if (skipped < m_waiting->nb_samples) m_decoded.Push(*m_waiting, skipped);
-        m_waiting.reset();
-    }
-    return m_decoded.Size();
-}
-
-// The next sound, and how far it lies from what came before it. Time stamps are no finer than their
-// containers say, and some are wrong altogether, so samples are counted from the first one on and only a jump
-// counts.
-bool ClipSound::Decode() {
-    m_waiting = m_reader->Next();
-    if (!m_waiting) return false;
-    const int64_t hour = 3600 * int64_t{m_shape.rate}, jump = m_shape.rate / 10;
-    if (!m_time && m_fromFirst) m_origin = m_waiting->pts;
-    const int64_t time = m_waiting->pts - m_origin, distance = std::abs(time - m_time.value_or(0));
-    if (!m_time) m_time = distance < hour ? time : 0;
-    if (distance > jump && distance < hour) m_time = time;
-    m_gap = *m_time - m_placed;
-    *m_time += m_waiting->nb_samples;
-    m_placed = std::max(m_placed, *m_time);
-    return true;
-}
-
-void ClipSound::Process(int64_t samples) {
-    const AVFramePtr sound = m_decoded.Pop(samples); // silence where effects bring sound
-    m_chain.Process(*sound, m_clipStart + m_done);
+    const int64_t samples = std::min(wanted, Last().Available(wanted));
+    if (samples <= 0 || (!m_end && samples < wanted)) return false; // the rest is for the end
     m_done += samples;
-    Convert(sound.get());
+    Convert(Last().Pop(samples).get());
+    return true;
 }
 
 // To the form that was asked for; null, at the end, gives what the resampler still holds.

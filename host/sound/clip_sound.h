@@ -4,15 +4,14 @@
 #include <optional>
 #include <vector>
 
-#include "host/effects/audio_effect_chain.h"
 #include "host/effects/effect_times.h"
-#include "host/media/sound_reader.h"
-#include "host/sound/sample_queue.h"
+#include "host/sound/decoded_sound.h"
 #include "host/sound/sound_supply.h"
+#include "host/sound/staged_sound.h"
 
 namespace aveffect {
 
-/// What effects get at a time is this part of a second: a multiple of the steps in which fades move.
+/// Sound is made in pieces that are this part of a second, counted from the clip's begin.
 inline constexpr int kPiecesASecond = 50;
 
 /// How a clip's sound is read, and what happens to it.
@@ -20,8 +19,9 @@ struct ClipSoundSetup {
     const Plugin& plugin;
     AVBased::IAVManager* manager; ///< opens what effects read; outlives the sound
     const std::vector<EffectSpec>& effects;
-    EffectTimes times;           ///< start: of the sound that is made
-    bool endless;                ///< the effects bring sound (BringsSound), which goes on until it is ended
+    EffectTimes times; ///< start: of the sound that is made
+    bool endless; ///< the effects bring sound (BringsSound), which goes on until it is ended, as the clip's
+                  ///< own does then, in silence
     std::optional<Moment> start; ///< in the file's times; absent: the first sample
     const std::atomic<bool>& cancel;
 };
@@ -47,32 +47,23 @@ public:
     mediabridge::AVFramePtr Next(const Moment& until) override;
     void EndAt(const std::optional<Moment>& end) override;
     Moment Reached() const override { return {m_done, {1, m_shape.rate}}; }
-    DamageReport Damage() const override { return m_reader ? m_reader->Damage() : DamageReport(); }
+    DamageReport Damage() const override { return m_decoded->Damage(); }
 
 private:
-    int64_t NextBoundary() const;
-    int64_t Available(int64_t wanted);
-    bool Decode();
+    void Decode(const ClipSoundSetup& setup, const SourceRequest& source, const AVStream* stream,
+                const ClipSoundShape& shape);
+    SampleSource& Last();
     bool Advance(int64_t limit);
-    void Process(int64_t samples);
     void Convert(const AVFrame* sound);
     void Flush();
     int64_t Ready() const;
 
     SoundShape m_shape;  ///< that the effects work in
     int64_t m_clipStart; ///< of the sound in the clip, in samples
-    bool m_endless;
-    bool m_fromFirst; ///< the first sample is the start, whatever its time
-    AudioEffectChain m_chain;
-    std::unique_ptr<SoundReader> m_reader; ///< null where the effects bring the sound
-    SampleQueue m_decoded;
-    std::optional<int64_t> m_time;     ///< in samples, of what is decoded next; absent before the first sound
-    int64_t m_origin = 0;              ///< time of the start as the reader counts
-    int64_t m_placed = 0;              ///< samples that were or will be queued of what was decoded
-    mediabridge::AVFramePtr m_waiting; ///< decoded, for the gap before it to be filled
-    int64_t m_gap = 0;                 ///< negative: samples of it that are not wanted
-    int64_t m_done = 0;                ///< samples that went through the effects
-    std::optional<int64_t> m_end;      ///< of those, once it is set
+    std::unique_ptr<DecodedSound> m_decoded;
+    std::vector<std::unique_ptr<StagedSound>> m_stages; ///< the first one takes what was decoded
+    int64_t m_done = 0;                                 ///< samples that went through the effects
+    std::optional<int64_t> m_end;                       ///< of those, once it is set
 
     SoundForm m_form;
     mediabridge::SwrContextPtr m_resampler;

@@ -8,7 +8,7 @@
 #include "aveffect/catalogue.h"
 #include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
-#include "host/effects/audio_effect_chain.h"
+#include "host/effects/audio_stage.h"
 #include "host/settings/catalogue_lookup.h"
 #include "host/effects/neutral_settings.h"
 #include "host/settings/value_text.h"
@@ -120,8 +120,8 @@ TEST(Presets, ChangeAToneAudibly) {
             ASSERT_EQ(av_frame_get_buffer(sound.get(), 0), 0);
             auto* const samples = reinterpret_cast<int16_t*>(sound->data[0]);
             std::fill_n(samples, sound->nb_samples, int16_t{10000});
-            aveffect::AudioEffectChain chain(clips::ThePlugin(), nullptr, {spec}, {0, kLengthMs});
-            chain.Process(*sound, 0);
+            aveffect::AudioStage stage(clips::ThePlugin(), nullptr, spec, {0, kLengthMs}, sound->sample_rate);
+            stage.Process(*sound, 0);
             EXPECT_GT(std::abs(samples[0] - 10000), 3000) << name; // 3 dB
         }
 }
