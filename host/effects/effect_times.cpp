@@ -17,4 +17,12 @@ TimeSpan ClipTimes(const Source& source, std::optional<int64_t> toMs, std::optio
     return clip;
 }
 
+TimeSpan SoundTimes(const AVFormatContext& input, const AVStream& sound, std::optional<int64_t> toMs) {
+    if (sound.duration != AV_NOPTS_VALUE && sound.duration > 0)
+        return {0, av_rescale_q(sound.duration, sound.time_base, kMilliseconds)};
+    if (input.duration != AV_NOPTS_VALUE && input.duration > 0)
+        return {0, av_rescale_q(input.duration, kMicroseconds, kMilliseconds)};
+    return {0, toMs};
+}
+
 } // namespace aveffect

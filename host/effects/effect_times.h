@@ -14,4 +14,7 @@ struct EffectTimes {
 /// still picture lasts as long as its packet says.
 TimeSpan ClipTimes(const Source& source, std::optional<int64_t> toMs, std::optional<AVRational> rate);
 
+/// Of sound alone: its end by its own word or its file's, else where it is cut.
+TimeSpan SoundTimes(const AVFormatContext& input, const AVStream& sound, std::optional<int64_t> toMs);
+
 } // namespace aveffect

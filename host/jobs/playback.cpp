@@ -126,15 +126,15 @@ private:
 };
 
 /// Of sound alone, as far as the file tells.
-std::optional<int64_t> SoundLength(const AVFormatContext& input, const RenderOptions& options) {
+std::optional<int64_t> SoundLength(const AVFormatContext& input, const AVStream& sound,
+                                   const RenderOptions& options) {
     const int64_t from = options.fromMs.value_or(0);
-    if (input.duration == AV_NOPTS_VALUE)
-        return options.toMs ? std::optional(*options.toMs - from) : std::nullopt;
-    const int64_t end = av_rescale_q(input.duration, kMicroseconds, kMilliseconds);
-    if (from >= end)
+    const std::optional<int64_t> end = SoundTimes(input, sound, options.toMs).endMs;
+    if (!end) return std::nullopt;
+    if (from >= *end)
         throw Error(ErrorKind::Usage, SecondsText(from) + " is beyond the end of " + options.input +
-                                          ", which lasts " + SecondsText(end));
-    return std::min(end, options.toMs.value_or(end)) - from;
+                                          ", which lasts " + SecondsText(*end));
+    return std::min(*end, options.toMs.value_or(*end)) - from;
 }
 
 } // namespace
@@ -159,7 +159,7 @@ public:
             m_pictures = std::make_unique<PlayedPictures>(clip, m_terms);
         else
             RequireSoundAlone(options, sound);
-        m_lengthMs = pictures ? m_pictures->LengthMs() : SoundLength(*input, options);
+        m_lengthMs = pictures ? m_pictures->LengthMs() : SoundLength(*input, *sound, options);
         RequireSounds(m_manager, options.audioEffects);
         OpenSound(clip, *input, sound);
         if (m_pictures)
@@ -179,7 +179,7 @@ public:
     bool Ended() const { return m_made.Drained(); }
     bool IsStill() const { return Ended() && m_count == 1 && !m_sound && m_atMs == 0; }
     bool HasSound() const { return m_sound != nullptr; }
-    AVFramePtr NextSound(int64_t untilMs) { return m_sound->Next({untilMs - m_soundFromMs, kMilliseconds}); }
+    AVFramePtr NextSound(int64_t untilMs) { return m_sound->Next({untilMs - m_atMs, kMilliseconds}); }
     std::optional<int64_t> LengthMs() const { return m_lengthMs; }
 
 private:
@@ -218,29 +218,29 @@ private:
         return {input.start_time == AV_NOPTS_VALUE ? 0 : input.start_time, kMicroseconds};
     }
 
-    // Effects on sound need what came before: then it is made from the start of the span and not heard.
     void OpenSound(const PlayedClip& played, const AVFormatContext& input, const AVStream* stream) {
         const RenderOptions& options = played.options;
         const bool brings = BringsSound(options.audioEffects);
         if (!stream && !brings) return;
-        m_soundFromMs = options.audioEffects.empty() ? m_atMs : 0;
         const Moment clip = Start(input);
         const Moment start{av_rescale_q(clip.ticks, clip.base, kMicroseconds) +
-                               av_rescale_q(m_fromMs + m_soundFromMs, kMilliseconds, kMicroseconds),
+                               av_rescale_q(m_fromMs + m_atMs, kMilliseconds, kMicroseconds),
                            kMicroseconds};
         m_audioEffects = options.audioEffects;
-        const int64_t cut = options.restart ? 0 : m_fromMs;
-        const TimeSpan span = m_pictures   ? m_pictures->EffectSpan()
-                              : m_lengthMs ? TimeSpan{0, cut + *m_lengthMs}
-                                           : TimeSpan{};
-        const EffectTimes times{span, {cut + m_soundFromMs, kMilliseconds}};
+        const EffectTimes times{SoundSpan(options, input, stream),
+                                {(options.restart ? 0 : m_fromMs) + m_atMs, kMilliseconds}};
         const ClipSoundSetup setup{played.plugin, &m_manager, m_audioEffects, times, brings, start, m_cancel};
         m_sound = std::make_unique<ClipSound>(setup, RequestOf(options), stream, ShapeFor(setup, stream),
                                               SoundForm{{kSoundRate, "stereo"}, AV_SAMPLE_FMT_S16, 0});
         if (m_lengthMs && (options.toMs || brings))
-            m_sound->EndAt(Moment{*m_lengthMs - m_soundFromMs, kMilliseconds});
-        while (m_sound->Reached() < Moment{m_atMs - m_soundFromMs, kMilliseconds} && NextSound(m_atMs)) {
-        }
+            m_sound->EndAt(Moment{*m_lengthMs - m_atMs, kMilliseconds});
+    }
+
+    // That effects on sound refer to.
+    TimeSpan SoundSpan(const RenderOptions& options, const AVFormatContext& input,
+                       const AVStream* stream) const {
+        if (m_pictures) return m_pictures->EffectSpan();
+        return options.restart ? TimeSpan{0, m_lengthMs} : SoundTimes(input, *stream, options.toMs);
     }
 
     const std::atomic<bool>& m_cancel;
@@ -252,7 +252,6 @@ private:
     std::optional<int64_t> m_lengthMs;
     std::vector<EffectSpec> m_audioEffects;
     std::unique_ptr<ClipSound> m_sound;
-    int64_t m_soundFromMs = 0; ///< where the sound's own times begin
     std::atomic<int64_t> m_skipTo{0}, m_count{0};
     int m_skipped = 0;
     BoundedQueue<PlayedPicture> m_made{kPicturesAhead};

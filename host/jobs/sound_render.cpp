@@ -85,15 +85,11 @@ private:
             m_start = {first.start_time, first.time_base};
         else if (m_input->start_time != AV_NOPTS_VALUE)
             m_start = {m_input->start_time, kMicroseconds};
-        if (first.duration != AV_NOPTS_VALUE && first.duration > 0)
-            m_announced = av_rescale_q(first.duration, first.time_base, kMilliseconds);
-        else if (m_input->duration != AV_NOPTS_VALUE && m_input->duration > 0)
-            m_announced = av_rescale_q(m_input->duration, kMicroseconds, kMilliseconds);
         const int64_t from = m_options.fromMs.value_or(0);
-        if (m_announced && from > 0 && from >= *m_announced)
+        std::optional<int64_t> end = SoundTimes(*m_input, first, std::nullopt).endMs;
+        if (end && from > 0 && from >= *end)
             throw Error(ErrorKind::Usage, "the span starts at " + SecondsText(from) + ", but " +
-                                              m_options.input + " lasts only " + SecondsText(*m_announced));
-        std::optional<int64_t> end = m_announced;
+                                              m_options.input + " lasts only " + SecondsText(*end));
         if (m_options.toMs) end = end ? std::min(*end, *m_options.toMs) : *m_options.toMs;
         if (end) m_length = *end - from;
         m_start = {av_rescale_q(m_start.ticks, m_start.base, kMicroseconds) +
@@ -105,7 +101,7 @@ private:
     EffectTimes Times() const {
         const Moment from{m_options.fromMs.value_or(0), kMilliseconds};
         if (m_options.restart) return {{0, m_length}, {}};
-        return {{0, m_announced ? m_announced : m_options.toMs}, from};
+        return {SoundTimes(*m_input, *m_streams.front(), m_options.toMs), from};
     }
 
     static int64_t Pieces(int64_t milliseconds) { return milliseconds * kPiecesASecond / 1000; }
@@ -245,10 +241,9 @@ private:
     InputContextPtr m_input;
     std::vector<AVStream*> m_streams; ///< of sound, that go into the output
     MediaWriter m_output;
-    Moment m_start;                     ///< of the span, in the file's times
-    std::optional<Moment> m_end;        ///< of the span from its start, where it is asked for
-    std::optional<int64_t> m_announced; ///< length of the whole sound, in milliseconds
-    std::optional<int64_t> m_length;    ///< of the span, in milliseconds
+    Moment m_start;                  ///< of the span, in the file's times
+    std::optional<Moment> m_end;     ///< of the span from its start, where it is asked for
+    std::optional<int64_t> m_length; ///< of the span, in milliseconds
 };
 
 } // namespace
