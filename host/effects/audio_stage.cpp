@@ -48,7 +48,8 @@ AudioStage::AudioStage(const Plugin& plugin, AVBased::IAVManager* manager, const
     : m_info(RequireEffect(effect.name))
     , m_settings(effect, clip)
     , m_rate(rate)
-    , m_begin(av_rescale_rnd(m_settings.Span().beginMs, rate, 1000, AV_ROUND_UP))
+    , m_origin(av_rescale_rnd(m_settings.Span().beginMs, rate, 1000, AV_ROUND_UP))
+    , m_begin(m_settings.Begins() ? m_origin : std::numeric_limits<int64_t>::min())
     , m_end(m_settings.Ends() ? av_rescale_rnd(*m_settings.Span().endMs, rate, 1000, AV_ROUND_UP)
                               : std::numeric_limits<int64_t>::max())
     , m_voice(Make(plugin, manager)) {
@@ -74,7 +75,7 @@ AudioStage::Voice AudioStage::Make(const Plugin& plugin, AVBased::IAVManager* ma
 }
 
 double AudioStage::ClipMs(int64_t sample) const {
-    return static_cast<double>(m_begin + sample) * 1000 / m_rate;
+    return static_cast<double>(m_origin + sample) * 1000 / m_rate;
 }
 
 std::vector<std::string> AudioStage::TextsAt(double ms) const {

@@ -20,11 +20,13 @@ public:
     AudioStage(const Plugin& plugin, AVBased::IAVManager* manager, const EffectSpec& effect,
                const TimeSpan& clip, int rate);
 
-    /// The part of the clip that the effect lasts, in samples; without an end of its own it goes on.
+    /// Where the effect's own time begins, and what it lasts: samples in the clip. Without a begin or an end
+    /// of its own it lasts before or behind the clip, too.
+    int64_t Origin() const noexcept { return m_origin; }
     int64_t Begin() const noexcept { return m_begin; }
     int64_t End() const noexcept { return m_end; }
 
-    /// Sound comes in pieces that are this part of a second, counted from the effect's begin.
+    /// Sound comes in pieces that are this part of a second, counted from the origin.
     int PiecesASecond() const noexcept;
 
     /// Whether a piece can depend on those before it.
@@ -55,7 +57,7 @@ private:
     const AVBased::EffectInfo& m_info;
     SettingsAtTime m_settings;
     int m_rate;
-    int64_t m_begin, m_end;
+    int64_t m_origin, m_begin, m_end;
     Voice m_voice;
     std::optional<size_t> m_step;  ///< the property that moves, a whole number, where pieces are all alike
     std::optional<Voice> m_later;  ///< set to what other numbers that move are at a piece's end

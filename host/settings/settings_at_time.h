@@ -90,7 +90,8 @@ public:
     /// Whether the effect lasts at that moment. Without @from and @to it does before and behind the clip,
     /// too.
     bool Cover(double ms) const;
-    /// Whether it ends by its own word, where its span does; else it goes on for as long as the clip does.
+    /// Whether it lasts from its span's begin on, and to its span's end, by its own word.
+    bool Begins() const { return m_begins; }
     bool Ends() const { return m_ends; }
     /// How strongly it works, 0 to 1: its mix, and its rise and fall. 0 where it does not last.
     double StrengthAt(double ms) const;

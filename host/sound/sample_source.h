@@ -29,11 +29,10 @@ struct PieceOfSound {
 /// their length, so that their times are exact at any rate.
 inline PieceOfSound PieceAt(int64_t sample, int rate, int aSecond) {
     const auto boundary = [=](int64_t piece) { return piece * rate / aSecond; };
-    int64_t next = sample * aSecond / rate + 1;
-    while (boundary(next) <= sample) ++next;
-    int64_t piece = next - 1;
+    int64_t piece = sample * aSecond / rate;
     while (boundary(piece) > sample) --piece;
-    return {boundary(piece), boundary(next)};
+    while (boundary(piece + 1) <= sample) ++piece;
+    return {boundary(piece), boundary(piece + 1)};
 }
 
 } // namespace aveffect

@@ -30,18 +30,18 @@ int64_t StagedSound::Available(int64_t wanted) {
 
 // One piece more; false at the end. Where the effect does not last, sound passes.
 bool StagedSound::Advance() {
-    const int64_t begin = m_stage.Begin(), end = m_stage.End(), sample = m_at;
-    if (sample < begin || sample >= end) {
-        const int64_t passing = PieceAt(sample, m_rate, kPassingPieces).end;
-        const AVFramePtr sound = Take((sample < begin ? std::min(passing, begin) : passing) - sample);
+    const int64_t sample = m_at, origin = m_stage.Origin();
+    if (sample < m_stage.Begin() || sample >= m_stage.End()) {
+        const int64_t end = PieceAt(sample, m_rate, kPassingPieces).end;
+        const AVFramePtr sound = Take((sample < origin ? std::min(end, origin) : end) - sample);
         if (sound) m_ready.Push(*sound);
         return sound != nullptr;
     }
-    const PieceOfSound piece = PieceAt(sample - begin, m_rate, m_stage.PiecesASecond());
-    AVFramePtr sound = Take(std::min(begin + piece.end, end) - sample);
+    const PieceOfSound piece = PieceAt(sample - origin, m_rate, m_stage.PiecesASecond());
+    AVFramePtr sound = Take(std::min(origin + piece.end, m_stage.End()) - sample);
     if (!sound) return false;
     if (!std::exchange(m_begun, true)) CatchUp(piece.begin);
-    const int64_t missing = sample - begin - piece.begin; // of a piece that began before the sound did
+    const int64_t missing = sample - origin - piece.begin; // of a piece that began before the sound did
     if (missing > 0) sound = Behind(missing, *sound);
     m_stage.Process(*sound, piece.begin);
     m_ready.Push(*sound, missing);

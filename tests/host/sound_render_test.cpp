@@ -171,9 +171,117 @@ TEST_F(SoundRender, AnotherFilesSoundLiesUnderThePictures) {
     Render(with, m_directory / "resampled.mkv", {replace + slow});
     EXPECT_EQ(Decode(m_directory / "resampled.mkv"), Part(Decode(slow), 0, 0.52));
 
+    // Under the clip's own sound, from a moment on.
+    Render(with, m_directory / "voice.mkv", {replace + music + ":@mix=25%:@from=0.1"});
+    Samples mixed = Part(Decode(with), 0, 0.52);
+    for (size_t at = 9600; at < mixed.size(); ++at)
+        mixed[at] = static_cast<int16_t>(std::lround(mixed[at] + 0.25 * (heard[at - 9600] - mixed[at])));
+    EXPECT_EQ(Decode(m_directory / "voice.mkv"), mixed);
+
     m_options.frameLimit = 5;
     Render(with, m_directory / "five.mkv", {replace + music});
     EXPECT_EQ(Decode(m_directory / "five.mkv"), Part(heard, 0, 0.2));
+}
+
+// A steady tone of 0.7 s, so that every sample says what its gain is.
+TEST_F(SoundRender, GainsMoveBySample) {
+    const std::string tone =
+        clips::MakeSound(m_directory / "tone.wav", "-af 'aeval=0.5|-0.25' -c:a pcm_s16le");
+    const std::string to = m_directory / "out.wav", moves = "=0=0;0.5=";
+    const auto scaled = [](int sample, double percent) {
+        return sample * static_cast<int>(percent / 100 * 256) >> 8;
+    };
+    m_options.overwrite = true;
+    for (const bool fader : {false, true}) {
+        Render(tone, to,
+               {fader ? "fade-sound:fader_start_scale" + moves + "1:fader_end_scale" + moves + "1"
+                      : "volume:audio_volume" + moves + "100"});
+        const Samples before = Decode(tone), after = Decode(to);
+        ASSERT_EQ(after.size(), before.size());
+        double worst = 0;
+        for (size_t at = 0; at < after.size(); ++at) {
+            const double percent = std::min(100.0, static_cast<double>(at / 2) / 240);
+            const double below = std::floor(percent), low = scaled(before[at], below);
+            const double between = low + (scaled(before[at], below + 1) - low) * (percent - below);
+            const double expected = fader ? before[at] * percent / 100 : between;
+            worst = std::max(worst, std::abs(after[at] - expected));
+        }
+        EXPECT_LE(worst, fader ? 1.5 : 0.5001) << fader; // the fader cuts its fractions off
+    }
+}
+
+// Silence in every width, mixed into a steady tone.
+TEST_F(SoundRender, PartsAndStrengthsAreExactToTheSample) {
+    using Gain = double (*)(int sample);
+    const struct {
+        std::string reach;
+        Gain gain; ///< that is left
+    } cases[] = {
+        {"@from=0.105:@to=0.4", [](int sample) { return sample >= 5040 && sample < 19200 ? 0.0 : 1.0; }},
+        {"@mix=30%", [](int) { return 0.7; }},
+        {"@mix=0=0;50%=100", [](int sample) { return std::max(0.0, 1 - sample / 16800.0); }},
+        {"@fade-in=0.1:@fade-out=0.2",
+         [](int sample) {
+             return 1 - std::min({1.0, sample / 4800.0, (33600 - sample) / 9600.0});
+         }},
+    };
+    m_options.overwrite = true;
+    for (const auto& [codec, effect] : {std::pair("pcm_s16le", "volume/mute"),
+                                        {"pcm_s32le", "fade-sound:fader_start_scale=0:fader_end_scale=0"},
+                                        {"pcm_f32le", "fade-sound:fader_start_scale=0:fader_end_scale=0"}}) {
+        const std::string tone =
+            clips::MakeSound(m_directory / "tone.wav", std::string("-af 'aeval=0.5|-0.25' -c:a ") + codec);
+        for (const auto& [reach, gain] : cases) {
+            Render(tone, m_directory / "out.wav", {std::string(effect) + ":" + reach});
+            const Bytes bytes = clips::DecodeSound(m_directory / "out.wav", "-f f64le");
+            std::vector<double> after(bytes.size() / sizeof(double));
+            std::memcpy(after.data(), bytes.data(), bytes.size());
+            ASSERT_EQ(after.size(), 67200u);
+            double worst = 0;
+            for (int sample = 0; sample < 33600; ++sample)
+                for (const size_t channel : {0, 1})
+                    worst = std::max(worst, std::abs(after[2 * static_cast<size_t>(sample) + channel] -
+                                                     (channel ? -0.25 : 0.5) * gain(sample)));
+            EXPECT_LE(worst, std::string(codec) == "pcm_s16le" ? 0.5001 / 32768 : 1e-7) << codec << reach;
+        }
+    }
+}
+
+TEST_F(SoundRender, CutsAreWhatTheWholeHasThere) {
+    const std::string pictures = "-c:v libx264 -g 5 -sc_threshold 0 -bf 0 -pix_fmt yuv420p -c:a pcm_s16le";
+    const std::string clip = MakeClip("clip.mkv", pictures),
+                      sound = clips::MakeSound(m_directory / "a.wav", "");
+    const std::string music = clips::MakeSound(m_directory / "music.flac", "-af areverse -ar 44100");
+    const std::vector<std::string> effects = {
+        "volume:audio_volume=0=50;80%=200", "replace-sound:@from=0.0333:@mix=60%:audio_replace_path=" + music,
+        "fade-sound:@from=0.0707:fader_duration=300:fader_start_scale=0:fader_end_scale=1"};
+    m_options.overwrite = true;
+    for (const char* codec : {"", "copy", "alone"}) {
+        SCOPED_TRACE(codec);
+        const std::string from = codec == std::string("alone") ? sound : clip;
+        m_options.videoCodec = codec == std::string("copy") ? codec : "";
+        m_options.fromMs = m_options.toMs = std::nullopt;
+        Render(from, m_directory / "whole.mkv", effects);
+        const Samples whole = Decode(m_directory / "whole.mkv");
+        m_options.fromMs = 200; // a key picture, and in no effect's piece the beginning
+        m_options.toMs = 400;
+        Render(from, m_directory / "part.mkv", effects);
+        const Samples part = Decode(m_directory / "part.mkv");
+        EXPECT_GE(part.size(), 19200u);
+        ASSERT_LE(19200 + part.size(), whole.size());
+        EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin() + 19200));
+
+        // Begun anew, as if there had never been more.
+        clips::Run("ffmpeg -v error -y -i " + from + " -af asetpts=N,atrim=0.2:0.4 -vn " +
+                   m_directory / "cut.wav");
+        m_options.restart = true;
+        m_options.videoCodec = "";
+        Render(from, m_directory / "part.wav", effects);
+        m_options.restart = false;
+        m_options.fromMs = m_options.toMs = std::nullopt;
+        Render(m_directory / "cut.wav", m_directory / "all.wav", effects);
+        EXPECT_EQ(Decode(m_directory / "part.wav"), Decode(m_directory / "all.wav"));
+    }
 }
 
 TEST_F(SoundRender, SpansAreCutToTheSample) {
