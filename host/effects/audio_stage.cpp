@@ -32,7 +32,8 @@ unsigned char* Samples(mediabridge::AudioFrame& frame) {
 AVSampleFormat FormatOf(const AVFrame& sound) { return static_cast<AVSampleFormat>(sound.format); }
 
 size_t BytesASample(const AVFrame& sound) {
-    return static_cast<size_t>(av_get_bytes_per_sample(FormatOf(sound)) * sound.ch_layout.nb_channels);
+    return static_cast<size_t>(av_get_bytes_per_sample(FormatOf(sound))) *
+           static_cast<size_t>(sound.ch_layout.nb_channels);
 }
 
 mediabridge::AudioFrame::Ptr Copy(const AVFrame& piece, int64_t timeMs) {

@@ -187,26 +187,37 @@ TEST_F(SoundRender, AnotherFilesSoundLiesUnderThePictures) {
 TEST_F(SoundRender, GainsMoveBySample) {
     const std::string tone =
         clips::MakeSound(m_directory / "tone.wav", "-af 'aeval=0.5|-0.25' -c:a pcm_s16le");
-    const std::string to = m_directory / "out.wav", moves = "=0=0;0.5=";
-    const auto scaled = [](int sample, double percent) {
-        return sample * static_cast<int>(percent / 100 * 256) >> 8;
+    const struct {
+        std::string effect;
+        double (*expected)(int before, int sample);
+        double tolerance; ///< the fader cuts fractions off
+    } cases[] = {
+        {"volume:audio_volume=0=0;0.5=100",
+         [](int before, int sample) {
+             const double percent = std::min(100.0, sample / 240.0), below = std::floor(percent);
+             const auto at = [&](double whole) { return before * static_cast<int>(whole / 100 * 256) >> 8; };
+             return at(below) + (at(below + 1) - at(below)) * (percent - below);
+         },
+         0.5001},
+        {"fade-sound:fader_start_scale=0=0;0.5=1:fader_end_scale=0=0;0.5=1",
+         [](int before, int sample) { return before * std::min(1.0, sample / 24000.0); }, 1.5},
+        // Its steps of 5 ms count from its own begin.
+        {"fade-sound:@from=0.107:@to=0.207:fader_duration=200:fader_start_scale=0:fader_end_scale=1",
+         [](int before, int sample) {
+             const int own = sample - 5136;
+             return own < 0 || own >= 4800 ? before : before * (own / 240) / 40.0;
+         },
+         1},
     };
     m_options.overwrite = true;
-    for (const bool fader : {false, true}) {
-        Render(tone, to,
-               {fader ? "fade-sound:fader_start_scale" + moves + "1:fader_end_scale" + moves + "1"
-                      : "volume:audio_volume" + moves + "100"});
-        const Samples before = Decode(tone), after = Decode(to);
+    for (const auto& [effect, expected, tolerance] : cases) {
+        Render(tone, m_directory / "out.wav", {effect});
+        const Samples before = Decode(tone), after = Decode(m_directory / "out.wav");
         ASSERT_EQ(after.size(), before.size());
         double worst = 0;
-        for (size_t at = 0; at < after.size(); ++at) {
-            const double percent = std::min(100.0, static_cast<double>(at / 2) / 240);
-            const double below = std::floor(percent), low = scaled(before[at], below);
-            const double between = low + (scaled(before[at], below + 1) - low) * (percent - below);
-            const double expected = fader ? before[at] * percent / 100 : between;
-            worst = std::max(worst, std::abs(after[at] - expected));
-        }
-        EXPECT_LE(worst, fader ? 1.5 : 0.5001) << fader; // the fader cuts its fractions off
+        for (size_t at = 0; at < after.size(); ++at)
+            worst = std::max(worst, std::abs(after[at] - expected(before[at], static_cast<int>(at / 2))));
+        EXPECT_LE(worst, tolerance) << effect;
     }
 }
 
