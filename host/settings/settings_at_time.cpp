@@ -71,6 +71,7 @@ SettingAtTime::SettingAtTime(const EffectInfo& effect, const PropertyInfo& prope
     , m_keyframes(setting.keyframes) {
     if (!m_keyframes) {
         m_values.push_back({setting.value, setting.percentage});
+        MakeCurves();
         return;
     }
     for (const Keyframe& key : m_keyframes->keys) {
@@ -95,7 +96,10 @@ void SettingAtTime::FitTo(unsigned width, unsigned height) {
 }
 
 void SettingAtTime::MakeCurves() {
-    if (!Moves()) return;
+    if (!Moves()) {
+        m_number = ParseReal(m_values.front().text).value_or(0);
+        return;
+    }
     const auto add = [&](auto numberOf) {
         std::vector<double> numbers;
         for (const Value& value : m_values) numbers.push_back(numberOf(*ParseReal(value.text)));
@@ -109,7 +113,7 @@ void SettingAtTime::MakeCurves() {
 }
 
 double SettingAtTime::NumberAt(double ms) const {
-    return m_curves.empty() ? ParseReal(m_values.front().text).value_or(0) : m_curves.front().At(ms);
+    return m_curves.empty() ? m_number : m_curves.front().At(ms);
 }
 
 std::string SettingAtTime::ColourAt(double ms) const {

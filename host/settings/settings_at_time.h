@@ -43,6 +43,7 @@ private:
     std::vector<Value> m_values; ///< one for each keyframe, or the only one
     std::vector<int64_t> m_moments;
     std::optional<Keyframes> m_keyframes;
+    double m_number = 0;         ///< of one that does not move
     std::vector<Curve> m_curves; ///< of a number one, of a colour three: red, green, blue
 };
 
