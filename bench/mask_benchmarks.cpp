@@ -17,20 +17,20 @@ namespace {
 using aveffect::Area;
 using mediabridge::VideoFrame;
 
-constexpr int kColumns = 1920, kRows = 1080;
+constexpr int kMaskColumns = 1920, kMaskRows = 1080;
 
 void RunArea(benchmark::State& state, Area::Shape shape, double feather) {
     aveffect::AreaMask mask;
     Area area = {shape, 0.2, 0.2, 0.5, 0.5};
-    TimeAgainstCopy(state, size_t{kColumns} * kRows, [&] {
+    TimeAgainstCopy(state, size_t{kMaskColumns} * kMaskRows, [&] {
         area.x = area.x < 0.4 ? area.x + 0.001 : 0.1;
-        benchmark::DoNotOptimize(mask.Draw(area, feather, false, kColumns, kRows).data[0]);
+        benchmark::DoNotOptimize(mask.Draw(area, feather, false, kMaskColumns, kMaskRows).data[0]);
     });
 }
 
 void RunBlend(benchmark::State& state, unsigned format, bool masked, double strength) {
-    const auto frame = VideoFrame::Allocate(format, kColumns, kRows);
-    const auto before = VideoFrame::Allocate(format, kColumns, kRows);
+    const auto frame = VideoFrame::Allocate(format, kMaskColumns, kMaskRows);
+    const auto before = VideoFrame::Allocate(format, kMaskColumns, kMaskRows);
     for (VideoFrame* each : {frame.get(), before.get()})
         for (unsigned plane = 0; plane < each->GetBufferCount(); ++plane) {
             unsigned width = 0, pitch = 0, rows = 0;
@@ -38,7 +38,8 @@ void RunBlend(benchmark::State& state, unsigned format, bool masked, double stre
             std::fill(data, data + size_t{pitch} * rows, each == frame.get() ? 200 : 50);
         }
     aveffect::AreaMask mask;
-    const AVFrame& drawn = mask.Draw({Area::Shape::Ellipse, 0.2, 0.2, 0.5, 0.5}, 40, false, kColumns, kRows);
+    const AVFrame& drawn =
+        mask.Draw({Area::Shape::Ellipse, 0.2, 0.2, 0.5, 0.5}, 40, false, kMaskColumns, kMaskRows);
     mediabridge::PictureBlend blend;
     TimeAgainstCopy(state, frame->GetTotalSize(), [&] {
         if (masked)

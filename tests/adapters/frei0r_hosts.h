@@ -30,6 +30,7 @@ inline std::string HashText(const uint32_t* pixels, size_t count) {
 class Hosts : public ProgramTest {
 protected:
     Hosts() {
+        FindFirstIn(AVEFFECT_SOURCE_DIR "/tests/adapters/programs");
         setenv("FREI0R_PATH", AVEFFECT_MODULE_DIR ":" AVEFFECT_TAP_DIR, 1);
         setenv("AVEFFECT_TAP", Path("tap").c_str(), 1);
         setenv("GST_REGISTRY", Path("registry").c_str(), 1);

@@ -14,6 +14,7 @@ constexpr unsigned kRate = 48000, kMilliseconds = 1900;
 class SoundHosts : public ProgramTest {
 protected:
     SoundHosts() {
+        FindFirstIn(AVEFFECT_SOURCE_DIR "/tests/adapters/programs");
         // As if installed for a user of their own.
         std::filesystem::create_directory_symlink(AVEFFECT_BIN_DIR "/..", Path(".local"));
         Shell("ffmpeg -v error -f lavfi -i sine=r=48000:d=1.9,volume=4 -c:a pcm_s16le mono.wav\n"

@@ -102,6 +102,11 @@ Outcome RunningProgram::Wait() {
             ReadFile(m_files.string() + ".err")};
 }
 
+void FindFirstIn(const std::string& directory) {
+    const std::string path = getenv("PATH");
+    if (!path.starts_with(directory)) setenv("PATH", (directory + ":" + path).c_str(), 1);
+}
+
 ProgramTest::ProgramTest()
     : m_directory(MakeDirectory()) {}
 

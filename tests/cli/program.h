@@ -69,6 +69,9 @@ protected:
 /// One such line or more.
 ::testing::AssertionResult AreMessages(const std::string& text);
 
+/// Programs in that directory are found before others of their name.
+void FindFirstIn(const std::string& directory);
+
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& bytes);
 
