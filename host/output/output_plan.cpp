@@ -14,10 +14,10 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
-#include "host/settings/value_text.h"
 #include "host/media/device.h"
 #include "host/media/input.h"
 #include "host/output/output_format.h"
+#include "host/settings/value_text.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
 

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/settings/catalogue_lookup.h"
 #include "host/effects/effect_chain.h"
+#include "host/settings/catalogue_lookup.h"
 #include "host/support/error.h"
 
 namespace {
