@@ -9,11 +9,8 @@
 
 namespace bench {
 
-namespace {
-
-using Clock = std::chrono::steady_clock;
-
 double Seconds(const std::function<void()>& body) {
+    using Clock = std::chrono::steady_clock;
     const Clock::time_point start = Clock::now();
     body();
     return std::chrono::duration<double>(Clock::now() - start).count();
@@ -24,8 +21,6 @@ double Median(std::vector<double> values) {
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
 }
-
-} // namespace
 
 Memory MakeMemory(size_t bytes) {
     constexpr size_t kPage = 4096;

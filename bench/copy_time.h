@@ -5,12 +5,19 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace bench {
 
 /// Page-aligned memory whose pages are in place.
 using Memory = std::unique_ptr<unsigned char, void (*)(void*)>;
 Memory MakeMemory(size_t bytes);
+
+/// That the call takes.
+double Seconds(const std::function<void()>& body);
+
+/// Of one value or more.
+double Median(std::vector<double> values);
 
 /// Seconds that memcpy takes for so many bytes between two warm buffers on this thread: the median of many.
 double CopySeconds(size_t bytes);

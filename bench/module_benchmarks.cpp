@@ -1,6 +1,4 @@
 // The frei0r modules beside the plain effect with the copy that hosts ask for, at 1080p.
-#include <algorithm>
-#include <chrono>
 #include <cstring>
 
 #include "aveffect/memory_frame.h"
@@ -40,20 +38,9 @@ struct Pair {
     test::Settings settings;
 };
 
-double Median(std::vector<double>& seconds) {
-    const auto middle = seconds.begin() + static_cast<ptrdiff_t>(seconds.size() / 2);
-    std::ranges::nth_element(seconds, middle);
-    return *middle;
-}
-
 template <class Body>
 std::function<void()> Timed(std::vector<double>& seconds, Body body) {
-    return [&seconds, body] {
-        using Clock = std::chrono::steady_clock;
-        const auto start = Clock::now();
-        body();
-        seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
-    };
+    return [&seconds, body] { seconds.push_back(Seconds(body)); };
 }
 
 // In turn, so that what else the machine does befalls both. The plain transition has its pictures loaded:

@@ -17,11 +17,11 @@ using aveffect::TimeSpan;
 
 // Ten seconds at 25 pictures a second.
 constexpr TimeSpan kClip{0, 10000, 25, 1};
-constexpr unsigned kWidth = 400, kHeight = 200;
+constexpr unsigned kSettingsWidth = 400, kSettingsHeight = 200;
 
 SettingsAtTime Parsed(const std::string& effect, const TimeSpan& clip = kClip) {
     SettingsAtTime settings(ParseEffect(effect, false), clip);
-    settings.FitTo(kWidth, kHeight);
+    settings.FitTo(kSettingsWidth, kSettingsHeight);
     return settings;
 }
 

@@ -250,7 +250,7 @@ TEST_F(SoundRender, PartsAndStrengthsAreExactToTheSample) {
             ASSERT_EQ(after.size(), 67200u);
             double worst = 0;
             for (int sample = 0; sample < 33600; ++sample)
-                for (const size_t channel : {0, 1})
+                for (const size_t channel : {size_t{0}, size_t{1}})
                     worst = std::max(worst, std::abs(after[2 * static_cast<size_t>(sample) + channel] -
                                                      (channel ? -0.25 : 0.5) * gain(sample)));
             EXPECT_LE(worst, std::string(codec) == "pcm_s16le" ? 0.5001 / 32768 : 1e-7) << codec << reach;
