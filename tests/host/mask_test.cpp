@@ -130,8 +130,10 @@ double EllipseShare(const Area& area, double feather, double x, double y) {
     if (feather == 0) { // counted on a fine grid
         constexpr int kFine = 40;
         int count = 0;
-        for (int i = 0; i < kFine * kFine; ++i)
-            count += inside(x - 0.5 + (i % kFine + 0.5) / kFine, y - 0.5 + (i / kFine + 0.5) / kFine);
+        for (int i = 0; i < kFine * kFine; ++i) {
+            const int column = i % kFine, row = i / kFine;
+            count += inside(x - 0.5 + (column + 0.5) / kFine, y - 0.5 + (row + 0.5) / kFine);
+        }
         return count / static_cast<double>(kFine * kFine);
     }
     double nearest = 1e9;
@@ -175,7 +177,8 @@ TEST(AreaMask, IsTheShareOfEachPixelOrAnEvenRamp) {
         const auto shareOf = area.shape == Rectangle ? RectangleShare : EllipseShare;
         std::vector<double> wanted;
         for (int i = 0; i < kWidth * kHeight; ++i) {
-            const double share = none ? 0 : shareOf(area, feather, i % kWidth + 0.5, i / kWidth + 0.5);
+            const int column = i % kWidth, row = i / kWidth;
+            const double share = none ? 0 : shareOf(area, feather, column + 0.5, row + 0.5);
             wanted.push_back(255 * (inverted ? 1 - share : share));
         }
         for (const unsigned level : test::kLevelMasks) {

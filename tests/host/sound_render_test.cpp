@@ -204,8 +204,8 @@ TEST_F(SoundRender, GainsMoveBySample) {
         // Its steps of 5 ms count from its own begin.
         {"fade-sound:@from=0.107:@to=0.207:fader_duration=200:fader_start_scale=0:fader_end_scale=1",
          [](int before, int sample) {
-             const int own = sample - 5136;
-             return own < 0 || own >= 4800 ? before : before * (own / 240) / 40.0;
+             const int own = sample - 5136, step = own / 240;
+             return own < 0 || own >= 4800 ? before : before * step / 40.0;
          },
          1},
     };

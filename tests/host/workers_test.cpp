@@ -54,16 +54,14 @@ protected:
         std::string text(effect.shortName);
         for (const aveffect::PropertySetting& busy : Busy(effect).properties) {
             const AVBased::PropertyInfo& property = *AVBased::FindProperty(effect, busy.name);
-            if (property.kind == AVBased::ValueKind::Path) {
-                text += ":" + busy.name + "=" + busy.value;
-            } else if (property.kind == AVBased::ValueKind::Number) {
-                const double half = std::max(property.minimum, std::floor(std::stod(busy.value)) / 2);
+            std::string value = busy.value;
+            if (property.kind == AVBased::ValueKind::Number) {
+                const double half = std::max(property.minimum, std::floor(std::stod(value)) / 2);
                 const std::string other =
                     aveffect::NumberText(property.type == AVBased::kDouble ? half : std::ceil(half));
-                text += ":" + busy.name + "=0=" + busy.value + ";0.2|=" + other + ";100%=" + busy.value;
-            } else {
-                text += ":" + busy.name + "=" + busy.value;
+                value = "0=" + value + ";0.2|=" + other + ";100%=" + value;
             }
+            text += ":" + busy.name + "=" + value;
         }
         return aveffect::ParseEffect(
             text + ":@from=0.08:@to=-0.08:@mix=0=100;50%|=70;0.36=100:"
