@@ -1,7 +1,6 @@
 #include "cli/arguments.h"
 
-#include <CLI/CLI.hpp>
-
+#include "cli/command_app.h"
 #include "cli/exit_code.h"
 #include "cli/option_values.h"
 #include "cli/player.h"
@@ -87,7 +86,7 @@ void AddCodecs(CLI::App& app, RenderCommand& command) {
                       "is copied as it is");
 }
 
-CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
+void AddRender(CLI::App& app, RenderCommand& command) {
     CLI::App* const render =
         app.add_subcommand("render", "Render a clip, picture or piece of sound through effects");
     AddFiles(*render, command.media);
@@ -104,10 +103,9 @@ CLI::App* AddRender(CLI::App& app, RenderCommand& command) {
                                "  aveffect render in.mp4 out.mp4 -a volume/half\n"
                                "  aveffect render in.wav out.flac -a volume:audio_volume=80%\n\n") +
                    kExitCodeHelp);
-    return render;
 }
 
-CLI::App* AddFrame(CLI::App& app, FrameCommand& command) {
+void AddFrame(CLI::App& app, FrameCommand& command) {
     CLI::App* const frame = app.add_subcommand("frame", "Render one picture of a clip into a still picture");
     AddFiles(*frame, command.media);
     AddMediaOptions(*frame, command.media);
@@ -120,10 +118,9 @@ CLI::App* AddFrame(CLI::App& app, FrameCommand& command) {
         ->type_name("TIME");
     frame->footer(std::string("Example:\n  aveffect frame in.mp4 out.png --at 1:02.5 -e invert\n\n") +
                   kExitCodeHelp);
-    return frame;
 }
 
-CLI::App* AddBatch(CLI::App& app, BatchCommand& command) {
+void AddBatch(CLI::App& app, BatchCommand& command) {
     CLI::App* const batch = app.add_subcommand("batch", "Render many files through the same effects");
     batch->add_option("INPUTS", command.inputs, "Clips, pictures or files of sound")
         ->type_name("")
@@ -144,10 +141,9 @@ CLI::App* AddBatch(CLI::App& app, BatchCommand& command) {
     batch->footer(std::string("The exit code is that of the worst failure; one file's ends no other.\n"
                               "Example:\n  aveffect batch *.jpg --to gray --skip-existing -e gray\n\n") +
                   kExitCodeHelp);
-    return batch;
 }
 
-CLI::App* AddPlay(CLI::App& app, PlayCommand& command) {
+void AddPlay(CLI::App& app, PlayCommand& command) {
     CLI::App* const play =
         app.add_subcommand("play", "Play a clip or sound or show a picture through effects, in a window");
     play->add_option("INPUT", command.render.media.input, "Clip, still picture or piece of sound")
@@ -160,22 +156,19 @@ CLI::App* AddPlay(CLI::App& app, PlayCommand& command) {
     AddRateOption(*play, command.render.fps);
     play->footer(std::string(kPlayerKeys) + "Example:\n  aveffect play in.mp4 -e gray --from 0:05\n\n" +
                  kExitCodeHelp);
-    return play;
 }
 
-CLI::App* AddList(CLI::App& app, ListCommand& command) {
+void AddList(CLI::App& app, ListCommand& command) {
     CLI::App* const list = app.add_subcommand("list", "Show all effects");
     list->add_flag("--json", command.json, "As JSON, with all properties");
     list->footer(std::string("Example:\n  aveffect list --json\n\n") + kExitCodeHelp);
-    return list;
 }
 
-CLI::App* AddDescribe(CLI::App& app, DescribeCommand& command) {
+void AddDescribe(CLI::App& app, DescribeCommand& command) {
     CLI::App* const describe = app.add_subcommand("describe", "Show one effect and its properties");
     describe->add_option("NAME", command.effect, "Name or short name of the effect")->required();
     describe->add_flag("--json", command.json, "As JSON");
     describe->footer(std::string("Example:\n  aveffect describe spherize\n\n") + kExitCodeHelp);
-    return describe;
 }
 
 /// The command that was chosen, the program itself when there is none.
@@ -210,35 +203,31 @@ std::string Complaint(const CLI::App& app, const CLI::ParseError& wrong) {
 
 } // namespace
 
-Command ParseCommandLine(int count, const char* const* arguments) {
-    ListCommand list;
-    DescribeCommand describe;
-    RenderCommand render;
-    FrameCommand frame;
-    TransitionCommand transition;
-    JoinCommand join;
-    SheetCommand sheet;
-    CompareCommand compare;
-    BatchCommand batch;
-    PlayCommand play;
-
-    CLI::App app("Renders clips, pictures and sound through effects.", "aveffect");
+std::unique_ptr<CLI::App> MakeApp(AllCommands& commands) {
+    auto made = std::make_unique<CLI::App>("Renders clips, pictures and sound through effects.", "aveffect");
+    CLI::App& app = *made;
     app.set_version_flag("--version", "aveffect " AVEFFECT_VERSION);
     app.require_subcommand(0, 1);
     app.footer(std::string("Example:\n  aveffect render in.mp4 out.mp4 -e invert\n"
                            "`aveffect COMMAND --help` tells more.\n\n") +
                kExitCodeHelp);
-    const CLI::App* const listApp = AddList(app, list);
-    const CLI::App* const describeApp = AddDescribe(app, describe);
-    const CLI::App* const renderApp = AddRender(app, render);
-    const CLI::App* const frameApp = AddFrame(app, frame);
-    const CLI::App* const transitionApp = AddTransition(app, transition);
-    const CLI::App* const joinApp = AddJoin(app, join);
-    const CLI::App* const sheetApp = AddSheet(app, sheet);
-    const CLI::App* const compareApp = AddCompare(app, compare);
-    const CLI::App* const batchApp = AddBatch(app, batch);
-    AddPlay(app, play);
+    AddList(app, commands.list);
+    AddDescribe(app, commands.describe);
+    AddRender(app, commands.render);
+    AddFrame(app, commands.frame);
+    AddTransition(app, commands.transition);
+    AddJoin(app, commands.join);
+    AddSheet(app, commands.sheet);
+    AddCompare(app, commands.compare);
+    AddBatch(app, commands.batch);
+    AddPlay(app, commands.play);
+    return made;
+}
 
+Command ParseCommandLine(int count, const char* const* arguments) {
+    AllCommands commands;
+    const std::unique_ptr<CLI::App> made = MakeApp(commands);
+    CLI::App& app = *made;
     try {
         app.parse(count, arguments);
     } catch (const CLI::CallForVersion& version) {
@@ -252,16 +241,16 @@ Command ParseCommandLine(int count, const char* const* arguments) {
         throw Error(ErrorKind::Usage,
                     "no command given: list, describe, render, frame, batch, transition, join, sheet, "
                     "compare or play (see `aveffect --help`)");
-    if (listApp->parsed()) return list;
-    if (describeApp->parsed()) return describe;
-    if (renderApp->parsed()) return render;
-    if (frameApp->parsed()) return frame;
-    if (transitionApp->parsed()) return transition;
-    if (joinApp->parsed()) return join;
-    if (sheetApp->parsed()) return sheet;
-    if (compareApp->parsed()) return compare;
-    if (batchApp->parsed()) return batch;
-    return play;
+    if (app.got_subcommand("list")) return commands.list;
+    if (app.got_subcommand("describe")) return commands.describe;
+    if (app.got_subcommand("render")) return commands.render;
+    if (app.got_subcommand("frame")) return commands.frame;
+    if (app.got_subcommand("transition")) return commands.transition;
+    if (app.got_subcommand("join")) return commands.join;
+    if (app.got_subcommand("sheet")) return commands.sheet;
+    if (app.got_subcommand("compare")) return commands.compare;
+    if (app.got_subcommand("batch")) return commands.batch;
+    return commands.play;
 }
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {

@@ -52,7 +52,7 @@ nlohmann::json Ratio(double decibels) {
 
 } // namespace
 
-CLI::App* AddCompare(CLI::App& app, CompareCommand& command) {
+void AddCompare(CLI::App& app, CompareCommand& command) {
     CLI::App* const compare =
         app.add_subcommand("compare", "Tell where the pictures of two clips or stills differ, and how much");
     compare->add_option("A", command.options.first, "Clip or picture; A?vstreamid=1 chooses a stream")
@@ -69,7 +69,6 @@ CLI::App* AddCompare(CLI::App& app, CompareCommand& command) {
     compare->footer(std::string("Pictures count from 0 and are compared one by one, in A's pixel format.\n"
                                 "Example:\n  aveffect compare a.mp4 b.mp4 --difference difference.png\n\n") +
                     kExitCodeHelp);
-    return compare;
 }
 
 CompareOptions MakeCompareOptions(const CompareCommand& command) {

@@ -19,7 +19,7 @@ struct CompareCommand {
     bool json = false;
 };
 
-CLI::App* AddCompare(CLI::App& app, CompareCommand& command);
+void AddCompare(CLI::App& app, CompareCommand& command);
 
 /// Checks and translates the values. Throws Error (Usage).
 CompareOptions MakeCompareOptions(const CompareCommand& command);

@@ -89,7 +89,7 @@ JoinMusic MakeMusic(const JoinCommand& command) {
 
 } // namespace
 
-CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
+void AddTransition(CLI::App& app, TransitionCommand& command) {
     CLI::App* const transition =
         app.add_subcommand("transition", "Make a clip of a transition between two pictures or clips");
     AddPair(*transition, command.first, command.second, command.output, "Clip to write");
@@ -110,10 +110,9 @@ CLI::App* AddTransition(CLI::App& app, TransitionCommand& command) {
         std::string("Example:\n  aveffect transition a.jpg b.jpg out.mp4 -e crossfade --duration 2 "
                     "--hold-before 1 --hold-after 1\n\n") +
         kExitCodeHelp);
-    return transition;
 }
 
-CLI::App* AddJoin(CLI::App& app, JoinCommand& command) {
+void AddJoin(CLI::App& app, JoinCommand& command) {
     CLI::App* const join = app.add_subcommand(
         "join", "Put clips and pictures one after the other with a transition at each seam");
     join->add_option("FILES", command.files,
@@ -136,10 +135,9 @@ CLI::App* AddJoin(CLI::App& app, JoinCommand& command) {
                              "  aveffect join title.png@5 a.mp4 b.mp4 out.mp4 -e crossfade -e cut\n"
                              "  aveffect join *.jpg show.mp4 -e push --size 1080x1920 --fit cover\n\n") +
                  kExitCodeHelp);
-    return join;
 }
 
-CLI::App* AddSheet(CLI::App& app, SheetCommand& command) {
+void AddSheet(CLI::App& app, SheetCommand& command) {
     CLI::App* const sheet = app.add_subcommand(
         "sheet", "Draw all transitions between two pictures: a row each, eight moments across");
     AddPair(*sheet, command.first, command.second, command.output, "Picture to write");
@@ -149,7 +147,6 @@ CLI::App* AddSheet(CLI::App& app, SheetCommand& command) {
         ->type_name("N");
     AddRunOptions(*sheet, command.run);
     sheet->footer(std::string("Example:\n  aveffect sheet a.jpg b.jpg sheet.png\n\n") + kExitCodeHelp);
-    return sheet;
 }
 
 TransitionOptions MakeTransitionOptions(const TransitionCommand& command) {

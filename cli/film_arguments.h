@@ -51,9 +51,9 @@ struct SheetCommand {
 };
 
 /// Add the commands to the program's; what is parsed goes into the command.
-CLI::App* AddTransition(CLI::App& app, TransitionCommand& command);
-CLI::App* AddJoin(CLI::App& app, JoinCommand& command);
-CLI::App* AddSheet(CLI::App& app, SheetCommand& command);
+void AddTransition(CLI::App& app, TransitionCommand& command);
+void AddJoin(CLI::App& app, JoinCommand& command);
+void AddSheet(CLI::App& app, SheetCommand& command);
 
 /// Check and translate the values. Throw Error (Usage) that names the option, the value and what would be
 /// right.
