@@ -20,30 +20,6 @@ namespace {
 
 constexpr size_t kTextWidth = 100; // long sentences are broken here
 
-constexpr EffectKind kKinds[] = {EffectKind::Filter, EffectKind::Fade,       EffectKind::Distortion,
-                                 EffectKind::Look,   EffectKind::Transition, EffectKind::Stereo,
-                                 EffectKind::Audio};
-
-std::string_view KindHeading(EffectKind kind) {
-    switch (kind) {
-    case EffectKind::Filter:
-        return "Filters";
-    case EffectKind::Fade:
-        return "Fades";
-    case EffectKind::Distortion:
-        return "Distortions";
-    case EffectKind::Look:
-        return "Looks";
-    case EffectKind::Transition:
-        return "Transitions";
-    case EffectKind::Stereo:
-        return "Stereo";
-    case EffectKind::Audio:
-        break;
-    }
-    return "Audio";
-}
-
 std::string Padded(std::string_view text, size_t width) {
     std::string result(text);
     result.resize(std::max(width, result.size()), ' ');
@@ -67,29 +43,6 @@ std::string Wrapped(const std::string& text, size_t indent) {
         start = end + 1;
     }
     return result;
-}
-
-std::string TraitsText(unsigned traits) {
-    std::string text;
-    const auto add = [&text](const char* part) { text += (text.empty() ? "" : "; ") + std::string(part); };
-    if (traits & AVBased::kFollowsTime) add("changes with the time in its span");
-    const bool prepares = (traits & AVBased::kPreparesOnce) != 0;
-    if (prepares) add("prepares itself on the first frame, for all of its size");
-    if (traits & AVBased::kKeepsState && !prepares) add("can let a frame depend on the frames before it");
-    if (traits & AVBased::kDrawsRandom) add("draws random numbers");
-    if (traits & AVBased::kFewFormats) add("works in BGRA and YUV420P only");
-    if (traits & AVBased::kChangesAlpha) add("changes transparency alone");
-    if (traits & AVBased::kMovesPixels) add("moves pixels across the picture, or brings others in");
-    if (text.empty()) add("treats every frame alike, for itself");
-    return text;
-}
-
-std::string PropertyDetails(const PropertyInfo& property) {
-    std::string text = ValueRule(property) + "; default " + DefaultText(property);
-    if (!std::isnan(property.neutral))
-        text += "; neutral " + SpokenValue(property, NumberText(property.neutral));
-    if (!PercentageBase(property).empty()) text += "; counts pixels of the picture";
-    return text + "; type " + std::string(TypeName(property.type));
 }
 
 std::string PropertyText(const PropertyInfo& property, size_t nameWidth) {
@@ -126,6 +79,49 @@ std::string PresetsText(const EffectInfo& effect) {
 }
 
 } // namespace
+
+std::string_view KindHeading(EffectKind kind) {
+    switch (kind) {
+    case EffectKind::Filter:
+        return "Filters";
+    case EffectKind::Fade:
+        return "Fades";
+    case EffectKind::Distortion:
+        return "Distortions";
+    case EffectKind::Look:
+        return "Looks";
+    case EffectKind::Transition:
+        return "Transitions";
+    case EffectKind::Stereo:
+        return "Stereo";
+    case EffectKind::Audio:
+        break;
+    }
+    return "Audio";
+}
+
+std::string TraitsText(unsigned traits) {
+    std::string text;
+    const auto add = [&text](const char* part) { text += (text.empty() ? "" : "; ") + std::string(part); };
+    if (traits & AVBased::kFollowsTime) add("changes with the time in its span");
+    const bool prepares = (traits & AVBased::kPreparesOnce) != 0;
+    if (prepares) add("prepares itself on the first frame, for all of its size");
+    if (traits & AVBased::kKeepsState && !prepares) add("can let a frame depend on the frames before it");
+    if (traits & AVBased::kDrawsRandom) add("draws random numbers");
+    if (traits & AVBased::kFewFormats) add("works in BGRA and YUV420P only");
+    if (traits & AVBased::kChangesAlpha) add("changes transparency alone");
+    if (traits & AVBased::kMovesPixels) add("moves pixels across the picture, or brings others in");
+    if (text.empty()) add("treats every frame alike, for itself");
+    return text;
+}
+
+std::string PropertyDetails(const PropertyInfo& property) {
+    std::string text = ValueRule(property) + "; default " + DefaultText(property);
+    if (!std::isnan(property.neutral))
+        text += "; neutral " + SpokenValue(property, NumberText(property.neutral));
+    if (!PercentageBase(property).empty()) text += "; counts pixels of the picture";
+    return text + "; type " + std::string(TypeName(property.type));
+}
 
 std::string_view KindName(EffectKind kind) {
     switch (kind) {
@@ -202,7 +198,7 @@ std::string ListText() {
         longWidth = std::max(longWidth, std::strlen(effect->name));
     }
     std::string text;
-    for (const EffectKind kind : kKinds) {
+    for (const EffectKind kind : kEffectKinds) {
         std::string lines;
         for (const auto* effect : effects)
             if (effect->kind == kind)

@@ -11,6 +11,8 @@ packages=(
 )
 if [ "${1:-}" != program ]; then
   packages+=(libgtest-dev libbenchmark-dev libyuv-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)
+  # The shells that complete, and what reads man pages.
+  packages+=(zsh fish man-db groff-base mandoc bsdutils)
   # Programs that try the adapters, and the headers that they are held to.
   packages+=(ladspa-sdk lv2-dev lilv-utils sordi frei0r-plugins-dev sox melt mpv gstreamer1.0-tools gstreamer1.0-plugins-{base,good,bad})
 fi
