@@ -14,11 +14,14 @@ sed 's/|[^|]*$//' "$here/cases.txt" >"$asked_lines"
 
 in_bash() {
   # M-* inserts all completions. What the shell makes of a line shows after the blank before its last word.
-  local line words
+  local line words key
   while IFS= read -r line; do
     words=($line)
     [ "${line: -1}" != ' ' ] || words+=('')
-    printf 'before=%d\n%s\e*\n' $((${#words[@]} - 1)) "$line"
+    # It forgets the quote that the word begins with; the tab key, which inserts a single one, closes it.
+    key=$'\e*'
+    [[ $line != *\"* ]] || key=$'\t'
+    printf 'before=%d\n%s\n' $((${#words[@]} - 1)) "$line$key"
   done <"$asked_lines" >"$work/keys"
   echo exit >>"$work/keys"
   timeout 20 script -qec "bash --noprofile --rcfile '$here/bashrc' -i" /dev/null <"$work/keys" >/dev/null
