@@ -8,7 +8,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/files" "$work/files/outputs"
 cd "$work/files"
-touch one.mp4 'two words.mp4'
+touch one.mp4 'two words.mp4' take:1.mp4
 asked_lines=$work/lines
 sed 's/|[^|]*$//' "$here/cases.txt" >"$asked_lines"
 
