@@ -56,8 +56,8 @@ ManPage::ManPage(const std::string& name, int section, const Edition& edition, s
     std::ranges::transform(title, title.begin(), [](unsigned char c) { return std::toupper(c); });
     m_text = ".TH " + title + " " + std::to_string(section) + " " + edition.date + " \"aveffect " +
              edition.version + "\" \"" + (section == 1 ? "User Commands" : "Effects") +
-              // Long settings leave lines that can't be stretched to the margin.
-              "\"\n.ad l\n";
+             // Long settings leave lines that can't be stretched to the margin.
+             "\"\n.ad l\n";
     Section("Name");
     Fill(Plain(name) + " \\- " + Plain(summary));
 }
