@@ -160,7 +160,7 @@ std::string EffectTables(const Syntax& syntax) {
            syntax.end;
 }
 
-/// Brackets and colons part a specification of zsh's.
+/// Brackets and colons have a meaning in what zsh is told of a word.
 std::string ZshText(std::string_view text) { return Escaped(text, "\\[]:"); }
 
 /// A blank in front of an action keeps zsh from adding arguments to it.
