@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 
@@ -60,6 +61,11 @@ bool Prepare(AVFramePtr& grey, size_t width, size_t rows) {
 
 } // namespace
 
+int64_t NextMaskNumber() {
+    static std::atomic<int64_t> number;
+    return number++;
+}
+
 bool PictureBlend::Mix(IRawVideoFrame& frame, IRawVideoFrame& before, double strength) {
     const Pair pair(frame, before);
     if (!pair.layout) return false;
@@ -80,13 +86,18 @@ bool PictureBlend::Mask(IRawVideoFrame& frame, IRawVideoFrame& before, const AVF
     const auto& kernels = Kernels<BlendKernels>();
     const unsigned weight = WeightOf(strength);
     const bool subsampled = pair.layout->horizontalShift || pair.layout->verticalShift;
-    if (weight < kWholeWeight && !Prepare(m_scaled, used.width, used.rows)) return false;
     const Plane8& chroma = pair.to[1];
+    const Made wanted{mask.pts, weight, used.width, used.rows, chroma.width, chroma.rows};
+    const bool made = mask.pts != AV_NOPTS_VALUE && wanted == m_made;
+    m_made = {};
+    if (weight < kWholeWeight && !Prepare(m_scaled, used.width, used.rows)) return false;
     if (subsampled && !chroma.Empty() && !Prepare(m_chroma, chroma.width, chroma.rows)) return false;
 
+    m_made = wanted;
     if (weight < kWholeWeight) {
-        kernels.scaleBytes(PlaneOf(*m_scaled, 0), used, weight);
-        used = PlaneOf(*m_scaled, 0);
+        const Plane8 scaled = PlaneOf(*m_scaled, 0);
+        if (!made) kernels.scaleBytes(scaled, used, weight);
+        used = scaled;
     }
     if (pair.layout->packed) {
         kernels.maskRgba32(Pixels(pair.to[0]), Pixels(pair.before[0]), used);
@@ -95,7 +106,7 @@ bool PictureBlend::Mask(IRawVideoFrame& frame, IRawVideoFrame& before, const AVF
     Plane8 shared = used;
     if (subsampled && !chroma.Empty()) {
         shared = PlaneOf(*m_chroma, 0);
-        kernels.shrinkMask(shared, used, pair.layout->horizontalShift, pair.layout->verticalShift);
+        if (!made) kernels.shrinkMask(shared, used, pair.layout->horizontalShift, pair.layout->verticalShift);
     }
     for (size_t i = 0; i < pair.layout->planeCount; ++i)
         kernels.maskBytes(pair.to[i], pair.before[i], i == 1 || i == 2 ? shared : used);

@@ -6,6 +6,7 @@
 
 #include "host/picture/transparency.h"
 #include "host/support/error.h"
+#include "mediabridge/picture_blend.h"
 
 namespace aveffect {
 namespace {
@@ -62,7 +63,10 @@ const AVFrame& MaskFile::At(int64_t milliseconds, int width, int height) {
         m_shown = std::exchange(m_next, m_clip->Next());
         m_mask.reset();
     }
-    if (!m_mask || m_size != std::pair(width, height)) m_mask = Grey(width, height);
+    if (!m_mask || m_size != std::pair(width, height)) {
+        m_mask = Grey(width, height);
+        m_mask->pts = mediabridge::NextMaskNumber();
+    }
     return *m_mask;
 }
 

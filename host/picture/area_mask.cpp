@@ -8,6 +8,7 @@
 
 #include "host/support/error.h"
 #include "kernels/area.h"
+#include "mediabridge/picture_blend.h"
 #include "mediabridge/picture_pool.h"
 
 namespace aveffect {
@@ -61,6 +62,7 @@ const AVFrame& AreaMask::Draw(const Area& area, double featherPixels, bool inver
     if (!fits) m_mask = mediabridge::AllocatePicture(AV_PIX_FMT_GRAY8, width, height);
     if (!m_mask) throw Error(ErrorKind::Output, "out of memory for a mask");
     m_mask->color_range = AVCOL_RANGE_JPEG;
+    m_mask->pts = mediabridge::NextMaskNumber();
     m_area = area;
     m_feather = featherPixels;
     m_inverted = inverted;

@@ -97,6 +97,27 @@ TEST(PictureBlend, LeavesWhatDoesNotMatch) {
     EXPECT_TRUE(*frame == old);
 }
 
+TEST(PictureBlend, KnowsAMaskThatStays) {
+    aveffect::AreaMask areas;
+    mediabridge::PictureBlend kept;
+    const auto ellipse = [](double x) { return Area{Area::Shape::Ellipse, x, 0.1, 0.5, 0.6}; };
+    for (const auto& [x, strength, format] : {std::tuple{0.1, 1.0, unsigned{AVBased::YUV420P}},
+                                              {0.1, 1.0, AVBased::YUV420P},
+                                              {0.1, 0.3, AVBased::YUV420P},
+                                              {0.4, 0.3, AVBased::YUV420P},
+                                              {0.4, 0.3, AVBased::YUV422P},
+                                              {0.4, 0.3, AVBased::BGRA},
+                                              {0.4, 0.3, AVBased::YUV420P}}) {
+        const test::Shape shape{format, 40, 30};
+        const auto one = test::MakeFrame(shape, 1), other = test::MakeFrame(shape, 1),
+                   before = test::MakeFrame(shape, 2);
+        const AVFrame& mask = areas.Draw(ellipse(x), 5, false, 40, 30);
+        ASSERT_TRUE(kept.Mask(*one, *before, mask, strength));
+        ASSERT_TRUE(mediabridge::PictureBlend().Mask(*other, *before, mask, strength));
+        EXPECT_TRUE(*one == *other) << x << " " << strength << " " << format;
+    }
+}
+
 constexpr int kWidth = 72, kHeight = 54;
 
 struct Pixels {
