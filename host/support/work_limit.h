@@ -1,6 +1,7 @@
 #pragma once
 /// How many threads of a render work at a time.
-#include <semaphore>
+#include <condition_variable>
+#include <mutex>
 
 namespace aveffect {
 
@@ -10,27 +11,43 @@ class WorkLimit {
 public:
     /// 0: none.
     explicit WorkLimit(unsigned most)
-        : m_free(most > 0 ? static_cast<std::ptrdiff_t>(most) : kNoLimit) {}
+        : m_limited(most > 0)
+        , m_free(most) {}
 
     /// What the work returns; what it throws comes through.
     template <typename Work>
     auto Do(const Work& work) {
-        struct Place {
-            explicit Place(std::counting_semaphore<>& from)
-                : free(from) {
-                free.acquire();
-            }
-            ~Place() { free.release(); }
-            Place(const Place&) = delete;
-            Place& operator=(const Place&) = delete;
-            std::counting_semaphore<>& free;
-        } const place(m_free);
+        const Place place(*this);
         return work();
     }
 
 private:
-    static constexpr std::ptrdiff_t kNoLimit = 1 << 20;
-    std::counting_semaphore<> m_free;
+    // The standard library's semaphores can sleep for ever with g++ 12.
+    struct Place {
+        explicit Place(WorkLimit& from)
+            : limit(from) {
+            if (!limit.m_limited) return;
+            std::unique_lock lock(limit.m_mutex);
+            limit.m_freed.wait(lock, [this] { return limit.m_free > 0; });
+            --limit.m_free;
+        }
+        ~Place() {
+            if (!limit.m_limited) return;
+            {
+                const std::scoped_lock lock(limit.m_mutex);
+                ++limit.m_free;
+            }
+            limit.m_freed.notify_one();
+        }
+        Place(const Place&) = delete;
+        Place& operator=(const Place&) = delete;
+        WorkLimit& limit;
+    };
+
+    const bool m_limited;
+    unsigned m_free;
+    std::mutex m_mutex;
+    std::condition_variable m_freed;
 };
 
 } // namespace aveffect
