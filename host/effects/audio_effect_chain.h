@@ -2,7 +2,7 @@
 /// What chains of audio effects are like.
 #include <vector>
 
-#include "host/settings/effect_spec.h"
+#include "host/settings/effect_settings.h"
 
 extern "C" {
 #include <libavutil/samplefmt.h>

@@ -10,7 +10,7 @@
 #include "aveffect/effect_info.h"
 #include "host/effects/plugin.h"
 #include "host/effects/stereo.h"
-#include "host/settings/effect_spec.h"
+#include "host/settings/effect_settings.h"
 #include "host/support/turnstile.h"
 
 namespace aveffect {

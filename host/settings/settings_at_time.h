@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/settings/effect_spec.h"
+#include "host/settings/effect_settings.h"
 
 namespace aveffect {
 

@@ -1,4 +1,4 @@
-#include "host/settings/effect_spec.h"
+#include "host/settings/effect_settings.h"
 
 #include <algorithm>
 #include <iterator>
