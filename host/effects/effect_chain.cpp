@@ -194,7 +194,8 @@ void EffectChain::Work(Stage& stage, IRawVideoFrame& frame, int timeMs) {
     const bool changed = SetProperties(stage, timeMs);
     const int effectMs = timeMs - static_cast<int>(stage.settings.Span().beginMs);
     const bool draws = !DrawInPlaceOf(*stage.proc, frame);
-    const bool fresh = std::exchange(stage.prepared, true) == false || changed;
+    const bool fresh = changed || !stage.prepared;
+    stage.prepared = true;
     if (draws && fresh && timeMs > 0 && PreparesItself(stage.info)) Prepare(stage, frame, effectMs);
     if (draws) Draw(stage, frame, effectMs);
     stage.strength.End(frame, timeMs);

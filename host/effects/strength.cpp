@@ -51,15 +51,17 @@ const AVFrame& Strength::MaskAt(int ms, int width, int height) {
 
 void Strength::End(IRawVideoFrame& frame, int ms) {
     if (!m_before) return;
+    bool blended = false;
     if (HasPlace()) {
         unsigned width = 0, height = 0;
         frame.GetDimension(&width, &height);
-        m_blend.Mask(frame, *m_before, MaskAt(ms, static_cast<int>(width), static_cast<int>(height)),
-                     m_strength);
+        blended = m_blend.Mask(frame, *m_before,
+                               MaskAt(ms, static_cast<int>(width), static_cast<int>(height)), m_strength);
     } else {
-        m_blend.Mix(frame, *m_before, m_strength);
+        blended = m_blend.Mix(frame, *m_before, m_strength);
     }
     m_before.reset();
+    if (!blended) throw Error(ErrorKind::Effect, "a picture can't be blended with what an effect made of it");
 }
 
 } // namespace aveffect
