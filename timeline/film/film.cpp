@@ -1,0 +1,31 @@
+#include "timeline/film/film.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace aveffect {
+
+std::string NumberedMedia::File(int64_t number) const {
+    const std::string text = std::to_string(std::abs(number));
+    const size_t wanted = static_cast<size_t>(std::max(0, digits));
+    const std::string zeros(wanted - std::min(wanted, text.size()), '0');
+    return before + (number < 0 ? "-" : "") + zeros + text + after;
+}
+
+namespace {
+
+void AddClips(const FilmItem& item, std::vector<const FilmItem*>& clips) {
+    if (!item.enabled) return;
+    if (item.kind == FilmItem::Kind::Clip) clips.push_back(&item);
+    for (const FilmItem& child : item.children) AddClips(child, clips);
+}
+
+} // namespace
+
+std::vector<const FilmItem*> ClipsOf(const FilmItem& item) {
+    std::vector<const FilmItem*> clips;
+    AddClips(item, clips);
+    return clips;
+}
+
+} // namespace aveffect
