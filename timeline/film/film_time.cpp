@@ -8,7 +8,7 @@ namespace aveffect {
 
 namespace {
 
-using Wide = __int128;
+__extension__ typedef __int128 Wide;
 
 Wide Divisor(Wide a, Wide b) {
     while (b != 0) {
@@ -48,7 +48,7 @@ FilmTime FilmTime::Reduced(Wide numerator, Wide denominator) {
     const Wide divisor = Divisor(numerator < 0 ? -numerator : numerator, denominator);
     numerator /= divisor;
     denominator /= divisor;
-    constexpr Wide kMost = std::numeric_limits<int64_t>::max();
+    constexpr Wide kMost = Wide{1} << 62; // two products of such terms can be added
     while (denominator > kMost || numerator > kMost || numerator < -kMost) {
         numerator = FloorOf(numerator + 1, 2);
         denominator = denominator > 1 ? (denominator + 1) / 2 : 1;

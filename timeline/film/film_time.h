@@ -10,7 +10,7 @@ extern "C" {
 namespace aveffect {
 
 /// Seconds as a fraction, so that times of different rates are added without a rounding: a film of 29.97
-/// pictures a second and sound of 48 kHz does not drift. Where a result's terms grow beyond 63 bits, which
+/// pictures a second and sound of 48 kHz does not drift. Where a result's terms grow beyond 62 bits, which
 /// mixtures of odd rates may bring about, it is the nearest one that fits.
 class FilmTime {
 public:
@@ -36,7 +36,7 @@ public:
     int64_t Milliseconds() const { return Nearest({1000, 1}); }
 
 private:
-    using Wide = __int128;
+    __extension__ typedef __int128 Wide;
     static FilmTime Reduced(Wide numerator, Wide denominator);
 
     int64_t m_numerator = 0;
