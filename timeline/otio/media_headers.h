@@ -1,0 +1,32 @@
+#pragma once
+/// What media files say of themselves, each opened once.
+#include <map>
+#include <optional>
+#include <string>
+
+#include "timeline/film/film_time.h"
+
+namespace aveffect {
+
+struct MediaHeader {
+    std::string fault; ///< why it can't be opened; empty: it can, and the rest counts
+    bool pictures = false, sound = false;
+    bool still = false;                  ///< one picture, which has no length
+    AVRational rate{0, 1};               ///< of the pictures, a second
+    int width = 0, height = 0;           ///< as stored
+    std::optional<FilmTime> seen, heard; ///< how long pictures and sound are; absent: it does not tell
+};
+
+/// Used by one thread at a time.
+class MediaHeaders {
+public:
+    /// Of a source URL. Only what a file says in front is read.
+    const MediaHeader& Of(const std::string& url);
+    /// How many have been opened.
+    size_t Opened() const { return m_headers.size(); }
+
+private:
+    std::map<std::string, MediaHeader> m_headers;
+};
+
+} // namespace aveffect
