@@ -171,10 +171,16 @@ void AddDescribe(CLI::App& app, DescribeCommand& command) {
     describe->footer(std::string("Example:\n  aveffect describe spherize\n\n") + kExitCodeHelp);
 }
 
-/// The command that was chosen, the program itself when there is none.
+/// The command that was chosen, the innermost one; the program itself when there is none.
 const CLI::App& Chosen(const CLI::App& app) {
     const auto chosen = app.get_subcommands();
-    return chosen.empty() ? app : *chosen.back();
+    return chosen.empty() ? app : Chosen(*chosen.back());
+}
+
+/// "timeline check " of that command, with those that it is in; empty for the program.
+std::string NameOf(const CLI::App& command) {
+    const CLI::App* const parent = command.get_parent();
+    return parent ? NameOf(*parent) + command.get_name() + " " : "";
 }
 
 /// What an argument that was not expected was probably meant to be; empty when nothing is near.
@@ -197,8 +203,7 @@ std::string Complaint(const CLI::App& app, const CLI::ParseError& wrong) {
         const std::string guess = Guess(chosen, unexpected.front());
         if (!guess.empty()) text += "; did you mean '" + guess + "'?";
     }
-    const std::string command = &chosen == &app ? "" : chosen.get_name() + " ";
-    return text + " (see `aveffect " + command + "--help`)";
+    return text + " (see `aveffect " + NameOf(chosen) + "--help`)";
 }
 
 } // namespace
@@ -221,6 +226,7 @@ std::unique_ptr<CLI::App> MakeApp(AllCommands& commands) {
     AddCompare(app, commands.compare);
     AddBatch(app, commands.batch);
     AddPlay(app, commands.play);
+    AddTimeline(app, commands.timeline);
     return made;
 }
 
@@ -240,7 +246,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (app.get_subcommands().empty())
         throw Error(ErrorKind::Usage,
                     "no command given: list, describe, render, frame, batch, transition, join, sheet, "
-                    "compare or play (see `aveffect --help`)");
+                    "compare, play or timeline (see `aveffect --help`)");
     if (app.got_subcommand("list")) return commands.list;
     if (app.got_subcommand("describe")) return commands.describe;
     if (app.got_subcommand("render")) return commands.render;
@@ -250,7 +256,8 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (app.got_subcommand("sheet")) return commands.sheet;
     if (app.got_subcommand("compare")) return commands.compare;
     if (app.got_subcommand("batch")) return commands.batch;
-    return commands.play;
+    if (app.got_subcommand("play")) return commands.play;
+    return ChosenTimeline(app, commands.timeline);
 }
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {

@@ -9,6 +9,7 @@
 #include "cli/output_arguments.h"
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
+#include "cli/timeline_arguments.h"
 #include "host/jobs/batch.h"
 #include "host/jobs/render.h"
 
@@ -82,7 +83,7 @@ struct PlayCommand {
 
 using Command =
     std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand, TransitionCommand,
-                 JoinCommand, SheetCommand, CompareCommand, BatchCommand, PlayCommand>;
+                 JoinCommand, SheetCommand, CompareCommand, BatchCommand, PlayCommand, TimelineCommand>;
 
 /// Throws Error (Usage) with one line that says what is wrong.
 Command ParseCommandLine(int count, const char* const* arguments);

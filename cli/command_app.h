@@ -21,6 +21,7 @@ struct AllCommands {
     CompareCommand compare;
     BatchCommand batch;
     PlayCommand play;
+    TimelineCommands timeline;
 };
 
 /// The App refers to the commands, which have to live longer.

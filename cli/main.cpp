@@ -8,6 +8,7 @@
 #include "cli/catalogue_json.h"
 #include "cli/catalogue_text.h"
 #include "cli/exit_code.h"
+#include "cli/film_report.h"
 #include "cli/interruption.h"
 #include "cli/messages.h"
 #include "cli/player.h"
@@ -187,6 +188,24 @@ int Run(const CompareCommand& command) {
     if (found.pairs == 0) return exitCode;
     PrintText(command.json ? ComparisonJson(found) : ComparisonText(command.options, found));
     return exitCode == kDone && !found.Same() ? kDifferent : exitCode;
+}
+
+int Run(const FilmCheckCommand& command) {
+    MediaHeaders headers;
+    FilmReport report{command.source.film, {}, {}, {}};
+    report.read = ReadOtioFile(report.path, MakeOtioTerms(command.source, headers));
+    report.check = CheckFilm(report.read.film, headers);
+    report.faults = AllFaults(report.read, report.check, command.source.strict);
+    PrintLines(ReportMessages(report, command.source.strict));
+    if (command.json)
+        PrintText(ReportJson(report));
+    else if (report.Good())
+        PrintText(ReportText(report));
+    return ReportExitCode(report);
+}
+
+int Run(const TimelineCommand& command) {
+    return std::visit([](const auto& chosen) { return Run(chosen); }, command);
 }
 
 } // namespace

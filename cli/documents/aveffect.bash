@@ -115,8 +115,8 @@ _aveffect() {
   if [[ $cur == [\"\']* ]]; then quoted=yes cur=${cur:1}; fi
   for word in "${words[@]:1:${#words[@]}-2}"; do
     if [[ $word != -* ]]; then
-      command=$word
-      break
+      command+=${command:+ }$word
+      if [[ $_aveffect_groups != *" $command "* ]]; then break; fi
     fi
   done
   _aveffect_command "$command" "${words[-2]}"

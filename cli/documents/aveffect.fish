@@ -62,4 +62,15 @@ function __aveffect_setting
   end
 end
 
+# Whether that is the command on the line: __aveffect_at COMMAND, or COMMAND and one of its own
+function __aveffect_at
+  set -l command
+  for word in (commandline -opc)[2..]
+    string match -q -- '-*' $word; and continue
+    set -a command $word
+    string match -q -- "* $command *" $__aveffect_groups; or break
+  end
+  test "$command" = "$argv"
+end
+
 @TABLES@

@@ -53,6 +53,19 @@ _aveffect_setting() {
   esac
 }
 
+# A command that has commands: _aveffect_group COMMAND
+_aveffect_group() {
+  local context state line curcontext=$curcontext
+  _arguments -C '(- *)'{-h,--help}'[Print this help message and exit]' '1:command:->command' '*::argument:->argument'
+  case $state in
+  command)
+    _aveffect_commands $1
+    _aveffect_describe commands ''
+    ;;
+  argument) _aveffect_arguments "$1 $words[1]" ;;
+  esac
+}
+
 _aveffect() {
   local context state line curcontext=$curcontext
   local -a lines state_descr
@@ -61,7 +74,7 @@ _aveffect() {
     '(- *)--version[Display program version information and exit]' '1:command:->command' '*::argument:->argument'
   case $state in
   command)
-    _aveffect_commands
+    _aveffect_commands ''
     _aveffect_describe commands ''
     ;;
   argument) _aveffect_arguments $words[1] ;;

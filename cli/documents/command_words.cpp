@@ -85,14 +85,25 @@ OptionWords WordsOf(const CLI::App& command, const CLI::Option& option) {
     return words;
 }
 
+std::vector<const CLI::App*> CommandsOf(const CLI::App& command) {
+    return command.get_subcommands([](const CLI::App*) { return true; });
+}
+
 CommandWords WordsOf(const CLI::App& command, std::string name) {
     CommandWords words;
     words.name = std::move(name);
     words.help = command.get_description();
     words.footer = command.get_footer();
+    words.hasCommands = !CommandsOf(command).empty();
     for (const CLI::Option* option : command.get_options())
         (option->get_positional() ? words.positionals : words.options).push_back(WordsOf(command, *option));
     return words;
+}
+
+void AddWords(const CLI::App& command, const std::string& name, std::vector<CommandWords>& commands) {
+    commands.push_back(WordsOf(command, name));
+    for (const CLI::App* own : CommandsOf(command))
+        AddWords(*own, name + (name.empty() ? "" : " ") + own->get_name(), commands);
 }
 
 } // namespace
@@ -100,9 +111,8 @@ CommandWords WordsOf(const CLI::App& command, std::string name) {
 std::vector<CommandWords> AllCommandWords() {
     AllCommands filled;
     const std::unique_ptr<CLI::App> app = MakeApp(filled);
-    std::vector<CommandWords> commands = {WordsOf(*app, "")};
-    for (const CLI::App* command : app->get_subcommands([](const CLI::App*) { return true; }))
-        commands.push_back(WordsOf(*command, command->get_name()));
+    std::vector<CommandWords> commands;
+    AddWords(*app, "", commands);
     return commands;
 }
 

@@ -94,11 +94,20 @@ Lines EffectLines(bool video) {
     return lines;
 }
 
-Lines CommandLines(const std::vector<CommandWords>& commands) {
+/// Commands of one command, or of the program.
+Lines CommandLines(const std::vector<CommandWords>& commands, const std::string& group) {
     Lines lines;
     for (const CommandWords& command : commands)
-        if (!command.name.empty()) lines.push_back(Line(command.name, "-", command.help));
+        if (command.IsOf(group)) lines.push_back(Line(command.Word(), "-", command.help));
     return lines;
+}
+
+/// Names of commands that have commands, each between blanks.
+std::string Groups(const std::vector<CommandWords>& commands) {
+    std::string text = " ";
+    for (const CommandWords& command : commands)
+        if (command.hasCommands && !command.name.empty()) text += command.name + " ";
+    return text;
 }
 
 Lines OptionLines(const CommandWords& command) {
@@ -233,11 +242,13 @@ std::string FishOption(const std::string& condition, const OptionWords& option) 
 
 std::string FishCommand(const CommandWords& command) {
     const bool program = command.name.empty();
-    const std::string condition =
-        program ? "__fish_use_subcommand" : "__fish_seen_subcommand_from " + command.name;
+    const std::string condition = program ? "__fish_use_subcommand" : "__aveffect_at " + command.name;
+    const size_t blank = command.name.rfind(' ');
+    const std::string above = blank == std::string::npos ? "__fish_use_subcommand"
+                                                         : "__aveffect_at " + command.name.substr(0, blank);
     std::string text;
     if (!program)
-        text += "complete -c aveffect -n __fish_use_subcommand -f -a " + command.name + " -d " +
+        text += "complete -c aveffect -n " + FishQuoted(above) + " -f -a " + command.Word() + " -d " +
                 FishQuoted(command.help) + "\n";
     for (const OptionWords& option : command.options) text += FishOption(condition, option);
     const bool files =
@@ -254,28 +265,33 @@ std::string FishCommand(const CommandWords& command) {
 } // namespace
 
 std::string BashTables(const std::vector<CommandWords>& commands) {
-    std::string text = std::string("_aveffect_options") + kBash.begin;
+    std::string text =
+        "_aveffect_groups=" + ShellQuoted(Groups(commands)) + "\n_aveffect_options" + kBash.begin;
     for (const CommandWords& command : commands) {
         Lines lines = OptionLines(command);
-        if (command.name.empty())
-            for (const std::string& line : CommandLines(commands)) lines.push_back(line);
+        for (const std::string& line : CommandLines(commands, command.name)) lines.push_back(line);
         text += Case(kBash, {command.name}, lines);
     }
     return text + kBash.end + EffectTables(kBash);
 }
 
 std::string ZshTables(const std::vector<CommandWords>& commands) {
-    std::string text = EffectTables(kBash) + "_aveffect_commands() {\n  lines=(";
-    for (const std::string& line : CommandLines(commands)) text += "\n    " + ShellQuoted(line);
-    text += ")\n}\n_aveffect_arguments() {\n  case $1 in\n";
+    std::string text = EffectTables(kBash) + "_aveffect_commands" + kBash.begin;
+    for (const CommandWords& command : commands)
+        if (command.hasCommands) text += Case(kBash, {command.name}, CommandLines(commands, command.name));
+    text += std::string(kBash.end) + "_aveffect_arguments() {\n  case $1 in\n";
     for (const CommandWords& command : commands)
         if (!command.name.empty())
-            text += "  " + command.name + ")\n    _arguments -s" + ZshArguments(command) + " ;;\n";
+            text += "  " + ShellQuoted(command.name) + ")\n    " +
+                    (command.hasCommands ? "_aveffect_group " + command.name
+                                         : "_arguments -s" + ZshArguments(command)) +
+                    " ;;\n";
     return text + "  esac\n}\n";
 }
 
 std::string FishTables(const std::vector<CommandWords>& commands) {
-    std::string text = EffectTables(kFish);
+    std::string text =
+        "set -g __aveffect_groups " + FishQuoted(Groups(commands)) + "\n" + EffectTables(kFish);
     for (const CommandWords& command : commands) text += FishCommand(command);
     return text;
 }

@@ -1,6 +1,6 @@
 #include "cli/documents/manuals.h"
 
-#include <array>
+#include <algorithm>
 
 namespace aveffect::documents {
 
@@ -22,20 +22,18 @@ std::string Sentence(const std::string& text) { return text.ends_with('.') ? tex
 
 void AddSynopsis(ManPage& page, const CommandWords& command) {
     page.Section("Synopsis");
-    if (command.name.empty()) {
-        page.Paragraph(Bold("aveffect") + " " + Italic("COMMAND") + " [" + Italic("OPTIONS") + "]");
-        return;
-    }
-    std::string text = Bold("aveffect") + " " + Bold(command.name) + " [" + Italic("OPTIONS") + "]";
+    std::string text = Bold("aveffect") + (command.name.empty() ? "" : " " + Bold(command.name));
+    if (command.hasCommands) text += " " + Italic("COMMAND");
+    text += " [" + Italic("OPTIONS") + "]";
     for (const OptionWords& positional : command.positionals)
         text += " " + Italic(positional.names.front()) + (positional.repeats ? "..." : "");
     page.Paragraph(text);
 }
 
-void AddCommands(ManPage& page, const std::vector<CommandWords>& commands) {
+void AddCommands(ManPage& page, const std::vector<CommandWords>& commands, const std::string& group) {
     page.Section("Commands");
     for (const CommandWords& command : commands)
-        if (!command.name.empty()) page.Item(Reference(PageName(command), 1), Plain(Sentence(command.help)));
+        if (command.IsOf(group)) page.Item(Reference(PageName(command), 1), Plain(Sentence(command.help)));
 }
 
 void AddOptions(ManPage& page, const CommandWords& command) {
@@ -123,7 +121,9 @@ void AddSeeAlso(ManPage& page, const std::vector<CommandWords>& commands, const 
 } // namespace
 
 std::string PageName(const CommandWords& command) {
-    return command.name.empty() ? "aveffect" : "aveffect-" + command.name;
+    std::string name = command.name.empty() ? "aveffect" : "aveffect-" + command.name;
+    std::ranges::replace(name, ' ', '-');
+    return name;
 }
 
 ManPage CommandManual(const std::vector<CommandWords>& commands, const CommandWords& command,
@@ -141,8 +141,8 @@ ManPage CommandManual(const std::vector<CommandWords>& commands, const CommandWo
         page.Paragraph(
             Reference(kEffectsPage, 7) + " " +
             Plain("tells of all effects, of their presets and properties, and how they are written."));
-        AddCommands(page, commands);
     }
+    if (command.hasCommands) AddCommands(page, commands, command.name);
     AddOptions(page, command);
     AddFooter(page, command.footer);
     AddSeeAlso(page, commands, command);

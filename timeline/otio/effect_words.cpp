@@ -94,7 +94,7 @@ std::string NearestOf(const std::string& name, const std::vector<std::string_vie
     const std::string guess = DidYouMean({NearestName(name, known)});
     if (!guess.empty()) return "; " + guess;
     std::string list;
-    for (const std::string_view one : known) list += (list.empty() ? "" : ", ") + std::string(one);
+    for (const std::string_view one : known) list.append(list.empty() ? "" : ", ").append(one);
     return "; there are " + list;
 }
 
@@ -127,7 +127,10 @@ public:
 
     /// Absent when anything is wrong.
     std::optional<EffectSpec> Parse(const std::string& name) {
-        if (m_wrong) return {};
+        if (m_wrong) {
+            ParseEach(name);
+            return {};
+        }
         std::string text = name;
         for (const SettingText& setting : m_settings) text += ":" + setting.Text();
         try {
@@ -182,7 +185,7 @@ private:
             Refuse("keyframes of " + name + " are " + Shown(keys) +
                    ", but should be a list of {\"time\": ..., \"value\": ...}");
         std::string text;
-        for (const OtioJson& key : keys) text += (text.empty() ? "" : ";") + KeyText(name, key);
+        for (const OtioJson& key : keys) text.append(text.empty() ? "" : ";").append(KeyText(name, key));
         return text;
     }
 
@@ -194,6 +197,7 @@ private:
         const auto word =
             std::ranges::find_if(kEasings, [&](const EasingWord& one) { return easing == one.name; });
         std::vector<std::string_view> known;
+        known.reserve(kEasings.size());
         for (const EasingWord& one : kEasings) known.emplace_back(one.name);
         if (word == kEasings.end())
             Refuse("a keyframe of " + name + " has no easing \"" + easing + "\"" + NearestOf(easing, known));

@@ -34,6 +34,8 @@ FilmTime ReadTime(const OtioJson& time, const std::string& name) {
 std::string Shown(const OtioJson& value) {
     constexpr size_t kMost = 60;
     if (value.is_null()) return "missing";
+    if (value.is_object() && value.contains("value") && value.contains("rate"))
+        return Shown(value["value"]) + " at a rate of " + Shown(value["rate"]);
     if (value.is_object() && value.size() > 4) return "an object";
     if (value.is_array() && value.size() > 4) return "a list";
     // What is not UTF-8 can't come from a document.

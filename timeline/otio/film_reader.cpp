@@ -91,8 +91,9 @@ struct Node {
     /// With the object's name.
     std::string Place(const char* member = "name") const {
         const OtioJson* const name = Member(json, member);
-        if (!name || !name->is_string() || name->get_ref<const std::string&>().empty()) return path;
-        return path + " " + name->dump();
+        const std::string where = path.empty() ? "timeline" : path;
+        if (!name || !name->is_string() || name->get_ref<const std::string&>().empty()) return where;
+        return where + " " + name->dump();
     }
     Node Child(const OtioJson& child, const char* list, size_t index) const {
         const std::string own = path.empty() ? "" : path + ".";
@@ -158,15 +159,15 @@ private:
         if (!tracks || !IsA(*tracks, "Stack"))
             throw Error(ErrorKind::Usage, "tracks is " + Shown(tracks ? *tracks : OtioJson()) +
                                               ", but should be a Stack object");
-        m_findings.Try(timeline.path, [&] { m_film.film.name = TextOf(timeline.json, "name"); });
+        m_findings.Try(timeline.Place(), [&] { m_film.film.name = TextOf(timeline.json, "name"); });
         ReadTracks(*tracks, timeline.path);
-        m_findings.Try(timeline.path, [&] {
+        m_findings.Try(timeline.Place(), [&] {
             const OtioJson& words = OwnWords(timeline.json);
             m_film.film.wishes =
-                ReadWishes(ObjectOf(words, "output"), timeline.Place("metadata"), m_findings);
+                ReadWishes(ObjectOf(words, "output"), timeline.Place(), m_findings);
             for (const auto& [name, value] : words.items())
                 if (name != "output")
-                    m_findings.Fault(timeline.path, "metadata.aveffect of the film has no member \"" + name +
+                    m_findings.Fault(timeline.Place(), "metadata.aveffect of the film has no member \"" + name +
                                                         "\"; there is output");
         });
     }

@@ -114,7 +114,7 @@ bool LiesIn(const fs::path& path, const fs::path& folder) {
 
 fs::path Resolved(const fs::path& path) {
     std::error_code failed;
-    const fs::path whole = fs::weakly_canonical(fs::absolute(path, failed), failed);
+    fs::path whole = fs::weakly_canonical(fs::absolute(path, failed), failed);
     if (failed) Refuse(path.string() + ": " + failed.message());
     return whole;
 }
@@ -144,7 +144,8 @@ void RequireAllOpenable(const fs::path& prefix, const MediaTerms& terms) {
 /// Such that no part of it reads as a protocol.
 fs::path InFolder(const std::string& path, const MediaTerms& terms) {
     if (path.find('\0') != std::string::npos) Refuse("a file's name has a byte 0 in it");
-    return (terms.folder.empty() ? fs::path(".") : terms.folder) / path;
+    const bool plain = path.find(':') == std::string::npos;
+    return (terms.folder.empty() && !plain ? fs::path(".") : terms.folder) / path;
 }
 
 } // namespace
@@ -161,7 +162,7 @@ std::string MediaPlace(const std::string& named, const MediaTerms& terms) {
         return named;
     }
     if (path.empty() || path.starts_with('?')) Refuse("'" + named + "' names no file");
-    const std::string url = InFolder(path, terms);
+    std::string url = InFolder(path, terms);
     const std::string file = ParseSourceUrl(url).path;
     if (IsNumbered(file))
         RequireAllOpenable(file.substr(0, file.find('%')), terms);

@@ -1,0 +1,57 @@
+#include "cli/timeline_arguments.h"
+
+#include <CLI/CLI.hpp>
+
+#include "cli/exit_code.h"
+#include "host/support/error.h"
+
+namespace aveffect {
+
+namespace {
+
+void AddCheck(CLI::App& timeline, FilmCheckCommand& command) {
+    CLI::App* const check =
+        timeline.add_subcommand("check", "Tell all that is wrong with a film, without rendering it");
+    AddFilmSource(*check, command.source);
+    check->add_flag("--json", command.json, "Tell it as JSON");
+    check->footer(std::string("Media are opened once each, and only what they say in front is read.\n"
+                              "Example:\n  aveffect timeline check film.otio --strict\n\n") +
+                  kExitCodeHelp);
+}
+
+} // namespace
+
+void AddFilmSource(CLI::App& app, FilmSourceArguments& source) {
+    app.add_option("FILM", source.film, "Film to read, an .otio file")->required();
+    app.add_option("--media-root", source.mediaRoot,
+                   "Directory that all media have to lie in, symbolic links followed")
+        ->type_name("DIRECTORY");
+    app.add_flag("--allow-urls", source.allowUrls, "Let the film name devices, pipes and URLs");
+    app.add_flag("--strict", source.strict, "Refuse films with anything in them that is not used");
+}
+
+void AddTimeline(CLI::App& app, TimelineCommands& commands) {
+    CLI::App* const timeline = app.add_subcommand(
+        "timeline", "Work with films of several tracks, in the format that editors exchange");
+    timeline->require_subcommand(1, 1);
+    AddCheck(*timeline, commands.check);
+    timeline->footer(std::string("Example:\n  aveffect timeline check film.otio\n"
+                                 "`aveffect timeline COMMAND --help` tells more.\n\n") +
+                     kExitCodeHelp);
+}
+
+TimelineCommand ChosenTimeline(const CLI::App&, const TimelineCommands& commands) { return commands.check; }
+
+OtioTerms MakeOtioTerms(const FilmSourceArguments& source, MediaHeaders& headers) {
+    OtioTerms terms;
+    terms.media.urls = source.allowUrls;
+    terms.headers = &headers;
+    if (source.mediaRoot.empty()) return terms;
+    if (!std::filesystem::is_directory(source.mediaRoot))
+        throw Error(ErrorKind::Usage,
+                    "--media-root takes a directory that exists, not '" + source.mediaRoot + "'");
+    terms.media.root = source.mediaRoot;
+    return terms;
+}
+
+} // namespace aveffect

@@ -1,0 +1,48 @@
+#pragma once
+/// The command lines of `timeline`.
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "cli/run_arguments.h"
+#include "timeline/otio/film_reader.h"
+
+namespace CLI {
+class App;
+}
+
+namespace aveffect {
+
+/// Which film is read, and on which terms.
+struct FilmSourceArguments {
+    std::string film;
+    std::string mediaRoot;
+    bool allowUrls = false, strict = false;
+};
+
+struct FilmCheckCommand {
+    FilmSourceArguments source;
+    bool json = false;
+};
+
+/// What parsing fills, one for each of its commands.
+struct TimelineCommands {
+    FilmCheckCommand check;
+};
+
+using TimelineCommand = std::variant<FilmCheckCommand>;
+
+/// Add the commands to the program's; what is parsed goes into the command.
+void AddTimeline(CLI::App& app, TimelineCommands& commands);
+
+/// The one that was chosen; app is the program's.
+TimelineCommand ChosenTimeline(const CLI::App& app, const TimelineCommands& commands);
+
+/// For commands that read a film.
+void AddFilmSource(CLI::App& app, FilmSourceArguments& source);
+
+/// The terms of media, without a folder.
+OtioTerms MakeOtioTerms(const FilmSourceArguments& source, MediaHeaders& headers);
+
+} // namespace aveffect
