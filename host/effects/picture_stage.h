@@ -6,7 +6,7 @@
 #include "host/effects/effect_chain.h"
 #include "host/effects/view_pairs.h"
 #include "host/media/media_manager.h"
-#include "host/picture/framing.h"
+#include "host/picture/framer.h"
 #include "host/picture/orientation.h"
 #include "host/picture/picture_intake.h"
 #include "host/picture/transparency.h"

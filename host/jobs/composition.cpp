@@ -8,6 +8,7 @@
 #include "host/output/numbered_output.h"
 #include "host/output/output_file.h"
 #include "host/output/picture_output.h"
+#include "host/picture/framer.h"
 #include "host/picture/light_metadata.h"
 #include "host/support/ordered_workers.h"
 #include "host/support/progress_meter.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/picture/framer.h"
 #include "host/support/error.h"
 
 namespace aveffect {

@@ -11,6 +11,7 @@
 #include "host/media/media_manager.h"
 #include "host/output/output_plan.h"
 #include "host/output/picture_output.h"
+#include "host/picture/framer.h"
 
 namespace aveffect {
 

@@ -5,6 +5,7 @@
 
 #include "host/effects/media_check.h"
 #include "host/media/span.h"
+#include "host/picture/framer.h"
 #include "host/picture/orientation.h"
 #include "host/support/error.h"
 

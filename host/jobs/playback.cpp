@@ -12,6 +12,7 @@
 #include "host/media/right_clip.h"
 #include "host/media/span.h"
 #include "host/media/steady_pictures.h"
+#include "host/picture/framer.h"
 #include "host/sound/clip_sound.h"
 #include "host/support/bounded_queue.h"
 #include "host/support/stages.h"

@@ -9,6 +9,7 @@
 #include "host/jobs/sequence_render.h"
 #include "host/media/media_manager.h"
 #include "host/media/media_reader.h"
+#include "host/picture/framer.h"
 #include "host/picture/light_metadata.h"
 #include "host/support/ordered_workers.h"
 

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "host/media/clip_scan.h"
-#include "host/picture/framing.h"
+#include "host/picture/framer.h"
 #include "host/picture/orientation.h"
 #include "host/picture/picture_intake.h"
 

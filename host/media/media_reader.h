@@ -12,7 +12,7 @@
 #include "host/media/input.h"
 #include "host/media/source_request.h"
 #include "host/picture/fitting.h"
-#include "host/picture/framing.h"
+#include "host/picture/framer.h"
 #include "host/picture/orientation.h"
 #include "host/picture/picture_intake.h"
 #include "mediabridge/audio_frame.h"
