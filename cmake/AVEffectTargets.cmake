@@ -31,8 +31,8 @@ if(AVEFFECT_FUZZ)
 endif()
 
 find_package(PkgConfig REQUIRED)
-pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET
-  libavformat libavcodec libavfilter libswscale libswresample libavutil)
+set(AVEFFECT_FFMPEG libavformat libavcodec libavfilter libswscale libswresample libavutil)
+pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET ${AVEFFECT_FFMPEG})
 
 # Places a program or library of the set that lies side by side: found through a run path of $ORIGIN.
 function(aveffect_side_by_side target)

@@ -30,6 +30,7 @@ adapters/frei0r:    include host/settings host/effects
 adapters/sound:     include kernels
 adapters/ladspa:    include adapters/sound
 adapters/lv2:       include adapters/sound
+examples:           include host/jobs
 tests:              *
 fuzz:               *
 bench:              *

@@ -3,6 +3,7 @@
 // manifest.ttl names the plug-ins and presets, by which hosts find them; aveffect.ttl says all about them.
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "adapters/lv2/lv2_interface.h"
@@ -47,11 +48,15 @@ std::string Number(double value, bool whole) {
     return whole ? std::to_string(static_cast<long long>(value)) : std::to_string(value);
 }
 
-/// A version's minor and micro number, by which hosts choose among bundles; 0.1.0 is 1 and 0.
+/// A version's minor and micro number, by which hosts choose among bundles: 1.2.3 is 102 and 6. To hosts a
+/// minor number of 0 is no release yet, and an odd micro number one under development.
 std::string VersionLines(const std::string& version) {
-    const size_t minor = version.find('.') + 1, micro = version.find('.', minor) + 1;
-    return "    lv2:minorVersion " + version.substr(minor, micro - 1 - minor) + " ;\n    lv2:microVersion " +
-           version.substr(micro) + " ;\n";
+    std::istringstream text(version);
+    unsigned major = 0, minor = 0, patch = 0;
+    char point = 0;
+    if (!(text >> major >> point >> minor >> point >> patch)) throw version + ": not of the form 1.2.3";
+    return "    lv2:minorVersion " + std::to_string(100 * major + minor) + " ;\n    lv2:microVersion " +
+           std::to_string(2 * patch) + " ;\n";
 }
 
 /// What the effect says of itself, and after a blank what surprises people.

@@ -2,14 +2,21 @@
 # Installs into a new directory, builds a host against the package, and runs it and the installed program.
 set -euo pipefail
 build=$1
-consumer=$2
+source=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
-cmake -S "$consumer" -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
-cmake --build "$work/consumer" >/dev/null
-[ "$("$work/consumer/host")" = "255 254 253 9" ] || { echo "the host's pixel came out wrong"; exit 1; }
+cmake -S "$source/examples" -B "$work/examples" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build "$work/examples" >/dev/null
+"$source/tests/packages/examples.sh" "$work/examples"
+# By pkg-config, too; and every header of the host library finds those that it names.
+export PKG_CONFIG_PATH=$work/prefix/lib/pkgconfig
+read -ra flags < <(pkg-config --cflags --libs aveffect libavformat libavcodec)
+g++ -std=c++20 -DPLUGIN_DIR="\"$(pkg-config --variable=plugindir aveffect)\"" "$source/examples/smallest_host.cpp" "${flags[@]}" -o "$work/host"
+[ "$("$work/host")" = "255 254 253 9" ] || { echo "the host that pkg-config helped to build fails"; exit 1; }
+for top in host mediabridge; do (cd "$work/prefix/include/aveffect-host" && find "$top" -name '*.h' -printf '#include "%p"\n'); done >"$work/all.cpp"
+g++ -std=c++20 -fsyntax-only -I"$work/prefix/include/aveffect-host" "$work/all.cpp" "${flags[@]}"
 # Programs that are shown the modules' folder find the effects.
 words=$(FREI0R_PATH=$(echo "$work"/prefix/lib*/frei0r-1 "$work"/prefix/lib/*/frei0r-1 | tr ' ' :) \
   ffmpeg -v error -f lavfi -i testsrc=s=64x48 -frames:v 1 -vf frei0r=aveffect_invert -f null - 2>&1)

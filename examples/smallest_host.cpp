@@ -9,7 +9,7 @@
 #include "aveffect/plugin.h"
 
 int main() {
-    void* library = dlopen(PLUGIN, RTLD_NOW);
+    void* library = dlopen(PLUGIN_DIR "/libAVEffect.so", RTLD_NOW);
     if (!library) return std::fprintf(stderr, "%s\n", dlerror()), 1;
     const auto create = reinterpret_cast<decltype(&CreateVideoProc)>(dlsym(library, "CreateVideoProc"));
 
