@@ -1,22 +1,16 @@
 #include "cli/film_report.h"
 
 #include <algorithm>
-#include <array>
-#include <cinttypes>
-#include <cstdio>
 
 #include <nlohmann/json.hpp>
 
 #include "cli/exit_code.h"
 #include "cli/messages.h"
+#include "timeline/jobs/film_words.h"
 
 namespace aveffect {
 
 namespace {
-
-std::string Counted(size_t count, const char* one) {
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
-}
 
 nlohmann::ordered_json FaultJson(const FilmFault& fault) {
     return {{"place", fault.place},
@@ -32,19 +26,6 @@ int ReportExitCode(const FilmReport& report) {
                                [](const FilmFault& fault) { return fault.kind == ErrorKind::Usage; })
                ? kUsage
                : kInput;
-}
-
-std::string ClockText(const FilmTime& time) {
-    constexpr int64_t kMs = 1000, kMinute = 60 * kMs, kHour = 60 * kMinute;
-    const int64_t total = time.Milliseconds(), size = total < 0 ? -total : total;
-    std::array<char, 64> text{};
-    if (size >= kHour)
-        std::snprintf(text.data(), text.size(), "%" PRId64 ":%02" PRId64 ":%02" PRId64 ".%03" PRId64,
-                      size / kHour, size % kHour / kMinute, size % kMinute / kMs, size % kMs);
-    else
-        std::snprintf(text.data(), text.size(), "%" PRId64 ":%02" PRId64 ".%03" PRId64, size / kMinute,
-                      size % kMinute / kMs, size % kMs);
-    return (total < 0 ? "-" : "") + std::string(text.data());
 }
 
 std::string ReportMessages(const FilmReport& report, bool strict) {
@@ -63,9 +44,7 @@ std::string ReportMessages(const FilmReport& report, bool strict) {
 }
 
 std::string ReportText(const FilmReport& report) {
-    const FilmItem& stack = report.read.film.stack;
-    return OneLine(report.path) + ": nothing is wrong; " + Counted(stack.children.size(), "track") + ", " +
-           Counted(ClipsOf(stack).size(), "clip") + ", " + ClockText(stack.duration) + "\n";
+    return OneLine(report.path + ": nothing is wrong; " + SummaryText(report.read.film)) + "\n";
 }
 
 std::string ReportJson(const FilmReport& report) {

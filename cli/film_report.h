@@ -19,14 +19,12 @@ struct FilmReport {
 /// Exit code: the film's own faults count before those of media.
 int ReportExitCode(const FilmReport& report);
 
-/// For standard error: faults, warnings unless strict made them faults, and the first remarks, a line for each.
+/// For standard error: faults, warnings unless strict made them faults, and the first remarks, a line for
+/// each.
 std::string ReportMessages(const FilmReport& report, bool strict);
 
-/// For standard output when nothing is wrong: "film.otio: nothing is wrong: 2 tracks, 14 clips, 0:42.5".
+/// For standard output when nothing is wrong: "film.otio: nothing is wrong; 2 tracks, 14 clips, 0:42.500".
 std::string ReportText(const FilmReport& report);
 std::string ReportJson(const FilmReport& report);
-
-/// Minutes and seconds, to milliseconds: "1:02.5"; hours where there are any.
-std::string ClockText(const FilmTime& time);
 
 } // namespace aveffect

@@ -14,6 +14,8 @@
 #include "cli/player.h"
 #include "cli/progress.h"
 #include "host/settings/catalogue_lookup.h"
+#include "timeline/jobs/film_page.h"
+#include "timeline/jobs/film_words.h"
 
 namespace aveffect {
 
@@ -202,6 +204,22 @@ int Run(const FilmCheckCommand& command) {
     else if (report.Good())
         PrintText(ReportText(report));
     return ReportExitCode(report);
+}
+
+int Run(const FilmShowCommand& command) {
+    return RunMedia(
+        command.run, ProgressStyle::None, command.html, [&command](const RenderObserver& observer) {
+            MediaHeaders headers;
+            const ReadFilm read = ReadOtioFile(command.source.film, MakeOtioTerms(command.source, headers));
+            RequireFaultless(AllFaults(read, {}, command.source.strict));
+            for (const std::string& unknown : read.unknown) observer.warning("not used: " + unknown);
+            if (command.html.empty())
+                PrintText(FilmText(read.film));
+            else
+                WriteFilmPage(Plugin(), read.film, {command.source.film, command.html, command.run.overwrite},
+                              Interrupted());
+            return RenderResult{};
+        });
 }
 
 int Run(const TimelineCommand& command) {

@@ -19,6 +19,18 @@ void AddCheck(CLI::App& timeline, FilmCheckCommand& command) {
                   kExitCodeHelp);
 }
 
+void AddShow(CLI::App& timeline, FilmShowCommand& command) {
+    CLI::App* const show = timeline.add_subcommand(
+        "show", "Show a film's tracks, items, effects and transitions with their times");
+    AddFilmSource(*show, command.source);
+    show->add_option("--html", command.html, "Page to write instead, with a small picture of each clip")
+        ->type_name("FILE");
+    AddRunOptions(*show, command.run);
+    show->footer(std::string("Example:\n  aveffect timeline show film.otio\n"
+                             "  aveffect timeline show film.otio --html film.html\n\n") +
+                 kExitCodeHelp);
+}
+
 } // namespace
 
 void AddFilmSource(CLI::App& app, FilmSourceArguments& source) {
@@ -35,12 +47,17 @@ void AddTimeline(CLI::App& app, TimelineCommands& commands) {
         "timeline", "Work with films of several tracks, in the format that editors exchange");
     timeline->require_subcommand(1, 1);
     AddCheck(*timeline, commands.check);
+    AddShow(*timeline, commands.show);
     timeline->footer(std::string("Example:\n  aveffect timeline check film.otio\n"
                                  "`aveffect timeline COMMAND --help` tells more.\n\n") +
                      kExitCodeHelp);
 }
 
-TimelineCommand ChosenTimeline(const CLI::App&, const TimelineCommands& commands) { return commands.check; }
+TimelineCommand ChosenTimeline(const CLI::App& app, const TimelineCommands& commands) {
+    const CLI::App& timeline = *app.get_subcommand("timeline");
+    if (timeline.got_subcommand("check")) return commands.check;
+    return commands.show;
+}
 
 OtioTerms MakeOtioTerms(const FilmSourceArguments& source, MediaHeaders& headers) {
     OtioTerms terms;

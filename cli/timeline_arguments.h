@@ -26,12 +26,19 @@ struct FilmCheckCommand {
     bool json = false;
 };
 
+struct FilmShowCommand {
+    FilmSourceArguments source;
+    std::string html; ///< page to write; empty: as text
+    RunArguments run;
+};
+
 /// What parsing fills, one for each of its commands.
 struct TimelineCommands {
     FilmCheckCommand check;
+    FilmShowCommand show;
 };
 
-using TimelineCommand = std::variant<FilmCheckCommand>;
+using TimelineCommand = std::variant<FilmCheckCommand, FilmShowCommand>;
 
 /// Add the commands to the program's; what is parsed goes into the command.
 void AddTimeline(CLI::App& app, TimelineCommands& commands);

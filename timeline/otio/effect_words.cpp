@@ -102,7 +102,8 @@ void RefuseOthers(const OtioJson& object, const std::string& where,
                   const std::vector<std::string_view>& known, const std::string& place, Findings& findings) {
     for (const auto& [name, value] : object.items())
         if (std::ranges::find(known, name) == known.end())
-            findings.Fault(place, where + " has no member \"" + name + "\"" + NearestOf(name, known));
+            findings.Fault(place,
+                           (where + " has no member \"").append(name).append("\"") + NearestOf(name, known));
 }
 
 /// Turns metadata into texts of the command line, whose parser checks them.
@@ -203,7 +204,7 @@ private:
             Refuse("a keyframe of " + name + " has no easing \"" + easing + "\"" + NearestOf(easing, known));
         for (const auto& [member, unused] : key.items())
             if (member != "time" && member != "value" && member != "easing")
-                Refuse("a keyframe of " + name + " has no member \"" + member +
+                Refuse(("a keyframe of " + name + " has no member \"").append(member) +
                        "\"; there are time, value, easing");
         const std::string shown = ValueText(name, *value, FormOf(name), m_terms);
         if (shown.find_first_of(";=") != std::string::npos)

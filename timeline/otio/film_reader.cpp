@@ -91,7 +91,7 @@ struct Node {
     /// With the object's name.
     std::string Place(const char* member = "name") const {
         const OtioJson* const name = Member(json, member);
-        const std::string where = path.empty() ? "timeline" : path;
+        std::string where = path.empty() ? "timeline" : path;
         if (!name || !name->is_string() || name->get_ref<const std::string&>().empty()) return where;
         return where + " " + name->dump();
     }
@@ -163,12 +163,11 @@ private:
         ReadTracks(*tracks, timeline.path);
         m_findings.Try(timeline.Place(), [&] {
             const OtioJson& words = OwnWords(timeline.json);
-            m_film.film.wishes =
-                ReadWishes(ObjectOf(words, "output"), timeline.Place(), m_findings);
+            m_film.film.wishes = ReadWishes(ObjectOf(words, "output"), timeline.Place(), m_findings);
             for (const auto& [name, value] : words.items())
                 if (name != "output")
-                    m_findings.Fault(timeline.Place(), "metadata.aveffect of the film has no member \"" + name +
-                                                        "\"; there is output");
+                    m_findings.Fault(timeline.Place(), "metadata.aveffect of the film has no member \"" +
+                                                           name + "\"; there is output");
         });
     }
 
