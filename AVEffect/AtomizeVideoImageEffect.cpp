@@ -64,19 +64,20 @@ size_t ColumnInMemory(size_t x, size_t y, size_t width, size_t rows) {
 
 } // namespace
 
-void CAtomizeVideoImageEffect::MapPlane(PlaneMap& map, size_t width, size_t rows, size_t pitch) const {
-    map.Begin(pitch, width * rows);
-    Source source{};
+void CAtomizeVideoImageEffect::MapPlane(ScatterMap& map, size_t width, size_t rows, size_t pitch) const {
+    map.Begin(width, rows, pitch);
     for (size_t y = 0; y < rows; ++y)
-        for (size_t x = 0; x < width; ++x)
-            if (SourceOf(x, y, width, rows, source))
-                map.AddSource(x, y, ColumnInMemory(source.x, source.y, width, rows), source.y);
+        for (size_t x = 0; x < width; ++x) {
+            Source source{};
+            if (!SourceOf(x, y, width, rows, source)) source = {x, y};
+            map.Set(x, y, ColumnInMemory(source.x, source.y, width, rows), source.y);
+        }
 }
 
 // Chroma is moved with each luma sample, and so up to four or sixteen times within its row; what counts is
 // where it came from in the end. Below its row everything is still as it was.
-void CAtomizeVideoImageEffect::MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& plane) const {
-    map.Begin(plane.pitch, plane.width * plane.rows);
+void CAtomizeVideoImageEffect::MapChroma(ScatterMap& map, const PlanarView& view, const Plane8& plane) const {
+    map.Begin(plane.width, plane.rows, plane.pitch);
     if (plane.Empty()) return;
     const size_t width = view.y.width, rows = view.y.rows;
     const unsigned h = view.horizontalShift, v = view.verticalShift;
@@ -91,7 +92,7 @@ void CAtomizeVideoImageEffect::MapChroma(PlaneMap& map, const PlanarView& view, 
                 const size_t fromX = ColumnInMemory(source.x >> h, fromY, plane.width, plane.rows);
                 row[x >> h] = fromY == cy && fromX < plane.width ? row[fromX] : Source{fromX, fromY};
             }
-        for (size_t cx = 0; cx < plane.width; ++cx) map.AddSource(cx, cy, row[cx].x, row[cx].y);
+        for (size_t cx = 0; cx < plane.width; ++cx) map.Set(cx, cy, row[cx].x, row[cx].y);
     }
 }
 
@@ -108,7 +109,7 @@ void CAtomizeVideoImageEffect::Scatter(Plane32 plane) {
         MapPlane(m_Pixels, plane.width, plane.rows, plane.pitch);
         m_Mapped = geometry;
     }
-    m_Pixels.Apply(m_Kernels, plane.Bytes(), plane.data, 0);
+    m_Pixels.Apply(m_Kernels, plane.Bytes());
 }
 
 void CAtomizeVideoImageEffect::Scatter(const PlanarView& view) {
@@ -120,9 +121,9 @@ void CAtomizeVideoImageEffect::Scatter(const PlanarView& view) {
         if (!oneChroma) MapChroma(m_V, view, view.v);
         m_Mapped = geometry;
     }
-    m_Luma.Apply(m_Kernels, view.y, view.y.data, 0);
-    m_U.Apply(m_Kernels, view.u, view.u.data, 0);
-    (oneChroma ? m_U : m_V).Apply(m_Kernels, view.v, view.v.data, 0);
+    m_Luma.Apply(m_Kernels, view.y);
+    m_U.Apply(m_Kernels, view.u);
+    (oneChroma ? m_U : m_V).Apply(m_Kernels, view.v);
 }
 
 void CAtomizeVideoImageEffect::DrawAndScatter(Plane32 plane) {

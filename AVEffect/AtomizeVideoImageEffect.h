@@ -4,7 +4,7 @@
 
 #include "AVEffect/CBasedVideoEffect.h"
 #include "AVEffect/support/frame_planes.h"
-#include "AVEffect/support/plane_map.h"
+#include "AVEffect/support/scatter_map.h"
 
 namespace AVBased {
 
@@ -41,8 +41,8 @@ private:
     /// Where sample (x, y) of a picture of that size comes from; false where nothing was drawn for it or the
     /// source lies outside.
     bool SourceOf(size_t x, size_t y, size_t width, size_t rows, Source& source) const;
-    void MapPlane(PlaneMap& map, size_t width, size_t rows, size_t pitch) const;
-    void MapChroma(PlaneMap& map, const PlanarView& view, const Plane8& plane) const;
+    void MapPlane(ScatterMap& map, size_t width, size_t rows, size_t pitch) const;
+    void MapChroma(ScatterMap& map, const PlanarView& view, const Plane8& plane) const;
 
     unsigned m_nIsVertical;
     unsigned m_nIsHorizontal;
@@ -52,7 +52,7 @@ private:
     size_t m_nWidth = 0, m_nRows = 0;  // of that picture
     unsigned m_nTableReady = 0;
     Geometry m_Mapped;
-    PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1}; // one for both chroma planes where they are alike
+    ScatterMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1}; // one for both chroma planes where they are alike
 };
 
 } // namespace AVBased

@@ -19,45 +19,37 @@ int32_t LowBits(double scale) { return static_cast<int32_t>(std::bit_cast<uint64
 
 CCircleMapEffect::CCircleMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater)
     : CStoredMapEffect(effect, outside, writesRimLater) {
-    StartFrom(effect.properties[0].name, &m_nRadius);
-    StartFrom(effect.properties[1].name, &m_nX);
-    StartFrom(effect.properties[2].name, &m_nY);
-    StartFrom(effect.properties[3].name, &m_dScale);
+    StartFrom(effect.properties[0].name, &m_Set.radius);
+    StartFrom(effect.properties[1].name, &m_Set.x);
+    StartFrom(effect.properties[2].name, &m_Set.y);
+    StartFrom(effect.properties[3].name, &m_Set.scale);
 }
 
 bool CCircleMapEffect::BuildMap(size_t width, size_t height) {
-    if (m_nRadius < 0 || m_nX < 0 || m_nY < 0) return false;
-    const auto x = static_cast<size_t>(m_nX), y = static_cast<size_t>(m_nY);
-    const auto r = static_cast<size_t>(m_nRadius);
+    if (m_Set.radius < 0 || m_Set.x < 0 || m_Set.y < 0) return false;
+    const auto x = static_cast<size_t>(m_Set.x), y = static_cast<size_t>(m_Set.y);
+    const auto r = static_cast<size_t>(m_Set.radius);
     if (x > width || y > height) return false;
     const Rectangle rectangle = {x - std::min(x, r), std::min(x + r, width), y - std::min(y, r),
                                  std::min(y + r, height)};
-    if (rectangle.yEnd <= rectangle.yBegin || rectangle.xEnd <= rectangle.xBegin) return false;
+    if (rectangle.Empty()) return false;
     BeginMap(rectangle);
-    m_nFirstRow = rectangle.yBegin;
-    m_nColumns = rectangle.xEnd - rectangle.xBegin;
-    const size_t places = m_nColumns * (rectangle.yEnd - rectangle.yBegin);
-    m_pColumns = reinterpret_cast<uint32_t*>(m_Memory.Require(2 * places * sizeof(uint32_t)));
-    m_pRows = m_pColumns + places;
+    m_Map = m_Set;
+    m_nFirstColumn = static_cast<int64_t>(rectangle.xBegin);
     const auto farthest = [](int64_t centre, size_t begin, size_t end) {
         return std::max(centre - static_cast<int64_t>(begin), static_cast<int64_t>(end) - 1 - centre);
     };
-    Prepare(
-        {farthest(m_nX, rectangle.xBegin, rectangle.xEnd), farthest(m_nY, rectangle.yBegin, rectangle.yEnd)});
-    // All at once: properties may change while the map stays, and frames of other sizes ask for it.
-    for (size_t row = rectangle.yBegin, first = 0; row < rectangle.yEnd; ++row, first += m_nColumns)
-        FindRow(static_cast<int64_t>(rectangle.xBegin) - m_nX, static_cast<int64_t>(row) - m_nY, m_nColumns,
-                m_pColumns + first, m_pRows + first);
+    Prepare({farthest(m_Map.x, rectangle.xBegin, rectangle.xEnd),
+             farthest(m_Map.y, rectangle.yBegin, rectangle.yEnd)});
     return true;
 }
 
 kernels::RowAround CCircleMapEffect::RowOf(int64_t dx, int64_t dy, size_t count) const {
-    return {m_nX, m_nY, static_cast<int32_t>(dx), static_cast<int32_t>(dy), count};
+    return {m_Map.x, m_Map.y, static_cast<int32_t>(dx), static_cast<int32_t>(dy), count};
 }
 
-SamplePlaces CCircleMapEffect::SourcesOf(size_t y) {
-    const size_t first = (y - m_nFirstRow) * m_nColumns;
-    return {m_pColumns + first, m_pRows + first};
+void CCircleMapEffect::FindSources(size_t y, size_t count, const SamplePlaces& places) {
+    FindRow(m_nFirstColumn - m_Map.x, static_cast<int64_t>(y) - m_Map.y, count, places.columns, places.rows);
 }
 
 // Spherize
@@ -78,19 +70,19 @@ void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyN
         if (member != node.value.int32) m_nMapValid = 0;
         member = node.value.int32;
     };
-    if (name == "spherize_r") store(m_nRadius);
-    if (name == "spherize_x") store(m_nX);
-    if (name == "spherize_y") store(m_nY);
+    if (name == "spherize_r") store(m_Set.radius);
+    if (name == "spherize_x") store(m_Set.x);
+    if (name == "spherize_y") store(m_Set.y);
     if (name == "spherize_scale") {
         // The low bits of the number, not the number: from 0 to 2 the map stays.
-        if (m_dScale != LowBits(node.value.number)) m_nMapValid = 0;
-        m_dScale = node.value.number;
+        if (m_Set.scale != LowBits(node.value.number)) m_nMapValid = 0;
+        m_Set.scale = node.value.number;
     }
 }
 
 int32_t CSpherizeVideoImageEffect::FactorOf(uint32_t squares) const {
-    const double share = std::sqrt(static_cast<double>(squares)) / m_nRadius;
-    return Truncate(std::pow(share, m_dScale) * kWhole);
+    const double share = std::sqrt(static_cast<double>(squares)) / m_Map.radius;
+    return Truncate(std::pow(share, m_Map.scale) * kWhole);
 }
 
 // Powers are costly, and few: they are cut to 256ths.
@@ -102,9 +94,9 @@ void CSpherizeVideoImageEffect::Prepare(const Reach& reach) {
     // their squares fit into 32 bits.
     constexpr double kApart = 1e-13;
     constexpr int64_t kMost = 32767;
-    if (m_nRadius <= 0 || std::max({int64_t{m_nRadius}, reach.columns, reach.rows}) > kMost) return;
-    const uint32_t rim = Squares(m_nRadius, 0);
-    if (!(m_dScale / rim > kApart) || !std::isfinite(m_dScale)) return;
+    if (m_Map.radius <= 0 || std::max({int64_t{m_Map.radius}, reach.columns, reach.rows}) > kMost) return;
+    const uint32_t rim = Squares(m_Map.radius, 0);
+    if (!(m_Map.scale / rim > kApart) || !std::isfinite(m_Map.scale)) return;
     uint32_t square = 0;
     for (int32_t factor = 1; factor <= kWhole; ++factor) {
         uint32_t end = rim + 1; // the first of which it is known
@@ -124,7 +116,7 @@ void CSpherizeVideoImageEffect::FindFactors(int64_t dy) {
     for (size_t dx = 0; dx < m_nFactors; ++dx) {
         const uint32_t squares = Squares(static_cast<int64_t>(dx), dy);
         m_Factors[dx] = kWhole;
-        if (squares > Squares(m_nRadius, 0)) continue;
+        if (squares > Squares(m_Map.radius, 0)) continue;
         if (m_Steps.empty()) {
             m_Factors[dx] = FactorOf(squares);
             continue;
@@ -143,8 +135,8 @@ void CSpherizeVideoImageEffect::FindRow(int64_t dx, int64_t dy, size_t count, ui
     }
     for (size_t i = 0; i < count; ++i, ++dx) {
         const int64_t factor = m_Factors[static_cast<size_t>(std::abs(dx))];
-        columns[i] = static_cast<uint32_t>(Narrow(((dx * factor) >> 8) + m_nX));
-        rows[i] = static_cast<uint32_t>(Narrow(((dy * factor) >> 8) + m_nY));
+        columns[i] = static_cast<uint32_t>(Narrow(((dx * factor) >> 8) + m_Map.x));
+        rows[i] = static_cast<uint32_t>(Narrow(((dy * factor) >> 8) + m_Map.y));
     }
 }
 
@@ -157,22 +149,22 @@ void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
     CBasedVideoEffect::OnSetProperty(name, node);
     // Every new value is held against the radius, and a scale by its low bits.
     const auto test = [this](int value) {
-        if (value != m_nRadius) m_nMapValid = 0;
+        if (value != m_Set.radius) m_nMapValid = 0;
         return value;
     };
-    if (name == "rotate_r") m_nRadius = test(node.value.int32);
-    if (name == "rotate_x") m_nX = test(node.value.int32);
-    if (name == "rotate_y") m_nY = test(node.value.int32);
+    if (name == "rotate_r") m_Set.radius = test(node.value.int32);
+    if (name == "rotate_x") m_Set.x = test(node.value.int32);
+    if (name == "rotate_y") m_Set.y = test(node.value.int32);
     if (name == "rotate_scale") {
         test(LowBits(node.value.number));
-        m_dScale = node.value.number;
+        m_Set.scale = node.value.number;
     }
 }
 
 float CRotateVideoImageEffect::AngleOf(int64_t dx, int64_t dy) const {
-    const auto radius = static_cast<float>(m_nRadius);
+    const auto radius = static_cast<float>(m_Map.radius);
     const float nx = static_cast<float>(dx) / radius, ny = static_cast<float>(dy) / radius;
-    const double depth = (radius - std::sqrt(static_cast<float>(dx * dx + dy * dy))) * m_dScale;
+    const double depth = (radius - std::sqrt(static_cast<float>(dx * dx + dy * dy))) * m_Map.scale;
     const double direction = std::sqrt(nx * nx + ny * ny) - 0.7;
     return static_cast<float>(2 * (depth / radius * direction));
 }
@@ -206,7 +198,7 @@ void CRotateVideoImageEffect::Prepare(const Reach& reach) {
 void CRotateVideoImageEffect::FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns,
                                       uint32_t* rows) {
     const size_t turns = static_cast<size_t>(std::abs(dy)) * m_nTurnsAcross;
-    Kernels<kernels::LensKernels>().turnedRow(RowOf(dx, dy, count), static_cast<float>(m_nRadius),
+    Kernels<kernels::LensKernels>().turnedRow(RowOf(dx, dy, count), static_cast<float>(m_Map.radius),
                                               &m_Sines[turns], &m_Cosines[turns], columns, rows);
 }
 

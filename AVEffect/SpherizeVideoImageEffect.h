@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "AVEffect/StoredMapEffect.h"
-#include "AVEffect/support/scratch.h"
 #include "kernels/lens.h"
 
 namespace AVBased {
@@ -47,16 +46,18 @@ protected:
     }
     static int32_t Narrow(int64_t x) { return Truncate(static_cast<double>(x)); }
 
-    int m_nRadius;
-    int m_nX, m_nY; // the centre
-    double m_dScale;
+    struct Circle {
+        int radius;
+        int x, y; // the centre
+        double scale;
+    };
+    Circle m_Set;      // by the properties
+    Circle m_Map = {}; // what the map was made of: properties may change while it stays
 
 private:
-    SamplePlaces SourcesOf(size_t y) override;
+    void FindSources(size_t y, size_t count, const SamplePlaces& places) override;
 
-    size_t m_nFirstRow = 0, m_nColumns = 0; // of the map
-    Scratch m_Memory;
-    uint32_t *m_pColumns = nullptr, *m_pRows = nullptr; // that its pixels come from, in row order
+    int64_t m_nFirstColumn = 0; // of the map
 };
 
 /// Pulls the pixels of a circle in or out along their rays.
@@ -89,11 +90,11 @@ private:
     void Prepare(const Reach& reach) override;
     void FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns, uint32_t* rows) override;
     bool WrittenAtOnce(size_t x, size_t y) const override {
-        return Inside(static_cast<int64_t>(x) - m_nX, static_cast<int64_t>(y) - m_nY);
+        return Inside(static_cast<int64_t>(x) - m_Map.x, static_cast<int64_t>(y) - m_Map.y);
     }
     bool Inside(int64_t dx, int64_t dy) const {
         const auto squares = static_cast<float>(dx * dx + dy * dy);
-        return static_cast<float>(m_nRadius) > std::sqrt(squares);
+        return static_cast<float>(m_Map.radius) > std::sqrt(squares);
     }
 
     float AngleOf(int64_t dx, int64_t dy) const;

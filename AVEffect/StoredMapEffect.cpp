@@ -27,28 +27,21 @@ void CStoredMapEffect::BeginMap(const Rectangle& rectangle) {
     m_Rectangle = rectangle;
 }
 
-CStoredMapEffect::Rectangle CStoredMapEffect::Within(size_t width, size_t height) const {
+Rectangle CStoredMapEffect::Within(size_t width, size_t height) const {
     const size_t xEnd = std::min(m_Rectangle.xEnd, width), yEnd = std::min(m_Rectangle.yEnd, height);
     return {std::min(m_Rectangle.xBegin, xEnd), xEnd, std::min(m_Rectangle.yBegin, yEnd), yEnd};
 }
 
-// Visits each row when it was added.
-template <class Visit>
-void CStoredMapEffect::MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills,
-                                const Visit& visit) {
-    const Rectangle part = Within(width, height);
-    const size_t columns = part.xEnd - part.xBegin;
-    map.Begin(pitch, columns * (part.yEnd - part.yBegin));
-    for (size_t y = part.yBegin; y < part.yEnd; ++y) {
-        map.AddRow(m_Kernels, part.xBegin, y, SourcesOf(y), columns, width, height, fills);
-        visit(y);
-    }
+// Of row y, written by the map's effect.
+void CStoredMapEffect::AddSources(PlaneMap& map, const Rectangle& part, size_t y) {
+    FindSources(y, part.Columns(), map.Row(y));
+    map.EndRow(m_Kernels, y);
 }
 
 // A chroma sample is written with each of its luma samples, so the last one that is written decides. Those
 // that none writes come from themselves.
 void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const PlanarView& view,
-                                  const Plane8& copy, bool atOnce) {
+                                  const Plane8& copy, const SamplePlaces& chroma, bool atOnce) {
     const unsigned h = view.horizontalShift, v = view.verticalShift;
     const size_t xEnd = std::min(m_Rectangle.xEnd, view.y.width),
                  yEnd = std::min(m_Rectangle.yEnd, view.y.rows);
@@ -60,30 +53,29 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
             const uint32_t sx = luma.columns[x - m_Rectangle.xBegin], sy = luma.rows[x - m_Rectangle.xBegin];
             const bool outside = sx >= view.y.width || sy >= view.y.rows;
             if (outside && m_Outside == Outside::Kept) continue;
-            m_ChromaColumns[i] =
-                outside ? kOutside : std::min(sx >> h, static_cast<uint32_t>(copy.width - 1));
-            m_ChromaRows[i] = std::min(sy >> v, static_cast<uint32_t>(copy.rows - 1));
+            chroma.columns[i] = outside ? kOutside : std::min(sx >> h, static_cast<uint32_t>(copy.width - 1));
+            chroma.rows[i] = std::min(sy >> v, static_cast<uint32_t>(copy.rows - 1));
             return true;
         }
         return false;
     };
     for (size_t i = 0; i < count; ++i) {
-        m_ChromaColumns[i] = static_cast<uint32_t>(first + i);
-        m_ChromaRows[i] = static_cast<uint32_t>(chromaRow);
+        chroma.columns[i] = static_cast<uint32_t>(first + i);
+        chroma.rows[i] = static_cast<uint32_t>(chromaRow);
     }
     std::fill(m_ChromaFound.begin(), m_ChromaFound.end(), char{0});
     size_t missing = count;
     const size_t top = std::max(chromaRow << v, m_Rectangle.yBegin);
     const bool plain = h == 1 && m_Rectangle.xBegin % 2 == 0 && !atOnce;
     for (size_t y = std::min((chromaRow + 1) << v, yEnd); y-- > top && missing > 0;) {
-        const SamplePlaces luma = SourcesOf(y);
+        const SamplePlaces luma = m_Luma.Row(y);
         if (plain && missing == count) {
             const kernels::ChromaLimits limits = {
                 static_cast<uint32_t>(view.y.width), static_cast<uint32_t>(view.y.rows),
                 static_cast<uint32_t>(copy.width - 1), static_cast<uint32_t>(copy.rows - 1), v};
             const size_t found =
                 m_Kernels.findChroma(luma.columns, luma.rows, std::min(2 * count, xEnd - m_Rectangle.xBegin),
-                                     limits, m_ChromaColumns.data(), m_ChromaRows.data());
+                                     limits, chroma.columns, chroma.rows);
             std::fill_n(m_ChromaFound.begin(), found, char{1});
             missing -= found;
         }
@@ -95,45 +87,49 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
     }
 }
 
-CStoredMapEffect::Rectangle CStoredMapEffect::ChromaPart(const PlanarView& view, const Plane8& copy) const {
+Rectangle CStoredMapEffect::ChromaPart(const PlanarView& view, const Plane8& copy) const {
     const unsigned h = view.horizontalShift, v = view.verticalShift;
     const Rectangle part = Within(view.y.width, view.y.rows);
-    if (part.xBegin >= part.xEnd || part.yBegin >= part.yEnd) return {};
+    if (part.Empty()) return {};
     const size_t right = std::min(((part.xEnd - 1) >> h) + 1, copy.width),
                  bottom = std::min(((part.yEnd - 1) >> v) + 1, copy.rows);
     return {std::min(part.xBegin >> h, right), right, std::min(part.yBegin >> v, bottom), bottom};
 }
 
 void CStoredMapEffect::BeginChroma(PlaneMap& map, const Rectangle& part, const Plane8& copy) {
-    const size_t columns = part.xEnd - part.xBegin;
-    map.Begin(copy.pitch, columns * (part.yEnd - part.yBegin));
-    if (columns <= m_ChromaFound.size()) return; // the last that grows: memory may be short in between
-    m_ChromaColumns.resize(columns);
-    m_ChromaRows.resize(columns);
-    m_ChromaFound.resize(columns);
+    map.Begin(part, copy.width, copy.rows, copy.pitch, true);
+    if (!part.Empty() && part.Columns() > m_ChromaFound.size()) m_ChromaFound.resize(part.Columns());
 }
 
 void CStoredMapEffect::AddChromaRow(PlaneMap& map, size_t y, const Rectangle& part, const PlanarView& view,
                                     const Plane8& copy, bool atOnce) {
     if (y < part.yBegin || y >= part.yEnd || part.xBegin >= part.xEnd) return;
-    FindChroma(y, part, view, copy, atOnce);
-    map.AddRow(m_Kernels, part.xBegin, y, {m_ChromaColumns.data(), m_ChromaRows.data()},
-               part.xEnd - part.xBegin, copy.width, copy.rows, true);
+    FindChroma(y, part, view, copy, map.Row(y), atOnce);
+    map.EndRow(m_Kernels, y);
 }
 
-// A row of chroma follows the last luma row that it belongs to: its places are at hand then.
+void CStoredMapEffect::MapPixels(size_t width, size_t height, size_t pitch) {
+    const Rectangle part = Within(width, height);
+    m_Pixels.Begin(part, width, height, pitch, m_Outside == Outside::White);
+    for (size_t y = part.yBegin; y < part.yEnd && part.xBegin < part.xEnd; ++y) AddSources(m_Pixels, part, y);
+}
+
+// A row of chroma follows the last luma row that it belongs to: its places are at hand then, for bands of
+// luma hold whole rows of chroma.
 void CStoredMapEffect::MapPlanes(const PlanarView& view, const PlanarView& copy, bool atOnce) {
+    const Rectangle luma = Within(view.y.width, view.y.rows);
     const Rectangle part = ChromaPart(view, copy.u), other = ChromaPart(view, copy.v);
     const bool oneChroma = SameShape(copy.u, copy.v);
-    const size_t rows = Within(view.y.width, view.y.rows).yEnd;
     BeginChroma(m_U, part, copy.u);
     if (!oneChroma) BeginChroma(m_V, other, copy.v);
-    MapPlane(m_Luma, view.y.width, view.y.rows, copy.y.pitch, m_Outside != Outside::Kept, [&](size_t y) {
+    m_Luma.Begin(luma, view.y.width, view.y.rows, copy.y.pitch, m_Outside != Outside::Kept);
+    for (size_t y = luma.yBegin; y < luma.yEnd && luma.xBegin < luma.xEnd; ++y) {
+        AddSources(m_Luma, luma, y);
         const size_t row = y >> view.verticalShift;
-        if (y + 1 < rows && (y + 1) >> view.verticalShift == row) return;
+        if (y + 1 < luma.yEnd && (y + 1) >> view.verticalShift == row) continue;
         AddChromaRow(m_U, row, part, view, copy.u, atOnce);
         if (!oneChroma) AddChromaRow(m_V, row, other, view, copy.v, atOnce);
-    });
+    }
 }
 
 void CStoredMapEffect::BuildPacked(Plane32 plane, Plane32 copy) {
@@ -147,7 +143,7 @@ void CStoredMapEffect::ReplayPacked(Plane32 plane, Plane32 copy) {
     const Geometry geometry = {true, plane.width, plane.rows, copy.pitch};
     if (m_Mapped != geometry) {
         m_Mapped = {};
-        MapPlane(m_Pixels, plane.width, plane.rows, copy.pitch, m_Outside == Outside::White, [](size_t) {});
+        MapPixels(plane.width, plane.rows, copy.pitch);
         m_Mapped = geometry;
     }
     m_Pixels.Apply(m_Kernels, plane.Bytes(), copy.data, kWhitePixel);

@@ -12,10 +12,6 @@ namespace AVBased {
 /// property says otherwise. Pixels beyond the map stay as they are.
 class CStoredMapEffect : public CBasedVideoImageEffect {
 protected:
-    /// The part of the picture that the map is of.
-    struct Rectangle {
-        size_t xBegin = 0, xEnd = 0, yBegin = 0, yEnd = 0;
-    };
     /// What becomes of pixels from outside the picture.
     enum class Outside { Kept, White, PlanarWhite };
 
@@ -27,11 +23,10 @@ protected:
     /// Whether the pixel is written already by the frame that the map is made on.
     virtual bool WrittenAtOnce(size_t, size_t) const { return true; }
 
-    /// Forgets the map. The next one is of that part of pictures.
+    /// Forgets the map. The next one is of that part of pictures, which is not empty.
     void BeginMap(const Rectangle& rectangle);
-    /// Where the pixels of a row of the rectangle come from, as long as no other row is asked for; it may lie
-    /// outside the picture.
-    virtual SamplePlaces SourcesOf(size_t y) = 0;
+    /// Writes where the first pixels of a row of the rectangle come from; that may lie outside the picture.
+    virtual void FindSources(size_t y, size_t count, const SamplePlaces& places) = 0;
 
     void BuildPacked(Plane32 plane, Plane32 copy);
     void ReplayPacked(Plane32 plane, Plane32 copy);
@@ -56,22 +51,21 @@ private:
     /// What of the rectangle lies in a picture of that size, and in its chroma.
     Rectangle Within(size_t width, size_t height) const;
     Rectangle ChromaPart(const PlanarView& view, const Plane8& copy) const;
-    template <class Visit>
-    void MapPlane(PlaneMap& map, size_t width, size_t height, size_t pitch, bool fills, const Visit& visit);
     void BeginChroma(PlaneMap& map, const Rectangle& part, const Plane8& copy);
     void AddChromaRow(PlaneMap& map, size_t y, const Rectangle& part, const PlanarView& view,
                       const Plane8& copy, bool atOnce);
+    void MapPixels(size_t width, size_t height, size_t pitch);
     void MapPlanes(const PlanarView& view, const PlanarView& copy, bool atOnce);
+    void AddSources(PlaneMap& map, const Rectangle& part, size_t y);
     void FindChroma(size_t chromaRow, const Rectangle& part, const PlanarView& view, const Plane8& copy,
-                    bool atOnce);
+                    const SamplePlaces& chroma, bool atOnce);
     void ApplyPlanar(const PlanarView& view, const PlanarView& copy, bool atOnce);
 
     Outside m_Outside;
     bool m_bWritesRimLater;
     const kernels::RemapKernels& m_Kernels;
     Rectangle m_Rectangle;
-    std::vector<uint32_t> m_ChromaColumns, m_ChromaRows; // that a row's chroma comes from
-    std::vector<char> m_ChromaFound;
+    std::vector<char> m_ChromaFound;                 // of a row, those whose places are known
     Geometry m_Mapped;                               // no plane map holds while its width is 0
     PlaneMap m_Pixels{4}, m_Luma{1}, m_U{1}, m_V{1}; // one for both chroma planes where they are alike
 };

@@ -162,16 +162,7 @@ void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* p
 bool CLensMapEffect::BuildMap(size_t width, size_t height) {
     BeginMap({0, width, 0, height});
     m_Size = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
-    m_Columns.resize(width);
-    m_Rows.resize(width);
-    m_Row.reset();
     return true;
-}
-
-SamplePlaces CLensMapEffect::SourcesOf(size_t y) {
-    if (m_Row != y) FindRow(static_cast<uint32_t>(y), m_Columns.data(), m_Rows.data());
-    m_Row = y;
-    return {m_Columns.data(), m_Rows.data()};
 }
 
 // Reflecting tiles
@@ -247,9 +238,9 @@ bool CTileReflectVideoImageEffect::BuildMap(size_t width, size_t height) {
     return CLensMapEffect::BuildMap(width, height);
 }
 
-void CTileReflectVideoImageEffect::FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const {
-    Kernels<kernels::LensKernels>().tileRow({m_Size, m_Turn.sine, m_Turn.cosine, *m_nZoom, m_Bends.data()}, y,
-                                            columns, rows);
+void CTileReflectVideoImageEffect::FindSources(size_t y, size_t count, const SamplePlaces& places) {
+    Kernels<kernels::LensKernels>().tileRow({m_Size, m_Turn.sine, m_Turn.cosine, *m_nZoom, m_Bends.data()},
+                                            static_cast<uint32_t>(y), count, places.columns, places.rows);
 }
 
 void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {
@@ -279,10 +270,11 @@ bool CMirrorInvertVideoImageEffect::BuildMap(size_t width, size_t height) {
     return CLensMapEffect::BuildMap(width, height);
 }
 
-void CMirrorInvertVideoImageEffect::FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const {
+void CMirrorInvertVideoImageEffect::FindSources(size_t y, size_t count, const SamplePlaces& places) {
     const uint32_t radius = std::min(m_Size.width / 2, m_Size.height / 2);
     const uint32_t power = static_cast<uint32_t>(m_nAmount) * (radius * radius / 100 << 8);
-    Kernels<kernels::LensKernels>().inversionRow(m_Size, static_cast<int32_t>(power), y, columns, rows);
+    Kernels<kernels::LensKernels>().inversionRow(
+        m_Size, static_cast<int32_t>(power), static_cast<uint32_t>(y), count, places.columns, places.rows);
 }
 
 void CMirrorInvertVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* pFrame) {

@@ -73,16 +73,8 @@ protected:
         : CStoredMapEffect(effect, Outside::Kept, false) {}
 
     bool BuildMap(size_t width, size_t height) override;
-    /// Where the pixels of a row of the map come from, inside the picture.
-    virtual void FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const = 0;
 
     kernels::LensSize m_Size{}; // of the map
-
-private:
-    SamplePlaces SourcesOf(size_t y) override;
-
-    std::optional<size_t> m_Row;             // the latest of the map
-    std::vector<uint32_t> m_Columns, m_Rows; // that its pixels come from
 };
 
 /// Tiles that each bend the picture like a lens.
@@ -102,7 +94,7 @@ private:
 
     bool BuildMap(size_t width, size_t height) override;
     void FindBends();
-    void FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const override;
+    void FindSources(size_t y, size_t count, const SamplePlaces& places) override;
 
     static std::optional<int32_t> ZoomOf(int size);
 
@@ -121,7 +113,7 @@ public:
 
 private:
     bool BuildMap(size_t width, size_t height) override;
-    void FindRow(uint32_t y, uint32_t* columns, uint32_t* rows) const override;
+    void FindSources(size_t y, size_t count, const SamplePlaces& places) override;
 
     int32_t m_nAmount; // percent of the circle's area
 };

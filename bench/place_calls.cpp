@@ -170,10 +170,10 @@ void AddWallsAndLenses(Calls& calls, unsigned features) {
     };
     addRows("tileRow", [=](const LensSize& size, uint32_t y, uint32_t* columns, uint32_t* rows) {
         static constexpr std::array<int32_t, TileLens::kBends> kFlat{};
-        lenses.tileRow({size, 16384, 28378, 1536, kFlat.data()}, y, columns, rows);
+        lenses.tileRow({size, 16384, 28378, 1536, kFlat.data()}, y, size.width, columns, rows);
     });
     addRows("inversionRow", [=](const LensSize& size, uint32_t y, uint32_t* columns, uint32_t* rows) {
-        lenses.inversionRow(size, 74649600, y, columns, rows);
+        lenses.inversionRow(size, 74649600, y, size.width, columns, rows);
     });
     const auto around = [](const LensSize& size, uint32_t y) {
         const auto x = static_cast<int32_t>(size.width / 2), middle = static_cast<int32_t>(size.height / 2);

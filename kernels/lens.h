@@ -1,6 +1,6 @@
 #pragma once
 /// Where the pixels of a picture come from when it is seen through lenses. A row of places is computed at a
-/// time, columns and rows apart, all of them inside the picture.
+/// time, columns and rows apart, all of them inside the picture: the first count pixels of a row of it.
 #include <cstddef>
 #include <cstdint>
 
@@ -36,10 +36,11 @@ constexpr size_t kTablePadding = 16;
 struct LensKernels {
     /// u = sine * dy + cosine * dx and v = cosine * dy - sine * dx are bent each by its entry of the table,
     /// then turned back.
-    void (*tileRow)(const TileLens& lens, uint32_t y, uint32_t* columns, uint32_t* rows) noexcept;
+    void (*tileRow)(const TileLens& lens, uint32_t y, size_t count, uint32_t* columns,
+                    uint32_t* rows) noexcept;
     /// The pixels come from dx and dy times power / (dx * dx + dy * dy), in 256ths. No such sum may be 0 in
     /// 32 bits but that of the middle, which comes from itself.
-    void (*inversionRow)(LensSize size, int32_t power, uint32_t y, uint32_t* columns,
+    void (*inversionRow)(LensSize size, int32_t power, uint32_t y, size_t count, uint32_t* columns,
                          uint32_t* rows) noexcept;
     /// The pixels come from dx and dy times a factor from 0 to 256, in 256ths, which the table has by dx
     /// without its sign. Distances are below 32768.

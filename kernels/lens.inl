@@ -70,7 +70,7 @@ AVEFFECT_INLINE U32 Bend(const int32_t* table, U32 along, uint32_t zoom) {
     return ShiftRight(Gather(table, step) + along, 15);
 }
 
-void TileRow(const TileLens& lens, uint32_t y, uint32_t* columns, uint32_t* rows) noexcept {
+void TileRow(const TileLens& lens, uint32_t y, size_t count, uint32_t* columns, uint32_t* rows) noexcept {
     const uint32_t sine = static_cast<uint32_t>(lens.sine), cosine = static_cast<uint32_t>(lens.cosine);
     const uint32_t zoom = static_cast<uint32_t>(lens.zoom);
     // Once around, which brings most places left of the picture into it.
@@ -78,22 +78,23 @@ void TileRow(const TileLens& lens, uint32_t y, uint32_t* columns, uint32_t* rows
     const Wrapper wrapRow = {lens.size.height, lens.size.height / 2 + lens.size.height};
     const uint32_t dy = y - lens.size.height / 2;
     U32 dx = Load<U32>(kCounting) - lens.size.width / 2;
-    for (size_t x = 0; x < lens.size.width; x += kPlaces, dx += kPlaces) {
+    for (size_t x = 0; x < count; x += kPlaces, dx += kPlaces) {
         const U32 u = Bend(lens.bends, dx * cosine + sine * dy, zoom);
         const U32 v = Bend(lens.bends, cosine * dy - dx * sine, zoom);
-        StorePlaces(columns, x, lens.size.width, wrapColumn(ShiftRight(u * cosine - v * sine, 15)));
-        StorePlaces(rows, x, lens.size.width, wrapRow(ShiftRight(v * cosine + u * sine, 15)));
+        StorePlaces(columns, x, count, wrapColumn(ShiftRight(u * cosine - v * sine, 15)));
+        StorePlaces(rows, x, count, wrapRow(ShiftRight(v * cosine + u * sine, 15)));
     }
 }
 
-void InversionRow(LensSize size, int32_t power, uint32_t y, uint32_t* columns, uint32_t* rows) noexcept {
+void InversionRow(LensSize size, int32_t power, uint32_t y, size_t count, uint32_t* columns,
+                  uint32_t* rows) noexcept {
     const Wrapper wrapColumn = {size.width, size.width / 2}, wrapRow = {size.height, size.height / 2};
     const uint32_t dy = y - size.height / 2;
     U32 dx = Load<U32>(kCounting) - size.width / 2;
-    for (size_t x = 0; x < size.width; x += kPlaces, dx += kPlaces) {
+    for (size_t x = 0; x < count; x += kPlaces, dx += kPlaces) {
         const U32 factors = Quotients(power, dx * dx + dy * dy);
-        StorePlaces(columns, x, size.width, wrapColumn(ShiftRight(dx * factors, 8)));
-        StorePlaces(rows, x, size.width, wrapRow(ShiftRight(factors * dy, 8)));
+        StorePlaces(columns, x, count, wrapColumn(ShiftRight(dx * factors, 8)));
+        StorePlaces(rows, x, count, wrapRow(ShiftRight(factors * dy, 8)));
     }
 }
 

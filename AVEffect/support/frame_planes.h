@@ -95,4 +95,9 @@ void DrawPlanes(IRawVideoFrame* pFrame, Planes planes, Packed packed, Planar pla
         [&](Plane8 plane) { draw(planar, plane); });
 }
 
+/// Whether what holds for the places of one plane holds for the other.
+inline bool SameShape(const Plane8& a, const Plane8& b) noexcept {
+    return a.width == b.width && a.pitch == b.pitch && a.rows == b.rows;
+}
+
 } // namespace AVBased

@@ -5,56 +5,65 @@
 
 namespace AVBased {
 
-void PlaneMap::AddRow(const kernels::RemapKernels& kernels, size_t x, size_t y, SamplePlaces places,
-                      size_t count, size_t width, size_t height, bool fills) {
-    kernels::PlaceLimits limits = {
-        static_cast<uint32_t>(width), static_cast<uint32_t>(height),         static_cast<uint32_t>(x),
-        static_cast<uint32_t>(y),     static_cast<uint32_t>(m_nSourcePitch), static_cast<uint32_t>(m_nBytes)};
-    const auto add = [&](size_t begin, size_t end, bool filled) {
-        if (begin < end)
-            m_Spans.push_back({static_cast<uint32_t>(x + begin), static_cast<uint32_t>(y),
-                               static_cast<uint32_t>(end - begin), filled});
+using kernels::kTileSide;
+
+void PlaneMap::Begin(const Rectangle& part, size_t width, size_t height, size_t sourcePitch, bool fills) {
+    m_Part = part.Empty() ? Rectangle{} : part;
+    m_nWidth = width;
+    m_nHeight = height;
+    m_nSourcePitch = sourcePitch;
+    m_bFills = fills;
+    m_Fills.clear();
+    m_nTiles = 0;
+    m_nPlaces = 0;
+    if (m_Part.Empty()) return;
+    const size_t bands = (m_Part.yEnd - 1) / kTileSide + 1 - m_Part.yBegin / kTileSide;
+    const size_t tiles = (m_Part.Columns() + kTileSide - 1) / kTileSide * bands;
+    m_Places = m_Memory.Require(tiles * kernels::kTilePlaceBytes);
+    if (tiles > m_Tiles.size()) m_Tiles.resize(tiles);
+    const size_t band = m_Part.Columns() * kTileSide;
+    m_BandColumns = reinterpret_cast<uint32_t*>(m_Band.Require(2 * band * sizeof(uint32_t)));
+    m_BandRows = m_BandColumns + band;
+}
+
+void PlaneMap::AddFills(const kernels::RemapKernels& kernels, size_t y) {
+    const SamplePlaces places = Row(y);
+    const auto isOutside = [&](size_t i) {
+        return places.columns[i] >= m_nWidth || places.rows[i] >= m_nHeight;
     };
-    const auto isOutside = [&](size_t i) { return places.columns[i] >= width || places.rows[i] >= height; };
-    const auto isOwn = [&](size_t i) { return places.columns[i] == x + i && places.rows[i] == y; };
-    for (size_t i = 0; i < count;) {
-        limits.x = static_cast<uint32_t>(x + i);
-        const size_t inside = kernels.findOffsets(places.columns + i, places.rows + i, count - i, limits,
-                                                  m_Offsets + m_nOffsets);
-        add(i, i + inside, false);
-        m_nOffsets += inside;
-        i += inside;
-        const size_t outside = i;
-        while (i < count && isOutside(i)) ++i;
-        if (fills) add(outside, i, true);
-        while (i < count && isOwn(i) && !isOutside(i)) ++i;
+    const size_t columns = m_Part.Columns();
+    for (size_t i = 0; i < columns;) {
+        i += kernels.countInside(places.columns + i, places.rows + i, columns - i,
+                                 static_cast<uint32_t>(m_nWidth), static_cast<uint32_t>(m_nHeight));
+        const size_t first = i;
+        while (i < columns && isOutside(i)) ++i;
+        if (first < i) m_Fills.push_back({m_Part.xBegin + first, y, i - first});
     }
+}
+
+void PlaneMap::EndRow(const kernels::RemapKernels& kernels, size_t y) {
+    if (m_bFills) AddFills(kernels, y);
+    if ((y + 1) % kTileSide != 0 && y + 1 != m_Part.yEnd) return;
+    const size_t first = std::max(y - y % kTileSide, m_Part.yBegin);
+    const kernels::PlaceLimits limits = {
+        static_cast<uint32_t>(m_nWidth),       static_cast<uint32_t>(m_nHeight),
+        static_cast<uint32_t>(m_Part.xBegin),  static_cast<uint32_t>(first),
+        static_cast<uint32_t>(m_nSourcePitch), static_cast<uint32_t>(m_nBytes)};
+    const SamplePlaces places = Row(first);
+    const size_t columns = m_Part.Columns();
+    m_nPlaces = kernels.findTiles({places.columns, places.rows, columns, columns, y + 1 - first}, limits,
+                                  m_Tiles.data() + m_nTiles, m_Places, m_nPlaces);
+    m_nTiles += (columns + kTileSide - 1) / kTileSide;
 }
 
 void PlaneMap::Apply(const kernels::RemapKernels& kernels, Plane8 plane, const uint8_t* source,
                      uint32_t fill) const noexcept {
-    // Rows that follow each other come from much the same rows. Of whole rows those are more than a cache
-    // holds, of strips they are few enough. Within one plane rows must keep their order.
-    constexpr size_t kStripBytes = 4096;
-    const size_t columns = plane.width / m_nBytes;
-    const size_t strip = source == plane.data ? columns : kStripBytes / m_nBytes;
-    for (size_t left = 0; left < columns; left += strip)
-        ApplyStrip(kernels, plane, source, fill, left, left + strip);
-}
-
-void PlaneMap::ApplyStrip(const kernels::RemapKernels& kernels, Plane8 plane, const uint8_t* source,
-                          uint32_t fill, size_t left, size_t right) const noexcept {
-    const auto remap = m_nBytes == 4 ? kernels.remapRgba32 : kernels.remapComponent;
-    const uint32_t* offsets = m_Offsets;
-    for (const Span& span : m_Spans) {
-        const size_t begin = std::max<size_t>(span.x, left);
-        const size_t end = std::min<size_t>(size_t{span.x} + span.count, right);
-        uint8_t* const row = plane.Row(span.y);
-        if (span.filled)
-            for (size_t x = begin; x < end; ++x) std::memcpy(row + x * m_nBytes, &fill, m_nBytes);
-        else if (begin < end)
-            remap(row + begin * m_nBytes, source, offsets + (begin - span.x), end - begin);
-        if (!span.filled) offsets += span.count;
+    (m_nBytes == 4 ? kernels.remapTilesRgba32 : kernels.remapTilesComponent)(
+        plane, source,
+        {m_Part.xBegin, m_Part.xEnd, m_Part.yBegin, m_Part.yEnd, m_Tiles.data(), m_Places, m_nSourcePitch});
+    for (const Fill& span : m_Fills) {
+        uint8_t* const first = plane.Row(span.y) + span.x * m_nBytes;
+        for (size_t i = 0; i < span.count; ++i) std::memcpy(first + i * m_nBytes, &fill, m_nBytes);
     }
 }
 
