@@ -9,6 +9,16 @@ struct FlattenPixels {
     }
 };
 
+struct CoverPixels {
+    AVEFFECT_INLINE U8 operator()(U8 below, U8 above) const {
+        const U32 one = (U32)above >> 24;
+        const U16 alpha = (U16)(one | (one << 16)), rest = 255 - alpha;
+        return Join(DividedBy255(Even(above) * alpha + Even(below) * rest),
+                    DividedBy255(Odd(above) * alpha + Odd(below) * rest)) |
+               AlphaMask();
+    }
+};
+
 struct FlattenSamples {
     U16 colour;
 
@@ -21,6 +31,12 @@ struct FlattenSamples {
 };
 
 void FlattenRgba32(Plane32 plane) noexcept { ForPlane(plane.Bytes(), FlattenPixels{}); }
+
+void CoverRgba32(Plane32 below, Plane32 above) noexcept {
+    const Plane8 to = below.Bytes(), from = above.Bytes();
+    for (size_t y = 0; y < to.rows && to.width > 0; ++y)
+        ForRowWith(to.Row(y), from.Row(y), to.width, CoverPixels{});
+}
 
 void FlattenComponent(Plane8 plane, Plane8 alpha, uint8_t colour) noexcept {
     if (plane.Empty()) return;
@@ -45,4 +61,4 @@ void FlattenQuarter(Plane8 plane, Plane8 alpha, uint8_t colour) noexcept {
     }
 }
 
-constexpr FlattenKernels kKernels = {FlattenRgba32, FlattenComponent, FlattenQuarter};
+constexpr FlattenKernels kKernels = {FlattenRgba32, CoverRgba32, FlattenComponent, FlattenQuarter};

@@ -46,15 +46,16 @@ void ClipSequence::Shape(Reporter& reporter) {
 }
 
 ClipSequence::Fittings ClipSequence::MakeFittings() const {
-    auto fittings = std::make_shared<std::vector<Fitting>>(m_setup.workers);
-    for (Fitting& fitting : *fittings) fitting.fitter = Fitter(m_canvas, m_setup.terms);
+    auto fittings = std::make_shared<std::vector<CanvasFitting>>();
+    for (unsigned worker = 0; worker < m_setup.workers; ++worker)
+        fittings->emplace_back(Fitter(m_canvas, m_setup.terms));
     return fittings;
 }
 
 int64_t ClipSequence::Pictures() const { return m_begins.back() + m_setup.parts.back().pictures; }
 
 std::unique_ptr<ClipPlayer> ClipSequence::Player(size_t part) const {
-    return std::make_unique<ClipPlayer>(*m_setup.parts[part].clip, m_setup.rate, m_setup.terms,
+    return std::make_unique<ClipPlayer>(m_setup.parts[part].clip->request, m_setup.rate, m_setup.terms,
                                         m_setup.threads, m_cancel);
 }
 
@@ -74,7 +75,7 @@ void ClipSequence::Leave() {
 
 AVFramePtr ClipSequence::Look() {
     Playing& playing = m_playing.front();
-    Fitting& fitting = playing.fittings->front();
+    CanvasFitting& fitting = playing.fittings->front();
     AVFramePtr picture = fitting.Show(playing.player->At(0));
     const auto isGrey = [](const SequencePart& part) { return IsGrey(part.clip->format); };
     const bool grey = IsGrey(static_cast<AVPixelFormat>(picture->format));
@@ -82,21 +83,6 @@ AVFramePtr ClipSequence::Look() {
     picture = fitting.Fit(std::move(picture));
     picture->format = AV_PIX_FMT_BGR0;
     return picture;
-}
-
-AVFramePtr ClipSequence::Fitting::Show(AVFramePtr picture) {
-    return fitter.Fits(*picture) ? std::move(picture) : Fit(std::move(picture));
-}
-
-// What stands still, a photo above all, is fitted once.
-AVFramePtr ClipSequence::Fitting::Fit(AVFramePtr picture) {
-    if (!read || read->data[0] != picture->data[0]) {
-        fitted = fitter.Fit(*picture);
-        read = std::move(picture); // held, so that no other picture comes to lie there
-    }
-    AVFramePtr shown(av_frame_clone(fitted.get()));
-    if (!shown) throw Error(ErrorKind::Output, "no memory for a picture");
-    return shown;
 }
 
 namespace {

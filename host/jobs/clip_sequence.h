@@ -9,7 +9,8 @@
 #include "host/effects/plugin.h"
 #include "host/jobs/composition.h"
 #include "host/media/clip_player.h"
-#include "host/picture/fitting.h"
+#include "host/media/clip_scan.h"
+#include "host/picture/canvas_fitting.h"
 #include "host/sound/joined_sound.h"
 
 namespace aveffect {
@@ -62,15 +63,8 @@ public:
     DamageReport Damage() const;
 
 private:
-    /// One worker's way of a clip's pictures onto the canvas.
-    struct Fitting {
-        Fitter fitter;
-        mediabridge::AVFramePtr read = {}, fitted = {}; ///< the picture fitted last, and what it became
-
-        mediabridge::AVFramePtr Fit(mediabridge::AVFramePtr picture);
-        mediabridge::AVFramePtr Show(mediabridge::AVFramePtr picture);
-    };
-    using Fittings = std::shared_ptr<std::vector<Fitting>>; ///< by workers; drawings outlive the playing
+    using Fittings =
+        std::shared_ptr<std::vector<CanvasFitting>>; ///< by workers; drawings outlive the playing
     /// A clip that is being played.
     struct Playing {
         std::unique_ptr<ClipPlayer> player;

@@ -143,7 +143,10 @@ private:
                 sketch.picture = m_limit.Do([&] { return Finished(sketch.drawing, worker); });
                 sketch.drawing = nullptr;
             });
-        StageGroup stages([&] { workers.Stop(); });
+        StageGroup stages([&] {
+            if (m_composition.stop) m_composition.stop();
+            workers.Stop();
+        });
         stages.Start([&] {
             for (int64_t index = 1; index < m_composition.pictures; ++index) {
                 CheckCancel(m_cancel);

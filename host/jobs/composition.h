@@ -35,6 +35,7 @@ struct Composition {
     std::function<DamageReport()> damage;
     unsigned workers = 1;                ///< that finish pictures
     std::optional<SoundFeed> sound = {}; ///< absent: no sound stream
+    std::function<void()> stop = {};     ///< ends the waiting of drawings for each other, if they do that
 };
 
 /// Draws on several threads, encodes on one, and gives the file its name. Of the options count what is asked

@@ -1,5 +1,6 @@
 #include "host/media/clip_player.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "host/picture/light_metadata.h"
@@ -9,13 +10,13 @@ namespace aveffect {
 
 using mediabridge::AVFramePtr;
 
-ClipPlayer::ClipPlayer(const ClipScan& scan, AVRational rate, IntakeTerms* terms, unsigned threads,
+ClipPlayer::ClipPlayer(const SourceRequest& request, AVRational rate, IntakeTerms* terms, unsigned threads,
                        const std::atomic<bool>& cancel)
-    : m_source(scan.request, Source::Others::None, threads, cancel)
+    : m_source(request, Source::Others::None, threads, cancel)
     , m_interval(av_inv_q(rate))
     , m_intake(terms) {
     Read();
-    if (!m_next) throw Error(ErrorKind::Input, scan.request.path + " holds no picture that can be decoded");
+    if (!m_next) throw Error(ErrorKind::Input, request.path + " holds no picture that can be decoded");
 }
 
 // Reads the next picture; the one that was next stays shown at the clip's end.
@@ -27,6 +28,21 @@ void ClipPlayer::Read() {
     const AVRational base = m_source.Pictures().time_base;
     m_end = {item->picture->pts + item->picture->pkt_duration, base};
     m_next = std::move(item->picture);
+}
+
+AVRational ClipPlayer::CountAtOwnRate() {
+    if (m_source.IsConstantRate()) m_interval = av_inv_q(m_source.FrameRate());
+    return av_inv_q(m_interval);
+}
+
+// Times in files may be rounded to milliseconds, so a tick's picture may begin a little after it.
+void ClipPlayer::GoTo(int64_t tick) {
+    constexpr int64_t kRoundingMs = 1;
+    const int64_t time = av_rescale_q(tick, m_interval, kMilliseconds);
+    m_source.SeekBefore(std::max(kRoundingMs, time - kRoundingMs));
+    m_shown.reset();
+    m_next.reset();
+    Read();
 }
 
 void ClipPlayer::Frame(const Framing& framing) {

@@ -1,6 +1,7 @@
 #include "host/picture/fitting.h"
 
 #include <algorithm>
+#include <cstring>
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -95,6 +96,9 @@ AVFramePtr Fitter::Fit(const AVFrame& picture) {
         const ptrdiff_t pitches[4] = {whole->linesize[0]};
         av_image_fill_black(whole->data, pitches, AV_PIX_FMT_BGRA, AVCOL_RANGE_JPEG, whole->width,
                             whole->height);
+        if (m_around == Around::Nothing)
+            std::memset(whole->data[0], 0,
+                        static_cast<size_t>(whole->height) * static_cast<size_t>(whole->linesize[0]));
         const int left = (m_canvas.width - size.first) / 2, top = (m_canvas.height - size.second) / 2;
         av_image_copy_plane(whole->data[0] + ptrdiff_t{top} * whole->linesize[0] + ptrdiff_t{left} * 4,
                             whole->linesize[0], fitted->data[0], fitted->linesize[0], size.first * 4,

@@ -29,17 +29,25 @@ void MarkAs(const Canvas& canvas, AVFrame& picture);
 bool NeedsStandardRange(const Canvas& canvas, const AVFrame& picture);
 
 /// Fits upright pictures of one source onto a canvas: as large as it holds them whole, in the middle, black
-/// around (an odd row or column of black goes to the bottom or right). Used by one thread at a time.
+/// or nothing around (an odd row or column of it goes to the bottom or right). Used by one thread at a time.
 class Fitter {
 public:
+    enum class Around { Black, Nothing };
+
     /// Terms as for PictureIntake.
-    explicit Fitter(const Canvas& canvas = {}, IntakeTerms* terms = nullptr)
+    explicit Fitter(const Canvas& canvas = {}, IntakeTerms* terms = nullptr, Around around = Around::Black)
         : m_canvas(canvas)
+        , m_around(around)
         , m_intake(terms)
         , m_colours(canvas.primaries, canvas.transfer) {}
 
     /// Whether the picture lies on the canvas as it is, whatever its pixel format.
     bool Fits(const AVFrame& picture) const;
+
+    /// Whether nothing of the canvas is left free of it.
+    bool Fills(const AVFrame& picture) const {
+        return Fits(picture) || FittedSize(picture) == std::pair(m_canvas.width, m_canvas.height);
+    }
 
     /// A new picture in BGRA, of 8 bits with dithering. Throws Error (Output).
     mediabridge::AVFramePtr Fit(const AVFrame& picture);
@@ -48,6 +56,7 @@ private:
     std::pair<int, int> FittedSize(const AVFrame& picture) const;
 
     Canvas m_canvas;
+    Around m_around;
     PictureIntake m_intake;
     ColourMatch m_colours;
     std::optional<mediabridge::Scaler> m_scaler;

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "mediabridge/compose.h"
 #include "mediabridge/flatten.h"
 #include "mediabridge/pixel_conversion.h"
 #include "tests/support/colour_model.h"
@@ -250,6 +251,46 @@ TEST(Flatten, IsTheNearestToPlainArithmeticAtEveryLevel) {
                 source.picture->color_range = seed % 2 ? AVCOL_RANGE_JPEG : AVCOL_RANGE_UNSPECIFIED;
                 ExpectFlattens(std::move(source), format == AV_PIX_FMT_BGRA);
             }
+}
+
+// Above an opaque picture at every level, above a transparent one, and colours back from over black.
+TEST(Compose, IsTheNearestToPlainArithmetic) {
+    const int sizes[][2] = {{1, 1}, {5, 2}, {33, 17}, {131, 6}, {256, 64}};
+    unsigned seed = 0;
+    for (const auto& [width, height] : sizes)
+        for (const unsigned mask : kLevelMasks) {
+            SCOPED_TRACE(std::to_string(width) + ", level " + std::to_string(mask));
+            const FeatureMask level(mask);
+            seed += 2;
+            const Flush flush = seed % 3 ? Flush::End : Flush::Start;
+            const Guarded above(AV_PIX_FMT_BGRA, width, height, flush, seed + 1);
+            const Guarded below(AV_PIX_FMT_BGRA, width, height, flush, seed + mask % 2);
+            const auto covered = [&](auto cover, bool opaque) {
+                Guarded result(AV_PIX_FMT_BGRA, width, height, flush, seed + mask % 2);
+                cover(*result.picture, *above.picture);
+                const auto &to = result.planes[0], &from = above.planes[0], &old = below.planes[0];
+                for (size_t i = 0; i < to.size(); ++i) {
+                    const double a = from[i | 3] / 255.0, b = (opaque ? 1 : old[i | 3] / 255.0) * (1 - a);
+                    if (a + b == 0) continue; // any colour will do
+                    const double colour = (from[i] * a + old[i] * b) / (a + b);
+                    const double wanted = i % 4 != 3 ? colour : 255 * (a + b);
+                    ASSERT_NEAR(to[i], wanted, 0.5 + 1e-9) << i;
+                }
+            };
+            covered(mediabridge::CoverOpaque, true);
+            covered(mediabridge::Cover, false);
+
+            Guarded flat(AV_PIX_FMT_BGRA, width, height, flush, seed + 1);
+            for (size_t i = 0; i < flat.planes[0].size(); ++i)
+                flat.planes[0][i] =
+                    static_cast<uint8_t>((flat.planes[0][i] * flat.planes[0][i | 3] + 127) / 255);
+            mediabridge::TakeAlpha(*flat.picture, *mediabridge::AlphaAsGrey(*above.picture));
+            for (size_t i = 0; i < flat.planes[0].size(); ++i) {
+                const double alpha = above.planes[0][i | 3];
+                const double near = alpha == 0 ? 255 : 0.5 + 127.5 / alpha;
+                ASSERT_NEAR(flat.planes[0][i], above.planes[0][i], i % 4 == 3 ? 0 : near) << i;
+            }
+        }
 }
 
 TEST(PixelConversion, LeavesTheRestToTheLibrary) {

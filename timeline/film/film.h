@@ -47,7 +47,7 @@ struct FilmMedia {
 struct FilmEffect {
     EffectSpec spec;
     Medium medium = Medium::Video;
-    std::string place; ///< as FilmItem's
+    std::string place = {}; ///< as FilmItem's
 };
 
 /// Something that lasts in a film. Its own time runs from its start; a clip's is its media's, counted from
@@ -67,18 +67,18 @@ struct FilmItem {
         size_t cut = 0; ///< child behind the cut, or how many there are; 0: at the track's beginning
         FilmTime before, after;
         EffectSpec effect; ///< an effect that the catalogue calls a transition, without pictures and times
-        std::string name, place;
+        std::string name = {}, place = {};
     };
 
     Kind kind = Kind::Gap;
-    std::string name;
-    std::string place; ///< where it stands in its file, for messages: tracks[1].children[3] "sunset"
+    std::string name = {};
+    std::string place = {}; ///< where it stands in its file, for messages: tracks[1].children[3] "sunset"
     bool enabled = true;
-    FilmTime duration; ///< in what it is in
-    FilmTime start;    ///< in its own time, where its beginning is
-    AVRational speed{1,
-                     1}; ///< seconds of its own time that pass in a second: 0 holds, below 0 runs backwards
-    std::vector<FilmEffect> effects;          ///< in their order
+    FilmTime duration = {}; ///< in what it is in
+    FilmTime start = {};    ///< in its own time, where its beginning is
+    /// Seconds of its own time that pass in a second: 0 holds, below 0 runs backwards.
+    AVRational speed{1, 1};
+    std::vector<FilmEffect> effects = {};     ///< in their order
     FilmMedia media = {};                     ///< of a Clip
     std::vector<FilmItem> children = {};      ///< of a Track or a Stack
     std::vector<Transition> transitions = {}; ///< of a Track, by their cuts

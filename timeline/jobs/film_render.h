@@ -1,0 +1,18 @@
+#pragma once
+/// Rendering films.
+#include "host/jobs/transition.h"
+#include "timeline/film/film.h"
+
+namespace aveffect {
+
+struct FilmRenderOptions : FilmOptions {
+    std::optional<bool> limiter; ///< of sound that would be too loud; absent: as the film wishes, else on
+};
+
+/// Renders a film. What the options leave open of size, rate, colours and codecs is as the film wishes, else
+/// as its first clip has it. Throws Error; as for Render(), the output appears under its name only when it is
+/// whole, cancelling ends soon, and memory use does not grow with the length.
+RenderResult RenderFilm(const Plugin& plugin, const Film& film, const FilmRenderOptions& options,
+                        const RenderObserver& observer, const std::atomic<bool>& cancel);
+
+} // namespace aveffect
