@@ -24,30 +24,6 @@ void AddPair(CLI::App& app, std::string& first, std::string& second, std::string
     app.add_option("OUTPUT", output, result)->required();
 }
 
-void AddFilmOptions(CLI::App& app, FilmArguments& film) {
-    AddFramingOptions(app, film.framing);
-    AddRateOption(app, film.fps);
-    AddFormatOption(app, film.format);
-    AddEncoderOptions(app, film.encoder, "Sound encoder or codec; the format's usual one if not given");
-    app.add_flag("--no-sound", film.noSound, "Leave the sound out");
-    AddSdrOption(app, film.sdr);
-    AddProgressOption(app, film.progress);
-    AddRunOptions(app, film.run);
-}
-
-FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output) {
-    FilmOptions options;
-    options.output = output;
-    options.format = film.format;
-    TakeEncoder(film.encoder, options);
-    TakeFraming(film.framing, options);
-    TakeRate(film.fps, options);
-    options.silent = film.noSound;
-    options.sdr = film.sdr;
-    options.overwrite = film.run.overwrite;
-    return options;
-}
-
 int64_t PositiveTime(const char* option, const std::string& value) {
     const int64_t time = TimeOption(option, value);
     if (time == 0) Refuse(option, "a time above 0", value);
@@ -88,6 +64,30 @@ JoinMusic MakeMusic(const JoinCommand& command) {
 }
 
 } // namespace
+
+void AddFilmOptions(CLI::App& app, FilmArguments& film) {
+    AddFramingOptions(app, film.framing);
+    AddRateOption(app, film.fps);
+    AddFormatOption(app, film.format);
+    AddEncoderOptions(app, film.encoder, "Sound encoder or codec; the format's usual one if not given");
+    app.add_flag("--no-sound", film.noSound, "Leave the sound out");
+    AddSdrOption(app, film.sdr);
+    AddProgressOption(app, film.progress);
+    AddRunOptions(app, film.run);
+}
+
+FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output) {
+    FilmOptions options;
+    options.output = output;
+    options.format = film.format;
+    TakeEncoder(film.encoder, options);
+    TakeFraming(film.framing, options);
+    TakeRate(film.fps, options);
+    options.silent = film.noSound;
+    options.sdr = film.sdr;
+    options.overwrite = film.run.overwrite;
+    return options;
+}
 
 void AddTransition(CLI::App& app, TransitionCommand& command) {
     CLI::App* const transition =

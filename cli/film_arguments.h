@@ -50,6 +50,10 @@ struct SheetCommand {
     std::optional<std::string> size, threads;
 };
 
+/// Adds the options, and checks and translates their values. Throws as below.
+void AddFilmOptions(CLI::App& app, FilmArguments& film);
+FilmOptions MakeFilmOptions(const FilmArguments& film, const std::string& output);
+
 /// Add the commands to the program's; what is parsed goes into the command.
 void AddTransition(CLI::App& app, TransitionCommand& command);
 void AddJoin(CLI::App& app, JoinCommand& command);

@@ -192,6 +192,20 @@ int Run(const CompareCommand& command) {
     return exitCode == kDone && !found.Same() ? kDifferent : exitCode;
 }
 
+int Run(const FilmRenderCommand& command) {
+    return RunMedia(
+        command.film.run, command.film.progress, command.output, [&command](const RenderObserver& observer) {
+            const FilmRenderOptions options = MakeFilmRenderOptions(command);
+            MediaHeaders headers;
+            ReadFilm read = ReadOtioFile(command.source.film, MakeOtioTerms(command.source, headers));
+            const FilmCheck check = CheckFilm(read.film, headers);
+            RequireFaultless(AllFaults(read, check, command.source.strict));
+            for (const std::string& text : read.unknown) observer.warning(text);
+            for (const std::string& text : check.remarks) observer.remark(text);
+            return RenderFilm(Plugin(), read.film, options, observer, Interrupted());
+        });
+}
+
 int Run(const FilmCheckCommand& command) {
     MediaHeaders headers;
     FilmReport report{command.source.film, {}, {}, {}};

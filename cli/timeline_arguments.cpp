@@ -9,6 +9,19 @@ namespace aveffect {
 
 namespace {
 
+void AddRenderFilm(CLI::App& timeline, FilmRenderCommand& command) {
+    CLI::App* const render = timeline.add_subcommand("render", "Render a film");
+    AddFilmSource(*render, command.source);
+    render->add_option("OUTPUT", command.output, "Clip to write")->required();
+    render->add_flag("--no-limiter", command.noLimiter,
+                     "Let sound clip where it grows too loud instead of turning it down for a moment");
+    AddFilmOptions(*render, command.film);
+    render->footer(std::string("Size, rate and codecs that are not said are the film's wishes or those of "
+                               "its first clip.\n"
+                               "Example:\n  aveffect timeline render film.otio film.mp4\n\n") +
+                   kExitCodeHelp);
+}
+
 void AddCheck(CLI::App& timeline, FilmCheckCommand& command) {
     CLI::App* const check =
         timeline.add_subcommand("check", "Tell all that is wrong with a film, without rendering it");
@@ -46,17 +59,26 @@ void AddTimeline(CLI::App& app, TimelineCommands& commands) {
     CLI::App* const timeline = app.add_subcommand(
         "timeline", "Work with films of several tracks, in the format that editors exchange");
     timeline->require_subcommand(1, 1);
+    AddRenderFilm(*timeline, commands.render);
     AddCheck(*timeline, commands.check);
     AddShow(*timeline, commands.show);
-    timeline->footer(std::string("Example:\n  aveffect timeline check film.otio\n"
+    timeline->footer(std::string("Example:\n  aveffect timeline render film.otio film.mp4\n"
                                  "`aveffect timeline COMMAND --help` tells more.\n\n") +
                      kExitCodeHelp);
 }
 
 TimelineCommand ChosenTimeline(const CLI::App& app, const TimelineCommands& commands) {
     const CLI::App& timeline = *app.get_subcommand("timeline");
+    if (timeline.got_subcommand("render")) return commands.render;
     if (timeline.got_subcommand("check")) return commands.check;
     return commands.show;
+}
+
+FilmRenderOptions MakeFilmRenderOptions(const FilmRenderCommand& command) {
+    FilmRenderOptions options;
+    static_cast<FilmOptions&>(options) = MakeFilmOptions(command.film, command.output);
+    if (command.noLimiter) options.limiter = false;
+    return options;
 }
 
 OtioTerms MakeOtioTerms(const FilmSourceArguments& source, MediaHeaders& headers) {

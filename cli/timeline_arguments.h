@@ -5,7 +5,9 @@
 #include <variant>
 #include <vector>
 
+#include "cli/film_arguments.h"
 #include "cli/run_arguments.h"
+#include "timeline/jobs/film_render.h"
 #include "timeline/otio/film_reader.h"
 
 namespace CLI {
@@ -21,6 +23,13 @@ struct FilmSourceArguments {
     bool allowUrls = false, strict = false;
 };
 
+struct FilmRenderCommand {
+    FilmSourceArguments source;
+    FilmArguments film;
+    std::string output;
+    bool noLimiter = false;
+};
+
 struct FilmCheckCommand {
     FilmSourceArguments source;
     bool json = false;
@@ -34,11 +43,12 @@ struct FilmShowCommand {
 
 /// What parsing fills, one for each of its commands.
 struct TimelineCommands {
+    FilmRenderCommand render;
     FilmCheckCommand check;
     FilmShowCommand show;
 };
 
-using TimelineCommand = std::variant<FilmCheckCommand, FilmShowCommand>;
+using TimelineCommand = std::variant<FilmRenderCommand, FilmCheckCommand, FilmShowCommand>;
 
 /// Add the commands to the program's; what is parsed goes into the command.
 void AddTimeline(CLI::App& app, TimelineCommands& commands);
@@ -49,6 +59,9 @@ TimelineCommand ChosenTimeline(const CLI::App& app, const TimelineCommands& comm
 /// For commands that read a film.
 void AddFilmSource(CLI::App& app, FilmSourceArguments& source);
 
+/// Check and translate the values. Throw Error (Usage) that names the option, the value and what would be
+/// right.
+FilmRenderOptions MakeFilmRenderOptions(const FilmRenderCommand& command);
 /// The terms of media, without a folder.
 OtioTerms MakeOtioTerms(const FilmSourceArguments& source, MediaHeaders& headers);
 
