@@ -93,7 +93,7 @@ void AudioStage::Set(Voice& voice, std::vector<std::string> texts) const {
 }
 
 AudioStage::FramePtr AudioStage::Hear(Voice& voice, const AVFrame& piece, int64_t first) const {
-    FramePtr frame = Copy(piece, av_rescale(first, 1000, m_rate));
+    FramePtr frame = Copy(piece, av_rescale(std::max<int64_t>(0, first), 1000, m_rate));
     GetBaseException()->Clear();
     voice.proc->ProcFrameInPlace(frame.get());
     RequireNoRecord(*voice.proc);

@@ -33,7 +33,8 @@ public:
     bool NeedsAll() const noexcept;
 
     /// Changes a piece in place: interleaved samples of the chain's format, the first one's number in the
-    /// effect's time. Throws Error (Effect) with the record's text when a processor records an error.
+    /// effect's time, before whose begin it works as it does there. Throws Error (Effect) with the record's
+    /// text when a processor records an error.
     void Process(AVFrame& piece, int64_t first);
 
 private:

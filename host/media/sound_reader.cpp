@@ -1,5 +1,7 @@
 #include "host/media/sound_reader.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "host/support/error.h"
@@ -25,17 +27,30 @@ SoundReader::SoundReader(SoundRequest request, const std::atomic<bool>& cancel)
     SeekNearStart();
 }
 
-// Some time before the start, for decoders need what lies before a moment to give its samples exactly. Where
-// the library makes up a file's index while it reads, times after a jump would be guesses: such files, sound
-// alone as a rule, are read from their beginning.
+// Where the library makes up a file's index while it reads, times after a jump would be guesses; not so where
+// samples lie plain.
+bool CanJump(const AVFormatContext& input, const AVStream& sound) {
+    const auto plain = {"wav", "w64", "aiff", "au"};
+    return !(input.iformat->flags & (AVFMT_GENERIC_INDEX | AVFMT_NOTIMESTAMPS)) ||
+           (std::string_view(avcodec_get_name(sound.codecpar->codec_id)).starts_with("pcm_") &&
+            std::ranges::find(plain, std::string_view(input.iformat->name)) != plain.end());
+}
+
+// Some time before the start, for decoders need what lies before a moment to give its samples exactly.
 void SoundReader::SeekNearStart() {
     constexpr int64_t kLeadMs = 2000;
     const AVRational base = m_stream->time_base;
     const int64_t target = av_rescale_q(m_request.start.ticks, m_request.start.base, base) -
                            av_rescale_q(kLeadMs, kMilliseconds, base);
     const int64_t first = m_stream->start_time == AV_NOPTS_VALUE ? 0 : m_stream->start_time;
-    if (target <= first || (m_input->iformat->flags & (AVFMT_GENERIC_INDEX | AVFMT_NOTIMESTAMPS))) return;
+    if (target <= first || !CanJump(*m_input, *m_stream)) return;
     av_seek_frame(m_input.get(), m_stream->index, target, AVSEEK_FLAG_BACKWARD);
+}
+
+int64_t SoundReader::Samples(const Moment& time) const {
+    const AVRational base{1, m_request.shape.rate};
+    return av_rescale_q(time.ticks, time.base, base) -
+           av_rescale_q(m_request.start.ticks, m_request.start.base, base);
 }
 
 DamageReport SoundReader::Damage() const {
@@ -80,9 +95,7 @@ AVFramePtr SoundReader::Convert(AVFrame* sound) {
         if (sound->ch_layout.order != AV_CHANNEL_ORDER_NATIVE)
             av_channel_layout_default(&sound->ch_layout, sound->ch_layout.nb_channels);
         if (sound->best_effort_timestamp != AV_NOPTS_VALUE) {
-            const AVRational base{1, shape.rate};
-            time = av_rescale_q(sound->best_effort_timestamp, m_stream->time_base, base) -
-                   av_rescale_q(m_request.start.ticks, m_request.start.base, base);
+            time = Samples({sound->best_effort_timestamp, m_stream->time_base});
             if (swr_is_initialized(m_resampler.get())) time -= swr_get_delay(m_resampler.get(), shape.rate);
         }
     } else if (!swr_is_initialized(m_resampler.get())) {

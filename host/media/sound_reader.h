@@ -14,6 +14,9 @@ struct SoundRequest {
     AVSampleFormat format = AV_SAMPLE_FMT_FLTP;
 };
 
+/// Whether reading begins near a start. Other files, sound alone as a rule, are read from their beginning.
+bool CanJump(const AVFormatContext& input, const AVStream& sound);
+
 /// Reads a clip's sound in one shape, whatever the file's is or becomes. Used by one thread at a time.
 class SoundReader {
 public:
@@ -30,6 +33,7 @@ public:
 
 private:
     void SeekNearStart();
+    int64_t Samples(const Moment& time) const;
     mediabridge::AVFramePtr Decode();
     mediabridge::AVFramePtr Convert(AVFrame* sound);
 

@@ -28,7 +28,7 @@ Source::Source(const SourceRequest& request, Others others, unsigned threads, co
     m_decoder = std::make_unique<Decoder>(m_input, *m_pictures, threads);
     ChooseStreams(others, request);
     if (m_copiesPictures) m_input->flags |= AVFMT_FLAG_GENPTS; // AVI has no times of presentation
-    FindStart();
+    m_start = StartOf(*m_input, m_pictures);
     FindEnd();
 }
 
@@ -49,13 +49,14 @@ void Source::ChooseStreams(Others others, const SourceRequest& request) {
 }
 
 // The container's start is rounded to microseconds; where the pictures start it, theirs is exact.
-void Source::FindStart() {
-    const int64_t start = m_input->start_time == AV_NOPTS_VALUE ? 0 : m_input->start_time;
-    m_start = {start, kMicroseconds};
-    if (m_pictures->start_time == AV_NOPTS_VALUE) return;
-    const int64_t pictures = av_rescale_q(m_pictures->start_time, m_pictures->time_base, kMicroseconds);
-    if (m_input->start_time == AV_NOPTS_VALUE || std::abs(pictures - start) <= 1)
-        m_start = {m_pictures->start_time, m_pictures->time_base};
+Moment StartOf(const AVFormatContext& input, const AVStream* pictures, const AVStream* sound) {
+    const int64_t start = input.start_time == AV_NOPTS_VALUE ? 0 : input.start_time;
+    const AVStream* const first = pictures ? pictures : sound;
+    if (!first || first->start_time == AV_NOPTS_VALUE) return {start, kMicroseconds};
+    const int64_t begin = av_rescale_q(first->start_time, first->time_base, kMicroseconds);
+    if (input.start_time == AV_NOPTS_VALUE || std::abs(begin - start) <= 1 || !pictures)
+        return {first->start_time, first->time_base};
+    return {start, kMicroseconds};
 }
 
 void Source::FindEnd() {

@@ -22,6 +22,10 @@ struct Moment {
     friend bool operator>=(const Moment& a, const Moment& b) { return !(a < b); }
 };
 
+/// Where a clip's own time is 0, in the file's times: at its first picture, or earlier where something else
+/// of it is. Of sound alone, without pictures, at its first sample.
+Moment StartOf(const AVFormatContext& input, const AVStream* pictures, const AVStream* sound = nullptr);
+
 /// One of: a decoded picture, or a packet of another stream. Their times (AVFrame::pts in the picture
 /// stream's time base, packets in their stream's) count from the clip's start.
 struct SourceItem {
@@ -87,7 +91,6 @@ public:
 
 private:
     void ChooseStreams(Others others, const SourceRequest& request);
-    void FindStart();
     void FindEnd();
     bool SeekAndDecode(int64_t milliseconds);
     bool SeekPackets(int64_t milliseconds);
