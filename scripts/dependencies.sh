@@ -12,7 +12,7 @@ packages=(
 if [ "${1:-}" != program ]; then
   packages+=(libgtest-dev libbenchmark-dev libyuv-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)
   # What packs, what judges packages, and what makes the system that they are tried in.
-  packages+=(dpkg-dev debhelper lintian mmdebstrap)
+  packages+=(dpkg-dev debhelper lintian mmdebstrap doxygen)
   # The shells that complete, and what reads man pages.
   packages+=(zsh fish man-db groff-base mandoc bsdutils)
   # Programs that try the adapters, and the headers that they are held to.

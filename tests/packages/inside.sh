@@ -40,7 +40,7 @@ lv2ls | grep -qx urn:aveffect:audio_volume || fail "LV2 hosts don't find the plu
 for page in aveffect aveffect-render aveffect-effects; do
   man "$page" | grep -q NAME || fail "man finds no $page"
 done
-[ -e /usr/share/doc/aveffect/recipes.md ] || fail "no documentation"
+[ -e /usr/share/doc/aveffect/recipes.md ] && [ -e /usr/share/doc/aveffect/api/index.html ] || fail "no documentation"
 
 cmake -S in/examples -B examples -G Ninja -DCMAKE_BUILD_TYPE=Release >cmake.log && cmake --build examples >>cmake.log || { cat cmake.log; fail "CMake"; }
 in/examples.sh examples || failed=1
