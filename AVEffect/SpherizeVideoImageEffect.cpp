@@ -161,6 +161,18 @@ void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
     }
 }
 
+// Those inside the circle; the root in double precision is off by a column at most.
+CStoredMapEffect::Columns CRotateVideoImageEffect::WrittenAtOnce(size_t y) const {
+    const int64_t dy = static_cast<int64_t>(y) - m_Map.y, radius = m_Map.radius;
+    if (!Inside(0, dy)) return {0, 0};
+    auto reach =
+        static_cast<int64_t>(std::sqrt(std::max(0.0, static_cast<double>(radius * radius - dy * dy))));
+    while (Inside(reach + 1, dy)) ++reach;
+    while (!Inside(reach, dy)) --reach;
+    return {static_cast<size_t>(std::max<int64_t>(m_Map.x - reach, 0)),
+            static_cast<size_t>(m_Map.x + reach + 1)};
+}
+
 float CRotateVideoImageEffect::AngleOf(int64_t dx, int64_t dy) const {
     const auto radius = static_cast<float>(m_Map.radius);
     const float nx = static_cast<float>(dx) / radius, ny = static_cast<float>(dy) / radius;

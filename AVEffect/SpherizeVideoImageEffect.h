@@ -89,9 +89,7 @@ public:
 private:
     void Prepare(const Reach& reach) override;
     void FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns, uint32_t* rows) override;
-    bool WrittenAtOnce(size_t x, size_t y) const override {
-        return Inside(static_cast<int64_t>(x) - m_Map.x, static_cast<int64_t>(y) - m_Map.y);
-    }
+    Columns WrittenAtOnce(size_t y) const override;
     bool Inside(int64_t dx, int64_t dy) const {
         const auto squares = static_cast<float>(dx * dx + dy * dy);
         return static_cast<float>(m_Map.radius) > std::sqrt(squares);

@@ -46,10 +46,9 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
     const size_t xEnd = std::min(m_Rectangle.xEnd, view.y.width),
                  yEnd = std::min(m_Rectangle.yEnd, view.y.rows);
     const size_t first = part.xBegin, count = part.xEnd - part.xBegin;
-    const auto decide = [&](size_t i, size_t y, SamplePlaces luma) {
-        const size_t left = std::max((first + i) << h, m_Rectangle.xBegin);
-        for (size_t x = std::min((first + i + 1) << h, xEnd); x-- > left;) {
-            if (atOnce && !WrittenAtOnce(x, y)) continue;
+    const auto decide = [&](size_t i, const Columns& written, SamplePlaces luma) {
+        const size_t left = std::max((first + i) << h, written.begin);
+        for (size_t x = std::min((first + i + 1) << h, written.end); x-- > left;) {
             const uint32_t sx = luma.columns[x - m_Rectangle.xBegin], sy = luma.rows[x - m_Rectangle.xBegin];
             const bool outside = sx >= view.y.width || sy >= view.y.rows;
             if (outside && m_Outside == Outside::Kept) continue;
@@ -66,21 +65,26 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
     std::fill(m_ChromaFound.begin(), m_ChromaFound.end(), char{0});
     size_t missing = count;
     const size_t top = std::max(chromaRow << v, m_Rectangle.yBegin);
-    const bool plain = h == 1 && m_Rectangle.xBegin % 2 == 0 && !atOnce;
+    const bool plain = h == 1 && m_Rectangle.xBegin % 2 == 0;
     for (size_t y = std::min((chromaRow + 1) << v, yEnd); y-- > top && missing > 0;) {
         const SamplePlaces luma = m_Luma.Row(y);
-        if (plain && missing == count) {
+        Columns written = atOnce ? WrittenAtOnce(y) : Columns{0, xEnd};
+        written = {std::max(written.begin, m_Rectangle.xBegin), std::min(written.end, xEnd)};
+        if (plain && missing == count && written.begin < written.end) {
+            // From the first sample on whose odd luma column is written.
+            const size_t skipped = (written.begin - m_Rectangle.xBegin) / 2;
+            const size_t places = std::min(2 * count, written.end - m_Rectangle.xBegin);
             const kernels::ChromaLimits limits = {
                 static_cast<uint32_t>(view.y.width), static_cast<uint32_t>(view.y.rows),
                 static_cast<uint32_t>(copy.width - 1), static_cast<uint32_t>(copy.rows - 1), v};
-            const size_t found =
-                m_Kernels.findChroma(luma.columns, luma.rows, std::min(2 * count, xEnd - m_Rectangle.xBegin),
-                                     limits, chroma.columns, chroma.rows);
-            std::fill_n(m_ChromaFound.begin(), found, char{1});
+            const size_t found = m_Kernels.findChroma(luma.columns + 2 * skipped, luma.rows + 2 * skipped,
+                                                      places - std::min(places, 2 * skipped), limits,
+                                                      chroma.columns + skipped, chroma.rows + skipped);
+            std::fill_n(m_ChromaFound.begin() + static_cast<ptrdiff_t>(skipped), found, char{1});
             missing -= found;
         }
         for (size_t i = 0; i < count; ++i) {
-            if (m_ChromaFound[i] || !decide(i, y, luma)) continue;
+            if (m_ChromaFound[i] || !decide(i, written, luma)) continue;
             m_ChromaFound[i] = 1;
             --missing;
         }

@@ -15,13 +15,17 @@ protected:
     /// What becomes of pixels from outside the picture.
     enum class Outside { Kept, White, PlanarWhite };
 
-    /// With writesRimLater the frame that the map is made on leaves out what WrittenAtOnce says.
+    /// With writesRimLater the frame that the map is made on writes what WrittenAtOnce says.
     CStoredMapEffect(const EffectInfo& effect, Outside outside, bool writesRimLater);
 
     /// Makes the map for pictures of that size in pixels. False where there is none.
     virtual bool BuildMap(size_t width, size_t height) = 0;
-    /// Whether the pixel is written already by the frame that the map is made on.
-    virtual bool WrittenAtOnce(size_t, size_t) const { return true; }
+    /// Columns begin up to end of a picture.
+    struct Columns {
+        size_t begin, end;
+    };
+    /// The pixels of row y that are written already by the frame that the map is made on.
+    virtual Columns WrittenAtOnce(size_t) const { return {0, SIZE_MAX}; }
 
     /// Forgets the map. The next one is of that part of pictures, which is not empty.
     void BeginMap(const Rectangle& rectangle);
