@@ -37,7 +37,8 @@ std::vector<JoinSeam> MakeSeams(const JoinCommand& command) {
     for (const std::string& text : command.transitions) seams.push_back(JoinSeamOf(text, usual));
     if (!seams.empty()) return seams;
     if (usual > 0)
-        throw Error(ErrorKind::Usage, "join needs a transition: -e NAME, or -e cut for straight cuts");
+        throw Error(ErrorKind::Usage,
+                    "clips need a transition between them: -e NAME, or -e cut for straight cuts");
     return {{}};
 }
 
@@ -120,21 +121,25 @@ void AddJoin(CLI::App& app, JoinCommand& command) {
                      "write; photo.jpg@5 stands for 5 seconds, of clip.mp4@5 the first 5 are shown")
         ->type_name("")
         ->required();
-    join->add_option("-e,--effect", command.transitions,
-                     "Transition at all seams; given once for each seam, theirs in order. NAME@TIME has a "
-                     "duration of its own, `cut` is a straight cut")
-        ->type_name("NAME[@TIME]")
-        ->allow_extra_args(false);
-    AddTime(*join, "--duration", command.duration,
-            "How long transitions take, 1 if not given; 0 cuts straight");
-    AddTime(*join, "--picture-duration", command.pictureDuration,
-            "How long pictures stand that say no time of their own, 3 if not given");
-    AddMusic(*join, command);
+    AddJoinParts(*join, command);
     AddFilmOptions(*join, command.film);
     join->footer(std::string("Examples:\n  aveffect join a.mp4 b.mov c.mkv out.mp4 -e clock --duration 1\n"
                              "  aveffect join title.png@5 a.mp4 b.mp4 out.mp4 -e crossfade -e cut\n"
                              "  aveffect join *.jpg show.mp4 -e push --size 1080x1920 --fit cover\n\n") +
                  kExitCodeHelp);
+}
+
+void AddJoinParts(CLI::App& app, JoinCommand& command) {
+    app.add_option("-e,--effect", command.transitions,
+                   "Transition at all seams; given once for each seam, theirs in order. NAME@TIME has a "
+                   "duration of its own, `cut` is a straight cut")
+        ->type_name("NAME[@TIME]")
+        ->allow_extra_args(false);
+    AddTime(app, "--duration", command.duration,
+            "How long transitions take, 1 if not given; 0 cuts straight");
+    AddTime(app, "--picture-duration", command.pictureDuration,
+            "How long pictures stand that say no time of their own, 3 if not given");
+    AddMusic(app, command);
 }
 
 void AddSheet(CLI::App& app, SheetCommand& command) {
@@ -166,6 +171,16 @@ TransitionOptions MakeTransitionOptions(const TransitionCommand& command) {
     return options;
 }
 
+JoinOptions MakeJoinParts(const JoinCommand& command, std::span<const std::string> clips) {
+    JoinOptions options;
+    for (const std::string& clip : clips) options.clips.push_back(JoinClipOf(clip));
+    if (clips.size() > 1) options.seams = MakeSeams(command);
+    options.pictureMs = PositiveTime("--picture-duration", command.pictureDuration);
+    if (!command.music.empty()) options.music = MakeMusic(command);
+    options.clipSound = !command.noClipSound;
+    return options;
+}
+
 JoinOptions MakeJoinOptions(const JoinCommand& command) {
     constexpr size_t kFewest = 3; // two clips and the output
     if (command.files.size() < kFewest)
@@ -173,14 +188,8 @@ JoinOptions MakeJoinOptions(const JoinCommand& command) {
                                           std::to_string(command.files.size()) +
                                           (command.files.size() == 1 ? " file" : " files") +
                                           " (see `aveffect join --help`)");
-    JoinOptions options;
+    JoinOptions options = MakeJoinParts(command, std::span(command.files).first(command.files.size() - 1));
     options.film = MakeFilmOptions(command.film, command.files.back());
-    for (size_t index = 0; index + 1 < command.files.size(); ++index)
-        options.clips.push_back(JoinClipOf(command.files[index]));
-    options.seams = MakeSeams(command);
-    options.pictureMs = PositiveTime("--picture-duration", command.pictureDuration);
-    if (!command.music.empty()) options.music = MakeMusic(command);
-    options.clipSound = !command.noClipSound;
     return options;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 /// The command lines of `transition`, `join` and `sheet`.
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -59,9 +60,14 @@ void AddTransition(CLI::App& app, TransitionCommand& command);
 void AddJoin(CLI::App& app, JoinCommand& command);
 void AddSheet(CLI::App& app, SheetCommand& command);
 
+/// What says how clips follow each other, the music among it.
+void AddJoinParts(CLI::App& app, JoinCommand& command);
+
 /// Check and translate the values. Throw Error (Usage) that names the option, the value and what would be
 /// right.
 TransitionOptions MakeTransitionOptions(const TransitionCommand& command);
+/// Those of AddJoinParts(), with clips named as join's are; the film's are left as they are.
+JoinOptions MakeJoinParts(const JoinCommand& command, std::span<const std::string> clips);
 JoinOptions MakeJoinOptions(const JoinCommand& command);
 SheetOptions MakeSheetOptions(const SheetCommand& command);
 

@@ -14,6 +14,7 @@
 #include "cli/player.h"
 #include "cli/progress.h"
 #include "host/settings/catalogue_lookup.h"
+#include "timeline/jobs/film_new.h"
 #include "timeline/jobs/film_page.h"
 #include "timeline/jobs/film_words.h"
 
@@ -197,7 +198,7 @@ int Run(const FilmRenderCommand& command) {
         command.film.run, command.film.progress, command.output, [&command](const RenderObserver& observer) {
             const FilmRenderOptions options = MakeFilmRenderOptions(command);
             MediaHeaders headers;
-            ReadFilm read = ReadOtioFile(command.source.film, MakeOtioTerms(command.source, headers));
+            ReadFilm read = ReadOtioFile(command.source.film, {MakeMediaTerms(command.source), &headers});
             const FilmCheck check = CheckFilm(read.film, headers);
             RequireFaultless(AllFaults(read, check, command.source.strict));
             for (const std::string& text : read.unknown) observer.warning(text);
@@ -209,7 +210,7 @@ int Run(const FilmRenderCommand& command) {
 int Run(const FilmCheckCommand& command) {
     MediaHeaders headers;
     FilmReport report{command.source.film, {}, {}, {}};
-    report.read = ReadOtioFile(report.path, MakeOtioTerms(command.source, headers));
+    report.read = ReadOtioFile(report.path, {MakeMediaTerms(command.source), &headers});
     report.check = CheckFilm(report.read.film, headers);
     report.faults = AllFaults(report.read, report.check, command.source.strict);
     PrintLines(ReportMessages(report, command.source.strict));
@@ -224,7 +225,8 @@ int Run(const FilmShowCommand& command) {
     return RunMedia(
         command.run, ProgressStyle::None, command.html, [&command](const RenderObserver& observer) {
             MediaHeaders headers;
-            const ReadFilm read = ReadOtioFile(command.source.film, MakeOtioTerms(command.source, headers));
+            const ReadFilm read =
+                ReadOtioFile(command.source.film, {MakeMediaTerms(command.source), &headers});
             RequireFaultless(AllFaults(read, {}, command.source.strict));
             for (const std::string& unknown : read.unknown) observer.warning("not used: " + unknown);
             if (command.html.empty())
@@ -234,6 +236,20 @@ int Run(const FilmShowCommand& command) {
                               Interrupted());
             return RenderResult{};
         });
+}
+
+int Run(const FilmNewCommand& command) {
+    return RunMedia(command.join.film.run, ProgressStyle::None, "", [&command](const RenderObserver&) {
+        WriteNewFilm(MakeNewOptions(command), Interrupted());
+        return RenderResult{};
+    });
+}
+
+int Run(const FilmSetCommand& command) {
+    return RunMedia(command.run, ProgressStyle::None, "", [&command](const RenderObserver&) {
+        SetInFilm(MakeSetOptions(command), Interrupted());
+        return RenderResult{};
+    });
 }
 
 int Run(const TimelineCommand& command) {

@@ -3,11 +3,19 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/exit_code.h"
+#include "cli/option_values.h"
 #include "host/support/error.h"
 
 namespace aveffect {
 
 namespace {
+
+void AddMediaTerms(CLI::App& app, FilmSourceArguments& source) {
+    app.add_option("--media-root", source.mediaRoot,
+                   "Directory that all media have to lie in, symbolic links followed")
+        ->type_name("DIRECTORY");
+    app.add_flag("--allow-urls", source.allowUrls, "Let the film name devices, pipes and URLs");
+}
 
 void AddRenderFilm(CLI::App& timeline, FilmRenderCommand& command) {
     CLI::App* const render = timeline.add_subcommand("render", "Render a film");
@@ -44,14 +52,53 @@ void AddShow(CLI::App& timeline, FilmShowCommand& command) {
                  kExitCodeHelp);
 }
 
+void AddNew(CLI::App& timeline, FilmNewCommand& command) {
+    CLI::App* const make = timeline.add_subcommand(
+        "new", "Make a film of clips and pictures with transitions and music, as join renders them");
+    make->add_option("FILM", command.output, "Film to write, an .otio file")->required();
+    make->add_option("FILES", command.join.files,
+                     "Clips and pictures in their order; photo.jpg@5 stands for 5 seconds, of clip.mp4@5 the "
+                     "first 5 are shown")
+        ->type_name("")
+        ->required();
+    AddJoinParts(*make, command.join);
+    make->add_option("--size", command.join.film.framing.size,
+                     "Size of the film's pictures, that of its first clip if not given")
+        ->type_name("WIDTHxHEIGHT");
+    AddRateOption(*make, command.join.film.fps);
+    AddRunOptions(*make, command.join.film.run);
+    make->footer(
+        std::string("Example:\n  aveffect timeline new film.otio title.png@5 a.mp4 b.mp4 -e crossfade\n\n") +
+        kExitCodeHelp);
+}
+
+void AddSet(CLI::App& timeline, FilmSetCommand& command) {
+    CLI::App* const set =
+        timeline.add_subcommand("set", "Change settings of an effect or a transition in a film");
+    set->add_option("FILM", command.source.film, "Film to change, an .otio file")->required();
+    set->add_option("PLACE", command.place,
+                    "Where the effect stands, as show and check name it: tracks[0].children[2].effects[0]")
+        ->required();
+    set->add_option("SETTINGS", command.settings,
+                    "SETTING=VALUE: the effect's own, or preset, from, to, fade_in, fade_out, mix, mask, "
+                    "mask_invert, mask_feather, area, enabled; of a transition, effect")
+        ->type_name("")
+        ->required();
+    set->add_option("-o,--output", command.output, "Film to write instead of changing this one")
+        ->type_name("FILE");
+    AddMediaTerms(*set, command.source);
+    AddRunOptions(*set, command.run);
+    set->footer(
+        std::string("Nothing is written when anything that is set is wrong.\nExample:\n"
+                    "  aveffect timeline set film.otio 'tracks[0].children[2].effects[0]' mix=0.5\n\n") +
+        kExitCodeHelp);
+}
+
 } // namespace
 
 void AddFilmSource(CLI::App& app, FilmSourceArguments& source) {
     app.add_option("FILM", source.film, "Film to read, an .otio file")->required();
-    app.add_option("--media-root", source.mediaRoot,
-                   "Directory that all media have to lie in, symbolic links followed")
-        ->type_name("DIRECTORY");
-    app.add_flag("--allow-urls", source.allowUrls, "Let the film name devices, pipes and URLs");
+    AddMediaTerms(app, source);
     app.add_flag("--strict", source.strict, "Refuse films with anything in them that is not used");
 }
 
@@ -62,6 +109,8 @@ void AddTimeline(CLI::App& app, TimelineCommands& commands) {
     AddRenderFilm(*timeline, commands.render);
     AddCheck(*timeline, commands.check);
     AddShow(*timeline, commands.show);
+    AddNew(*timeline, commands.make);
+    AddSet(*timeline, commands.set);
     timeline->footer(std::string("Example:\n  aveffect timeline render film.otio film.mp4\n"
                                  "`aveffect timeline COMMAND --help` tells more.\n\n") +
                      kExitCodeHelp);
@@ -71,7 +120,9 @@ TimelineCommand ChosenTimeline(const CLI::App& app, const TimelineCommands& comm
     const CLI::App& timeline = *app.get_subcommand("timeline");
     if (timeline.got_subcommand("render")) return commands.render;
     if (timeline.got_subcommand("check")) return commands.check;
-    return commands.show;
+    if (timeline.got_subcommand("show")) return commands.show;
+    if (timeline.got_subcommand("new")) return commands.make;
+    return commands.set;
 }
 
 FilmRenderOptions MakeFilmRenderOptions(const FilmRenderCommand& command) {
@@ -81,15 +132,34 @@ FilmRenderOptions MakeFilmRenderOptions(const FilmRenderCommand& command) {
     return options;
 }
 
-OtioTerms MakeOtioTerms(const FilmSourceArguments& source, MediaHeaders& headers) {
-    OtioTerms terms;
-    terms.media.urls = source.allowUrls;
-    terms.headers = &headers;
+JoinOptions MakeNewOptions(const FilmNewCommand& command) {
+    JoinOptions options = MakeJoinParts(command.join, command.join.files);
+    options.film.output = command.output;
+    options.film.overwrite = command.join.film.run.overwrite;
+    TakeRate(command.join.film.fps, options.film);
+    if (const auto& size = command.join.film.framing.size) {
+        const PictureSize pixels = SizeOption(*size);
+        options.film.framing.width = Extent{static_cast<double>(pixels.width)};
+        options.film.framing.height = Extent{static_cast<double>(pixels.height)};
+    }
+    return options;
+}
+
+FilmSetOptions MakeSetOptions(const FilmSetCommand& command) {
+    FilmSetOptions options{command.source.film, command.place,         command.settings,
+                           command.output,      command.run.overwrite, {}};
+    options.terms.media = MakeMediaTerms(command.source);
+    return options;
+}
+
+MediaTerms MakeMediaTerms(const FilmSourceArguments& source) {
+    MediaTerms terms;
+    terms.urls = source.allowUrls;
     if (source.mediaRoot.empty()) return terms;
     if (!std::filesystem::is_directory(source.mediaRoot))
         throw Error(ErrorKind::Usage,
                     "--media-root takes a directory that exists, not '" + source.mediaRoot + "'");
-    terms.media.root = source.mediaRoot;
+    terms.root = source.mediaRoot;
     return terms;
 }
 

@@ -8,6 +8,7 @@
 #include "cli/film_arguments.h"
 #include "cli/run_arguments.h"
 #include "timeline/jobs/film_render.h"
+#include "timeline/jobs/film_set.h"
 #include "timeline/otio/film_reader.h"
 
 namespace CLI {
@@ -41,14 +42,29 @@ struct FilmShowCommand {
     RunArguments run;
 };
 
+struct FilmNewCommand {
+    std::string output;
+    JoinCommand join; ///< its files are the clips
+};
+
+struct FilmSetCommand {
+    FilmSourceArguments source;
+    std::string place, output;
+    std::vector<std::string> settings;
+    RunArguments run;
+};
+
 /// What parsing fills, one for each of its commands.
 struct TimelineCommands {
     FilmRenderCommand render;
     FilmCheckCommand check;
     FilmShowCommand show;
+    FilmNewCommand make;
+    FilmSetCommand set;
 };
 
-using TimelineCommand = std::variant<FilmRenderCommand, FilmCheckCommand, FilmShowCommand>;
+using TimelineCommand =
+    std::variant<FilmRenderCommand, FilmCheckCommand, FilmShowCommand, FilmNewCommand, FilmSetCommand>;
 
 /// Add the commands to the program's; what is parsed goes into the command.
 void AddTimeline(CLI::App& app, TimelineCommands& commands);
@@ -62,7 +78,10 @@ void AddFilmSource(CLI::App& app, FilmSourceArguments& source);
 /// Check and translate the values. Throw Error (Usage) that names the option, the value and what would be
 /// right.
 FilmRenderOptions MakeFilmRenderOptions(const FilmRenderCommand& command);
-/// The terms of media, without a folder.
-OtioTerms MakeOtioTerms(const FilmSourceArguments& source, MediaHeaders& headers);
+JoinOptions MakeNewOptions(const FilmNewCommand& command);
+FilmSetOptions MakeSetOptions(const FilmSetCommand& command);
+
+/// Which media the film may name, without a folder.
+MediaTerms MakeMediaTerms(const FilmSourceArguments& source);
 
 } // namespace aveffect

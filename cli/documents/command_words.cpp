@@ -60,7 +60,7 @@ Offer OfferOf(const CLI::App& command, const OptionWords& option, bool positiona
     if (name == "--effect") {
         if (option.type.starts_with("NAME[/PRESET]")) return {Offer::Kind::VideoSetting};
         Offer transitions = {Offer::Kind::Words, EffectNames(true)};
-        if (command.get_name() == "join") transitions.words.emplace_back("cut");
+        if (command.get_name() != "transition") transitions.words.emplace_back("cut");
         return transitions;
     }
     Offer offer = {Offer::Kind::Words, UsualWords(name)};

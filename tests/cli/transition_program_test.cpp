@@ -248,7 +248,7 @@ TEST_F(TransitionProgram, WhatIsWrongIsSaidInOneLine) {
         {2,
          {"join", "a.png", "o.mkv", "-e", "EffectNameMkFade"},
          "join takes two clips or more and the output"},
-        {2, {"join", "a.png", "b.png", "o.mkv"}, "join needs a transition: -e NAME, or -e cut"},
+        {2, {"join", "a.png", "b.png", "o.mkv"}, "clips need a transition between them: -e NAME, or -e cut"},
         {2,
          {"join", "a.png", "b.png", "o.mkv", "-e", "cut", "-e", "roll"},
          "2 clips have 1 seam, but 2 transitions"},

@@ -228,9 +228,10 @@ void RequireFaultless(const std::vector<FilmFault>& faults) {
     if (faults.empty()) return;
     const bool film =
         std::ranges::any_of(faults, [](const FilmFault& fault) { return fault.kind == ErrorKind::Usage; });
-    std::string lines;
-    for (const FilmFault& fault : faults) lines += (lines.empty() ? "" : "\n") + fault.Text();
-    throw Error(film ? ErrorKind::Usage : ErrorKind::Input, lines);
+    std::string others;
+    for (size_t index = 1; index < faults.size(); ++index)
+        others += (index > 1 ? "\n" : "") + faults[index].Text();
+    throw Error(film ? ErrorKind::Usage : ErrorKind::Input, faults.front().Text(), others);
 }
 
 } // namespace aveffect

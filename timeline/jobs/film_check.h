@@ -21,8 +21,8 @@ FilmCheck CheckFilm(const Film& film, MediaHeaders& headers);
 /// All that is wrong with what was read and checked. Strict: what is not used is a fault.
 std::vector<FilmFault> AllFaults(const ReadFilm& read, const FilmCheck& check, bool strict);
 
-/// Throws Error with all faults, a line for each, when there are any: of the kind that is worst, the film's
-/// own (Usage) before media (Input).
+/// Throws Error with all faults when there are any, the first one as its message and the others below it: of
+/// the kind that is worst, the film's own (Usage) before media (Input).
 void RequireFaultless(const std::vector<FilmFault>& faults);
 
 } // namespace aveffect

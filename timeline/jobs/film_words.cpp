@@ -165,9 +165,10 @@ std::string MediaText(const FilmMedia& media) {
 }
 
 std::string TransitionText(const FilmItem::Transition& transition) {
-    return Quoted(transition.name) + " " + EffectText(transition.effect) + ", " +
-           SecondsText(transition.before) + " before the cut and " + SecondsText(transition.after) +
-           " behind it";
+    const std::string effect = EffectText(transition.effect);
+    const std::string name = transition.name == effect ? "" : Quoted(transition.name) + " ";
+    return name + effect + ", " + SecondsText(transition.before) + " before the cut and " +
+           SecondsText(transition.after) + " behind it";
 }
 
 std::string LastStep(const std::string& place) {

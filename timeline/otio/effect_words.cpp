@@ -82,6 +82,8 @@ std::string TimeText(const std::string& name, const OtioJson& value) {
 /// A value that stands still.
 std::string ValueText(const std::string& name, const OtioJson& value, Form form, const MediaTerms& terms) {
     if (form == Form::Time) return TimeText(name, value);
+    if (form == Form::Share && value.is_number() && (value.get<double>() < 0 || value.get<double>() > 1))
+        Refuse(name + " is " + Shown(value) + ", but should be from 0 to 1, or a text such as \"50%\"");
     if (value.is_number())
         return NumberText(form == Form::Share ? value.get<double>() * 100 : value.get<double>());
     if (value.is_boolean()) return value.get<bool>() ? "on" : "off";
@@ -246,6 +248,11 @@ const EffectInfo* FindEffect(const std::string& name, const std::string& place, 
 std::string OwnEffectName(const std::string& effectName) {
     constexpr std::string_view kOurs = "aveffect.";
     return effectName.starts_with(kOurs) ? effectName.substr(kOurs.size()) : "";
+}
+
+bool IsEffectMember(const std::string& name) {
+    return name == "preset" ||
+           std::ranges::any_of(kReachWords, [&](const ReachWord& word) { return name == word.member; });
 }
 
 std::optional<EffectSpec> ReadEffectWords(const std::string& name, const OtioJson& words,

@@ -13,6 +13,10 @@ namespace aveffect {
 /// "aveffect.bulge" is bulge; empty for effects of others.
 std::string OwnEffectName(const std::string& effectName);
 
+/// Whether metadata.aveffect of an effect has such a member beside its settings and keyframes: preset, from,
+/// mix and so on.
+bool IsEffectMember(const std::string& name);
+
 /// The effect of that name (or NAME/PRESET) with what metadata.aveffect says; absent when anything is wrong,
 /// all of which is among the findings.
 std::optional<EffectSpec> ReadEffectWords(const std::string& name, const OtioJson& words,
