@@ -42,10 +42,10 @@ for page in aveffect aveffect-render aveffect-effects; do
 done
 [ -e /usr/share/doc/aveffect/recipes.md ] && [ -e /usr/share/doc/aveffect/api/index.html ] || fail "no documentation"
 
-cmake -S in/examples -B examples -G Ninja -DCMAKE_BUILD_TYPE=Release >cmake.log && cmake --build examples >>cmake.log || { cat cmake.log; fail "CMake"; }
+cmake -S /usr/share/doc/aveffect/examples -B examples -G Ninja -DCMAKE_BUILD_TYPE=Release >cmake.log && cmake --build examples >>cmake.log || { cat cmake.log; fail "CMake"; }
 in/examples.sh examples || failed=1
 read -ra flags < <(pkg-config --cflags --libs aveffect)
-g++ -std=c++20 -DPLUGIN_DIR="\"$(pkg-config --variable=plugindir aveffect)\"" in/examples/smallest_host.cpp -o host "${flags[@]}"
+g++ -std=c++20 -DPLUGIN_DIR="\"$(pkg-config --variable=plugindir aveffect)\"" /usr/share/doc/aveffect/examples/smallest_host.cpp -o host "${flags[@]}"
 [ "$(./host)" = "255 254 253 9" ] || fail "the host that pkg-config helped to build fails"
 
 apt-get purge -y -qq "${packages[@]}" >purge.log 2>&1 || { cat purge.log; fail "purge fails"; }

@@ -15,7 +15,7 @@ apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created
 [ -s "$work/sources.list" ] && from=("$work/sources.list") || from=()
 
 mkdir "$work/in"
-cp -r "$packages"/*.deb "$source/examples" "$source/tests/packages/inside.sh" "$source/tests/packages/examples.sh" "$work/in/"
+cp -r "$packages"/*.deb "$source/tests/packages/inside.sh" "$source/tests/packages/examples.sh" "$work/in/"
 mmdebstrap --quiet --mode=auto --variant=apt --aptopt='APT::Install-Recommends "0"' --include="$needs,$tools" --format=null \
   --customize-hook="touch $work/made" --customize-hook="copy-in $work/in /root" --customize-hook='chroot "$1" bash /root/in/inside.sh' \
   bookworm /dev/null ${from[@]+"${from[@]}"} >"$work/log" 2>&1 && exit 0
