@@ -89,9 +89,10 @@ void SetInFilm(const FilmSetOptions& options, const std::atomic<bool>& cancel) {
     RequireOurs(object, options.place);
     for (const std::string& setting : options.settings) SetOne(object, setting);
     const std::string text = DocumentText(document);
+    object["enabled"] = true; // what is switched off would not be looked at
     OtioTerms terms = options.terms;
     terms.media.folder = std::filesystem::path(options.film).parent_path();
-    RequireFaultlessAt(PathIn(options.place), ReadOtio(text, terms));
+    RequireFaultlessAt(PathIn(options.place), ReadOtio(DocumentText(document), terms));
     WriteTextFile(inPlace ? options.film : options.output, text, inPlace || options.overwrite, cancel);
 }
 
