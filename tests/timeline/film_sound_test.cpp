@@ -247,6 +247,10 @@ TEST_F(FilmSoundTest, LimiterTurnsDownOnlyWhatIsTooLoud) {
     EXPECT_NEAR(loudest(plain), 2 * 20000.0 / 32768, 1e-4); // the encoder's to cut
     EXPECT_LE(loudest(limited), 1);
     EXPECT_GT(loudest(limited), 0.9);
+    m_filmEffects = With({}, {"volume/half"}).effects; // works in 16 bits, which cut nothing off here
+    const auto half = Play(tracks);
+    EXPECT_TRUE(std::ranges::equal(plain, half,
+                                   [](float one, float other) { return std::abs(one / 2 - other) < 6e-4F; }));
     // Untouched before it, and some tenths of a second behind it, to the sample.
     EXPECT_TRUE(std::equal(plain.begin(), plain.begin() + 2 * 239000, limited.begin()));
     EXPECT_TRUE(std::equal(plain.begin() + 2 * 312000, plain.end(), limited.begin() + 2 * 312000));

@@ -54,6 +54,27 @@ private:
     std::vector<std::unique_ptr<SampleSource>> m_sounds;
 };
 
+/// Louder or softer.
+class ScaledSound : public SampleSource {
+public:
+    /// What comes before outlives it.
+    ScaledSound(SampleSource& before, float factor)
+        : m_before(before)
+        , m_factor(factor) {}
+
+    int64_t Available(int64_t wanted) override { return m_before.Available(wanted); }
+    mediabridge::AVFramePtr Pop(int64_t samples) override {
+        auto sound = m_before.Pop(samples);
+        auto* const first = reinterpret_cast<float*>(sound->data[0]);
+        for (int64_t at = 0; at < samples * sound->ch_layout.nb_channels; ++at) first[at] *= m_factor;
+        return sound;
+    }
+
+private:
+    SampleSource& m_before;
+    float m_factor;
+};
+
 /// Makes one item's sound, on a clock's samples.
 class ItemSoundMaker {
 public:
@@ -131,19 +152,22 @@ void ItemSoundMaker::AddContents(const FilmTime& zero, int64_t from, const Media
     m_line->Add<DecodedSound>(shape, kFilmSamples);
 }
 
-// Start: of the sound that goes in, in samples from the item's beginning.
+// Start: of the sound that goes in, in samples from the item's beginning. Whole numbers can't say how loud
+// several sounds together may be, which the limiter is for; so they are made softer for an effect that takes
+// nothing else. Two bits of sixteen are lost, but nothing is cut off.
 void ItemSoundMaker::AddEffect(const EffectSpec& effect, int64_t start) {
+    constexpr float kHeadroom = 4;
     const SoundShape& shape = m_terms.shape;
     const AVSampleFormat format = SoundFormatFor({effect}, kFilmSamples);
-    const auto convert = [&](AVSampleFormat from, AVSampleFormat to) {
-        if (format != kFilmSamples) m_line->Add<ConvertedSound>(m_line->Last(), from, shape.rate, to, shape);
-    };
     const TimeSpan span{0, m_item.duration.Milliseconds(), m_terms.pictureRate.num, m_terms.pictureRate.den};
-    convert(kFilmSamples, format);
+    const bool other = format != kFilmSamples, sums = other && m_item.kind != Kind::Clip;
+    if (sums) m_line->Add<ScaledSound>(m_line->Last(), 1 / kHeadroom);
+    if (other) m_line->Add<ConvertedSound>(m_line->Last(), kFilmSamples, shape.rate, format, shape);
     m_line->Add<StagedSound>(m_line->Last(),
                              AudioStage(m_terms.plugin, m_terms.manager, effect, span, shape.rate), start,
                              shape, format);
-    convert(format, kFilmSamples);
+    if (other) m_line->Add<ConvertedSound>(m_line->Last(), format, shape.rate, kFilmSamples, shape);
+    if (sums) m_line->Add<ScaledSound>(m_line->Last(), kHeadroom);
 }
 
 std::vector<Voice> ItemSoundMaker::Voices(const FilmTime& zero) const {
