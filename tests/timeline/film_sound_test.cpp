@@ -297,12 +297,13 @@ TEST_F(FilmSoundTest, IsTheSameWhereverItBegins) {
                       slow = Write("slow.wav", 25 * 44100, Noise, 44100),
                       flac = Write("noise.flac", 9 * kRate, Noise),
                       alac = Write("alac.m4a", 20 * 44100, Noise, 44100),
-                      aac = Write("tone.m4a", 9 * kRate, Tone), matroska = Write("tone.mka", 9 * kRate, Tone);
+                      aac = Write("tone.m4a", 9 * kRate, Tone),
+                      matroska = Write("tone.mka", 10 * kRate, Tone);
     const std::string fade = "fade-sound:fader_duration=4000:fader_start_scale=0:fader_end_scale=1";
-    FilmItem lossy = MakeTrack({With(MakeClip(aac, Ms(3100), Ms(4000)), {fade}),
-                                With(MakeClip(matroska, Ms(4010), Ms(3000)), {fade}),
-                                At({3, 2}, MakeClip(flac, Ms(1000), Ms(4000))), Make(Kind::Gap, Ms(1000)),
-                                MakeClip(tone, {}, Ms(11000))});
+    FilmItem lossy =
+        MakeTrack({With(MakeClip(aac, Ms(3100), Ms(4000)), {fade}), MakeClip(matroska, Ms(6011), Ms(3000)),
+                   At({3, 2}, MakeClip(flac, Ms(1000), Ms(4000))), Make(Kind::Gap, Ms(1000)),
+                   MakeClip(tone, {}, Ms(11000))});
     lossy.transitions = {{1, Ms(300), Ms(200), {}, "", ""}, {2, Ms(300), Ms(200), {}, "", ""}};
     FilmItem nested = MakeTrack({Make(
         Kind::Stack, Ms(20000), {With(MakeTrack({MakeClip(slow, Ms(333), Ms(23000))}), {"volume/half"})})});
@@ -312,14 +313,18 @@ TEST_F(FilmSoundTest, IsTheSameWhereverItBegins) {
     const std::vector<FilmItem> tracks{lossy, nested, MakeTrack({MakeClip(alac, Ms(1234), Ms(17000))}),
                                        MakeTrack({MakeClip(tone, {}, Ms(23000))})};
     m_filmEffects = With({}, {"volume:audio_volume=0=50;23=90"}).effects;
-    const Samples whole = Play(tracks, true);
-    ASSERT_EQ(whole.size(), 2u * 23 * kRate);
-    for (const int64_t ms : {1, 3800, 4100, 7700, 9999, 10000, 12345, 22990}) {
-        const Samples part = Play(tracks, true, Ms(ms), 1000);
-        ASSERT_EQ(part.size(), whole.size() - static_cast<size_t>(96 * ms));
-        const auto differs = std::mismatch(part.begin(), part.end(), whole.begin() + 96 * ms).first;
-        EXPECT_EQ(differs, part.end()) << "from " << ms << " ms, sample " << (differs - part.begin()) / 2;
-    }
+    const auto expectSame = [&](bool limiter, const std::vector<int64_t>& moments) {
+        const Samples whole = Play(tracks, limiter);
+        ASSERT_EQ(whole.size(), 2u * 23 * kRate);
+        for (const int64_t ms : moments) {
+            const Samples part = Play(tracks, limiter, Ms(ms), 1000);
+            ASSERT_EQ(part.size(), whole.size() - static_cast<size_t>(96 * ms));
+            const auto differs = std::mismatch(part.begin(), part.end(), whole.begin() + 96 * ms).first;
+            EXPECT_EQ(differs, part.end()) << "from " << ms << " ms, sample " << (differs - part.begin()) / 2;
+        }
+    };
+    expectSame(false, {1, 3800, 4100, 6501, 7700, 12345});
+    expectSame(true, {9999, 10000, 21234}); // a limiter begins to listen at 9 and at 19 s
 }
 
 TEST_F(FilmSoundTest, TakesTheShapeOfTheFirstSound) {
