@@ -128,7 +128,7 @@ TEST_F(TimelineProgramTest, SetsWhatIsRightAndNothingElse) {
         {{place, "mix"}, "write SETTING=VALUE"},
         {{"tracks[0].children[1]", "effect=gray"}, "gray is no transition"},
         {{"tracks[0].children[0]", "mix=1"}, "is a Clip, no effect or transition"},
-        {{"tracks[7]", "mix=1"}, "'children' has 3 there"},
+        {{"tracks[7]", "mix=1"}, "'children' has 2 there"},
     };
     for (const auto& one : wrong) {
         const Outcome refused = On("set", one.arguments);
