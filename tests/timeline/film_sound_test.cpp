@@ -20,7 +20,6 @@ using Samples = std::vector<float>; // stereo
 using Kind = FilmItem::Kind;
 
 constexpr int kRate = 48000;
-constexpr AVRational kFilmRate{30000, 1001};
 
 FilmTime Ms(int64_t milliseconds) { return {milliseconds, {1000, 1}}; }
 
