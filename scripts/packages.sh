@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-build= to=dist
+build='' to=dist
 while [ $# -gt 0 ]; do
   case $1 in
     --build) build=$(realpath "$2") ;;
