@@ -9,6 +9,7 @@ foreach(header ${AVEFFECT_HOST_HEADERS})
 endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/docs/api/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
 add_custom_target(api
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${PROJECT_BINARY_DIR}/share/doc/aveffect/api
   COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/share/doc/aveffect
   COMMAND ${DOXYGEN} ${PROJECT_BINARY_DIR}/Doxyfile
   VERBATIM)
