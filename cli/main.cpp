@@ -17,6 +17,7 @@
 #include "timeline/jobs/film_new.h"
 #include "timeline/jobs/film_page.h"
 #include "timeline/jobs/film_words.h"
+#include "timeline/otio/metadata_schema.h"
 
 namespace aveffect {
 
@@ -251,6 +252,8 @@ int Run(const FilmSetCommand& command) {
         return RenderResult{};
     });
 }
+
+int Run(const FilmSchemaCommand&) { return PrintText(MetadataSchema().dump(kJsonIndent) + "\n"); }
 
 int Run(const TimelineCommand& command) {
     return std::visit([](const auto& chosen) { return Run(chosen); }, command);

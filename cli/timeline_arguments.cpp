@@ -111,6 +111,10 @@ void AddTimeline(CLI::App& app, TimelineCommands& commands) {
     AddShow(*timeline, commands.show);
     AddNew(*timeline, commands.make);
     AddSet(*timeline, commands.set);
+    timeline->add_subcommand("schema", "Print the JSON Schema of what films say to this program")
+        ->footer(std::string("It is also installed, as share/aveffect/metadata.schema.json.\n"
+                             "Example:\n  aveffect timeline schema >metadata.schema.json\n\n") +
+                 kExitCodeHelp);
     timeline->footer(std::string("Example:\n  aveffect timeline render film.otio film.mp4\n"
                                  "`aveffect timeline COMMAND --help` tells more.\n\n") +
                      kExitCodeHelp);
@@ -122,7 +126,8 @@ TimelineCommand ChosenTimeline(const CLI::App& app, const TimelineCommands& comm
     if (timeline.got_subcommand("check")) return commands.check;
     if (timeline.got_subcommand("show")) return commands.show;
     if (timeline.got_subcommand("new")) return commands.make;
-    return commands.set;
+    if (timeline.got_subcommand("set")) return commands.set;
+    return commands.schema;
 }
 
 FilmRenderOptions MakeFilmRenderOptions(const FilmRenderCommand& command) {

@@ -54,6 +54,8 @@ struct FilmSetCommand {
     RunArguments run;
 };
 
+struct FilmSchemaCommand {};
+
 /// What parsing fills, one for each of its commands.
 struct TimelineCommands {
     FilmRenderCommand render;
@@ -61,10 +63,11 @@ struct TimelineCommands {
     FilmShowCommand show;
     FilmNewCommand make;
     FilmSetCommand set;
+    FilmSchemaCommand schema;
 };
 
-using TimelineCommand =
-    std::variant<FilmRenderCommand, FilmCheckCommand, FilmShowCommand, FilmNewCommand, FilmSetCommand>;
+using TimelineCommand = std::variant<FilmRenderCommand, FilmCheckCommand, FilmShowCommand, FilmNewCommand,
+                                     FilmSetCommand, FilmSchemaCommand>;
 
 /// Add the commands to the program's; what is parsed goes into the command.
 void AddTimeline(CLI::App& app, TimelineCommands& commands);

@@ -15,6 +15,8 @@ if [ "${1:-}" != program ]; then
   packages+=(dpkg-dev debhelper lintian mmdebstrap doxygen)
   # The shells that complete, and what reads man pages.
   packages+=(zsh fish man-db groff-base mandoc bsdutils)
+  # What holds films to their schema.
+  packages+=(python3-jsonschema)
   # Programs that try the adapters, and the headers that they are held to.
   packages+=(ladspa-sdk lv2-dev lilv-utils sordi frei0r-plugins-dev sox melt mpv gstreamer1.0-tools gstreamer1.0-plugins-{base,good,bad})
 fi

@@ -1,4 +1,5 @@
-// Writes man pages and shells' completion: write_documents SCRIPTS FOLDER VERSION DATE
+// Writes man pages, shells' completion and the schema of films' metadata: write_documents SCRIPTS FOLDER
+// VERSION DATE
 //
 // SCRIPTS is the folder with the shells' scripts, FOLDER what share/ is to be under the install prefix.
 #include <filesystem>
@@ -8,6 +9,7 @@
 
 #include "cli/documents/completion.h"
 #include "cli/documents/manuals.h"
+#include "timeline/otio/metadata_schema.h"
 
 namespace {
 
@@ -58,6 +60,8 @@ int main(int count, char** arguments) try {
     WriteScript(scripts / "aveffect.zsh", ZshTables(commands), folder / "zsh/site-functions/_aveffect");
     WriteScript(scripts / "aveffect.fish", FishTables(commands),
                 folder / "fish/vendor_completions.d/aveffect.fish");
+    constexpr int kIndent = 2;
+    Write(folder / "aveffect/metadata.schema.json", aveffect::MetadataSchema().dump(kIndent) + "\n");
     return 0;
 } catch (const std::exception& failure) {
     std::cerr << "write_documents: " << failure.what() << "\n";
