@@ -7,6 +7,7 @@ cd "$(dirname "$0")/.."
 
 build='' to=dist
 while [ $# -gt 0 ]; do
+  [ $# -gt 1 ] || set -- help help
   case $1 in
     --build) build=$(realpath "$2") ;;
     --to) to=$2 ;;
@@ -21,6 +22,8 @@ if [ -z "$build" ]; then
     if cmake --build build --target help | grep -q "^$target:"; then cmake --build build --target "$target"; fi
   done
 fi
+
+[ -e "$build/bin/libAVEffect.so" ] || { echo "$build holds no release build: scripts/build.sh release makes one" >&2; exit 1; }
 
 # Packed beside the source, which stays as it is.
 work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT
