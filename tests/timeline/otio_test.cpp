@@ -177,6 +177,13 @@ TEST(OtioTest, FindsEveryFault) {
          "'ease-in'"},
         {effect("aveffect.gray", R"({"mix":0.5,"keyframes":{"mix":[{"time":0,"value":1}]}})"),
          "@mix is set twice"},
+        {effect("aveffect.spherize/bulge:@mask=/dev/zero", "{}"), "unknown preset"},
+        {effect("aveffect.gray", R"({"keyframes":{"mask":[{"time":0,"value":"/dev/zero"}]}})"),
+         "has no keyframes"},
+        {effect("aveffect.gray", R"({"mask":"/dev/zero"})"), "'/dev/zero' is no file but a device"},
+        {Timeline(
+             R"({"OTIO_SCHEMA":"Clip.1","media_reference":{"OTIO_SCHEMA":"ImageSequenceReference.1","name_suffix":"/x"}})"),
+         "name_suffix is"},
         {effect("aveffect.crossfade", "{}"), "is a transition, which stands between clips"},
         {dissolve("25", "0"), R"(in_offset is 1.042 s, but tracks[0].children[0] "c" lasts 1.0 s)"},
         {dissolve("0", "25"), "out_offset is 1.042 s"},

@@ -210,6 +210,8 @@ private:
 FilmCheck CheckFilm(const Film& film, MediaHeaders& headers) {
     FilmCheck found;
     constexpr AVRational kUsual{25, 1};
+    if (!(film.stack.duration > FilmTime()))
+        found.faults.push_back({"", "the film is empty: no item in it takes any time", ErrorKind::Usage});
     FilmChecker(found, headers, film.wishes.rate.value_or(kUsual))
         .Check(film.stack, FilmItem::Carries::Pictures);
     return found;

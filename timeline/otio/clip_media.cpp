@@ -20,6 +20,8 @@ NumberedMedia ReadNumbered(const OtioJson& reference, const MediaTerms& terms) {
     const std::string folder = TextOf(reference, "target_url_base");
     numbered.before = NumberedPlace(folder, TextOf(reference, "name_prefix"), terms);
     numbered.after = TextOf(reference, "name_suffix");
+    if (numbered.after.find_first_of(std::string("/\0", 2)) != std::string::npos)
+        Refuse("name_suffix is " + Shown(numbered.after) + ", but should be the end of a file's name");
     numbered.first = WholeOf(reference, "start_frame", 1);
     numbered.step = WholeOf(reference, "frame_step", 1);
     numbered.digits = WholeOf(reference, "frame_zero_padding", 0);
@@ -44,6 +46,7 @@ const OtioJson* ActiveReference(const OtioJson& clip) {
     if (!several) return Member(clip, "media_reference");
     const std::string key = TextOf(clip, "active_media_reference_key", "DEFAULT_MEDIA");
     const OtioJson& references = ObjectOf(clip, "media_references");
+    if (references.empty()) return nullptr;
     const auto active = references.find(key);
     if (active == references.end())
         Refuse("active_media_reference_key is \"" + key + "\", but media_references has no such member");

@@ -184,6 +184,7 @@ private:
     }
 
     std::string KeyframesText(const std::string& name, const OtioJson& keys) const {
+        if (FormOf(name) == Form::File) Refuse(name + " is a file and has no keyframes");
         if (!keys.is_array() || keys.empty())
             Refuse("keyframes of " + name + " are " + Shown(keys) +
                    ", but should be a list of {\"time\": ..., \"value\": ...}");
@@ -274,9 +275,12 @@ std::optional<EffectSpec> ReadEffectWords(const std::string& name, const OtioJso
     RefuseOthers(words, "metadata.aveffect", known, place, findings);
     std::optional<EffectSpec> spec;
     findings.Try(place, [&] {
-        std::string whole = name;
-        if (const std::string preset = TextOf(words, "preset"); !preset.empty())
-            whole = name + "/" + std::string(RequirePreset(*effect, preset).name);
+        // Of the name no more than effect and preset counts: settings would not be looked at.
+        const size_t slash = name.find('/');
+        const std::string named = slash == std::string::npos ? "" : name.substr(slash + 1);
+        const std::string preset = TextOf(words, "preset", named);
+        std::string whole(effect->shortName);
+        if (!preset.empty()) whole.append("/").append(RequirePreset(*effect, preset).name);
         spec = EffectWords(*effect, words, terms, place, findings).Parse(whole);
     });
     return spec;
@@ -287,13 +291,13 @@ std::optional<EffectSpec> ReadTransitionWords(const OtioJson& words, const Media
     std::optional<EffectSpec> spec;
     findings.Try(place, [&] {
         const std::string name = TextOf(words, "effect", "crossfade");
-        const EffectInfo* const effect = FindEffect(name.substr(0, name.find('/')), place, findings);
+        const EffectInfo* const effect = FindEffect(name, place, findings);
         if (!effect) return;
         if (effect->kind != AVBased::EffectKind::Transition)
             Refuse(name + " is no transition, but " + std::string(effect->title) +
                    "; `aveffect list` shows those there are");
         RefuseOthers(words, "metadata.aveffect", {"effect", "settings"}, place, findings);
-        spec = EffectWords(*effect, words, terms, place, findings).Parse(name);
+        spec = EffectWords(*effect, words, terms, place, findings).Parse(std::string(effect->shortName));
     });
     const auto fromFilm = [](const PropertySetting& setting) {
         return std::ranges::any_of(AVBased::catalogue::kTransitionProperties,
