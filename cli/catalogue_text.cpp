@@ -219,13 +219,12 @@ std::string ExampleSetting(const EffectInfo& effect) {
     return text;
 }
 
-std::string ExampleText(const EffectInfo& effect) {
+std::string ExampleCommand(const EffectInfo& effect) {
     const std::string shortName(effect.shortName);
     if (effect.kind == EffectKind::Transition)
-        return "  aveffect transition a.jpg b.jpg out.mp4 -e " + shortName + " --duration 2\n";
+        return "aveffect transition a.jpg b.jpg out.mp4 -e " + shortName + " --duration 2";
     const bool sound = effect.kind == EffectKind::Audio;
-    return "  aveffect render in.mp4 out.mp4 " + std::string(sound ? "-a " : "-e ") + ExampleSetting(effect) +
-           "\n";
+    return "aveffect render in.mp4 out.mp4 " + std::string(sound ? "-a " : "-e ") + ExampleSetting(effect);
 }
 
 std::string DescribeText(const EffectInfo& effect) {
@@ -243,7 +242,7 @@ std::string DescribeText(const EffectInfo& effect) {
     text += PropertyText(AVBased::kDurationProperty, width);
     text += std::string(width + 4, ' ') + "(set by the program to how long the effect lasts)\n";
     text += ReachText(effect);
-    return text + "\nExample\n" + ExampleText(effect);
+    return text + "\nExample\n  " + ExampleCommand(effect) + "\n";
 }
 
 } // namespace aveffect

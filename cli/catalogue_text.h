@@ -39,4 +39,7 @@ std::string DescribeText(const AVBased::EffectInfo& effect);
 /// The effect with some settings, as the option -e takes it.
 std::string ExampleSetting(const AVBased::EffectInfo& effect);
 
+/// A command that applies it.
+std::string ExampleCommand(const AVBased::EffectInfo& effect);
+
 } // namespace aveffect

@@ -17,6 +17,8 @@ if [ "${1:-}" != program ]; then
   packages+=(zsh fish man-db groff-base mandoc bsdutils)
   # What holds films to their schema.
   packages+=(python3-jsonschema)
+  # What makes the manual, and the browser that tries it.
+  packages+=(cmark-gfm chromium chromium-driver python3-selenium)
   # Programs that try the adapters, and the headers that they are held to.
   packages+=(ladspa-sdk lv2-dev lilv-utils sordi frei0r-plugins-dev sox melt mpv gstreamer1.0-tools gstreamer1.0-plugins-{base,good,bad})
 fi
