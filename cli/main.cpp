@@ -10,9 +10,11 @@
 #include "cli/exit_code.h"
 #include "cli/film_report.h"
 #include "cli/interruption.h"
+#include "cli/manual_page.h"
 #include "cli/messages.h"
 #include "cli/player.h"
 #include "cli/progress.h"
+#include "host/effects/plugin.h"
 #include "host/settings/catalogue_lookup.h"
 #include "timeline/jobs/film_new.h"
 #include "timeline/jobs/film_page.h"
@@ -114,7 +116,10 @@ int Run(const ListCommand& command) {
 
 int Run(const DescribeCommand& command) {
     const AVBased::EffectInfo& effect = RequireEffect(command.effect);
-    return PrintText(command.json ? EffectJson(effect).dump(kJsonIndent) + "\n" : DescribeText(effect));
+    if (command.json) return PrintText(EffectJson(effect).dump(kJsonIndent) + "\n");
+    const std::filesystem::path page = ManualPage(effect, ExecutableDirectory());
+    return PrintText(DescribeText(effect) +
+                     (page.empty() ? "" : "\nWith pictures\n  file://" + page.string() + "\n"));
 }
 
 int Run(const RenderCommand& command) {

@@ -8,7 +8,6 @@ namespace aveffect::manual {
 
 using AVBased::EffectInfo;
 using AVBased::EffectKind;
-using AVBased::EffectPreset;
 using AVBased::PropertyInfo;
 using AVBased::ValueKind;
 

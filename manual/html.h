@@ -13,8 +13,10 @@ struct TextPage {
 };
 
 inline constexpr TextPage kTextPages[] = {
-    {"cli", "The program"},           {"recipes", "Recipes"}, {"in-other-programs", "Other programs"},
-    {"host-library", "Host library"}, {"speed", "Speed"},     {"reliability", "Reliability"}};
+    {"cli", "The program"},           {"recipes", "Recipes"},
+    {"timelines", "Timelines"},       {"in-other-programs", "Other programs"},
+    {"host-library", "Host library"}, {"speed", "Speed"},
+    {"reliability", "Reliability"}};
 
 /// Where a page lies: what leads from it to the manual's own folder. "" or "../".
 struct Root {

@@ -10,6 +10,7 @@ namespace aveffect::manual {
 
 void RunProgram(std::vector<std::string> words, const std::filesystem::path& output) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;

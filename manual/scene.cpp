@@ -160,8 +160,8 @@ Drawing Draw(ColourAt colourAt) {
         for (int column = 0; column < kSceneWidth; ++column) {
             Colour sum{0, 0, 0};
             for (int sample = 0; sample < kSamples * kSamples; ++sample) {
-                const Colour colour = colourAt(column + (sample % kSamples + 0.5) * kStep,
-                                               row + (sample / kSamples + 0.5) * kStep);
+                const int across = sample % kSamples, down = sample / kSamples;
+                const Colour colour = colourAt(column + (across + 0.5) * kStep, row + (down + 0.5) * kStep);
                 sum = {sum.red + colour.red, sum.green + colour.green, sum.blue + colour.blue};
             }
             for (const double value : {sum.red, sum.green, sum.blue})

@@ -99,8 +99,9 @@ std::string MovingSetting(const EffectInfo& effect) {
         if (!swings || std::isnan(property.neutral)) continue;
         const std::string unit = setting.percentage ? "%" : "";
         const std::string still = NumberText(property.neutral) + unit;
-        return PresetName(effect, preset) + ":" + property.name + "=0%~=" + still +
-               ";50%~=" + NumberText(setting.value) + unit + ";100%~=" + still;
+        std::string text = PresetName(effect, preset) + ":" + property.name;
+        text.append("=0%~=").append(still).append(";50%~=").append(NumberText(setting.value)).append(unit);
+        return text.append(";100%~=").append(still);
     }
     return {};
 }
