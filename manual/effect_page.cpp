@@ -13,7 +13,7 @@ using AVBased::EffectKind;
 using AVBased::EffectPreset;
 using AVBased::PropertyInfo;
 
-constexpr Root kRoot{"../"};
+constexpr Root kFromEffect{"../"};
 
 std::string Sentence(std::string text) {
     if (text.empty()) return text;
@@ -25,7 +25,7 @@ std::string Sentence(std::string text) {
 /// Below a picture, or in its place where the effect refused.
 std::string Figure(const Shot& shot, const std::string& instead, const std::string& caption) {
     const std::string face = shot.failure.empty()
-                                 ? Picture(kRoot, shot.file, instead)
+                                 ? Picture(kFromEffect, shot.file, instead)
                                  : "<p class=\"refused\">No picture: " + Escaped(shot.failure) + "</p>";
     return Element("figure", face + Element("figcaption", caption));
 }
@@ -33,8 +33,8 @@ std::string Figure(const Shot& shot, const std::string& instead, const std::stri
 /// Both pictures under one slider. The script moves the edge between them; without it both are seen in part.
 std::string Slider(const EffectInfo& effect, const Shot& shot) {
     const std::string title(effect.title);
-    return "<div class=\"compare\">" + Picture(kRoot, Darkroom::kDay, "The picture before the effect") +
-           "<div class=\"after\">" + Picture(kRoot, shot.file, "The picture with " + title) +
+    return "<div class=\"compare\">" + Picture(kFromEffect, Darkroom::kDay, "The picture before the effect") +
+           "<div class=\"after\">" + Picture(kFromEffect, shot.file, "The picture with " + title) +
            "</div><input type=\"range\" min=\"0\" max=\"100\" value=\"50\" aria-label=\"How much of the "
            "picture before the effect is shown, in percent\"><span class=\"edge\"></span></div>\n" +
            Element("p", "Left before, right with " + Code(shot.setting) + ".");
@@ -47,7 +47,7 @@ std::string WaveFigure(const Loudness& loudness, const std::string& caption) {
 
 std::string Movement(const Shot& shot, const std::string& title) {
     if (!shot.failure.empty()) return {};
-    return Element("figure", MovingPicture(kRoot, shot.file, title + ", moving") +
+    return Element("figure", MovingPicture(kFromEffect, shot.file, title + ", moving") +
                                  Element("figcaption", Escaped(shot.caption)));
 }
 
@@ -131,8 +131,8 @@ std::string Elsewhere(const EffectInfo& effect) {
 
 std::string Neighbours(const std::vector<EffectPage>& effects, size_t index) {
     const auto link = [&](size_t other, const char* relation, const std::string& before) {
-        return "<a rel=\"" + std::string(relation) + "\" href=\"" + kRoot.To(effects[other].File()) + "\">" +
-               before + Escaped(effects[other].Effect().title) + "</a> ";
+        return "<a rel=\"" + std::string(relation) + "\" href=\"" + kFromEffect.To(effects[other].File()) +
+               "\">" + before + Escaped(effects[other].Effect().title) + "</a> ";
     };
     std::string links;
     if (index > 0) links += link(index - 1, "prev", "Before: ");
@@ -155,7 +155,7 @@ std::string PageOf(const std::vector<EffectPage>& effects, size_t index) {
     if (page.shots.main && page.shots.moving)
         content += Element("h2", "Moving") + Movement(*page.shots.moving, title);
     content += Properties(page) + Elsewhere(effect) + Neighbours(effects, index);
-    return WholePage(kRoot, title + ", an effect of AVEffect", content);
+    return WholePage(kFromEffect, title + ", an effect of AVEffect", content);
 }
 
 } // namespace aveffect::manual

@@ -8,14 +8,14 @@ namespace {
 using AVBased::EffectInfo;
 using AVBased::EffectKind;
 
-constexpr Root kRoot{""};
+constexpr Root kFromIndex{""};
 
 std::string Face(const EffectPage& page) {
     const EffectInfo& effect = page.Effect();
     if (page.waves) return DrawWave(page.waves->after, "The loudness of its sound over time");
     const std::string instead = std::string(effect.title) + ", tried on a picture";
-    if (page.shots.main) return Picture(kRoot, page.shots.main->file, instead);
-    return MovingPicture(kRoot, page.shots.moving->file, instead);
+    if (page.shots.main) return Picture(kFromIndex, page.shots.main->file, instead);
+    return MovingPicture(kFromIndex, page.shots.moving->file, instead);
 }
 
 /// All that an effect is looked for by, in lower case.
@@ -64,7 +64,7 @@ std::string IndexPage(const std::vector<EffectPage>& effects) {
             sections += "<section class=\"kind\">" + Element("h2", std::string(KindHeading(kind))) +
                         "<ul class=\"cards\">" + cards + "</ul></section>\n";
     }
-    return WholePage(kRoot, "AVEffect: all effects",
+    return WholePage(kFromIndex, "AVEffect: all effects",
                      Element("h1", "All effects") +
                          Element("p", "Effects for pictures and sound: in the program " + Code("aveffect") +
                                           ", in other programs, and in a library for programs of your own. "
