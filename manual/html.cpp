@@ -1,5 +1,6 @@
 #include "manual/html.h"
 
+#include "host/support/html_text.h"
 #include "manual/scene.h"
 
 namespace aveffect::manual {
@@ -27,28 +28,7 @@ std::string Row(const char* cell, const std::vector<std::string>& cells) {
 
 } // namespace
 
-std::string Escaped(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
-            result += c;
-        }
-    }
-    return result;
-}
+std::string Escaped(std::string_view text) { return HtmlEscaped(text); }
 
 std::string Element(std::string_view name, const std::string& content) {
     const std::string tag(name);

@@ -14,6 +14,7 @@ extern "C" {
 #include "host/jobs/render.h"
 #include "host/output/output_file.h"
 #include "host/settings/catalogue_lookup.h"
+#include "host/support/html_text.h"
 #include "timeline/jobs/film_words.h"
 #include "timeline/jobs/text_file.h"
 #include "timeline/otio/document.h"
@@ -38,34 +39,8 @@ img{display:block;width:100%;border-radius:3px;margin-bottom:.4rem;background:#0
 .time{font-variant-numeric:tabular-nums}small,.place{opacity:.75}.effect{display:block}
 )";
 
-std::string Escaped(const std::string& text) {
-    std::string result;
-    for (const char letter : text) {
-        switch (letter) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        case '\'':
-            result += "&#39;";
-            break;
-        default:
-            result += letter;
-        }
-    }
-    return result;
-}
-
 /// A place as the name of an anchor.
-std::string Anchor(const std::string& place) { return Escaped(place.substr(0, place.find(' '))); }
+std::string Anchor(const std::string& place) { return HtmlEscaped(place.substr(0, place.find(' '))); }
 
 std::string NameOf(const FilmItem& item) {
     if (!item.name.empty()) return item.name;
@@ -97,11 +72,11 @@ public:
         : m_thumbnail(thumbnail) {}
 
     std::string Write(const Film& film) {
-        const std::string title = Escaped(film.name.empty() ? "Film" : film.name);
+        const std::string title = HtmlEscaped(film.name.empty() ? "Film" : film.name);
         m_page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
                  "<meta name=\"viewport\" content=\"width=device-width\">\n<title>" +
                  title + "</title>\n<style>\n" + kStyle + "</style>\n</head>\n<body>\n<h1>" + title +
-                 "</h1>\n<p>" + Escaped(SummaryText(film)) + "</p>\n";
+                 "</h1>\n<p>" + HtmlEscaped(SummaryText(film)) + "</p>\n";
         WriteEffects(film.stack);
         // The topmost layer comes first, as editors show it.
         for (size_t index = film.stack.children.size(); index-- > 0;)
@@ -128,14 +103,14 @@ private:
             std::array<char, 32> width{};
             std::snprintf(width.data(), width.size(), "%.4f", 100 * item.duration.Seconds() / seconds);
             m_page += "<a class=\"" + ClassOf(item, sound) + "\" href=\"#" + Anchor(item.place) +
-                      "\" title=\"" + Escaped(NameOf(item)) + "\" style=\"width:" + width.data() + "%\">" +
-                      (item.kind == Kind::Gap ? "" : Escaped(NameOf(item))) + "</a>";
+                      "\" title=\"" + HtmlEscaped(NameOf(item)) + "\" style=\"width:" + width.data() +
+                      "%\">" + (item.kind == Kind::Gap ? "" : HtmlEscaped(NameOf(item))) + "</a>";
         }
         m_page += "</div>\n";
     }
 
     void WriteTrack(const FilmItem& track, const FilmTime& whole) {
-        m_page += "<section>\n<h2 id=\"" + Anchor(track.place) + "\">" + Escaped(NameOf(track)) +
+        m_page += "<section>\n<h2 id=\"" + Anchor(track.place) + "\">" + HtmlEscaped(NameOf(track)) +
                   " <small class=\"place\">" + Anchor(track.place) +
                   (track.carries == FilmItem::Carries::Sound ? ", sound" : "") +
                   (track.enabled ? "" : ", switched off") + "</small></h2>\n";
@@ -157,8 +132,8 @@ private:
         size_t next = 0;
         for (size_t index = 0; index <= parent.children.size(); ++index) {
             for (; next < parent.transitions.size() && parent.transitions[next].cut == index; ++next)
-                m_page += "<li class=\"cut\">" + Escaped(TransitionText(parent.transitions[next])) +
-                          " <small class=\"place\">" + Escaped(LastStep(parent.transitions[next].place)) +
+                m_page += "<li class=\"cut\">" + HtmlEscaped(TransitionText(parent.transitions[next])) +
+                          " <small class=\"place\">" + HtmlEscaped(LastStep(parent.transitions[next].place)) +
                           "</small></li>\n";
             if (index == parent.children.size()) break;
             WriteItem(parent.children[index], moment, whole);
@@ -178,10 +153,11 @@ private:
             const std::string picture = Base64(m_thumbnail(item));
             if (!picture.empty()) m_page += "<img alt=\"\" src=\"data:image/jpeg;base64," + picture + "\">";
         }
-        m_page += "<b>" + Escaped(NameOf(item)) + "</b> <small class=\"place\">" +
-                  Escaped(LastStep(item.place)) + "</small><br><span class=\"time\">" + ClockText(begin) +
+        m_page += "<b>" + HtmlEscaped(NameOf(item)) + "</b> <small class=\"place\">" +
+                  HtmlEscaped(LastStep(item.place)) + "</small><br><span class=\"time\">" + ClockText(begin) +
                   " + " + ClockText(item.duration) + "</span>";
-        if (item.kind == Kind::Clip) m_page += "<br><small>" + Escaped(MediaText(item.media)) + "</small>";
+        if (item.kind == Kind::Clip)
+            m_page += "<br><small>" + HtmlEscaped(MediaText(item.media)) + "</small>";
         WriteEffects(item);
         if (item.kind == Kind::Track) WriteStrip(item, item.duration);
         if (holds) WriteItems(item, whole);
@@ -190,8 +166,8 @@ private:
 
     void WriteEffects(const FilmItem& item) {
         for (const FilmEffect& effect : item.effects)
-            m_page += "<span class=\"effect\">" + Escaped(EffectText(effect.spec)) +
-                      " <small class=\"place\">" + Escaped(LastStep(effect.place)) + "</small></span>\n";
+            m_page += "<span class=\"effect\">" + HtmlEscaped(EffectText(effect.spec)) +
+                      " <small class=\"place\">" + HtmlEscaped(LastStep(effect.place)) + "</small></span>\n";
     }
 
     const Thumbnailer& m_thumbnail;
