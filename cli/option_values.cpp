@@ -52,7 +52,7 @@ unsigned ThreadsOption(const std::string& value) {
     return static_cast<unsigned>(WholeOption("--threads", value, 0, kMost));
 }
 
-size_t MemoryOption(const std::string& value) {
+size_t BytesOption(const char* option, const std::string& value) {
     constexpr std::string_view kUnits = "kMG";
     constexpr unsigned kUnitBits = 10;
     constexpr int64_t kMost = int64_t{1} << 50;
@@ -61,7 +61,7 @@ size_t MemoryOption(const std::string& value) {
     const auto number = ParseWhole(std::string_view(value).substr(0, value.size() - (plain ? 0 : 1)));
     const int64_t factor = plain ? 1 : int64_t{1} << (kUnitBits * (unit + 1));
     if (!number || *number < 1 || *number > kMost / factor)
-        Refuse("--memory", "bytes from 1 upwards, such as 512M or 2G", value);
+        Refuse(option, "bytes from 1 upwards, such as 512M or 2G", value);
     return static_cast<size_t>(*number * factor);
 }
 

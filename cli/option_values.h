@@ -24,7 +24,7 @@ int64_t BitRateOption(const char* option, const std::string& value);
 double CrfOption(const std::string& value);
 unsigned ThreadsOption(const std::string& value);
 /// Bytes from "64k", "512M", "2G" or a plain number.
-size_t MemoryOption(const std::string& value);
+size_t BytesOption(const char* option, const std::string& value);
 ProgressStyle ProgressOption(const std::string& value);
 
 /// A factor from "50%": 0% to 1000%.

@@ -149,7 +149,7 @@ void TakeEncoder(const EncoderArguments& encoder, OutputOptions& options) {
     options.preset = encoder.preset;
     if (encoder.crf) options.crf = CrfOption(*encoder.crf);
     if (encoder.threads) options.threads = ThreadsOption(*encoder.threads);
-    if (encoder.memory) options.memory = MemoryOption(*encoder.memory);
+    if (encoder.memory) options.memory = BytesOption("--memory", *encoder.memory);
     if (encoder.bitRate) options.bitRate = BitRateOption("--bitrate", *encoder.bitRate);
     if (encoder.audioBitRate) options.audioBitRate = BitRateOption("--audio-bitrate", *encoder.audioBitRate);
     TakeQuality(encoder.quality, options);

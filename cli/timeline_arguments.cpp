@@ -23,6 +23,18 @@ void AddRenderFilm(CLI::App& timeline, FilmRenderCommand& command) {
     render->add_option("OUTPUT", command.output, "Clip to write")->required();
     render->add_flag("--no-limiter", command.noLimiter,
                      "Let sound clip where it grows too loud instead of turning it down for a moment");
+    CLI::Option* const work =
+        render
+            ->add_option(
+                "--work", command.work,
+                "Directory that keeps finished pieces of the film, so that a render which is repeated "
+                "makes only what is missing or has changed")
+            ->type_name("DIRECTORY");
+    render
+        ->add_option("--work-limit", command.workLimit,
+                     "Bytes that this directory may hold, 50G if not given; what was used longest ago goes")
+        ->type_name("BYTES")
+        ->needs(work);
     AddFilmOptions(*render, command.film);
     render->footer(std::string("Size, rate and codecs that are not said are the film's wishes or those of "
                                "its first clip.\n"
@@ -134,6 +146,8 @@ FilmRenderOptions MakeFilmRenderOptions(const FilmRenderCommand& command) {
     FilmRenderOptions options;
     static_cast<FilmOptions&>(options) = MakeFilmOptions(command.film, command.output);
     if (command.noLimiter) options.limiter = false;
+    options.work = command.work;
+    if (command.workLimit) options.workLimit = BytesOption("--work-limit", *command.workLimit);
     return options;
 }
 

@@ -29,6 +29,8 @@ struct FilmRenderCommand {
     FilmArguments film;
     std::string output;
     bool noLimiter = false;
+    std::string work;
+    std::optional<std::string> workLimit;
 };
 
 struct FilmCheckCommand {

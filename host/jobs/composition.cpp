@@ -1,5 +1,6 @@
 #include "host/jobs/composition.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "host/jobs/film_framing.h"
@@ -45,6 +46,22 @@ OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::st
     return plan;
 }
 
+std::unique_ptr<SoundEncoder> EncoderBeside(const FilmOptions& options, const OutputPlan& plan,
+                                            const SoundShape& shape, Reporter& reporter) {
+    if (options.silent) return nullptr;
+    if (plan.IsNumbered()) {
+        reporter.Warn(kNoSoundBeside);
+        return nullptr;
+    }
+    if (plan.muxer->audio_codec == AV_CODEC_ID_NONE) {
+        reporter.Warn("." + plan.Kind() + " files can't hold sound; it is left out");
+        return nullptr;
+    }
+    auto encoder = std::make_unique<SoundEncoder>(plan, options.audioCodec, shape);
+    reporter.Note(encoder->Summary());
+    return encoder;
+}
+
 namespace {
 
 /// A picture on its way from its beginning to the encoder.
@@ -76,7 +93,7 @@ public:
         , m_look(Framer(m_behind).Apply(std::move(look)))
         , m_finishes(m_composition.workers)
         , m_limit(options.threads)
-        , m_progress(reporter, m_composition.pictures) {}
+        , m_progress(reporter, std::max(m_composition.pictures, m_composition.all)) {}
 
     /// Gives the files their names when the terms are concluded.
     RenderResult Run() {
@@ -94,7 +111,7 @@ public:
             file->Publish();
             damage = file->Damage();
         }
-        m_progress.Report(m_composition.pictures, true);
+        m_progress.Report(m_composition.before + m_composition.pictures, true);
         DamageReport all = m_composition.damage();
         all.Add(damage);
         return {m_composition.pictures, all.Text()};
@@ -107,24 +124,37 @@ private:
         PictureOutput output;
     };
 
-    AVFramePtr Finished(const Drawing& drawing, unsigned worker) {
+    Finish& FinishOf(unsigned worker) {
         std::unique_ptr<Finish>& finish = m_finishes[worker];
         if (!finish)
             finish.reset(new Finish{Framer(m_behind),
                                     PictureOutput(m_plan, OriginOf(*m_look), *m_look, m_terms, m_reporter)});
-        return finish->output.Convert(finish->behind.Apply(drawing(worker)));
+        return *finish;
+    }
+
+    AVFramePtr Finished(const Drawing& drawing, unsigned worker) {
+        Finish& finish = FinishOf(worker);
+        return finish.output.Convert(finish.behind.Apply(drawing(worker)));
+    }
+
+    // What the encoder learns, it learns from the look: parts of a whole are encoded alike.
+    AVFramePtr Sample() {
+        AVFramePtr look(av_frame_clone(m_look.get()));
+        if (!look) throw Error(ErrorKind::Output, "no memory for a picture");
+        look = FinishOf(0).output.Convert(std::move(look));
+        if (IsHighDynamicRange(*look)) KeepLight(*m_look, *look);
+        return look;
     }
 
     // All but its name.
     std::unique_ptr<MediaWriter> WriteClip() {
-        AVFramePtr first = Finished(m_composition.draw(0), 0);
-        if (IsHighDynamicRange(*first)) KeepLight(*m_look, *first);
+        const AVFramePtr sample = Sample();
         auto file = std::make_unique<MediaWriter>(m_plan);
         const AVRational rate = m_composition.rate;
-        MarkLight(file->AddPictures(*first, {av_inv_q(rate), {rate, true}}), *first);
+        MarkLight(file->AddPictures(*sample, {av_inv_q(rate), {rate, true}}), *sample);
         if (m_composition.sound) file->AddSound(std::move(*m_composition.sound));
         file->Start(m_overwrite, m_cancel);
-        DrawAll(std::move(first), [&](AVFramePtr picture) {
+        DrawAll(Finished(m_composition.draw(0), 0), [&](AVFramePtr picture) {
             picture->pts = file->Pictures();
             picture->pkt_duration = 1;
             file->WritePicture(std::move(picture));
@@ -158,7 +188,7 @@ private:
         stages.Start([&] {
             take(std::move(first));
             for (int64_t done = 1; std::optional<Sketch> sketch = workers.Pop();
-                 m_progress.Report(++done, false)) {
+                 m_progress.Report(m_composition.before + ++done, false)) {
                 CheckCancel(m_cancel);
                 m_limit.Do([&] { take(std::move(sketch->picture)); });
             }

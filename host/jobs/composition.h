@@ -25,6 +25,11 @@ OutputPlan PlanComposition(const FilmOptions& options, const std::vector<std::st
 /// below the composition's, each used by one thread at a time.
 using Drawing = std::function<mediabridge::AVFramePtr(unsigned worker)>;
 
+/// An encoder for sound of that shape, said under -v; null, and said, where none is wanted or can be held.
+/// Throws Error (Usage, Output).
+std::unique_ptr<SoundEncoder> EncoderBeside(const FilmOptions& options, const OutputPlan& plan,
+                                            const SoundShape& shape, Reporter& reporter);
+
 /// What is shown and heard.
 struct Composition {
     AVRational rate{25, 1}; ///< pictures a second
@@ -35,7 +40,8 @@ struct Composition {
     std::function<DamageReport()> damage;
     unsigned workers = 1;                ///< that finish pictures
     std::optional<SoundFeed> sound = {}; ///< absent: no sound stream
-    std::function<void()> stop = {};     ///< ends the waiting of drawings for each other, if they do that
+    int64_t before = 0, all = 0;     ///< for progress, of parts of a whole: pictures before, and altogether
+    std::function<void()> stop = {}; ///< ends the waiting of drawings for each other, if they do that
 };
 
 /// Draws on several threads, encodes on one, and gives the file its name. Of the options count what is asked

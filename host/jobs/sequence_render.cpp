@@ -43,18 +43,9 @@ std::optional<SoundFeed> MakeSound(const FilmOptions& options, const OutputPlan&
                                    const SequenceSetup& setup, const ClipSequence& sequence,
                                    Reporter& reporter, const std::atomic<bool>& cancel) {
     const std::optional<SoundShape> shape = ShapeOf(setup);
-    if (!shape || options.silent) return std::nullopt;
-    if (plan.IsNumbered()) {
-        reporter.Warn(kNoSoundBeside);
-        return std::nullopt;
-    }
-    if (plan.muxer->audio_codec == AV_CODEC_ID_NONE) {
-        reporter.Warn("." + plan.Kind() + " files can't hold sound; it is left out");
-        return std::nullopt;
-    }
-    SoundFeed sound;
-    sound.encoder = std::make_unique<SoundEncoder>(plan, options.audioCodec, *shape);
-    reporter.Note(sound.encoder->Summary());
+    if (!shape) return std::nullopt;
+    SoundFeed sound{EncoderBeside(options, plan, *shape, reporter), nullptr};
+    if (!sound.encoder) return std::nullopt;
     const SoundForm form = sound.encoder->Form();
     sound.supply = std::make_unique<JoinedSound>(sequence.Sound(form.shape.rate), setup.music, form, cancel);
     return sound;

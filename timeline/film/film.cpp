@@ -28,4 +28,8 @@ std::vector<const FilmItem*> ClipsOf(const FilmItem& item) {
     return clips;
 }
 
+int64_t PicturesOf(const Film& film, AVRational rate) {
+    return std::max<int64_t>(1, film.stack.duration.Nearest(rate));
+}
+
 } // namespace aveffect

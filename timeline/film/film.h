@@ -22,7 +22,6 @@ struct NumberedMedia {
 
     /// The file of the picture with that number.
     std::string File(int64_t number) const;
-    bool operator==(const NumberedMedia&) const = default;
 };
 
 /// What a clip shows or plays.
@@ -38,8 +37,6 @@ struct FilmMedia {
     NumberedMedia numbered = {};             ///< where they are
     std::optional<FilmRange> available = {}; ///< what items' times count in: where the first picture stands
                                              ///< and how much there is; absent: from 0 on, all of it
-
-    bool operator==(const FilmMedia&) const = default;
 };
 
 /// An effect on pictures or on sound. Its times count from the beginning of what it is on, as long as that
@@ -104,5 +101,8 @@ struct Film {
 
 /// The clips in an item, in their order, those of what is switched off left out.
 std::vector<const FilmItem*> ClipsOf(const FilmItem& item);
+
+/// How many pictures a film has at a rate; at least 1.
+int64_t PicturesOf(const Film& film, AVRational rate);
 
 } // namespace aveffect

@@ -2,6 +2,7 @@
 /// Times in films.
 #include <compare>
 #include <cstdint>
+#include <string>
 
 extern "C" {
 #include <libavutil/rational.h>
@@ -33,6 +34,8 @@ public:
     int64_t Nearest(AVRational rate) const;
     int64_t Ceil(AVRational rate) const;
     double Seconds() const { return static_cast<double>(m_numerator) / static_cast<double>(m_denominator); }
+    /// As a fraction, "1001/24".
+    std::string Text() const { return std::to_string(m_numerator) + "/" + std::to_string(m_denominator); }
     int64_t Milliseconds() const { return Nearest({1000, 1}); }
 
 private:

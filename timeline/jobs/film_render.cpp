@@ -2,15 +2,21 @@
 
 #include <algorithm>
 #include <set>
+#include <type_traits>
 #include <utility>
 
 #include "host/jobs/composition.h"
 #include "host/jobs/film_framing.h"
+#include "host/media/media_manager.h"
 #include "host/picture/canvas_fitting.h"
 #include "host/picture/orientation.h"
 #include "host/picture/working_format.h"
 #include "host/support/ordered_workers.h"
+#include "timeline/film/film_print.h"
+#include "timeline/jobs/segment_join.h"
+#include "timeline/jobs/segment_store.h"
 #include "timeline/playout/film_pictures.h"
+#include "timeline/playout/film_sound.h"
 
 namespace aveffect {
 
@@ -90,14 +96,9 @@ public:
     }
 
     RenderResult Run() {
-        FilmPictures pictures(m_film, m_setup);
-        Composition composition{m_setup.rate,
-                                std::max<int64_t>(1, m_film.stack.duration.Nearest(m_setup.rate)),
-                                [&](int64_t index) { return pictures.Draw(index); },
-                                [&] { return pictures.Damage(); }, m_setup.workers};
-        composition.stop = [this] { m_lines.Stop(); };
-        return RenderComposition(std::move(composition), m_plan, m_options, std::move(m_look.picture),
-                                 m_terms, m_reporter, m_setup.cancel);
+        const PictureSpan all{0, PicturesOf(m_film, m_setup.rate)};
+        if (!m_options.work.empty()) return RunInPieces(all);
+        return Draw(all, m_plan, m_options, MakeSound());
     }
 
 private:
@@ -117,6 +118,128 @@ private:
         m_look.picture = std::move(picture);
     }
 
+    // Begins anew, so that a piece is the same whatever was rendered before it.
+    RenderResult Draw(const PictureSpan& span, const OutputPlan& plan, const FilmOptions& options,
+                      std::optional<SoundFeed> sound) {
+        FilmPictures pictures(m_film, m_setup);
+        Composition composition{m_setup.rate, span.Pictures(),
+                                [&](int64_t index) { return pictures.Draw(span.begin + index); },
+                                [&] { return pictures.Damage(); }, m_setup.workers};
+        composition.sound = std::move(sound);
+        composition.before = span.begin;
+        composition.all = PicturesOf(m_film, m_setup.rate);
+        composition.stop = [this] { m_lines.Stop(); };
+        AVFramePtr look(av_frame_clone(m_look.picture.get()));
+        if (!look) throw Error(ErrorKind::Output, "no memory for a picture");
+        return RenderComposition(std::move(composition), plan, options, std::move(look), m_terms, m_reporter,
+                                 m_setup.cancel);
+    }
+
+    std::optional<SoundFeed> MakeSound() {
+        const std::optional<SoundShape> shape = FilmSoundShape(m_film, m_setup.cancel);
+        if (!shape) return std::nullopt;
+        SoundFeed sound{EncoderBeside(m_options, m_plan, *shape, m_reporter), nullptr};
+        if (!sound.encoder) return std::nullopt;
+        sound.supply = std::make_unique<FilmSound>(FilmSoundSetup{m_setup.plugin,
+                                                                  &m_soundMedia,
+                                                                  m_film,
+                                                                  sound.encoder->Form(),
+                                                                  {},
+                                                                  m_options.limiter.value_or(true),
+                                                                  m_setup.rate,
+                                                                  m_reporter,
+                                                                  m_setup.cancel});
+        return sound;
+    }
+
+    /// All that pieces depend on besides what they show.
+    std::string CodingText() const {
+        const Canvas& canvas = m_setup.canvas;
+        const FilmRenderOptions& options = m_options;
+        std::string text = "aveffect " AVEFFECT_VERSION;
+        const auto add = [&text](const auto& value) {
+            if constexpr (std::is_arithmetic_v<std::decay_t<decltype(value)>>)
+                text += "\n" + std::to_string(value);
+            else
+                text += "\n" + std::string(value);
+        };
+        add(avcodec_version());
+        add(m_plan.encoder.codec->name);
+        for (const std::string& word :
+             {m_plan.Kind(), options.preset, options.outputFormat, m_setup.framing.background.value_or("")})
+            add(word);
+        for (const auto& [name, value] : options.encoderSettings) add(name + "=" + value);
+        for (const double number :
+             {options.crf.value_or(-1), static_cast<double>(options.quality.value_or(-1)),
+              av_q2d(m_setup.rate), av_q2d(canvas.pixelAspect)})
+            add(number);
+        for (const int64_t number :
+             {options.bitRate.value_or(-1), int64_t{canvas.width}, int64_t{canvas.height},
+              int64_t{canvas.matrix}, int64_t{canvas.primaries}, int64_t{canvas.transfer},
+              int64_t{m_look.picture->format}, int64_t{m_look.picture->color_range}, int64_t{options.sdr},
+              static_cast<int64_t>(m_setup.framing.fit.value_or(Framing::Fit::Contain))})
+            add(number);
+        if (const auto& crop = m_setup.framing.crop)
+            for (const Extent& extent :
+                 {crop->width, crop->height, crop->x.value_or(Extent{-1}), crop->y.value_or(Extent{-1})}) {
+                add(extent.value);
+                add(int{extent.percent});
+            }
+        return text;
+    }
+
+    RenderResult RunInPieces(const PictureSpan& all) {
+        if (m_plan.IsNumbered() || m_options.output == "-" || m_plan.muxer->video_codec == AV_CODEC_ID_GIF ||
+            m_plan.muxer->video_codec == AV_CODEC_ID_APNG)
+            throw Error(ErrorKind::Usage,
+                        "--work keeps pieces of clips in files; " + m_options.output + " is no such clip");
+        constexpr int64_t kSeconds = 5;
+        const int64_t most = std::max<int64_t>(1, av_rescale(kSeconds, m_setup.rate.num, m_setup.rate.den));
+        const std::vector<PictureSpan> spans = CutFilm(m_film, m_setup.rate, most);
+        const std::string coding = CodingText();
+        SegmentStore store(m_options.work, m_plan.Kind(), m_options.workLimit);
+        std::vector<Segment> segments;
+        std::vector<std::string> keys;
+        for (const PictureSpan& span : spans) {
+            const FilmTime begin(span.begin, m_setup.rate);
+            const FilmRange part{begin, FilmTime(span.end, m_setup.rate) - begin};
+            keys.push_back(SegmentStore::KeyOf(coding + "\n" + std::to_string(span.Pictures()) + "\n" +
+                                               PrintPictures(m_film, part)));
+            segments.push_back({store.PathOf(keys.back()), span.Pictures()});
+        }
+        const std::set<std::string> needed(keys.begin(), keys.end());
+        std::optional<std::string> damage;
+        size_t kept = 0;
+        for (size_t index = 0; index < spans.size(); ++index) {
+            if (store.Holds(keys[index], spans[index].Pictures(), m_setup.cancel)) {
+                ++kept;
+                continue;
+            }
+            store.MakeRoom(needed);
+            Add(damage, DrawPiece(spans[index], segments[index].path));
+        }
+        store.MakeRoom(needed);
+        m_reporter.Note(std::to_string(kept) + " of " + std::to_string(spans.size()) +
+                        " pieces of the film were there already");
+        Add(damage,
+            JoinSegments(segments, m_setup.rate, m_plan, m_options.overwrite, MakeSound(), m_setup.cancel)
+                .Text());
+        return {all.Pictures(), damage};
+    }
+
+    std::optional<std::string> DrawPiece(const PictureSpan& span, const std::string& path) {
+        FilmRenderOptions options = m_options;
+        options.output = path;
+        options.overwrite = true; // another program may have made the same one meanwhile
+        options.silent = true;
+        options.videoCodec = m_plan.encoder.codec->name;
+        return Draw(span, PlanOutput(options), options, std::nullopt).inputDamage;
+    }
+
+    static void Add(std::optional<std::string>& all, const std::optional<std::string>& more) {
+        if (more) all = all ? *all + "\n" + *more : *more;
+    }
+
     const Film& m_film;
     const FilmRenderOptions m_options;
     Reporter m_reporter;
@@ -125,6 +248,7 @@ private:
     FilmLook m_look;
     EffectLines m_lines;
     PlayoutSetup m_setup;
+    MediaManager m_soundMedia{&m_setup.cancel}; ///< what effects on sound read
 };
 
 } // namespace
