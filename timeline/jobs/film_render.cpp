@@ -168,7 +168,10 @@ private:
         for (const std::string& word :
              {m_plan.Kind(), options.preset, options.outputFormat, m_setup.framing.background.value_or("")})
             add(word);
-        for (const auto& [name, value] : options.encoderSettings) add(name + "=" + value);
+        for (const auto& [name, value] : options.encoderSettings) {
+            add(name);
+            add(value);
+        }
         for (const double number :
              {options.crf.value_or(-1), static_cast<double>(options.quality.value_or(-1)),
               av_q2d(m_setup.rate), av_q2d(canvas.pixelAspect)})
