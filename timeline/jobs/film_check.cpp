@@ -212,6 +212,10 @@ FilmCheck CheckFilm(const Film& film, MediaHeaders& headers) {
     constexpr AVRational kUsual{25, 1};
     if (!(film.stack.duration > FilmTime()))
         found.faults.push_back({"", "the film is empty: no item in it takes any time", ErrorKind::Usage});
+    std::vector<std::string> files;
+    for (const FilmItem* clip : ClipsOf(film.stack))
+        if (clip->media.kind == FilmMedia::Kind::File) files.push_back(clip->media.url);
+    headers.Prepare(files);
     FilmChecker(found, headers, film.wishes.rate.value_or(kUsual))
         .Check(film.stack, FilmItem::Carries::Pictures);
     return found;

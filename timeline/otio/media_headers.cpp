@@ -1,6 +1,10 @@
 #include "timeline/otio/media_headers.h"
 
+#include <algorithm>
+#include <atomic>
 #include <string_view>
+#include <thread>
+#include <utility>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -26,7 +30,7 @@ std::optional<FilmTime> LengthOf(const AVFormatContext& input, const AVStream& s
     return {};
 }
 
-MediaHeader Read(const std::string& url) {
+MediaHeader Open(const std::string& url) {
     const SourceRequest request = ParseSourceUrl(url);
     ReadInterrupt interrupt;
     const InputContextPtr input = OpenInput(request.path, interrupt, request.rate);
@@ -47,17 +51,37 @@ MediaHeader Read(const std::string& url) {
     return header;
 }
 
+MediaHeader Read(const std::string& url) {
+    try {
+        return Open(url);
+    } catch (const Error& wrong) {
+        MediaHeader header;
+        header.fault = wrong.what();
+        return header;
+    }
+}
+
 } // namespace
 
 const MediaHeader& MediaHeaders::Of(const std::string& url) {
     const auto [place, added] = m_headers.try_emplace(url);
-    if (!added) return place->second;
-    try {
-        place->second = Read(url);
-    } catch (const Error& wrong) {
-        place->second.fault = wrong.what();
-    }
+    if (added) place->second = Read(url);
     return place->second;
+}
+
+void MediaHeaders::Prepare(const std::vector<std::string>& urls) {
+    std::vector<std::pair<const std::string, MediaHeader>*> wanted;
+    for (const std::string& url : urls)
+        if (const auto [place, added] = m_headers.try_emplace(url); added) wanted.push_back(&*place);
+    std::atomic<size_t> next = 0;
+    const auto work = [&] {
+        for (size_t index = next++; index < wanted.size(); index = next++)
+            wanted[index]->second = Read(wanted[index]->first);
+    };
+    std::vector<std::jthread> others;
+    const size_t threads = std::min<size_t>(wanted.size(), std::thread::hardware_concurrency());
+    for (size_t count = 1; count < threads; ++count) others.emplace_back(work);
+    work();
 }
 
 } // namespace aveffect

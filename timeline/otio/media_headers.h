@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "timeline/film/film_time.h"
 
@@ -22,6 +23,8 @@ class MediaHeaders {
 public:
     /// Of a source URL. Only what a file says in front is read.
     const MediaHeader& Of(const std::string& url);
+    /// Opens many at a time, as many as there are processors, so that Of() has them at hand.
+    void Prepare(const std::vector<std::string>& urls);
     /// How many have been opened.
     size_t Opened() const { return m_headers.size(); }
 
