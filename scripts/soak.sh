@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The long run: every fuzz target, the sweep over all effects, the program in bad company, lint to the end of every path.
-#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|lint]
+# The long run: every fuzz target, the sweep over all effects, the program in bad company, films killed and
+# resumed, lint to the end of every path.
+#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|lint]
 # N: processor minutes of each fuzz target, 10 if not given. Logs and what is found stay in build-fuzz/soak/ until the
 # next run.
 set -euo pipefail
@@ -11,7 +12,7 @@ while [ $# -gt 0 ]; do
   case $1 in
     --minutes) minutes=$2 ;;
     --only) only=$2 ;;
-    *) sed -n '2,5s/^# //p' "$0" >&2; exit 2 ;;
+    *) sed -n '2,6s/^# //p' "$0" >&2; exit 2 ;;
   esac
   shift 2
 done
@@ -60,7 +61,7 @@ if runs fuzz; then
   scripts/build.sh fuzz
   ls fuzz/corpus | parallel fuzz
 fi
-if runs sweep || runs program || runs lint; then scripts/build.sh release; fi
+if runs sweep || runs program || runs films || runs lint; then scripts/build.sh release; fi
 if runs sweep; then
   seq 0 $(($(nproc) - 1)) | GTEST_TOTAL_SHARDS=$(nproc) parallel sweep
   report sweep $(($(grep -c '^\[       OK \] Every/' "$work/sweep.log") * sweep_cases))
@@ -68,6 +69,10 @@ fi
 if runs program; then
   AVEFFECT_SOAK=1 run program build/tests/program_robustness_test || true
   report program "$(grep -c '^\[       OK \]' "$work/program.log")"
+fi
+if runs films; then
+  AVEFFECT_KILLS=20 run films build/tests/timeline_test --gtest_filter='FilmPieces.*' || true
+  report films "$(grep -c '^\[       OK \]' "$work/films.log")"
 fi
 if runs lint; then
   cmake --preset clang >/dev/null

@@ -257,8 +257,9 @@ TEST(Flatten, IsTheNearestToPlainArithmeticAtEveryLevel) {
 TEST(Compose, IsTheNearestToPlainArithmetic) {
     const int sizes[][2] = {{1, 1}, {5, 2}, {33, 17}, {131, 6}, {256, 64}};
     unsigned seed = 0;
-    for (const auto& [width, height] : sizes)
+    for (const auto& size : sizes)
         for (const unsigned mask : kLevelMasks) {
+            const int width = size[0], height = size[1];
             SCOPED_TRACE(std::to_string(width) + ", level " + std::to_string(mask));
             const FeatureMask level(mask);
             seed += 2;

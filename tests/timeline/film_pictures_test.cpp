@@ -17,9 +17,9 @@ using clips::kGoOn;
 using Kind = FilmItem::Kind;
 
 constexpr int kWidth = 32, kHeight = 24;
-constexpr AVRational kRate{24, 1};
+constexpr AVRational kPictureRate{24, 1};
 
-FilmTime At(int64_t pictures, AVRational rate = kRate) { return {pictures, rate}; }
+FilmTime At(int64_t pictures, AVRational rate = kPictureRate) { return {pictures, rate}; }
 
 FilmItem Clip(const std::string& file, int64_t start, int64_t pictures, AVRational speed = {1, 1}) {
     FilmItem clip{Kind::Clip, file, file};
@@ -247,7 +247,7 @@ TEST_F(FilmPictures, ComeFromNumberedFiles) {
     for (const auto& [name, colour] : files) Colour(name + ".png", colour, 1, "-frames:v 1");
     FilmItem clip = Clip("", 0, 8);
     clip.media.kind = FilmMedia::Kind::Numbered;
-    clip.media.numbered = {m_directory / "p", ".png", -2, 2, 3, kRate};
+    clip.media.numbered = {m_directory / "p", ".png", -2, 2, 3, kPictureRate};
     using Missing = aveffect::NumberedMedia::Missing;
     clip.media.numbered.missing = Missing::Hold;
     const auto reds = [&] {

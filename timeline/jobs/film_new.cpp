@@ -19,8 +19,6 @@ namespace {
 
 constexpr AVRational kMilliseconds{1000, 1};
 
-[[noreturn]] void Refuse(const std::string& message) { throw Error(ErrorKind::Usage, message); }
-
 std::string FileName(const std::string& url) {
     return std::filesystem::path(ParseSourceUrl(url).path).filename().string();
 }

@@ -7,6 +7,7 @@
 #include "host/settings/value_text.h"
 #include "timeline/jobs/film_check.h"
 #include "timeline/jobs/text_file.h"
+#include "timeline/otio/document.h"
 #include "timeline/otio/effect_words.h"
 #include "timeline/otio/fields.h"
 #include "timeline/otio/places.h"
@@ -14,8 +15,6 @@
 namespace aveffect {
 
 namespace {
-
-[[noreturn]] void Refuse(const std::string& message) { throw Error(ErrorKind::Usage, message); }
 
 /// Numbers become numbers; everything else is the text that the command line takes.
 OtioJson ValueJson(const std::string& value) {

@@ -6,8 +6,6 @@ namespace aveffect {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& message) { throw Error(ErrorKind::Usage, message); }
-
 NumberedMedia::Missing MissingOf(const std::string& policy) {
     if (policy == "error") return NumberedMedia::Missing::Refuse;
     if (policy == "hold") return NumberedMedia::Missing::Hold;

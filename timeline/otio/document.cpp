@@ -18,8 +18,6 @@ constexpr size_t kMostBytes = size_t{256} << 20, kMostMembers = 4000;
 constexpr int kDeepest = 256;
 constexpr char kTooLarge[] = "the file is larger than 256 MB, which no film needs";
 
-[[noreturn]] void Refuse(const std::string& message) { throw Error(ErrorKind::Usage, message); }
-
 /// Objects that are open while the text is read. Members are looked for one by one, so that their number is
 /// limited.
 class Watch {
@@ -70,6 +68,8 @@ bool IsNoNumber(const std::string& bytes, size_t byte) {
 }
 
 } // namespace
+
+void Refuse(const std::string& message) { throw Error(ErrorKind::Usage, message); }
 
 OtioJson ParseDocument(const std::string& bytes) {
     if (bytes.size() > kMostBytes) Refuse(kTooLarge);

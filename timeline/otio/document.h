@@ -9,6 +9,9 @@ namespace aveffect {
 /// Members keep their order.
 using OtioJson = nlohmann::ordered_json;
 
+/// Throws Error (Usage): what a film says is wrong.
+[[noreturn]] void Refuse(const std::string& message);
+
 /// Throws Error (Usage) that tells the line and what is wrong: no JSON, members that stand twice, numbers
 /// that are none, nesting deeper than 256 objects, more than 256 MB, more than 4,000 members of an object.
 OtioJson ParseDocument(const std::string& bytes);

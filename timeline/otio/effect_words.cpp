@@ -19,8 +19,6 @@ namespace {
 using AVBased::EffectInfo;
 using AVBased::PropertyInfo;
 
-[[noreturn]] void Refuse(const std::string& message) { throw Error(ErrorKind::Usage, message); }
-
 /// A setting as the command line has it.
 struct SettingText {
     std::string name, value;

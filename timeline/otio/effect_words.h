@@ -17,8 +17,8 @@ std::string OwnEffectName(const std::string& effectName);
 /// mix and so on.
 bool IsEffectMember(const std::string& name);
 
-/// The effect of that name (or NAME/PRESET, as a start) with what metadata.aveffect says; absent when anything is wrong,
-/// all of which is among the findings.
+/// The effect of that name (or NAME/PRESET, as a start) with what metadata.aveffect says; absent when
+/// anything is wrong, all of which is among the findings.
 std::optional<EffectSpec> ReadEffectWords(const std::string& name, const OtioJson& words,
                                           const MediaTerms& terms, const std::string& place,
                                           Findings& findings);

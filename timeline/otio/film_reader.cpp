@@ -18,7 +18,7 @@ namespace {
 
 using Kind = FilmItem::Kind;
 
-constexpr int kDeepest = 64;
+constexpr int kDeepestItem = 64;
 
 /// Schemas, old names among them, and the latest version that is known.
 struct KnownSchema {
@@ -273,9 +273,9 @@ private:
     void ReadChildren(const Node& node, const char* list, FilmItem& item, FilmItem::Carries carries,
                       int depth) {
         m_findings.Try(item.place, [&] {
-            if (depth >= kDeepest)
+            if (depth >= kDeepestItem)
                 throw Error(ErrorKind::Usage,
-                            "items lie more than " + std::to_string(kDeepest) + " deep in each other");
+                            "items lie more than " + std::to_string(kDeepestItem) + " deep in each other");
             const OtioJson& children = ListOf(node.json, "children");
             for (size_t index = 0; index < children.size(); ++index) {
                 const Node child = node.Child(children[index], list, index);

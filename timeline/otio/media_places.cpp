@@ -11,14 +11,13 @@
 #include "host/media/input.h"
 #include "host/media/source_request.h"
 #include "host/support/error.h"
+#include "timeline/otio/document.h"
 
 namespace aveffect {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-[[noreturn]] void Refuse(const std::string& message) { throw Error(ErrorKind::Usage, message); }
 
 bool Exists(const fs::path& path) {
     std::error_code failed;

@@ -92,11 +92,11 @@ private:
 MediaSound::MediaSound(MediaSounds& media, const MediaSoundFile& file, const MediaSoundPart& part,
                        const SoundShape& shape, const FilmItem& clip, Reporter& reporter)
     : m_media(media) {
-    constexpr int kLead = 4; // part of a second, more than resamplers reach back
+    constexpr int kReach = 4; // part of a second, more than resamplers reach back
     const int own = file.shape.rate, rate = shape.rate;
     int64_t from = file.reading == Reading::Anywhere ? part.at : part.begin;
     if (file.reading == Reading::FromBeginning) from = std::min<int64_t>(0, from);
-    if (own != rate) from = FloorTo(from - rate / kLead, ConvertedSound::Period(own, rate));
+    if (own != rate) from = FloorTo(from - rate / kReach, ConvertedSound::Period(own, rate));
     const int64_t first = av_rescale(from, own, rate);
     SoundRequest request{file.source, {file.start + first, {1, own}}, {own, shape.layout}, kFilmSamples};
     m_decoded = std::make_unique<DecodedSound>(std::move(request), false, false, media.m_cancel);
