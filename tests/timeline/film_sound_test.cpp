@@ -75,7 +75,8 @@ protected:
         std::vector<int16_t> values;
         for (int64_t at = 0; at < samples; ++at)
             for (int channel = 0; channel < 2; ++channel) values.push_back(valueOf(at, channel));
-        const std::string path = m_directory / name, raw = m_directory / "raw";
+        std::string path = m_directory / name;
+        const std::string raw = m_directory / "raw";
         std::ofstream(raw).write(reinterpret_cast<const char*>(values.data()),
                                  static_cast<std::streamsize>(2 * values.size()));
         clips::Run("ffmpeg -v error -y -f s16le -ac 2 -ar " + std::to_string(rate) + " -i " + raw +
