@@ -1,4 +1,7 @@
-"""Opens every page of the manual in a headless Chromium: browser_test.py HTML AVEFFECT"""
+"""Opens every page of the manual in a headless Chromium: browser_test.py HTML AVEFFECT [AXE]
+
+AXE: axe-core's axe.min.js, which looks at the pages too where there is one.
+"""
 import pathlib
 import re
 import subprocess
@@ -14,6 +17,7 @@ from selenium.webdriver.support.ui import WebDriverWait
 
 HTML = pathlib.Path(sys.argv[1])
 PROGRAM = sys.argv[2]
+AXE = pathlib.Path(sys.argv[3]) if len(sys.argv) > 3 else pathlib.Path()
 PAGES = sorted(HTML.rglob("*.html"))
 FAULTS = (pathlib.Path(__file__).parent / "page_faults.js").read_text()
 
@@ -93,6 +97,21 @@ class Manual(unittest.TestCase):
             found += self.script(FAULTS)
             found += [entry["message"] for entry in self.browser.get_log("browser")]
             faults += [f"{page.name}: {fault}" for fault in found]
+        self.assertEqual(faults, [])
+
+    @unittest.skipUnless(AXE.is_file(), "axe-core is not there")
+    def test_axe_finds_nothing_serious(self):
+        axe, faults = AXE.read_text(), []
+        for page in PAGES:
+            for scheme in ("light", "dark"):
+                self.show(360, scheme)
+                self.open(page.relative_to(HTML))
+                self.script(axe)
+                found = self.browser.execute_async_script(
+                    "const done = arguments[0]; axe.run({preload: false, resultTypes: ['violations']}).then(r => done(r.violations), e => done(String(e)))")
+                self.assertIsInstance(found, list, found)
+                faults += [f"{page.name}, {scheme}: {fault['help']}: {fault['nodes'][0]['html']}" for fault in found
+                           if fault["impact"] in ("serious", "critical")]
         self.assertEqual(faults, [])
 
     def test_search_and_kinds_are_used_by_keyboard(self):

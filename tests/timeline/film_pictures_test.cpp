@@ -240,6 +240,19 @@ TEST_F(FilmPictures, HaveEffectsOnTracksAndTheWhole) {
               (std::vector<std::array<int, 3>>{{0x80, 0x40, 0x20}, {0x80, 0x40, 0x20}, {255, 255, 255}}));
 }
 
+// Size and colours of the first clip, which stands still here, rate and codec of the first that moves.
+TEST_F(FilmPictures, AreLikeTheFirstClips) {
+    const std::string title = Colour("title.png", "0x204080", 1, "-frames:v 1");
+    const std::string moving = clips::Make(m_directory / "moving.avi", "64x48", 30, 1, "-c:v mpeg4");
+    aveffect::FilmRenderOptions options;
+    options.output = m_directory / "film.mkv";
+    aveffect::RenderFilm(clips::ThePlugin(), {"", Stack({Track({Clip(title, 0, 6), Clip(moving, 0, 6)})})},
+                         options, {}, kGoOn);
+    EXPECT_EQ(clips::Probe(options.output, "codec_name"), "mpeg4");
+    EXPECT_EQ(clips::Probe(options.output, "r_frame_rate"), "30/1");
+    EXPECT_EQ(clips::Probe(options.output, "width"), "32");
+}
+
 // Numbered from a negative one on, by twos; one is missing.
 TEST_F(FilmPictures, ComeFromNumberedFiles) {
     const std::vector<std::pair<std::string, std::string>> files = {

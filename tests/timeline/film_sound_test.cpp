@@ -331,7 +331,9 @@ TEST_F(FilmSoundTest, TakesTheShapeOfTheFirstSound) {
     const std::string slow = Write("slow.wav", 1000, Noise, 44100),
                       silent = clips::Make(m_directory / "silent.mkv", "64x48", 25, 0.2, "-c:v ffv1");
     const auto shape = [](std::vector<FilmItem> tracks) {
-        return aveffect::FilmSoundShape({"", Make(Kind::Stack, Ms(100), std::move(tracks))}, clips::kGoOn);
+        const auto look =
+            aveffect::LookAtSound({"", Make(Kind::Stack, Ms(100), std::move(tracks))}, clips::kGoOn);
+        return look ? std::optional(look->shape) : std::nullopt;
     };
     FilmItem off = MakeTrack({MakeClip(slow, {}, Ms(100))}), pictures = off;
     off.enabled = false;

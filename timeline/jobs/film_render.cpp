@@ -8,6 +8,7 @@
 #include "host/jobs/composition.h"
 #include "host/jobs/film_framing.h"
 #include "host/media/media_manager.h"
+#include "host/output/sound_formats.h"
 #include "host/picture/canvas_fitting.h"
 #include "host/picture/orientation.h"
 #include "host/picture/working_format.h"
@@ -35,6 +36,18 @@ FilmRenderOptions WithWishes(FilmRenderOptions options, const FilmWishes& wishes
     if (options.audioCodec.empty()) options.audioCodec = wishes.audioCodec;
     if (options.outputFormat.empty()) options.outputFormat = wishes.outputFormat;
     if (!options.limiter) options.limiter = wishes.limiter;
+    return options;
+}
+
+/// An encoder for what the first clip was encoded by, where the container takes it and nothing else is asked
+/// for.
+FilmRenderOptions WithCodec(FilmRenderOptions options, const FilmLook& look) {
+    if (!options.videoCodec.empty() || look.codec == AV_CODEC_ID_NONE) return options;
+    const OutputPlan plan = PlanOutput(options);
+    const bool clip = plan.muxer && plan.muxer->video_codec != AV_CODEC_ID_NONE && !plan.IsNumbered();
+    if (clip && avformat_query_codec(plan.muxer, look.codec, FF_COMPLIANCE_NORMAL) == 1 &&
+        avcodec_find_encoder(look.codec))
+        options.videoCodec = avcodec_get_name(look.codec);
     return options;
 }
 
@@ -76,11 +89,11 @@ public:
     FilmRender(const Plugin& plugin, const Film& film, const FilmRenderOptions& options,
                const RenderObserver& observer, const std::atomic<bool>& cancel)
         : m_film(film)
-        , m_options(WithWishes(options, film.wishes))
         , m_reporter(observer)
-        , m_plan(PlanComposition(m_options, FilesOf(film)))
-        , m_terms(m_options.sdr, m_reporter)
+        , m_terms(options.sdr, m_reporter)
         , m_look(LookAt(film, m_terms, cancel))
+        , m_options(WithCodec(WithWishes(options, film.wishes), m_look))
+        , m_plan(PlanComposition(m_options, FilesOf(film)))
         , m_setup{plugin,
                   NearestRate(m_plan, m_options.rate.value_or(m_look.rate)),
                   {},
@@ -136,9 +149,12 @@ private:
     }
 
     std::optional<SoundFeed> MakeSound() {
-        const std::optional<SoundShape> shape = FilmSoundShape(m_film, m_setup.cancel);
-        if (!shape) return std::nullopt;
-        SoundFeed sound{EncoderBeside(m_options, m_plan, *shape, m_reporter), nullptr};
+        const std::optional<FilmSoundLook> look = LookAtSound(m_film, m_setup.cancel);
+        if (!look) return std::nullopt;
+        FilmOptions options = m_options;
+        if (options.audioCodec.empty() && !m_plan.IsNumbered())
+            options.audioCodec = UsualSoundCodec(m_plan, look->codec, look->bits);
+        SoundFeed sound{EncoderBeside(options, m_plan, look->shape, m_reporter), nullptr};
         if (!sound.encoder) return std::nullopt;
         sound.supply = std::make_unique<FilmSound>(FilmSoundSetup{m_setup.plugin,
                                                                   &m_soundMedia,
@@ -244,11 +260,11 @@ private:
     }
 
     const Film& m_film;
-    const FilmRenderOptions m_options;
     Reporter m_reporter;
-    const OutputPlan m_plan;
     IntakeTerms m_terms;
     FilmLook m_look;
+    const FilmRenderOptions m_options;
+    const OutputPlan m_plan;
     EffectLines m_lines;
     PlayoutSetup m_setup;
     MediaManager m_soundMedia{&m_setup.cancel}; ///< what effects on sound read

@@ -13,10 +13,11 @@ struct FilmLook {
                                      ///< shows nothing
     std::string source;              ///< where it comes from
     bool still = false;              ///< it is a photo or numbered
+    AVCodecID codec = AV_CODEC_ID_NONE; ///< of the first clip that moves; none: there is none
 };
 
-/// From the first clip that is seen: the lowest track's, of those of one track the earliest. Throws Error
-/// (Input, Interrupted).
+/// From the first clip that is seen: the lowest track's, of those of one track the earliest; rate and codec
+/// from the first that moves. Throws Error (Input, Interrupted).
 FilmLook LookAt(const Film& film, IntakeTerms& terms, const std::atomic<bool>& cancel);
 
 /// Pictures of a film by their numbers. Used by one thread at a time, but for what it has begun.

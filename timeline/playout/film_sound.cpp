@@ -56,16 +56,17 @@ void FilmSound::EndAt(const std::optional<Moment>& end) {
     m_end = end ? SamplesBy(*end, m_setup.form.shape.rate) : m_total;
 }
 
-std::optional<SoundShape> FilmSoundShape(const Film& film, const std::atomic<bool>& cancel) {
+std::optional<FilmSoundLook> LookAtSound(const Film& film, const std::atomic<bool>& cancel) {
     constexpr int kUsualRate = 48000;
     MediaSounds media(cancel);
     bool brings = false;
     for (const FilmItem* item : HeardItems(film.stack)) {
         if (item->kind == FilmItem::Kind::Clip)
-            if (const MediaSoundFile* const file = media.Find(item->media)) return file->shape;
+            if (const MediaSoundFile* const file = media.Find(item->media))
+                return FilmSoundLook{file->shape, file->codec, file->bits};
         brings = brings || BringsSound(SoundEffects(*item));
     }
-    return brings ? std::optional(SoundShape{kUsualRate, "stereo"}) : std::nullopt;
+    return brings ? std::optional(FilmSoundLook{{kUsualRate, "stereo"}}) : std::nullopt;
 }
 
 } // namespace aveffect

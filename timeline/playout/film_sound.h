@@ -46,8 +46,15 @@ private:
     int64_t m_given = 0;
 };
 
-/// The shape of the first clip's sound that has any; a usual one where effects alone bring some. Absent when
+/// What a film's sound is like, as far as options don't say.
+struct FilmSoundLook {
+    SoundShape shape;
+    AVCodecID codec = AV_CODEC_ID_NONE; ///< none: effects alone bring sound
+    int bits = 0;                       ///< of the samples; 0: it is not known
+};
+
+/// Of the first clip's sound that has any; a usual one where effects alone bring some. Absent when
 /// nothing is heard in the film. Throws Error (Input, Interrupted).
-std::optional<SoundShape> FilmSoundShape(const Film& film, const std::atomic<bool>& cancel);
+std::optional<FilmSoundLook> LookAtSound(const Film& film, const std::atomic<bool>& cancel);
 
 } // namespace aveffect

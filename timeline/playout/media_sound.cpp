@@ -30,6 +30,8 @@ std::optional<MediaSoundFile> Open(const std::string& url, const std::atomic<boo
     if (!sound || sound->codecpar->sample_rate <= 0) return std::nullopt;
     file.source.audioStream = sound->index;
     file.shape = {sound->codecpar->sample_rate, LayoutText(sound->codecpar->ch_layout)};
+    file.codec = sound->codecpar->codec_id;
+    file.bits = std::max(sound->codecpar->bits_per_raw_sample, sound->codecpar->bits_per_coded_sample);
     file.start = SamplesBy(StartOf(*input, pictures, sound), file.shape.rate);
     file.reading = ReadingOf(*input, *sound);
     return file;

@@ -17,6 +17,8 @@ namespace aveffect {
 struct MediaSoundFile {
     SourceRequest source;
     SoundShape shape;
+    AVCodecID codec = AV_CODEC_ID_NONE;
+    int bits = 0;      ///< of its samples; 0: it does not tell
     int64_t start = 0; ///< where the media's own time is 0, in the file's times: samples
     /// Where reading begins: at any sample, which comes out the same whatever is read before it; where a clip
     /// does, for the coding or the times after a jump depend on it; or at the file's beginning.
