@@ -55,7 +55,7 @@ protected:
     /// The command that renders into pieces, or at once without a directory for them.
     std::string Command(const std::string& output, const std::string& more) const {
         return std::string(AVEFFECT_BIN_DIR) + "/aveffect timeline render " + (m_directory / "film.otio") +
-               " " + (m_directory / output) + " -v --overwrite " + more + " 2>&1";
+               " " + (m_directory / output) + " -v --overwrite 2>&1 " + more;
     }
     std::string Render(const std::string& output, const std::string& more) {
         return clips::RunText(Command(output, more));
@@ -104,6 +104,18 @@ TEST_F(FilmPieces, SurviveBeingKilled) {
     Render("killed.mp4", Work() + coded);
     ExpectSame("undisturbed.mp4", "killed.mp4");
     for (const std::string& entry : m_directory.Entries()) EXPECT_NE(entry[0], '.') << entry;
+}
+
+// Whoever renders again hears of it again.
+TEST_F(FilmPieces, AreNotKeptWhereAClipIsDamaged) {
+    std::filesystem::resize_file(m_directory / "b.mkv",
+                                 std::filesystem::file_size(m_directory / "b.mkv") / 2);
+    const std::string lossless = Work() + " --codec ffv1 --no-sound; true";
+    for (const char* const kept : {"0 of 6 pieces", "4 of 6 pieces"}) {
+        const std::string said = clips::RunText(Command("film.mkv", lossless));
+        EXPECT_NE(said.find(kept), std::string::npos) << said;
+        EXPECT_NE(said.find("b.mkv"), std::string::npos) << said;
+    }
 }
 
 TEST_F(FilmPieces, TakeNoMoreRoomThanTheyMay) {

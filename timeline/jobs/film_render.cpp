@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <set>
-#include <type_traits>
 #include <utility>
 
 #include "host/jobs/composition.h"
@@ -14,6 +13,7 @@
 #include "host/picture/working_format.h"
 #include "host/support/ordered_workers.h"
 #include "timeline/film/film_print.h"
+#include "timeline/jobs/film_coding.h"
 #include "timeline/jobs/segment_join.h"
 #include "timeline/jobs/segment_store.h"
 #include "timeline/playout/film_pictures.h"
@@ -168,45 +168,6 @@ private:
         return sound;
     }
 
-    /// All that pieces depend on besides what they show.
-    std::string CodingText() const {
-        const Canvas& canvas = m_setup.canvas;
-        const FilmRenderOptions& options = m_options;
-        std::string text = "aveffect " AVEFFECT_VERSION;
-        const auto add = [&text](const auto& value) {
-            if constexpr (std::is_arithmetic_v<std::decay_t<decltype(value)>>)
-                text += "\n" + std::to_string(value);
-            else
-                text += "\n" + std::string(value);
-        };
-        add(avcodec_version());
-        add(m_plan.encoder.codec->name);
-        for (const std::string& word :
-             {m_plan.Kind(), options.preset, options.outputFormat, m_setup.framing.background.value_or("")})
-            add(word);
-        for (const auto& [name, value] : options.encoderSettings) {
-            add(name);
-            add(value);
-        }
-        for (const double number :
-             {options.crf.value_or(-1), static_cast<double>(options.quality.value_or(-1)),
-              av_q2d(m_setup.rate), av_q2d(canvas.pixelAspect)})
-            add(number);
-        for (const int64_t number :
-             {options.bitRate.value_or(-1), int64_t{canvas.width}, int64_t{canvas.height},
-              int64_t{canvas.matrix}, int64_t{canvas.primaries}, int64_t{canvas.transfer},
-              int64_t{m_look.picture->format}, int64_t{m_look.picture->color_range}, int64_t{options.sdr},
-              static_cast<int64_t>(m_setup.framing.fit.value_or(Framing::Fit::Contain))})
-            add(number);
-        if (const auto& crop = m_setup.framing.crop)
-            for (const Extent& extent :
-                 {crop->width, crop->height, crop->x.value_or(Extent{-1}), crop->y.value_or(Extent{-1})}) {
-                add(extent.value);
-                add(int{extent.percent});
-            }
-        return text;
-    }
-
     RenderResult RunInPieces(const PictureSpan& all) {
         if (m_plan.IsNumbered() || m_options.output == "-" || m_plan.muxer->video_codec == AV_CODEC_ID_GIF ||
             m_plan.muxer->video_codec == AV_CODEC_ID_APNG)
@@ -215,7 +176,7 @@ private:
         constexpr int64_t kSeconds = 5;
         const int64_t most = std::max<int64_t>(1, av_rescale(kSeconds, m_setup.rate.num, m_setup.rate.den));
         const std::vector<PictureSpan> spans = CutFilm(m_film, m_setup.rate, most);
-        const std::string coding = CodingText();
+        const std::string coding = CodingText(m_options, m_plan, m_setup, *m_look.picture);
         SegmentStore store(m_options.work, m_plan.Kind(), m_options.workLimit);
         std::vector<Segment> segments;
         std::vector<std::string> keys;
@@ -228,6 +189,8 @@ private:
         }
         const std::set<std::string> needed(keys.begin(), keys.end());
         std::optional<std::string> damage;
+        std::vector<std::string>
+            damaged; // pieces, which are not kept: who renders again is to hear of it again
         size_t kept = 0;
         for (size_t index = 0; index < spans.size(); ++index) {
             if (store.Holds(keys[index], spans[index].Pictures(), m_setup.cancel)) {
@@ -235,7 +198,9 @@ private:
                 continue;
             }
             store.MakeRoom(needed);
-            Add(damage, DrawPiece(spans[index], segments[index].path));
+            const std::optional<std::string> found = DrawPiece(spans[index], segments[index].path);
+            if (found) damaged.push_back(keys[index]);
+            Add(damage, found);
         }
         store.MakeRoom(needed);
         m_reporter.Note(std::to_string(kept) + " of " + std::to_string(spans.size()) +
@@ -243,6 +208,7 @@ private:
         Add(damage,
             JoinSegments(segments, m_setup.rate, m_plan, m_options.overwrite, MakeSound(), m_setup.cancel)
                 .Text());
+        for (const std::string& key : damaged) store.Remove(key);
         return {all.Pictures(), damage};
     }
 

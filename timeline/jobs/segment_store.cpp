@@ -65,8 +65,13 @@ bool SegmentStore::Holds(const std::string& key, int64_t pictures, const std::at
         files::last_write_time(path, files::file_time_type::clock::now(), wrong); // used just now
         return true;
     }
-    files::remove(path, wrong);
+    Remove(key);
     return false;
+}
+
+void SegmentStore::Remove(const std::string& key) {
+    std::error_code wrong;
+    files::remove(PathOf(key), wrong);
 }
 
 void SegmentStore::MakeRoom(const std::set<std::string>& needed) {

@@ -24,6 +24,8 @@ public:
     /// (Interrupted).
     bool Holds(const std::string& key, int64_t pictures, const std::atomic<bool>& cancel);
 
+    void Remove(const std::string& key);
+
     /// Keeps the files together below the limit: what is not needed goes, what was used longest ago first.
     /// Throws Error (Output) when that does not do.
     void MakeRoom(const std::set<std::string>& needed);
