@@ -207,7 +207,7 @@ int Run(const FilmRenderCommand& command) {
             ReadFilm read = ReadOtioFile(command.source.film, {MakeMediaTerms(command.source), &headers});
             const FilmCheck check = CheckFilm(read.film, headers);
             RequireFaultless(AllFaults(read, check, command.source.strict));
-            for (const std::string& text : read.unknown) observer.warning(text);
+            for (const std::string& text : read.unknown) observer.warning("not used: " + text);
             for (const std::string& text : check.remarks) observer.remark(text);
             return RenderFilm(Plugin(), read.film, options, observer, Interrupted());
         });
