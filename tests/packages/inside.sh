@@ -40,6 +40,7 @@ lv2ls | grep -qx urn:aveffect:audio_volume || fail "LV2 hosts don't find the plu
 for page in aveffect aveffect-render aveffect-effects; do
   man "$page" | grep -q NAME || fail "man finds no $page"
 done
+aveffect timeline schema | cmp -s - /usr/share/aveffect/metadata.schema.json || fail "the schema of films is not that of the program"
 [ -e /usr/share/doc/aveffect/recipes.md ] && [ -e /usr/share/doc/aveffect/api/index.html ] || fail "no documentation"
 
 cmake -S /usr/share/doc/aveffect/examples -B examples -G Ninja -DCMAKE_BUILD_TYPE=Release >cmake.log && cmake --build examples >>cmake.log || { cat cmake.log; fail "CMake"; }
