@@ -16,6 +16,7 @@
 #include "cli/progress.h"
 #include "host/effects/plugin.h"
 #include "host/settings/catalogue_lookup.h"
+#include "host/support/durability.h"
 #include "timeline/jobs/film_new.h"
 #include "timeline/jobs/film_page.h"
 #include "timeline/jobs/film_words.h"
@@ -92,6 +93,7 @@ int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& ou
     const auto progress = MakeProgress(style);
     try {
         if (run.verbosity > 1) AVBasedSetLogLevel(0);
+        g_durableOutputs = run.sync;
         const RenderObserver observer = MakeObserver(*progress, run.verbosity);
         if (const std::string warning = ApplyCpuLevel(run.cpuLevel); !warning.empty())
             observer.warning(warning);

@@ -12,6 +12,8 @@ void AddRunOptions(CLI::App& app, RunArguments& run) {
                    "Instructions that effects may use: auto, sse2, avx2 or avx512")
         ->type_name("LEVEL");
     app.add_flag("--overwrite", run.overwrite, "Replace the output if it exists");
+    app.add_flag("--sync", run.sync,
+                 "Have the output on its disk, safe from a power cut, before the program is done");
     app.add_flag("-v,--verbose", run.verbosity,
                  "Say what is done in detail; -vv also shows the effects' log");
 }

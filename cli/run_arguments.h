@@ -13,6 +13,7 @@ namespace aveffect {
 struct RunArguments {
     std::string cpuLevel = "auto";
     bool overwrite = false;
+    bool sync = false;
     int verbosity = 0; ///< how often -v was given
 };
 

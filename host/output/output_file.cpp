@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "host/media/device.h"
+#include "host/support/durability.h"
 #include "host/support/error.h"
 
 namespace aveffect {
@@ -211,15 +212,29 @@ void OutputFile::Publish() {
     avio_flush(m_io.get());
     Require(m_io->error, "can't be written");
     Settle();
+    const bool named = m_nameless || !m_temporary.empty();
     if (m_nameless) GiveName();
     if (!m_temporary.empty()) Rename();
     m_temporary.clear();
+    if (named && g_durableOutputs) SettleName();
 }
 
 // Some file systems say what they could not write only when a descriptor is closed; any will do.
 void OutputFile::Settle() const {
     const int second = dup(m_file);
     if (second < 0 || close(second) != 0) Fail("can't be written", errno);
+    const bool regular = m_nameless || !m_temporary.empty();
+    if (regular && g_durableOutputs && fsync(m_file) != 0) Fail("can't be made durable", errno);
+}
+
+// Names are their folder's, and some file systems keep those by themselves.
+void OutputFile::SettleName() const {
+    const fs::path directory = fs::path(m_resolved).parent_path();
+    const int folder = open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool settled = folder >= 0 && (fsync(folder) == 0 || errno == EINVAL);
+    const int error = errno;
+    if (folder >= 0) close(folder);
+    if (!settled) Fail("can't be made durable", error);
 }
 
 // A link replaces nothing: it takes the target's name if that is free, else one that can be renamed.

@@ -41,7 +41,8 @@ public:
     void Require(int code, const char* doing);
 
     /// Writes what is buffered and gives the file its name, in one step: no other program's file is replaced
-    /// unless overwrite is set, whenever it came into being. Throws Error (Output).
+    /// unless overwrite is set, whenever it came into being. Where outputs are to be durable, file and name
+    /// are on the disk then. Throws Error (Output).
     void Publish();
 
 private:
@@ -57,6 +58,7 @@ private:
     void TakePermissions(int file) const;
     void OpenIo();
     void Settle() const;
+    void SettleName() const;
     int LinkTo(const std::string& path) const;
     void GiveName();
     void CopyToTemporary();

@@ -120,10 +120,11 @@ std::optional<FilmRange> RangeOf(const OtioJson& object, const char* name) {
     const std::string text = name;
     const OtioJson missing;
     const OtioJson* const start = Member(*range, "start_time");
-    const OtioJson* const duration = Member(*range, "duration");
+    const OtioJson* const lasts = Member(*range, "duration");
+    const OtioJson& duration = lasts ? *lasts : missing;
     const FilmRange read{start ? ReadTime(*start, text + ".start_time") : FilmTime(),
-                         ReadTime(duration ? *duration : missing, text + ".duration")};
-    if (read.duration < FilmTime()) RefuseMember(text + ".duration", *duration, "0 or longer");
+                         ReadTime(duration, text + ".duration")};
+    if (read.duration < FilmTime()) RefuseMember(text + ".duration", duration, "0 or longer");
     return read;
 }
 
