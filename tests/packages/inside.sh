@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # In a system that is thrown away: installs the packages, uses them as their users do, removes them.
 set -euo pipefail
-cd /root
-export HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
+cd /opt
+export HOME=/opt LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
 failed=0
 fail() { echo "$*"; failed=1; }
 
 # Not what package management and the index of man pages keep for themselves.
-files() { find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /root -o -path /tmp -o -path /var/lib/dpkg -o -path /var/lib/apt \
+files() { find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /opt -o -path /tmp -o -path /var/lib/dpkg -o -path /var/lib/apt \
   -o -path /var/cache -o -path /var/log \) -prune -o -print | sort; }
 files >before
 apt-get install -y -qq ./in/*.deb >install.log 2>&1 || { cat install.log; exit 1; }

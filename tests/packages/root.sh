@@ -17,7 +17,7 @@ apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created
 mkdir "$work/in"
 cp -r "$packages"/*.deb "$source/tests/packages/inside.sh" "$source/tests/packages/examples.sh" "$work/in/"
 mmdebstrap --quiet --mode=auto --variant=apt --aptopt='APT::Install-Recommends "0"' --include="$needs,$tools" --format=null \
-  --customize-hook="touch $work/made" --customize-hook="copy-in $work/in /root" --customize-hook='chroot "$1" bash /root/in/inside.sh' \
+  --customize-hook="touch $work/made" --customize-hook="copy-in $work/in /opt" --customize-hook='chroot "$1" bash /opt/in/inside.sh' \
   bookworm /dev/null ${from[@]+"${from[@]}"} >"$work/log" 2>&1 && exit 0
 tail -40 "$work/log"
 [ -e "$work/made" ] && exit 1
