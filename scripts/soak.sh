@@ -2,7 +2,7 @@
 # The long run: every fuzz target, the sweep over all effects, the program in bad company, films killed and
 # resumed, lint to the end of every path.
 #   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|lint]
-# N: processor minutes of each fuzz target, 10 if not given. Logs and what is found stay in build-fuzz/soak/ until the
+# N: processor minutes of each fuzz target, 10 if not given; of whole renders three times as many. Logs and what is found stay in build-fuzz/soak/ until the
 # next run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -20,7 +20,7 @@ runs() { [ "$only" = all ] || [ "$only" = "$1" ]; }
 
 export work=$PWD/build-fuzz/soak cpu_goal=$((minutes * 60))
 export sweep_cases=5000 # an effect: more than 200000 in all
-export ASAN_OPTIONS=allocator_may_return_null=1
+export ASAN_OPTIONS=allocator_may_return_null=1 LSAN_OPTIONS=suppressions=$PWD/cmake/leaks.txt:print_suppressions=0
 rm -rf "$work"
 mkdir -p "$work"
 table=$work/table
@@ -40,11 +40,15 @@ report() {
 
 # One target, again and again: libFuzzer counts time on the wall. It ends with the first failure.
 fuzz() {
-  local dir=$work/$1 used=0
+  local dir=$work/$1 used=0 goal=$cpu_goal
   mkdir -p "$dir/corpus" "$dir/found"
   cp "fuzz/corpus/$1/"* "$dir/corpus/"
-  while [ "$used" -lt "$cpu_goal" ]; do
-    run "$1" "build-fuzz/fuzz/$1_fuzzer" -max_total_time=$((cpu_goal - used + 5)) -timeout=20 -print_final_stats=1 \
+  if [ "$1" = render ]; then
+    goal=$((3 * cpu_goal))
+    fuzz/render_corpus.sh "$dir/corpus"
+  fi
+  while [ "$used" -lt "$goal" ]; do
+    run "$1" "build-fuzz/fuzz/$1_fuzzer" -max_total_time=$((goal - used + 5)) -timeout=20 -rss_limit_mb=4096 -print_final_stats=1 \
       -artifact_prefix="$dir/found/" "$dir/corpus" || break
     used=$(seconds "$1")
   done

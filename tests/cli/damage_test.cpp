@@ -1,4 +1,7 @@
 // Files that are cut off are said to be, whatever they are read for, and whole ones are not.
+#include <fstream>
+#include <sstream>
+
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/program.h"
@@ -16,48 +19,18 @@ struct File {
 const Strings kDrawn = {"-f", "lavfi", "-i", "testsrc2=size=160x120:rate=25:duration=1"};
 const Strings kSound = {"-f", "lavfi", "-i", "sine=frequency=440:duration=1:sample_rate=48000"};
 
-const File kStills[] = {{"a.jpg", {}},  {"a.png", {}}, {"a.gif", {}}, {"a.bmp", {}}, {"a.tif", {}},
-                        {"a.webp", {}}, {"a.qoi", {}}, {"a.exr", {}}, {"a.jp2", {}}, {"a.ppm", {}},
-                        {"a.pcx", {}},  {"a.sgi", {}}, {"a.tga", {}}};
-const File kClips[] = {{"a.mp4", {"-movflags", "+faststart"}},
-                       {"b.mov", {"-c:v", "mjpeg", "-movflags", "+faststart"}},
-                       {"a.mkv", {}},
-                       {"a.webm", {"-c:v", "libvpx", "-deadline", "realtime"}},
-                       {"a.avi", {"-c:v", "mjpeg"}},
-                       {"a.ts", {}},
-                       {"a.ogv", {}},
-                       {"a.flv", {}},
-                       {"a.wmv", {}},
-                       {"a.mxf", {"-s", "720x576"}},
-                       {"a.nut", {}},
-                       {"a.y4m", {"-an"}},
-                       {"a.mpg", {}},
-                       {"a.gxf", {"-s", "720x576", "-ac", "1"}},
-                       {"a.dv", {"-s", "720x576", "-pix_fmt", "yuv420p", "-ac", "2"}},
-                       {"a.swf", {"-ar", "44100"}},
-                       {"a.wtv", {}},
-                       {"a.mjpeg", {"-an"}},
-                       {"a.obu", {"-an", "-c:v", "libaom-av1", "-cpu-used", "8"}},
-                       {"b.gif", {"-an"}}};
-const File kSounds[] = {{"a.wav", {}},
-                        {"a.flac", {}},
-                        {"a.mp3", {}},
-                        {"b.mp3", {"-write_xing", "0"}},
-                        {"a.ogg", {}},
-                        {"a.opus", {}},
-                        {"a.aac", {}},
-                        {"a.aiff", {}},
-                        {"a.au", {}},
-                        {"a.wma", {}},
-                        {"a.wv", {}},
-                        {"a.mka", {}},
-                        {"a.ac3", {}},
-                        {"a.dts", {"-strict", "-2"}},
-                        {"a.mlp", {"-strict", "-2"}},
-                        {"a.tta", {}},
-                        {"a.voc", {}},
-                        {"a.adx", {}},
-                        {"a.rso", {}}};
+std::vector<File> FilesOf(const std::string& kind) {
+    std::ifstream table(AVEFFECT_TEST_DATA "/support/media_kinds.txt");
+    std::vector<File> files;
+    for (std::string line; std::getline(table, line);) {
+        std::istringstream words(line);
+        std::string word, name;
+        words >> word >> name;
+        if (word == kind) files.push_back({name, {std::istream_iterator<std::string>(words), {}}});
+    }
+    EXPECT_GT(files.size(), 10u) << kind;
+    return files;
+}
 
 class CutOff : public test::ProgramTest {
 protected:
@@ -97,19 +70,19 @@ protected:
 TEST_F(CutOff, Stills) {
     Strings one = kDrawn;
     one.insert(one.end(), {"-frames:v", "1"});
-    for (const File& file : kStills) Try(file, one, {"out.png", "-e", "gray", "--overwrite"});
+    for (const File& file : FilesOf("still")) Try(file, one, {"out.png", "-e", "gray", "--overwrite"});
 }
 
 TEST_F(CutOff, Clips) {
     Strings both = kDrawn;
     both.insert(both.end(), kSound.begin(), kSound.end());
     both.insert(both.end(), {"-g", "10"});
-    for (const File& file : kClips)
+    for (const File& file : FilesOf("clip"))
         Try(file, both, {"out.mkv", "--codec", "ffv1", "--audio-codec", "flac", "--overwrite"});
 }
 
 TEST_F(CutOff, Sounds) {
-    for (const File& file : kSounds)
+    for (const File& file : FilesOf("sound"))
         Try(file, kSound, {"out.mka", "-a", "audio_volume:audio_volume=50", "--overwrite"});
 }
 
