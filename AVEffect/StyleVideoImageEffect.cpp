@@ -222,12 +222,9 @@ void CTileReflectVideoImageEffect::OnSetProperty(const std::string& name, Proper
 // A lens is half a turn wide, from -90 to 90 degrees.
 void CTileReflectVideoImageEffect::FindBends() {
     const auto curvature = static_cast<uint32_t>(m_nCurvature);
-    int degrees = -static_cast<int>(m_Bends.size() / 2);
+    int degrees = -kRightAngle;
     for (int32_t& bend : m_Bends) {
-        const int angle = degrees > kRightAngle    ? degrees - 180
-                          : degrees < -kRightAngle ? degrees + 180
-                                                   : degrees;
-        bend = static_cast<int32_t>(static_cast<uint32_t>(Tangent(angle)) * curvature * curvature);
+        bend = static_cast<int32_t>(static_cast<uint32_t>(Tangent(degrees)) * curvature * curvature);
         ++degrees;
     }
 }

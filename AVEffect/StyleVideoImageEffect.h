@@ -101,7 +101,7 @@ private:
     Turn m_Turn = {11743, 25466};   // no angle's; only a set of the property counts
     std::optional<int32_t> m_nZoom; // 256ths of a degree each pixel; none for tiles without a size
     int32_t m_nCurvature;
-    std::array<int32_t, kernels::TileLens::kBends> m_Bends{}; // of the map, by degrees from -256 on
+    std::array<int32_t, kernels::TileLens::kBends> m_Bends{}; // of the map, by degrees from -90 on
 };
 
 /// Exchanges the inside of a circle with what is around it.

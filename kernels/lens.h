@@ -15,12 +15,13 @@ struct LensSize {
 
 /// A grid of lenses about the picture's middle.
 struct TileLens {
-    static constexpr size_t kBends = 512;
+    static constexpr int32_t kQuarterTurn = 90;
+    static constexpr size_t kBends = 192; ///< the last ones are never read
 
     LensSize size;
     int32_t sine, cosine; ///< of the grid's direction, 32768ths
-    int32_t zoom;         ///< from there, shifted right by 23, to steps of the table
-    const int32_t* bends; ///< how far a lens shifts, from step -256 on, 32768ths
+    int32_t zoom;         ///< from there, shifted right by 23, to degrees
+    const int32_t* bends; ///< how far a lens shifts, from -90 degrees on, 32768ths; the same 180 further on
 };
 
 /// Pixels of a row, from a distance of dx columns on and at one of dy rows from the middle of a circle.
