@@ -101,7 +101,7 @@ Rectangle CStoredMapEffect::ChromaPart(const PlanarView& view, const Plane8& cop
 }
 
 void CStoredMapEffect::BeginChroma(PlaneMap& map, const Rectangle& part, const Plane8& copy) {
-    map.Begin(part, copy.width, copy.rows, copy.pitch, true);
+    map.Begin(part, copy.width, copy.rows, copy.pitch, HasFills());
     if (!part.Empty() && part.Columns() > m_ChromaFound.size()) m_ChromaFound.resize(part.Columns());
 }
 
@@ -112,10 +112,18 @@ void CStoredMapEffect::AddChromaRow(PlaneMap& map, size_t y, const Rectangle& pa
     map.EndRow(m_Kernels, y);
 }
 
-void CStoredMapEffect::MapPixels(size_t width, size_t height, size_t pitch) {
-    const Rectangle part = Within(width, height);
-    m_Pixels.Begin(part, width, height, pitch, m_Outside == Outside::White);
+// Maps the frame at hand and draws it. Where nothing is filled, that needs no memory once the map has begun,
+// and bands are drawn one by one.
+void CStoredMapEffect::MapPixels(Plane32 plane, Plane32 copy) {
+    const Rectangle part = Within(plane.width, plane.rows);
+    m_Pixels.Begin(part, plane.width, plane.rows, copy.pitch, m_Outside == Outside::White);
+    if (!HasFills()) m_Pixels.ApplyAtOnce(plane.Bytes(), copy.data);
     for (size_t y = part.yBegin; y < part.yEnd && part.xBegin < part.xEnd; ++y) AddSources(m_Pixels, part, y);
+    if (HasFills()) ApplyPixels(plane, copy);
+}
+
+void CStoredMapEffect::ApplyPixels(Plane32 plane, Plane32 copy) {
+    m_Pixels.Apply(m_Kernels, plane.Bytes(), copy.data, kWhitePixel);
 }
 
 // A row of chroma follows the last luma row that it belongs to: its places are at hand then, for bands of
@@ -126,7 +134,12 @@ void CStoredMapEffect::MapPlanes(const PlanarView& view, const PlanarView& copy,
     const bool oneChroma = SameShape(copy.u, copy.v);
     BeginChroma(m_U, part, copy.u);
     if (!oneChroma) BeginChroma(m_V, other, copy.v);
-    m_Luma.Begin(luma, view.y.width, view.y.rows, copy.y.pitch, m_Outside != Outside::Kept);
+    m_Luma.Begin(luma, view.y.width, view.y.rows, copy.y.pitch, HasFills());
+    if (!HasFills()) {
+        m_Luma.ApplyAtOnce(view.y, copy.y.data);
+        m_U.ApplyAtOnce(view.u, copy.u.data);
+        (oneChroma ? m_U : m_V).ApplyAtOnce(view.v, copy.v.data);
+    }
     for (size_t y = luma.yBegin; y < luma.yEnd && luma.xBegin < luma.xEnd; ++y) {
         AddSources(m_Luma, luma, y);
         const size_t row = y >> view.verticalShift;
@@ -134,6 +147,13 @@ void CStoredMapEffect::MapPlanes(const PlanarView& view, const PlanarView& copy,
         AddChromaRow(m_U, row, part, view, copy.u, atOnce);
         if (!oneChroma) AddChromaRow(m_V, row, other, view, copy.v, atOnce);
     }
+    if (HasFills()) ApplyPlanes(view, copy);
+}
+
+void CStoredMapEffect::ApplyPlanes(const PlanarView& view, const PlanarView& copy) {
+    m_Luma.Apply(m_Kernels, view.y, copy.y.data, kWhiteLuma);
+    m_U.Apply(m_Kernels, view.u, copy.u.data, kWhiteChroma);
+    (SameShape(copy.u, copy.v) ? m_U : m_V).Apply(m_Kernels, view.v, copy.v.data, kWhiteChroma);
 }
 
 void CStoredMapEffect::BuildPacked(Plane32 plane, Plane32 copy) {
@@ -145,12 +165,10 @@ void CStoredMapEffect::BuildPacked(Plane32 plane, Plane32 copy) {
 void CStoredMapEffect::ReplayPacked(Plane32 plane, Plane32 copy) {
     assert(plane.data != NULL);
     const Geometry geometry = {true, plane.width, plane.rows, copy.pitch};
-    if (m_Mapped != geometry) {
-        m_Mapped = {};
-        MapPixels(plane.width, plane.rows, copy.pitch);
-        m_Mapped = geometry;
-    }
-    m_Pixels.Apply(m_Kernels, plane.Bytes(), copy.data, kWhitePixel);
+    if (m_Mapped == geometry) return ApplyPixels(plane, copy);
+    m_Mapped = {};
+    MapPixels(plane, copy);
+    m_Mapped = geometry;
 }
 
 void CStoredMapEffect::ApplyPlanar(const PlanarView& view, const PlanarView& copy, bool atOnce) {
@@ -158,15 +176,10 @@ void CStoredMapEffect::ApplyPlanar(const PlanarView& view, const PlanarView& cop
     const Geometry geometry = {false,        view.y.width, view.y.rows,          copy.y.pitch,
                                view.u.width, view.u.rows,  copy.u.pitch,         view.v.width,
                                view.v.rows,  copy.v.pitch, view.horizontalShift, view.verticalShift};
-    const bool oneChroma = SameShape(copy.u, copy.v);
-    if (m_Mapped != geometry || atOnce) {
-        m_Mapped = {};
-        MapPlanes(view, copy, atOnce);
-        if (!atOnce) m_Mapped = geometry;
-    }
-    m_Luma.Apply(m_Kernels, view.y, copy.y.data, kWhiteLuma);
-    m_U.Apply(m_Kernels, view.u, copy.u.data, kWhiteChroma);
-    (oneChroma ? m_U : m_V).Apply(m_Kernels, view.v, copy.v.data, kWhiteChroma);
+    if (m_Mapped == geometry && !atOnce) return ApplyPlanes(view, copy);
+    m_Mapped = {};
+    MapPlanes(view, copy, atOnce);
+    if (!atOnce) m_Mapped = geometry;
 }
 
 void CStoredMapEffect::BuildPlanar(const PlanarView& view, const PlanarView& copy) {

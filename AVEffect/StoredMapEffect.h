@@ -55,11 +55,14 @@ private:
     /// What of the rectangle lies in a picture of that size, and in its chroma.
     Rectangle Within(size_t width, size_t height) const;
     Rectangle ChromaPart(const PlanarView& view, const Plane8& copy) const;
+    bool HasFills() const { return m_Outside != Outside::Kept; }
     void BeginChroma(PlaneMap& map, const Rectangle& part, const Plane8& copy);
     void AddChromaRow(PlaneMap& map, size_t y, const Rectangle& part, const PlanarView& view,
                       const Plane8& copy, bool atOnce);
-    void MapPixels(size_t width, size_t height, size_t pitch);
+    void MapPixels(Plane32 plane, Plane32 copy);
     void MapPlanes(const PlanarView& view, const PlanarView& copy, bool atOnce);
+    void ApplyPixels(Plane32 plane, Plane32 copy);
+    void ApplyPlanes(const PlanarView& view, const PlanarView& copy);
     void AddSources(PlaneMap& map, const Rectangle& part, size_t y);
     void FindChroma(size_t chromaRow, const Rectangle& part, const PlanarView& view, const Plane8& copy,
                     const SamplePlaces& chroma, bool atOnce);

@@ -14,6 +14,7 @@ void PlaneMap::Begin(const Rectangle& part, size_t width, size_t height, size_t 
     m_nSourcePitch = sourcePitch;
     m_bFills = fills;
     m_Fills.clear();
+    m_nTargets = 0;
     m_nTiles = 0;
     m_nPlaces = 0;
     if (m_Part.Empty()) return;
@@ -53,14 +54,21 @@ void PlaneMap::EndRow(const kernels::RemapKernels& kernels, size_t y) {
     const size_t columns = m_Part.Columns();
     m_nPlaces = kernels.findTiles({places.columns, places.rows, columns, columns, y + 1 - first}, limits,
                                   m_Tiles.data() + m_nTiles, m_Places, m_nPlaces);
+    for (size_t i = 0; i < m_nTargets; ++i)
+        Move(kernels, m_Targets[i], first, y + 1, m_Tiles.data() + m_nTiles);
     m_nTiles += (columns + kTileSide - 1) / kTileSide;
+}
+
+void PlaneMap::Move(const kernels::RemapKernels& kernels, const Target& target, size_t yBegin, size_t yEnd,
+                    const kernels::MapTile* tiles) const noexcept {
+    (m_nBytes == 4 ? kernels.remapTilesRgba32 : kernels.remapTilesComponent)(
+        target.plane, target.source,
+        {m_Part.xBegin, m_Part.xEnd, yBegin, yEnd, tiles, m_Places, m_nSourcePitch});
 }
 
 void PlaneMap::Apply(const kernels::RemapKernels& kernels, Plane8 plane, const uint8_t* source,
                      uint32_t fill) const noexcept {
-    (m_nBytes == 4 ? kernels.remapTilesRgba32 : kernels.remapTilesComponent)(
-        plane, source,
-        {m_Part.xBegin, m_Part.xEnd, m_Part.yBegin, m_Part.yEnd, m_Tiles.data(), m_Places, m_nSourcePitch});
+    Move(kernels, {plane, source}, m_Part.yBegin, m_Part.yEnd, m_Tiles.data());
     for (const Fill& span : m_Fills) {
         uint8_t* const first = plane.Row(span.y) + span.x * m_nBytes;
         for (size_t i = 0; i < span.count; ++i) std::memcpy(first + i * m_nBytes, &fill, m_nBytes);

@@ -33,6 +33,11 @@ public:
     /// included, whose rows are pitch bytes apart; what was allocated stays. Samples from outside the plane
     /// will be filled with fills, else they stay as they are.
     void Begin(const Rectangle& part, size_t width, size_t height, size_t sourcePitch, bool fills);
+    /// From now on, what Apply would move is moved as soon as its places are known, while caches hold them;
+    /// with fills it may not. A plane, or two that share the map.
+    void ApplyAtOnce(Plane8 plane, const uint8_t* source) noexcept {
+        m_Targets[m_nTargets++] = {plane, source};
+    }
 
     /// The places of row y of the part, to be written. Rows stay until the next one that is a multiple of
     /// kTileSide is written.
@@ -53,13 +58,22 @@ private:
         size_t x, y, count;
     };
 
+    struct Target {
+        Plane8 plane;
+        const uint8_t* source;
+    };
+
     void AddFills(const kernels::RemapKernels& kernels, size_t y);
+    void Move(const kernels::RemapKernels& kernels, const Target& target, size_t yBegin, size_t yEnd,
+              const kernels::MapTile* tiles) const noexcept;
 
     size_t m_nBytes;
     Rectangle m_Part;
     size_t m_nWidth = 0, m_nHeight = 0, m_nSourcePitch = 0;
     bool m_bFills = false;
     std::vector<Fill> m_Fills;
+    Target m_Targets[2] = {};
+    size_t m_nTargets = 0;
     Scratch m_Band, m_Memory;
     uint32_t *m_BandColumns = nullptr, *m_BandRows = nullptr;
     std::vector<kernels::MapTile> m_Tiles;
