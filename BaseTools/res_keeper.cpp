@@ -1,6 +1,9 @@
 #include "BaseTools/res_keeper.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -24,6 +27,20 @@ BlockHeader ReadHeader(const void* block) {
     return header;
 }
 
+// Blocks as large as pictures are read and written at places far apart: with pages of 2 MiB the processor
+// finds these sooner, and fresh memory takes fewer faults. A system that has none keeps its own.
+void PreferHugePages([[maybe_unused]] const unsigned char* start, [[maybe_unused]] size_t size) noexcept {
+#ifdef MADV_HUGEPAGE
+    constexpr uintptr_t kPage = 4096, kHugePage = 2 << 20;
+    if (size < kHugePage) return;
+    const int error = errno;
+    const uintptr_t address = reinterpret_cast<uintptr_t>(start);
+    const uintptr_t begin = (address + kPage - 1) / kPage * kPage, end = (address + size) / kPage * kPage;
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    errno = error;
+#endif
+}
+
 } // namespace
 
 void* _aligned_malloc(size_t size, size_t alignment) noexcept {
@@ -34,6 +51,7 @@ void* _aligned_malloc(size_t size, size_t alignment) noexcept {
         return nullptr;
     auto* start = static_cast<unsigned char*>(std::malloc(total));
     if (!start) return nullptr;
+    PreferHugePages(start, total);
     const size_t misfit = (reinterpret_cast<uintptr_t>(start) + sizeof(BlockHeader)) % alignment;
     const size_t distance = sizeof(BlockHeader) + (misfit ? alignment - misfit : 0);
     unsigned char* result = start + distance;
