@@ -406,6 +406,8 @@ TEST(Tensile, StretchesTheBandAndSqueezesTheRest) {
                              {false, true, 0, 0, 0, 1, 2, 100},
                              {true, true, 1, 3, 1.5, 8, 15, 1.9},
                              {true, true, 120, 300, 1.3, 140, 401, 1.7},
+                             {false, true, 0, 0, 0, 200, 300, 3},
+                             {false, true, 0, 0, 0, 200, 300, 3.5},
                              {true, true, 1, 3, 0.5, 8, 15, 1.9},
                              {true, true, 1, 3, 1.5, 15, 8, 1.9}}) {
         ASSERT_NO_FATAL_FAILURE(ExpectComputes({"tensile", t.Settings()}, t));
