@@ -58,10 +58,6 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
         }
         return false;
     };
-    for (size_t i = 0; i < count; ++i) {
-        chroma.columns[i] = static_cast<uint32_t>(first + i);
-        chroma.rows[i] = static_cast<uint32_t>(chromaRow);
-    }
     std::fill(m_ChromaFound.begin(), m_ChromaFound.end(), char{0});
     size_t missing = count;
     const size_t top = std::max(chromaRow << v, m_Rectangle.yBegin);
@@ -70,6 +66,7 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
         const SamplePlaces luma = m_Luma.Row(y);
         Columns written = atOnce ? WrittenAtOnce(y) : Columns{0, xEnd};
         written = {std::max(written.begin, m_Rectangle.xBegin), std::min(written.end, xEnd)};
+        size_t unsure = 0; // the first sample that may be missing
         if (plain && missing == count && written.begin < written.end) {
             // From the first sample on whose odd luma column is written.
             const size_t skipped = (written.begin - m_Rectangle.xBegin) / 2;
@@ -82,12 +79,19 @@ void CStoredMapEffect::FindChroma(size_t chromaRow, const Rectangle& part, const
                                                       chroma.columns + skipped, chroma.rows + skipped);
             std::fill_n(m_ChromaFound.begin() + static_cast<ptrdiff_t>(skipped), found, char{1});
             missing -= found;
+            if (skipped == 0) unsure = found;
         }
-        for (size_t i = 0; i < count; ++i) {
+        for (size_t i = unsure; i < count; ++i) {
             if (m_ChromaFound[i] || !decide(i, written, luma)) continue;
             m_ChromaFound[i] = 1;
             --missing;
         }
+    }
+    for (size_t i = 0; i < count && missing > 0; ++i) {
+        if (m_ChromaFound[i]) continue;
+        chroma.columns[i] = static_cast<uint32_t>(first + i);
+        chroma.rows[i] = static_cast<uint32_t>(chromaRow);
+        --missing;
     }
 }
 
