@@ -9,8 +9,12 @@ git ls-files '*.cpp' '*.h' '*.inl' | xargs clang-format-14 --dry-run --Werror
 echo "== arrows"
 scripts/arrows.sh
 
+echo "== hardening"
+scripts/hardening.sh
+
 echo "== clang"
 scripts/build.sh clang
+scripts/hardening.sh build-clang
 
 echo "== lint"
 scripts/lint.sh

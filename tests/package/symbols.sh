@@ -33,7 +33,7 @@ for module in ladspa/aveffect.so lv2/aveffect.lv2/aveffect.so; do
   [ "$exports" = "${module%%/*}_descriptor" ] || fail "$module exports: $exports"
   while read -r symbol; do
     case $symbol in
-      _Znw* | _Zdl* | _ZSt7nothrow | __cxa_guard_* | __gxx_personality_v0 | _ZTV*__cxxabiv1* | memcpy | memmove | round*) ;;
+      _Znw* | _Zdl* | _ZSt7nothrow | __cxa_guard_* | __gxx_personality_v0 | _ZTV*__cxxabiv1* | __stack_chk_fail | memcpy | memmove | round*) ;;
       *) fail "$module needs $symbol" ;;
     esac
   done < <(nm -D --undefined-only --without-symbol-versions "$bin/../lib/$module" | awk '$1 != "w" {print $2}')
