@@ -13,7 +13,8 @@ enum ExitCode : int {
     kEffect = 5,        ///< the plug-in is missing or an effect failed
     kDamagedInput = 6,  ///< the input ended early or was damaged; the output holds what could be decoded
     kDifferent = 7,     ///< what was compared differs
-    kInterrupted = 128, ///< plus the number of the signal: 130 for SIGINT, 143 for SIGTERM, 129 for SIGHUP
+    kInterrupted = 128, ///< plus the number of the signal: 130 for SIGINT, 143 for SIGTERM, 129 for SIGHUP,
+                        ///< 142 for SIGALRM, which --timeout sends
 };
 
 /// The same, for --help.
@@ -28,7 +29,8 @@ inline constexpr char kExitCodeHelp[] =
     "  6    the input was damaged or ended early; the output holds what could\n"
     "       be decoded\n"
     "  7    what was compared differs\n"
-    "  130  interrupted (SIGINT); 143 by SIGTERM, 129 by SIGHUP";
+    "  130  interrupted (SIGINT); 143 by SIGTERM, 129 by SIGHUP,\n"
+    "       142 by --timeout";
 
 /// The code for an error; signal is the number of the last signal received, 0 for none.
 constexpr int ExitCodeFor(ErrorKind kind, int signal) {

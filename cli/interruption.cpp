@@ -1,6 +1,7 @@
 #include "cli/interruption.h"
 
 #include <csignal>
+#include <sys/time.h>
 
 namespace aveffect {
 
@@ -8,6 +9,7 @@ namespace {
 
 std::atomic<bool> g_interrupted{false};
 std::atomic<int> g_signal{0};
+int64_t g_deadline = 0; ///< milliseconds; 0: none
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
               "signal handlers may touch lock-free atomics only");
 
@@ -38,6 +40,15 @@ void CatchInterruptions() {
 }
 
 const std::atomic<bool>& Interrupted() { return g_interrupted; }
+
+void InterruptAfter(int64_t milliseconds) {
+    constexpr int64_t kASecond = 1000;
+    g_deadline = milliseconds;
+    const itimerval once = {{}, {milliseconds / kASecond, milliseconds % kASecond * kASecond}};
+    setitimer(ITIMER_REAL, &once, nullptr);
+}
+
+int64_t EndedAfter() { return g_signal == SIGALRM ? g_deadline : 0; }
 
 int InterruptingSignal() { return g_signal; }
 

@@ -2,6 +2,7 @@
 /// Requests to stop: the signals that end a program by default and that it can catch, other than those of its
 /// own faults.
 #include <atomic>
+#include <cstdint>
 
 namespace aveffect {
 
@@ -13,6 +14,12 @@ void CatchInterruptions();
 
 /// Set as soon as one of the signals came.
 const std::atomic<bool>& Interrupted();
+
+/// Has SIGALRM come after that time, above 0. Call after CatchInterruptions().
+void InterruptAfter(int64_t milliseconds);
+
+/// The time that was given, when it is what ended the run; else 0.
+int64_t EndedAfter();
 
 /// The number of the first signal that came, 0 for none.
 int InterruptingSignal();

@@ -7,6 +7,8 @@
 #include "cli/batch_report.h"
 #include "cli/catalogue_json.h"
 #include "cli/catalogue_text.h"
+#include "cli/command_reach.h"
+#include "cli/confinement/confinement.h"
 #include "cli/exit_code.h"
 #include "cli/film_report.h"
 #include "cli/interruption.h"
@@ -47,6 +49,15 @@ struct Failure {
     }
 };
 
+/// What --timeout ended says so first, and keeps the rest: "interrupted; nothing was written".
+std::string TimedOut(const std::string& message) {
+    const size_t rest = message.starts_with("interrupted") ? message.find(';') : 0;
+    const std::string kept = rest == 0                   ? "; " + message
+                             : rest == std::string::npos ? ""
+                                                         : message.substr(rest);
+    return "--timeout: the run took longer than " + std::to_string(EndedAfter()) + " ms" + kept;
+}
+
 /// Call from a catch block.
 Failure CurrentFailure() {
     try {
@@ -55,8 +66,8 @@ Failure CurrentFailure() {
         // Whatever fails behind a signal may do so because of it: reading that was given up looks like
         // damage.
         const int signal = InterruptingSignal();
-        return {error.what(), ExitCodeFor(signal != 0 ? ErrorKind::Interrupted : error.Kind(), signal),
-                error.Picture()};
+        return {EndedAfter() > 0 ? TimedOut(error.what()) : error.what(),
+                ExitCodeFor(signal != 0 ? ErrorKind::Interrupted : error.Kind(), signal), error.Picture()};
     } catch (const std::bad_alloc&) {
         return {"out of memory", kUnexpected};
     } catch (const std::exception& error) {
@@ -83,11 +94,18 @@ RenderObserver MakeObserver(Progress& progress, int verbosity) {
 
 constexpr char kOutputHolds[] = "; the output holds what could be decoded";
 
-/// Sets up what the commands that read media share, runs the work, which takes an observer, and tells how it
-/// ended, with what follows from damage.
-template <typename Work>
-int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& output, Work work,
-             const char* afterDamage = kOutputHolds) {
+/// Before the first byte of media is parsed.
+void Confine(const RunArguments& run, const Reach& reach, const RenderObserver& observer) {
+    const std::string open = run.limits.noSandbox ? "" : Confine(reach);
+    if (!open.empty()) observer.note(open);
+}
+
+/// Sets up what the commands that read media share, makes their options, raises the walls around what these
+/// reach, runs the work, which takes the options and an observer, and tells how it ended, with what follows
+/// from damage.
+template <typename Make, typename Fence, typename Work>
+int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& output, Make make, Fence fence,
+             Work work, const char* afterDamage = kOutputHolds) {
     RequireOwnOutput(style, output);
     CatchInterruptions();
     const auto progress = MakeProgress(style);
@@ -97,7 +115,10 @@ int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& ou
         const RenderObserver observer = MakeObserver(*progress, run.verbosity);
         if (const std::string warning = ApplyCpuLevel(run.cpuLevel); !warning.empty())
             observer.warning(warning);
-        const RenderResult result = work(observer);
+        ApplyLimits(run.limits);
+        const auto options = make();
+        Confine(run, fence(options), observer);
+        const RenderResult result = work(options, observer);
         const int exitCode = result.inputDamage ? kDamagedInput : kDone;
         progress->Done(result, exitCode);
         if (result.inputDamage) PrintLines(*result.inputDamage + afterDamage);
@@ -124,12 +145,15 @@ int Run(const DescribeCommand& command) {
                      (page.empty() ? "" : "\nWith pictures\n  file://" + page.string() + "\n"));
 }
 
+constexpr auto kReachOf = [](const auto& options) { return ReachOf(options); };
+
 int Run(const RenderCommand& command) {
-    return RunMedia(command.media.run, command.progress, command.media.output,
-                    [&command](const RenderObserver& observer) {
-                        const RenderOptions options = MakeRenderOptions(command);
-                        return Render(Plugin(), options, observer, Interrupted());
-                    });
+    return RunMedia(
+        command.media.run, command.progress, command.media.output,
+        [&command] { return MakeRenderOptions(command); }, kReachOf,
+        [](const RenderOptions& options, const RenderObserver& observer) {
+            return Render(Plugin(), options, observer, Interrupted());
+        });
 }
 
 int Run(const BatchCommand& command) {
@@ -138,9 +162,16 @@ int Run(const BatchCommand& command) {
         PrintText(report.Line(outcome));
         PrintLines(BatchReport::Message(outcome));
     };
-    const int exitCode =
-        RunMedia(command.render.media.run, ProgressStyle::None, "", [&](const RenderObserver& observer) {
-            RenderBatch(Plugin(), MakeBatchOptions(command), observer, tell, Interrupted());
+    const int exitCode = RunMedia(
+        command.render.media.run, ProgressStyle::None, "",
+        [&command] {
+            BatchOptions options = MakeBatchOptions(command);
+            PrepareBatch(options);
+            return options;
+        },
+        kReachOf,
+        [&tell](const BatchOptions& options, const RenderObserver& observer) {
+            RenderBatch(Plugin(), options, observer, tell, Interrupted());
             return RenderResult{};
         });
     if (exitCode == kDone || exitCode >= kInterrupted) PrintText(report.Summary());
@@ -148,51 +179,58 @@ int Run(const BatchCommand& command) {
 }
 
 int Run(const PlayCommand& command) {
-    return RunMedia(command.render.media.run, ProgressStyle::None, "", [&](const RenderObserver& observer) {
-        const RenderOptions options = MakeRenderOptions(command.render);
-        Play(Plugin(), options, observer, Interrupted());
-        return RenderResult{};
-    });
+    return RunMedia(
+        command.render.media.run, ProgressStyle::None, "",
+        [&command] { return MakeRenderOptions(command.render); }, ReachOfPlayer,
+        [](const RenderOptions& options, const RenderObserver& observer) {
+            Play(Plugin(), options, observer, Interrupted());
+            return RenderResult{};
+        });
 }
 
 int Run(const FrameCommand& command) {
-    return RunMedia(command.media.run, ProgressStyle::None, command.media.output,
-                    [&command](const RenderObserver& observer) {
-                        const FrameOptions options = MakeFrameOptions(command);
-                        return RenderFrame(Plugin(), options, observer, Interrupted());
-                    });
+    return RunMedia(
+        command.media.run, ProgressStyle::None, command.media.output,
+        [&command] { return MakeFrameOptions(command); }, kReachOf,
+        [](const FrameOptions& options, const RenderObserver& observer) {
+            return RenderFrame(Plugin(), options, observer, Interrupted());
+        });
 }
 
 int Run(const TransitionCommand& command) {
-    return RunMedia(command.film.run, command.film.progress, command.output,
-                    [&command](const RenderObserver& observer) {
-                        const TransitionOptions options = MakeTransitionOptions(command);
-                        return RenderTransition(Plugin(), options, observer, Interrupted());
-                    });
+    return RunMedia(
+        command.film.run, command.film.progress, command.output,
+        [&command] { return MakeTransitionOptions(command); }, kReachOf,
+        [](const TransitionOptions& options, const RenderObserver& observer) {
+            return RenderTransition(Plugin(), options, observer, Interrupted());
+        });
 }
 
 int Run(const JoinCommand& command) {
-    return RunMedia(command.film.run, command.film.progress, command.files.back(),
-                    [&command](const RenderObserver& observer) {
-                        const JoinOptions options = MakeJoinOptions(command);
-                        return RenderJoin(Plugin(), options, observer, Interrupted());
-                    });
+    return RunMedia(
+        command.film.run, command.film.progress, command.files.back(),
+        [&command] { return MakeJoinOptions(command); }, kReachOf,
+        [](const JoinOptions& options, const RenderObserver& observer) {
+            return RenderJoin(Plugin(), options, observer, Interrupted());
+        });
 }
 
 int Run(const SheetCommand& command) {
-    return RunMedia(command.run, ProgressStyle::None, command.output,
-                    [&command](const RenderObserver& observer) {
-                        const SheetOptions options = MakeSheetOptions(command);
-                        return RenderSheet(Plugin(), options, observer, Interrupted());
-                    });
+    return RunMedia(
+        command.run, ProgressStyle::None, command.output, [&command] { return MakeSheetOptions(command); },
+        kReachOf,
+        [](const SheetOptions& options, const RenderObserver& observer) {
+            return RenderSheet(Plugin(), options, observer, Interrupted());
+        });
 }
 
 int Run(const CompareCommand& command) {
     Comparison found;
     const int exitCode = RunMedia(
         command.run, ProgressStyle::None, command.options.difference,
-        [&](const RenderObserver& observer) {
-            found = Compare(MakeCompareOptions(command), observer, Interrupted());
+        [&command] { return MakeCompareOptions(command); }, kReachOf,
+        [&found](const CompareOptions& options, const RenderObserver& observer) {
+            found = Compare(options, observer, Interrupted());
             return RenderResult{found.pairs, found.inputDamage};
         },
         "; what could be decoded was compared");
@@ -203,9 +241,13 @@ int Run(const CompareCommand& command) {
 
 int Run(const FilmRenderCommand& command) {
     return RunMedia(
-        command.film.run, command.film.progress, command.output, [&command](const RenderObserver& observer) {
-            const FilmRenderOptions options = MakeFilmRenderOptions(command);
-            MediaHeaders headers;
+        command.film.run, command.film.progress, command.output,
+        [&command] { return MakeFilmRenderOptions(command); },
+        [&command](const FilmRenderOptions& options) {
+            return ReachOf(command.source, options.output, options.work);
+        },
+        [&command](const FilmRenderOptions& options, const RenderObserver& observer) {
+            MediaHeaders headers(&Interrupted());
             ReadFilm read = ReadOtioFile(command.source.film, {MakeMediaTerms(command.source), &headers});
             const FilmCheck check = CheckFilm(read.film, headers);
             RequireFaultless(AllFaults(read, check, command.source.strict));
@@ -215,11 +257,12 @@ int Run(const FilmRenderCommand& command) {
         });
 }
 
-int Run(const FilmCheckCommand& command) {
-    MediaHeaders headers;
+int Check(const FilmCheckCommand& command) {
+    MediaHeaders headers(&Interrupted());
     FilmReport report{command.source.film, {}, {}, {}};
     report.read = ReadOtioFile(report.path, {MakeMediaTerms(command.source), &headers});
     report.check = CheckFilm(report.read.film, headers);
+    if (Interrupted()) throw Error(ErrorKind::Interrupted, "interrupted");
     report.faults = AllFaults(report.read, report.check, command.source.strict);
     PrintLines(ReportMessages(report, command.source.strict));
     if (command.json)
@@ -229,35 +272,57 @@ int Run(const FilmCheckCommand& command) {
     return ReportExitCode(report);
 }
 
+int Run(const FilmCheckCommand& command) {
+    RunArguments run;
+    run.limits = command.limits;
+    int found = kDone;
+    const int exitCode = RunMedia(
+        run, ProgressStyle::None, "", [&command] { return command.source; }, kReachOf,
+        [&](const FilmSourceArguments&, const RenderObserver&) {
+            found = Check(command);
+            return RenderResult{};
+        });
+    return exitCode == kDone ? found : exitCode;
+}
+
 int Run(const FilmShowCommand& command) {
     return RunMedia(
-        command.run, ProgressStyle::None, command.html, [&command](const RenderObserver& observer) {
-            MediaHeaders headers;
-            const ReadFilm read =
-                ReadOtioFile(command.source.film, {MakeMediaTerms(command.source), &headers});
-            RequireFaultless(AllFaults(read, {}, command.source.strict));
+        command.run, ProgressStyle::None, command.html, [&command] { return command.source; },
+        [&command](const FilmSourceArguments& source) { return ReachOfPage(source, command.html); },
+        [&command](const FilmSourceArguments& source, const RenderObserver& observer) {
+            MediaHeaders headers(&Interrupted());
+            const ReadFilm read = ReadOtioFile(source.film, {MakeMediaTerms(source), &headers});
+            RequireFaultless(AllFaults(read, {}, source.strict));
             for (const std::string& unknown : read.unknown) observer.warning("not used: " + unknown);
             if (command.html.empty())
                 PrintText(FilmText(read.film));
             else
-                WriteFilmPage(Plugin(), read.film, {command.source.film, command.html, command.run.overwrite},
+                WriteFilmPage(Plugin(), read.film, {source.film, command.html, command.run.overwrite},
                               Interrupted());
             return RenderResult{};
         });
 }
 
 int Run(const FilmNewCommand& command) {
-    return RunMedia(command.join.film.run, ProgressStyle::None, "", [&command](const RenderObserver&) {
-        WriteNewFilm(MakeNewOptions(command), Interrupted());
-        return RenderResult{};
-    });
+    return RunMedia(
+        command.join.film.run, ProgressStyle::None, "", [&command] { return MakeNewOptions(command); },
+        kReachOf,
+        [](const JoinOptions& options, const RenderObserver&) {
+            WriteNewFilm(options, Interrupted());
+            return RenderResult{};
+        });
 }
 
 int Run(const FilmSetCommand& command) {
-    return RunMedia(command.run, ProgressStyle::None, "", [&command](const RenderObserver&) {
-        SetInFilm(MakeSetOptions(command), Interrupted());
-        return RenderResult{};
-    });
+    return RunMedia(
+        command.run, ProgressStyle::None, "", [&command] { return MakeSetOptions(command); },
+        [&command](const FilmSetOptions& options) {
+            return ReachOf(command.source, options.output.empty() ? options.film : options.output);
+        },
+        [](const FilmSetOptions& options, const RenderObserver&) {
+            SetInFilm(options, Interrupted());
+            return RenderResult{};
+        });
 }
 
 int Run(const FilmSchemaCommand&) { return PrintText(MetadataSchema().dump(kJsonIndent) + "\n"); }

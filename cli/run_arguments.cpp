@@ -16,6 +16,7 @@ void AddRunOptions(CLI::App& app, RunArguments& run) {
                  "Have the output on its disk, safe from a power cut, before the program is done");
     app.add_flag("-v,--verbose", run.verbosity,
                  "Say what is done in detail; -vv also shows the effects' log");
+    AddLimitOptions(app, run.limits);
 }
 
 void AddFormatOption(CLI::App& app, std::string& format) {

@@ -2,6 +2,7 @@
 /// Options that every command takes that writes a file.
 #include <string>
 
+#include "cli/limit_arguments.h"
 #include "cli/progress.h"
 
 namespace CLI {
@@ -15,6 +16,7 @@ struct RunArguments {
     bool overwrite = false;
     bool sync = false;
     int verbosity = 0; ///< how often -v was given
+    LimitArguments limits;
 };
 
 void AddRunOptions(CLI::App& app, RunArguments& run);

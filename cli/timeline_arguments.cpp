@@ -47,6 +47,7 @@ void AddCheck(CLI::App& timeline, FilmCheckCommand& command) {
         timeline.add_subcommand("check", "Tell all that is wrong with a film, without rendering it");
     AddFilmSource(*check, command.source);
     check->add_flag("--json", command.json, "Tell it as JSON");
+    AddLimitOptions(*check, command.limits);
     check->footer(std::string("Media are opened once each, and only what they say in front is read.\n"
                               "Example:\n  aveffect timeline check film.otio --strict\n\n") +
                   kExitCodeHelp);

@@ -36,6 +36,7 @@ struct FilmRenderCommand {
 struct FilmCheckCommand {
     FilmSourceArguments source;
     bool json = false;
+    LimitArguments limits;
 };
 
 struct FilmShowCommand {

@@ -25,7 +25,8 @@ timeline/film:      host/settings
 timeline/otio:      include host/support host/settings host/media timeline/film
 timeline/playout:   include kernels mediabridge host/support host/settings host/picture host/media host/effects host/sound host/output timeline/film
 timeline/jobs:      include mediabridge host/support host/settings host/picture host/media host/effects host/sound host/output host/jobs timeline/film timeline/otio timeline/playout
-cli:                include mediabridge host/support host/settings host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs
+cli/confinement:
+cli:                include cli/confinement mediabridge host/support host/settings host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs
 manual:             include host/support host/settings host/effects host/jobs cli
 adapters/frei0r:    include host/settings host/effects
 adapters/sound:     include kernels

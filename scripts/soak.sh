@@ -73,6 +73,8 @@ fi
 if runs program; then
   AVEFFECT_SOAK=1 run program build/tests/program_robustness_test || true
   report program "$(grep -c '^\[       OK \]' "$work/program.log")"
+  AVEFFECT_SOAK=1 run walls tests/cli/confinement/walls.sh build/bin/aveffect build/tests/libstranger.so || true
+  report walls 1
 fi
 if runs films; then
   AVEFFECT_KILLS=20 run films build/tests/timeline_test --gtest_filter='FilmPieces.*' || true

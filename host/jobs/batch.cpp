@@ -152,6 +152,11 @@ private:
 
 } // namespace
 
+void PrepareBatch(const BatchOptions& options) {
+    PlanItems(options);
+    MakeDirectory(options.directory);
+}
+
 void RenderBatch(const Plugin& plugin, const BatchOptions& options, const RenderObserver& observer,
                  const std::function<void(const BatchOutcome&)>& tell, const std::atomic<bool>& cancel) {
     Batch(plugin, options, observer, tell, cancel).Run();

@@ -28,6 +28,10 @@ struct BatchOutcome {
     int64_t frames = 0;
 };
 
+/// What RenderBatch() begins with, for those who lose the right to make directories before it: refuses what
+/// it would, and makes the directory.
+void PrepareBatch(const BatchOptions& options);
+
 /// Renders each input as Render() does; a failure ends no other. Every outcome is told as soon as it is
 /// known, one at a time, from any thread. Threads and memory that the options ask for are shared among the
 /// workers. An

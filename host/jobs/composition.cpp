@@ -23,6 +23,13 @@ int64_t PicturesIn(int64_t milliseconds, AVRational rate) {
     return av_rescale_q(milliseconds, kMilliseconds, av_inv_q(rate));
 }
 
+AVRational RequireFilmRate(AVRational rate) {
+    constexpr AVRational kFastest = {1000, 1};
+    if (av_cmp_q(rate, kFastest) <= 0) return rate;
+    throw Error(ErrorKind::Usage, "the clip claims " + std::to_string(static_cast<int64_t>(av_q2d(rate))) +
+                                      " pictures a second, more than 1000; --fps says how many are wanted");
+}
+
 void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate) {
     if (pictures > 0) return;
     const int64_t picture = av_rescale_q_rnd(1, av_inv_q(rate), kMilliseconds, AV_ROUND_UP);

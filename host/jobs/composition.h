@@ -14,6 +14,9 @@ namespace aveffect {
 /// Pictures in a time, rounded to the nearest number.
 int64_t PicturesIn(int64_t milliseconds, AVRational rate);
 
+/// Throws Error (Usage) for rates that no film is drawn at, whatever a clip claims: above 1000 a second.
+AVRational RequireFilmRate(AVRational rate);
+
 /// Throws Error (Usage) when a transition that lasts so long has no picture at that rate.
 void RequireSeen(int64_t pictures, int64_t milliseconds, AVRational rate);
 

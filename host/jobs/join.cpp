@@ -93,6 +93,7 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
     setup.model = ModelOf(clips);
     const ClipScan& model = clips[setup.model];
     const AVRational wanted = options.film.rate.value_or(model.still ? kRateOfStills : model.rate);
+    RequireFilmRate(wanted);
     setup.rate = NearestRate(plan, wanted);
     SayRate(plan, wanted, setup.rate, reporter);
     if (const auto& music = options.music)

@@ -151,7 +151,7 @@ public:
         , m_stages([this] { m_made.Stop(); }) {
         m_manager.TakeOn(m_terms);
         const SourceRequest request = RequestOf(options);
-        const InputContextPtr input = OpenInput(request.path, m_interrupt, request.rate);
+        const InputContextPtr input = OpenInput(request, m_interrupt);
         RequireStreams(*input, request);
         AVStream* const pictures = FindPictures(*input, request);
         AVStream* const sound = FindSound(*input, request, pictures);

@@ -35,7 +35,7 @@ public:
         , m_reporter(observer)
         , m_interrupt{&cancel, std::nullopt}
         , m_request(RequestOf(options))
-        , m_input(OpenInput(m_request.path, m_interrupt))
+        , m_input(OpenInput(m_request, m_interrupt))
         , m_output(plan, m_request.path) {
         ChooseStreams();
         FindSpan();
@@ -259,7 +259,7 @@ bool IsSoundRender(const RenderOptions& options, const OutputPlan& plan, const s
     struct stat info = {};
     if (stat(request.path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(request.path, interrupt);
+    const InputContextPtr input = OpenInput(request, interrupt);
     return !FindPictures(*input, request) && !HasNoSound(*input);
 }
 

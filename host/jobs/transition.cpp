@@ -93,7 +93,7 @@ public:
         , m_first(LastOf(options.first))
         , m_manager(&cancel)
         , m_canvas(MakeCanvas(terms, reporter, cancel))
-        , m_wanted(RateOf(options, cancel))
+        , m_wanted(RequireFilmRate(RateOf(options, cancel)))
         , m_rate(NearestRate(plan, m_wanted))
         , m_marks(MarksOf(options, m_rate))
         , m_plugin(plugin)
@@ -180,6 +180,7 @@ RenderResult RenderLive(const Plugin& plugin, const TransitionOptions& options, 
     const ClipScan first = ScanClip(ParseSourceUrl(options.first).At(asked), cancel);
     const ClipScan second = ScanClip(ParseSourceUrl(options.second).At(asked), cancel);
     const AVRational wanted = asked.value_or(first.rate);
+    RequireFilmRate(wanted);
     const AVRational rate = NearestRate(plan, wanted);
     SayRate(plan, wanted, rate, reporter);
     const Marks marks = MarksOf(options, rate);

@@ -17,7 +17,7 @@ std::optional<int64_t> PacketEnd(const AVPacket& packet, const AVStream& stream,
 
 void ReadThrough(ClipScan& scan, const std::atomic<bool>& cancel) {
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(scan.request.path, interrupt, scan.request.rate);
+    const InputContextPtr input = OpenInput(scan.request, interrupt);
     const AVStream* pictures = FindPictures(*input, scan.request);
     const AVStream* sound = FindSound(*input, scan.request, pictures);
     if (sound && sound->codecpar->sample_rate > 0)

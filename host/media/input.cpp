@@ -3,14 +3,18 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "host/media/device.h"
+#include "host/media/input_access.h"
+#include "host/media/limits.h"
 #include "host/media/photo_orientation.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
@@ -32,8 +36,9 @@ void CheckFile(const std::string& path) {
         throw Error(ErrorKind::Input, path + " is empty (0 bytes)");
 }
 
-[[noreturn]] void ThrowNoMedia(const std::string& path, int code) {
-    const std::string detail = TakeLibraryError();
+[[noreturn]] void ThrowNoMedia(const std::string& path, int code, const std::string& detail) {
+    if (detail.starts_with("Number of streams exceeds"))
+        throw Error(ErrorKind::Input, path + " claims more than 1000 streams, the most that are believed");
     const std::string reason = detail.empty() ? AvText(code) : detail;
     throw Error(ErrorKind::Input, code == AVERROR_INVALIDDATA
                                       ? path + " is no clip or picture that can be read: " + reason
@@ -81,6 +86,41 @@ void SetPattern(const std::string& path, const std::optional<AVRational>& rate, 
     if (rate)
         av_dict_set(options, "framerate",
                     (std::to_string(rate->num) + "/" + std::to_string(rate->den)).c_str(), 0);
+}
+
+// Of the streams that are known when the file is opened; decoders that come later know it by themselves.
+class StreamOptions {
+public:
+    explicit StreamOptions(const AVFormatContext& input)
+        : m_each(input.nb_streams, nullptr) {
+        for (AVDictionary*& options : m_each) av_dict_set_int(&options, "max_pixels", g_mostPixels, 0);
+    }
+    ~StreamOptions() {
+        for (AVDictionary*& options : m_each) av_dict_free(&options);
+    }
+    StreamOptions(const StreamOptions&) = delete;
+    StreamOptions& operator=(const StreamOptions&) = delete;
+    AVDictionary** Data() noexcept { return m_each.empty() ? nullptr : m_each.data(); }
+
+private:
+    std::vector<AVDictionary*> m_each;
+};
+
+[[noreturn]] void ThrowTooLarge(const std::string& path, const std::string& size) {
+    throw Error(ErrorKind::Input, path + " claims pictures of " + size + " pixels, more than " +
+                                      std::to_string(g_mostPixels) + " in all; --max-pixels sets the limit");
+}
+
+// Decoders' own check leaves a line and no size behind, containers' word a size.
+void RequireBelievable(const std::string& path, const AVFormatContext& input, const std::string& line) {
+    unsigned width = 0, height = 0;
+    if (std::sscanf(line.c_str(), "Picture size %ux%u is invalid", &width, &height) == 2)
+        ThrowTooLarge(path, std::to_string(width) + "x" + std::to_string(height));
+    for (unsigned index = 0; index < input.nb_streams; ++index) {
+        const AVCodecParameters& codec = *input.streams[index]->codecpar;
+        if (int64_t{codec.width} * codec.height > g_mostPixels)
+            ThrowTooLarge(path, std::to_string(codec.width) + "x" + std::to_string(codec.height));
+    }
 }
 
 // MP4 and its like may have their index behind the pictures, which a pipe has handed out by then.
@@ -146,8 +186,8 @@ bool IsNumbered(const std::string& path) {
     return av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0;
 }
 
-InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt,
-                          const std::optional<AVRational>& numberedRate) {
+InputContextPtr OpenInput(const SourceRequest& request, ReadInterrupt& interrupt) {
+    const std::string& path = request.path;
     CaptureLibraryLog();
     TakeLibraryError();
     const bool local = IsLocalPath(path);
@@ -155,8 +195,10 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt,
 
     DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
     AVDictionary* options = nullptr;
-    if (local)
-        SetPattern(path, numberedRate, &options); // may refuse, and so comes before all that has to be freed
+    // These may refuse, and so come before all that has to be freed.
+    const AVInputFormat* const format = FormatAskedFor(request);
+    if (local) SetPattern(path, request.rate, &options);
+    SetAccess(request, &options);
     auto damage = std::make_unique<InputDamage>(path);
     AVFormatContext* context = avformat_alloc_context();
     if (!context) {
@@ -168,20 +210,26 @@ InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt,
     // The prefix keeps a name like "a:b.mp4" from being taken for a protocol.
     const std::string url = local ? "file:" + path : path;
     av_dict_set(&options, "export_path_metadata", "1", 0); // of each file that a pattern stands for
-    int code = avformat_open_input(&context, url.c_str(), nullptr, &options); // frees the context on failure
+    int code = avformat_open_input(&context, url.c_str(), format, &options); // frees the context on failure
     av_dict_free(&options);
     if (code < 0) {
         if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
-        ThrowNoMedia(path, code);
+        const std::string line = TakeLibraryError();
+        SayRefusedFormat(request, code, line);
+        ThrowNoMedia(path, code, line);
     }
     context->opaque = &damage->Lines();
     InputContextPtr input(context, InputContextDeleter{std::move(device), std::move(damage)});
     if (input.get_deleter().device) RequireWithinReach(path, *context);
     // Plain text opens as a terminal recording, which nobody means.
-    if (std::string_view(context->iformat->name) == "tty") ThrowNoMedia(path, AVERROR_INVALIDDATA);
-    code = avformat_find_stream_info(context, nullptr);
+    if (std::string_view(context->iformat->name) == "tty")
+        ThrowNoMedia(path, AVERROR_INVALIDDATA, TakeLibraryError());
+    StreamOptions streams(*context);
+    code = avformat_find_stream_info(context, streams.Data());
     if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
-    if (code < 0) ThrowNoMedia(path, code);
+    const std::string line = TakeLibraryError();
+    RequireBelievable(path, *context, line);
+    if (code < 0) ThrowNoMedia(path, code, line);
     if (local) SayPhotoOrientation(path, *context);
     return input;
 }
@@ -215,6 +263,7 @@ Decoder::Decoder(const InputContextPtr& input, const AVStream& stream, unsigned 
         m_context->pkt_timebase = stream.time_base;
         m_context->opaque = &m_lines;
         m_context->err_recognition = AV_EF_CRCCHECK;
+        m_context->max_pixels = g_mostPixels;
         m_context->thread_count = static_cast<int>(std::min(threads, 64u));
         TakeLibraryError();
         code = avcodec_open2(m_context.get(), codec, nullptr);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/media/input_owner.h"
+#include "host/media/source_request.h"
 
 namespace aveffect {
 
@@ -34,10 +35,10 @@ void RequireRereadable(const std::string& path);
 /// Whether a name is a pattern for numbered pictures, and no file is really called so.
 bool IsNumbered(const std::string& path);
 
-/// Opens a file (or a protocol URL) and finds out its streams. Numbered pictures come at that rate, 25 a
-/// second when it is absent. Throws Error (Input), one line that names the file.
-InputContextPtr OpenInput(const std::string& path, ReadInterrupt& interrupt,
-                          const std::optional<AVRational>& numberedRate = {});
+/// Opens a file (or a protocol URL) and finds out its streams. Its claims are believed within limits
+/// (limits.h), and what it names besides is opened only as input_access.h says. Throws Error (Input), one
+/// line that names the file.
+InputContextPtr OpenInput(const SourceRequest& request, ReadInterrupt& interrupt);
 
 /// As av_read_frame, noting damage.
 int ReadPacket(const InputContextPtr& input, AVPacket& packet);

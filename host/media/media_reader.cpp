@@ -56,7 +56,7 @@ MediaReader::MediaReader(const std::string& url, const ReaderTerms& terms, const
     , m_framer(terms.framing) {
     const SourceRequest request = ParseSourceUrl(url);
     m_path = request.path;
-    m_input = OpenInput(m_path, m_interrupt, request.rate);
+    m_input = OpenInput(request, m_interrupt);
     if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
     Open(m_video, FindPictures(*m_input, request));
     m_wantsLast = LastPictureWanted(url).value_or(false);

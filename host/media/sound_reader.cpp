@@ -13,7 +13,7 @@ using mediabridge::AVFramePtr;
 SoundReader::SoundReader(SoundRequest request, const std::atomic<bool>& cancel)
     : m_request(std::move(request))
     , m_interrupt{&cancel, std::nullopt}
-    , m_input(OpenInput(m_request.source.path, m_interrupt))
+    , m_input(OpenInput(m_request.source, m_interrupt))
     , m_packet(av_packet_alloc())
     , m_resampler(swr_alloc()) {
     const std::string& path = m_request.source.path;

@@ -21,7 +21,7 @@ Source::Source(const SourceRequest& request, Others others, unsigned threads, co
     , m_copiesPictures(others == Others::WithPictures) {
     if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
     m_interrupt.cancel = &cancel;
-    m_input = OpenInput(m_path, m_interrupt, request.rate);
+    m_input = OpenInput(request, m_interrupt);
     RequireStreams(*m_input, request);
     m_pictures = FindPictures(*m_input, request);
     if (!m_pictures) throw Error(ErrorKind::Input, m_path + " has no picture stream");

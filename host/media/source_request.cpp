@@ -97,6 +97,7 @@ SourceRequest ParseSourceUrl(const std::string& url) {
                 throw Error(ErrorKind::Input,
                             url + ": fps=" + std::string(value) + " is no rate; 25, 29.97 or 30000/1001 are");
         }
+        if (key == "format" && IsLocalPath(url)) request.format = value;
         if (key != "vstreamid" && key != "astreamid") continue;
         const std::optional<int> index = StreamIndex(value);
         if (!index) throw Error(ErrorKind::Input, url + ": " + std::string(pair) + " names no stream");

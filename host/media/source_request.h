@@ -27,6 +27,8 @@ struct SourceRequest {
     std::optional<int> videoStream = {}, audioStream = {};
     StreamSelection selection = {};
     std::optional<AVRational> rate = {}; ///< of numbered pictures, a second; absent: 25
+    std::string format =
+        {}; ///< the library's name for the file's; empty: any but those that name other files
 
     /// Whether it says which streams are meant.
     bool NamesStreams() const { return videoStream || audioStream || !selection.chosen.empty(); }
@@ -40,8 +42,8 @@ std::optional<AVRational> ParsePictureRate(std::string_view text);
 
 /// Takes a URL apart: a path or protocol URL, optionally followed by "?" and key=value pairs joined by "&",
 /// of which "vstreamid" and "astreamid" select streams (bit 29 of the number is a flag and not part of the
-/// index) and "fps" gives numbered pictures a rate. A '?' that belongs to an existing file's name stays part
-/// of it. Throws Error (Input).
+/// index) and "fps" gives numbered pictures a rate, "format" a file's format. A '?' that belongs to an
+/// existing file's name stays part of it. Throws Error (Input).
 SourceRequest ParseSourceUrl(const std::string& url);
 
 /// The same with a selection, for what the URL leaves open.

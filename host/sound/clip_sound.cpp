@@ -27,7 +27,7 @@ SoundShape BroughtShape(const ClipSoundSetup& setup) {
             if (setting.name == kSoundPath) url = setting.value;
     ReadInterrupt interrupt{&setup.cancel, std::nullopt};
     const SourceRequest request = ParseSourceUrl(url);
-    const InputContextPtr input = OpenInput(request.path, interrupt);
+    const InputContextPtr input = OpenInput(request, interrupt);
     const AVStream* const sound = FindSound(*input, request, nullptr);
     if (!sound) throw Error(ErrorKind::Input, url + " has no sound any more");
     return ShapeOf(*sound);

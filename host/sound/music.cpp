@@ -12,7 +12,7 @@ MusicFile FindMusic(const std::string& url, const std::atomic<bool>& cancel) {
     MusicFile music{ParseSourceUrl(url), {}, {}};
     RequireRereadable(music.source.path);
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(music.source.path, interrupt);
+    const InputContextPtr input = OpenInput(music.source, interrupt);
     const AVStream* sound = FindSound(*input, music.source, FindPictures(*input, music.source));
     if (!sound || sound->codecpar->sample_rate <= 0)
         throw Error(ErrorKind::Input, music.source.path + " has no sound that could be music");

@@ -53,7 +53,7 @@ struct Heard {
 
 Heard Listen(const std::string& path) {
     aveffect::ReadInterrupt interrupt{nullptr, std::nullopt};
-    const aveffect::InputContextPtr input = aveffect::OpenInput(path, interrupt);
+    const aveffect::InputContextPtr input = aveffect::OpenInput({path}, interrupt);
     const int index = av_find_best_stream(input.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (index < 0) return {};
     aveffect::Decoder decoder(input, *input->streams[index], 1);

@@ -1,7 +1,9 @@
 #include "timeline/jobs/film_page.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <vector>
 
@@ -196,19 +198,19 @@ void WriteFilmPage(const Plugin& plugin, const Film& film, const FilmPageOptions
                    const std::atomic<bool>& cancel) {
     constexpr size_t kMostPictures = 1000; // what browsers show without trouble
     OutputFile::Check(options.output, options.input, options.overwrite);
-    FilmThumbnails thumbnails(plugin, kMostPictures, cancel);
+    FilmThumbnails thumbnails(plugin, options.output, kMostPictures, cancel);
     const std::string page = FilmPage(film, [&](const FilmItem& clip) { return thumbnails.Of(clip); });
     WriteTextFile(options.output, page, options.overwrite, cancel);
 }
 
-FilmThumbnails::FilmThumbnails(const Plugin& plugin, size_t most, const std::atomic<bool>& cancel)
+FilmThumbnails::FilmThumbnails(const Plugin& plugin, const std::string& page, size_t most,
+                               const std::atomic<bool>& cancel)
     : m_plugin(plugin)
     , m_most(most)
     , m_cancel(cancel)
-    , m_directory((std::filesystem::temp_directory_path() / "aveffect.XXXXXX").string()) {
+    , m_directory((std::filesystem::path(page).parent_path() / ".aveffect.XXXXXX").string()) {
     if (!mkdtemp(m_directory.data()))
-        throw Error(ErrorKind::Output,
-                    "can't make a directory in " + std::filesystem::temp_directory_path().string());
+        throw Error(ErrorKind::Output, "can't make a directory beside " + page + ": " + std::strerror(errno));
 }
 
 FilmThumbnails::~FilmThumbnails() {

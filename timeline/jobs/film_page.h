@@ -22,7 +22,9 @@ std::string FilmPage(const Film& film, const Thumbnailer& thumbnail);
 class FilmThumbnails {
 public:
     /// Plugin and flag outlive it. No more than that many pictures are drawn.
-    FilmThumbnails(const Plugin& plugin, size_t most, const std::atomic<bool>& cancel);
+    /// They pass through files in a hidden directory beside the page, where this process may write.
+    FilmThumbnails(const Plugin& plugin, const std::string& page, size_t most,
+                   const std::atomic<bool>& cancel);
     ~FilmThumbnails();
     FilmThumbnails(const FilmThumbnails&) = delete;
     FilmThumbnails& operator=(const FilmThumbnails&) = delete;

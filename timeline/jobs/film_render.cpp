@@ -104,6 +104,7 @@ public:
                   WorkerCount(m_options.threads),
                   m_lines,
                   cancel} {
+        RequireFilmRate(m_options.rate.value_or(m_look.rate));
         SayRate(m_plan, m_options.rate.value_or(m_look.rate), m_setup.rate, m_reporter);
         Shape();
     }

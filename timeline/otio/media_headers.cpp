@@ -30,10 +30,10 @@ std::optional<FilmTime> LengthOf(const AVFormatContext& input, const AVStream& s
     return {};
 }
 
-MediaHeader Open(const std::string& url) {
+MediaHeader Open(const std::string& url, const std::atomic<bool>* cancel) {
     const SourceRequest request = ParseSourceUrl(url);
-    ReadInterrupt interrupt;
-    const InputContextPtr input = OpenInput(request.path, interrupt, request.rate);
+    ReadInterrupt interrupt{cancel, std::nullopt};
+    const InputContextPtr input = OpenInput(request, interrupt);
     MediaHeader header;
     AVStream* const pictures = FindPictures(*input, request);
     if (pictures) {
@@ -51,9 +51,9 @@ MediaHeader Open(const std::string& url) {
     return header;
 }
 
-MediaHeader Read(const std::string& url) {
+MediaHeader Read(const std::string& url, const std::atomic<bool>* cancel) {
     try {
-        return Open(url);
+        return Open(url, cancel);
     } catch (const Error& wrong) {
         MediaHeader header;
         header.fault = wrong.what();
@@ -65,7 +65,7 @@ MediaHeader Read(const std::string& url) {
 
 const MediaHeader& MediaHeaders::Of(const std::string& url) {
     const auto [place, added] = m_headers.try_emplace(url);
-    if (added) place->second = Read(url);
+    if (added) place->second = Read(url, m_cancel);
     return place->second;
 }
 
@@ -76,7 +76,7 @@ void MediaHeaders::Prepare(const std::vector<std::string>& urls) {
     std::atomic<size_t> next = 0;
     const auto work = [&] {
         for (size_t index = next++; index < wanted.size(); index = next++)
-            wanted[index]->second = Read(wanted[index]->first);
+            wanted[index]->second = Read(wanted[index]->first, m_cancel);
     };
     std::vector<std::jthread> others;
     const size_t threads = std::min<size_t>(wanted.size(), std::thread::hardware_concurrency());

@@ -1,5 +1,6 @@
 #pragma once
 /// What media files say of themselves, each opened once.
+#include <atomic>
 #include <map>
 #include <optional>
 #include <string>
@@ -21,6 +22,10 @@ struct MediaHeader {
 /// Used by one thread at a time.
 class MediaHeaders {
 public:
+    /// The flag, which outlives this, ends waiting for media; null: nothing does.
+    explicit MediaHeaders(const std::atomic<bool>* cancel = nullptr)
+        : m_cancel(cancel) {}
+
     /// Of a source URL. Only what a file says in front is read.
     const MediaHeader& Of(const std::string& url);
     /// Opens many at a time, as many as there are processors, so that Of() has them at hand.
@@ -29,6 +34,7 @@ public:
     size_t Opened() const { return m_headers.size(); }
 
 private:
+    const std::atomic<bool>* m_cancel;
     std::map<std::string, MediaHeader> m_headers;
 };
 

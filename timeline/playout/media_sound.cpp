@@ -24,7 +24,7 @@ Reading ReadingOf(const AVFormatContext& input, const AVStream& sound) {
 std::optional<MediaSoundFile> Open(const std::string& url, const std::atomic<bool>& cancel) {
     MediaSoundFile file{ParseSourceUrl(url), {}};
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(file.source.path, interrupt);
+    const InputContextPtr input = OpenInput(file.source, interrupt);
     const AVStream* const pictures = FindPictures(*input, file.source);
     const AVStream* const sound = FindSound(*input, file.source, pictures);
     if (!sound || sound->codecpar->sample_rate <= 0) return std::nullopt;

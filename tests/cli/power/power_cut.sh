@@ -25,6 +25,7 @@ failed=0 worse=0 cuts=0
 fail() { echo "$*"; failed=1; }
 for kind in mkv png; do
   if [ $kind = mkv ]; then command=(render --codec ffv1 "$work/in.mkv"); else command=(frame "$work/in.mkv"); fi
+  command+=(--no-sandbox) # the layer keeps its count elsewhere
   "$program" "${command[@]}" "$work/old.$kind"
   "$program" "${command[@]}" "$work/new.$kind" -e invert
   old=$(shown "$work/old.$kind") new=$(shown "$work/new.$kind")
