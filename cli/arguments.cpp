@@ -227,6 +227,7 @@ std::unique_ptr<CLI::App> MakeApp(AllCommands& commands) {
     AddBatch(app, commands.batch);
     AddPlay(app, commands.play);
     AddTimeline(app, commands.timeline);
+    AddFarm(app, commands.farm);
     return made;
 }
 
@@ -246,7 +247,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (app.get_subcommands().empty())
         throw Error(ErrorKind::Usage,
                     "no command given: list, describe, render, frame, batch, transition, join, sheet, "
-                    "compare, play or timeline (see `aveffect --help`)");
+                    "compare, play, timeline, plan, work, finish or status (see `aveffect --help`)");
     if (app.got_subcommand("list")) return commands.list;
     if (app.got_subcommand("describe")) return commands.describe;
     if (app.got_subcommand("render")) return commands.render;
@@ -257,7 +258,12 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (app.got_subcommand("compare")) return commands.compare;
     if (app.got_subcommand("batch")) return commands.batch;
     if (app.got_subcommand("play")) return commands.play;
-    return ChosenTimeline(app, commands.timeline);
+    if (app.got_subcommand("timeline")) return ChosenTimeline(app, commands.timeline);
+    if (app.got_subcommand("work")) return commands.farm.work;
+    if (app.got_subcommand("finish")) return commands.farm.finish;
+    if (app.got_subcommand("status")) return commands.farm.status;
+    commands.farm.plan.words = app.get_subcommand("plan")->remaining();
+    return commands.farm.plan;
 }
 
 RenderOptions MakeRenderOptions(const RenderCommand& command) {

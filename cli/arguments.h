@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/compare_arguments.h"
+#include "cli/farm_arguments.h"
 #include "cli/film_arguments.h"
 #include "cli/output_arguments.h"
 #include "cli/progress.h"
@@ -83,7 +84,8 @@ struct PlayCommand {
 
 using Command =
     std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand, TransitionCommand,
-                 JoinCommand, SheetCommand, CompareCommand, BatchCommand, PlayCommand, TimelineCommand>;
+                 JoinCommand, SheetCommand, CompareCommand, BatchCommand, PlayCommand, TimelineCommand,
+                 PlanCommand, WorkCommand, FinishCommand, StatusCommand>;
 
 /// Throws Error (Usage) with one line that says what is wrong.
 Command ParseCommandLine(int count, const char* const* arguments);

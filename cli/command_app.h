@@ -22,6 +22,7 @@ struct AllCommands {
     BatchCommand batch;
     PlayCommand play;
     TimelineCommands timeline;
+    FarmCommands farm;
 };
 
 /// The App refers to the commands, which have to live longer.

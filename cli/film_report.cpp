@@ -64,4 +64,15 @@ std::string ReportJson(const FilmReport& report) {
     return json.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+Film FaultlessFilm(const FilmSourceArguments& source, const RenderObserver& observer,
+                   const std::atomic<bool>& cancel) {
+    MediaHeaders headers(&cancel);
+    ReadFilm read = ReadOtioFile(source.film, {MakeMediaTerms(source), &headers});
+    const FilmCheck check = CheckFilm(read.film, headers);
+    RequireFaultless(AllFaults(read, check, source.strict));
+    for (const std::string& text : read.unknown) observer.warning("not used: " + text);
+    for (const std::string& text : check.remarks) observer.remark(text);
+    return std::move(read.film);
+}
+
 } // namespace aveffect

@@ -14,8 +14,10 @@
 #include "cli/interruption.h"
 #include "cli/manual_page.h"
 #include "cli/messages.h"
+#include "cli/option_values.h"
 #include "cli/player.h"
 #include "cli/progress.h"
+#include "cli/shared_command.h"
 #include "host/effects/plugin.h"
 #include "host/settings/catalogue_lookup.h"
 #include "host/support/durability.h"
@@ -247,13 +249,8 @@ int Run(const FilmRenderCommand& command) {
             return ReachOf(command.source, options.output, options.work);
         },
         [&command](const FilmRenderOptions& options, const RenderObserver& observer) {
-            MediaHeaders headers(&Interrupted());
-            ReadFilm read = ReadOtioFile(command.source.film, {MakeMediaTerms(command.source), &headers});
-            const FilmCheck check = CheckFilm(read.film, headers);
-            RequireFaultless(AllFaults(read, check, command.source.strict));
-            for (const std::string& text : read.unknown) observer.warning("not used: " + text);
-            for (const std::string& text : check.remarks) observer.remark(text);
-            return RenderFilm(Plugin(), read.film, options, observer, Interrupted());
+            return RenderFilm(Plugin(), FaultlessFilm(command.source, observer, Interrupted()), options,
+                              observer, Interrupted());
         });
 }
 
@@ -329,6 +326,90 @@ int Run(const FilmSchemaCommand&) { return PrintText(MetadataSchema().dump(kJson
 
 int Run(const TimelineCommand& command) {
     return std::visit([](const auto& chosen) { return Run(chosen); }, command);
+}
+
+/// A folder and the command that is shared out there.
+struct FarmWork {
+    std::string folder;
+    FarmPlan plan;
+    SharedCommand command;
+};
+
+/// What a plan's machines all do first.
+FarmWork EnterFarm(const std::string& folder, const std::string& mediaRoot) {
+    FarmWork work{std::filesystem::absolute(folder), {}, {}};
+    work.plan = ReadPlan(work.folder);
+    EnterRoot(mediaRoot);
+    work.command = ParseShared(work.plan.words);
+    return work;
+}
+
+int Run(const PlanCommand& command) {
+    FarmPlan plan;
+    const int exitCode = RunMedia(
+        command.run, ProgressStyle::None, "",
+        [&] {
+            FarmWork work{MakeFolder(command.folder), {}, {}};
+            EnterRoot(command.mediaRoot);
+            work.plan.words = WithoutRoot(command.words);
+            if (!command.words.empty()) work.command = ParseShared(work.plan.words);
+            return work;
+        },
+        [](const FarmWork& work) { return ReachOfPart(work.command, work.folder); },
+        [&](FarmWork work, const RenderObserver& observer) {
+            const std::optional<Engine> engine = MakeEngine(command);
+            if (command.words.empty() && !engine)
+                throw Error(ErrorKind::Usage,
+                            "no command to share out follows: render, join or timeline render");
+            if (command.words.empty()) {
+                plan = ReadPlan(work.folder);
+                return RenderResult{};
+            }
+            const Plugin plugin;
+            const JobTools tools{plugin, observer, Interrupted()};
+            FarmCommand shared{work.plan.words, MakeJob(work.command, tools)};
+            RequireRelative(*shared.job);
+            plan = MakePlan(work.folder, std::move(shared), MakeChunkSize(command), Interrupted());
+            return RenderResult{};
+        });
+    if (exitCode != kDone) return exitCode;
+    if (const std::optional<Engine> engine = MakeEngine(command))
+        return PrintText(EngineText(*engine, {"aveffect", command.folder, command.mediaRoot, plan.Parts()}));
+    return PrintText(std::to_string(plan.Parts()) + " parts: `aveffect work " + command.folder +
+                     " PART` for 0 to " + std::to_string(plan.Parts() - 1) + ", then `aveffect finish " +
+                     command.folder + "`\n");
+}
+
+int Run(const WorkCommand& command) {
+    return RunMedia(
+        command.run, command.progress, "", [&] { return EnterFarm(command.folder, command.mediaRoot); },
+        [](const FarmWork& work) { return ReachOfPart(work.command, work.folder); },
+        [&](const FarmWork& work, const RenderObserver& observer) {
+            const Plugin plugin;
+            const JobTools tools{plugin, observer, Interrupted()};
+            const int64_t part = WholeOption("PART", command.part, 0);
+            const std::unique_ptr<ChunkedJob> job = MakeJob(work.command, tools);
+            return WorkOn(work.folder, work.plan, *job, part, Interrupted());
+        });
+}
+
+int Run(const FinishCommand& command) {
+    return RunMedia(
+        command.run, ProgressStyle::None, "", [&] { return EnterFarm(command.folder, command.mediaRoot); },
+        [](const FarmWork& work) { return ReachOfJoin(work.command, work.folder); },
+        [&](const FarmWork& work, const RenderObserver& observer) {
+            const Plugin plugin;
+            const JobTools tools{plugin, observer, Interrupted()};
+            const std::unique_ptr<ChunkedJob> job = MakeJob(work.command, tools);
+            if (command.run.overwrite) job->Output().overwrite = true;
+            return FinishFilm(work.folder, work.plan, *job, Interrupted());
+        });
+}
+
+int Run(const StatusCommand& command) {
+    const FarmPlan plan = ReadPlan(command.folder);
+    const FarmStatus status = StatusOf(command.folder, plan);
+    return PrintText(command.json ? StatusJson(status, plan) : StatusText(status, plan));
 }
 
 } // namespace

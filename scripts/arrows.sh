@@ -26,7 +26,8 @@ timeline/otio:      include host/support host/settings host/media timeline/film
 timeline/playout:   include kernels mediabridge host/support host/settings host/picture host/media host/effects host/sound host/output timeline/film
 timeline/jobs:      include mediabridge host/support host/settings host/picture host/media host/effects host/sound host/output host/jobs timeline/film timeline/otio timeline/playout
 cli/confinement:
-cli:                include cli/confinement mediabridge host/support host/settings host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs
+farm:               include mediabridge host/support host/settings host/media host/effects host/output host/jobs timeline/film timeline/jobs
+cli:                include cli/confinement mediabridge host/support host/settings host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs farm
 manual:             include host/support host/settings host/effects host/jobs cli
 adapters/frei0r:    include host/settings host/effects
 adapters/sound:     include kernels

@@ -6,11 +6,9 @@
 #include <utility>
 
 #include "host/effects/media_check.h"
+#include "host/jobs/clip_input.h"
 #include "host/jobs/picture_pipeline.h"
 #include "host/jobs/sound_render.h"
-#include "host/media/right_clip.h"
-#include "host/media/span.h"
-#include "host/media/steady_pictures.h"
 #include "host/output/numbered_output.h"
 #include "host/output/still_picture.h"
 #include "host/output/stream_mapping.h"
@@ -23,79 +21,6 @@ namespace aveffect {
 namespace {
 
 using mediabridge::AVFramePtr;
-
-// Where a rate is asked for, a number of its pictures is a time; one picture more of the clip's makes sure
-// that none is missing.
-std::optional<int64_t> EndOf(const RenderOptions& options, const Source& source) {
-    if (!options.rate || !options.frameLimit) return options.toMs;
-    const auto lastMs = [](int64_t pictures, AVRational rate) {
-        return av_rescale_q_rnd(pictures, av_inv_q(rate), kMilliseconds, AV_ROUND_UP);
-    };
-    const int64_t to = options.fromMs.value_or(0) + lastMs(*options.frameLimit, *options.rate) +
-                       lastMs(1, source.FrameRate());
-    return std::min(to, options.toMs.value_or(to));
-}
-
-/// The part of a clip that is rendered, and the right view's clip beside it.
-struct ClipInput {
-    ClipInput(const RenderPlan& plan, Reporter& reporter, const std::atomic<bool>& cancel)
-        : request(RequestOf(plan.options))
-        , source(request, plan.output.IsStill() ? Source::Others::None : Source::Others::Copied,
-                 plan.options.threads, cancel)
-        , limits{plan.options.fromMs, EndOf(plan.options, source),
-                 plan.options.rate ? std::nullopt : plan.options.frameLimit}
-        , span(source, limits)
-        , rate(plan.options.rate)
-        , frameLimit(plan.options.frameLimit)
-        , restart(plan.options.restart) {
-        if (rate) steady.emplace([this] { return Read(); }, source.Pictures().time_base, *rate, frameLimit);
-        if (!plan.options.stereo.right.empty())
-            right = std::make_unique<RightClip>(ParseSourceUrl(plan.options.stereo.right).At(rate),
-                                                limits.fromMs, plan.options.threads, reporter, cancel);
-    }
-
-    std::optional<SpanItem> Next() { return steady ? steady->Next() : Read(); }
-
-    // With the right clip's picture of the same moment.
-    std::optional<SpanItem> Read() {
-        std::optional<SpanItem> item = span.Next();
-        if (item && item->picture && right)
-            item->second = right->At({span.Start() + item->picture->pts, source.Pictures().time_base});
-        return item;
-    }
-
-    /// That effects' times refer to.
-    TimeSpan Clip() const {
-        TimeSpan clip = ClipTimes(source, limits.toMs, rate);
-        if (restart) clip.endMs = span.LengthMs();
-        return clip;
-    }
-    /// Of what is rendered, in that clip. Once there is a picture.
-    Moment Start() const { return {restart ? 0 : span.Start(), source.Pictures().time_base}; }
-
-    std::optional<int64_t> ExpectedPictures() const {
-        const std::optional<int64_t> length = span.LengthMs();
-        if (!rate || !length) return rate ? frameLimit : span.ExpectedPictures();
-        const int64_t ticks = av_rescale_q(*length, kMilliseconds, av_inv_q(*rate));
-        return std::max<int64_t>(1, std::min(ticks, frameLimit.value_or(ticks)));
-    }
-
-    DamageReport Damage() const {
-        DamageReport all = span.Damage();
-        if (right) all.Add(right->Damage());
-        return all;
-    }
-
-    const SourceRequest request;
-    Source source;
-    const SpanLimits limits;
-    SpanReader span;
-    const std::optional<AVRational> rate; ///< that is asked for
-    const std::optional<int64_t> frameLimit;
-    const bool restart;
-    std::optional<SteadyPictures> steady;
-    std::unique_ptr<RightClip> right;
-};
 
 /// One such render, from its plan to its result.
 class ClipRender {
@@ -130,12 +55,16 @@ public:
             m_pictures.Conclude();
             return Result(1);
         }
-        OpenFile(Rendered(std::move(head)));
-        RunStages();
+        if (m_plan.options.besidePictures) {
+            WriteBeside(std::move(head));
+        } else {
+            OpenFile(Rendered(std::move(head)));
+            RunStages();
+        }
         CheckCancel(m_cancel);
         m_pictures.Conclude();
-        m_file->Publish();
-        return Result(m_file->Pictures());
+        if (m_file) m_file->Publish();
+        return Result(m_file ? m_file->Pictures() : 0);
     }
 
 private:
@@ -149,7 +78,9 @@ private:
         DamageReport damage = m_input.Damage();
         if (m_file) damage.Add(m_file->Damage());
         damage.Add(m_pictures.Media().Damage());
-        return {pictures, damage.Text()};
+        RenderResult result{pictures, damage.Text()};
+        if (m_file && m_plan.options.besidePictures) result.besideStartUs = m_file->File().FirstUs();
+        return result;
     }
 
     AVFramePtr Rendered(SpanItem item, const LinePlace& place = {}) {
@@ -176,7 +107,7 @@ private:
     }
 
     void RequireOnePicture() {
-        if (m_input.frameLimit == 1) return;
+        if (m_plan.options.frameLimit == 1) return;
         while (const std::optional<SpanItem> item = m_input.span.Next())
             if (item->picture)
                 throw Error(ErrorKind::Usage,
@@ -200,13 +131,47 @@ private:
 
     void OpenFile(AVFramePtr first) {
         if (IsHighDynamicRange(*first)) KeepLight(m_input.source.Pictures(), *first);
+        Open(m_plan.options.share ? ClipMapping::Streams::Pictures : ClipMapping::Streams::All, first.get());
+        m_head.push_back({std::move(first), nullptr});
+    }
+
+    void Open(ClipMapping::Streams streams, const AVFrame* sample) {
         m_sound.emplace(SoundBeside(m_plugin, &m_pictures.Media(), m_plan.options,
                                     {m_input.source, m_input.span.Start(), m_pictures.Times()}, m_cancel));
-        m_file = OpenOutput({m_plan.output, m_input.source, m_input.limits, m_plan.options.overwrite,
-                             m_pictures.Turned(), m_input.request, *m_sound, m_pictures.Views(),
-                             m_plan.options.rate},
-                            first.get(), m_reporter, m_cancel);
-        m_head.push_back({std::move(first), nullptr});
+        m_file =
+            OpenOutput({m_plan.output, m_input.source, Whole(), m_plan.options.overwrite, m_pictures.Turned(),
+                        m_input.request, *m_sound, m_pictures.Views(), m_plan.options.rate, streams},
+                       sample, m_reporter, m_cancel);
+    }
+
+    SpanLimits Whole() const {
+        if (!m_plan.options.share) return m_input.limits;
+        return {m_plan.options.fromMs, m_plan.options.share->wholeToMs, {}};
+    }
+
+    // Where the pictures end, so does what lies beside them.
+    void WriteBeside(SpanItem head) {
+        Open(ClipMapping::Streams::Beside, nullptr);
+        if (!m_file) return;
+        m_head.push_back(std::move(head));
+        const AVRational base =
+            m_plan.options.rate ? av_inv_q(*m_plan.options.rate) : m_input.source.Pictures().time_base;
+        Moment end;
+        int64_t pictures = 0;
+        const auto take = [&](const SpanItem& item) {
+            CheckCancel(m_cancel);
+            if (item.packet) {
+                m_file->WritePacket(*item.packet);
+                return;
+            }
+            end = {item.picture->pts + item.picture->pkt_duration, base};
+            m_file->WriteSound(end);
+            m_progress.Report(++pictures, false);
+        };
+        for (const SpanItem& item : m_head) take(item);
+        while (const std::optional<SpanItem> item = m_input.Next()) take(*item);
+        m_file->EndStreams(m_sound->EndBeside(end));
+        m_file->Finish();
     }
 
     void RunStages() {

@@ -93,6 +93,16 @@ Handed Hand(AVFramePtr picture) { return std::make_shared<AVFramePtr>(std::move(
 
 } // namespace
 
+void ClipSequence::GoTo(int64_t index) {
+    m_playing.clear();
+    while (index >= m_begins[m_shown] + m_setup.parts[m_shown].pictures) ++m_shown;
+    Open(m_shown);
+    m_playing.front().player->GoTo(index - m_begins[m_shown]);
+    if (m_shown + 1 == m_begins.size() || index < m_begins[m_shown + 1]) return;
+    Open(m_shown + 1);
+    m_playing.back().player->GoTo(index - m_begins[m_shown + 1]);
+}
+
 Drawing ClipSequence::Draw(int64_t index) {
     while (index >= m_begins[m_shown] + m_setup.parts[m_shown].pictures) Leave();
     const bool crosses = m_shown + 1 < m_begins.size() && index >= m_begins[m_shown + 1];

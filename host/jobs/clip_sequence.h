@@ -51,6 +51,8 @@ public:
     int64_t Pictures() const;
     /// A picture like those of the sequence: its first, in colour where a later one has any.
     mediabridge::AVFramePtr Look();
+    /// Goes to where the picture of an index can be decoded; indices go up from there.
+    void GoTo(int64_t index);
     /// Begins the picture of an index; indices only go up. Pictures of clips that have the sequence's shape
     /// come as they are, others in BGRA, crossing ones in BGR0. Drawings end before the sequence. Throws
     /// Error, as drawings do.

@@ -92,6 +92,7 @@ public:
         : m_composition(std::move(composition))
         , m_plan(plan)
         , m_overwrite(options.overwrite)
+        , m_besidePictures(options.besidePictures)
         , m_memory(options.memory)
         , m_cancel(cancel)
         , m_terms(terms)
@@ -105,6 +106,7 @@ public:
     /// Gives the files their names when the terms are concluded.
     RenderResult Run() {
         DamageReport damage;
+        RenderResult result{m_composition.pictures, {}};
         if (m_plan.IsNumbered()) {
             NumberedOutput files(m_plan, m_overwrite, m_cancel);
             files.Run([&] {
@@ -112,16 +114,17 @@ public:
                         [&](AVFramePtr picture) { files.Write(std::move(picture)); });
             });
             m_terms.Conclude();
-        } else {
-            const std::unique_ptr<MediaWriter> file = WriteClip();
+        } else if (const std::unique_ptr<MediaWriter> file = m_besidePictures ? WriteBeside() : WriteClip()) {
             m_terms.Conclude();
             file->Publish();
             damage = file->Damage();
+            if (m_besidePictures) result.besideStartUs = file->File().FirstUs();
         }
         m_progress.Report(m_composition.before + m_composition.pictures, true);
         DamageReport all = m_composition.damage();
         all.Add(damage);
-        return {m_composition.pictures, all.Text()};
+        result.inputDamage = all.Text();
+        return result;
     }
 
 private:
@@ -171,6 +174,22 @@ private:
         return file;
     }
 
+    // The sound alone; null where there is none.
+    std::unique_ptr<MediaWriter> WriteBeside() {
+        if (!m_composition.sound) return nullptr;
+        auto file = std::make_unique<MediaWriter>(m_plan);
+        file->AddSound(std::move(*m_composition.sound));
+        file->Start(m_overwrite, m_cancel);
+        const AVRational interval = av_inv_q(m_composition.rate);
+        for (int64_t picture = 1; picture <= m_composition.pictures; ++picture) {
+            CheckCancel(m_cancel);
+            file->WriteSound({picture, interval});
+        }
+        file->EndStreams(Moment{m_composition.pictures, interval});
+        file->Finish();
+        return file;
+    }
+
     /// Begins what follows the first picture on one thread, and hands all over on another, as the encoder
     /// takes them.
     void DrawAll(AVFramePtr first, const std::function<void(AVFramePtr)>& take) {
@@ -206,7 +225,7 @@ private:
 
     Composition m_composition;
     const OutputPlan& m_plan;
-    const bool m_overwrite;
+    const bool m_overwrite, m_besidePictures;
     const size_t m_memory;
     const std::atomic<bool>& m_cancel;
     IntakeTerms& m_terms;

@@ -28,6 +28,8 @@ std::vector<ClipScan> ScanClips(const JoinOptions& options, const std::atomic<bo
     scans.reserve(options.clips.size());
     for (const JoinClip& clip : options.clips)
         scans.push_back(ScanClip(ParseSourceUrl(clip.url).At(options.film.rate), cancel));
+    if (!options.clipSound)
+        for (ClipScan& scan : scans) scan.sound.reset();
     return scans;
 }
 
@@ -74,21 +76,17 @@ void CheckLengths(const std::vector<SequencePart>& parts, AVRational rate) {
     }
 }
 
-} // namespace
-
-RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
-                        const std::atomic<bool>& cancel) {
-    Reporter reporter(observer);
+OutputPlan PlanJoin(const JoinOptions& options) {
     Check(options);
     std::vector<std::string> inputs;
     for (const JoinClip& clip : options.clips) inputs.push_back(clip.url);
     if (options.music) inputs.push_back(options.music->url);
-    const OutputPlan plan = PlanComposition(options.film, inputs);
-    IntakeTerms terms(options.film.sdr, reporter);
-    std::vector<ClipScan> clips = ScanClips(options, cancel);
-    if (!options.clipSound)
-        for (ClipScan& clip : clips) clip.sound.reset();
+    return PlanComposition(options.film, inputs);
+}
 
+/// The clips outlive the setup.
+SequenceSetup SetUp(const JoinOptions& options, const OutputPlan& plan, const std::vector<ClipScan>& clips,
+                    Reporter& reporter, const std::atomic<bool>& cancel) {
     SequenceSetup setup;
     setup.model = ModelOf(clips);
     const ClipScan& model = clips[setup.model];
@@ -108,7 +106,30 @@ RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const 
         setup.parts.push_back(part);
     }
     CheckLengths(setup.parts, setup.rate);
-    return RenderSequence(plugin, options.film, plan, std::move(setup), terms, reporter, cancel);
+    return setup;
+}
+
+} // namespace
+
+RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
+                        const std::atomic<bool>& cancel) {
+    Reporter reporter(observer);
+    const OutputPlan plan = PlanJoin(options);
+    IntakeTerms terms(options.film.sdr, reporter);
+    const std::vector<ClipScan> clips = ScanClips(options, cancel);
+    return RenderSequence(plugin, options.film, plan, SetUp(options, plan, clips, reporter, cancel), terms,
+                          reporter, cancel);
+}
+
+FilmShape ShapeOfJoin(const JoinOptions& options, const RenderObserver& observer,
+                      const std::atomic<bool>& cancel) {
+    Reporter reporter(observer);
+    const OutputPlan plan = PlanJoin(options);
+    const std::vector<ClipScan> clips = ScanClips(options, cancel);
+    const SequenceSetup setup = SetUp(options, plan, clips, reporter, cancel);
+    FilmShape shape{setup.rate, 0};
+    for (const SequencePart& part : setup.parts) shape.pictures += part.pictures - part.seam.pictures;
+    return shape;
 }
 
 } // namespace aveffect

@@ -15,6 +15,18 @@
 
 namespace aveffect {
 
+/// One of several renders that make a clip's output together: of its pictures those from begin on up to the
+/// one before end, encoded like all others, with the output's tags and chapters and nothing else. What is
+/// read for them, and the whole that effects' times refer to, are said besides. Moments are milliseconds of
+/// the clip, ticks the picture stream's from the clip's start.
+struct ClipShare {
+    int64_t begin = 0, end = 0;
+    std::optional<int64_t> fromMs, toMs; ///< what is read
+    int64_t wholeStart = 0;              ///< ticks: the whole's first picture
+    std::optional<int64_t> wholeToMs;    ///< where the whole is cut
+    std::optional<int64_t> wholeLengthMs;
+};
+
 struct RenderOptions : OutputOptions {
     std::string input;       ///< source URL
     StreamSelection streams; ///< of the input
@@ -30,6 +42,7 @@ struct RenderOptions : OutputOptions {
         "auto";                ///< format that the effects work in: auto or a frame-table format by name
     bool strip = false;        ///< a photo's metadata is left out but for what tells how it looks
     StereoOptions stereo = {}; ///< two views need a stereo effect among the effects
+    std::optional<ClipShare> share = {}; ///< of an output that is a clip of pictures; absent: all of it
 };
 
 /// The input, which of its streams are asked for, and at which rate its pictures come when they are numbered.
@@ -41,6 +54,9 @@ struct RenderResult {
     /// An input ended early or was damaged; what could be decoded is in the output. Says what was found, a
     /// line for each file and each decoder.
     std::optional<std::string> inputDamage;
+    /// Of what lies beside the pictures, rendered alone: when its first packet begins, in microseconds,
+    /// before the container moved it; below 0 where a codec needs a lead.
+    std::optional<int64_t> besideStartUs = {};
 };
 
 /// Renders a clip, a still picture or a file of sound alone. A container for sound alone takes the sound of a

@@ -71,11 +71,16 @@ RenderResult RenderSequence(const Plugin& plugin, const FilmOptions& options, co
     ClipSequence sequence(plugin, setup, reporter, cancel);
     if (setup.music)
         RequireFades(*setup.music, av_rescale_q(sequence.Pictures(), av_inv_q(setup.rate), kMilliseconds));
-    Composition composition{setup.rate, sequence.Pictures(),
-                            [&](int64_t index) { return sequence.Draw(index); },
+    const FilmShare share = options.share.value_or(FilmShare{0, sequence.Pictures()});
+    Composition composition{setup.rate, share.end - share.begin,
+                            [&](int64_t index) { return sequence.Draw(share.begin + index); },
                             [&] { return sequence.Damage(); }, setup.workers};
-    composition.sound = MakeSound(options, plan, setup, sequence, reporter, cancel);
-    return RenderComposition(std::move(composition), plan, options, sequence.Look(), terms, reporter, cancel);
+    composition.before = share.begin;
+    composition.all = sequence.Pictures();
+    if (!options.share) composition.sound = MakeSound(options, plan, setup, sequence, reporter, cancel);
+    mediabridge::AVFramePtr look = sequence.Look();
+    if (share.begin > 0) sequence.GoTo(share.begin);
+    return RenderComposition(std::move(composition), plan, options, std::move(look), terms, reporter, cancel);
 }
 
 } // namespace aveffect

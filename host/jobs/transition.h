@@ -12,8 +12,21 @@ namespace aveffect {
 
 /// What films of transitions have in common. A framing says how each source's pictures get the film's size;
 /// fit and background count without a size too.
+/// Pictures from begin on up to the one before end, counted from a film's beginning.
+struct FilmShare {
+    int64_t begin = 0, end = 0;
+};
+
 struct FilmOptions : OutputOptions {
     bool silent = false; ///< without sound
+    std::optional<FilmShare> share =
+        {}; ///< without sound, and encoded as if it were part of the whole; absent: all of it
+};
+
+/// How many pictures a film has.
+struct FilmShape {
+    AVRational rate{25, 1}; ///< a second
+    int64_t pictures = 0;
 };
 
 struct TransitionOptions {
@@ -74,6 +87,10 @@ struct JoinOptions {
 /// RenderTransition() otherwise.
 RenderResult RenderJoin(const Plugin& plugin, const JoinOptions& options, const RenderObserver& observer,
                         const std::atomic<bool>& cancel);
+
+/// Of the film that RenderJoin() makes. Throws Error.
+FilmShape ShapeOfJoin(const JoinOptions& options, const RenderObserver& observer,
+                      const std::atomic<bool>& cancel);
 
 struct SheetOptions {
     std::string first, second;

@@ -97,6 +97,9 @@ int Container::Hand(AVPacket& packet, const AVStream& stream, AVRational base) {
     av_packet_rescale_ts(&packet, base, stream.time_base);
     const int64_t duration = av_rescale_q(packet.duration, stream.time_base, kMilliseconds);
     m_lastMs = static_cast<int>(std::clamp<int64_t>(duration, 0, INT_MAX));
+    if (packet.pts != AV_NOPTS_VALUE)
+        m_firstUs = std::min(m_firstUs.value_or(INT64_MAX),
+                             av_rescale_q(packet.pts, stream.time_base, kMicroseconds));
     CountPadding(packet, stream);
     return av_interleaved_write_frame(m_output.get(), &packet);
 }

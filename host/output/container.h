@@ -37,6 +37,8 @@ public:
     void Finish();
     /// Gives the file its name.
     void Publish() { m_file->Publish(); }
+    /// When the first packet began, in microseconds, as it was handed over.
+    std::optional<int64_t> FirstUs() const noexcept { return m_firstUs; }
 
 private:
     [[noreturn]] void Fail(int code);
@@ -46,7 +48,8 @@ private:
 
     std::string m_target;
     int m_lastMs = 0; ///< how long the last packet lasts
-    bool m_hasIndex;  ///< which is written last and then moved to the file's beginning, where players want it
+    std::optional<int64_t> m_firstUs;
+    bool m_hasIndex; ///< which is written last and then moved to the file's beginning, where players want it
     std::unique_ptr<OutputFile> m_file;
     OutputContextPtr m_output; ///< after m_file, whose AVIOContext it writes to
 };

@@ -27,6 +27,7 @@ struct OutputOptions {
     std::optional<AVRational> rate; ///< pictures a second; absent: those that there are
     bool sdr = false;               ///< PQ and HLG are brought to BT.709 of standard range
     bool overwrite = false;
+    bool besidePictures = false; ///< all but the pictures: what lies beside those that others render
 };
 
 } // namespace aveffect

@@ -196,8 +196,9 @@ std::unique_ptr<MediaWriter> OpenOutput(const ClipMapping& clip, const AVFrame* 
                                         const std::atomic<bool>& cancel) {
     auto output = std::make_unique<MediaWriter>(clip.plan, clip.source.Path());
     StreamMapper mapper(clip, *output, reporter);
-    mapper.MapPictures(sample);
-    mapper.MapOthers();
+    if (clip.streams != ClipMapping::Streams::Beside) mapper.MapPictures(sample);
+    if (clip.streams != ClipMapping::Streams::Pictures) mapper.MapOthers();
+    if (output->File().Format().nb_streams == 0) return nullptr;
     Container& file = output->File();
     CopyTags(&file.Format().metadata, clip.source.Format().metadata);
     CopyChapters(file, clip.source.Format(), clip.limits);

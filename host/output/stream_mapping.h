@@ -33,20 +33,25 @@ void AddClipSound(MediaWriter& output, const SoundPlan& plan, const SourceReques
 
 /// A clip and what is made of it. All of it outlives the output.
 struct ClipMapping {
+    /// Which of its streams the output has.
+    enum class Streams { All, Pictures, Beside };
+
     const OutputPlan& plan;
     const Source& source;
-    const SpanLimits& limits;
+    SpanLimits limits; ///< of the whole output
     bool overwrite;
     bool turned; ///< the pictures were turned upright, and what the input says of their sides is no more
     const SourceRequest& request;           ///< of the source
     const SoundPlan& sound;                 ///< what becomes of the sound
     std::optional<Presentation> views = {}; ///< how they hold two views; absent: as the input says
     std::optional<AVRational> rate = {};    ///< the pictures' own, whose ticks their times count
+    Streams streams = Streams::All;         ///< Beside: all but the pictures
 };
 
 /// An output with the clip's streams, tags and chapters, started. Its pictures look like the sample and come
-/// with pts and pkt_duration as SpanReader gives them; without a sample their packets are copied. Throws
-/// Error: Usage for an encoder or a copied stream that does not fit, Output, Interrupted.
+/// with pts and pkt_duration as SpanReader gives them; without a sample their packets are copied. Null where
+/// nothing lies beside pictures that are left out. Throws Error: Usage for an encoder or a copied stream that
+/// does not fit, Output, Interrupted.
 std::unique_ptr<MediaWriter> OpenOutput(const ClipMapping& clip, const AVFrame* sample, Reporter& reporter,
                                         const std::atomic<bool>& cancel);
 

@@ -106,18 +106,25 @@ public:
                   cancel} {
         RequireFilmRate(m_options.rate.value_or(m_look.rate));
         SayRate(m_plan, m_options.rate.value_or(m_look.rate), m_setup.rate, m_reporter);
-        Shape();
+        FindCanvas();
     }
 
     RenderResult Run() {
         const PictureSpan all{0, PicturesOf(m_film, m_setup.rate)};
+        if (const auto& share = m_options.share) {
+            FilmOptions options = m_options;
+            options.silent = true;
+            return Draw({share->begin, share->end}, m_plan, options, std::nullopt);
+        }
         if (!m_options.work.empty()) return RunInPieces(all);
         return Draw(all, m_plan, m_options, MakeSound());
     }
 
+    FilmShape Shape() const { return {m_setup.rate, PicturesOf(m_film, m_setup.rate)}; }
+
 private:
     // The canvas, and a look that is like all of the film: opaque and of its size.
-    void Shape() {
+    void FindCanvas() {
         if (!m_look.picture) m_look.picture = BlackLook(m_options.framing);
         const Framing each = FilmFraming(
             m_options.framing, {m_look.source, CanvasOf(*m_look.picture), m_look.still}, m_reporter);
@@ -206,9 +213,9 @@ private:
         store.MakeRoom(needed);
         m_reporter.Note(std::to_string(kept) + " of " + std::to_string(spans.size()) +
                         " pieces of the film were there already");
-        Add(damage,
-            JoinSegments(segments, m_setup.rate, m_plan, m_options.overwrite, MakeSound(), m_setup.cancel)
-                .Text());
+        Add(damage, JoinSegments({std::move(segments), m_setup.rate}, m_plan, m_options.overwrite,
+                                 MakeSound(), m_setup.cancel)
+                        .Text());
         for (const std::string& key : damaged) store.Remove(key);
         return {all.Pictures(), damage};
     }
@@ -242,6 +249,11 @@ private:
 RenderResult RenderFilm(const Plugin& plugin, const Film& film, const FilmRenderOptions& options,
                         const RenderObserver& observer, const std::atomic<bool>& cancel) {
     return FilmRender(plugin, film, options, observer, cancel).Run();
+}
+
+FilmShape ShapeOfFilm(const Plugin& plugin, const Film& film, const FilmRenderOptions& options,
+                      const RenderObserver& observer, const std::atomic<bool>& cancel) {
+    return FilmRender(plugin, film, options, observer, cancel).Shape();
 }
 
 } // namespace aveffect

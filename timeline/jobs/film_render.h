@@ -20,4 +20,8 @@ struct FilmRenderOptions : FilmOptions {
 RenderResult RenderFilm(const Plugin& plugin, const Film& film, const FilmRenderOptions& options,
                         const RenderObserver& observer, const std::atomic<bool>& cancel);
 
+/// Of the film that RenderFilm() makes. Throws Error.
+FilmShape ShapeOfFilm(const Plugin& plugin, const Film& film, const FilmRenderOptions& options,
+                      const RenderObserver& observer, const std::atomic<bool>& cancel);
+
 } // namespace aveffect

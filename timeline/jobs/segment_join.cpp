@@ -5,6 +5,7 @@
 
 #include "host/media/source.h"
 #include "host/output/media_writer.h"
+#include "host/output/stream_copy.h"
 #include "host/support/stages.h"
 
 namespace aveffect {
@@ -13,8 +14,8 @@ namespace {
 
 using mediabridge::AVPacketPtr;
 
-Source Open(const Segment& segment, const std::atomic<bool>& cancel) {
-    return {{segment.path}, Source::Others::WithPictures, 1, cancel};
+Source Open(const std::string& path, const std::atomic<bool>& cancel) {
+    return {{path}, Source::Others::WithPictures, 1, cancel};
 }
 
 bool IsAlike(const AVCodecParameters& a, const AVCodecParameters& b) {
@@ -31,9 +32,107 @@ AVPacketPtr NextOf(Source& source) {
     return nullptr;
 }
 
-/// Packets come as they are decoded, which may be before they are shown: by how many pictures at the most.
-int64_t DelayOf(const Segment& segment, AVRational rate, const std::atomic<bool>& cancel) {
-    Source source = Open(segment, cancel);
+/// Streams that lie beside the pictures, packet by packet.
+class Beside {
+public:
+    Beside(const std::string& path, int64_t shiftUs, const std::atomic<bool>& cancel)
+        : m_interrupt{&cancel, std::nullopt}
+        , m_input(OpenInput(path, m_interrupt))
+        , m_shiftUs(shiftUs)
+        , m_packet(av_packet_alloc()) {
+        if (!m_packet) throw std::bad_alloc();
+    }
+
+    /// Behind the streams of the output that have numbers of other files.
+    void AddTo(MediaWriter& file, int before) {
+        m_before = before;
+        for (unsigned index = 0; index < m_input->nb_streams; ++index) {
+            AVStream& stream = *m_input->streams[index];
+            const int own = stream.index;
+            stream.index += before;
+            file.AddCopy(stream, true);
+            stream.index = own;
+        }
+        Read();
+    }
+
+    /// Writes what begins before that moment.
+    void WriteUntil(MediaWriter& file, const std::optional<Moment>& until) {
+        for (; !m_ended; Read()) {
+            const AVRational base = m_input->streams[m_packet->stream_index]->time_base;
+            if (until && m_packet->dts != AV_NOPTS_VALUE && Moment{m_packet->dts, base} >= *until) return;
+            m_packet->stream_index += m_before;
+            file.WritePacket(*m_packet);
+        }
+    }
+
+private:
+    void Read() {
+        av_packet_unref(m_packet.get());
+        m_ended = ReadPacket(m_input, *m_packet) < 0;
+        if (m_ended) return;
+        const int64_t shift =
+            av_rescale_q(m_shiftUs, {1, 1'000'000}, m_input->streams[m_packet->stream_index]->time_base);
+        if (m_packet->pts != AV_NOPTS_VALUE) m_packet->pts -= shift;
+        if (m_packet->dts != AV_NOPTS_VALUE) m_packet->dts -= shift;
+    }
+
+    ReadInterrupt m_interrupt;
+    InputContextPtr m_input;
+    const int64_t m_shiftUs;
+    const AVPacketPtr m_packet;
+    int m_before = 0;
+    bool m_ended = false;
+};
+
+/// Gives packets their times in the film. Containers round times, so at a constant rate they are counted
+/// anew.
+class PacketTimes {
+public:
+    PacketTimes(const SegmentRow& row, AVRational base, int64_t delay)
+        : m_row(row)
+        , m_interval(av_inv_q(row.rate))
+        , m_base(base)
+        , m_delay(delay)
+        , m_first(av_rescale_q(row.first.ticks, row.first.base, base)) {}
+
+    void Set(AVPacket& packet, const Segment& segment, AVRational own) {
+        if (segment.start) return SetAsTheyAre(packet, *segment.start, own);
+        const int64_t shown =
+            packet.pts == AV_NOPTS_VALUE ? m_number : m_begin + av_rescale_q(packet.pts, own, m_interval);
+        packet.pts = m_first + av_rescale_q(shown, m_interval, m_base);
+        packet.dts = m_first + av_rescale_q(m_number++ - m_delay, m_interval, m_base);
+        packet.duration = m_first + av_rescale_q(shown + 1, m_interval, m_base) - packet.pts;
+    }
+
+    void End(const Segment& segment) { m_begin += segment.pictures; }
+
+    /// Of all pictures.
+    Moment End() const { return m_end.base.den > 0 && m_end.ticks > 0 ? m_end : Moment{m_begin, m_interval}; }
+
+private:
+    void SetAsTheyAre(AVPacket& packet, const Moment& start, AVRational own) {
+        const int64_t begin = av_rescale_q(start.ticks, start.base, m_base);
+        packet.pts = begin + av_rescale_q(packet.pts, own, m_base);
+        packet.dts = begin + av_rescale_q(packet.dts, own, m_base);
+        if (m_lastDts != INT64_MIN) packet.dts = std::min(packet.pts, std::max(packet.dts, m_lastDts + 1));
+        m_lastDts = packet.dts;
+        packet.duration = av_rescale_q(packet.duration, own, m_base);
+        m_end = std::max(m_end, Moment{packet.pts + packet.duration, m_base});
+    }
+
+    const SegmentRow& m_row;
+    AVRational m_interval, m_base;
+    int64_t m_delay, m_first;
+    int64_t m_begin = 0, m_number = 0;
+    int64_t m_lastDts = INT64_MIN;
+    Moment m_end;
+};
+
+} // namespace
+
+int64_t DelayOf(const std::string& path, AVRational rate, const std::atomic<bool>& cancel) {
+    Source source = Open(path, cancel);
     const AVRational base = source.Pictures().time_base;
     int64_t delay = 0;
     for (int64_t number = 0; const AVPacketPtr packet = NextOf(source); ++number)
@@ -42,42 +141,49 @@ int64_t DelayOf(const Segment& segment, AVRational rate, const std::atomic<bool>
     return delay;
 }
 
-} // namespace
-
-// Containers round times, so they are counted anew.
-DamageReport JoinSegments(const std::vector<Segment>& segments, AVRational rate, const OutputPlan& plan,
-                          bool overwrite, std::optional<SoundFeed> sound, const std::atomic<bool>& cancel) {
-    const AVRational interval = av_inv_q(rate);
+DamageReport JoinSegments(const SegmentRow& row, const OutputPlan& plan, bool overwrite,
+                          std::optional<SoundFeed> sound, const std::atomic<bool>& cancel) {
+    const std::vector<Segment>& segments = row.segments;
     int64_t delay = 0;
-    for (const Segment& segment : segments) delay = std::max(delay, DelayOf(segment, rate, cancel));
+    for (const Segment& segment : segments)
+        delay = std::max(delay, segment.delay ? *segment.delay : DelayOf(segment.path, row.rate, cancel));
 
-    const Source first = Open(segments.front(), cancel);
+    const Source first = Open(segments.front().path, cancel);
     const AVRational base = first.Pictures().time_base;
     MediaWriter file(plan);
     AVStream& stream = file.AddCopiedPictures(first.Pictures());
-    stream.avg_frame_rate = stream.r_frame_rate = rate;
+    stream.avg_frame_rate = stream.r_frame_rate = row.rate;
+    CopyTags(&stream.metadata, first.Pictures().metadata);
+    CopyTags(&file.File().Format().metadata, first.Format().metadata);
+    CopyChapters(file.File(), first.Format(), {});
     if (sound) file.AddSound(std::move(*sound));
+    std::optional<Beside> beside;
+    if (!row.beside.empty()) {
+        beside.emplace(row.beside, row.besideShiftUs, cancel);
+        beside->AddTo(file, static_cast<int>(first.Format().nb_streams));
+    }
     file.Start(overwrite, cancel);
-    int64_t begin = 0, number = 0;
-    for (const Segment& segment : segments) {
-        Source source = Open(segment, cancel);
+    PacketTimes times(row, base, delay);
+    for (size_t index = 0; index < segments.size(); ++index) {
+        const Segment& segment = segments[index];
+        Source source = Open(segment.path, cancel);
         if (!IsAlike(*first.Pictures().codecpar, *source.Pictures().codecpar))
             throw Error(ErrorKind::Output, "the pieces " + segments.front().path + " and " + segment.path +
-                                               " are not encoded alike; render without --work");
+                                               " are not encoded alike; render the whole in one");
         const AVRational own = source.Pictures().time_base;
         while (const AVPacketPtr packet = NextOf(source)) {
             CheckCancel(cancel);
-            const int64_t shown =
-                packet->pts == AV_NOPTS_VALUE ? number : begin + av_rescale_q(packet->pts, own, interval);
-            packet->pts = av_rescale_q(shown, interval, base);
-            packet->dts = av_rescale_q(number++ - delay, interval, base);
-            packet->duration = av_rescale_q(shown + 1, interval, base) - packet->pts;
+            if (row.check) row.check(index, packet.get());
+            times.Set(*packet, segment, own);
             packet->stream_index = first.Pictures().index;
+            if (beside) beside->WriteUntil(file, Moment{packet->dts, base});
             file.WritePacket(*packet);
         }
-        begin += segment.pictures;
+        if (row.check) row.check(index, nullptr);
+        times.End(segment);
     }
-    file.EndStreams(Moment{begin, interval});
+    if (beside) beside->WriteUntil(file, std::nullopt);
+    file.EndStreams(times.End());
     file.Finish();
     CheckCancel(cancel);
     file.Publish();

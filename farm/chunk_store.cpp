@@ -1,0 +1,115 @@
+#include "farm/chunk_store.h"
+
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <system_error>
+
+#include <nlohmann/json.hpp>
+
+#include "host/support/error.h"
+#include "timeline/jobs/text_file.h"
+
+namespace aveffect {
+
+namespace files = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+const std::atomic<bool> kNever = false;
+
+std::optional<std::string> TextOf(const files::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return std::nullopt;
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+} // namespace
+
+std::string ChunkReceipt::Text() const {
+    const Json json = {{"file", file},       {"bytes", bytes}, {"packets", packets.packets},
+                       {"sum", packets.sum}, {"delay", delay}, {"shift_us", shiftUs}};
+    return json.dump() + "\n";
+}
+
+ChunkStore::ChunkStore(files::path folder, std::string extension)
+    : m_folder(std::move(folder))
+    , m_extension("." + std::move(extension)) {}
+
+files::path ChunkStore::NameOf(int64_t part, const std::string& ending) const {
+    constexpr size_t kDigits = 6;
+    std::string number = std::to_string(part);
+    number.insert(0, number.size() < kDigits ? kDigits - number.size() : 0, '0');
+    return Chunks() / (number + ending);
+}
+
+std::string ChunkStore::TemporaryPath(int64_t part) const {
+    std::error_code wrong;
+    files::create_directories(Chunks(), wrong);
+    if (wrong)
+        throw Error(ErrorKind::Output,
+                    "the directory " + Chunks().string() + " can't be made: " + wrong.message());
+    std::random_device random; // process numbers are not enough where there are many machines
+    return NameOf(part,
+                  "." + std::to_string(getpid()) + "-" + std::to_string(random()) + ".part" + m_extension)
+        .string();
+}
+
+std::optional<ChunkReceipt> ChunkStore::Find(int64_t part) const {
+    const std::optional<std::string> text = TextOf(NameOf(part, ".json"));
+    if (!text) return std::nullopt;
+    const Json json = Json::parse(*text, nullptr, false);
+    if (!json.is_object()) return std::nullopt;
+    try {
+        ChunkReceipt receipt{json.at("file").get<std::string>(),
+                             json.at("bytes").get<int64_t>(),
+                             {json.at("packets").get<int64_t>(), json.at("sum").get<std::string>()},
+                             json.at("delay").get<int64_t>(),
+                             json.at("shift_us").get<int64_t>()};
+        if (receipt.file.find('/') != std::string::npos) return std::nullopt;
+        std::error_code wrong;
+        const bool whole = receipt.file.empty() ||
+                           static_cast<int64_t>(files::file_size(FileOf(receipt), wrong)) == receipt.bytes;
+        if (!whole || wrong) return std::nullopt;
+        return receipt;
+    } catch (const Json::exception&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<std::string> ChunkStore::Failure(int64_t part) const {
+    std::optional<std::string> text = TextOf(NameOf(part, ".failed"));
+    if (text && text->ends_with('\n')) text->pop_back();
+    return text;
+}
+
+void ChunkStore::Keep(int64_t part, const std::string& temporary, ChunkReceipt receipt) {
+    std::error_code wrong;
+    if (!receipt.file.empty() || receipt.packets.packets > 0) {
+        constexpr size_t kDigits = 16;
+        receipt.file = NameOf(part, "." + receipt.packets.sum.substr(0, kDigits) + m_extension).filename();
+        files::rename(temporary, FileOf(receipt), wrong);
+        if (wrong)
+            throw Error(ErrorKind::Output,
+                        temporary + " can't be named " + receipt.file + ": " + wrong.message());
+    }
+    // A receipt whose file is gone or cut off counts for nothing.
+    const files::path name = NameOf(part, ".json");
+    if (!Find(part)) WriteTextFile(name.string(), receipt.Text(), true, kNever);
+    if (const std::optional<ChunkReceipt> kept = Find(part); kept && kept->file != receipt.file)
+        files::remove(FileOf(receipt), wrong);
+    files::remove(NameOf(part, ".failed"), wrong);
+}
+
+void ChunkStore::SetFailure(int64_t part, const std::string& message) const {
+    try {
+        WriteTextFile(NameOf(part, ".failed").string(), message + "\n", true, kNever);
+    } catch (const Error&) {
+        // The failure itself is what is told.
+    }
+}
+
+} // namespace aveffect

@@ -1,0 +1,245 @@
+#include "farm/farm.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include "farm/chunk_store.h"
+#include "host/media/source_request.h"
+#include "host/output/output_file.h"
+#include "timeline/jobs/segment_join.h"
+#include "timeline/jobs/text_file.h"
+
+namespace aveffect {
+
+namespace files = std::filesystem;
+
+namespace {
+
+constexpr int64_t kMostParts = 1'000'000;
+
+int64_t BytesOf(const std::string& url) {
+    std::error_code wrong;
+    const auto bytes = files::file_size(ParseSourceUrl(url).path, wrong);
+    return wrong ? -1 : static_cast<int64_t>(bytes);
+}
+
+int64_t PicturesAChunk(const ChunkSize& size, int64_t all, AVRational rate) {
+    const int64_t most =
+        size.chunks ? (all + *size.chunks - 1) / *size.chunks : std::llround(*size.seconds * av_q2d(rate));
+    const int64_t pictures = std::max<int64_t>(1, most);
+    if (all / pictures >= kMostParts)
+        throw Error(ErrorKind::Usage, "that makes more than " + std::to_string(kMostParts) +
+                                          " chunks; give a larger --chunk-seconds");
+    return pictures;
+}
+
+/// Everything a part's render is told the same way.
+void SendTo(ChunkedJob& job, const std::string& path) {
+    job.Output().output = path;
+    job.Output().overwrite = true;
+}
+
+/// The first picture alone, encoded and read again.
+std::string ProbeOf(const FarmPlan& plan, ChunkedJob& job, const ChunkStore& store,
+                    const std::atomic<bool>& cancel) {
+    const std::string path = store.TemporaryPath(0);
+    PlannedChunk first = plan.chunks.front();
+    first.end = first.begin + 1;
+    std::error_code wrong;
+    try {
+        SendTo(job, path);
+        job.Draw(plan, first);
+        const std::string sum = SumOf(path, true, cancel).sum;
+        files::remove(path, wrong);
+        return sum;
+    } catch (...) {
+        files::remove(path, wrong);
+        throw;
+    }
+}
+
+void RequireMedia(const FarmPlan& plan) {
+    for (const PlannedMedium& medium : plan.media) {
+        const int64_t bytes = BytesOf(medium.name);
+        if (bytes < 0)
+            throw Error(ErrorKind::Input, medium.name + " is not there; names count from --media-root");
+        if (bytes != medium.bytes)
+            throw Error(ErrorKind::Input, medium.name + " has " + std::to_string(bytes) + " bytes, not " +
+                                              std::to_string(medium.bytes) +
+                                              " as when the plan was made; plan anew");
+    }
+}
+
+int64_t PicturesOf(const PlannedChunk& chunk) { return chunk.end - chunk.begin; }
+
+ChunkReceipt ReceiptOf(const std::string& path, int64_t part, const FarmPlan& plan,
+                       const std::atomic<bool>& cancel) {
+    ChunkReceipt receipt;
+    std::error_code wrong;
+    const auto bytes = files::file_size(path, wrong);
+    if (wrong) return receipt; // nothing lies beside the pictures
+    const bool pictures = part + 1 < plan.Parts();
+    receipt.bytes = static_cast<int64_t>(bytes);
+    receipt.packets = SumOf(path, pictures, cancel);
+    if (!pictures) return receipt;
+    receipt.delay = DelayOf(path, plan.rate, cancel);
+    const int64_t expected = PicturesOf(plan.chunks[static_cast<size_t>(part)]);
+    if (receipt.packets.packets != expected)
+        throw Error(ErrorKind::Input, "chunk " + std::to_string(part) + " came to " +
+                                          std::to_string(receipt.packets.packets) + " pictures, not " +
+                                          std::to_string(expected) + "; the render can't be shared out");
+    return receipt;
+}
+
+/// Holds the packets that are copied against the receipts.
+class ReceiptCheck {
+public:
+    ReceiptCheck(const std::vector<ChunkReceipt>& receipts)
+        : m_receipts(receipts) {}
+
+    void operator()(size_t index, const AVPacket* packet) {
+        if (packet) return m_sum.Add(*packet);
+        if (m_sum.Finish() != m_receipts[index].packets)
+            throw Error(ErrorKind::Input, m_receipts[index].file +
+                                              " is not what was rendered; remove it, and work on chunk " +
+                                              std::to_string(index) + " again");
+        m_sum = PacketSum();
+    }
+
+private:
+    const std::vector<ChunkReceipt>& m_receipts;
+    PacketSum m_sum;
+};
+
+} // namespace
+
+FarmPlan MakePlan(const files::path& folder, FarmCommand command, const ChunkSize& size,
+                  const std::atomic<bool>& cancel) {
+    ChunkedJob& job = *command.job;
+    FarmPlan plan;
+    plan.version = AVEFFECT_VERSION;
+    plan.words = std::move(command.words);
+    plan.output = job.Output().output;
+    plan.kind = PlanOutput(job.Output()).Kind();
+    job.Cut(plan, [&size](int64_t all, AVRational rate) { return PicturesAChunk(size, all, rate); });
+    for (const std::string& name : job.Media()) plan.media.push_back({name, BytesOf(name)});
+    const ChunkStore store(folder, plan.kind);
+    if (files::exists(store.PlanPath()))
+        throw Error(ErrorKind::Output, store.PlanPath().string() + " exists; a plan has a folder of its own");
+    plan.probe = ProbeOf(plan, job, store, cancel);
+    WriteTextFile(store.PlanPath().string(), PlanText(plan), false, cancel);
+    return plan;
+}
+
+FarmPlan ReadPlan(const files::path& folder) {
+    const std::string path = (folder / "plan.json").string();
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw Error(ErrorKind::Input, path + " can't be read; `aveffect plan` writes it");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    FarmPlan plan = ParsePlan(text, path);
+    if (plan.version != AVEFFECT_VERSION)
+        throw Error(ErrorKind::Input, path + " was made by version " + plan.version + ", this is " +
+                                          AVEFFECT_VERSION + "; all machines need the same one");
+    return plan;
+}
+
+RenderResult WorkOn(const files::path& folder, const FarmPlan& plan, ChunkedJob& job, int64_t part,
+                    const std::atomic<bool>& cancel) {
+    if (part < 0 || part >= plan.Parts())
+        throw Error(ErrorKind::Usage, "the plan has parts 0 to " + std::to_string(plan.Parts() - 1) +
+                                          ", not " + std::to_string(part));
+    ChunkStore store(folder, plan.kind);
+    if (const std::optional<ChunkReceipt> done = store.Find(part)) return {done->packets.packets, {}};
+    const std::string path = store.TemporaryPath(part);
+    std::error_code wrong;
+    try {
+        RequireMedia(plan);
+        if (ProbeOf(plan, job, store, cancel) != plan.probe)
+            throw Error(ErrorKind::Input,
+                        "this machine makes another first picture than the one that made the plan; "
+                        "its libraries or its media are others");
+        SendTo(job, path);
+        const bool pictures = part + 1 < plan.Parts();
+        RenderResult result =
+            pictures ? job.Draw(plan, plan.chunks[static_cast<size_t>(part)]) : job.DrawBeside();
+        ChunkReceipt receipt = ReceiptOf(path, part, plan, cancel);
+        if (result.besideStartUs) receipt.shiftUs = FirstUs(path, cancel) - *result.besideStartUs;
+        store.Keep(part, path, std::move(receipt));
+        return result;
+    } catch (const Error& error) {
+        files::remove(path, wrong);
+        if (error.Kind() != ErrorKind::Interrupted) store.SetFailure(part, error.what());
+        throw;
+    } catch (...) {
+        files::remove(path, wrong);
+        throw;
+    }
+}
+
+RenderResult FinishFilm(const files::path& folder, const FarmPlan& plan, ChunkedJob& job,
+                        const std::atomic<bool>& cancel) {
+    const FarmStatus status = StatusOf(folder, plan);
+    if (status.done != plan.Parts()) {
+        std::vector<int64_t> lacking = status.missing;
+        for (const auto& [part, message] : status.failed) lacking.push_back(part);
+        std::ranges::sort(lacking);
+        throw Error(ErrorKind::Input, "the film lacks " + std::to_string(lacking.size()) + " of " +
+                                          std::to_string(plan.Parts()) + " parts: " + NumbersText(lacking));
+    }
+    const ChunkStore store(folder, plan.kind);
+    const OutputPlan output = PlanOutput(job.Output());
+    OutputFile::Check(output.FirstFile(), "", job.Output().overwrite);
+    std::vector<ChunkReceipt> receipts;
+    SegmentRow row{{}, plan.rate, {plan.firstTicks, plan.ticks}, {}, 0, {}};
+    int64_t pictures = 0;
+    for (int64_t part = 0; part < plan.Parts(); ++part) {
+        const std::optional<ChunkReceipt> receipt = store.Find(part);
+        if (!receipt) throw Error(ErrorKind::Input, "part " + std::to_string(part) + " has gone");
+        if (part + 1 == plan.Parts()) {
+            if (!receipt->file.empty()) row.beside = store.FileOf(*receipt).string();
+            row.besideShiftUs = receipt->shiftUs;
+            break;
+        }
+        const PlannedChunk& chunk = plan.chunks[static_cast<size_t>(part)];
+        Segment segment{store.FileOf(*receipt).string(), PicturesOf(chunk), receipt->delay, {}};
+        if (chunk.startTicks) segment.start = {*chunk.startTicks, plan.ticks};
+        row.segments.push_back(std::move(segment));
+        receipts.push_back(*receipt);
+        pictures += PicturesOf(chunk);
+    }
+    const auto check = std::make_shared<ReceiptCheck>(receipts);
+    row.check = [check](size_t index, const AVPacket* packet) { (*check)(index, packet); };
+    return {pictures, JoinSegments(row, output, job.Output().overwrite, {}, cancel).Text()};
+}
+
+FarmStatus StatusOf(const files::path& folder, const FarmPlan& plan) {
+    const ChunkStore store(folder, plan.kind);
+    FarmStatus status;
+    for (int64_t part = 0; part < plan.Parts(); ++part) {
+        if (store.Find(part))
+            ++status.done;
+        else if (const std::optional<std::string> failure = store.Failure(part))
+            status.failed.emplace_back(part, *failure);
+        else
+            status.missing.push_back(part);
+    }
+    return status;
+}
+
+std::string NumbersText(const std::vector<int64_t>& numbers) {
+    std::string text;
+    for (size_t index = 0; index < numbers.size();) {
+        size_t end = index + 1;
+        while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) ++end;
+        if (!text.empty()) text += ", ";
+        text += std::to_string(numbers[index]);
+        if (end - index > 1) text += "-" + std::to_string(numbers[end - 1]);
+        index = end;
+    }
+    return text;
+}
+
+} // namespace aveffect

@@ -1,0 +1,72 @@
+#include "farm/packet_sum.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+
+extern "C" {
+#include <libavutil/sha.h>
+}
+
+#include "host/media/source.h"
+
+namespace aveffect {
+
+void PacketSum::Deleter::operator()(AVSHA* sha) const noexcept { av_free(sha); }
+
+PacketSum::PacketSum()
+    : m_sha(av_sha_alloc()) {
+    constexpr int kBits = 256;
+    if (!m_sha || av_sha_init(m_sha.get(), kBits) < 0) throw std::bad_alloc();
+}
+
+void PacketSum::Add(const AVPacket& packet) {
+    const std::array<int64_t, 3> numbers = {packet.stream_index, packet.size, packet.pts};
+    av_sha_update(m_sha.get(), reinterpret_cast<const uint8_t*>(numbers.data()), sizeof numbers);
+    av_sha_update(m_sha.get(), packet.data, static_cast<size_t>(packet.size));
+    ++m_packets;
+}
+
+PacketSum::Result PacketSum::Finish() {
+    std::array<uint8_t, 32> digest{};
+    av_sha_final(m_sha.get(), digest.data());
+    Result result{m_packets, {}};
+    for (const uint8_t byte : digest)
+        for (const int digit : {byte >> 4, byte & 15}) result.sum += "0123456789abcdef"[digit];
+    return result;
+}
+
+PacketSum::Result SumOf(const std::string& path, bool pictures, const std::atomic<bool>& cancel) {
+    PacketSum sum;
+    if (pictures) {
+        Source source({path}, Source::Others::WithPictures, 1, cancel);
+        while (const std::optional<SourceItem> item = source.Next())
+            if (item->packet->stream_index == source.Pictures().index) sum.Add(*item->packet);
+        return sum.Finish();
+    }
+    ReadInterrupt interrupt{&cancel, std::nullopt};
+    const InputContextPtr input = OpenInput(path, interrupt);
+    const mediabridge::AVPacketPtr packet(av_packet_alloc());
+    if (!packet) throw std::bad_alloc();
+    for (; ReadPacket(input, *packet) >= 0; av_packet_unref(packet.get())) sum.Add(*packet);
+    return sum.Finish();
+}
+
+int64_t FirstUs(const std::string& path, const std::atomic<bool>& cancel) {
+    // Streams begin close together, and are interleaved.
+    constexpr int kPackets = 200;
+    ReadInterrupt interrupt{&cancel, std::nullopt};
+    const InputContextPtr input = OpenInput(path, interrupt);
+    const mediabridge::AVPacketPtr packet(av_packet_alloc());
+    if (!packet) throw std::bad_alloc();
+    int64_t first = INT64_MAX;
+    for (int index = 0; index < kPackets && ReadPacket(input, *packet) >= 0; ++index) {
+        if (packet->pts != AV_NOPTS_VALUE)
+            first = std::min(first, av_rescale_q(packet->pts, input->streams[packet->stream_index]->time_base,
+                                                 {1, 1'000'000}));
+        av_packet_unref(packet.get());
+    }
+    return first == INT64_MAX ? 0 : first;
+}
+
+} // namespace aveffect

@@ -1,0 +1,44 @@
+#pragma once
+/// Checksums of encoded streams.
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "host/support/av_owner.h"
+
+struct AVSHA;
+
+namespace aveffect {
+
+/// Adds up packets as a container gives them out, so that a file is checked while it is copied. SHA-256 of
+/// sizes, times and contents.
+class PacketSum {
+public:
+    struct Result {
+        int64_t packets = 0;
+        std::string sum; ///< in hexadecimal digits
+
+        bool operator==(const Result&) const = default;
+    };
+
+    PacketSum();
+    void Add(const AVPacket& packet);
+    /// Once.
+    Result Finish();
+
+private:
+    struct Deleter {
+        void operator()(AVSHA* sha) const noexcept;
+    };
+    std::unique_ptr<AVSHA, Deleter> m_sha;
+    int64_t m_packets = 0;
+};
+
+/// When the first packet of a file begins, in microseconds. Throws as SumOf().
+int64_t FirstUs(const std::string& path, const std::atomic<bool>& cancel);
+
+/// Of the pictures in a file, or of all its streams where it has none. Throws Error (Input, Interrupted).
+PacketSum::Result SumOf(const std::string& path, bool pictures, const std::atomic<bool>& cancel);
+
+} // namespace aveffect
