@@ -45,7 +45,7 @@ PacketSum::Result SumOf(const std::string& path, bool pictures, const std::atomi
         return sum.Finish();
     }
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(path, interrupt);
+    const InputContextPtr input = OpenInput({path}, interrupt);
     const mediabridge::AVPacketPtr packet(av_packet_alloc());
     if (!packet) throw std::bad_alloc();
     for (; ReadPacket(input, *packet) >= 0; av_packet_unref(packet.get())) sum.Add(*packet);
@@ -56,7 +56,7 @@ int64_t FirstUs(const std::string& path, const std::atomic<bool>& cancel) {
     // Streams begin close together, and are interleaved.
     constexpr int kPackets = 200;
     ReadInterrupt interrupt{&cancel, std::nullopt};
-    const InputContextPtr input = OpenInput(path, interrupt);
+    const InputContextPtr input = OpenInput({path}, interrupt);
     const mediabridge::AVPacketPtr packet(av_packet_alloc());
     if (!packet) throw std::bad_alloc();
     int64_t first = INT64_MAX;

@@ -37,7 +37,7 @@ class Beside {
 public:
     Beside(const std::string& path, int64_t shiftUs, const std::atomic<bool>& cancel)
         : m_interrupt{&cancel, std::nullopt}
-        , m_input(OpenInput(path, m_interrupt))
+        , m_input(OpenInput({path}, m_interrupt))
         , m_shiftUs(shiftUs)
         , m_packet(av_packet_alloc()) {
         if (!m_packet) throw std::bad_alloc();
