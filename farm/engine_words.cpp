@@ -65,6 +65,7 @@ nlohmann::ordered_json Container(const std::string& command) {
     return {{"name", "aveffect"},
             {"image", "aveffect"},
             {"command", {"sh", "-c", "exec " + command}},
+            {"workingDir", "/share"},
             {"volumeMounts", {{{"name", "share"}, {"mountPath", "/share"}}}}};
 }
 

@@ -15,6 +15,8 @@ if [ "${1:-}" != program ]; then
   packages+=(dpkg-dev debhelper lintian mmdebstrap doxygen)
   # The shells that complete, and what reads man pages.
   packages+=(zsh fish man-db groff-base mandoc bsdutils)
+  # What runs renders that are shared out.
+  packages+=(make parallel slurm-wlm munge)
   # What holds films to their schema.
   packages+=(python3-jsonschema)
   # What makes the manual, and the browser that tries it.

@@ -64,7 +64,8 @@ std::optional<SpanItem> SpanReader::Next() {
 void SpanReader::TakePicture(AVFramePtr picture) {
     if (m_end) return;
     const Moment time{picture->pts, Base()};
-    if (m_limits.fromMs && time < Moment{*m_limits.fromMs, kMilliseconds}) return;
+    // What damaged files show before their own start no file can hold.
+    if (time < Moment{m_limits.fromMs.value_or(0), kMilliseconds}) return;
     const bool past = m_limits.toMs && time >= Moment{*m_limits.toMs, kMilliseconds};
     if (!m_start && !past) m_start = picture->pts;
     if (m_pending) EmitPending(picture->pts - m_pending->pts);
