@@ -19,7 +19,9 @@ std::optional<int64_t> EndOf(const RenderOptions& options, const Source& source)
 }
 
 SpanLimits LimitsOf(const RenderOptions& options, const Source& source) {
-    if (options.share) return {options.share->fromMs, options.share->toMs, {}};
+    if (const auto& share = options.share)
+        return {share->fromMs, share->toMs,
+                options.rate ? std::nullopt : std::optional(share->end - share->begin)};
     return {options.fromMs, EndOf(options, source), options.rate ? std::nullopt : options.frameLimit};
 }
 
