@@ -61,14 +61,14 @@ until_true 60 idle
 ffmpeg -v error -nostdin -f lavfi -i testsrc2=s=640x480:r=25:d=6 -f lavfi -i sine=d=6 -c:v ffv1 -c:a flac long.mkv
 render=(-e oil-painting --codec ffv1 --audio-codec flac --threads 1)
 aveffect render long.mkv whole.mkv "${render[@]}" --progress none
-aveffect plan plan --chunks 4 --as slurm render long.mkv part.mkv "${render[@]}" >submit
+aveffect plan shared-film --chunks 4 --as slurm render long.mkv part.mkv "${render[@]}" >submit
 sh -e submit >submitted
-worker_runs() { pgrep -f '^aveffect work plan 1$'; }
+worker_runs() { pgrep -f '^aveffect work shared-film 1$'; }
 until_true 60 worker_runs
 job=$(squeue -h -r -o %i | grep '_1$')
 scontrol requeue "$job"
-pkill -KILL -f '^aveffect work plan 1$' || true
-[ ! -e plan/chunks/000001.json ] || fail "the worker was killed too late to try anything"
+pkill -KILL -f '^aveffect work shared-film 1$' || true
+[ ! -e shared-film/chunks/000001.json ] || fail "the worker was killed too late to try anything"
 # What is queued again waits for two minutes if nobody says otherwise.
 waits() { squeue -h -r -o '%i %r' | grep -q "^$job BeginTime"; }
 until_true 60 waits
