@@ -1,6 +1,8 @@
 /// The program `aveffect`: lists effects, renders clips and pictures through them.
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <new>
 
 #include "aveffect/base_tools.h"
 #include "cli/arguments.h"
@@ -45,9 +47,13 @@ struct Failure {
     int exitCode;
     std::string picture = {}; ///< to be shown under the message
 
-    void Print() const {
-        PrintMessage(message);
-        PrintLines(picture);
+    void Print() const noexcept {
+        try {
+            PrintMessage(message);
+            PrintLines(picture);
+        } catch (const std::bad_alloc&) {
+            PrintNoMemory();
+        }
     }
 };
 
@@ -61,7 +67,7 @@ std::string TimedOut(const std::string& message) {
 }
 
 /// Call from a catch block.
-Failure CurrentFailure() {
+Failure CurrentFailure() noexcept {
     try {
         throw;
     } catch (const Error& error) {
@@ -70,6 +76,8 @@ Failure CurrentFailure() {
         const int signal = InterruptingSignal();
         return {EndedAfter() > 0 ? TimedOut(error.what()) : error.what(),
                 ExitCodeFor(signal != 0 ? ErrorKind::Interrupted : error.Kind(), signal), error.Picture()};
+    } catch (const NoMemory& shortage) {
+        return {shortage.what(), kUnexpected};
     } catch (const std::bad_alloc&) {
         return {"out of memory", kUnexpected};
     } catch (const std::exception& error) {
@@ -411,6 +419,25 @@ int Run(const StatusCommand& command) {
     const FarmStatus status = StatusOf(command.folder, plan);
     return PrintText(command.json ? StatusJson(status, plan) : StatusText(status, plan));
 }
+
+// Before anything is made that lives as long as the program, and where nothing may throw, nobody catches.
+[[noreturn]] void EndUncaught() {
+    if (const std::exception_ptr thrown = std::current_exception()) {
+        try {
+            std::rethrow_exception(thrown);
+        } catch (const std::bad_alloc&) {
+            PrintNoMemory();
+            std::_Exit(kUnexpected);
+        } catch (...) { // its name is the system's to tell
+        }
+    }
+    std::abort();
+}
+
+constexpr int kFirstOfAll = 101; ///< the lowest priority that the compiler leaves to programs
+[[gnu::init_priority(kFirstOfAll)]] const struct UncaughtGuard {
+    UncaughtGuard() noexcept { std::set_terminate(EndUncaught); }
+} g_uncaughtGuard;
 
 } // namespace
 

@@ -31,6 +31,11 @@ void PrintMessage(const std::string& text) {
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+void PrintNoMemory() noexcept {
+    constexpr char kLine[] = "aveffect: out of memory\n";
+    std::fwrite(kLine, 1, sizeof kLine - 1, stderr);
+}
+
 void PrintLines(const std::string& text) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) PrintMessage(line);

@@ -14,4 +14,7 @@ void PrintMessage(const std::string& text);
 /// The same for each of the text's lines.
 void PrintLines(const std::string& text);
 
+/// Writes that memory ran out, for which it needs none.
+void PrintNoMemory() noexcept;
+
 } // namespace aveffect

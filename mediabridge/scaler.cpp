@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <new>
 #include <utility>
 
 extern "C" {
@@ -112,6 +113,12 @@ ChromaPosition PositionOf(const PictureSide& side) {
     return position;
 }
 
+/// Whether a function did what it was asked. Throws std::bad_alloc where memory was short.
+bool Took(int code) {
+    if (code == AVERROR(ENOMEM)) throw std::bad_alloc();
+    return code >= 0;
+}
+
 /// The display aspect ratio stays, so the pixels' changes with the size.
 AVRational ScaledPixelAspect(const AVFrame* source, int width, int height) {
     const AVRational pixel = source->sample_aspect_ratio;
@@ -206,7 +213,7 @@ bool Scaler::PrepareContext(const Shape& shape) {
         !sws_isSupportedOutput(shape.target.format))
         return false;
     SwsContextPtr context(sws_alloc_context());
-    if (!context) return false;
+    if (!context) throw std::bad_alloc();
     const ChromaPosition from = PositionOf(shape.source), to = PositionOf(shape.target);
     const std::pair<const char*, int> options[] = {
         {"srcw", shape.source.width},        {"srch", shape.source.height},
@@ -218,14 +225,14 @@ bool Scaler::PrepareContext(const Shape& shape) {
         {"sws_flags", FlagsFor(shape)},
     };
     for (const auto& [name, value] : options)
-        if (av_opt_set_int(context.get(), name, value, 0) < 0) return false;
-    if (av_opt_set(context.get(), "sws_dither", "bayer", 0) < 0) return false;
-    if (sws_init_context(context.get(), nullptr, nullptr) < 0) return false;
+        if (!Took(av_opt_set_int(context.get(), name, value, 0))) return false;
+    if (!Took(av_opt_set(context.get(), "sws_dither", "bayer", 0))) return false;
+    if (!Took(sws_init_context(context.get(), nullptr, nullptr))) return false;
     // After the start, which takes grey for full range whatever was asked.
-    if (sws_setColorspaceDetails(context.get(), sws_getCoefficients(shape.source.matrix),
-                                 shape.source.range == AVCOL_RANGE_JPEG,
-                                 sws_getCoefficients(shape.target.matrix),
-                                 shape.target.range == AVCOL_RANGE_JPEG, 0, kUnity, kUnity) < 0)
+    if (!Took(sws_setColorspaceDetails(context.get(), sws_getCoefficients(shape.source.matrix),
+                                       shape.source.range == AVCOL_RANGE_JPEG,
+                                       sws_getCoefficients(shape.target.matrix),
+                                       shape.target.range == AVCOL_RANGE_JPEG, 0, kUnity, kUnity)))
         return false;
     m_context = std::move(context);
     return true;
@@ -243,8 +250,7 @@ AVFramePtr Scaler::ConvertToEvenRows(const AVFrame* source) {
     if (!pixels) return Fail(m_toPixels->Error());
     const int width = pixels->width;
     const AVFramePtr wider = AllocatePicture(AV_PIX_FMT_BGRA, width + 1, pixels->height);
-    if (!wider || av_frame_copy_props(wider.get(), pixels.get()) < 0)
-        return Fail("no memory for a picture of " + Describe(m_format, width, pixels->height));
+    if (!wider || av_frame_copy_props(wider.get(), pixels.get()) < 0) throw std::bad_alloc();
     for (int y = 0; y < pixels->height; ++y) {
         const std::uint8_t* const from = pixels->data[0] + std::ptrdiff_t{y} * pixels->linesize[0];
         std::uint8_t* const to = wider->data[0] + std::ptrdiff_t{y} * wider->linesize[0];
@@ -266,8 +272,8 @@ AVFramePtr Scaler::Convert(const AVFrame* source) {
     if (width % 2 != 0 && WantsEvenRows(m_format) && !SamePicture(shape.source, shape.target))
         return ConvertToEvenRows(source);
     AVFramePtr result = AllocatePicture(m_format, width, height);
-    if (!result) return Fail("no memory for a picture of " + Describe(m_format, width, height));
-    if (av_frame_copy_props(result.get(), source) < 0) return Fail("no memory for a picture's properties");
+    if (!result) throw std::bad_alloc();
+    if (av_frame_copy_props(result.get(), source) < 0) throw std::bad_alloc();
     result->sample_aspect_ratio = ScaledPixelAspect(source, width, height);
     result->color_range = shape.target.range;
     // "RGB" as a matrix would make encoders write the planes as G, B and R.
@@ -288,8 +294,8 @@ AVFramePtr Scaler::Convert(const AVFrame* source) {
         m_conversion->Run(*source, *result);
         return result;
     }
-    if (sws_scale(m_context.get(), source->data, source->linesize, 0, source->height, result->data,
-                  result->linesize) < 0)
+    if (!Took(sws_scale(m_context.get(), source->data, source->linesize, 0, source->height, result->data,
+                        result->linesize)))
         return Fail("conversion to " + Describe(m_format, width, height) + " failed");
     ClearBehindRows(result.get());
     return result;

@@ -29,7 +29,7 @@ public:
 
     /// Converts into a new picture from recycled memory, with the source's properties (time, display aspect
     /// ratio, field flags, colour description) and the range that it really has. Null when libswscale can't;
-    /// Error() then says why.
+    /// Error() then says why. Throws std::bad_alloc when memory is short.
     AVFramePtr Convert(const AVFrame* source);
 
     /// Whether conversion of this picture reads nothing but its pixels; libswscale reads what lies around

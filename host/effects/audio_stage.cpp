@@ -38,7 +38,7 @@ size_t BytesASample(const AVFrame& sound) {
 
 mediabridge::AudioFrame::Ptr Copy(const AVFrame& piece, int64_t timeMs) {
     auto frame = mediabridge::AudioFrame::Copy(&piece, static_cast<unsigned>(timeMs));
-    if (!frame) throw Error(ErrorKind::Effect, "the sound can't be handed to the effects: out of memory");
+    if (!frame) throw NoMemory("the sound can't be handed to the effects: out of memory");
     return frame;
 }
 

@@ -12,6 +12,7 @@
 #include "host/settings/catalogue_lookup.h"
 #include "host/settings/settings_at_time.h"
 #include "host/support/error.h"
+#include "host/support/error_record.h"
 
 namespace aveffect {
 
@@ -76,10 +77,8 @@ struct EffectChain::Stage {
 void SetProperty(AVBased::IAVProc& proc, const std::string& name, const std::string& value) {
     GetBaseException()->Clear();
     if (proc.SetProperty(name.c_str(), value.c_str())) return;
-    std::string message = std::string(proc.GetName()) + " does not take " + name + "='" + value + "'";
-    const std::string reason = GetBaseException()->GetExceptionMsg();
-    if (!reason.empty()) message += ": " + reason;
-    throw Error(ErrorKind::Usage, message);
+    const std::string message = std::string(proc.GetName()) + " does not take " + name + "='" + value + "'";
+    ThrowRecorded(ErrorKind::Usage, message + ": ", "no reason given");
 }
 
 void SetDuration(AVBased::IAVProc& proc, uint32_t durationMs) {
@@ -88,10 +87,8 @@ void SetDuration(AVBased::IAVProc& proc, uint32_t durationMs) {
 }
 
 void RequireNoRecord(AVBased::IAVProc& proc) {
-    IBaseException* const record = GetBaseException();
-    if (record->GetExceptionCode() != AVBased::kNoError)
-        throw Error(ErrorKind::Effect,
-                    "effect " + std::string(proc.GetName()) + " failed: " + record->GetExceptionMsg());
+    if (GetBaseException()->GetExceptionCode() != AVBased::kNoError)
+        ThrowRecorded(ErrorKind::Effect, "effect " + std::string(proc.GetName()) + " failed: ");
 }
 
 EffectChain::EffectChain(const Plugin& plugin, AVBased::IAVManager* manager,

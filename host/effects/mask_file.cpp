@@ -72,7 +72,7 @@ const AVFrame& MaskFile::At(int64_t milliseconds, int width, int height) {
 
 mediabridge::AVFramePtr MaskFile::Grey(int width, int height) try {
     mediabridge::AVFramePtr picture(av_frame_clone(m_shown.get()));
-    if (!picture) throw Error(ErrorKind::Input, "out of memory");
+    if (!picture) throw NoMemory("out of memory");
     if (!IsOpaque(*picture)) {
         picture = m_alpha.Apply(std::move(picture));
         picture->color_range = AVCOL_RANGE_JPEG;

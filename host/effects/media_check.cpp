@@ -8,6 +8,7 @@
 #include "host/media/source_request.h"
 #include "host/settings/catalogue_lookup.h"
 #include "host/support/error.h"
+#include "host/support/error_record.h"
 #include "mediabridge/video_frame.h"
 
 namespace aveffect {
@@ -24,15 +25,14 @@ using ReaderPtr = std::unique_ptr<AVBased::IAVReader, Release>;
 ReaderPtr OpenReader(AVBased::IAVManager& manager, const std::string& url) {
     GetBaseException()->Clear();
     ReaderPtr reader(manager.OpenSource(url.c_str(), "", nullptr, nullptr, nullptr, nullptr));
-    if (!reader) throw Error(ErrorKind::Input, GetBaseException()->GetExceptionMsg());
+    if (!reader) ThrowRecorded(ErrorKind::Input, "");
     return reader;
 }
 
 /// The record's text, else that the file holds nothing of the kind. Call when reading has ended.
 [[noreturn]] void ThrowNone(const std::string& url, const char* kind) {
-    const bool failed = GetBaseException()->GetExceptionCode() != AVBased::kNoError;
-    throw Error(ErrorKind::Input, failed ? GetBaseException()->GetExceptionMsg()
-                                         : url + " holds no " + kind + " that can be decoded");
+    if (GetBaseException()->GetExceptionCode() != AVBased::kNoError) ThrowRecorded(ErrorKind::Input, "");
+    throw Error(ErrorKind::Input, url + " holds no " + kind + " that can be decoded");
 }
 
 void RequireSound(AVBased::IAVManager& manager, const std::string& url) {

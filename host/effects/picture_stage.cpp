@@ -84,7 +84,7 @@ AVFramePtr PictureStage::ToWorkingFormat(AVFramePtr picture) {
 
 AVFramePtr PictureStage::TakeSecond(const AVFrame& second, bool standard) {
     AVFramePtr picture(av_frame_clone(&second));
-    if (!picture) throw Error(ErrorKind::Effect, "no memory for a picture");
+    if (!picture) throw NoMemory("no memory for a picture");
     return m_secondIntake.Reduce(m_secondIntake.Map(std::move(picture), standard));
 }
 
@@ -105,7 +105,7 @@ AVFramePtr PictureStage::ApplyEffects(AVFramePtr picture, int timeMs, unsigned d
         if (!av_frame_is_writable(picture.get())) picture = mediabridge::CopyPicture(picture.get());
         const auto frame =
             picture ? mediabridge::VideoFrame::Wrap(picture.get(), timeMs, durationMs) : nullptr;
-        if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
+        if (!frame) throw NoMemory("no memory for a picture");
         if (right) frame->SetSubsetFrame(m_pairs->Prepare(*right, timeMs, durationMs, number));
         m_chain.Process(frame.get(), timeMs, number);
         if (!std::exchange(m_saidNeutral, true)) // behind the first one: its size is known, settings are made

@@ -4,6 +4,7 @@
 
 #include "aveffect/base_tools.h"
 #include "host/support/error.h"
+#include "host/support/error_record.h"
 
 namespace aveffect {
 
@@ -32,11 +33,8 @@ Interface* Make(Interface* (*create)(AVBased::IAVManager*, const char*), AVBased
                 const std::string& name) {
     GetBaseException()->Clear();
     Interface* const proc = create(manager, name.c_str());
-    if (proc == nullptr) {
-        const std::string text = GetBaseException()->GetExceptionMsg();
-        throw Error(ErrorKind::Effect,
-                    "can't make effect '" + name + "': " + (text.empty() ? "no reason given" : text));
-    }
+    if (proc == nullptr)
+        ThrowRecorded(ErrorKind::Effect, "can't make effect '" + name + "': ", "no reason given");
     return proc;
 }
 

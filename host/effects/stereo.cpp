@@ -77,8 +77,9 @@ bool DrawInPlaceOf(AVBased::IVideoProc& proc, AVBased::IRawVideoFrame& frame) {
 void MarkPicture(AVFrame& picture, const Presentation& presentation) {
     av_frame_remove_side_data(&picture, AV_FRAME_DATA_STEREO3D);
     const auto type = TypeOf(presentation);
-    AVStereo3D* mark = type ? av_stereo3d_create_side_data(&picture) : nullptr;
-    if (!mark) return;
+    if (!type) return;
+    AVStereo3D* const mark = av_stereo3d_create_side_data(&picture);
+    if (!mark) throw NoMemory("no memory for what a picture says of its views");
     mark->type = *type;
     mark->flags = FlagsOf(presentation);
 }
@@ -88,12 +89,13 @@ void MarkStream(AVStream& stream, const Presentation& presentation) {
     const auto type = TypeOf(presentation);
     if (!type) return;
     std::unique_ptr<AVStereo3D, decltype(&av_free)> mark(av_stereo3d_alloc(), av_free);
-    if (!mark) return;
+    if (!mark) throw NoMemory("no memory for what a stream says of its views");
     mark->type = *type;
     mark->flags = FlagsOf(presentation);
     const int code = av_stream_add_side_data(&stream, AV_PKT_DATA_STEREO3D,
                                              reinterpret_cast<uint8_t*>(mark.get()), sizeof *mark);
-    if (code >= 0) static_cast<void>(mark.release()); // the stream's now
+    RequireMemory(code, "what a stream says of its views");
+    static_cast<void>(mark.release()); // the stream's now
 }
 
 } // namespace aveffect

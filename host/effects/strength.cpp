@@ -18,7 +18,7 @@ Area ToArea(const AreaShape& shape) {
 
 FramePtr CopyOf(IRawVideoFrame& frame) {
     FramePtr copy(frame.Clone());
-    if (!copy) throw Error(ErrorKind::Effect, "no memory for a picture");
+    if (!copy) throw NoMemory("no memory for a picture");
     return copy;
 }
 

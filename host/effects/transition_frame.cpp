@@ -45,7 +45,7 @@ AVFramePtr DrawTransition(EffectChain& chain, const Canvas& canvas, int64_t time
     AVFramePtr picture = mediabridge::AllocatePicture(AV_PIX_FMT_BGRA, canvas.width, canvas.height);
     const auto frame =
         picture ? mediabridge::VideoFrame::Wrap(picture.get(), static_cast<int>(timeMs), 0) : nullptr;
-    if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
+    if (!frame) throw NoMemory("no memory for a picture");
     const ptrdiff_t pitches[4] = {picture->linesize[0]};
     av_image_fill_black(picture->data, pitches, AV_PIX_FMT_BGRA, AVCOL_RANGE_JPEG, picture->width,
                         picture->height);

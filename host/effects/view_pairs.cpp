@@ -37,8 +37,7 @@ AVFramePtr CutOut(const AVFrame& picture, int left, int top, int width, int heig
     const auto format = static_cast<AVPixelFormat>(picture.format);
     const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
     AVFramePtr part = mediabridge::AllocatePicture(format, width, height);
-    if (!part || av_frame_copy_props(part.get(), &picture) < 0)
-        throw Error(ErrorKind::Effect, "no memory for a picture");
+    if (!part || av_frame_copy_props(part.get(), &picture) < 0) throw NoMemory("no memory for a picture");
     const uint8_t* planes[4] = {};
     for (int plane = 0; plane < 4 && picture.data[plane]; ++plane) {
         const bool chroma = plane == 1 || plane == 2;
@@ -117,7 +116,7 @@ AVFramePtr ViewPairs::Fit(const AVFrame& second, AVFramePtr& left, const Working
 VideoFrame::Ptr ViewPairs::Prepare(const AVFrame& right, int timeMs, unsigned durationMs,
                                    std::optional<int64_t> number) {
     VideoFrame::Ptr frame = VideoFrame::Wrap(&right, timeMs, durationMs);
-    if (!frame) throw Error(ErrorKind::Effect, "no memory for a picture");
+    if (!frame) throw NoMemory("no memory for a picture");
     m_before.Process(frame.get(), timeMs, number);
     return frame;
 }

@@ -60,6 +60,8 @@ bool TakeFailure(BatchOutcome& outcome) {
         if (error.Kind() == ErrorKind::Interrupted) return false;
         outcome.kind = error.Kind();
         outcome.message = error.what();
+    } catch (const NoMemory& shortage) {
+        outcome.message = shortage.what();
     } catch (const std::bad_alloc&) {
         outcome.message = "out of memory";
     } catch (const std::exception& error) {

@@ -150,7 +150,7 @@ private:
     // What the encoder learns, it learns from the look: parts of a whole are encoded alike.
     AVFramePtr Sample() {
         AVFramePtr look(av_frame_clone(m_look.get()));
-        if (!look) throw Error(ErrorKind::Output, "no memory for a picture");
+        if (!look) throw NoMemory("no memory for a picture");
         look = FinishOf(0).output.Convert(std::move(look));
         if (IsHighDynamicRange(*look)) KeepLight(*m_look, *look);
         return look;

@@ -12,7 +12,7 @@ namespace {
 
 int Channels(const SoundShape& shape) {
     AVChannelLayout layout = {};
-    av_channel_layout_from_string(&layout, shape.layout.c_str());
+    RequireMemory(av_channel_layout_from_string(&layout, shape.layout.c_str()), shape.layout);
     const int channels = layout.nb_channels;
     av_channel_layout_uninit(&layout);
     return channels;

@@ -184,7 +184,7 @@ private:
         }
         m_output.Start(m_options.overwrite, m_cancel);
         const mediabridge::AVPacketPtr packet(av_packet_alloc());
-        if (!packet) throw Error(ErrorKind::Output, "out of memory");
+        if (!packet) throw NoMemory("out of memory");
         Moment end;
         for (; ReadPacket(m_input, *packet) >= 0; av_packet_unref(packet.get())) {
             const std::optional<Moment> itsEnd = MoveToSpan(*packet);

@@ -52,7 +52,7 @@ void ClipPlayer::Frame(const Framing& framing) {
 
 AVFramePtr ClipPlayer::Clone(const AVFrame& picture) const {
     AVFramePtr clone(av_frame_clone(&picture));
-    if (!clone) throw Error(ErrorKind::Input, m_source.Path() + ": out of memory");
+    if (!clone) throw NoMemory(m_source.Path() + ": out of memory");
     return clone;
 }
 

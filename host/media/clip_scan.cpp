@@ -26,10 +26,11 @@ void ReadThrough(ClipScan& scan, const std::atomic<bool>& cancel) {
         if (input->streams[index] != pictures) input->streams[index]->discard = AVDISCARD_ALL;
 
     const mediabridge::AVPacketPtr packet(av_packet_alloc());
-    if (!packet) throw Error(ErrorKind::Input, scan.request.path + ": out of memory");
+    if (!packet) throw NoMemory(scan.request.path + ": out of memory");
     int64_t count = 0;
     std::optional<int64_t> end;
-    for (; av_read_frame(input.get(), packet.get()) >= 0; av_packet_unref(packet.get())) {
+    int code = 0;
+    for (; (code = ReadPacket(input, *packet)) >= 0; av_packet_unref(packet.get())) {
         // Packets before an edit's start are only there to be decoded.
         if (packet->stream_index != pictures->index || (packet->flags & AV_PKT_FLAG_DISCARD)) continue;
         ++count;
@@ -37,6 +38,9 @@ void ReadThrough(ClipScan& scan, const std::atomic<bool>& cancel) {
         if (ends) end = std::max(end.value_or(*ends), *ends);
     }
     if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
+    // What is damaged is told when it is decoded; what could not be read may be there by then.
+    if (code != AVERROR_EOF && code != AVERROR_INVALIDDATA)
+        ThrowFailure(ErrorKind::Input, scan.request.path + " can't be read to its end", code);
     const AVRational base = pictures->time_base;
     scan.end = end ? Moment{*end - av_rescale_q(scan.start.ticks, scan.start.base, base), base}
                    : Moment{count, av_inv_q(scan.rate)};

@@ -64,7 +64,7 @@ DeviceInputPtr OpenDeviceInput(const std::string& path, const ReadInterrupt& int
     if (!io) {
         av_free(buffer);
         close(file);
-        throw Error(ErrorKind::Input, path + ": out of memory");
+        throw NoMemory(path + ": out of memory");
     }
     static_cast<void>(from.release()); // the context's from now on
     return DeviceInputPtr(io);

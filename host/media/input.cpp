@@ -39,10 +39,9 @@ void CheckFile(const std::string& path) {
 [[noreturn]] void ThrowNoMedia(const std::string& path, int code, const std::string& detail) {
     if (detail.starts_with("Number of streams exceeds"))
         throw Error(ErrorKind::Input, path + " claims more than 1000 streams, the most that are believed");
-    const std::string reason = detail.empty() ? AvText(code) : detail;
-    throw Error(ErrorKind::Input, code == AVERROR_INVALIDDATA
-                                      ? path + " is no clip or picture that can be read: " + reason
-                                      : path + " can't be read: " + AvText(code));
+    if (code != AVERROR_INVALIDDATA) ThrowFailure(ErrorKind::Input, path + " can't be read", code);
+    throw Error(ErrorKind::Input, path + " is no clip or picture that can be read: " +
+                                      (detail.empty() ? AvText(code) : detail));
 }
 
 /// The number that makes a pattern this name; absent when none does.
@@ -74,18 +73,26 @@ std::optional<int64_t> FirstNumber(const std::string& path) {
     return first;
 }
 
+/// Of what is opened.
+struct OpenOptions {
+    AVDictionary* set = nullptr;
+    const std::string& path;
+    ~OpenOptions() { av_dict_free(&set); }
+    void Set(const char* name, const std::string& value) {
+        RequireMemory(av_dict_set(&set, name, value.c_str(), 0), path);
+    }
+};
+
 // The library looks for the first number among the lowest few only.
-void SetPattern(const std::string& path, const std::optional<AVRational>& rate, AVDictionary** options) {
+void SetPattern(const std::string& path, const std::optional<AVRational>& rate, OpenOptions& options) {
     if (!IsNumbered(path)) {
-        if (path.find('%') != std::string::npos) av_dict_set(options, "pattern_type", "none", 0);
+        if (path.find('%') != std::string::npos) options.Set("pattern_type", "none");
         return;
     }
     const std::optional<int64_t> first = FirstNumber(path);
     if (!first) throw Error(ErrorKind::Input, path + ": no such files");
-    av_dict_set_int(options, "start_number", *first, 0);
-    if (rate)
-        av_dict_set(options, "framerate",
-                    (std::to_string(rate->num) + "/" + std::to_string(rate->den)).c_str(), 0);
+    options.Set("start_number", std::to_string(*first));
+    if (rate) options.Set("framerate", std::to_string(rate->num) + "/" + std::to_string(rate->den));
 }
 
 // Of the streams that are known when the file is opened; decoders that come later know it by themselves.
@@ -194,24 +201,20 @@ InputContextPtr OpenInput(const SourceRequest& request, ReadInterrupt& interrupt
     if (local && !IsNumbered(path)) CheckFile(path);
 
     DeviceInputPtr device = local && IsDevice(path) ? OpenDeviceInput(path, interrupt) : nullptr;
-    AVDictionary* options = nullptr;
-    // These may refuse, and so come before all that has to be freed.
+    OpenOptions options{nullptr, path};
     const AVInputFormat* const format = FormatAskedFor(request);
-    if (local) SetPattern(path, request.rate, &options);
-    SetAccess(request, &options);
+    if (local) SetPattern(path, request.rate, options);
+    SetAccess(request, &options.set);
+    options.Set("export_path_metadata", "1"); // of each file that a pattern stands for
     auto damage = std::make_unique<InputDamage>(path);
-    AVFormatContext* context = avformat_alloc_context();
-    if (!context) {
-        av_dict_free(&options);
-        throw Error(ErrorKind::Input, path + ": out of memory");
-    }
-    context->interrupt_callback = interrupt.Callback();
-    context->pb = device.get();
     // The prefix keeps a name like "a:b.mp4" from being taken for a protocol.
     const std::string url = local ? "file:" + path : path;
-    av_dict_set(&options, "export_path_metadata", "1", 0); // of each file that a pattern stands for
-    int code = avformat_open_input(&context, url.c_str(), format, &options); // frees the context on failure
-    av_dict_free(&options);
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context) throw NoMemory(path + ": out of memory");
+    context->interrupt_callback = interrupt.Callback();
+    context->pb = device.get();
+    int code =
+        avformat_open_input(&context, url.c_str(), format, &options.set); // frees the context on failure
     if (code < 0) {
         if (interrupt.Due()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
         const std::string line = TakeLibraryError();
@@ -240,6 +243,7 @@ int ReadPacket(const InputContextPtr& input, AVPacket& packet) {
     if (code == AVERROR(EIO) && input->pb && input->pb->error >= 0 && avio_feof(input->pb))
         code = AVERROR_EOF;
     InputDamage& damage = *input.get_deleter().damage;
+    RequireMemory(code, damage.Path());
     if (code >= 0) {
         damage.Note(packet, *input->streams[packet.stream_index]);
         SayPhotoOrientation(*input->streams[packet.stream_index], packet);
@@ -257,7 +261,7 @@ Decoder::Decoder(const InputContextPtr& input, const AVStream& stream, unsigned 
         throw Error(ErrorKind::Input,
                     path + ": no decoder for " + avcodec_get_name(stream.codecpar->codec_id));
     m_context.reset(avcodec_alloc_context3(codec));
-    if (!m_context) throw Error(ErrorKind::Input, path + ": out of memory");
+    if (!m_context) throw NoMemory(path + ": out of memory");
     int code = avcodec_parameters_to_context(m_context.get(), stream.codecpar);
     if (code >= 0) {
         m_context->pkt_timebase = stream.time_base;
@@ -269,18 +273,19 @@ Decoder::Decoder(const InputContextPtr& input, const AVStream& stream, unsigned 
         code = avcodec_open2(m_context.get(), codec, nullptr);
     }
     if (code < 0)
-        throw Error(ErrorKind::Input,
-                    path + ": the " + std::string(codec->name) + " decoder can't start: " + AvText(code));
+        ThrowFailure(ErrorKind::Input, path + ": the " + std::string(codec->name) + " decoder can't start",
+                     code);
 }
 
 void Decoder::Send(const AVPacket* packet) {
     const int code = avcodec_send_packet(m_context.get(), packet);
+    RequireMemory(code, m_path);
     if (code < 0 && code != AVERROR_EOF) ++m_failures;
 }
 
 mediabridge::AVFramePtr Decoder::Receive() {
     mediabridge::AVFramePtr frame(av_frame_alloc());
-    if (!frame) throw Error(ErrorKind::Input, "out of memory");
+    if (!frame) throw NoMemory("out of memory");
     // A damaged picture makes one call fail and the next one go on; a decoder that never recovers is given
     // up.
     for (int attempt = 0; attempt < 64; ++attempt) {
@@ -290,6 +295,7 @@ mediabridge::AVFramePtr Decoder::Receive() {
             return frame;
         }
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return nullptr;
+        RequireMemory(code, m_path);
         ++m_failures;
     }
     return nullptr;

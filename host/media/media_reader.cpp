@@ -57,7 +57,7 @@ MediaReader::MediaReader(const std::string& url, const ReaderTerms& terms, const
     const SourceRequest request = ParseSourceUrl(url);
     m_path = request.path;
     m_input = OpenInput(request, m_interrupt);
-    if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
+    if (!m_packet) throw NoMemory(m_path + ": out of memory");
     Open(m_video, FindPictures(*m_input, request));
     m_wantsLast = LastPictureWanted(url).value_or(false);
     if (!m_wantsLast) Open(m_audio, FindSound(*m_input, request, nullptr));
@@ -281,8 +281,7 @@ bool MediaReader::Seek(unsigned milliseconds) {
         const int64_t target = start + av_rescale_q(milliseconds, kMilliseconds, kMicroseconds);
         const int code = av_seek_frame(m_input.get(), -1, target, AVSEEK_FLAG_BACKWARD);
         if (code < 0)
-            throw Error(ErrorKind::Input,
-                        m_path + ": no seeking to " + SecondsText(milliseconds) + ": " + AvText(code));
+            ThrowFailure(ErrorKind::Input, m_path + ": no seeking to " + SecondsText(milliseconds), code);
         for (Stream* each : {&m_video, &m_audio})
             if (each->decoder) each->decoder->Flush();
         m_skipBeforeMs = milliseconds;

@@ -8,6 +8,7 @@
 #include <zlib.h>
 
 #include "host/media/tiff.h"
+#include "host/support/error.h"
 
 namespace aveffect {
 namespace {
@@ -293,7 +294,11 @@ PhotoMetadata ReadPhotoMetadata(const std::string& path, bool strip) {
     std::string picture(12, '\0');
     file.read(picture.data(), static_cast<std::streamsize>(picture.size()));
     if (!picture.starts_with(kPng) && !picture.starts_with(kJpeg) && !IsWebp(picture)) return {};
-    picture.append(std::istreambuf_iterator<char>(file), {});
+    const size_t begun = picture.size();
+    picture.resize(std::max(begun, static_cast<size_t>(std::filesystem::file_size(path, failed))));
+    file.read(picture.data() + begun, static_cast<std::streamsize>(picture.size() - begun));
+    if (file.bad()) throw Error(ErrorKind::Input, path + " can't be read to its end");
+    picture.resize(begun + static_cast<size_t>(file.gcount()));
     PhotoMetadata found = IsWebp(picture)             ? ReadWebp(picture)
                           : picture.starts_with(kPng) ? ReadPng(picture)
                                                       : ReadJpeg(picture);

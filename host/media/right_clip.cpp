@@ -33,7 +33,7 @@ AVFramePtr RightClip::At(const Moment& time) {
         m_current = std::exchange(m_next, m_clip.Next());
     if (!m_next) WarnOfEnd(time);
     AVFramePtr picture(av_frame_clone(m_current.get()));
-    if (!picture) throw Error(ErrorKind::Input, m_clip.Clip().Path() + ": out of memory");
+    if (!picture) throw NoMemory(m_clip.Clip().Path() + ": out of memory");
     return picture;
 }
 

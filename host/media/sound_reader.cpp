@@ -17,7 +17,7 @@ SoundReader::SoundReader(SoundRequest request, const std::atomic<bool>& cancel)
     , m_packet(av_packet_alloc())
     , m_resampler(swr_alloc()) {
     const std::string& path = m_request.source.path;
-    if (!m_packet || !m_resampler) throw Error(ErrorKind::Input, path + ": out of memory");
+    if (!m_packet || !m_resampler) throw NoMemory(path + ": out of memory");
     const AVStream* pictures = FindPictures(*m_input, m_request.source);
     m_stream = FindSound(*m_input, m_request.source, pictures);
     if (!m_stream) throw Error(ErrorKind::Input, path + " has no sound any more");
@@ -85,11 +85,11 @@ AVFramePtr SoundReader::Convert(AVFrame* sound) {
     AVFramePtr converted(av_frame_alloc());
     const std::string& path = m_request.source.path;
     const SoundShape& shape = m_request.shape;
-    if (!converted) throw Error(ErrorKind::Input, path + ": out of memory");
+    if (!converted) throw NoMemory(path + ": out of memory");
     converted->format = m_request.format;
     converted->sample_rate = shape.rate;
-    if (av_channel_layout_from_string(&converted->ch_layout, shape.layout.c_str()) < 0)
-        throw Error(ErrorKind::Input, path + ": its sound can't be converted");
+    int code = av_channel_layout_from_string(&converted->ch_layout, shape.layout.c_str());
+    if (code < 0) ThrowFailure(ErrorKind::Input, path + ": its sound can't be converted", code);
     int64_t time = m_end;
     if (sound) {
         if (sound->ch_layout.order != AV_CHANNEL_ORDER_NATIVE)
@@ -101,12 +101,12 @@ AVFramePtr SoundReader::Convert(AVFrame* sound) {
     } else if (!swr_is_initialized(m_resampler.get())) {
         return nullptr;
     }
-    int code = swr_convert_frame(m_resampler.get(), converted.get(), sound);
+    code = swr_convert_frame(m_resampler.get(), converted.get(), sound);
     if (code == AVERROR_INPUT_CHANGED) {
         swr_close(m_resampler.get());
         code = swr_convert_frame(m_resampler.get(), converted.get(), sound);
     }
-    if (code < 0) throw Error(ErrorKind::Input, path + ": its sound can't be converted: " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Input, path + ": its sound can't be converted", code);
     if (converted->nb_samples == 0) return nullptr;
     converted->pts = time;
     m_end = time + converted->nb_samples;

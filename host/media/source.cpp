@@ -19,7 +19,7 @@ Source::Source(const SourceRequest& request, Others others, unsigned threads, co
     : m_path(request.path)
     , m_packet(av_packet_alloc())
     , m_copiesPictures(others == Others::WithPictures) {
-    if (!m_packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
+    if (!m_packet) throw NoMemory(m_path + ": out of memory");
     m_interrupt.cancel = &cancel;
     m_input = OpenInput(request, m_interrupt);
     RequireStreams(*m_input, request);
@@ -245,7 +245,7 @@ AVPacketPtr Source::TakePacket() {
                         });
     if (!wanted || (m_packet->flags & AV_PKT_FLAG_CORRUPT)) return nullptr;
     AVPacketPtr packet(av_packet_alloc());
-    if (!packet) throw Error(ErrorKind::Input, m_path + ": out of memory");
+    if (!packet) throw NoMemory(m_path + ": out of memory");
     av_packet_move_ref(packet.get(), m_packet.get());
     return packet;
 }

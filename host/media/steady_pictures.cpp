@@ -11,8 +11,7 @@ SpanItem SteadyPictures::Show() {
     SpanItem item;
     item.picture.reset(av_frame_clone(m_shown->picture.get()));
     if (m_shown->second) item.second.reset(av_frame_clone(m_shown->second.get()));
-    if (!item.picture || (m_shown->second && !item.second))
-        throw Error(ErrorKind::Input, "no memory for a picture");
+    if (!item.picture || (m_shown->second && !item.second)) throw NoMemory("no memory for a picture");
     item.picture->pts = m_tick++;
     item.picture->pkt_duration = 1;
     ++m_given;

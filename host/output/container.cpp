@@ -29,34 +29,37 @@ int CloseWritten(AVFormatContext*, AVIOContext* io) {
 
 } // namespace
 
+void CopySideData(AVStream* to, const AVPacketSideData& data) {
+    uint8_t* const copy = av_stream_new_side_data(to, data.type, data.size);
+    if (!copy) throw NoMemory("no memory for what a stream says of itself");
+    std::memcpy(copy, data.data, data.size);
+}
+
 Container::Container(const OutputPlan& plan)
     : m_target(plan.target)
     , m_hasIndex(plan.HasIndex()) {
     AVFormatContext* output = nullptr;
     avformat_alloc_output_context2(&output, plan.muxer, nullptr, m_target.c_str());
     m_output.reset(output);
-    if (!m_output) throw Error(ErrorKind::Output, "out of memory");
+    if (!m_output) throw NoMemory("out of memory");
     // FLAC in MP4, for example, which players have learned since it was called so.
     m_output->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
 }
 
 AVStream* Container::AddStream() {
     AVStream* stream = avformat_new_stream(m_output.get(), nullptr);
-    if (!stream) throw Error(ErrorKind::Output, "out of memory");
+    if (!stream) throw NoMemory("out of memory");
     return stream;
 }
 
 AVStream* Container::AddStream(const AVCodecContext& encoder) {
     AVStream* stream = AddStream();
-    if (avcodec_parameters_from_context(stream->codecpar, &encoder) < 0)
-        throw Error(ErrorKind::Output, "out of memory");
+    if (avcodec_parameters_from_context(stream->codecpar, &encoder) < 0) throw NoMemory("out of memory");
     stream->time_base = encoder.time_base;
     stream->avg_frame_rate = encoder.framerate;
     stream->sample_aspect_ratio = encoder.sample_aspect_ratio;
     for (int index = 0; index < encoder.nb_coded_side_data; ++index) {
-        const AVPacketSideData& data = encoder.coded_side_data[index];
-        if (uint8_t* copy = av_stream_new_side_data(stream, data.type, data.size))
-            std::memcpy(copy, data.data, data.size);
+        CopySideData(stream, encoder.coded_side_data[index]);
     }
     return stream;
 }
@@ -84,7 +87,7 @@ void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
         m_output->opaque = m_file.get();
         m_output->io_open = OpenWritten;
         m_output->io_close2 = CloseWritten;
-        av_dict_set(&options, "movflags", "+faststart", 0);
+        RequireMemory(av_dict_set(&options, "movflags", "+faststart", 0), m_target);
     }
     const int code = avformat_write_header(m_output.get(), &options);
     av_dict_free(&options);
@@ -151,7 +154,11 @@ void Container::Finish() {
 void Container::Fail(int code) {
     m_file->Require(0, "can't be written");
     const std::string detail = TakeLibraryError();
-    throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
+    RequireMemory(code, m_target);
+    const bool refused = code == AVERROR(EINVAL) || code == AVERROR(ENOSYS) || code == AVERROR(EPERM) ||
+                         code == AVERROR_INVALIDDATA || code == AVERROR_PATCHWELCOME ||
+                         code == AVERROR_EXPERIMENTAL;
+    throw Error(refused ? ErrorKind::Usage : ErrorKind::Output,
                 m_target + " can't be written: " + AvText(code) +
                     (detail.empty() ? "" : " (" + detail + ")"));
 }

@@ -9,6 +9,9 @@
 
 namespace aveffect {
 
+/// Adds to what a stream says of itself. Throws NoMemory.
+void CopySideData(AVStream* to, const AVPacketSideData& data);
+
 /// A container file that appears under its name only when it is whole. Add the streams, Start(), write the
 /// packets, Finish(), Publish(). Used by one thread at a time. Everything throws Error (Output).
 class Container {

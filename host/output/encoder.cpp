@@ -10,13 +10,13 @@ namespace aveffect {
 Encoder::Encoder(const AVCodec& codec)
     : m_codec(codec)
     , m_packet(av_packet_alloc()) {
-    if (!m_packet) throw Error(ErrorKind::Output, "out of memory");
+    if (!m_packet) throw NoMemory("out of memory");
     Reset();
 }
 
 void Encoder::Reset() {
     m_context.reset(avcodec_alloc_context3(&m_codec));
-    if (!m_context) throw Error(ErrorKind::Output, "out of memory");
+    if (!m_context) throw NoMemory("out of memory");
 }
 
 int Encoder::Open(const AVOutputFormat* muxer) {
@@ -26,9 +26,9 @@ int Encoder::Open(const AVOutputFormat* muxer) {
 
 void Encoder::Fail(const std::string& doing, int code, std::string detail) const {
     if (detail.empty()) detail = TakeLibraryError();
-    throw Error(code == AVERROR(ENOMEM) ? ErrorKind::Output : ErrorKind::Usage,
-                std::string("the encoder ") + m_codec.name + " " + doing + ": " +
-                    (detail.empty() ? AvText(code) : detail));
+    const std::string text = std::string("the encoder ") + m_codec.name + " " + doing;
+    RequireMemory(code, text);
+    throw Error(ErrorKind::Usage, text + ": " + (detail.empty() ? AvText(code) : detail));
 }
 
 void Encoder::Encode(AVFrame* frame, const std::function<void(AVPacket&)>& take) {

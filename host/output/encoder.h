@@ -31,7 +31,7 @@ protected:
     void Reset();
     /// Opens with the settings made; negative when the encoder refuses them. For a container of that kind.
     int Open(const AVOutputFormat* muxer);
-    /// Throws Error: Output when memory is short, else Usage. Without a detail it is what the library said
+    /// Throws Error (Usage), or NoMemory when memory is short. Without a detail it is what the library said
     /// last.
     [[noreturn]] void Fail(const std::string& doing, int code, std::string detail = {}) const;
 

@@ -118,7 +118,7 @@ int Set(AVCodecContext& context, const std::string& name, const std::string& val
 
 void CheckSettings(const AVCodec& codec, const EncoderSettings& settings) {
     const AVCodecContextPtr trial(avcodec_alloc_context3(&codec));
-    if (!trial) throw Error(ErrorKind::Output, "out of memory");
+    if (!trial) throw NoMemory("out of memory");
     for (const auto& [name, value] : settings) {
         const AVOption* const option = FindOption(codec, name);
         if (!option) RefuseOption(codec, name);

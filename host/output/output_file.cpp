@@ -128,12 +128,13 @@ void OutputFile::TakePermissions(int file) const {
 void OutputFile::OpenIo() {
     auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
     const bool seekable = !IsStandardOutput(m_target) && lseek(m_file, 0, SEEK_CUR) >= 0;
+    if (!seekable && m_temporary.size() + m_nameless > 0) Fail("can't be written", errno);
     AVIOContext* io =
         buffer ? avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, Write, seekable ? Seek : nullptr)
                : nullptr;
     if (!io) {
         av_free(buffer);
-        Fail("can't be written", ENOMEM);
+        throw NoMemory(m_target + ": out of memory");
     }
     m_io.reset(io);
 }
@@ -157,12 +158,13 @@ int OutputFile::Write(void* self, uint8_t* data, int bytes) {
 }
 
 int64_t OutputFile::Seek(void* self, int64_t offset, int whence) {
-    const auto* file = static_cast<const OutputFile*>(self);
+    auto* file = static_cast<OutputFile*>(self);
     if (whence == AVSEEK_SIZE) {
         struct stat info = {};
         return fstat(file->m_file, &info) == 0 ? info.st_size : AVERROR(errno);
     }
     const off_t reached = lseek(file->m_file, offset, whence & ~AVSEEK_FORCE);
+    if (reached < 0 && !file->m_error) file->m_error = errno; // the library goes on as if it had been there
     return reached < 0 ? AVERROR(errno) : reached;
 }
 
@@ -205,7 +207,7 @@ int64_t OutputFile::SeekReader(void* self, int64_t offset, int whence) {
 
 void OutputFile::Require(int code, const char* doing) {
     if (m_error) Fail(doing, m_error);
-    if (code < 0) throw Error(ErrorKind::Output, m_target + " " + doing + ": " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Output, m_target + " " + doing, code);
 }
 
 void OutputFile::Publish() {

@@ -145,7 +145,7 @@ std::pair<int, int> EncodableSize(const OutputPlan& plan, const AVFrame& sample)
     const bool fields = sample.interlaced_frame || IsInterlaced(plan.encoder.fieldOrder);
     if (plan.IsStill() || own == (fields ? evenFields : even)) return own;
     const mediabridge::AVFramePtr trial(av_frame_clone(&sample));
-    if (!trial) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!trial) throw NoMemory("no memory for a picture");
     for (const auto& size : {own, even, evenFields}) {
         std::tie(trial->width, trial->height) = size;
         try {

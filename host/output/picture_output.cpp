@@ -23,7 +23,7 @@ AVPixelFormat FormatOf(const AVFrame& picture) { return static_cast<AVPixelForma
 
 void PictureOutput::PrepareSize(const OutputPlan& plan, const AVFrame& picture) {
     const AVFramePtr sample(av_frame_clone(&picture));
-    if (!sample) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!sample) throw NoMemory("no memory for a picture");
     sample->format = m_output.format;
     m_encodedSize = EncodableSize(plan, *sample);
     const auto& [width, height] = m_encodedSize;
@@ -69,7 +69,7 @@ PictureOutput::PictureOutput(const OutputPlan& plan, const PictureOrigin& origin
 AVFramePtr PictureOutput::Convert(AVFramePtr picture) {
     if (m_toBlack) {
         picture = mediabridge::FlattenOverBlack(std::move(picture));
-        if (!picture) throw Error(ErrorKind::Output, "no memory for a picture blended over black");
+        if (!picture) throw NoMemory("no memory for a picture blended over black");
     } else {
         m_alpha.Watch(*picture, m_output.format, m_whyOpaque, m_reporter);
     }

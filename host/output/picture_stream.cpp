@@ -33,7 +33,7 @@ void PictureStream::FillUntil(int64_t tick) {
     if (!m_shown) return;
     while (m_shown->pts + 1 < tick) {
         const AVFramePtr again(av_frame_clone(m_shown.get()));
-        if (!again) throw Error(ErrorKind::Output, "no memory for a picture");
+        if (!again) throw NoMemory("no memory for a picture");
         again->pts = ++m_shown->pts;
         m_durations[again->pts] = 1;
         Encode(again.get());

@@ -60,7 +60,7 @@ std::vector<int> RatesFor(const AVCodec& codec, const SoundLimits& limits, int w
 
 AVChannelLayout LayoutFrom(const std::string& text) {
     AVChannelLayout layout = {};
-    av_channel_layout_from_string(&layout, text.c_str());
+    RequireMemory(av_channel_layout_from_string(&layout, text.c_str()), text);
     return layout;
 }
 
@@ -199,7 +199,7 @@ std::string SoundEncoder::Summary() const {
 AVFrame* SoundEncoder::Prepare(AVFrame* sound) {
     if (sound->nb_samples % 2 == 0 || !WantsPairs(Codec().id)) return sound;
     m_even = OneLonger(*sound);
-    if (!m_even) throw Error(ErrorKind::Output, "out of memory");
+    if (!m_even) throw NoMemory("out of memory");
     return m_even.get();
 }
 

@@ -15,7 +15,9 @@ void WriteStill(const OutputPlan& plan, AVFramePtr picture, const PhotoMetadata&
     PictureEncoder encoder(plan, *picture, {{1, 25}, {25, 1}});
     AVPacketPtr packet;
     const auto keepFirst = [&](AVPacket& given) {
-        if (!packet) packet.reset(av_packet_clone(&given));
+        if (packet) return;
+        packet.reset(av_packet_clone(&given));
+        if (!packet) throw NoMemory(plan.target + ": out of memory");
     };
     encoder.Encode(picture.get(), keepFirst);
     if (!packet) encoder.Encode(nullptr, keepFirst);

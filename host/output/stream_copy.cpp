@@ -25,13 +25,12 @@ bool IsFileTag(std::string_view key) {
 void CopyTags(AVDictionary** to, const AVDictionary* from) {
     const AVDictionaryEntry* tag = nullptr;
     while ((tag = av_dict_get(from, "", tag, AV_DICT_IGNORE_SUFFIX)))
-        if (!IsFileTag(tag->key)) av_dict_set(to, tag->key, tag->value, 0);
+        if (!IsFileTag(tag->key)) RequireMemory(av_dict_set(to, tag->key, tag->value, 0), tag->key);
 }
 
 AVStream* AddCopiedStream(Container& output, const AVStream& stream) {
     AVStream* copy = output.AddStream();
-    if (avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0)
-        throw Error(ErrorKind::Output, "out of memory");
+    if (avcodec_parameters_copy(copy->codecpar, stream.codecpar) < 0) throw NoMemory("out of memory");
     // The tag is the container's name for the codec; another container has its own.
     const AVCodecTag* const* tags = output.Format().oformat->codec_tag;
     unsigned tag = 0;
@@ -50,14 +49,14 @@ AVStream* AddCopiedPictures(Container& output, const AVStream& stream) {
     copy->avg_frame_rate = stream.avg_frame_rate;
     copy->r_frame_rate = stream.r_frame_rate;
     if (const AVDictionaryEntry* alpha = av_dict_get(stream.metadata, "alpha_mode", nullptr, 0))
-        av_dict_set(&copy->metadata, alpha->key, alpha->value, 0);
+        RequireMemory(av_dict_set(&copy->metadata, alpha->key, alpha->value, 0), alpha->key);
     return copy;
 }
 
 void CopyChapters(Container& output, const AVFormatContext& input, const SpanLimits& limits) {
     if (input.nb_chapters == 0 || limits.frameLimit) return;
     auto** chapters = static_cast<AVChapter**>(av_calloc(input.nb_chapters, sizeof(AVChapter*)));
-    if (!chapters) return;
+    if (!chapters) throw NoMemory("no memory for chapters");
     output.Format().chapters = chapters;
     const int64_t start =
         input.start_time == AV_NOPTS_VALUE ? 0 : av_rescale_q(input.start_time, kMicroseconds, kMilliseconds);
@@ -69,7 +68,7 @@ void CopyChapters(Container& output, const AVFormatContext& input, const SpanLim
         const int64_t end = std::min(to, av_rescale_q(source.end, source.time_base, kMilliseconds) - start);
         if (begin >= to || end <= from) continue;
         auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
-        if (!chapter) return;
+        if (!chapter) throw NoMemory("no memory for a chapter");
         chapter->id = source.id;
         chapter->time_base = kMilliseconds;
         chapter->start = std::max<int64_t>(0, begin - from);

@@ -29,7 +29,8 @@ OutputClock::Rate ClipRate(const Source& source, const OutputPlan& plan) {
     return rate;
 }
 
-void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool withStereo, bool withLight) {
+void CopyPresentation(AVStream* to, const AVStream& from, bool withRotation, bool withStereo,
+                      bool withLight) {
     for (int index = 0; index < from.nb_side_data; ++index) {
         const AVPacketSideData& data = from.side_data[index];
         const bool wanted = (withLight && (data.type == AV_PKT_DATA_MASTERING_DISPLAY_METADATA ||
@@ -38,8 +39,7 @@ void CopySideData(AVStream* to, const AVStream& from, bool withRotation, bool wi
                             (withStereo && data.type == AV_PKT_DATA_STEREO3D) ||
                             (withRotation && data.type == AV_PKT_DATA_DISPLAYMATRIX);
         if (!wanted) continue;
-        if (uint8_t* copy = av_stream_new_side_data(to, data.type, data.size))
-            std::memcpy(copy, data.data, data.size);
+        CopySideData(to, data);
     }
 }
 
@@ -98,7 +98,7 @@ void StreamMapper::MapPictures(const AVFrame* sample) {
     const bool asInput = !m_clip.turned && !m_clip.views;
     const bool mapped =
         sample && IsHighDynamicRange(source.codecpar->color_trc) && !IsHighDynamicRange(*sample);
-    CopySideData(stream, source, !m_clip.turned, asInput, !mapped);
+    CopyPresentation(stream, source, !m_clip.turned, asInput, !mapped);
     if (sample) MarkLight(*stream, *sample);
     if (!asInput) MarkStream(*stream, m_clip.views.value_or(Presentation{}));
 }

@@ -29,9 +29,10 @@ bool IsText(AVCodecID codec) {
 }
 
 [[noreturn]] void Fail(const AVStream& input, AVCodecID codec, int code) {
-    throw Error(ErrorKind::Output, std::string("the ") + avcodec_get_name(input.codecpar->codec_id) +
-                                       " subtitles can't be rewritten as " + avcodec_get_name(codec) + ": " +
-                                       AvText(code));
+    ThrowFailure(ErrorKind::Output,
+                 std::string("the ") + avcodec_get_name(input.codecpar->codec_id) +
+                     " subtitles can't be rewritten as " + avcodec_get_name(codec),
+                 code);
 }
 
 } // namespace
@@ -62,7 +63,7 @@ TextSubtitles::TextSubtitles(const AVStream& input, AVCodecID codec, Container& 
     , m_packet(av_packet_alloc())
     , m_output(output)
     , m_stream(nullptr) {
-    if (!m_decoder || !m_encoder || !m_packet) throw Error(ErrorKind::Output, "out of memory");
+    if (!m_decoder || !m_encoder || !m_packet) throw NoMemory("out of memory");
     int code = avcodec_parameters_to_context(m_decoder.get(), input.codecpar);
     m_decoder->pkt_timebase = m_base;
     if (code >= 0) code = avcodec_open2(m_decoder.get(), nullptr, nullptr);
@@ -72,7 +73,7 @@ TextSubtitles::TextSubtitles(const AVStream& input, AVCodecID codec, Container& 
     if (m_decoder->subtitle_header) {
         const auto size = static_cast<size_t>(m_decoder->subtitle_header_size);
         m_encoder->subtitle_header = static_cast<uint8_t*>(av_mallocz(size + 1));
-        if (!m_encoder->subtitle_header) throw Error(ErrorKind::Output, "out of memory");
+        if (!m_encoder->subtitle_header) throw NoMemory("out of memory");
         std::memcpy(m_encoder->subtitle_header, m_decoder->subtitle_header, size);
         m_encoder->subtitle_header_size = m_decoder->subtitle_header_size;
     }
@@ -88,7 +89,7 @@ bool TextSubtitles::Write(const AVPacket& packet) {
     AVSubtitle& subtitle = shown.subtitle;
     int found = 0;
     const mediabridge::AVPacketPtr input(av_packet_clone(&packet));
-    if (!input) throw Error(ErrorKind::Output, "out of memory");
+    if (!input) throw NoMemory("out of memory");
     if (packet.pts == AV_NOPTS_VALUE ||
         avcodec_decode_subtitle2(m_decoder.get(), &subtitle, &found, input.get()) < 0)
         return false;
@@ -100,7 +101,7 @@ bool TextSubtitles::Write(const AVPacket& packet) {
     subtitle.start_display_time = 0;
     subtitle.end_display_time = static_cast<uint32_t>(duration);
     av_packet_unref(m_packet.get());
-    if (av_new_packet(m_packet.get(), kLargest) < 0) throw Error(ErrorKind::Output, "out of memory");
+    if (av_new_packet(m_packet.get(), kLargest) < 0) throw NoMemory("out of memory");
     const int size = avcodec_encode_subtitle(m_encoder.get(), m_packet->data, kLargest, &subtitle);
     if (size < 0) return false;
     av_shrink_packet(m_packet.get(), size);

@@ -60,7 +60,7 @@ const AVFrame& AreaMask::Draw(const Area& area, double featherPixels, bool inver
     const bool fits = m_mask && m_mask->width == width && m_mask->height == height;
     if (fits && area == m_area && featherPixels == m_feather && inverted == m_inverted) return *m_mask;
     if (!fits) m_mask = mediabridge::AllocatePicture(AV_PIX_FMT_GRAY8, width, height);
-    if (!m_mask) throw Error(ErrorKind::Output, "out of memory for a mask");
+    if (!m_mask) throw NoMemory("out of memory for a mask");
     m_mask->color_range = AVCOL_RANGE_JPEG;
     m_mask->pts = mediabridge::NextMaskNumber();
     m_area = area;

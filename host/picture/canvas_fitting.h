@@ -24,7 +24,7 @@ public:
             m_read = std::move(picture); // held, so that no other picture comes to lie there
         }
         mediabridge::AVFramePtr shown(av_frame_clone(m_fitted.get()));
-        if (!shown) throw Error(ErrorKind::Output, "no memory for a picture");
+        if (!shown) throw NoMemory("no memory for a picture");
         return shown;
     }
     /// As it is where it fits.

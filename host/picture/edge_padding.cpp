@@ -38,8 +38,7 @@ mediabridge::AVFramePtr PadByEdge(const AVFrame& picture, int width, int height)
     const auto format = static_cast<AVPixelFormat>(picture.format);
     mediabridge::AVFramePtr padded = mediabridge::AllocatePicture(format, width, height);
     if (!padded || av_frame_copy_props(padded.get(), &picture) < 0)
-        throw Error(ErrorKind::Output,
-                    "no memory for a picture of " + std::to_string(width) + "x" + std::to_string(height));
+        throw NoMemory("no memory for a picture of " + std::to_string(width) + "x" + std::to_string(height));
     const auto planes = PlanesOf(*av_pix_fmt_desc_get(format));
     for (size_t index = 0; index < planes.size() && planes[index].step > 0; ++index) {
         const auto& [step, shiftX, shiftY] = planes[index];

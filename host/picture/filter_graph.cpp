@@ -10,6 +10,7 @@ extern "C" {
 }
 
 #include "host/support/error.h"
+#include "host/support/filter_ends.h"
 
 namespace aveffect {
 
@@ -27,7 +28,7 @@ FilterGraph::FilterGraph(const std::string& words, std::string done,
                                             nullptr, m_graph.get());
     if (code >= 0) code = Connect(words);
     if (code >= 0) code = avfilter_graph_config(m_graph.get(), nullptr);
-    if (code < 0) throw Error(ErrorKind::Output, "the pictures can't be " + m_done + ": " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Output, "the pictures can't be " + m_done, code);
 }
 
 int FilterGraph::AddInput(const AVFrame& picture) {
@@ -42,19 +43,10 @@ int FilterGraph::AddInput(const AVFrame& picture) {
 
 // Seen from the words, the inputs are outputs of what comes before them, and the other way about.
 int FilterGraph::Connect(const std::string& words) {
-    AVFilterInOut* outputs = nullptr;
-    AVFilterInOut* inputs = avfilter_inout_alloc();
-    int code = inputs ? 0 : AVERROR(ENOMEM);
-    if (inputs) *inputs = {av_strdup("out"), m_out, 0, nullptr};
-    for (AVFilterContext* in : m_in) {
-        AVFilterInOut* const output = avfilter_inout_alloc();
-        if (!output) code = AVERROR(ENOMEM);
-        if (output) *output = {av_strdup(in->name), in, 0, std::exchange(outputs, output)};
-    }
-    if (code >= 0) code = avfilter_graph_parse_ptr(m_graph.get(), words.c_str(), &inputs, &outputs, nullptr);
-    avfilter_inout_free(&outputs);
-    avfilter_inout_free(&inputs);
-    return code;
+    FilterEnds outputs, inputs;
+    inputs.Add("out", m_out);
+    for (AVFilterContext* in : m_in) outputs.Add(in->name, in);
+    return avfilter_graph_parse_ptr(m_graph.get(), words.c_str(), &inputs.first, &outputs.first, nullptr);
 }
 
 AVFramePtr FilterGraph::Apply(const std::vector<AVFrame*>& pictures) {
@@ -63,7 +55,7 @@ AVFramePtr FilterGraph::Apply(const std::vector<AVFrame*>& pictures) {
     for (size_t i = 0; i < pictures.size() && code >= 0; ++i)
         code = av_buffersrc_add_frame(m_in[i], pictures[i]);
     if (code >= 0) code = av_buffersink_get_frame(m_out, made.get());
-    if (code < 0) throw Error(ErrorKind::Output, "a picture can't be " + m_done + ": " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Output, "a picture can't be " + m_done, code);
     return made;
 }
 

@@ -77,7 +77,7 @@ std::pair<int, int> Fitter::FittedSize(const AVFrame& picture) const {
 
 AVFramePtr Fitter::Fit(const AVFrame& picture) {
     AVFramePtr read(av_frame_clone(&picture));
-    if (!read) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!read) throw NoMemory("no memory for a picture");
     read = m_intake.Map(std::move(read), NeedsStandardRange(m_canvas, picture));
     const auto size = Fits(*read) ? std::pair(m_canvas.width, m_canvas.height) : FittedSize(*read);
     if (!m_scaler || m_scaled != size)
@@ -92,7 +92,7 @@ AVFramePtr Fitter::Fit(const AVFrame& picture) {
     if (size != std::pair(m_canvas.width, m_canvas.height)) {
         AVFramePtr whole = mediabridge::AllocatePicture(AV_PIX_FMT_BGRA, m_canvas.width, m_canvas.height);
         if (!whole || av_frame_copy_props(whole.get(), fitted.get()) < 0)
-            throw Error(ErrorKind::Output, "no memory for a picture");
+            throw NoMemory("no memory for a picture");
         const ptrdiff_t pitches[4] = {whole->linesize[0]};
         av_image_fill_black(whole->data, pitches, AV_PIX_FMT_BGRA, AVCOL_RANGE_JPEG, whole->width,
                             whole->height);

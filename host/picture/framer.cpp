@@ -48,8 +48,8 @@ void KeepPart(AVFrame& picture, int left, int top, int width, int height) {
     picture.crop_top = static_cast<size_t>(top);
     picture.crop_right = static_cast<size_t>(picture.width - left - width);
     picture.crop_bottom = static_cast<size_t>(picture.height - top - height);
-    if (av_frame_apply_cropping(&picture, AV_FRAME_CROP_UNALIGNED) < 0)
-        throw Error(ErrorKind::Output, "a picture can't be cropped");
+    const int code = av_frame_apply_cropping(&picture, AV_FRAME_CROP_UNALIGNED);
+    if (code < 0) ThrowFailure(ErrorKind::Output, "a picture can't be cropped", code);
 }
 
 } // namespace
@@ -119,7 +119,7 @@ AVFramePtr Framer::Background(const AVFrame& like, PictureSize size) const {
     uint8_t colour[4] = {};
     av_parse_color(colour, m_framing.background.value_or(kBlack).c_str(), -1, nullptr);
     AVFramePtr plain = mediabridge::AllocatePicture(AV_PIX_FMT_RGBA, size.width, size.height);
-    if (!plain) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!plain) throw NoMemory("no memory for a picture");
     for (int row = 0; row < size.height; ++row)
         for (int column = 0; column < size.width; ++column)
             std::copy_n(colour, 4,
@@ -135,12 +135,11 @@ AVFramePtr Framer::OnBackground(const AVFrame& picture, PictureSize size) {
     if (!m_background || m_background->width != size.width || m_background->height != size.height)
         m_background = Background(picture, size);
     AVFramePtr whole = mediabridge::CopyPicture(m_background.get());
-    if (!whole || av_frame_copy_props(whole.get(), &picture) < 0)
-        throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!whole || av_frame_copy_props(whole.get(), &picture) < 0) throw NoMemory("no memory for a picture");
     const AVPixFmtDescriptor* about = av_pix_fmt_desc_get(m_format);
     const auto middle = [](int outer, int inner, int shift) { return (outer - inner) / 2 >> shift << shift; };
     const AVFramePtr place(av_frame_clone(whole.get()));
-    if (!place) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!place) throw NoMemory("no memory for a picture");
     KeepPart(*place, middle(size.width, picture.width, about->log2_chroma_w),
              middle(size.height, picture.height, about->log2_chroma_h), picture.width, picture.height);
     const uint8_t* from[4] = {picture.data[0], picture.data[1], picture.data[2], picture.data[3]};
@@ -160,7 +159,7 @@ AVFramePtr Framer::Apply(AVFramePtr picture) {
         m_background.reset();
     }
     AVFramePtr part(av_frame_clone(picture.get()));
-    if (!part) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!part) throw NoMemory("no memory for a picture");
     // Planes of palettes and bits can't be cut everywhere.
     if (m_format != picture->format) {
         mediabridge::Scaler plain(m_format, 0, 0, mediabridge::ScaleQuality::Bicubic);

@@ -44,7 +44,7 @@ double Measure(const AVFrame& frame, const char* name) {
 
 AVFramePtr AtTime(const AVFrame& picture, int64_t time) {
     AVFramePtr copy(av_frame_clone(&picture));
-    if (!copy) throw Error(ErrorKind::Output, "pictures can't be compared: out of memory");
+    if (!copy) throw NoMemory("pictures can't be compared: out of memory");
     copy->pts = time;
     return copy;
 }
@@ -95,7 +95,7 @@ AVFramePtr PictureComparison::Draw(const AVFrame& first, const AVFrame& second, 
     const AVFramePtr a = AtTime(first, 0), b = AtTime(second, 0);
     AVFramePtr drawn = graph.Apply({a.get(), b.get()});
     if (av_frame_make_writable(drawn.get()) < 0)
-        throw Error(ErrorKind::Output, "the difference can't be drawn: out of memory");
+        throw NoMemory("the difference can't be drawn: out of memory");
     int largest = 1;
     ForSamples(*drawn, [&](uint8_t sample) { largest = std::max<int>(largest, sample); });
     factor = 255 / largest;

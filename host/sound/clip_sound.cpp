@@ -49,7 +49,7 @@ ClipSound::ClipSound(const ClipSoundSetup& setup, const SourceRequest& source, c
     , m_form(std::move(form))
     , m_resampler(swr_alloc())
     , m_converted(m_form.format, m_form.shape.rate, m_form.shape.layout) {
-    if (!m_resampler) throw Error(ErrorKind::Output, "out of memory");
+    if (!m_resampler) throw NoMemory("out of memory");
     Decode(setup, source, stream, shape);
     for (const EffectSpec& effect : setup.effects)
         m_stages.push_back(std::make_unique<StagedSound>(
@@ -115,7 +115,7 @@ void ClipSound::Convert(const AVFrame* sound) {
     if (!sound && !swr_is_initialized(m_resampler.get())) return;
     const AVFramePtr converted = m_converted.Empty();
     const int code = swr_convert_frame(m_resampler.get(), converted.get(), sound);
-    if (code < 0) throw Error(ErrorKind::Output, "the sound can't be converted: " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Output, "the sound can't be converted", code);
     if (converted->nb_samples > 0) m_converted.Push(*converted);
 }
 

@@ -12,6 +12,7 @@ extern "C" {
 
 #include "host/settings/value_text.h"
 #include "host/support/error.h"
+#include "host/support/filter_ends.h"
 
 namespace aveffect {
 
@@ -20,7 +21,7 @@ using mediabridge::AVFramePtr;
 namespace {
 
 void Require(int code) {
-    if (code < 0) throw Error(ErrorKind::Output, "the sound can't be joined: " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Output, "the sound can't be joined", code);
 }
 
 std::string Label(const char* kind, size_t index) {
@@ -93,20 +94,19 @@ std::string JoinedSound::DescribeMusic(const Music& music, const std::string& pa
            "[music]amix=duration=first:normalize=0,alimiter=level=0:latency=1[mixed];";
 }
 
-int JoinedSound::AddInput(size_t index, AVFilterInOut*& ends) {
+int JoinedSound::AddInput(size_t index, FilterEnds& ends) {
     const std::string shape = "sample_fmt=fltp:sample_rate=" + std::to_string(m_shape.rate) +
                               ":channel_layout=" + m_shape.layout + ":time_base=1/" +
                               std::to_string(m_shape.rate);
     const std::string name = "in" + std::to_string(index);
     const int code = avfilter_graph_create_filter(&m_inputs[index], avfilter_get_by_name("abuffer"),
                                                   name.c_str(), shape.c_str(), nullptr, m_graph.get());
-    AVFilterInOut* end = avfilter_inout_alloc();
-    if (end) *end = {av_strdup(name.c_str()), m_inputs[index], 0, std::exchange(ends, end)};
-    return end ? code : AVERROR(ENOMEM);
+    ends.Add(name, m_inputs[index]);
+    return code;
 }
 
 void JoinedSound::Build(const SoundForm& form, const std::optional<Music>& music) {
-    AVFilterInOut* outputs = nullptr; // the open ends of the text are fed by these
+    FilterEnds outputs, inputs; // the open ends of the text are fed by these
     int code = 0;
     for (size_t index = 0; index < m_inputs.size() && code >= 0; ++index)
         if (index < m_parts.size() ? m_parts[index].clip->sound.has_value() : music.has_value())
@@ -114,15 +114,11 @@ void JoinedSound::Build(const SoundForm& form, const std::optional<Music>& music
     if (code >= 0)
         code = avfilter_graph_create_filter(&m_output, avfilter_get_by_name("abuffersink"), "out", nullptr,
                                             nullptr, m_graph.get());
-    AVFilterInOut* inputs = avfilter_inout_alloc();
-    if (!inputs) code = AVERROR(ENOMEM);
     if (code >= 0) {
-        *inputs = {av_strdup("out"), m_output, 0, nullptr};
-        code = avfilter_graph_parse_ptr(m_graph.get(), Describe(form, music).c_str(), &inputs, &outputs,
-                                        nullptr);
+        inputs.Add("out", m_output);
+        code = avfilter_graph_parse_ptr(m_graph.get(), Describe(form, music).c_str(), &inputs.first,
+                                        &outputs.first, nullptr);
     }
-    avfilter_inout_free(&outputs);
-    avfilter_inout_free(&inputs);
     if (code >= 0) code = avfilter_graph_config(m_graph.get(), nullptr);
     Require(code);
     if (form.frameSize > 0) av_buffersink_set_frame_size(m_output, static_cast<unsigned>(form.frameSize));

@@ -14,6 +14,8 @@ extern "C" {
 
 namespace aveffect {
 
+struct FilterEnds;
+
 /// One clip's part of the sound.
 struct SoundPart {
     const ClipScan* clip; ///< silence when it has no sound; outlives the sound
@@ -39,7 +41,7 @@ private:
         void operator()(AVFilterGraph* graph) const noexcept { avfilter_graph_free(&graph); }
     };
     void Build(const SoundForm& form, const std::optional<Music>& music);
-    int AddInput(size_t index, AVFilterInOut*& ends);
+    int AddInput(size_t index, FilterEnds& ends);
     int64_t Samples() const;
     std::string Describe(const SoundForm& form, const std::optional<Music>& music) const;
     std::string DescribeMusic(const Music& music, const std::string& parts) const;

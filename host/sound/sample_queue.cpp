@@ -17,7 +17,7 @@ namespace {
 constexpr int kMostAtOnce = 1 << 16;
 
 void Require(bool done) {
-    if (!done) throw Error(ErrorKind::Effect, "the sound can't be processed: out of memory");
+    if (!done) throw NoMemory("the sound can't be processed: out of memory");
 }
 
 } // namespace

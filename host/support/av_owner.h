@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "host/support/error.h"
 #include "mediabridge/av_ptr.h"
 
 extern "C" {
@@ -21,6 +22,12 @@ inline constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
 
 /// The library's sentence for an error code, for messages.
 std::string AvText(int code);
+
+/// Throws NoMemory where a library's code says so.
+void RequireMemory(int code, const std::string& text);
+
+/// Throws Error of that kind with the library's sentence behind the text, or NoMemory.
+[[noreturn]] void ThrowFailure(ErrorKind kind, const std::string& text, int code);
 
 /// "12.5 s", for messages.
 std::string SecondsText(int64_t milliseconds);

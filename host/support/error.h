@@ -1,5 +1,6 @@
 #pragma once
 /// Errors of the reference host: one sentence for people and a kind that becomes the program's exit code.
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -27,6 +28,17 @@ public:
 private:
     ErrorKind m_kind;
     std::string m_picture;
+};
+
+/// Memory is refused: nobody's fault, and so no Error, which would be taken for one.
+class NoMemory : public std::bad_alloc {
+public:
+    explicit NoMemory(const std::string& text)
+        : m_text(text) {}
+    const char* what() const noexcept override { return m_text.what(); }
+
+private:
+    std::runtime_error m_text; ///< copying it throws nothing
 };
 
 } // namespace aveffect

@@ -28,4 +28,14 @@ auto Recorded(Body body) noexcept -> decltype(body()) {
     return {};
 }
 
+/// Throws Error of that kind with the record's reason behind the text, or NoMemory. Where there is no reason,
+/// the other words stand in its place.
+[[noreturn]] inline void ThrowRecorded(ErrorKind kind, const std::string& text, const char* without = "") {
+    const IBaseException* const record = GetBaseException();
+    const std::string reason = record->GetExceptionMsg();
+    const std::string told = text + (reason.empty() ? without : reason);
+    if (record->GetExceptionCode() == AVBased::kNoMemory) throw NoMemory(told);
+    throw Error(kind, told);
+}
+
 } // namespace aveffect

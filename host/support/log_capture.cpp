@@ -111,6 +111,15 @@ std::string AvText(int code) {
     return text;
 }
 
+void RequireMemory(int code, const std::string& text) {
+    if (code == AVERROR(ENOMEM)) throw NoMemory(text + ": out of memory");
+}
+
+void ThrowFailure(ErrorKind kind, const std::string& text, int code) {
+    RequireMemory(code, text);
+    throw Error(kind, text + ": " + AvText(code));
+}
+
 std::string SecondsText(int64_t milliseconds) {
     char text[40];
     std::snprintf(text, sizeof text, "%.3f", static_cast<double>(milliseconds) / 1000);

@@ -234,7 +234,7 @@ std::string FilmThumbnails::Of(const FilmItem& clip) {
             --m_most;
             return bytes;
         } catch (const Error& wrong) {
-            if (wrong.Kind() == ErrorKind::Interrupted) throw;
+            if (wrong.Kind() != ErrorKind::Input) throw;
         }
     }
     return "";

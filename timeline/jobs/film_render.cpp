@@ -73,11 +73,11 @@ AVFramePtr BlackLook(const Framing& framing) {
     constexpr int kWidth = 1920, kHeight = 1080;
     const PictureSize size = Framer(framing).SizeFor({kWidth, kHeight}, 1);
     AVFramePtr picture(av_frame_alloc());
-    if (!picture) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!picture) throw NoMemory("no memory for a picture");
     picture->format = AV_PIX_FMT_BGR0;
     picture->width = size.width;
     picture->height = size.height;
-    if (av_frame_get_buffer(picture.get(), 0) < 0) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (av_frame_get_buffer(picture.get(), 0) < 0) throw NoMemory("no memory for a picture");
     std::fill_n(picture->data[0],
                 static_cast<size_t>(picture->linesize[0]) * static_cast<size_t>(size.height), uint8_t{0});
     return picture;
@@ -151,7 +151,7 @@ private:
         composition.all = PicturesOf(m_film, m_setup.rate);
         composition.stop = [this] { m_lines.Stop(); };
         AVFramePtr look(av_frame_clone(m_look.picture.get()));
-        if (!look) throw Error(ErrorKind::Output, "no memory for a picture");
+        if (!look) throw NoMemory("no memory for a picture");
         return RenderComposition(std::move(composition), plan, options, std::move(look), m_terms, m_reporter,
                                  m_setup.cancel);
     }

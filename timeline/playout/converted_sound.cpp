@@ -10,7 +10,7 @@ namespace aveffect {
 namespace {
 
 void Require(int code) {
-    if (code < 0) throw Error(ErrorKind::Output, "the film's sound can't be converted: " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Output, "the film's sound can't be converted", code);
 }
 
 } // namespace

@@ -34,7 +34,7 @@ std::vector<EffectSpec> OnPictures(const FilmItem& item) {
 
 AVFramePtr Another(const AVFrame& picture) {
     AVFramePtr other(av_frame_clone(&picture));
-    if (!other) throw Error(ErrorKind::Effect, "no memory for a picture");
+    if (!other) throw NoMemory("no memory for a picture");
     return other;
 }
 

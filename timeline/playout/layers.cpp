@@ -18,7 +18,7 @@ using mediabridge::AVFramePtr;
 namespace {
 
 AVFramePtr Required(AVFramePtr picture) {
-    if (!picture) throw Error(ErrorKind::Output, "no memory for a picture");
+    if (!picture) throw NoMemory("no memory for a picture");
     return picture;
 }
 

@@ -17,7 +17,7 @@ namespace {
 
 AVFramePtr Clone(const AVFrame& picture) {
     AVFramePtr clone(av_frame_clone(&picture));
-    if (!clone) throw Error(ErrorKind::Input, "no memory for a picture");
+    if (!clone) throw NoMemory("no memory for a picture");
     return clone;
 }
 

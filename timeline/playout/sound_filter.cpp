@@ -8,6 +8,7 @@ extern "C" {
 }
 
 #include "host/support/error.h"
+#include "host/support/filter_ends.h"
 #include "timeline/playout/made_sound.h"
 
 namespace aveffect {
@@ -21,7 +22,7 @@ SoundFilter::SoundFilter(const std::string& words, std::string done, const Sound
 }
 
 void SoundFilter::Require(int code) const {
-    if (code < 0) throw Error(ErrorKind::Output, "the film's sound can't be " + m_done + ": " + AvText(code));
+    if (code < 0) ThrowFailure(ErrorKind::Output, "the film's sound can't be " + m_done, code);
 }
 
 int SoundFilter::Build(const std::string& words, const SoundShape& shape) {
@@ -36,15 +37,12 @@ int SoundFilter::Build(const std::string& words, const SoundShape& shape) {
                                             nullptr, m_graph.get());
     if (code < 0) return code;
     // Seen from the words, the input is an output of what comes before them, and the other way about.
-    AVFilterInOut *outputs = avfilter_inout_alloc(), *inputs = avfilter_inout_alloc();
-    if (!outputs || !inputs) code = AVERROR(ENOMEM);
-    if (outputs) *outputs = {av_strdup("in"), m_in, 0, nullptr};
-    if (inputs) *inputs = {av_strdup("out"), m_out, 0, nullptr};
+    FilterEnds outputs, inputs;
+    outputs.Add("in", m_in);
+    inputs.Add("out", m_out);
     const std::string all = "[in]" + words + ",aformat=sample_fmts=" + format + ":sample_rates=" + rate +
                             ":channel_layouts=" + shape.layout + "[out]";
-    if (code >= 0) code = avfilter_graph_parse_ptr(m_graph.get(), all.c_str(), &inputs, &outputs, nullptr);
-    avfilter_inout_free(&outputs);
-    avfilter_inout_free(&inputs);
+    code = avfilter_graph_parse_ptr(m_graph.get(), all.c_str(), &inputs.first, &outputs.first, nullptr);
     return code < 0 ? code : avfilter_graph_config(m_graph.get(), nullptr);
 }
 

@@ -1,0 +1,118 @@
+// Preloaded into a program, it counts the calls of a function (FAULT, or all of them where FAULT_COUNTS names
+// a file for the numbers) and makes one of them (FAULT_AT) fail as failures.txt says. The functions
+// themselves are in layer_functions.S, made for what the objects call: they come here with their number and
+// who called, and go on to where they are sent, arguments untouched.
+#include "layer.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr int kMostFunctions = 1024;
+
+void* g_real[kMostFunctions];
+std::atomic<long> g_calls[kMostFunctions];
+thread_local bool t_inside __attribute__((tls_model("initial-exec"))) = false;
+
+bool IsOurs(const void* caller) {
+    Dl_info found;
+    if (dladdr(caller, &found) == 0 || !found.dli_fname) return false;
+    const char* const slash = std::strrchr(found.dli_fname, '/');
+    const char* const name = slash ? slash + 1 : found.dli_fname;
+    for (const char* const own : {"aveffect", "libAVE", "libAVB", "libstdc++"})
+        if (std::strncmp(name, own, std::strlen(own)) == 0) return true;
+    return false;
+}
+
+template <int Value, int Code>
+long Failing() {
+    errno = Code;
+    return Value;
+}
+
+using Failure = long (*)();
+
+Failure FailureOf(char kind) {
+    switch (kind) {
+    case 'n':
+        return Failing<0, ENOMEM>;
+    case 'z':
+        return Failing<0, EIO>;
+    case 'm':
+        return Failing<-ENOMEM, ENOMEM>;
+    case 'i':
+        return Failing<-EBADF, EBADF>;
+    case 's':
+        return Failing<-1, ENOSPC>;
+    default:
+        return Failing<-1, EIO>;
+    }
+}
+
+// dlsym is one of the functions itself.
+void* Real(const char* name) {
+    using LookUp = void* (*)(void*, const char*);
+    static const auto lookUp = reinterpret_cast<LookUp>(dlvsym(RTLD_NEXT, "dlsym", "GLIBC_2.34"));
+    return lookUp(RTLD_NEXT, name);
+}
+
+/// The function that fails, and at which call; -1 when none does.
+struct Chosen {
+    int function = -1;
+    long at = 0;
+    const char* counts = nullptr;
+};
+
+const Chosen& TheChosen() {
+    static Chosen chosen;
+    static std::atomic<int> state = 0; // 1 while being filled
+    int fresh = 0;
+    if (state.compare_exchange_strong(fresh, 1)) {
+        const char* const name = std::getenv("FAULT");
+        const char* const at = std::getenv("FAULT_AT");
+        chosen.at = at ? std::atol(at) : 0;
+        chosen.counts = std::getenv("FAULT_COUNTS");
+        for (int index = 0; name && index < kLayerFunctions; ++index)
+            if (std::strcmp(name, kLayerNames[index]) == 0) chosen.function = index;
+    }
+    return chosen;
+}
+
+struct AtEnd {
+    ~AtEnd() {
+        t_inside = true;
+        const char* const path = TheChosen().counts;
+        std::FILE* const file = path ? std::fopen(path, "w") : nullptr;
+        if (!file) return;
+        for (int index = 0; index < kLayerFunctions; ++index)
+            std::fprintf(file, "%s %s %ld\n", kLayerNames[index], kLayerKinds[index], g_calls[index].load());
+        std::fclose(file);
+    }
+} atEnd;
+
+} // namespace
+
+extern "C" void* FaultDecide(int function, const void* caller) {
+    void*& real = g_real[function];
+    if (!real) real = Real(kLayerNames[function]);
+    if (t_inside) return real;
+    t_inside = true;
+    const int error = errno;
+    const Chosen& chosen = TheChosen();
+    void* next = real;
+    if ((chosen.counts || chosen.function == function) &&
+        (kLayerKinds[function][1] == '*' || IsOurs(caller)) && ++g_calls[function] == chosen.at &&
+        chosen.function == function)
+        next = reinterpret_cast<void*>(FailureOf(kLayerKinds[function][0]));
+    errno = error;
+    t_inside = false;
+    return next;
+}

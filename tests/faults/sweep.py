@@ -1,0 +1,200 @@
+#!/usr/bin/env python3
+"""Makes calls of the program fail, one in each run, and judges what comes of it.
+
+sweep.py PROGRAM LAYER [--sample] [--calls N] [--command NAME] [--function NAME]
+--sample: of each function one call, in one command that makes it, and a second one elsewhere.
+"""
+import argparse
+import concurrent.futures
+import hashlib
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+SECONDS = 30  # a run may take
+CALLS = 12  # of a function in a command that are made to fail, and its last
+MEMORY, FILES = "nm", "eis"
+
+MEDIA = """
+-f lavfi -i testsrc2=s=32x32:r=10:d=0.5 -f lavfi -i sine=d=0.5 -i words.srt -i about.txt -map 0 -map 1 -map 2
+  -map_metadata 3 -c:v mpeg4 -c:a pcm_s16le -c:s mov_text -disposition:v:0 default a.mov
+-f lavfi -i mandelbrot=s=32x32:r=10 -f lavfi -i sine=300 -t 0.5 -c:v mjpeg -c:a pcm_s16le b.mov
+-f lavfi -i sine=d=0.5 -metadata title=sine s.wav
+-f lavfi -i testsrc2=s=32x32 -frames:v 1 p.png
+-f lavfi -i testsrc2=s=32x32 -frames:v 1 p.jpg
+-f lavfi -i testsrc2=s=32x32 -frames:v 1 q.jpg
+"""
+WORDS = "1\n00:00:00,000 --> 00:00:00,400\nword\n"
+ABOUT = ";FFMETADATA1\ntitle=a\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=300\ntitle=one\n"
+
+# NAME ARGUMENTS; {in} is the folder of MEDIA, {out} the one that the output goes to.
+COMMANDS = """
+render render {in}/a.mov {out}/o.mov --codec mpeg4 -e invert -a volume/half --size 24x24 --fit contain
+mp4 render {in}/a.mov {out}/o.mp4 --preset ultrafast -e invert
+copy render {in}/a.mov {out}/o.mkv -a volume/half
+sound render {in}/s.wav {out}/o.flac -a volume/half
+right render {in}/a.mov {out}/o.mov --codec mpeg4 --right {in}/b.mov -e anaglyph
+still render {in}/p.jpg {out}/o.png -e gray
+frame frame {in}/a.mov {out}/o.jpg --at 0.2 -e blur
+transition transition {in}/a.mov {in}/b.mov {out}/o.mov --codec mpeg4 -e crossfade --duration 0.3 --live
+join join {in}/a.mov {in}/b.mov {in}/p.png@0.2 {out}/o.mov --codec mpeg4 -e crossfade --duration 0.1 --music {in}/s.wav
+sheet sheet {in}/p.png {in}/p.jpg {out}/o.png --size 8x8 --threads 2
+compare compare {in}/a.mov {in}/b.mov --difference {out}/o.png
+batch batch {in}/p.png {in}/q.jpg --to {out} --extension png --jobs 1 -e gray
+film timeline render {in}/film.otio {out}/o.mov --codec mpeg4
+pieces timeline render {in}/film.otio {out}/o.mov --codec mpeg4 --work {out}/work
+check timeline check {in}/film.otio
+page timeline show {in}/film.otio --html {out}/o.html
+new timeline new {out}/o.otio {in}/a.mov {in}/b.mov -e crossfade --duration 0.1
+set timeline set {in}/film.otio tracks[0].children[1] effect=push -o {out}/o.otio
+list list
+play play {in}/b.mov -e invert
+"""
+
+
+class Sweep:
+    def __init__(self, options, folder):
+        self.program, self.layer = os.path.abspath(options.program), os.path.abspath(options.layer)
+        self.media = folder / "in"
+        self.folder = folder
+        self.good = {}
+        self.kinds = {}
+        self.make_media()
+
+    def make_media(self):
+        self.media.mkdir()
+        (self.media / "words.srt").write_text(WORDS)
+        (self.media / "about.txt").write_text(ABOUT)
+        for line in MEDIA.strip().replace("\n  ", " ").splitlines():
+            subprocess.run(["ffmpeg", "-v", "error", *line.split()], cwd=self.media, check=True)
+        film = ["timeline", "new", "film.otio", "a.mov", "b.mov", "-e", "crossfade", "--duration", "0.1"]
+        subprocess.run([self.program, *film], cwd=self.media, check=True)
+
+    def run(self, command, **fault):
+        """One run, as a dictionary of what came of it."""
+        out = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+        env = dict(os.environ, SDL_VIDEODRIVER="dummy", SDL_AUDIODRIVER="dummy", LD_PRELOAD=self.layer, **fault)
+        words = [word.format(**{"in": self.media, "out": out}) for word in command.split()[1:]]
+        try:
+            done = subprocess.run([self.program, *words], env=env, capture_output=True, timeout=SECONDS, cwd=out)
+            code, said, told = done.returncode, done.stderr.decode(errors="replace"), done.stdout
+        except subprocess.TimeoutExpired:
+            code, said, told = "no end", "", b""
+        files = {str(path.relative_to(out)): path for path in sorted(out.rglob("*")) if path.is_file()}
+        return {"code": code, "said": said.splitlines(), "told": told.replace(bytes(out), b""), "files": files, "out": out}
+
+    def count(self, command):
+        """Runs a command well; how often it calls what."""
+        counts = self.folder / (command.split()[0] + ".counts")
+        good = self.run(command, FAULT_COUNTS=str(counts))
+        if good["code"] not in (0, 7) or good["said"]:
+            sys.exit(f"{command}: {good['code']} {good['said']}")
+        good["print"] = self.print_of(good)
+        self.good[command] = good
+        lines = [line.split() for line in counts.read_text().splitlines()]
+        self.kinds = {name: kind[0] for name, kind, _ in lines}
+        return {name: int(number) for name, _, number in lines}
+
+    def print_of(self, result):
+        """What stands in the output, whatever is random in its bytes."""
+        prints = []
+        for name, path in result["files"].items():
+            if name.startswith("work/"):
+                continue
+            if path.suffix == ".mkv":
+                shown = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-map", "0", "-map", "-0:s", "-f", "framemd5", "-"],
+                                       capture_output=True)
+                text = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-f", "ffmetadata", "-"], capture_output=True)
+                prints.append((name, shown.stdout, text.stdout))
+            else:
+                prints.append((name, hashlib.sha256(path.read_bytes().replace(bytes(result["out"]), b"")).digest()))
+        return prints, result["told"]
+
+    def decodes(self, path):
+        if path.suffix in (".otio", ".html"):
+            return path.stat().st_size > 0
+        shown = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-f", "null", "-"], capture_output=True)
+        return shown.returncode == 0 and not shown.stderr
+
+    def judge(self, command, kind, result):
+        """What is wrong with a result; nothing when all is right."""
+        code, said, good = result["code"], result["said"], self.good[command]
+        files = {name: path for name, path in result["files"].items() if not name.startswith("work/")}
+        batch = command.startswith("batch")
+        if code == "no end" or code < 0 or code > 7:
+            return f"ends with {code}"
+        if any("Sanitizer" in line for line in said):
+            return "the sanitizer"
+        if any("/." in "/" + name for name in result["files"]):
+            return "a hidden file is left"
+        if code in (0, 7) and not said:
+            return "" if code == good["code"] and self.print_of(result) == good["print"] else "lost without a word"
+        if not said:
+            return f"{code} without a word"
+        if code in (0, 6, 7):
+            return "" if all(self.decodes(path) for path in files.values()) else "does not decode"
+        if batch or command.startswith("compare"):  # its picture is done before the words about it are told
+            return "" if all(self.decodes(path) for path in files.values()) else "does not decode"
+        if len(said) > 1:
+            return "more than a line"
+        if files:
+            return "left behind"
+        if kind in MEMORY and (code != 1 or "memory" not in said[0]):
+            return "does not say memory"
+        if kind not in MEMORY and code in (1, 2):
+            return "blames something else"
+        return ""
+
+    def try_one(self, task):
+        command, function, at = task
+        result = self.run(command, FAULT=function, FAULT_AT=str(at))
+        wrong = self.judge(command, self.kinds[function], result)
+        shutil.rmtree(result["out"])
+        return wrong and f"{command.split()[0]}: {function} {at}: {wrong}: {result['code']} {' | '.join(result['said'])[:200]}"
+
+
+def tasks_of(counts, sample, calls):
+    """What to try: (command, function, call). A sample takes each function in two commands, its first call and its last."""
+    tasks = []
+    for function in sorted({name for each in counts.values() for name in each}):
+        makers = [command for command in counts if counts[command][function] > 0]
+        if sample and makers:
+            start = int(hashlib.sha256(function.encode()).hexdigest(), 16)
+            first, last = makers[start % len(makers)], makers[start // 97 % len(makers)]
+            tasks += {(first, function, 1), (last, function, counts[last][function])}
+            continue
+        for command in makers:
+            number = counts[command][function]
+            tasks += [(command, function, at) for at in sorted({*range(1, min(number, calls) + 1), number})]
+    return tasks
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("program")
+    parser.add_argument("layer")
+    parser.add_argument("--sample", action="store_true")
+    parser.add_argument("--calls", type=int, default=CALLS)
+    parser.add_argument("--command", action="append")
+    parser.add_argument("--function", action="append")
+    options = parser.parse_args()
+    with tempfile.TemporaryDirectory() as folder:
+        sweep = Sweep(options, pathlib.Path(folder))
+        commands = [line for line in COMMANDS.strip().splitlines()
+                    if not options.command or line.split()[0] in options.command]
+        counts = {command: sweep.count(command) for command in commands}
+        if options.function:
+            counts = {command: {name: number for name, number in each.items() if name in options.function}
+                      for command, each in counts.items()}
+        tasks = tasks_of(counts, options.sample, options.calls)
+        with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+            wrong = [line for line in pool.map(sweep.try_one, tasks) if line]
+        print(*wrong, sep="\n")
+        print(f"{len(tasks)} runs of {len(commands)} commands, {len(wrong)} wrong")
+        sys.exit(bool(wrong))
+
+
+main()
