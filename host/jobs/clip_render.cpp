@@ -63,8 +63,9 @@ public:
         }
         CheckCancel(m_cancel);
         m_pictures.Conclude();
-        if (m_file) m_file->Publish();
-        return Result(m_file ? m_file->Pictures() : 0);
+        RenderResult result = Result(m_file ? m_file->Pictures() : 0);
+        if (m_file) m_file->Publish(); // last, for nothing may fail once the file has its name
+        return result;
     }
 
 private:

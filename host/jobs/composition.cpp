@@ -105,25 +105,23 @@ public:
 
     /// Gives the files their names when the terms are concluded.
     RenderResult Run() {
-        DamageReport damage;
-        RenderResult result{m_composition.pictures, {}};
+        std::unique_ptr<MediaWriter> file;
         if (m_plan.IsNumbered()) {
             NumberedOutput files(m_plan, m_overwrite, m_cancel);
             files.Run([&] {
                 DrawAll(Finished(m_composition.draw(0), 0),
                         [&](AVFramePtr picture) { files.Write(std::move(picture)); });
             });
-            m_terms.Conclude();
-        } else if (const std::unique_ptr<MediaWriter> file = m_besidePictures ? WriteBeside() : WriteClip()) {
-            m_terms.Conclude();
-            file->Publish();
-            damage = file->Damage();
-            if (m_besidePictures) result.besideStartUs = file->File().FirstUs();
+        } else {
+            file = m_besidePictures ? WriteBeside() : WriteClip();
         }
+        if (file || m_plan.IsNumbered()) m_terms.Conclude();
+        DamageReport damage = m_composition.damage();
+        if (file) damage.Add(file->Damage());
+        RenderResult result{m_composition.pictures, damage.Text()};
+        if (file && m_besidePictures) result.besideStartUs = file->File().FirstUs();
         m_progress.Report(m_composition.before + m_composition.pictures, true);
-        DamageReport all = m_composition.damage();
-        all.Add(damage);
-        result.inputDamage = all.Text();
+        if (file) file->Publish(); // last, for nothing may fail once the file has its name
         return result;
     }
 

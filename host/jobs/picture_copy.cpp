@@ -44,15 +44,6 @@ bool IsOneOf(const OutputPlan& plan, Names muxers) {
     return std::ranges::find(muxers, std::string_view(plan.muxer->name)) != muxers.end();
 }
 
-/// MPEG's streams take anything, without a word on what it is.
-bool IsMpeg(const OutputPlan& plan) { return IsOneOf(plan, {"mpegts", "mpeg", "vcd", "svcd", "dvd", "vob"}); }
-
-bool HoldsPictures(const OutputPlan& plan, AVCodecID codec) {
-    if (!IsMpeg(plan)) return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
-    if (codec == AV_CODEC_ID_MPEG1VIDEO || codec == AV_CODEC_ID_MPEG2VIDEO) return true;
-    return IsOneOf(plan, {"mpegts"}) && (codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC);
-}
-
 /// Whether a file of the input's format has a name that the output has too.
 bool IsSameFormat(const Source& source, const OutputPlan& plan) {
     return av_match_name(plan.muxer->name, source.Format().iformat->name) != 0;
@@ -118,7 +109,7 @@ public:
 private:
     void RequireHeld() {
         const AVCodecID codec = m_source.Pictures().codecpar->codec_id;
-        if (IsMpeg(m_plan) ? !HoldsPictures(m_plan, codec) : !Takes(m_plan, codec))
+        if (!Takes(m_plan, codec))
             throw Error(ErrorKind::Usage, "." + m_plan.Kind() + " files can't hold " +
                                               avcodec_get_name(codec) + " pictures, which are copied; " +
                                               "these can: " + ContainersFor(codec));
@@ -183,7 +174,6 @@ bool LeavesPictures(const RenderOptions& options, const OutputPlan& plan, const 
                              codec != AV_CODEC_ID_H264 && codec != AV_CODEC_ID_HEVC;
         const bool needsOrder = (plan.muxer->flags & AVFMT_NOTIMESTAMPS) || IsOneOf(plan, {"avi"});
         if (IsOneOf(plan, {"mxf", "mxf_d10", "gxf", "dv", "swf"}) || (needsOrder && !ordered)) return false;
-        if (!HoldsPictures(plan, codec)) return false;
     }
     return BeginsWithKey(source);
 }

@@ -24,6 +24,22 @@ extern "C" {
 namespace aveffect {
 namespace {
 
+bool IsOneOf(const AVOutputFormat* muxer, std::initializer_list<std::string_view> names) {
+    return muxer && std::ranges::find(names, std::string_view(muxer->name)) != names.end();
+}
+
+/// What containers hold that do not tell the library, and are read with again.
+const struct {
+    std::initializer_list<std::string_view> muxers;
+    std::initializer_list<AVCodecID> codecs;
+} kHoldings[] = {
+    {{"mpegts"},
+     {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264, AV_CODEC_ID_HEVC,
+      AV_CODEC_ID_DIRAC, AV_CODEC_ID_CAVS}},
+    {{"mpeg", "vcd", "svcd", "dvd", "vob"},
+     {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264, AV_CODEC_ID_HEVC}},
+};
+
 struct StillFormat {
     std::string_view extension;
     AVCodecID codec;
@@ -156,10 +172,6 @@ AVPixelFormat FindFormat(const AVCodec& codec, const std::string& name) {
                     (known.empty() ? "yuv420p and rgb24 are usual ones" : "it takes " + known));
 }
 
-bool IsOneOf(const AVOutputFormat* muxer, std::initializer_list<std::string_view> names) {
-    return muxer && std::ranges::find(names, std::string_view(muxer->name)) != names.end();
-}
-
 } // namespace
 
 std::string OutputPlan::Kind() const {
@@ -287,8 +299,12 @@ void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporte
         reporter.Warn(text + (change > 1 ? ", some of them shown again" : ", some of them left out"));
 }
 
+// What the library has no word on is written all the same, as data of some private kind, or refused when the
+// encoder works already.
 bool Takes(const OutputPlan& plan, AVCodecID codec) {
-    return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) != 0;
+    for (const auto& [muxers, codecs] : kHoldings)
+        if (IsOneOf(plan.muxer, muxers)) return std::ranges::find(codecs, codec) != codecs.end();
+    return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
 }
 
 std::string ContainersFor(AVCodecID codec) {

@@ -77,7 +77,7 @@ void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporte
 /// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
 OutputPlan PlanStill(const std::string& target, const std::string& format = {});
 
-/// Whether the container takes streams of that codec; what it does not know itself counts as taken.
+/// Whether the container takes pictures of that codec; what it does not know is refused.
 bool Takes(const OutputPlan& plan, AVCodecID codec);
 
 /// Extensions of usual containers that take streams of that codec, for messages: ".mkv, .mov".

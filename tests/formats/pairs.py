@@ -130,10 +130,11 @@ def main():
     parser.add_argument("--full", action="store_true")
     parser.add_argument("--table")
     parser.add_argument("--results", help="file for all results, as JSON")
+    parser.add_argument("--muxer", action="append", help="this one alone")
     parser.add_argument("--kind", default="va", help="v or a alone")
     options = parser.parse_args()
     pairs = SAMPLE if options.sample else [(kind, encoder, muxer) for kind in options.kind
-                                           for encoder in encoders(kind) for muxer in muxers()]
+                                           for encoder in encoders(kind) for muxer in options.muxer or muxers()]
     kinds = {"v": PICTURE_KINDS, "a": [(name, []) for name in SOUND_KINDS]}
     with tempfile.TemporaryDirectory() as folder:
         trial = Trial(options.program, pathlib.Path(folder))
