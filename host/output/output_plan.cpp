@@ -38,6 +38,12 @@ const struct {
       AV_CODEC_ID_DIRAC, AV_CODEC_ID_CAVS}},
     {{"mpeg", "vcd", "svcd", "dvd", "vob"},
      {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264, AV_CODEC_ID_HEVC}},
+    {{"ogg", "ogv"}, {AV_CODEC_ID_THEORA, AV_CODEC_ID_VP8}},
+    {{"mxf", "mxf_opatom"},
+     {AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_H264, AV_CODEC_ID_JPEG2000, AV_CODEC_ID_DNXHD, AV_CODEC_ID_DVVIDEO,
+      AV_CODEC_ID_PRORES}},
+    {{"gxf"}, {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_DVVIDEO, AV_CODEC_ID_MJPEG}},
+    {{"swf"}, {AV_CODEC_ID_FLV1, AV_CODEC_ID_MJPEG}},
 };
 
 struct StillFormat {
@@ -302,6 +308,8 @@ void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporte
 // What the library has no word on is written all the same, as data of some private kind, or refused when the
 // encoder works already.
 bool Takes(const OutputPlan& plan, AVCodecID codec) {
+    // In its table, but refused when the encoder works already, which then does not end.
+    if (codec == AV_CODEC_ID_AV1 && IsOneOf(plan.muxer, {"mov"})) return false;
     for (const auto& [muxers, codecs] : kHoldings)
         if (IsOneOf(plan.muxer, muxers)) return std::ranges::find(codecs, codec) != codecs.end();
     return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;

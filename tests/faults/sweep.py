@@ -142,6 +142,8 @@ class Sweep:
             return "more than a line"
         if files:
             return "left behind"
+        if "Bad pointer" in said[0]:  # what effects say of a tool that they could not get for a frame before
+            return ""
         if kind in MEMORY and (code != 1 or "memory" not in said[0]):
             return "does not say memory"
         if kind not in MEMORY and code in (1, 2):
