@@ -86,17 +86,26 @@ const Chosen& TheChosen() {
     return chosen;
 }
 
-struct AtEnd {
-    ~AtEnd() {
+// Opened at the beginning, since later the program may have locked itself in.
+class Counts {
+public:
+    Counts() {
         t_inside = true;
-        const char* const path = TheChosen().counts;
-        std::FILE* const file = path ? std::fopen(path, "w") : nullptr;
-        if (!file) return;
-        for (int index = 0; index < kLayerFunctions; ++index)
-            std::fprintf(file, "%s %s %ld\n", kLayerNames[index], kLayerKinds[index], g_calls[index].load());
-        std::fclose(file);
+        if (TheChosen().counts) m_file = std::fopen(TheChosen().counts, "w");
+        t_inside = false;
     }
-} atEnd;
+    ~Counts() {
+        t_inside = true;
+        if (!m_file) return;
+        for (int index = 0; index < kLayerFunctions; ++index)
+            std::fprintf(m_file, "%s %s %ld\n", kLayerNames[index], kLayerKinds[index],
+                         g_calls[index].load());
+        std::fclose(m_file);
+    }
+
+private:
+    std::FILE* m_file = nullptr;
+} counts;
 
 } // namespace
 
