@@ -5,7 +5,6 @@
 #include <cmath>
 #include <utility>
 
-#include "AVEffect/support/missing.h"
 #include "avbase/avbase_srcutils/avbase_url.h"
 #include "avbase/avbase_srcutils/holders.h"
 #include "aveffect/catalogue/transitions.h"
@@ -31,7 +30,7 @@ void Replace(Object*& member, Object* object = nullptr) {
 // What can't be had is a null pointer somewhere.
 template <class Object>
 Object* NotNull(Object* object) {
-    if (!object) RaiseMissing();
+    if (!object) Raise(kBadPointer, "Bad pointer");
     return object;
 }
 

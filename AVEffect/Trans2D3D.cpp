@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "AVEffect/support/frame_planes.h"
-#include "AVEffect/support/missing.h"
 #include "AVEffect/support/plane_copy.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
@@ -27,13 +26,13 @@ int WideningFor(int width, int depth) { return width / (120 - depth); }
 
 ConverterPtr MakeConverter(unsigned format, unsigned width, unsigned height) {
     ConverterPtr converter(CreateImageConverterEx(format, width, height, kBicubic));
-    if (!converter) RaiseMissing();
+    if (!converter) Raise(kBadPointer, "Bad pointer");
     return converter;
 }
 
 FramePtr Convert(const ConverterPtr& converter, IRawVideoFrame* frame) {
     FramePtr converted(converter->Convert(frame));
-    if (!converted) RaiseMissing();
+    if (!converted) Raise(kBadPointer, "Bad pointer");
     return converted;
 }
 
@@ -144,7 +143,7 @@ IRawVideoFrame* CTrans2D3D::Process(IRawVideoFrame* frame, const ConverterPtr& b
         if (!Init(static_cast<int>(width), static_cast<int>(height)))
             Raise(kUnknownException, "can not init 2d-3d translate molular");
     }
-    if (!m_pToBGRA) RaiseMissing();
+    if (!m_pToBGRA) Raise(kBadPointer, "Bad pointer");
     Draw(Convert(m_Wideners[static_cast<size_t>((m_nDepth - kLeastDepth) / kDepthStep)], frame).get());
     m_pOutput.reset();
     m_pOutput = Convert(back, m_pRgb.get());
