@@ -234,7 +234,8 @@ std::string FilmThumbnails::Of(const FilmItem& clip) {
             --m_most;
             return bytes;
         } catch (const Error& wrong) {
-            if (wrong.Kind() != ErrorKind::Input) throw;
+            // A still picture ends before the moment that a film shows of it.
+            if (wrong.Kind() != ErrorKind::Input && wrong.Kind() != ErrorKind::Usage) throw;
         }
     }
     return "";
