@@ -18,16 +18,12 @@ struct PlannedChunk {
     std::optional<int64_t> toMs = {};
     std::optional<int64_t> startTicks =
         {}; ///< when the first one is shown, where pictures have times of their own
-
-    bool operator==(const PlannedChunk&) const = default;
 };
 
 /// A file that is read, with its size, by which another machine's file of that name is told apart.
 struct PlannedMedium {
     std::string name;
     int64_t bytes;
-
-    bool operator==(const PlannedMedium&) const = default;
 };
 
 /// Neither clocks nor places of one machine: names count from a root that each machine has for itself.
@@ -47,8 +43,6 @@ struct FarmPlan {
 
     /// Chunks, and behind them what lies beside the pictures as one more.
     int64_t Parts() const { return static_cast<int64_t>(chunks.size()) + 1; }
-
-    bool operator==(const FarmPlan&) const = default;
 };
 
 std::string PlanText(const FarmPlan& plan);

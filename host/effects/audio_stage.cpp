@@ -29,10 +29,10 @@ unsigned char* Samples(mediabridge::AudioFrame& frame) {
     return frame.GetBuffer(0, &bytes);
 }
 
-AVSampleFormat FormatOf(const AVFrame& sound) { return static_cast<AVSampleFormat>(sound.format); }
+AVSampleFormat SampleFormatOf(const AVFrame& sound) { return static_cast<AVSampleFormat>(sound.format); }
 
 size_t BytesASample(const AVFrame& sound) {
-    return static_cast<size_t>(av_get_bytes_per_sample(FormatOf(sound))) *
+    return static_cast<size_t>(av_get_bytes_per_sample(SampleFormatOf(sound))) *
            static_cast<size_t>(sound.ch_layout.nb_channels);
 }
 
@@ -134,7 +134,7 @@ AudioStage::FramePtr AudioStage::HearSteps(const AVFrame& piece, int64_t first) 
         std::memcpy(Samples(*mixed) + place, hear(std::llround(number)) + place,
                     m_weights.size() * sampleBytes);
         if (std::ranges::any_of(m_weights, [](double weight) { return weight > 0; }))
-            MixSamples(FormatOf(piece), piece.ch_layout.nb_channels, Samples(*mixed) + place,
+            MixSamples(SampleFormatOf(piece), piece.ch_layout.nb_channels, Samples(*mixed) + place,
                        hear(std::llround(number) + 1) + place, m_weights);
     }
     return mixed;
@@ -147,7 +147,7 @@ AudioStage::FramePtr AudioStage::HearBetween(const AVFrame& piece, int64_t first
     m_weights.clear();
     for (int sample = 0; sample < piece.nb_samples; ++sample)
         m_weights.push_back(static_cast<double>(sample) / piece.nb_samples);
-    MixSamples(FormatOf(piece), piece.ch_layout.nb_channels, Samples(*mixed), Samples(*later), m_weights);
+    MixSamples(SampleFormatOf(piece), piece.ch_layout.nb_channels, Samples(*mixed), Samples(*later), m_weights);
     return mixed;
 }
 
@@ -163,7 +163,7 @@ void AudioStage::Process(AVFrame& piece, int64_t first) {
     m_weights.clear();
     for (int sample = 0; sample < piece.nb_samples; ++sample)
         m_weights.push_back(m_settings.StrengthAt(ClipMs(first + sample)));
-    MixSamples(FormatOf(piece), piece.ch_layout.nb_channels, piece.data[0], Samples(*heard), m_weights);
+    MixSamples(SampleFormatOf(piece), piece.ch_layout.nb_channels, piece.data[0], Samples(*heard), m_weights);
 }
 
 } // namespace aveffect

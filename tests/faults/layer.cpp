@@ -2,7 +2,7 @@
 // a file for the numbers) and makes one of them (FAULT_AT) fail as failures.txt says. The functions
 // themselves are in layer_functions.S, made for what the objects call: they come here with their number and
 // who called, and go on to where they are sent, arguments untouched.
-#include "layer.h"
+#include "tests/faults/layer.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
