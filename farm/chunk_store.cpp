@@ -88,7 +88,7 @@ std::optional<std::string> ChunkStore::Failure(int64_t part) const {
 
 void ChunkStore::Keep(int64_t part, const std::string& temporary, ChunkReceipt receipt) {
     std::error_code wrong;
-    if (!receipt.file.empty() || receipt.packets.packets > 0) {
+    if (receipt.bytes > 0) {
         constexpr size_t kDigits = 16;
         receipt.file = NameOf(part, "." + receipt.packets.sum.substr(0, kDigits) + m_extension).filename();
         files::rename(temporary, FileOf(receipt), wrong);
