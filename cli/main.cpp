@@ -364,7 +364,7 @@ int Run(const PlanCommand& command) {
             return work;
         },
         [](const FarmWork& work) { return ReachOfPart(work.command, work.folder); },
-        [&](FarmWork work, const RenderObserver& observer) {
+        [&](const FarmWork& work, const RenderObserver& observer) {
             const std::optional<Engine> engine = MakeEngine(command);
             if (command.words.empty() && !engine)
                 throw Error(ErrorKind::Usage,

@@ -34,7 +34,7 @@ private:
 class NoMemory : public std::bad_alloc {
 public:
     explicit NoMemory(const std::string& text)
-        : m_text(text) {}
+        : m_text(text) {} // NOLINT(bugprone-throw-keyword-missing): kept, not forgotten to be thrown
     const char* what() const noexcept override { return m_text.what(); }
 
 private:
