@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Workers that are killed, doubled, spoilt or otherwise than the plan: failures.sh BIN_DIR
-# shellcheck source=tests/farm/farm.sh
+# shellcheck source=tests/sharing/farm.sh
 . "$(dirname "$0")/farm.sh"
 
 refuses() { # TEXT COMMAND...

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Renders in parts, by real engines, hold what the whole does: engines.sh BIN_DIR
-# shellcheck source=tests/farm/farm.sh
+# shellcheck source=tests/sharing/farm.sh
 . "$(dirname "$0")/farm.sh"
 
 # Runs the plan in "plan" by an engine, as its words are printed.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The manifest keeps to the schema that Kubernetes publishes: kubernetes.sh BIN_DIR NODE_MODULES
-# shellcheck source=tests/farm/farm.sh
+# shellcheck source=tests/sharing/farm.sh
 . "$(dirname "$0")/farm.sh"
 
 [ -d "$2/kubernetes-models" ] || { echo "SKIPPED: kubernetes-models is not there"; exit 77; }
