@@ -4,37 +4,18 @@
 #include <array>
 #include <new>
 
-extern "C" {
-#include <libavutil/sha.h>
-}
-
 #include "host/media/source.h"
 
 namespace aveffect {
 
-void PacketSum::Deleter::operator()(AVSHA* sha) const noexcept { av_free(sha); }
-
-PacketSum::PacketSum()
-    : m_sha(av_sha_alloc()) {
-    constexpr int kBits = 256;
-    if (!m_sha || av_sha_init(m_sha.get(), kBits) < 0) throw std::bad_alloc();
-}
-
 void PacketSum::Add(const AVPacket& packet) {
     const std::array<int64_t, 3> numbers = {packet.stream_index, packet.size, packet.pts};
-    av_sha_update(m_sha.get(), reinterpret_cast<const uint8_t*>(numbers.data()), sizeof numbers);
-    av_sha_update(m_sha.get(), packet.data, static_cast<size_t>(packet.size));
+    m_digest.Add(numbers.data(), sizeof numbers);
+    m_digest.Add(packet.data, static_cast<size_t>(packet.size));
     ++m_packets;
 }
 
-PacketSum::Result PacketSum::Finish() {
-    std::array<uint8_t, 32> digest{};
-    av_sha_final(m_sha.get(), digest.data());
-    Result result{m_packets, {}};
-    for (const uint8_t byte : digest)
-        for (const int digit : {byte >> 4, byte & 15}) result.sum += "0123456789abcdef"[digit];
-    return result;
-}
+PacketSum::Result PacketSum::Finish() { return {m_packets, m_digest.Text()}; }
 
 PacketSum::Result SumOf(const std::string& path, bool pictures, const std::atomic<bool>& cancel) {
     PacketSum sum;
@@ -63,7 +44,7 @@ int64_t FirstUs(const std::string& path, const std::atomic<bool>& cancel) {
     for (int index = 0; index < kPackets && ReadPacket(input, *packet) >= 0; ++index) {
         if (packet->pts != AV_NOPTS_VALUE)
             first = std::min(first, av_rescale_q(packet->pts, input->streams[packet->stream_index]->time_base,
-                                                 {1, 1'000'000}));
+                                                 kMicroseconds));
         av_packet_unref(packet.get());
     }
     return first == INT64_MAX ? 0 : first;

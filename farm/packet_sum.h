@@ -2,12 +2,10 @@
 /// Checksums of encoded streams.
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "host/support/av_owner.h"
-
-struct AVSHA;
+#include "host/support/digest.h"
 
 namespace aveffect {
 
@@ -22,16 +20,12 @@ public:
         bool operator==(const Result&) const = default;
     };
 
-    PacketSum();
     void Add(const AVPacket& packet);
     /// Once.
     Result Finish();
 
 private:
-    struct Deleter {
-        void operator()(AVSHA* sha) const noexcept;
-    };
-    std::unique_ptr<AVSHA, Deleter> m_sha;
+    Digest m_digest;
     int64_t m_packets = 0;
 };
 

@@ -72,7 +72,7 @@ private:
         m_ended = ReadPacket(m_input, *m_packet) < 0;
         if (m_ended) return;
         const int64_t shift =
-            av_rescale_q(m_shiftUs, {1, 1'000'000}, m_input->streams[m_packet->stream_index]->time_base);
+            av_rescale_q(m_shiftUs, kMicroseconds, m_input->streams[m_packet->stream_index]->time_base);
         if (m_packet->pts != AV_NOPTS_VALUE) m_packet->pts -= shift;
         if (m_packet->dts != AV_NOPTS_VALUE) m_packet->dts -= shift;
     }

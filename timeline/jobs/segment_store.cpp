@@ -1,17 +1,11 @@
 #include "timeline/jobs/segment_store.h"
 
 #include <algorithm>
-#include <array>
-#include <memory>
 #include <system_error>
 #include <vector>
 
-extern "C" {
-#include <libavutil/mem.h>
-#include <libavutil/sha.h>
-}
-
 #include "host/media/source.h"
+#include "host/support/digest.h"
 #include "host/support/error.h"
 
 namespace aveffect {
@@ -30,19 +24,9 @@ SegmentStore::SegmentStore(files::path directory, std::string extension, uint64_
 }
 
 std::string SegmentStore::KeyOf(const std::string& text) {
-    constexpr int kBits = 256;
-    std::array<uint8_t, kBits / 8> digest{};
-    const std::unique_ptr<AVSHA, decltype(&av_free)> sha(av_sha_alloc(), av_free);
-    if (!sha || av_sha_init(sha.get(), kBits) < 0) throw std::bad_alloc();
-    av_sha_update(sha.get(), reinterpret_cast<const uint8_t*>(text.data()), text.size());
-    av_sha_final(sha.get(), digest.data());
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string key;
-    for (const uint8_t byte : digest) {
-        key += kDigits[byte >> 4];
-        key += kDigits[byte & 15];
-    }
-    return key;
+    Digest digest;
+    digest.Add(text.data(), text.size());
+    return digest.Text();
 }
 
 std::string SegmentStore::PathOf(const std::string& key) const {
