@@ -147,7 +147,8 @@ AudioStage::FramePtr AudioStage::HearBetween(const AVFrame& piece, int64_t first
     m_weights.clear();
     for (int sample = 0; sample < piece.nb_samples; ++sample)
         m_weights.push_back(static_cast<double>(sample) / piece.nb_samples);
-    MixSamples(SampleFormatOf(piece), piece.ch_layout.nb_channels, Samples(*mixed), Samples(*later), m_weights);
+    MixSamples(SampleFormatOf(piece), piece.ch_layout.nb_channels, Samples(*mixed), Samples(*later),
+               m_weights);
     return mixed;
 }
 
