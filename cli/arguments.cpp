@@ -43,6 +43,7 @@ void AddMediaOptions(CLI::App& app, MediaArguments& media) {
     app.add_flag("--strip", media.strip, "Leave out what a photo says of place, time and camera");
     app.add_flag("--lenient", media.lenient, "Hand property values on as they are, unchecked");
     AddRunOptions(app, media.run);
+    AddSeedOption(app, media.run);
 }
 
 void AddStereoOptions(CLI::App& app, StereoArguments& stereo) {

@@ -6,8 +6,6 @@
 #include "host/media/device.h"
 #include "host/media/input.h"
 #include "host/media/source_request.h"
-#include "host/settings/catalogue_lookup.h"
-#include "host/settings/reach.h"
 #include "host/support/error.h"
 #include "timeline/otio/named_media.h"
 
@@ -58,16 +56,8 @@ void AddOutput(Reach& reach, const std::string& target) {
 }
 
 void AddEffects(Reach& reach, const std::vector<EffectSpec>& effects) {
-    for (const EffectSpec& effect : effects) {
-        for (const PropertySetting& setting : effect.reach)
-            if (setting.name == reach::kMask) AddInput(reach, setting.value);
-        const AVBased::EffectInfo* const known = FindNamed(effect.name);
-        if (!known) continue;
-        for (const AVBased::PropertyInfo& property : known->properties)
-            for (const PropertySetting& setting : effect.properties)
-                if (property.kind == AVBased::ValueKind::Path && setting.name == property.name)
-                    AddInput(reach, setting.value);
-    }
+    for (const EffectSpec& effect : effects)
+        for (const std::string& name : FilesOf(effect)) AddInput(reach, name);
 }
 
 Reach OfPair(const std::string& first, const std::string& second, const std::string& output) {

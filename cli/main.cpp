@@ -126,6 +126,7 @@ int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& ou
         if (const std::string warning = ApplyCpuLevel(run.cpuLevel); !warning.empty())
             observer.warning(warning);
         ApplyLimits(run.limits);
+        ApplySeed(run);
         const auto options = make();
         Confine(run, fence(options), observer);
         const RenderResult result = work(options, observer);

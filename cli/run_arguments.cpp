@@ -1,9 +1,12 @@
 #include "cli/run_arguments.h"
 
+#include <limits>
+
 #include <CLI/CLI.hpp>
 
 #include "aveffect/base_media.h"
 #include "cli/option_values.h"
+#include "host/effects/random_seed.h"
 
 namespace aveffect {
 
@@ -17,6 +20,17 @@ void AddRunOptions(CLI::App& app, RunArguments& run) {
     app.add_flag("-v,--verbose", run.verbosity,
                  "Say what is done in detail; -vv also shows the effects' log");
     AddLimitOptions(app, run.limits);
+}
+
+void AddSeedOption(CLI::App& app, RunArguments& run) {
+    app.add_option("--seed", run.seed,
+                   "Where the numbers of effects that draw at random begin, 1 if not given")
+        ->type_name("N");
+}
+
+void ApplySeed(const RunArguments& run) {
+    constexpr int64_t kMost = std::numeric_limits<unsigned>::max();
+    if (run.seed) g_randomSeed = static_cast<unsigned>(WholeOption("--seed", *run.seed, 0, kMost));
 }
 
 void AddFormatOption(CLI::App& app, std::string& format) {

@@ -1,5 +1,6 @@
 #pragma once
 /// Options that every command takes that writes a file.
+#include <optional>
 #include <string>
 
 #include "cli/limit_arguments.h"
@@ -15,11 +16,17 @@ struct RunArguments {
     std::string cpuLevel = "auto";
     bool overwrite = false;
     bool sync = false;
-    int verbosity = 0; ///< how often -v was given
+    std::optional<std::string> seed; ///< as it was written
+    int verbosity = 0;               ///< how often -v was given
     LimitArguments limits;
 };
 
 void AddRunOptions(CLI::App& app, RunArguments& run);
+
+/// Of commands whose effects may draw random numbers.
+void AddSeedOption(CLI::App& app, RunArguments& run);
+/// For effects that are made from then on. Throws Error (Usage).
+void ApplySeed(const RunArguments& run);
 
 void AddFormatOption(CLI::App& app, std::string& format);
 void AddSdrOption(CLI::App& app, bool& sdr);

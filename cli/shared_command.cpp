@@ -15,11 +15,16 @@ namespace files = std::filesystem;
 
 /// Takes the commands that can be shared out.
 struct Taker {
-    SharedCommand operator()(const RenderCommand& command) const { return MakeRenderOptions(command); }
+    SharedCommand operator()(const RenderCommand& command) const {
+        ApplySeed(command.media.run);
+        return MakeRenderOptions(command);
+    }
     SharedCommand operator()(const JoinCommand& command) const { return MakeJoinOptions(command); }
     SharedCommand operator()(const TimelineCommand& command) const {
-        if (const auto* const render = std::get_if<FilmRenderCommand>(&command)) return *render;
-        return Refuse();
+        const auto* const render = std::get_if<FilmRenderCommand>(&command);
+        if (!render) Refuse();
+        ApplySeed(render->film.run);
+        return *render;
     }
     template <typename Other>
     SharedCommand operator()(const Other&) const {
@@ -56,7 +61,8 @@ struct JobMaker {
         return MakeChunkedJoin(options, tools);
     }
     std::unique_ptr<ChunkedJob> operator()(const FilmRenderCommand& command) const {
-        return MakeChunkedFilm(FaultlessFilm(command.source, tools.observer, tools.cancel),
+        return MakeChunkedFilm(command.source.film,
+                               FaultlessFilm(command.source, tools.observer, tools.cancel),
                                MakeFilmRenderOptions(command), tools);
     }
 };

@@ -36,6 +36,7 @@ void AddRenderFilm(CLI::App& timeline, FilmRenderCommand& command) {
         ->type_name("BYTES")
         ->needs(work);
     AddFilmOptions(*render, command.film);
+    AddSeedOption(*render, command.film.run);
     render->footer(std::string("Size, rate and codecs that are not said are the film's wishes or those of "
                                "its first clip.\n"
                                "Example:\n  aveffect timeline render film.otio film.mp4\n\n") +

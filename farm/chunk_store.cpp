@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "farm/picture_files.h"
 #include "host/support/error.h"
 #include "timeline/jobs/text_file.h"
 
@@ -70,10 +71,7 @@ std::optional<ChunkReceipt> ChunkStore::Find(int64_t part) const {
                              json.at("delay").get<int64_t>(),
                              json.at("shift_us").get<int64_t>()};
         if (receipt.file.find('/') != std::string::npos) return std::nullopt;
-        std::error_code wrong;
-        const bool whole = receipt.file.empty() ||
-                           static_cast<int64_t>(files::file_size(FileOf(receipt), wrong)) == receipt.bytes;
-        if (!whole || wrong) return std::nullopt;
+        if (!receipt.file.empty() && BytesAt(FileOf(receipt)) != receipt.bytes) return std::nullopt;
         return receipt;
     } catch (const Json::exception&) {
         return std::nullopt;
@@ -88,9 +86,15 @@ std::optional<std::string> ChunkStore::Failure(int64_t part) const {
 
 void ChunkStore::Keep(int64_t part, const std::string& temporary, ChunkReceipt receipt) {
     std::error_code wrong;
+    if (Find(part)) {
+        files::remove_all(temporary, wrong);
+        return;
+    }
     if (receipt.bytes > 0) {
         constexpr size_t kDigits = 16;
         receipt.file = NameOf(part, "." + receipt.packets.sum.substr(0, kDigits) + m_extension).filename();
+        // A directory does not replace another one, which is spoilt or another worker's of this moment.
+        if (files::is_directory(temporary)) files::remove_all(FileOf(receipt), wrong);
         files::rename(temporary, FileOf(receipt), wrong);
         if (wrong)
             throw Error(ErrorKind::Output,
@@ -100,7 +104,7 @@ void ChunkStore::Keep(int64_t part, const std::string& temporary, ChunkReceipt r
     const files::path name = NameOf(part, ".json");
     if (!Find(part)) WriteTextFile(name.string(), receipt.Text(), true, kNever);
     if (const std::optional<ChunkReceipt> kept = Find(part); kept && kept->file != receipt.file)
-        files::remove(FileOf(receipt), wrong);
+        files::remove_all(FileOf(receipt), wrong);
     files::remove(NameOf(part, ".failed"), wrong);
 }
 

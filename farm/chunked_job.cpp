@@ -22,6 +22,9 @@ public:
     std::vector<std::string> Media() const override {
         std::vector<std::string> names = {m_options.input};
         if (!m_options.stereo.right.empty()) names.push_back(m_options.stereo.right);
+        for (const auto* effects : {&m_options.effects, &m_options.audioEffects})
+            for (const EffectSpec& effect : *effects)
+                std::ranges::move(FilesOf(effect), std::back_inserter(names));
         return names;
     }
 
@@ -94,17 +97,17 @@ private:
 
 class ChunkedFilm : public ChunkedJob {
 public:
-    ChunkedFilm(Film film, FilmRenderOptions options, const JobTools& tools)
-        : m_film(std::move(film))
+    ChunkedFilm(std::string file, Film film, FilmRenderOptions options, const JobTools& tools)
+        : m_file(std::move(file))
+        , m_film(std::move(film))
         , m_options(std::move(options))
         , m_tools(tools) {}
 
     OutputOptions& Output() override { return m_options; }
 
     std::vector<std::string> Media() const override {
-        std::set<std::string> names;
-        for (const FilmItem* clip : ClipsOf(m_film.stack))
-            if (clip->media.kind == FilmMedia::Kind::File) names.insert(clip->media.url);
+        std::set<std::string> names = MediaOf(m_film.stack);
+        names.insert(m_file);
         return {names.begin(), names.end()};
     }
 
@@ -127,6 +130,7 @@ public:
     }
 
 private:
+    std::string m_file;
     Film m_film;
     FilmRenderOptions m_options;
     const JobTools& m_tools;
@@ -142,8 +146,9 @@ std::unique_ptr<ChunkedJob> MakeChunkedJoin(JoinOptions options, const JobTools&
     return std::make_unique<ChunkedJoin>(std::move(options), tools);
 }
 
-std::unique_ptr<ChunkedJob> MakeChunkedFilm(Film film, FilmRenderOptions options, const JobTools& tools) {
-    return std::make_unique<ChunkedFilm>(std::move(film), std::move(options), tools);
+std::unique_ptr<ChunkedJob> MakeChunkedFilm(std::string file, Film film, FilmRenderOptions options,
+                                            const JobTools& tools) {
+    return std::make_unique<ChunkedFilm>(std::move(file), std::move(film), std::move(options), tools);
 }
 
 } // namespace aveffect

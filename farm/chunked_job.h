@@ -46,6 +46,8 @@ struct JobTools {
 
 std::unique_ptr<ChunkedJob> MakeChunkedRender(RenderOptions options, const JobTools& tools);
 std::unique_ptr<ChunkedJob> MakeChunkedJoin(JoinOptions options, const JobTools& tools);
-std::unique_ptr<ChunkedJob> MakeChunkedFilm(Film film, FilmRenderOptions options, const JobTools& tools);
+/// File: that the film was read from.
+std::unique_ptr<ChunkedJob> MakeChunkedFilm(std::string file, Film film, FilmRenderOptions options,
+                                            const JobTools& tools);
 
 } // namespace aveffect

@@ -57,10 +57,11 @@ public:
 
 private:
     void Require() const {
-        if (m_render.output.IsNumbered() || m_render.output.IsStill())
-            Refuse(m_options, m_options.output + " is no clip");
+        if (m_render.output.IsStill() && !m_render.output.IsNumbered())
+            Refuse(m_options, m_options.output + " is one picture");
         if (m_render.kind == RenderPlan::Kind::Sound) Refuse(m_options, "there are no pictures");
         if (m_render.kind == RenderPlan::Kind::Copy) Refuse(m_options, "its pictures are copied as they are");
+        if (m_render.output.IsNumbered()) return;
         const AVCodecID codec = m_render.output.muxer->video_codec;
         if (codec == AV_CODEC_ID_GIF || codec == AV_CODEC_ID_APNG)
             Refuse(m_options, "pictures of animations build on those before");

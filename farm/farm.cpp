@@ -7,6 +7,9 @@
 #include <system_error>
 
 #include "farm/chunk_store.h"
+#include "farm/picture_files.h"
+#include "host/effects/random_seed.h"
+#include "host/media/input.h"
 #include "host/media/source_request.h"
 #include "host/output/output_file.h"
 #include "timeline/jobs/segment_join.h"
@@ -20,11 +23,7 @@ namespace {
 
 constexpr int64_t kMostParts = 1'000'000;
 
-int64_t BytesOf(const std::string& url) {
-    std::error_code wrong;
-    const auto bytes = files::file_size(ParseSourceUrl(url).path, wrong);
-    return wrong ? -1 : static_cast<int64_t>(bytes);
-}
+std::optional<int64_t> BytesBehind(const std::string& url) { return BytesOf(ParseSourceUrl(url).path); }
 
 int64_t PicturesAChunk(const ChunkSize& size, int64_t all, AVRational rate) {
     const int64_t most =
@@ -37,9 +36,15 @@ int64_t PicturesAChunk(const ChunkSize& size, int64_t all, AVRational rate) {
 }
 
 /// Everything a part's render is told the same way.
-void SendTo(ChunkedJob& job, const std::string& path) {
-    job.Output().output = path;
+void SendTo(ChunkedJob& job, const FarmPlan& plan, const std::string& path) {
+    g_randomSeed = plan.seed;
+    job.Output().output = plan.numbered ? PicturePattern(path, plan.kind) : path;
     job.Output().overwrite = true;
+}
+
+PacketSum::Result SumOfPart(const FarmPlan& plan, const std::string& path, bool pictures,
+                            const std::atomic<bool>& cancel) {
+    return plan.numbered ? SealPictures(path, plan.kind, cancel) : SumOf(path, pictures, cancel);
 }
 
 /// The first picture alone, encoded and read again.
@@ -50,24 +55,24 @@ std::string ProbeOf(const FarmPlan& plan, ChunkedJob& job, const ChunkStore& sto
     first.end = first.begin + 1;
     std::error_code wrong;
     try {
-        SendTo(job, path);
+        SendTo(job, plan, path);
         job.Draw(plan, first);
-        const std::string sum = SumOf(path, true, cancel).sum;
-        files::remove(path, wrong);
+        std::string sum = SumOfPart(plan, path, true, cancel).sum;
+        files::remove_all(path, wrong);
         return sum;
     } catch (...) {
-        files::remove(path, wrong);
+        files::remove_all(path, wrong);
         throw;
     }
 }
 
 void RequireMedia(const FarmPlan& plan) {
     for (const PlannedMedium& medium : plan.media) {
-        const int64_t bytes = BytesOf(medium.name);
-        if (bytes < 0)
+        const std::optional<int64_t> bytes = BytesBehind(medium.name);
+        if (!bytes)
             throw Error(ErrorKind::Input, medium.name + " is not there; names count from --media-root");
         if (bytes != medium.bytes)
-            throw Error(ErrorKind::Input, medium.name + " has " + std::to_string(bytes) + " bytes, not " +
+            throw Error(ErrorKind::Input, medium.name + " has " + std::to_string(*bytes) + " bytes, not " +
                                               std::to_string(medium.bytes) +
                                               " as when the plan was made; plan anew");
     }
@@ -79,13 +84,12 @@ ChunkReceipt ReceiptOf(const std::string& path, int64_t part, const FarmPlan& pl
                        const std::atomic<bool>& cancel) {
     ChunkReceipt receipt;
     std::error_code wrong;
-    const auto bytes = files::file_size(path, wrong);
-    if (wrong) return receipt; // nothing lies beside the pictures
+    if (!files::exists(path, wrong)) return receipt; // nothing lies beside the pictures
     const bool pictures = part + 1 < plan.Parts();
-    receipt.bytes = static_cast<int64_t>(bytes);
-    receipt.packets = SumOf(path, pictures, cancel);
+    receipt.packets = SumOfPart(plan, path, pictures, cancel);
+    receipt.bytes = BytesAt(path);
     if (!pictures) return receipt;
-    receipt.delay = DelayOf(path, plan.rate, cancel);
+    if (!plan.numbered) receipt.delay = DelayOf(path, plan.rate, cancel);
     const int64_t expected = PicturesOf(plan.chunks[static_cast<size_t>(part)]);
     if (receipt.packets.packets != expected)
         throw Error(ErrorKind::Input, "chunk " + std::to_string(part) + " came to " +
@@ -114,6 +118,30 @@ private:
     PacketSum m_sum;
 };
 
+RenderResult DrawPart(const FarmPlan& plan, ChunkedJob& job, int64_t part, const std::string& path) {
+    const bool beside = part + 1 == plan.Parts();
+    if (beside && plan.numbered) return {};
+    SendTo(job, plan, path);
+    return beside ? job.DrawBeside() : job.Draw(plan, plan.chunks[static_cast<size_t>(part)]);
+}
+
+ChunkReceipt RequirePart(const ChunkStore& store, int64_t part) {
+    std::optional<ChunkReceipt> receipt = store.Find(part);
+    if (!receipt) throw Error(ErrorKind::Input, "part " + std::to_string(part) + " has gone");
+    return std::move(*receipt);
+}
+
+RenderResult FinishPictures(const ChunkStore& store, const FarmPlan& plan, const OutputPlan& output,
+                            bool overwrite, const std::atomic<bool>& cancel) {
+    int64_t pictures = 0;
+    for (size_t index = 0; index < plan.chunks.size(); ++index) {
+        const ChunkReceipt receipt = RequirePart(store, static_cast<int64_t>(index));
+        CopyPictures(store.FileOf(receipt), receipt.packets, output, pictures + 1, overwrite, cancel);
+        pictures += receipt.packets.packets;
+    }
+    return {pictures, {}};
+}
+
 } // namespace
 
 FarmPlan MakePlan(const files::path& folder, FarmCommand command, const ChunkSize& size,
@@ -123,9 +151,13 @@ FarmPlan MakePlan(const files::path& folder, FarmCommand command, const ChunkSiz
     plan.version = AVEFFECT_VERSION;
     plan.words = std::move(command.words);
     plan.output = job.Output().output;
-    plan.kind = PlanOutput(job.Output()).Kind();
+    const OutputPlan output = PlanOutput(job.Output());
+    plan.kind = output.Kind();
+    plan.numbered = output.IsNumbered();
+    plan.seed = g_randomSeed;
     job.Cut(plan, [&size](int64_t all, AVRational rate) { return PicturesAChunk(size, all, rate); });
-    for (const std::string& name : job.Media()) plan.media.push_back({name, BytesOf(name)});
+    for (const std::string& name : job.Media())
+        if (const std::optional<int64_t> bytes = BytesBehind(name)) plan.media.push_back({name, *bytes});
     const ChunkStore store(folder, plan.kind);
     if (files::exists(store.PlanPath()))
         throw Error(ErrorKind::Output, store.PlanPath().string() + " exists; a plan has a folder of its own");
@@ -161,20 +193,17 @@ RenderResult WorkOn(const files::path& folder, const FarmPlan& plan, ChunkedJob&
             throw Error(ErrorKind::Input,
                         "this machine makes another first picture than the one that made the plan; "
                         "its libraries or its media are others");
-        SendTo(job, path);
-        const bool pictures = part + 1 < plan.Parts();
-        RenderResult result =
-            pictures ? job.Draw(plan, plan.chunks[static_cast<size_t>(part)]) : job.DrawBeside();
+        RenderResult result = DrawPart(plan, job, part, path);
         ChunkReceipt receipt = ReceiptOf(path, part, plan, cancel);
         if (result.besideStartUs) receipt.shiftUs = FirstUs(path, cancel) - *result.besideStartUs;
         store.Keep(part, path, std::move(receipt));
         return result;
     } catch (const Error& error) {
-        files::remove(path, wrong);
+        files::remove_all(path, wrong);
         if (error.Kind() != ErrorKind::Interrupted) store.SetFailure(part, error.what());
         throw;
     } catch (...) {
-        files::remove(path, wrong);
+        files::remove_all(path, wrong);
         throw;
     }
 }
@@ -192,22 +221,22 @@ RenderResult FinishFilm(const files::path& folder, const FarmPlan& plan, Chunked
     const ChunkStore store(folder, plan.kind);
     const OutputPlan output = PlanOutput(job.Output());
     OutputFile::Check(output.FirstFile(), "", job.Output().overwrite);
+    if (plan.numbered) return FinishPictures(store, plan, output, job.Output().overwrite, cancel);
     std::vector<ChunkReceipt> receipts;
     SegmentRow row{{}, plan.rate, {plan.firstTicks, plan.ticks}, {}, 0, {}};
     int64_t pictures = 0;
     for (int64_t part = 0; part < plan.Parts(); ++part) {
-        const std::optional<ChunkReceipt> receipt = store.Find(part);
-        if (!receipt) throw Error(ErrorKind::Input, "part " + std::to_string(part) + " has gone");
+        ChunkReceipt receipt = RequirePart(store, part);
         if (part + 1 == plan.Parts()) {
-            if (!receipt->file.empty()) row.beside = store.FileOf(*receipt).string();
-            row.besideShiftUs = receipt->shiftUs;
+            if (!receipt.file.empty()) row.beside = store.FileOf(receipt).string();
+            row.besideShiftUs = receipt.shiftUs;
             break;
         }
         const PlannedChunk& chunk = plan.chunks[static_cast<size_t>(part)];
-        Segment segment{store.FileOf(*receipt).string(), PicturesOf(chunk), receipt->delay, {}};
+        Segment segment{store.FileOf(receipt).string(), PicturesOf(chunk), receipt.delay, {}};
         if (chunk.startTicks) segment.start = {*chunk.startTicks, plan.ticks};
         row.segments.push_back(std::move(segment));
-        receipts.push_back(*receipt);
+        receipts.push_back(std::move(receipt));
         pictures += PicturesOf(chunk);
     }
     const auto check = std::make_shared<ReceiptCheck>(receipts);

@@ -50,6 +50,8 @@ FarmPlan PlanOf(const Json& json) {
     plan.words = json.at("command").get<std::vector<std::string>>();
     plan.output = json.at("output").get<std::string>();
     plan.kind = json.at("kind").get<std::string>();
+    plan.numbered = json.at("numbered").get<bool>();
+    plan.seed = json.at("seed").get<unsigned>();
     plan.rate = Ratio(json.at("rate"));
     plan.ticks = Ratio(json.at("ticks"));
     plan.firstTicks = json.at("first_ticks").get<int64_t>();
@@ -72,6 +74,8 @@ std::string PlanText(const FarmPlan& plan) {
                  {"command", plan.words},
                  {"output", plan.output},
                  {"kind", plan.kind},
+                 {"numbered", plan.numbered},
+                 {"seed", plan.seed},
                  {"rate", Pair(plan.rate)},
                  {"ticks", Pair(plan.ticks)},
                  {"first_ticks", plan.firstTicks},

@@ -32,6 +32,8 @@ struct FarmPlan {
     std::vector<std::string> words; ///< the command that is shared out, as it would be given alone
     std::string output;             ///< the file that it would write
     std::string kind;               ///< of the chunks' files: an extension
+    bool numbered = false;          ///< chunks are directories of numbered pictures
+    unsigned seed = 1;              ///< of random numbers, for each picture
     AVRational rate{25, 1};         ///< pictures a second; about, where they have times of their own
     AVRational ticks{1, 1000};      ///< seconds that the ticks below are
     int64_t firstTicks = 0;         ///< when the first picture is shown

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The long run: every fuzz target, the sweep over all effects, the program in bad company, films killed and
 # resumed, lint to the end of every path.
-#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|faults|formats|lint]
+#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|sharing|faults|formats|lint]
 # N: processor minutes of each fuzz target, 10 if not given; of whole renders three times as many. Logs and what is found stay in build-fuzz/soak/ until the
 # next run.
 set -euo pipefail
@@ -65,7 +65,7 @@ if runs fuzz; then
   scripts/build.sh fuzz
   ls fuzz/corpus | parallel fuzz
 fi
-if runs sweep || runs program || runs films || runs faults || runs formats || runs lint; then scripts/build.sh release; fi
+if runs sweep || runs program || runs films || runs sharing || runs faults || runs formats || runs lint; then scripts/build.sh release; fi
 if runs sweep; then
   seq 0 $(($(nproc) - 1)) | GTEST_TOTAL_SHARDS=$(nproc) parallel sweep
   report sweep $(($(grep -c '^\[       OK \] Every/' "$work/sweep.log") * sweep_cases))
@@ -79,6 +79,10 @@ fi
 if runs films; then
   AVEFFECT_KILLS=20 run films build/tests/timeline_test --gtest_filter='FilmPieces.*' || true
   report films "$(grep -c '^\[       OK \]' "$work/films.log")"
+fi
+if runs sharing; then
+  run sharing tests/sharing/every_effect.py build/bin/aveffect --full || true
+  report sharing "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/sharing.log")"
 fi
 if runs faults; then
   run faults tests/faults/sweep.py build/bin/aveffect build/tests/libfaults.so || true

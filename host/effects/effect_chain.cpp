@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "aveffect/base_tools.h"
+#include "host/effects/random_seed.h"
 #include "host/effects/strength.h"
 #include "host/media/span.h"
 #include "host/settings/catalogue_lookup.h"
@@ -34,7 +35,7 @@ public:
         : m_lock(Mutex(), std::defer_lock) {
         if (!(effect.traits & AVBased::kDrawsRandom)) return;
         m_lock.lock();
-        std::srand(1);
+        std::srand(g_randomSeed);
     }
 
 private:

@@ -58,18 +58,24 @@ std::optional<int> NumberIn(const std::string& name, const std::string& pattern)
     return right && NumberedName(pattern, number) == name ? std::optional(number) : std::nullopt;
 }
 
+/// Tells each file that a pattern names, with its number, in no order.
+template <typename Tell>
+void EachNumbered(const std::string& path, Tell tell) {
+    const std::filesystem::path begin(path.substr(0, path.find('%')));
+    const std::filesystem::path directory = begin.has_parent_path() ? begin.parent_path() : ".";
+    std::error_code failed;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, failed))
+        if (const auto number = NumberIn((begin.parent_path() / entry.path().filename()).string(), path))
+            tell(entry, *number);
+}
+
 /// The smallest number for which a pattern names a file.
 std::optional<int64_t> FirstNumber(const std::string& path) {
-    const size_t mark = path.find('%');
-    if (path.find('/', mark) != std::string::npos) return 0; // of directories: the library's own search
-    const std::filesystem::path begin(path.substr(0, mark));
-    const std::filesystem::path directory = begin.has_parent_path() ? begin.parent_path() : ".";
+    if (path.find('/', path.find('%')) != std::string::npos) return 0; // of directories: the library's search
     std::optional<int64_t> first;
-    std::error_code failed;
-    for (const auto& entry : std::filesystem::directory_iterator(directory, failed)) {
-        const auto number = NumberIn((begin.parent_path() / entry.path().filename()).string(), path);
-        if (number) first = std::min<int64_t>(first.value_or(*number), *number);
-    }
+    EachNumbered(path, [&first](const std::filesystem::directory_entry&, int number) {
+        first = std::min<int64_t>(first.value_or(number), number);
+    });
     return first;
 }
 
@@ -191,6 +197,20 @@ bool StandsFor(const std::string& pattern, const std::string& path) {
 
 bool IsNumbered(const std::string& path) {
     return av_filename_number_test(path.c_str()) && access(path.c_str(), F_OK) != 0;
+}
+
+std::optional<int64_t> BytesOf(const std::string& path) {
+    std::error_code failed;
+    std::optional<int64_t> bytes;
+    if (IsNumbered(path)) {
+        EachNumbered(path, [&](const std::filesystem::directory_entry& file, int) {
+            bytes = bytes.value_or(0) + static_cast<int64_t>(file.file_size(failed));
+        });
+    } else {
+        const uintmax_t size = std::filesystem::file_size(path, failed);
+        if (!failed) bytes = static_cast<int64_t>(size);
+    }
+    return bytes;
 }
 
 InputContextPtr OpenInput(const SourceRequest& request, ReadInterrupt& interrupt) {

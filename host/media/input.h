@@ -35,6 +35,9 @@ void RequireRereadable(const std::string& path);
 /// Whether a name is a pattern for numbered pictures, and no file is really called so.
 bool IsNumbered(const std::string& path);
 
+/// How many bytes a file has, or all pictures that a pattern names have together; absent where there is none.
+std::optional<int64_t> BytesOf(const std::string& path);
+
 /// Opens a file (or a protocol URL) and finds out its streams. Its claims are believed within limits
 /// (limits.h), and what it names besides is opened only as input_access.h says. Throws Error (Input), one
 /// line that names the file.

@@ -183,4 +183,17 @@ EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium) {
     return spec;
 }
 
+std::vector<std::string> FilesOf(const EffectSpec& effect) {
+    std::vector<std::string> names;
+    for (const PropertySetting& setting : effect.reach)
+        if (setting.name == reach::kMask) names.push_back(setting.value);
+    const AVBased::EffectInfo* const known = FindNamed(effect.name);
+    if (!known) return names;
+    for (const AVBased::PropertyInfo& property : known->properties)
+        for (const PropertySetting& setting : effect.properties)
+            if (property.kind == AVBased::ValueKind::Path && setting.name == property.name)
+                names.push_back(setting.value);
+    return names;
+}
+
 } // namespace aveffect

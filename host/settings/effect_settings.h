@@ -43,4 +43,7 @@ struct EffectSpec {
 /// right (the nearest name, the range), and for an effect of the other medium.
 EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium = Medium::Video);
 
+/// Source URLs of the files that an effect reads: those of its own properties, and its mask.
+std::vector<std::string> FilesOf(const EffectSpec& effect);
+
 } // namespace aveffect

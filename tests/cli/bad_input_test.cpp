@@ -76,6 +76,7 @@ TEST_F(BadInput, OptionValues) {
         {{"--threads", "-1"}, "--threads takes a whole number from 0"},
         {{"--memory", "2T"}, "--memory takes bytes from 1 upwards"},
         {{"--progress", "loud"}, "--progress takes auto, bar, json or none, not 'loud'"},
+        {{"--seed", "-1"}, "--seed takes a whole number from 0 to 4294967295, not '-1'"},
         {{"--cpu-level", "mmx"}, "--cpu-level takes auto, sse2, avx2 or avx512, not 'mmx'"},
         {{"--pixel-format", "purple"}, "purple"},
         {{"--stereo-in", "tb"}, "--stereo-in takes sbs or tab, not 'tb'"},

@@ -6,7 +6,8 @@
 # Runs the plan in "plan" by an engine, as its words are printed.
 lines() {
   aveffect plan plan --as lines >commands
-  head -n -1 commands | parallel --will-cite -j2
+  echo : >machines # this one
+  head -n -1 commands | parallel --will-cite -j2 --sshloginfile machines --workdir .
   sh -c "$(tail -n 1 commands)"
 }
 by_make() { aveffect plan plan --as make >Makefile && make -s -j2; }
@@ -34,6 +35,22 @@ share one_by_one render vary.mkv OUT --right steady.mp4 -e anaglyph --fps 30 --c
 share one_by_one join steady.mp4 vary.mkv OUT -e clock --duration 0.5 "${lossless[@]}"
 aveffect timeline new film.otio steady.mp4 vary.mkv steady.mp4 -e crossfade --duration 0.5
 share by_make timeline render film.otio OUT "${lossless[@]}"
+
+# Numbered pictures, read and written; a mask is read on all machines too.
+aveffect render steady.mp4 in%03d.png --frames 20 --no-sound --progress none
+aveffect frame steady.mp4 mask.png -e gray
+numbered=(render in%03d.png -e noise:addnoise_level=-10:@mask=mask.png --seed 7)
+aveffect plan pictures --chunks 3 "${numbered[@]:0:2}" part%d.jpg "${numbered[@]:2}" >/dev/null
+grep -q '"in%03d.png"' pictures/plan.json && grep -q '"mask.png"' pictures/plan.json || fail "media are missing in the plan"
+for part in 3 2 1 0; do aveffect work pictures $part --progress none; done
+aveffect finish pictures
+aveffect "${numbered[@]:0:2}" whole%d.jpg "${numbered[@]:2}" --progress none
+for number in $(seq 20); do cmp part$number.jpg whole$number.jpg || fail "picture $number"; done
+[ ! -e part21.jpg ] || fail "a picture too many"
+rm part*.jpg
+printf x | dd of="$(echo pictures/chunks/000001.*/3.jpg)" bs=1 seek=300 conv=notrunc status=none
+! aveffect finish pictures 2>said && grep -q "3.jpg is not what was rendered" said || fail "a spoilt picture: $(cat said)"
+[ ! -e part10.jpg ] && [ -e part9.jpg ] || fail "pictures before the spoilt one, no others"
 
 # Tags come along.
 [ "$(ffprobe -v error -show_entries format_tags=title -of csv=p=0 whole.mkv)" = "" ] || fail "a film has a clip's tags"

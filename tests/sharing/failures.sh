@@ -56,6 +56,6 @@ sed -i 's/"version": "[^"]*"/"version": "0.0.1"/' plan/plan.json
 refuses "made by version 0.0.1" aveffect work plan 0
 
 refuses "can be shared out, no other command" aveffect plan new --chunks 2 frame steady.mp4 a.png
-refuses "is no clip" aveffect plan new --chunks 2 render steady.mp4 a%d.png
+refuses "is one picture" aveffect plan new --chunks 2 render steady.mp4 a.png
 refuses "copied as they are" aveffect plan new --chunks 2 render steady.mp4 a.mkv -a volume
 refuses "--chunks N or --chunk-seconds S" aveffect plan new render steady.mp4 a.mkv -e invert

@@ -1,6 +1,7 @@
 #pragma once
 /// Films: tracks of clips, with effects and transitions, whatever file they come from.
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,8 @@ struct NumberedMedia {
 
     /// The file of the picture with that number.
     std::string File(int64_t number) const;
+    /// A name for all of them: "shot%04d.png".
+    std::string Pattern() const;
 };
 
 /// What a clip shows or plays.
@@ -101,6 +104,10 @@ struct Film {
 
 /// The clips in an item, in their order, those of what is switched off left out.
 std::vector<const FilmItem*> ClipsOf(const FilmItem& item);
+
+/// Source URLs of all that an item reads: clips, with a pattern for numbered pictures, and the files of its
+/// effects. Each once, in no order; those of what is switched off left out.
+std::set<std::string> MediaOf(const FilmItem& item);
 
 /// How many pictures a film has at a rate; at least 1.
 int64_t PicturesOf(const Film& film, AVRational rate);

@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+#include "host/effects/random_seed.h"
+
 namespace aveffect {
 
 namespace {
@@ -40,7 +42,8 @@ std::string CodingText(const FilmRenderOptions& options, const OutputPlan& plan,
          << look.color_range << ' ' << options.sdr << '\n'
          << framing.width << ' ' << framing.height << ' ' << framing.afterEffects << ' '
          << static_cast<int>(framing.fit.value_or(Framing::Fit::Contain)) << '\n'
-         << framing.background.value_or("") << '\n';
+         << framing.background.value_or("") << '\n'
+         << g_randomSeed << '\n';
     if (const auto& crop = framing.crop)
         text << std::optional(crop->width) << ' ' << std::optional(crop->height) << ' ' << crop->x << ' '
              << crop->y << '\n';
