@@ -75,11 +75,15 @@ public:
     }
 
     void Cut(FarmPlan& plan, const std::function<int64_t(int64_t, AVRational)>& picturesAChunk) override {
-        CutFilmOf(ShapeOfJoin(m_options, m_tools.observer, m_tools.cancel), plan, picturesAChunk);
+        const FilmShape shape = ShapeOfJoin(m_options, m_tools.observer, m_tools.cancel);
+        CutFilmOf(shape, plan, picturesAChunk);
+        plan.clipEnds = shape.ends;
     }
 
-    RenderResult Draw(const FarmPlan&, const PlannedChunk& chunk) override {
+    RenderResult Draw(const FarmPlan& plan, const PlannedChunk& chunk) override {
         JoinOptions options = m_options;
+        for (size_t index = 0; index < std::min(options.clips.size(), plan.clipEnds.size()); ++index)
+            options.clips[index].end = plan.clipEnds[index];
         options.film.share = {chunk.begin, chunk.end};
         return RenderJoin(m_tools.plugin, options, m_tools.observer, m_tools.cancel);
     }

@@ -60,6 +60,9 @@ FarmPlan PlanOf(const Json& json) {
     plan.wholeLengthMs = Number(json, "whole_length_ms");
     for (const Json& medium : json.at("media"))
         plan.media.push_back({medium.at("name").get<std::string>(), medium.at("bytes").get<int64_t>()});
+    for (const Json& clip : json.at("clip_ends"))
+        plan.clipEnds.push_back(
+            {{clip.at("ticks").get<int64_t>(), Ratio(clip.at("base"))}, clip.at("still").get<bool>()});
     plan.probe = json.at("probe").get<std::string>();
     for (const Json& chunk : json.at("chunks")) plan.chunks.push_back(ChunkOf(chunk));
     if (plan.chunks.empty()) throw std::range_error("it has no chunks");
@@ -85,6 +88,10 @@ std::string PlanText(const FarmPlan& plan) {
     json["media"] = Json::array();
     for (const PlannedMedium& medium : plan.media)
         json["media"].push_back({{"name", medium.name}, {"bytes", medium.bytes}});
+    json["clip_ends"] = Json::array();
+    for (const ClipEnd& clip : plan.clipEnds)
+        json["clip_ends"].push_back(
+            {{"ticks", clip.end.ticks}, {"base", Pair(clip.end.base)}, {"still", clip.still}});
     json["probe"] = plan.probe;
     // Every chunk has a line of its own, for people and their tools.
     std::string text = json.dump(1);

@@ -9,6 +9,8 @@ extern "C" {
 #include <libavutil/rational.h>
 }
 
+#include "host/media/clip_scan.h"
+
 namespace aveffect {
 
 /// Pictures that are rendered together.
@@ -40,7 +42,8 @@ struct FarmPlan {
     int64_t wholeStart = 0;         ///< of a clip: as ClipShare has them
     std::optional<int64_t> wholeToMs = {}, wholeLengthMs = {};
     std::vector<PlannedMedium> media;
-    std::string probe; ///< what the first picture is encoded to, as a checksum
+    std::vector<ClipEnd> clipEnds; ///< of a join's clips, so that no worker has to read them to their ends
+    std::string probe;             ///< what the first picture is encoded to, as a checksum
     std::vector<PlannedChunk> chunks;
 
     /// Chunks, and behind them what lies beside the pictures as one more.

@@ -27,7 +27,7 @@ std::vector<ClipScan> ScanClips(const JoinOptions& options, const std::atomic<bo
     std::vector<ClipScan> scans;
     scans.reserve(options.clips.size());
     for (const JoinClip& clip : options.clips)
-        scans.push_back(ScanClip(ParseSourceUrl(clip.url).At(options.film.rate), cancel));
+        scans.push_back(ScanClip(ParseSourceUrl(clip.url).At(options.film.rate), cancel, clip.end));
     if (!options.clipSound)
         for (ClipScan& scan : scans) scan.sound.reset();
     return scans;
@@ -127,7 +127,7 @@ FilmShape ShapeOfJoin(const JoinOptions& options, const RenderObserver& observer
     const OutputPlan plan = PlanJoin(options);
     const std::vector<ClipScan> clips = ScanClips(options, cancel);
     const SequenceSetup setup = SetUp(options, plan, clips, reporter, cancel);
-    FilmShape shape{setup.rate, 0};
+    FilmShape shape{setup.rate, 0, {clips.begin(), clips.end()}};
     for (const SequencePart& part : setup.parts) shape.pictures += part.pictures - part.seam.pictures;
     return shape;
 }

@@ -7,16 +7,17 @@
 #include <vector>
 
 #include "host/jobs/render.h"
+#include "host/media/clip_scan.h"
 
 namespace aveffect {
 
-/// What films of transitions have in common. A framing says how each source's pictures get the film's size;
-/// fit and background count without a size too.
 /// Pictures from begin on up to the one before end, counted from a film's beginning.
 struct FilmShare {
     int64_t begin = 0, end = 0;
 };
 
+/// What films of transitions have in common. A framing says how each source's pictures get the film's size;
+/// fit and background count without a size too.
 struct FilmOptions : OutputOptions {
     bool silent = false; ///< without sound
     std::optional<FilmShare> share =
@@ -27,6 +28,7 @@ struct FilmOptions : OutputOptions {
 struct FilmShape {
     AVRational rate{25, 1}; ///< a second
     int64_t pictures = 0;
+    std::vector<ClipEnd> ends = {}; ///< of a join's clips
 };
 
 struct TransitionOptions {
@@ -56,6 +58,7 @@ struct JoinClip {
     std::string url;
     /// How long a still picture stands, or of a clip how much is shown; absent: JoinOptions::pictureMs, all.
     std::optional<int64_t> lengthMs = {};
+    std::optional<ClipEnd> end = {}; ///< where it is known already
 };
 
 /// How one clip passes into the next.

@@ -15,13 +15,14 @@ std::optional<int64_t> PacketEnd(const AVPacket& packet, const AVStream& stream,
     return time + (packet.duration > 0 ? packet.duration : usual);
 }
 
-void ReadThrough(ClipScan& scan, const std::atomic<bool>& cancel) {
+void ReadThrough(ClipScan& scan, bool endIsKnown, const std::atomic<bool>& cancel) {
     ReadInterrupt interrupt{&cancel, std::nullopt};
     const InputContextPtr input = OpenInput(scan.request, interrupt);
     const AVStream* pictures = FindPictures(*input, scan.request);
     const AVStream* sound = FindSound(*input, scan.request, pictures);
     if (sound && sound->codecpar->sample_rate > 0)
         scan.sound = SoundShape{sound->codecpar->sample_rate, LayoutText(sound->codecpar->ch_layout)};
+    if (endIsKnown) return;
     for (unsigned index = 0; index < input->nb_streams; ++index)
         if (input->streams[index] != pictures) input->streams[index]->discard = AVDISCARD_ALL;
 
@@ -65,7 +66,8 @@ int64_t ClipScan::PicturesAt(AVRational wanted) const {
     return std::max<int64_t>(1, av_rescale_q(end.ticks, end.base, av_inv_q(wanted)));
 }
 
-ClipScan ScanClip(const SourceRequest& request, const std::atomic<bool>& cancel) {
+ClipScan ScanClip(const SourceRequest& request, const std::atomic<bool>& cancel,
+                  const std::optional<ClipEnd>& known) {
     ClipScan scan;
     scan.request = request;
     RequireRereadable(scan.request.path);
@@ -77,7 +79,8 @@ ClipScan ScanClip(const SourceRequest& request, const std::atomic<bool>& cancel)
         if (first) scan.format = static_cast<AVPixelFormat>(first->picture->format);
         if (!first) throw Error(ErrorKind::Input, request.path + " holds no picture that can be decoded");
     }
-    ReadThrough(scan, cancel);
+    if (known) static_cast<ClipEnd&>(scan) = *known;
+    ReadThrough(scan, known.has_value(), cancel);
     return scan;
 }
 

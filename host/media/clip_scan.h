@@ -19,12 +19,16 @@ struct SoundShape {
 /// The layout's text, a usual layout of as many channels where it has none.
 std::string LayoutText(const AVChannelLayout& layout);
 
-struct ClipScan {
+/// What takes reading a clip to its end.
+struct ClipEnd {
+    Moment end;         ///< of the pictures, from the clip's start
+    bool still = false; ///< one picture alone
+};
+
+struct ClipScan : ClipEnd {
     SourceRequest request;
     AVRational rate{25, 1};                 ///< pictures a second
     Moment start;                           ///< of the clip, in the file's times
-    Moment end;                             ///< of the pictures, from the clip's start
-    bool still = false;                     ///< one picture alone
     AVPixelFormat format = AV_PIX_FMT_NONE; ///< of the first picture
     std::optional<SoundShape> sound = {};
 
@@ -35,7 +39,9 @@ struct ClipScan {
 
 /// Reads a source: decodes its first picture, and counts the packets up to its end, since
 /// not every container tells the length of its pictures, or tells it truly. Throws Error (Input) when the
-/// source can't be opened twice, is no media or gives no picture, and Error (Interrupted).
-ClipScan ScanClip(const SourceRequest& request, const std::atomic<bool>& cancel);
+/// source can't be opened twice, is no media or gives no picture, and Error (Interrupted). Where the end is
+/// known already, the packets are left.
+ClipScan ScanClip(const SourceRequest& request, const std::atomic<bool>& cancel,
+                  const std::optional<ClipEnd>& known = {});
 
 } // namespace aveffect
