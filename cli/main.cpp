@@ -445,6 +445,7 @@ constexpr int kFirstOfAll = 101; ///< the lowest priority that the compiler leav
 } // namespace aveffect
 
 int main(int count, char** arguments) {
+    setenv("SVT_LOG", "0", 0); // libsvtav1 prints on its own unless told not to
     try {
         const aveffect::Command command = aveffect::ParseCommandLine(count, arguments);
         return std::visit([](const auto& chosen) { return aveffect::Run(chosen); }, command);

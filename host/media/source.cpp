@@ -289,9 +289,10 @@ DamageReport Source::Damage(int64_t pictures, const Moment& end, bool readToEnd)
 
 std::string Source::EarlyEnd(int64_t pictures, const Moment& end) const {
     if (!m_endMs || m_input->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return {};
-    // Two pictures of tolerance, and more where the end is that of the longest stream.
+    // Two pictures of tolerance and the millisecond to which ends are rounded; more where the end is that of
+    // the longest stream.
     const AVRational rate = FrameRate();
-    const int64_t tolerance = av_rescale(2000, rate.den, rate.num) + (m_endIsPictures ? 0 : 500);
+    const int64_t tolerance = 1 + av_rescale(2000, rate.den, rate.num) + (m_endIsPictures ? 0 : 500);
     const Moment reached = m_endIsPictures ? end : std::max(end, m_lastRead);
     if (Moment{*m_endMs - tolerance, kMilliseconds} < reached) return {};
     if (m_soughtAway)

@@ -31,6 +31,8 @@ protected:
     void Reset();
     /// Opens with the settings made; negative when the encoder refuses them. For a container of that kind.
     int Open(const AVOutputFormat* muxer);
+    /// Leaves the context, and all that it has, to the process.
+    void Abandon() noexcept { static_cast<void>(m_context.release()); }
     /// Throws Error (Usage), or NoMemory when memory is short. Without a detail it is what the library said
     /// last.
     [[noreturn]] void Fail(const std::string& doing, int code, std::string detail = {}) const;

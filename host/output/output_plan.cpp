@@ -307,20 +307,20 @@ void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporte
 // What the library has no word on is written all the same, as data of some private kind, or refused when the
 // encoder works already.
 bool Takes(const OutputPlan& plan, AVCodecID codec) {
-    // In its table, but refused when the encoder works already, which then does not end.
+    // In its table, but its header is refused.
     if (codec == AV_CODEC_ID_AV1 && IsOneOf(plan.muxer, {"mov"})) return false;
     for (const auto& [muxers, codecs] : kHoldings)
         if (IsOneOf(plan.muxer, muxers)) return std::ranges::find(codecs, codec) != codecs.end();
     return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
 }
 
-std::string ContainersFor(AVCodecID codec) {
+std::string ContainersFor(AVCodecID codec, bool (*holds)(const OutputPlan&, AVCodecID)) {
     std::string names;
     for (const char* extension : {"mkv", "mov", "mp4", "webm", "avi", "ts", "nut"}) {
-        const AVOutputFormat* muxer =
-            av_guess_format(extension, (std::string("x.") + extension).c_str(), nullptr);
-        if (muxer && avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL) == 1)
-            names += (names.empty() ? "." : ", .") + std::string(extension);
+        OutputPlan plan;
+        plan.target = std::string("x.") + extension;
+        plan.muxer = av_guess_format(nullptr, plan.target.c_str(), nullptr);
+        if (plan.muxer && holds(plan, codec)) names += (names.empty() ? "." : ", .") + std::string(extension);
     }
     return names.empty() ? "none of the usual ones" : names;
 }

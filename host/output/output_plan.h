@@ -80,7 +80,8 @@ OutputPlan PlanStill(const std::string& target, const std::string& format = {});
 /// Whether the container takes pictures of that codec; what it does not know is refused.
 bool Takes(const OutputPlan& plan, AVCodecID codec);
 
-/// Extensions of usual containers that take streams of that codec, for messages: ".mkv, .mov".
-std::string ContainersFor(AVCodecID codec);
+/// Extensions of usual containers that hold streams of that codec, by that word on it, for messages: ".mkv,
+/// .mov".
+std::string ContainersFor(AVCodecID codec, bool (*holds)(const OutputPlan&, AVCodecID) = Takes);
 
 } // namespace aveffect

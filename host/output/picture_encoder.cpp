@@ -69,6 +69,22 @@ PictureEncoder::PictureEncoder(const OutputPlan& plan, const AVFrame& sample, co
     if (code < 0) Fail("can't start", code);
 }
 
+// libsvtav1's threads wait for a first picture: freed without one, it would wait for them for ever. Where no
+// memory is left for that picture the encoder stays, for what remains of the process.
+PictureEncoder::~PictureEncoder() {
+    if (m_sent == 0 && std::string_view(Codec().name) == "libsvtav1" && !TakesBlank()) Abandon();
+}
+
+bool PictureEncoder::TakesBlank() {
+    const mediabridge::AVFramePtr blank(av_frame_alloc());
+    if (!blank) return false;
+    blank->width = Context().width;
+    blank->height = Context().height;
+    blank->format = Context().pix_fmt;
+    blank->pts = 0;
+    return av_frame_get_buffer(blank.get(), 0) >= 0 && avcodec_send_frame(&Settings(), blank.get()) >= 0;
+}
+
 // Most codecs that know fields code all pictures of a stream with them or none. FFV1 tells it of each
 // picture, from its third version on, whose slices do not suit the smallest pictures.
 void PictureEncoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {

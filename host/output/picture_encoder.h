@@ -18,8 +18,10 @@ public:
     /// Opens for pictures like the sample, which has the encoder's format. Throws Error (Usage) in the
     /// encoder's words.
     PictureEncoder(const OutputPlan& plan, const AVFrame& sample, const Timing& timing);
+    ~PictureEncoder() override;
 
 private:
+    bool TakesBlank();
     AVFrame* Prepare(AVFrame* picture) override;
     void Mend(AVPacket& packet) override;
     void SetQuality(const EncoderChoice& choice);

@@ -34,7 +34,7 @@ const AVCodec& ChooseEncoder(const OutputPlan& plan, const std::string& name) {
                               "\"; aac, libopus, libvorbis, flac and pcm_s16le are usual ones");
     if (!HoldsSound(plan, codec->id))
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files can't hold " + avcodec_get_name(codec->id) +
-                                          " sound; these can: " + ContainersFor(codec->id));
+                                          " sound; these can: " + ContainersFor(codec->id, HoldsSound));
     const AVCodec* player = avcodec_find_decoder(codec->id);
     if (!player || (player->capabilities & AV_CODEC_CAP_EXPERIMENTAL))
         throw Error(ErrorKind::Usage, std::string("sound of ") + codec->name +

@@ -79,6 +79,7 @@ CASES = [
     ("slow.y4m", RENDER + ["--max-pixels", "256"], 0, ""),
     ("wide.wav", ["render", "IN", "out.wav", "-a", "volume/half"], 2, "65535 channels"),
     ("many.avi", RENDER, 3, "more than 1000 streams"),
+    ("fast.y4m", RENDER, 0, ""),
     ("fast.y4m", FILM, 2, "1000000 pictures a second"),
     ("fast.y4m", FILM + ["--fps", "25"], 0, ""),
     ("slow.y4m", RENDER + ["--max-memory", "1M"], None, ""),
