@@ -1,7 +1,13 @@
 #include "cli/interruption.h"
 
+#include <cinttypes>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <sys/time.h>
+#include <unistd.h>
+
+#include "host/output/unfinished.h"
 
 namespace aveffect {
 
@@ -13,7 +19,19 @@ int64_t g_deadline = 0; ///< milliseconds; 0: none
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
               "signal handlers may touch lock-free atomics only");
 
+char g_lastLine[160]; ///< of a run that does not end
+std::atomic<bool> g_late{false};
+
+// The second alarm of the timer: whoever was to end the run hangs in somebody's call.
+[[noreturn]] void EndNow() {
+    RemoveUnfinished();
+    const ssize_t written = write(STDERR_FILENO, g_lastLine, std::strlen(g_lastLine));
+    static_cast<void>(written);
+    _exit(128 + SIGALRM);
+}
+
 void Note(int signal) {
+    if (signal == SIGALRM && g_deadline > 0 && g_late.exchange(true)) EndNow();
     int none = 0;
     g_signal.compare_exchange_strong(none, signal);
     g_interrupted = true;
@@ -43,9 +61,15 @@ const std::atomic<bool>& Interrupted() { return g_interrupted; }
 
 void InterruptAfter(int64_t milliseconds) {
     constexpr int64_t kASecond = 1000;
+    constexpr time_t kGraceSeconds = 2; ///< for the orderly way
     g_deadline = milliseconds;
-    const itimerval once = {{}, {milliseconds / kASecond, milliseconds % kASecond * kASecond}};
-    setitimer(ITIMER_REAL, &once, nullptr);
+    std::snprintf(g_lastLine, sizeof g_lastLine,
+                  "aveffect: --timeout: the run took longer than %" PRId64
+                  " ms and did not end; what was unfinished is removed\n",
+                  milliseconds);
+    const itimerval twice = {{kGraceSeconds, 0},
+                             {milliseconds / kASecond, milliseconds % kASecond * kASecond}};
+    setitimer(ITIMER_REAL, &twice, nullptr);
 }
 
 int64_t EndedAfter() { return g_signal == SIGALRM ? g_deadline : 0; }

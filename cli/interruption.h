@@ -15,7 +15,9 @@ void CatchInterruptions();
 /// Set as soon as one of the signals came.
 const std::atomic<bool>& Interrupted();
 
-/// Has SIGALRM come after that time, above 0. Call after CatchInterruptions().
+/// Has SIGALRM come after that time, above 0. Where the run has not ended two seconds later, because
+/// something in it never does, the process removes its unfinished outputs, says so and ends with 142. Call
+/// once, after CatchInterruptions().
 void InterruptAfter(int64_t milliseconds);
 
 /// The time that was given, when it is what ended the run; else 0.

@@ -5,11 +5,11 @@
 #include <cstdio>
 #include <memory>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 
 #include "cli/interruption.h"
+#include "cli/machine_memory.h"
 #include "cli/option_values.h"
 #include "host/media/limits.h"
 
@@ -28,10 +28,6 @@ uint64_t DataSize() {
     uint64_t data = 0; // the sixth number
     if (!file || std::fscanf(file.get(), "%*u %*u %*u %*u %*u %" SCNu64, &data) != 1) return 0;
     return data * kPage;
-}
-
-uint64_t HalfOfMachine() {
-    return static_cast<uint64_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) / 2;
 }
 
 // The kernel refuses what would be more, wherever it is asked for, and everybody who asks has an answer to
@@ -60,7 +56,7 @@ void AddLimitOptions(CLI::App& app, LimitArguments& limits) {
 
 void ApplyLimits(const LimitArguments& limits) {
     if (limits.pixels) g_mostPixels = WholeOption("--max-pixels", *limits.pixels, 1);
-    LimitMemory(limits.memory ? BytesOption("--max-memory", *limits.memory) : HalfOfMachine());
+    LimitMemory(limits.memory ? BytesOption("--max-memory", *limits.memory) : MachineMemory() / 2);
     if (!limits.timeout) return;
     const int64_t milliseconds = TimeOption("--timeout", *limits.timeout);
     if (milliseconds == 0) Refuse("--timeout", "a time above 0", *limits.timeout);

@@ -13,6 +13,7 @@ extern "C" {
 #include "host/jobs/sound_render.h"
 #include "host/media/media_manager.h"
 #include "host/media/span.h"
+#include "host/output/picture_formats.h"
 #include "host/output/stream_copy.h"
 #include "host/output/stream_mapping.h"
 #include "host/picture/orientation.h"
@@ -112,7 +113,7 @@ private:
         if (!Takes(m_plan, codec))
             throw Error(ErrorKind::Usage, "." + m_plan.Kind() + " files can't hold " +
                                               avcodec_get_name(codec) + " pictures, which are copied; " +
-                                              "these can: " + ContainersFor(codec));
+                                              "these can: " + ContainersFor(codec, Takes));
         if (DisplayMatrix(m_source.Pictures()) && !m_plan.CarriesRotation())
             m_reporter.Warn("the clip's pictures lie turned, which ." + m_plan.Kind() +
                             " files can't say; without --codec copy they are turned upright");

@@ -83,11 +83,11 @@ void Container::Start(bool overwrite, const std::atomic<bool>& cancel) {
     m_output->flags |= AVFMT_FLAG_CUSTOM_IO;
     TakeLibraryError();
     AVDictionary* options = nullptr;
-    if (m_hasIndex && m_file->Seekable()) {
+    if (m_file->Seekable()) {
         m_output->opaque = m_file.get();
         m_output->io_open = OpenWritten;
         m_output->io_close2 = CloseWritten;
-        RequireMemory(av_dict_set(&options, "movflags", "+faststart", 0), m_target);
+        if (m_hasIndex) RequireMemory(av_dict_set(&options, "movflags", "+faststart", 0), m_target);
     }
     const int code = avformat_write_header(m_output.get(), &options);
     av_dict_free(&options);

@@ -104,6 +104,7 @@ int OutputFile::CreateTemporary() {
         const int file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (file >= 0) {
             m_temporary = path;
+            m_unfinished.emplace(m_temporary.c_str());
             TakePermissions(file);
             return file;
         }
@@ -217,6 +218,7 @@ void OutputFile::Publish() {
     const bool named = m_nameless || !m_temporary.empty();
     if (m_nameless) GiveName();
     if (!m_temporary.empty()) Rename();
+    m_unfinished.reset();
     m_temporary.clear();
     if (named && g_durableOutputs) SettleName();
 }
@@ -247,7 +249,9 @@ void OutputFile::GiveName() {
     for (int attempt = 0; attempt < kAttempts && error == EEXIST; ++attempt) {
         const std::string path = TemporaryPath();
         error = LinkTo(path);
-        if (error == 0) m_temporary = path;
+        if (error != 0) continue;
+        m_temporary = path;
+        m_unfinished.emplace(m_temporary.c_str());
     }
     if (error != 0) CopyToTemporary();
 }

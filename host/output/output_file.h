@@ -2,8 +2,10 @@
 /// A file that appears under its name only when it is whole.
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "host/output/unfinished.h"
 #include "host/support/av_owner.h"
 
 namespace aveffect {
@@ -71,9 +73,10 @@ private:
     static int Write(void* self, uint8_t* data, int bytes);
     static int64_t Seek(void* self, int64_t offset, int whence);
 
-    std::string m_target;    ///< as the user wrote it
-    std::string m_resolved;  ///< symbolic links followed
-    std::string m_temporary; ///< the file's name while it has another one than the target's
+    std::string m_target;                   ///< as the user wrote it
+    std::string m_resolved;                 ///< symbolic links followed
+    std::string m_temporary;                ///< the file's name while it has another one than the target's
+    std::optional<Unfinished> m_unfinished; ///< after m_temporary, whose path it has
     bool m_nameless = false;
     bool m_overwrite;
     const std::atomic<bool>& m_cancel;

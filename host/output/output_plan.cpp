@@ -17,6 +17,7 @@ extern "C" {
 #include "host/media/device.h"
 #include "host/media/input.h"
 #include "host/output/output_format.h"
+#include "host/output/picture_formats.h"
 #include "host/settings/value_text.h"
 #include "host/support/error.h"
 #include "host/support/log_capture.h"
@@ -27,23 +28,6 @@ namespace {
 bool IsOneOf(const AVOutputFormat* muxer, std::initializer_list<std::string_view> names) {
     return muxer && std::ranges::find(names, std::string_view(muxer->name)) != names.end();
 }
-
-/// What containers hold that do not tell the library, and are read with again.
-const struct {
-    std::initializer_list<std::string_view> muxers;
-    std::initializer_list<AVCodecID> codecs;
-} kHoldings[] = {
-    {{"mpegts"},
-     {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264, AV_CODEC_ID_HEVC,
-      AV_CODEC_ID_DIRAC, AV_CODEC_ID_CAVS}},
-    {{"mpeg", "vcd", "svcd", "dvd", "vob"}, {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO}},
-    {{"ogg", "ogv"}, {AV_CODEC_ID_THEORA, AV_CODEC_ID_VP8}},
-    {{"mxf", "mxf_opatom"},
-     {AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_H264, AV_CODEC_ID_JPEG2000, AV_CODEC_ID_DNXHD, AV_CODEC_ID_DVVIDEO,
-      AV_CODEC_ID_PRORES}},
-    {{"gxf"}, {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_DVVIDEO, AV_CODEC_ID_MJPEG}},
-    {{"swf"}, {AV_CODEC_ID_FLV1, AV_CODEC_ID_MJPEG}},
-};
 
 struct StillFormat {
     std::string_view extension;
@@ -150,7 +134,10 @@ void CheckEncoder(const OutputPlan& plan) {
     const AVCodec& codec = *plan.encoder.codec;
     if (!plan.IsStill() && !Takes(plan, codec.id))
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files can't hold " + avcodec_get_name(codec.id) +
-                                          " pictures; these can: " + ContainersFor(codec.id));
+                                          " pictures; these can: " + ContainersFor(codec.id, Takes));
+    if (!avcodec_find_decoder(codec.id))
+        throw Error(ErrorKind::Usage, std::string("pictures of ") + codec.name +
+                                          " could not be shown again: no decoder does it");
     if (plan.encoder.crf && !HasOption(codec, "crf"))
         throw Error(ErrorKind::Usage,
                     std::string("the encoder ") + codec.name + " has no constant-quality factor (crf)");
@@ -208,15 +195,16 @@ bool OutputPlan::CarriesRange() const { return IsOneOf(muxer, {"matroska", "webm
 // The library's own flag for variable rates is missing from containers that do hold them (mp4), so these are
 // named. Theora's header tells one rate, by which players and the times of Ogg's pages count pictures.
 bool OutputPlan::NeedsConstantRate() const {
-    return muxer && (encoder.codec->id == AV_CODEC_ID_THEORA ||
-                     IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}) ||
-                     (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
+    return muxer &&
+           (encoder.codec->id == AV_CODEC_ID_THEORA ||
+            IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf", "avm2", "rm"}) ||
+            (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
 }
 
 // Streams of codecs with a list of rates go on at their rate whatever the container's times say.
 bool OutputPlan::CountsPictures() const {
     return muxer && ((muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates ||
-                     IsOneOf(muxer, {"mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf"}));
+                     IsOneOf(muxer, {"mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf", "avm2", "rm"}));
 }
 
 int OutputPlan::LargestDenominator() const {
@@ -302,16 +290,6 @@ void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporte
         reporter.Note(text);
     else
         reporter.Warn(text + (change > 1 ? ", some of them shown again" : ", some of them left out"));
-}
-
-// What the library has no word on is written all the same, as data of some private kind, or refused when the
-// encoder works already.
-bool Takes(const OutputPlan& plan, AVCodecID codec) {
-    // In its table, but its header is refused.
-    if (codec == AV_CODEC_ID_AV1 && IsOneOf(plan.muxer, {"mov"})) return false;
-    for (const auto& [muxers, codecs] : kHoldings)
-        if (IsOneOf(plan.muxer, muxers)) return std::ranges::find(codecs, codec) != codecs.end();
-    return avformat_query_codec(plan.muxer, codec, FF_COMPLIANCE_NORMAL) == 1;
 }
 
 std::string ContainersFor(AVCodecID codec, bool (*holds)(const OutputPlan&, AVCodecID)) {

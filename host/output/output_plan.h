@@ -77,11 +77,8 @@ void SayRate(const OutputPlan& plan, AVRational own, AVRational written, Reporte
 /// As PlanOutput for still pictures only. Throws Error (Output) that lists the formats.
 OutputPlan PlanStill(const std::string& target, const std::string& format = {});
 
-/// Whether the container takes pictures of that codec; what it does not know is refused.
-bool Takes(const OutputPlan& plan, AVCodecID codec);
-
 /// Extensions of usual containers that hold streams of that codec, by that word on it, for messages: ".mkv,
 /// .mov".
-std::string ContainersFor(AVCodecID codec, bool (*holds)(const OutputPlan&, AVCodecID) = Takes);
+std::string ContainersFor(AVCodecID codec, bool (*holds)(const OutputPlan&, AVCodecID));
 
 } // namespace aveffect

@@ -65,8 +65,27 @@ PictureEncoder::PictureEncoder(const OutputPlan& plan, const AVFrame& sample, co
     SetPrivate(sample);
     SetQuality(plan.encoder);
     TakeLibraryError();
+    RequireSize();
     const int code = Open(plan.muxer);
     if (code < 0) Fail("can't start", code);
+    TellProfile();
+}
+
+// RoQ of other sizes is coded all the same, and can't be read.
+void PictureEncoder::RequireSize() const {
+    const auto isPower = [](int side) { return (side & (side - 1)) == 0; };
+    if (Codec().id == AV_CODEC_ID_ROQ && !(isPower(Context().width) && isPower(Context().height)))
+        Fail("can't start", AVERROR(EINVAL), "both sides must be powers of two, such as --size 256x128");
+}
+
+// prores_ks tells its profile by the tag alone; MXF wants the number.
+void PictureEncoder::TellProfile() {
+    constexpr std::string_view kTags[] = {"apco", "apcs", "apcn", "apch", "ap4h", "ap4x"}; // by profile
+    if (Codec().id != AV_CODEC_ID_PRORES || Context().profile != FF_PROFILE_UNKNOWN) return;
+    char tag[AV_FOURCC_MAX_STRING_SIZE];
+    const auto* found =
+        std::ranges::find(kTags, std::string_view(av_fourcc_make_string(tag, Context().codec_tag)));
+    if (found != std::end(kTags)) Settings().profile = static_cast<int>(found - std::begin(kTags));
 }
 
 // libsvtav1's threads wait for a first picture: freed without one, it would wait for them for ever. Where no

@@ -22,6 +22,8 @@ public:
 
 private:
     bool TakesBlank();
+    void RequireSize() const;
+    void TellProfile();
     AVFrame* Prepare(AVFrame* picture) override;
     void Mend(AVPacket& packet) override;
     void SetQuality(const EncoderChoice& choice);

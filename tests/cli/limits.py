@@ -1,6 +1,6 @@
 """What headers claim is believed within limits only: one line, soon, and no more memory than for an honest file.
 
-limits.py AVEFFECT
+limits.py AVEFFECT STRANGER
 """
 import os
 import struct
@@ -10,7 +10,7 @@ import tempfile
 import time
 import zlib
 
-PROGRAM = os.path.abspath(sys.argv[1])
+PROGRAM, STRANGER = map(os.path.abspath, sys.argv[1:3])
 SANITIZED = b"__asan_init" in open(PROGRAM, "rb").read()
 SECONDS, MEGABYTES_MORE = (60, 400) if SANITIZED else (10, 60)
 
@@ -54,11 +54,12 @@ def forever(data, head=b""):
     return subprocess.Popen([sys.executable, "-c", filler], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
 
 
-def run(arguments, stdin=None):
+def run(arguments, stdin=None, **setting):
     """Exit code, what was said, seconds, megabytes."""
     begin = time.monotonic()
     with tempfile.TemporaryFile() as said:
-        child = subprocess.Popen([PROGRAM] + arguments, stdin=stdin or subprocess.DEVNULL, stdout=said, stderr=said)
+        child = subprocess.Popen([PROGRAM] + arguments, stdin=stdin or subprocess.DEVNULL, stdout=said, stderr=said,
+                                 env={**os.environ, **setting})
         _, status, usage = os.wait4(child.pid, 0)
         child.returncode = 0
         said.seek(0)
@@ -128,5 +129,7 @@ with tempfile.TemporaryDirectory() as folder:
             command = ["render", "-", "out.mkv"] + options
             faults += judge(command, run(command, filler.stdout), code, words, honest)
             filler.kill()
+    hanging = ["render", "slow.y4m", "out.mkv", "--timeout", "1"]  # in a call that never returns
+    faults += judge(hanging, run(hanging, LD_PRELOAD=STRANGER, STRANGER_HANGS="1"), 142, "did not end", honest)
     print("\n".join(faults))
     sys.exit(1 if faults else 0)

@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <csignal>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -25,6 +26,7 @@ struct AVFormatContext;
 struct AVDictionary;
 struct AVCodecContext;
 struct AVPacket;
+struct AVFrame;
 }
 
 namespace {
@@ -106,6 +108,25 @@ extern "C" {
 int avformat_find_stream_info(AVFormatContext* input, AVDictionary** options) {
     static auto* const real = TheReal<int(AVFormatContext*, AVDictionary**)>("avformat_find_stream_info");
     return real(input, options);
+}
+
+// With STRANGER_HANGS an encoder that never answers, on a file system without nameless files.
+int avcodec_send_frame(AVCodecContext* encoder, const AVFrame* frame) {
+    static auto* const real =
+        reinterpret_cast<int (*)(AVCodecContext*, const AVFrame*)>(dlsym(RTLD_NEXT, "avcodec_send_frame"));
+    while (getenv("STRANGER_HANGS")) pause();
+    return real(encoder, frame);
+}
+
+int open(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+    if ((flags & O_TMPFILE) != O_TMPFILE || !getenv("STRANGER_HANGS"))
+        return openat(AT_FDCWD, path, flags, mode);
+    errno = EOPNOTSUPP;
+    return -1;
 }
 
 int avcodec_send_packet(AVCodecContext* decoder, const AVPacket* packet) {
