@@ -89,7 +89,8 @@ if runs faults; then
   report faults "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/faults.log" | tail -n 1)"
 fi
 if runs formats; then
-  run formats tests/formats/pairs.py build/bin/aveffect --full || true
+  cp docs/formats.md "$work/formats.md"
+  run formats tests/formats/pairs.py build/bin/aveffect --full --table "$work/formats.md" --results "$work/formats.json" || true
   report formats "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/formats.log" | tail -n 1)"
 fi
 if runs lint; then
