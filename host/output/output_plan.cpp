@@ -90,7 +90,8 @@ const AVOutputFormat* FindMuxer(const std::string& target, const std::string& fo
     if (!muxer) ThrowUnknownFormat(target, format, false);
     const bool holdsSomething =
         muxer->video_codec != AV_CODEC_ID_NONE || muxer->audio_codec != AV_CODEC_ID_NONE;
-    if (!holdsSomething || (muxer->flags & AVFMT_NOFILE))
+    const bool protocol = IsOneOf(muxer, {"asf_stream"}); // its other half is the server
+    if (!holdsSomething || protocol || (muxer->flags & AVFMT_NOFILE))
         throw Error(ErrorKind::Output, target + ": ." + Extension(target, format) +
                                            " files hold no pictures and no sound that can be written");
     return muxer;
@@ -135,7 +136,8 @@ void CheckEncoder(const OutputPlan& plan) {
     if (!plan.IsStill() && !Takes(plan, codec.id))
         throw Error(ErrorKind::Usage, "." + plan.Kind() + " files can't hold " + avcodec_get_name(codec.id) +
                                           " pictures; these can: " + ContainersFor(codec.id, Takes));
-    if (!avcodec_find_decoder(codec.id))
+    // That of MJPEG reads lossless JPEG too.
+    if (!avcodec_find_decoder(codec.id) && codec.id != AV_CODEC_ID_LJPEG)
         throw Error(ErrorKind::Usage, std::string("pictures of ") + codec.name +
                                           " could not be shown again: no decoder does it");
     if (plan.encoder.crf && !HasOption(codec, "crf"))
@@ -195,16 +197,17 @@ bool OutputPlan::CarriesRange() const { return IsOneOf(muxer, {"matroska", "webm
 // The library's own flag for variable rates is missing from containers that do hold them (mp4), so these are
 // named. Theora's header tells one rate, by which players and the times of Ogg's pages count pictures.
 bool OutputPlan::NeedsConstantRate() const {
-    return muxer &&
-           (encoder.codec->id == AV_CODEC_ID_THEORA ||
-            IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf", "avm2", "rm"}) ||
-            (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
+    return muxer && (encoder.codec->id == AV_CODEC_ID_THEORA ||
+                     IsOneOf(muxer, {"avi", "mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf", "avm2",
+                                     "rm", "amv"}) ||
+                     (muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates);
 }
 
 // Streams of codecs with a list of rates go on at their rate whatever the container's times say.
 bool OutputPlan::CountsPictures() const {
     return muxer && ((muxer->flags & AVFMT_NOTIMESTAMPS) || encoder.codec->supported_framerates ||
-                     IsOneOf(muxer, {"mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf", "avm2", "rm"}));
+                     IsOneOf(muxer, {"mxf", "mxf_d10", "gxf", "dv", "yuv4mpegpipe", "swf", "avm2", "rm",
+                                     "amv", "filmstrip"}));
 }
 
 int OutputPlan::LargestDenominator() const {

@@ -37,8 +37,7 @@ const PictureHolding kHolds[] = {
      {AV_CODEC_ID_BMP, AV_CODEC_ID_DPX, AV_CODEC_ID_JPEG2000, AV_CODEC_ID_JPEGLS, AV_CODEC_ID_LJPEG,
       AV_CODEC_ID_MJPEG, AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_PBM,
       AV_CODEC_ID_PFM, AV_CODEC_ID_PGM, AV_CODEC_ID_PGMYUV, AV_CODEC_ID_PHM, AV_CODEC_ID_PNG, AV_CODEC_ID_PPM,
-      AV_CODEC_ID_QOI, AV_CODEC_ID_WEBP, AV_CODEC_ID_XBM}},
-    {{"asf_stream"}, {}}, // half of a protocol
+      AV_CODEC_ID_QOI, AV_CODEC_ID_XBM}},
 };
 
 /// What stands in a container's table, but is refused in the end, or can't be read from it again.
@@ -46,6 +45,7 @@ const PictureHolding kSpoils[] = {
     {{"mov"}, {AV_CODEC_ID_AV1, AV_CODEC_ID_VP9, AV_CODEC_ID_VP8}},
     {{"ismv", "psp"}, {AV_CODEC_ID_AV1, AV_CODEC_ID_VP9}},
     {{"matroska"}, {AV_CODEC_ID_RV10, AV_CODEC_ID_RV20}},
+    {{"filmstrip"}, {AV_CODEC_ID_RAWVIDEO}},
     {{"wtv"},
      {AV_CODEC_ID_FFV1, AV_CODEC_ID_FFVHUFF, AV_CODEC_ID_MJPEG, AV_CODEC_ID_THEORA, AV_CODEC_ID_UTVIDEO,
       AV_CODEC_ID_ZLIB, AV_CODEC_ID_RAWVIDEO}},

@@ -197,7 +197,8 @@ std::string SoundEncoder::Summary() const {
 }
 
 AVFrame* SoundEncoder::Prepare(AVFrame* sound) {
-    if (sound->nb_samples % 2 == 0 || !WantsPairs(Codec().id)) return sound;
+    const bool whole = sound->nb_samples % 2 == 0 || sound->nb_samples == Context().frame_size;
+    if (whole || !WantsPairs(Codec().id)) return sound;
     m_even = OneLonger(*sound);
     if (!m_even) throw NoMemory("out of memory");
     return m_even.get();

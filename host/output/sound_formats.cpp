@@ -42,7 +42,7 @@ const Holding kHoldings[] = {
      {11025, 22050, 44100},
      1,
      2},
-    {{"swf"}, {}, {11025, 22050, 44100}, 1, 2},
+    {{"swf", "avm2"}, {}, {11025, 22050, 44100}, 1, 2},
     {{"amv"}, {}, {22050}, 1, 1},
     {{"g722"}, {}, {16000}, 1, 1},
     {{"aptx", "aptx_hd"}, {}, {48000}, 2, 2},
@@ -60,7 +60,7 @@ const struct {
     Muxers muxers;
     Codecs codecs;
 } kSpoiled[] = {
-    {{"mov"}, {AV_CODEC_ID_OPUS, AV_CODEC_ID_FLAC, AV_CODEC_ID_TRUEHD}},
+    {{"mov", "psp"}, {AV_CODEC_ID_OPUS, AV_CODEC_ID_FLAC, AV_CODEC_ID_TRUEHD}},
     {{"ismv"}, {AV_CODEC_ID_OPUS, AV_CODEC_ID_FLAC, AV_CODEC_ID_TRUEHD, AV_CODEC_ID_AC3, AV_CODEC_ID_EAC3}},
     {{"nut"}, {AV_CODEC_ID_FLAC, AV_CODEC_ID_WMAV1, AV_CODEC_ID_WMAV2, AV_CODEC_ID_ADPCM_G726}},
     {{"rm", "wtv"}, {AV_CODEC_ID_AAC}},

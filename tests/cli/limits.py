@@ -81,6 +81,7 @@ CASES = [
     ("wide.wav", ["render", "IN", "out.wav", "-a", "volume/half"], 2, "65535 channels"),
     ("many.avi", RENDER, 3, "more than 1000 streams"),
     ("fast.y4m", RENDER, 0, ""),
+    ("slow.y4m", ["render", "IN", "nowhere/out.mkv", "--size", "64x64", "--codec", "libsvtav1"], 4, "nowhere/out.mkv"),
     ("fast.y4m", FILM, 2, "1000000 pictures a second"),
     ("fast.y4m", FILM + ["--fps", "25"], 0, ""),
     ("slow.y4m", RENDER + ["--max-memory", "1M"], None, ""),

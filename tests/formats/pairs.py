@@ -9,6 +9,7 @@ marks. --results: file of all results, as JSON; what stands in it already is not
 import argparse
 import collections
 import concurrent.futures
+import functools
 import hashlib
 import json
 import os
@@ -31,9 +32,13 @@ SPECIAL = {"dvvideo": PAL, "dv": PAL, "gxf": PAL, "dnxhd": ("hd.mkv", ["--bitrat
            "mxf_d10": ("pal.mkv", ["--bitrate", "30M"]), "filmstrip": ("rgba.mkv", ["--output-format", "rgba"]), "psp": ("both.mkv", ["--sound"]),
            "amv": ("both.mkv", ["--sound"])}
 # Formats of sums and times instead of pictures; readers that must be told what they read, or that tell no times.
-SUMS = "crc framecrc framehash framemd5 hash md5 streamhash mkvtimestamp_v2 uncodedframecrc".split()
-TOLD = {"rawvideo": "-f rawvideo -pixel_format yuv420p -video_size 176x144"}
+SUMS = "crc framecrc framehash framemd5 hash md5 streamhash mkvtimestamp_v2 uncodedframecrc chromaprint".split()
+TOLD = {"rawvideo": "-f rawvideo -pixel_format yuv420p -video_size 176x144", "codec2raw": "-f codec2raw -mode 1300"}
+TOLD |= {f"{kind}{bits}{end}": f"-f {kind}{bits}{end} -ar 48000 -ac 2"
+         for kind in "fsu" for bits in (16, 24, 32, 64) for end in ("le", "be") if f"{kind}{bits}{end}" not in ("s16le", "u16le")}
+TOLD |= {name: f"-f {name}" for name in "alaw mulaw s8 u8 s16le u16le g726 g726le".split()} | {"vidc": "-f vidc -ar 48000 -ac 2"}
 TIMELESS = ["dirac", "fits"]
+PACKETS = {"gxf": 0.7}  # seconds that a container's packet of sound lasts
 MEDIA = """
 -f lavfi -i testsrc2=s=176x144:r=25 -frames:v 10 -c:v ffv1 -pix_fmt yuv420p p.mkv
 -f lavfi -i testsrc2=s=99x75:r=25 -frames:v 10 -c:v ffv1 -pix_fmt yuv444p odd.mkv
@@ -53,7 +58,8 @@ MEDIA = """
 # private data, headers that are refused when the encoder's threads run already, and some that are good.
 SAMPLE = [("v", "snow", "matroska"), ("v", "ffv1", "mpegts"), ("v", "png", "mpeg"), ("v", "libsvtav1", "mov"),
           ("v", "libsvtav1", "gif"), ("v", "vp8", "vob"), ("v", "mpeg4", "mp4"), ("v", "libx264", "mpegts"),
-          ("v", "mjpeg", "avi"), ("a", "flac", "mpegts"), ("a", "g723_1", "wav"), ("a", "sonic", "matroska"),
+          ("v", "mjpeg", "avi"), ("v", "prores_ks", "mxf"), ("v", "cinepak", "film_cpk"),
+          ("v", "rv10", "rm"), ("v", "roqvideo", "roq"), ("v", "ffv1", "wtv"), ("v", "libx264", "mpeg"), ("a", "flac", "mpegts"), ("a", "g723_1", "wav"), ("a", "sonic", "matroska"),
           ("a", "aac", "mp4"), ("a", "libmp3lame", "vob"), ("a", "pcm_s16le", "mpeg"), ("a", "ac3", "matroska")]
 
 
@@ -71,6 +77,13 @@ def encoders(kind):
 
 def muxers():
     return sorted({name.split(",")[0] for name in listed("-muxers", r"^ +D?E (\S+) ")})
+
+
+@functools.cache
+def extension(muxer):
+    told = subprocess.run(["ffmpeg", "-v", "error", "-h", f"muxer={muxer}"], capture_output=True, text=True).stdout
+    found = re.search(r"extensions: ([^,.\s]+)", told)
+    return found[1] if found else "file"
 
 
 class Trial:
@@ -104,7 +117,7 @@ class Trial:
         keys = {"can't hold": (kind, self.codecs[kind].get(encoder, encoder), muxer), "hold no": (kind, muxer), "format is called": (kind, muxer),
                 "can't start": device, "takes no pictures": device}
         if muxer in SUMS:
-            return "sums"
+            return "holds sums or times"
         for key in keys.values():
             if key in self.settled:
                 return self.settled[key]
@@ -114,7 +127,7 @@ class Trial:
 
     def write(self, task):
         kind, encoder, muxer, source, options = task
-        target = self.folder / f"{kind}-{encoder}-{muxer}-{source}-{len(options)}"
+        target = self.folder / f"{kind}-{encoder}-{muxer}-{source}-{len(options)}.{extension(muxer)}"
         choice = ["--codec", encoder, "--no-sound"] if kind == "v" else ["--audio-codec", encoder]
         if "--sound" in options:
             choice, options = choice[:2], []
@@ -144,7 +157,7 @@ class Trial:
             return "WRONG: does not decode"
         frames, length = found
         if kind == "a":
-            return "good" if SECONDS_OF_SOUND - 0.03 <= length <= SECONDS_OF_SOUND + 0.25 else f"WRONG: {length:.3f} s of sound"
+            return "good" if SECONDS_OF_SOUND - 0.03 <= length <= max(SECONDS_OF_SOUND + 0.25, PACKETS.get(muxer, 0)) else f"WRONG: {length:.3f} s of sound"
         wanted = round(PICTURES * Fraction(options[1]) / 25) if "--fps" in options else PICTURES
         if abs(frames - wanted) > 2:
             return f"WRONG: {frames} pictures"
@@ -159,8 +172,9 @@ def names(them):
 
 def reason(result):
     """A refusal without the names of one run."""
-    text = re.sub(r"aveffect: |/\S+ (?=can't|holds)|/\S+: ", "", result)
-    return re.sub(r"^\S+ files|the encoder \S+|pictures of \S+|sound of \S+", lambda found: found[0].rsplit(" ", 1)[0], text)
+    text = re.sub(r"^aveffect: |/\S+: |/\S+ (?=can't|holds)|; (known|valid) ones are.*|(?<=; )these can:.*", "", result)
+    text = re.sub(r"\S+ files|/\S+", lambda found: "files" if found[0][0] != "/" else "it", re.sub(r"called '.*'", "called so", text))
+    return re.sub(r"(the encoder|pictures of|sound of|no encoder for) \S+", r"\1 …", text)
 
 
 def rows(held, working):
@@ -188,13 +202,13 @@ def table(kind, results):
     idle = {encoder for encoder, _ in pairs} - working
     title = {"v": "Pictures", "a": "Sound"}[kind]
     text = f"## {title}\n\nEncoders that work here: {names(working)}.\n\n| Containers | Encoders |\n|---|---|\n"
-    text += "".join(rows(held, working)) + f"\nNot tried further, or in no container: {names(idle)}.\n\nRefused, for other "
+    text += "".join(rows(held, working)) + f"\nIn no container: {names(idle)}.\n\nRefused, for other "
     text += "reasons than that a container does not hold the codec:\n\n| What is said | Of |\n|---|---|\n"
     for said, them in sorted(refused.items()):
-        them = {encoder: muxers_named for encoder, muxers_named in them.items()}
-        everywhere = len(them) > 20
-        of = names(set().union(*them.values())) if everywhere else "; ".join(
-            f"{names([encoder])} in {names(where) if len(where) < 6 else 'many'}" for encoder, where in sorted(them.items()))
+        if any(len(where) > 20 for where in them.values()) or len(them) > 20:  # it is the container that can't
+            of = names(set().union(*them.values()))
+        else:
+            of = "; ".join(f"{names([encoder])} in {names(where) if len(where) < 6 else 'many'}" for encoder, where in sorted(them.items()))
         text += f"| {said} | {of} |\n"
     return text + "\n"
 
