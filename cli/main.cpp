@@ -236,18 +236,20 @@ int Run(const SheetCommand& command) {
 }
 
 int Run(const CompareCommand& command) {
-    Comparison found;
+    bool same = true;
+    const auto tell = [&](const Comparison& found) {
+        same = found.Same();
+        PrintText(command.json ? ComparisonJson(found) : ComparisonText(command.options, found));
+    };
     const int exitCode = RunMedia(
         command.run, ProgressStyle::None, command.options.difference,
         [&command] { return MakeCompareOptions(command); }, kReachOf,
-        [&found](const CompareOptions& options, const RenderObserver& observer) {
-            found = Compare(options, observer, Interrupted());
-            return RenderResult{found.pairs, found.inputDamage};
+        [&tell](const CompareOptions& options, const RenderObserver& observer) {
+            Comparison found = Compare(options, observer, tell, Interrupted());
+            return RenderResult{found.pairs, std::move(found.inputDamage)};
         },
         "; what could be decoded was compared");
-    if (found.pairs == 0) return exitCode;
-    PrintText(command.json ? ComparisonJson(found) : ComparisonText(command.options, found));
-    return exitCode == kDone && !found.Same() ? kDifferent : exitCode;
+    return exitCode == kDone && !same ? kDifferent : exitCode;
 }
 
 int Run(const FilmRenderCommand& command) {
@@ -304,7 +306,7 @@ int Run(const FilmShowCommand& command) {
                 PrintText(FilmText(read.film));
             else
                 WriteFilmPage(Plugin(), read.film, {source.film, command.html, command.run.overwrite},
-                              Interrupted());
+                              observer, Interrupted());
             return RenderResult{};
         });
 }
@@ -353,12 +355,32 @@ FarmWork EnterFarm(const std::string& folder, const std::string& mediaRoot) {
     return work;
 }
 
+std::string PlanWords(const PlanCommand& command, const FarmPlan& plan) {
+    if (const std::optional<Engine> engine = MakeEngine(command))
+        return EngineText(*engine, {"aveffect", command.folder, command.mediaRoot, plan.Parts()});
+    return std::to_string(plan.Parts()) + " parts: `aveffect work " + command.folder + " PART` for 0 to " +
+           std::to_string(plan.Parts() - 1) + ", then `aveffect finish " + command.folder + "`\n";
+}
+
+/// The commands may run as soon as they are printed, so that the plan is there before. It goes where nobody
+/// was told of it.
+int TellPlan(const PlanCommand& command, const FarmPlan& plan, const std::string& file) {
+    try {
+        return PrintText(PlanWords(command, plan));
+    } catch (...) {
+        if (!command.words.empty()) std::remove(file.c_str());
+        throw;
+    }
+}
+
 int Run(const PlanCommand& command) {
     FarmPlan plan;
+    std::string file;
     const int exitCode = RunMedia(
         command.run, ProgressStyle::None, "",
         [&] {
             FarmWork work{MakeFolder(command.folder), {}, {}};
+            file = PlanPath(work.folder).string();
             EnterRoot(command.mediaRoot);
             work.plan.words = WithoutRoot(command.words);
             if (!command.words.empty()) work.command = ParseShared(work.plan.words);
@@ -381,12 +403,7 @@ int Run(const PlanCommand& command) {
             plan = MakePlan(work.folder, std::move(shared), MakeChunkSize(command), Interrupted());
             return RenderResult{};
         });
-    if (exitCode != kDone) return exitCode;
-    if (const std::optional<Engine> engine = MakeEngine(command))
-        return PrintText(EngineText(*engine, {"aveffect", command.folder, command.mediaRoot, plan.Parts()}));
-    return PrintText(std::to_string(plan.Parts()) + " parts: `aveffect work " + command.folder +
-                     " PART` for 0 to " + std::to_string(plan.Parts() - 1) + ", then `aveffect finish " +
-                     command.folder + "`\n");
+    return exitCode == kDone ? TellPlan(command, plan, file) : exitCode;
 }
 
 int Run(const WorkCommand& command) {

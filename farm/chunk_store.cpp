@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <system_error>
 
@@ -11,6 +9,7 @@
 
 #include "farm/picture_files.h"
 #include "host/support/error.h"
+#include "host/support/whole_file.h"
 #include "timeline/jobs/text_file.h"
 
 namespace aveffect {
@@ -21,13 +20,6 @@ using Json = nlohmann::ordered_json;
 namespace {
 
 const std::atomic<bool> kNever = false;
-
-std::optional<std::string> TextOf(const files::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return std::nullopt;
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
 } // namespace
 
 std::string ChunkReceipt::Text() const {
@@ -60,7 +52,7 @@ std::string ChunkStore::TemporaryPath(int64_t part) const {
 }
 
 std::optional<ChunkReceipt> ChunkStore::Find(int64_t part) const {
-    const std::optional<std::string> text = TextOf(NameOf(part, ".json"));
+    const std::optional<std::string> text = WholeFile(NameOf(part, ".json"));
     if (!text) return std::nullopt;
     const Json json = Json::parse(*text, nullptr, false);
     if (!json.is_object()) return std::nullopt;
@@ -79,7 +71,7 @@ std::optional<ChunkReceipt> ChunkStore::Find(int64_t part) const {
 }
 
 std::optional<std::string> ChunkStore::Failure(int64_t part) const {
-    std::optional<std::string> text = TextOf(NameOf(part, ".failed"));
+    std::optional<std::string> text = WholeFile(NameOf(part, ".failed"));
     if (text && text->ends_with('\n')) text->pop_back();
     return text;
 }
@@ -103,9 +95,19 @@ void ChunkStore::Keep(int64_t part, const std::string& temporary, ChunkReceipt r
     // A receipt whose file is gone or cut off counts for nothing.
     const files::path name = NameOf(part, ".json");
     if (!Find(part)) WriteTextFile(name.string(), receipt.Text(), true, kNever);
-    if (const std::optional<ChunkReceipt> kept = Find(part); kept && kept->file != receipt.file)
-        files::remove_all(FileOf(receipt), wrong);
-    files::remove(NameOf(part, ".failed"), wrong);
+    Tidy(part, receipt);
+}
+
+// The part counts, so that nothing may fail any more; what is left over does no harm.
+void ChunkStore::Tidy(int64_t part, const ChunkReceipt& receipt) const noexcept {
+    try {
+        std::error_code wrong;
+        if (const std::optional<ChunkReceipt> kept = Find(part); kept && kept->file != receipt.file)
+            files::remove_all(FileOf(receipt), wrong);
+        files::remove(NameOf(part, ".failed"), wrong);
+    } catch (const std::exception&) {
+        return;
+    }
 }
 
 void ChunkStore::SetFailure(int64_t part, const std::string& message) const {

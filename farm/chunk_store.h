@@ -30,7 +30,6 @@ public:
     /// Extension: of the chunks' files.
     ChunkStore(std::filesystem::path folder, std::string extension);
 
-    std::filesystem::path PlanPath() const { return m_folder / "plan.json"; }
     /// A name that no other worker writes to.
     std::string TemporaryPath(int64_t part) const;
 
@@ -49,6 +48,7 @@ public:
 private:
     std::filesystem::path Chunks() const { return m_folder / "chunks"; }
     std::filesystem::path NameOf(int64_t part, const std::string& ending) const;
+    void Tidy(int64_t part, const ChunkReceipt& receipt) const noexcept;
 
     std::filesystem::path m_folder;
     std::string m_extension;

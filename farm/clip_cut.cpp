@@ -24,6 +24,7 @@ std::vector<int64_t> TimesOf(const RenderOptions& options, const std::atomic<boo
             Refuse(options, "the clip does not say when its pictures are shown");
         times.push_back(packet.pts);
     }
+    source.RequireRead();
     std::ranges::sort(times);
     if (std::ranges::adjacent_find(times) != times.end())
         Refuse(options, "two of the clip's pictures are shown at the same time");

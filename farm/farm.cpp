@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <system_error>
 
 #include "farm/chunk_store.h"
@@ -12,6 +11,7 @@
 #include "host/media/input.h"
 #include "host/media/source_request.h"
 #include "host/output/output_file.h"
+#include "host/support/whole_file.h"
 #include "timeline/jobs/segment_join.h"
 #include "timeline/jobs/text_file.h"
 
@@ -84,7 +84,9 @@ ChunkReceipt ReceiptOf(const std::string& path, int64_t part, const FarmPlan& pl
                        const std::atomic<bool>& cancel) {
     ChunkReceipt receipt;
     std::error_code wrong;
-    if (!files::exists(path, wrong)) return receipt; // nothing lies beside the pictures
+    const bool written = files::exists(path, wrong);
+    if (wrong) throw Error(ErrorKind::Output, path + " can't be read again: " + wrong.message());
+    if (!written) return receipt; // nothing lies beside the pictures
     const bool pictures = part + 1 < plan.Parts();
     receipt.packets = SumOfPart(plan, path, pictures, cancel);
     receipt.bytes = BytesAt(path);
@@ -159,19 +161,18 @@ FarmPlan MakePlan(const files::path& folder, FarmCommand command, const ChunkSiz
     for (const std::string& name : job.Media())
         if (const std::optional<int64_t> bytes = BytesBehind(name)) plan.media.push_back({name, *bytes});
     const ChunkStore store(folder, plan.kind);
-    if (files::exists(store.PlanPath()))
-        throw Error(ErrorKind::Output, store.PlanPath().string() + " exists; a plan has a folder of its own");
+    if (files::exists(PlanPath(folder)))
+        throw Error(ErrorKind::Output, PlanPath(folder).string() + " exists; a plan has a folder of its own");
     plan.probe = ProbeOf(plan, job, store, cancel);
-    WriteTextFile(store.PlanPath().string(), PlanText(plan), false, cancel);
+    WriteTextFile(PlanPath(folder).string(), PlanText(plan), false, cancel);
     return plan;
 }
 
 FarmPlan ReadPlan(const files::path& folder) {
-    const std::string path = (folder / "plan.json").string();
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw Error(ErrorKind::Input, path + " can't be read; `aveffect plan` writes it");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    FarmPlan plan = ParsePlan(text, path);
+    const std::string path = PlanPath(folder).string();
+    const std::optional<std::string> text = WholeFile(path);
+    if (!text) throw Error(ErrorKind::Input, path + " is not there; `aveffect plan` writes it");
+    FarmPlan plan = ParsePlan(*text, path);
     if (plan.version != AVEFFECT_VERSION)
         throw Error(ErrorKind::Input, path + " was made by version " + plan.version + ", this is " +
                                           AVEFFECT_VERSION + "; all machines need the same one");

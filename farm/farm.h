@@ -25,6 +25,9 @@ struct FarmCommand {
 FarmPlan MakePlan(const std::filesystem::path& folder, FarmCommand command, const ChunkSize& size,
                   const std::atomic<bool>& cancel);
 
+/// The plan's file in its folder.
+inline std::filesystem::path PlanPath(const std::filesystem::path& folder) { return folder / "plan.json"; }
+
 /// The plan in a folder. Throws Error (Input), also for one that another version made.
 FarmPlan ReadPlan(const std::filesystem::path& folder);
 

@@ -79,7 +79,9 @@ void SetProperty(AVBased::IAVProc& proc, const std::string& name, const std::str
     GetBaseException()->Clear();
     if (proc.SetProperty(name.c_str(), value.c_str())) return;
     const std::string message = std::string(proc.GetName()) + " does not take " + name + "='" + value + "'";
-    ThrowRecorded(ErrorKind::Usage, message + ": ", "no reason given");
+    // What the host threw for a file that it had opened before comes back with this code.
+    const bool thrown = GetBaseException()->GetExceptionCode() == AVBased::kStandardException;
+    ThrowRecorded(thrown ? ErrorKind::Input : ErrorKind::Usage, message + ": ", "no reason given");
 }
 
 void SetDuration(AVBased::IAVProc& proc, uint32_t durationMs) {

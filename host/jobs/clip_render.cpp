@@ -49,11 +49,13 @@ public:
         if (m_plan.output.IsNumbered()) return WriteNumbered(std::move(head));
         if (m_plan.output.IsStill()) {
             RequireOnePicture();
-            WriteStill(m_plan.output, Rendered(std::move(head)),
-                       ReadPhotoMetadata(m_input.request.path, m_plan.options.strip),
-                       m_plan.options.overwrite, m_cancel);
+            const auto file = WriteStill(m_plan.output, Rendered(std::move(head)),
+                                         ReadPhotoMetadata(m_input.request.path, m_plan.options.strip),
+                                         m_plan.options.overwrite, m_cancel);
             m_pictures.Conclude();
-            return Result(1);
+            RenderResult result = Result(1);
+            file->Publish();
+            return result;
         }
         if (m_plan.options.besidePictures) {
             WriteBeside(std::move(head));

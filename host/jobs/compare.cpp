@@ -92,7 +92,7 @@ private:
 } // namespace
 
 Comparison Compare(const CompareOptions& options, const RenderObserver& observer,
-                   const std::atomic<bool>& cancel) {
+                   const std::function<void(const Comparison&)>& tell, const std::atomic<bool>& cancel) {
     Reporter reporter(observer);
     std::optional<OutputPlan> plan;
     if (!options.difference.empty()) {
@@ -103,11 +103,17 @@ Comparison Compare(const CompareOptions& options, const RenderObserver& observer
     Comparer comparer(options, cancel);
     comparer.Run();
     AVFramePtr drawn = plan ? comparer.Draw() : nullptr;
-    if (!drawn) return comparer.Found();
+    if (!drawn) {
+        tell(comparer.Found());
+        return comparer.Found();
+    }
     IntakeTerms terms(false, reporter);
     PictureOutput output(*plan, OriginOf(*drawn), *drawn, terms, reporter);
-    WriteStill(*plan, output.Convert(std::move(drawn)), {}, options.overwrite, cancel);
-    return comparer.Found();
+    const auto file = WriteStill(*plan, output.Convert(std::move(drawn)), {}, options.overwrite, cancel);
+    tell(comparer.Found());
+    Comparison found = comparer.Found();
+    file->Publish();
+    return found;
 }
 
 } // namespace aveffect

@@ -2,6 +2,7 @@
 /// How far two clips or still pictures differ.
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
@@ -41,8 +42,9 @@ struct Comparison {
 };
 
 /// Compares the pictures one by one as they are seen (upright), whatever their times. Sound is not looked at.
-/// The picture of the difference appears only when it is whole, and not when nothing differs. Throws Error.
+/// The picture of the difference appears only when it is whole, and not when nothing differs: last, once
+/// what was found has been told. Throws Error, and what telling throws.
 Comparison Compare(const CompareOptions& options, const RenderObserver& observer,
-                   const std::atomic<bool>& cancel);
+                   const std::function<void(const Comparison&)>& tell, const std::atomic<bool>& cancel);
 
 } // namespace aveffect

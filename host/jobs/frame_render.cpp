@@ -64,15 +64,17 @@ RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, cons
     }
     picture = pictures.Make(std::move(picture), second.get());
     pictures.Conclude();
-    WriteStill(plan, std::move(picture), ReadPhotoMetadata(request.path, options.strip), options.overwrite,
-               cancel);
+    const auto file = WriteStill(plan, std::move(picture), ReadPhotoMetadata(request.path, options.strip),
+                                 options.overwrite, cancel);
     RenderProgress progress;
     progress.framesDone = 1;
     progress.framesExpected = 1;
     progress.secondsLeft = 0.0;
     reporter.Progress(progress);
     damage.Add(pictures.Media().Damage());
-    return {1, damage.Text()};
+    RenderResult result{1, damage.Text()};
+    file->Publish();
+    return result;
 }
 
 } // namespace aveffect

@@ -58,6 +58,7 @@ bool BeginsWithKey(Source& source) {
         return (packet.flags & AV_PKT_FLAG_KEY) && !(packet.flags & AV_PKT_FLAG_DISCARD) &&
                packet.pts != AV_NOPTS_VALUE;
     }
+    source.RequireRead();
     return false;
 }
 
@@ -102,9 +103,10 @@ public:
         output->EndStreams(sound.EndBeside(output->PicturesEnd()));
         output->Finish();
         CheckCancel(m_cancel);
-        output->Publish();
         progress.Report(output->Pictures(), true);
-        return {output->Pictures(), Damage(*output)};
+        RenderResult result{output->Pictures(), Damage(*output)};
+        output->Publish();
+        return result;
     }
 
 private:

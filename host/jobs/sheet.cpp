@@ -96,8 +96,10 @@ RenderResult RenderSheet(const Plugin& plugin, const SheetOptions& options, cons
     while (workers.Pop()) {
     }
     PictureOutput output(plan, OriginOf(*sheet), *sheet, terms, reporter);
-    WriteStill(plan, output.Convert(std::move(sheet)), {}, options.overwrite, cancel);
-    return {1, manager.Damage().Text()};
+    const auto file = WriteStill(plan, output.Convert(std::move(sheet)), {}, options.overwrite, cancel);
+    RenderResult result{1, manager.Damage().Text()};
+    file->Publish();
+    return result;
 }
 
 } // namespace aveffect

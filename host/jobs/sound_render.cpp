@@ -49,8 +49,8 @@ public:
                                   ? Change(plugin, progress)
                                   : Copy(progress);
         CheckCancel(m_cancel);
-        m_output.Publish();
         progress.Report(result.frames, true);
+        m_output.Publish();
         return result;
     }
 

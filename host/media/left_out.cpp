@@ -3,12 +3,13 @@
 #include <map>
 
 namespace aveffect {
-namespace {
 
 bool IsChapters(const AVFormatContext& input, const AVStream& stream) {
     return input.nb_chapters > 0 && stream.codecpar->codec_id == AV_CODEC_ID_BIN_DATA &&
            stream.codecpar->codec_tag == MKTAG('t', 'e', 'x', 't');
 }
+
+namespace {
 
 std::string DataName(const AVCodecParameters& data) {
     if (data.codec_tag == MKTAG('t', 'm', 'c', 'd')) return "timecode";

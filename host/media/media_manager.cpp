@@ -1,7 +1,7 @@
 #include "host/media/media_manager.h"
 
+#include "aveffect/base_tools.h"
 #include "host/media/media_reader.h"
-#include "host/support/error_record.h"
 
 namespace aveffect {
 
@@ -17,18 +17,16 @@ AVBased::IAVReader* MediaManager::OpenSource(const char* url, const char* /*opti
         GetBaseException()->SetException(AVBased::kBadPointer, "Bad pointer", __LINE__, __FILE__);
         return nullptr;
     }
-    return Recorded([&]() -> AVBased::IAVReader* {
-        const Canvas canvas = [this] {
-            const std::scoped_lock lock(m_mutex);
-            return m_canvas;
-        }();
-        auto* reader = new MediaReader(url, {canvas, m_framing, m_terms}, m_cancel, m_readers);
-        if (streams) *streams = reader->Streams();
-        if (width) *width = reader->Width();
-        if (height) *height = reader->Height();
-        if (duration) *duration = reader->GetDuration();
-        return reader;
-    });
+    const Canvas canvas = [this] {
+        const std::scoped_lock lock(m_mutex);
+        return m_canvas;
+    }();
+    auto* reader = new MediaReader(url, {canvas, m_framing, m_terms}, m_cancel, m_readers);
+    if (streams) *streams = reader->Streams();
+    if (width) *width = reader->Width();
+    if (height) *height = reader->Height();
+    if (duration) *duration = reader->GetDuration();
+    return reader;
 }
 
 } // namespace aveffect

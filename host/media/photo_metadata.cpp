@@ -9,6 +9,7 @@
 
 #include "host/media/tiff.h"
 #include "host/support/error.h"
+#include "host/support/whole_file.h"
 
 namespace aveffect {
 namespace {
@@ -286,19 +287,14 @@ std::string_view FindExif(std::string_view picture) {
 }
 
 PhotoMetadata ReadPhotoMetadata(const std::string& path, bool strip) {
-    constexpr uintmax_t kMost = 1 << 30;
+    constexpr size_t kMost = 1 << 30;
     std::error_code failed;
     if (!std::filesystem::is_regular_file(path, failed) || std::filesystem::file_size(path, failed) > kMost)
         return {};
-    std::ifstream file(path, std::ios::binary);
-    std::string picture(12, '\0');
-    file.read(picture.data(), static_cast<std::streamsize>(picture.size()));
-    if (!picture.starts_with(kPng) && !picture.starts_with(kJpeg) && !IsWebp(picture)) return {};
-    const size_t begun = picture.size();
-    picture.resize(std::max(begun, static_cast<size_t>(std::filesystem::file_size(path, failed))));
-    file.read(picture.data() + begun, static_cast<std::streamsize>(picture.size() - begun));
-    if (file.bad()) throw Error(ErrorKind::Input, path + " can't be read to its end");
-    picture.resize(begun + static_cast<size_t>(file.gcount()));
+    constexpr size_t kSignature = 12;
+    const std::string begin = WholeFile(path, kSignature).value_or("");
+    if (!begin.starts_with(kPng) && !begin.starts_with(kJpeg) && !IsWebp(begin)) return {};
+    const std::string picture = WholeFile(path, kMost).value_or("");
     PhotoMetadata found = IsWebp(picture)             ? ReadWebp(picture)
                           : picture.starts_with(kPng) ? ReadPng(picture)
                                                       : ReadJpeg(picture);

@@ -187,6 +187,11 @@ std::optional<SourceItem> Source::Next() {
     return item;
 }
 
+void Source::RequireRead() const {
+    if (m_readError != 0 && m_readError != AVERROR_INVALIDDATA)
+        ThrowFailure(ErrorKind::Input, m_path + " can't be read to its end", m_readError);
+}
+
 std::optional<SourceItem> Source::Read() {
     for (;;) {
         if (!m_packetsUntil && !m_copiesPictures)

@@ -81,6 +81,10 @@ public:
     /// The next picture, in order of presentation, or packet; absent at the end.
     std::optional<SourceItem> Next();
 
+    /// Throws Error (Input) when what Next() took for the end was a failure to read. What is damaged is told
+    /// by Damage().
+    void RequireRead() const;
+
     /// No more pictures; packets are read up to this moment (with some slack for how the file is
     /// interleaved).
     void StopPictures(const Moment& packetsUntil);

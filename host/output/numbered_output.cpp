@@ -20,7 +20,7 @@ void NumberedOutput::Write(mediabridge::AVFramePtr picture) {
     OutputPlan plan = m_plan;
     plan.target = NumberedName(plan.target, m_pictures + 1);
     OutputFile::Check(plan.target, {}, m_overwrite);
-    WriteStill(plan, std::move(picture), {}, m_overwrite, m_cancel);
+    WriteStill(plan, std::move(picture), {}, m_overwrite, m_cancel)->Publish();
     ++m_pictures;
 }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <random>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -43,6 +44,32 @@ std::string FollowLinks(const std::string& target) {
     const fs::path resolved = fs::weakly_canonical(target, failed);
     return failed ? target : resolved.string();
 }
+
+/// A file's folder, which its name belongs to.
+class OutputFolder {
+public:
+    explicit OutputFolder(const std::string& file) {
+        const fs::path folder = fs::path(file).parent_path();
+        m_folder = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        m_error = errno;
+    }
+    ~OutputFolder() {
+        if (m_folder >= 0) close(m_folder);
+    }
+    OutputFolder(const OutputFolder&) = delete;
+    OutputFolder& operator=(const OutputFolder&) = delete;
+
+    /// False, with errno, when its names can't be brought to the disk. Some file systems keep them by
+    /// themselves.
+    bool Settle() const noexcept {
+        errno = m_error;
+        return m_folder >= 0 && (fsync(m_folder) == 0 || errno == EINVAL);
+    }
+
+private:
+    int m_folder = -1;
+    int m_error = 0; ///< errno where it could not be opened
+};
 
 } // namespace
 
@@ -215,30 +242,23 @@ void OutputFile::Publish() {
     avio_flush(m_io.get());
     Require(m_io->error, "can't be written");
     Settle();
-    const bool named = m_nameless || !m_temporary.empty();
+    std::optional<OutputFolder> folder;
+    if (IsRegular() && g_durableOutputs) folder.emplace(m_resolved);
     if (m_nameless) GiveName();
     if (!m_temporary.empty()) Rename();
     m_unfinished.reset();
     m_temporary.clear();
-    if (named && g_durableOutputs) SettleName();
+    if (!folder || folder->Settle()) return;
+    const int error = errno;
+    if (!m_overwrite) unlink(m_resolved.c_str()); // what was replaced can't be had again
+    Fail("can't be made durable", error);
 }
 
 // Some file systems say what they could not write only when a descriptor is closed; any will do.
 void OutputFile::Settle() const {
     const int second = dup(m_file);
     if (second < 0 || close(second) != 0) Fail("can't be written", errno);
-    const bool regular = m_nameless || !m_temporary.empty();
-    if (regular && g_durableOutputs && fsync(m_file) != 0) Fail("can't be made durable", errno);
-}
-
-// Names are their folder's, and some file systems keep those by themselves.
-void OutputFile::SettleName() const {
-    const fs::path directory = fs::path(m_resolved).parent_path();
-    const int folder = open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool settled = folder >= 0 && (fsync(folder) == 0 || errno == EINVAL);
-    const int error = errno;
-    if (folder >= 0) close(folder);
-    if (!settled) Fail("can't be made durable", error);
+    if (IsRegular() && g_durableOutputs && fsync(m_file) != 0) Fail("can't be made durable", errno);
 }
 
 // A link replaces nothing: it takes the target's name if that is free, else one that can be renamed.

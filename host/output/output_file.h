@@ -30,8 +30,8 @@ public:
     /// The file as the container library writes to it; this object's.
     AVIOContext* Io() noexcept { return m_io.get(); }
 
-    /// Whether what was written can be read again and replaced: not on pipes and most devices.
-    bool Seekable() const noexcept { return m_io->seekable != 0; }
+    /// Whether what was written can be read again and replaced: not on pipes and devices.
+    bool Seekable() const noexcept { return IsRegular() && m_io->seekable != 0; }
 
     /// What has been written, from its beginning, for the container library to read; this object outlives it,
     /// CloseReader() frees it. Null when memory is short.
@@ -59,8 +59,9 @@ private:
     std::string TemporaryPath() const;
     void TakePermissions(int file) const;
     void OpenIo();
+    /// It gets its name in the end, unlike devices and pipes.
+    bool IsRegular() const noexcept { return m_nameless || !m_temporary.empty(); }
     void Settle() const;
-    void SettleName() const;
     int LinkTo(const std::string& path) const;
     void GiveName();
     void CopyToTemporary();

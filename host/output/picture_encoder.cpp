@@ -63,6 +63,7 @@ PictureEncoder::PictureEncoder(const OutputPlan& plan, const AVFrame& sample, co
     settings.thread_count = static_cast<int>(std::min(plan.encoder.threads, 64u));
     SetInterlacing(sample, plan.encoder.fieldOrder);
     SetPrivate(sample);
+    SetPreset(plan.encoder);
     SetQuality(plan.encoder);
     TakeLibraryError();
     RequireSize();
@@ -123,20 +124,28 @@ void PictureEncoder::SetInterlacing(const AVFrame& sample, AVFieldOrder order) {
 
 void PictureEncoder::SetPrivate(const AVFrame& sample) {
     const std::string light = LightSettings(Codec().name, sample);
-    av_opt_set(Settings().priv_data, "x264-params", light.c_str(), 0);
+    const auto set = [this](const char* name, const std::string& value) {
+        RequireMemory(av_opt_set(Settings().priv_data, name, value.c_str(), 0), "out of memory");
+    };
+    set("x264-params", light);
     // x265 prints on its own unless told not to.
     const std::string quiet = "log-level=none" + (light.empty() ? "" : ":" + light);
-    av_opt_set(Settings().priv_data, "x265-params", quiet.c_str(), 0);
+    set("x265-params", quiet);
 }
 
-void PictureEncoder::SetQuality(const EncoderChoice& choice) {
+void PictureEncoder::SetPreset(const EncoderChoice& choice) {
+    if (choice.preset.empty()) return;
     // x264 prints a complaint of its own about a preset that it does not know.
     const bool x26 = std::string_view(Codec().name).starts_with("libx26");
     const bool known = !x26 || std::ranges::find(kX26Presets, choice.preset) != std::end(kX26Presets);
-    if (!choice.preset.empty() &&
-        (!known || av_opt_set(Settings().priv_data, "preset", choice.preset.c_str(), 0) < 0))
+    const int code = known ? av_opt_set(Settings().priv_data, "preset", choice.preset.c_str(), 0) : -1;
+    RequireMemory(code, "out of memory");
+    if (code < 0)
         throw Error(ErrorKind::Usage, std::string("the encoder ") + choice.codec->name + " has no preset \"" +
                                           choice.preset + "\"");
+}
+
+void PictureEncoder::SetQuality(const EncoderChoice& choice) {
     if (choice.crf) {
         Settings().bit_rate = 0; // libvpx keeps to a bit rate otherwise
         const int code = av_opt_set_double(Settings().priv_data, "crf", *choice.crf, 0);

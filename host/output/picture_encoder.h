@@ -26,6 +26,7 @@ private:
     void TellProfile();
     AVFrame* Prepare(AVFrame* picture) override;
     void Mend(AVPacket& packet) override;
+    void SetPreset(const EncoderChoice& choice);
     void SetQuality(const EncoderChoice& choice);
     void SetPrivate(const AVFrame& sample);
     void SetInterlacing(const AVFrame& sample, AVFieldOrder order);

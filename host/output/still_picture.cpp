@@ -1,6 +1,5 @@
 #include "host/output/still_picture.h"
 
-#include "host/output/output_file.h"
 #include "host/output/picture_encoder.h"
 #include "host/support/error.h"
 
@@ -9,8 +8,9 @@ namespace aveffect {
 using mediabridge::AVFramePtr;
 using mediabridge::AVPacketPtr;
 
-void WriteStill(const OutputPlan& plan, AVFramePtr picture, const PhotoMetadata& metadata, bool overwrite,
-                const std::atomic<bool>& cancel) {
+std::unique_ptr<OutputFile> WriteStill(const OutputPlan& plan, AVFramePtr picture,
+                                       const PhotoMetadata& metadata, bool overwrite,
+                                       const std::atomic<bool>& cancel) {
     picture->pts = 0;
     PictureEncoder encoder(plan, *picture, {{1, 25}, {25, 1}});
     AVPacketPtr packet;
@@ -23,13 +23,13 @@ void WriteStill(const OutputPlan& plan, AVFramePtr picture, const PhotoMetadata&
     if (!packet) encoder.Encode(nullptr, keepFirst);
     if (!packet) throw Error(ErrorKind::Output, plan.target + ": the encoder gave nothing out");
     if (cancel.load()) throw Error(ErrorKind::Interrupted, "interrupted; nothing was written");
-    OutputFile file(plan.target, overwrite, cancel);
+    auto file = std::make_unique<OutputFile>(plan.target, overwrite, cancel);
     const std::string bytes = AddPhotoMetadata(
         std::string(reinterpret_cast<const char*>(packet->data), static_cast<size_t>(packet->size)),
         metadata);
-    avio_write(file.Io(), reinterpret_cast<const unsigned char*>(bytes.data()),
+    avio_write(file->Io(), reinterpret_cast<const unsigned char*>(bytes.data()),
                static_cast<int>(bytes.size()));
-    file.Publish();
+    return file;
 }
 
 } // namespace aveffect

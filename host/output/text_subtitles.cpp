@@ -90,9 +90,10 @@ bool TextSubtitles::Write(const AVPacket& packet) {
     int found = 0;
     const mediabridge::AVPacketPtr input(av_packet_clone(&packet));
     if (!input) throw NoMemory("out of memory");
-    if (packet.pts == AV_NOPTS_VALUE ||
-        avcodec_decode_subtitle2(m_decoder.get(), &subtitle, &found, input.get()) < 0)
-        return false;
+    if (packet.pts == AV_NOPTS_VALUE) return false;
+    const int code = avcodec_decode_subtitle2(m_decoder.get(), &subtitle, &found, input.get());
+    RequireMemory(code, "out of memory");
+    if (code < 0) return false;
     if (!found || subtitle.num_rects == 0) return true;
     int64_t duration = av_rescale_q(packet.duration, m_base, kMilliseconds);
     if (duration <= 0 && subtitle.end_display_time < std::numeric_limits<int32_t>::max())
@@ -103,6 +104,7 @@ bool TextSubtitles::Write(const AVPacket& packet) {
     av_packet_unref(m_packet.get());
     if (av_new_packet(m_packet.get(), kLargest) < 0) throw NoMemory("out of memory");
     const int size = avcodec_encode_subtitle(m_encoder.get(), m_packet->data, kLargest, &subtitle);
+    RequireMemory(size, "out of memory");
     if (size < 0) return false;
     av_shrink_packet(m_packet.get(), size);
     m_packet->pts = m_packet->dts = packet.pts;

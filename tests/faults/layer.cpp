@@ -13,6 +13,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
+#include <new>
 
 namespace {
 
@@ -22,14 +24,28 @@ void* g_real[kMostFunctions];
 std::atomic<long> g_calls[kMostFunctions];
 thread_local bool t_inside __attribute__((tls_model("initial-exec"))) = false;
 
-bool IsOurs(const void* caller) {
+bool LiesIn(const void* caller, std::initializer_list<const char*> objects) {
     Dl_info found;
     if (dladdr(caller, &found) == 0 || !found.dli_fname) return false;
     const char* const slash = std::strrchr(found.dli_fname, '/');
     const char* const name = slash ? slash + 1 : found.dli_fname;
-    for (const char* const own : {"aveffect", "libAVE", "libAVB", "libstdc++"})
-        if (std::strncmp(name, own, std::strlen(own)) == 0) return true;
+    for (const char* const object : objects)
+        if (std::strncmp(name, object, std::strlen(object)) == 0) return true;
     return false;
+}
+
+/// Whether a call counts, by failures.txt's WHOSE.
+bool Counts(char whose, const void* caller) {
+    switch (whose) {
+    case '*':
+        return true;
+    case 'm':
+        return LiesIn(caller, {"libav", "libsw"});
+    case 'd':
+        return LiesIn(caller, {"aveffect", "libAVE", "libAVB"});
+    default:
+        return LiesIn(caller, {"aveffect", "libAVE", "libAVB", "libstdc++"});
+    }
 }
 
 template <int Value, int Code>
@@ -37,6 +53,8 @@ long Failing() {
     errno = Code;
     return Value;
 }
+
+long Throwing() { throw std::bad_alloc(); }
 
 using Failure = long (*)();
 
@@ -48,6 +66,10 @@ Failure FailureOf(char kind) {
         return Failing<0, EIO>;
     case 'm':
         return Failing<-ENOMEM, ENOMEM>;
+    case 't':
+        return Throwing;
+    case 'a':
+        return Failing<ENOMEM, 0>;
     case 'i':
         return Failing<-EBADF, EBADF>;
     case 's':
@@ -87,14 +109,14 @@ const Chosen& TheChosen() {
 }
 
 // Opened at the beginning, since later the program may have locked itself in.
-class Counts {
+class CountsFile {
 public:
-    Counts() {
+    CountsFile() {
         t_inside = true;
         if (TheChosen().counts) m_file = std::fopen(TheChosen().counts, "w");
         t_inside = false;
     }
-    ~Counts() {
+    ~CountsFile() {
         t_inside = true;
         if (!m_file) return;
         for (int index = 0; index < kLayerFunctions; ++index)
@@ -117,9 +139,8 @@ extern "C" void* FaultDecide(int function, const void* caller) {
     const int error = errno;
     const Chosen& chosen = TheChosen();
     void* next = real;
-    if ((chosen.counts || chosen.function == function) &&
-        (kLayerKinds[function][1] == '*' || IsOurs(caller)) && ++g_calls[function] == chosen.at &&
-        chosen.function == function)
+    if ((chosen.counts || chosen.function == function) && Counts(kLayerKinds[function][1], caller) &&
+        ++g_calls[function] == chosen.at && chosen.function == function)
         next = reinterpret_cast<void*>(FailureOf(kLayerKinds[function][0]));
     errno = error;
     t_inside = false;

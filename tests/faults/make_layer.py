@@ -61,13 +61,12 @@ def undefined(objects):
     return names
 
 
-
 def main(failures, output, *objects):
     ways = known(failures)
     names = undefined(objects)
     if missing := sorted(names - ways.keys()):
         sys.exit(f"{failures} does not say how these fail: {' '.join(missing)}")
-    chosen = sorted(name for name in names if ways[name][0] != "-")
+    chosen = sorted(name for name, (kind, whose) in ways.items() if kind != "-" and (name in names or whose != "ours"))
     with open(output, "w", encoding="utf-8") as file:
         file.write("    .text\n" + DECIDE)
         for index, name in enumerate(chosen):

@@ -1,22 +1,26 @@
 #!/usr/bin/env python3
 """Makes calls of the program fail, one in each run, and judges what comes of it.
 
-sweep.py PROGRAM LAYER [--sample] [--calls N] [--command NAME] [--function NAME]
+sweep.py PROGRAM LAYER [--sample] [--sanitizer] [--calls N] [--command NAME] [--function NAME]
 --sample: of each function one call, in one command that makes it, and a second one elsewhere.
+--sanitizer: the program is built with the address sanitizer; the layer is an ordinary one.
 """
 import argparse
 import concurrent.futures
 import hashlib
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
 
 SECONDS = 30  # a run may take
-CALLS = 12  # of a function in a command that are made to fail, and its last
-MEMORY, FILES = "nm", "eis"
+CALLS = 12  # of a function in a command that are made to fail, the first ones, and as many between them and the last
+MEMORY = "nmta"  # kinds of failures.txt that say so
+# What is kept under other names until it counts.
+KEPT = re.compile(r"work/|plan/chunks/.*(?<!\d\.json)$")
 
 MEDIA = """
 -f lavfi -i testsrc2=s=32x32:r=10:d=0.5 -f lavfi -i sine=d=0.5 -i words.srt -i about.txt -map 0 -map 1 -map 2
@@ -27,10 +31,11 @@ MEDIA = """
 -f lavfi -i testsrc2=s=32x32 -frames:v 1 p.jpg
 -f lavfi -i testsrc2=s=32x32 -frames:v 1 q.jpg
 """
+FARM = "plan plan --chunks 2 render a.mov o.mov --codec mpeg4 -e gray"
 WORDS = "1\n00:00:00,000 --> 00:00:00,400\nword\n"
 ABOUT = ";FFMETADATA1\ntitle=a\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=300\ntitle=one\n"
 
-# NAME ARGUMENTS; {in} is the folder of MEDIA, {out} the one that the output goes to.
+# NAME[:FOLDER] ARGUMENTS; {in} is the folder of MEDIA, {out} the one that the output goes to, into which FOLDER is copied.
 COMMANDS = """
 render render {in}/a.mov {out}/o.mov --codec mpeg4 -e invert -a volume/half --size 24x24 --fit contain
 mp4 render {in}/a.mov {out}/o.mp4 --preset ultrafast -e invert
@@ -51,7 +56,20 @@ page timeline show {in}/film.otio --html {out}/o.html
 new timeline new {out}/o.otio {in}/a.mov {in}/b.mov -e crossfade --duration 0.1
 set timeline set {in}/film.otio tracks[0].children[1] effect=push -o {out}/o.otio
 list list
+describe describe push --json
 play play {in}/b.mov -e invert
+sync render {in}/p.png {out}/o.png --sync --max-pixels 1000000 --max-memory 4G --timeout 20
+numbers render {in}/b.mov {out}/%d.png --frames 2 --fps 5 --crop 16:16 --no-sound
+masked render {in}/a.mov {out}/o.mov --codec mpeg4 -e blur:@mask={in}/p.png:@mix=50% -a replace-sound:audio_replace_path={in}/s.wav
+pipe render {in}/a.mov - --format nut --codec mpeg4 --no-sandbox
+chosen compare {in}/p.png {in}/q.jpg --json
+films timeline show {in}/film.otio
+plan:media plan plan --chunks 2 render a.mov o.mov --codec mpeg4 -e gray
+lines:planned plan plan --as kubernetes
+work:planned work plan 1
+beside:planned work plan 2
+finish:worked finish plan --sync
+status:worked status plan
 """
 
 
@@ -62,6 +80,11 @@ class Sweep:
         self.folder = folder
         self.good = {}
         self.kinds = {}
+        self.env = dict(os.environ, SDL_VIDEODRIVER="dummy", SDL_AUDIODRIVER="dummy")
+        if options.sanitizer:
+            leaks = pathlib.Path(__file__).resolve().parents[2] / "cmake/leaks.txt"
+            self.env["ASAN_OPTIONS"] = "verify_asan_link_order=0:allocator_may_return_null=1"
+            self.env["LSAN_OPTIONS"] = f"suppressions={leaks}:print_suppressions=0"
         self.make_media()
 
     def make_media(self):
@@ -70,20 +93,32 @@ class Sweep:
         (self.media / "about.txt").write_text(ABOUT)
         for line in MEDIA.strip().replace("\n  ", " ").splitlines():
             subprocess.run(["ffmpeg", "-v", "error", *line.split()], cwd=self.media, check=True)
-        film = ["timeline", "new", "film.otio", "a.mov", "b.mov", "-e", "crossfade", "--duration", "0.1"]
-        subprocess.run([self.program, *film], cwd=self.media, check=True)
+        film = "timeline new film.otio a.mov b.mov -e crossfade --duration 0.1"
+        subprocess.run([self.program, *film.split()], cwd=self.media, check=True)
+        (self.folder / "media").mkdir()
+        shutil.copy(self.media / "a.mov", self.folder / "media")
+        for folder, before, steps in (("planned", "media", [FARM]), ("worked", "planned", ["work plan 0", "work plan 1", "work plan 2"])):
+            shutil.copytree(self.folder / before, self.folder / folder)
+            for step in steps:
+                subprocess.run([self.program, *step.split()], cwd=self.folder / folder, check=True, stdout=subprocess.DEVNULL)
 
     def run(self, command, **fault):
         """One run, as a dictionary of what came of it."""
         out = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
-        env = dict(os.environ, SDL_VIDEODRIVER="dummy", SDL_AUDIODRIVER="dummy", LD_PRELOAD=self.layer, **fault)
-        words = [word.format(**{"in": self.media, "out": out}) for word in command.split()[1:]]
+        name, *words = command.split()
+        before = {}
+        if ":" in name:
+            shutil.copytree(self.folder / name.split(":")[1], out, dirs_exist_ok=True)
+            before = {path: path.stat().st_mtime_ns for path in out.rglob("*")}
+        words = [word.format(**{"in": self.media, "out": out}) for word in words]
         try:
-            done = subprocess.run([self.program, *words], env=env, capture_output=True, timeout=SECONDS, cwd=out)
+            done = subprocess.run([self.program, *words], env=dict(self.env, LD_PRELOAD=self.layer, **fault), capture_output=True,
+                                  timeout=SECONDS, cwd=out)
             code, said, told = done.returncode, done.stderr.decode(errors="replace"), done.stdout
         except subprocess.TimeoutExpired:
             code, said, told = "no end", "", b""
-        files = {str(path.relative_to(out)): path for path in sorted(out.rglob("*")) if path.is_file()}
+        files = {str(path.relative_to(out)): path for path in sorted(out.rglob("*"))
+                 if path.is_file() and before.get(path) != path.stat().st_mtime_ns}
         return {"code": code, "said": said.splitlines(), "told": told.replace(bytes(out), b""), "files": files, "out": out}
 
     def count(self, command):
@@ -102,7 +137,7 @@ class Sweep:
         """What stands in the output, whatever is random in its bytes."""
         prints = []
         for name, path in result["files"].items():
-            if name.startswith("work/"):
+            if KEPT.match(name):
                 continue
             if path.suffix == ".mkv":
                 shown = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-map", "0", "-map", "-0:s", "-f", "framemd5", "-"],
@@ -114,7 +149,7 @@ class Sweep:
         return prints, result["told"]
 
     def decodes(self, path):
-        if path.suffix in (".otio", ".html"):
+        if path.suffix in (".otio", ".html", ".json"):
             return path.stat().st_size > 0
         shown = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-f", "null", "-"], capture_output=True)
         return shown.returncode == 0 and not shown.stderr
@@ -122,8 +157,8 @@ class Sweep:
     def judge(self, command, kind, result):
         """What is wrong with a result; nothing when all is right."""
         code, said, good = result["code"], result["said"], self.good[command]
-        files = {name: path for name, path in result["files"].items() if not name.startswith("work/")}
-        batch = command.startswith("batch")
+        files = {name: path for name, path in result["files"].items() if not KEPT.match(name)}
+        name = command.split()[0]
         if code == "no end" or code < 0 or code > 7:
             return f"ends with {code}"
         if any("Sanitizer" in line for line in said):
@@ -134,15 +169,16 @@ class Sweep:
             return "" if code == good["code"] and self.print_of(result) == good["print"] else "lost without a word"
         if not said:
             return f"{code} without a word"
-        if code in (0, 6, 7):
-            return "" if all(self.decodes(path) for path in files.values()) else "does not decode"
-        if batch or command.startswith("compare"):  # its picture is done before the words about it are told
-            return "" if all(self.decodes(path) for path in files.values()) else "does not decode"
-        if len(said) > 1 and not command.split()[1] == "timeline":  # which tells a fault of each place
+        if code in (0, 6, 7) or name in ("batch", "numbers"):  # whose files are done one by one
+            if not all(self.decodes(path) for path in files.values()):
+                return "does not decode"
+            return "does not say memory" if code and kind in MEMORY and "memory" not in "".join(said) else ""
+        if len(said) > 1:
             return "more than a line"
         if files:
             return "left behind"
-        if "Bad pointer" in said[0]:  # what effects say of a tool that they could not get for a frame before
+        # What effects say of a tool that they could not get for a frame; why, they have forgotten.
+        if kind in MEMORY and code == 5 and re.fullmatch("aveffect: effect [A-Za-z]+ failed: Bad pointer", said[0]):
             return ""
         if kind in MEMORY and (code != 1 or "memory" not in said[0]):
             return "does not say memory"
@@ -158,19 +194,24 @@ class Sweep:
         return wrong and f"{command.split()[0]}: {function} {at}: {wrong}: {result['code']} {' | '.join(result['said'])[:200]}"
 
 
+def calls_of(number, calls):
+    """Which of a function's calls to try: the first ones, the last, and as many evenly between."""
+    between = range(calls + 1, number, max(1, (number - calls) // max(1, calls)))
+    return sorted({*range(1, min(number, calls) + 1), *(between if calls > 1 else ()), number})
+
+
 def tasks_of(counts, sample, calls):
     """What to try: (command, function, call). A sample takes each function in two commands, its first call and its last."""
     tasks = []
     for function in sorted({name for each in counts.values() for name in each}):
-        makers = [command for command in counts if counts[command][function] > 0]
+        makers = [command for command in counts if counts[command].get(function, 0) > 0]
         if sample and makers:
             start = int(hashlib.sha256(function.encode()).hexdigest(), 16)
             first, last = makers[start % len(makers)], makers[start // 97 % len(makers)]
             tasks += {(first, function, 1), (last, function, counts[last][function])}
             continue
         for command in makers:
-            number = counts[command][function]
-            tasks += [(command, function, at) for at in sorted({*range(1, min(number, calls) + 1), number})]
+            tasks += [(command, function, at) for at in calls_of(counts[command][function], calls)]
     return tasks
 
 
@@ -179,6 +220,7 @@ def main():
     parser.add_argument("program")
     parser.add_argument("layer")
     parser.add_argument("--sample", action="store_true")
+    parser.add_argument("--sanitizer", action="store_true")
     parser.add_argument("--calls", type=int, default=CALLS)
     parser.add_argument("--command", action="append")
     parser.add_argument("--function", action="append")
@@ -186,17 +228,21 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         sweep = Sweep(options, pathlib.Path(folder))
         commands = [line for line in COMMANDS.strip().splitlines()
-                    if not options.command or line.split()[0] in options.command]
+                    if not options.command or re.split("[: ]", line)[0] in options.command]
         counts = {command: sweep.count(command) for command in commands}
         if options.function:
             counts = {command: {name: number for name, number in each.items() if name in options.function}
                       for command, each in counts.items()}
         tasks = tasks_of(counts, options.sample, options.calls)
+        found = 0
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-            wrong = [line for line in pool.map(sweep.try_one, tasks) if line]
-        print(*wrong, sep="\n")
-        print(f"{len(tasks)} runs of {len(commands)} commands, {len(wrong)} wrong")
-        sys.exit(bool(wrong))
+            for wrong in pool.map(sweep.try_one, tasks):
+                if wrong:
+                    print(wrong, flush=True)
+                    found += 1
+        functions = len({function for _, function, _ in tasks})
+        print(f"{len(tasks)} runs of {len(commands)} commands, {functions} functions, {found} wrong")
+        sys.exit(bool(found))
 
 
 main()

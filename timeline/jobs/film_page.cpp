@@ -195,27 +195,31 @@ std::string FilmPage(const Film& film, const Thumbnailer& thumbnail) {
 }
 
 void WriteFilmPage(const Plugin& plugin, const Film& film, const FilmPageOptions& options,
-                   const std::atomic<bool>& cancel) {
+                   const RenderObserver& observer, const std::atomic<bool>& cancel) {
     constexpr size_t kMostPictures = 1000; // what browsers show without trouble
     OutputFile::Check(options.output, options.input, options.overwrite);
-    FilmThumbnails thumbnails(plugin, options.output, kMostPictures, cancel);
+    FilmThumbnails thumbnails(plugin, options.output, kMostPictures, observer, cancel);
     const std::string page = FilmPage(film, [&](const FilmItem& clip) { return thumbnails.Of(clip); });
     WriteTextFile(options.output, page, options.overwrite, cancel);
 }
 
 FilmThumbnails::FilmThumbnails(const Plugin& plugin, const std::string& page, size_t most,
-                               const std::atomic<bool>& cancel)
+                               const RenderObserver& observer, const std::atomic<bool>& cancel)
     : m_plugin(plugin)
     , m_most(most)
+    , m_reporter(observer)
     , m_cancel(cancel)
-    , m_directory((std::filesystem::path(page).parent_path() / ".aveffect.XXXXXX").string()) {
+    , m_directory((std::filesystem::path(page).parent_path() / ".aveffect.XXXXXX").string())
+    , m_picture(m_directory + "/picture.jpg") {
     if (!mkdtemp(m_directory.data()))
         throw Error(ErrorKind::Output, "can't make a directory beside " + page + ": " + std::strerror(errno));
+    m_picture.replace(0, m_directory.size(), m_directory);
 }
 
+// Even without memory.
 FilmThumbnails::~FilmThumbnails() {
-    std::error_code failed; // what can't be removed stays
-    std::filesystem::remove_all(m_directory, failed);
+    unlink(m_picture.c_str());
+    rmdir(m_directory.c_str());
 }
 
 std::string FilmThumbnails::Of(const FilmItem& clip) {
@@ -235,7 +239,10 @@ std::string FilmThumbnails::Of(const FilmItem& clip) {
             return bytes;
         } catch (const Error& wrong) {
             // A still picture ends before the moment that a film shows of it.
+            if (wrong.Kind() == ErrorKind::Usage && moment > 0) continue;
             if (wrong.Kind() != ErrorKind::Input && wrong.Kind() != ErrorKind::Usage) throw;
+            m_reporter.Warn("no picture of " + clip.place + ": " + wrong.what());
+            break;
         }
     }
     return "";
@@ -245,7 +252,7 @@ std::string FilmThumbnails::Draw(const FilmItem& clip, const std::string& url, i
     constexpr double kWidth = 240;
     FrameOptions options;
     options.input = url;
-    options.output = m_directory + "/picture.jpg";
+    options.output = m_picture;
     options.overwrite = true;
     options.strip = true;
     options.atMs = milliseconds;
@@ -253,7 +260,10 @@ std::string FilmThumbnails::Draw(const FilmItem& clip, const std::string& url, i
     for (const FilmEffect& effect : clip.effects)
         if (effect.medium == Medium::Video && StandsStill(effect.spec))
             options.effects.push_back(effect.spec);
-    RenderFrame(m_plugin, options, {}, m_cancel);
+    const RenderResult result = RenderFrame(m_plugin, options, {}, m_cancel);
+    if (result.inputDamage)
+        m_reporter.Warn("the picture of " + clip.place +
+                        " shows what could be decoded: " + *result.inputDamage);
     return DocumentBytes(options.output);
 }
 

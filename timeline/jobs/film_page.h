@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/effects/plugin.h"
+#include "host/support/reporter.h"
 #include "timeline/film/film.h"
 
 namespace aveffect {
@@ -18,18 +19,18 @@ using Thumbnailer = std::function<std::string(const FilmItem& clip)>;
 std::string FilmPage(const Film& film, const Thumbnailer& thumbnail);
 
 /// Draws the first picture of clips, with those of their effects that stand still. Clips whose media can't be
-/// read have none. Used by one thread at a time.
+/// read have none, of which the observer is warned. Used by one thread at a time.
 class FilmThumbnails {
 public:
-    /// Plugin and flag outlive it. No more than that many pictures are drawn.
+    /// Plugin, observer and flag outlive it. No more than that many pictures are drawn.
     /// They pass through files in a hidden directory beside the page, where this process may write.
-    FilmThumbnails(const Plugin& plugin, const std::string& page, size_t most,
+    FilmThumbnails(const Plugin& plugin, const std::string& page, size_t most, const RenderObserver& observer,
                    const std::atomic<bool>& cancel);
     ~FilmThumbnails();
     FilmThumbnails(const FilmThumbnails&) = delete;
     FilmThumbnails& operator=(const FilmThumbnails&) = delete;
 
-    /// Throws Error (Interrupted).
+    /// Throws Error (Effect, Interrupted).
     std::string Of(const FilmItem& clip);
 
 private:
@@ -37,8 +38,9 @@ private:
 
     const Plugin& m_plugin;
     size_t m_most;
+    Reporter m_reporter;
     const std::atomic<bool>& m_cancel;
-    std::string m_directory;
+    std::string m_directory, m_picture;
 };
 
 struct FilmPageOptions {
@@ -49,6 +51,6 @@ struct FilmPageOptions {
 
 /// Writes the film's page with the pictures of its first thousand clips. Throws Error.
 void WriteFilmPage(const Plugin& plugin, const Film& film, const FilmPageOptions& options,
-                   const std::atomic<bool>& cancel);
+                   const RenderObserver& observer, const std::atomic<bool>& cancel);
 
 } // namespace aveffect

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/media/left_out.h"
 #include "host/media/source.h"
 #include "host/output/media_writer.h"
 #include "host/output/stream_copy.h"
@@ -48,6 +49,10 @@ public:
         m_before = before;
         for (unsigned index = 0; index < m_input->nb_streams; ++index) {
             AVStream& stream = *m_input->streams[index];
+            if (IsChapters(*m_input, stream)) {
+                stream.discard = AVDISCARD_ALL; // the writer makes its own
+                continue;
+            }
             const int own = stream.index;
             stream.index += before;
             file.AddCopy(stream, true);
@@ -66,11 +71,15 @@ public:
         }
     }
 
+    DamageReport Damage() const { return m_input.get_deleter().damage->Report(); }
+
 private:
     void Read() {
-        av_packet_unref(m_packet.get());
-        m_ended = ReadPacket(m_input, *m_packet) < 0;
-        if (m_ended) return;
+        do {
+            av_packet_unref(m_packet.get());
+            m_ended = ReadPacket(m_input, *m_packet) < 0;
+            if (m_ended) return;
+        } while (m_input->streams[m_packet->stream_index]->discard == AVDISCARD_ALL);
         const int64_t shift =
             av_rescale_q(m_shiftUs, kMicroseconds, m_input->streams[m_packet->stream_index]->time_base);
         if (m_packet->pts != AV_NOPTS_VALUE) m_packet->pts -= shift;
@@ -186,8 +195,10 @@ DamageReport JoinSegments(const SegmentRow& row, const OutputPlan& plan, bool ov
     file.EndStreams(times.End());
     file.Finish();
     CheckCancel(cancel);
+    DamageReport damage = file.Damage();
+    if (beside) damage.Add(beside->Damage());
     file.Publish();
-    return file.Damage();
+    return damage;
 }
 
 } // namespace aveffect

@@ -1,14 +1,13 @@
 #include "timeline/otio/document.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "host/support/error.h"
+#include "host/support/whole_file.h"
 
 namespace aveffect {
 
@@ -93,17 +92,10 @@ std::string DocumentBytes(const std::string& path) {
     const auto fail = [&](const char* why) { throw Error(ErrorKind::Input, path + ": " + why); };
     std::error_code failed;
     if (std::filesystem::is_directory(path, failed)) fail("is a directory, no film");
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) fail(std::strerror(errno));
-    std::string bytes;
-    std::vector<char> piece(size_t{1} << 20);
-    while (file.read(piece.data(), static_cast<std::streamsize>(piece.size())) || file.gcount() > 0) {
-        bytes.append(piece.data(), static_cast<size_t>(file.gcount()));
-        if (bytes.size() > kMostBytes) Refuse(path + ": " + kTooLarge);
-    }
-    if (file.bad()) fail("can't be read");
-    return bytes;
+    std::optional<std::string> bytes = WholeFile(path, kMostBytes + 1);
+    if (!bytes) fail("No such file or directory");
+    if (bytes->size() > kMostBytes) Refuse(path + ": " + kTooLarge);
+    return std::move(*bytes);
 }
 
 } // namespace aveffect

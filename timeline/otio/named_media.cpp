@@ -43,8 +43,9 @@ void Collect(const OtioJson& json, const MediaTerms& terms, NamedMedia& media) {
 NamedMedia MediaNamedIn(const std::string& film, MediaTerms terms) {
     NamedMedia media;
     terms.folder = std::filesystem::path(film).parent_path();
+    const std::string bytes = DocumentBytes(film);
     try {
-        Collect(ParseDocument(DocumentBytes(film)), terms, media);
+        Collect(ParseDocument(bytes), terms, media);
     } catch (const Error&) {
         return media;
     }

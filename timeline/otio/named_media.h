@@ -13,7 +13,8 @@ struct NamedMedia {
 };
 
 /// Whatever a film's file names in the members that name files, whether it is shown or not. What may not be
-/// opened, isn't there or can't be read is left to those who read the film.
+/// opened or isn't what a film is made of is left to those who read the film. Throws Error (Input) when the
+/// file can't be read.
 NamedMedia MediaNamedIn(const std::string& film, MediaTerms terms);
 
 } // namespace aveffect
