@@ -18,10 +18,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         throw std::runtime_error("the media could not be laid down");
     static const std::string path = "/proc/self/fd/" + std::to_string(file);
     unsigned streams = 0, width = 0, height = 0, duration = 0;
-    const std::unique_ptr<IAVReader, void (*)(IAVReader*)> reader(
-        aveffect::MediaManager().OpenSource(path.c_str(), nullptr, &streams, &width, &height, &duration),
-        [](IAVReader* r) { r->Release(); });
-    if (!reader) return 0;
+    IAVReader* opened = nullptr;
+    try {
+        opened =
+            aveffect::MediaManager().OpenSource(path.c_str(), nullptr, &streams, &width, &height, &duration);
+    } catch (const std::exception&) {
+        return 0;
+    }
+    const std::unique_ptr<IAVReader, void (*)(IAVReader*)> reader(opened, [](IAVReader* r) { r->Release(); });
     for (const unsigned seek : {0u, duration / 2, 0xFFFFFFFFu}) {
         for (int items = 0; items < 12; ++items) {
             AVItem item{nullptr, -1, 0, 0xFFFFFFFF, 0};

@@ -40,6 +40,8 @@ public:
     /// Pictures of sources that are opened from now on are cut and scaled, as they are seen.
     void Frame(const Framing& framing) { m_framing = framing; }
 
+    /// Throws Error (Input) and NoMemory, which effects tell of in the error record: where nothing is opened
+    /// some of them have an assertion. Null, with a word in the record, for a null URL.
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
                                    unsigned* height, unsigned* duration) override;
 

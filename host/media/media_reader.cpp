@@ -32,14 +32,19 @@ void OpenReaders::Add(const MediaReader& reader) {
     m_open.insert(&reader);
 }
 
-void OpenReaders::Remove(const MediaReader& reader) {
+void OpenReaders::Remove(const MediaReader& reader) noexcept {
     const std::scoped_lock lock(m_mutex);
-    m_found.Add(reader.Damage());
+    try {
+        m_found.Add(reader.Damage());
+    } catch (const std::bad_alloc&) {
+        m_forgotten = true;
+    }
     m_open.erase(&reader);
 }
 
 DamageReport OpenReaders::Damage() const {
     const std::scoped_lock lock(m_mutex);
+    if (m_forgotten) throw NoMemory("out of memory");
     DamageReport all = m_found;
     for (const MediaReader* reader : m_open) all.Add(reader->Damage());
     return all;

@@ -38,14 +38,16 @@ struct ReaderTerms {
 class OpenReaders {
 public:
     void Add(const MediaReader& reader);
-    void Remove(const MediaReader& reader);
-    /// Call while nobody reads.
+    /// Where memory is short what was found is forgotten, of which Damage() tells.
+    void Remove(const MediaReader& reader) noexcept;
+    /// Call while nobody reads. Throws NoMemory.
     DamageReport Damage() const;
 
 private:
     mutable std::mutex m_mutex;
     std::set<const MediaReader*> m_open;
     DamageReport m_found;
+    bool m_forgotten = false;
 };
 
 /// Items in the order in which the file's pictures and sound come out of their decoders, pictures upright, of

@@ -78,11 +78,7 @@ void RequireFaultlessAt(const std::string& path, const ReadFilm& read) {
     RequireFaultless(faults);
 }
 
-} // namespace
-
-void SetInFilm(const FilmSetOptions& options, const std::atomic<bool>& cancel) {
-    const bool inPlace = options.output.empty();
-    if (!inPlace) OutputFile::Check(options.output, options.film, options.overwrite);
+std::string ChangedText(const FilmSetOptions& options) {
     OtioJson document = ParseDocument(DocumentBytes(options.film));
     OtioJson& object = ObjectAt(document, options.place);
     RequireOurs(object, options.place);
@@ -92,6 +88,15 @@ void SetInFilm(const FilmSetOptions& options, const std::atomic<bool>& cancel) {
     OtioTerms terms = options.terms;
     terms.media.folder = std::filesystem::path(options.film).parent_path();
     RequireFaultlessAt(PathIn(options.place), ReadOtio(DocumentText(document), terms));
+    return text;
+}
+
+} // namespace
+
+void SetInFilm(const FilmSetOptions& options, const std::atomic<bool>& cancel) {
+    const bool inPlace = options.output.empty();
+    if (!inPlace) OutputFile::Check(options.output, options.film, options.overwrite);
+    const std::string text = ChangedText(options); // documents need memory even to go
     WriteTextFile(inPlace ? options.film : options.output, text, inPlace || options.overwrite, cancel);
 }
 
