@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstddef>
+#include <new>
 
 #include "aveffect/pixel_format.h"
 #include "kernels/blend.h"
@@ -51,12 +52,12 @@ unsigned WeightOf(double strength) {
 
 Plane32 Pixels(const Plane8& plane) { return {plane.data, plane.width / 4, plane.pitch, plane.rows}; }
 
-/// Grey of that size, in the same memory as the last time where that fits; false when memory is short.
-bool Prepare(AVFramePtr& grey, size_t width, size_t rows) {
+/// Grey of that size, in the same memory as the last time where that fits.
+void Prepare(AVFramePtr& grey, size_t width, size_t rows) {
     const int columns = static_cast<int>(width), lines = static_cast<int>(rows);
     if (!grey || grey->width != columns || grey->height != lines)
         grey = AllocatePicture(AV_PIX_FMT_GRAY8, columns, lines);
-    return grey != nullptr;
+    if (!grey) throw std::bad_alloc();
 }
 
 } // namespace
@@ -90,8 +91,8 @@ bool PictureBlend::Mask(IRawVideoFrame& frame, IRawVideoFrame& before, const AVF
     const Made wanted{mask.pts, weight, used.width, used.rows, chroma.width, chroma.rows};
     const bool made = mask.pts != AV_NOPTS_VALUE && wanted == m_made;
     m_made = {};
-    if (weight < kWholeWeight && !Prepare(m_scaled, used.width, used.rows)) return false;
-    if (subsampled && !chroma.Empty() && !Prepare(m_chroma, chroma.width, chroma.rows)) return false;
+    if (weight < kWholeWeight) Prepare(m_scaled, used.width, used.rows);
+    if (subsampled && !chroma.Empty()) Prepare(m_chroma, chroma.width, chroma.rows);
 
     m_made = wanted;
     if (weight < kWholeWeight) {

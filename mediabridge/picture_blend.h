@@ -17,8 +17,8 @@ int64_t NextMaskNumber();
 /// time.
 ///
 /// A strength is 0 (the picture before) to 1 (the effect), to the nearest 32768th; other numbers count as the
-/// nearer of the two. Results are false, with nothing changed, when the frames differ in format or size, when
-/// effects don't serve the format, or when memory is short for a mask.
+/// nearer of the two. Results are false, with nothing changed, when the frames differ in format or size, or
+/// when effects don't serve the format. Throws std::bad_alloc when memory is short for a mask.
 class PictureBlend {
 public:
     /// All of the picture by one strength.

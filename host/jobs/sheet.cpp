@@ -36,13 +36,14 @@ PictureSize TileSize(const Canvas& picture) {
 AVFramePtr MakeSheet(const PictureSize& tile, int rows) {
     const int64_t width = int64_t{kMoments} * (tile.width + kGap) - kGap;
     const int64_t height = int64_t{rows} * (tile.height + kGap) - kGap;
-    const bool possible = width <= INT_MAX && height <= INT_MAX;
-    AVFramePtr sheet = possible ? mediabridge::AllocatePicture(AV_PIX_FMT_BGR0, static_cast<int>(width),
-                                                               static_cast<int>(height))
-                                : nullptr;
-    if (!sheet)
-        throw Error(ErrorKind::Usage, "a sheet of " + std::to_string(width) + "x" + std::to_string(height) +
-                                          " pixels can't be made; choose a smaller --size");
+    const std::string text =
+        "a sheet of " + std::to_string(width) + "x" + std::to_string(height) + " pixels ";
+    if (width > INT_MAX || height > INT_MAX ||
+        av_image_check_size(static_cast<unsigned>(width), static_cast<unsigned>(height), 0, nullptr) < 0)
+        throw Error(ErrorKind::Usage, text + "can't be made; choose a smaller --size");
+    AVFramePtr sheet =
+        mediabridge::AllocatePicture(AV_PIX_FMT_BGR0, static_cast<int>(width), static_cast<int>(height));
+    if (!sheet) throw NoMemory(text + "takes more memory than there is; choose a smaller --size");
     for (int row = 0; row < sheet->height; ++row)
         std::fill_n(sheet->data[0] + ptrdiff_t{row} * sheet->linesize[0], ptrdiff_t{sheet->width} * 4, 255);
     return sheet;
