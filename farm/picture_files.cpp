@@ -3,13 +3,13 @@
 #include <array>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <sstream>
 #include <system_error>
 
 #include "host/media/input.h"
 #include "host/output/output_file.h"
 #include "host/support/error.h"
+#include "host/support/whole_file.h"
 #include "timeline/jobs/text_file.h"
 
 namespace aveffect {
@@ -90,8 +90,7 @@ int64_t BytesAt(const files::path& path) {
 
 void CopyPictures(const files::path& directory, const PacketSum::Result& expected, const OutputPlan& output,
                   int64_t first, bool overwrite, const std::atomic<bool>& cancel) {
-    std::ifstream file(directory / kList, std::ios::binary);
-    const std::string list{std::istreambuf_iterator<char>(file), {}};
+    const std::string list = WholeFile(directory / kList).value_or("");
     if (SumOfText(list) != expected.sum) ThrowSpoilt(directory / kList);
     std::istringstream lines(list);
     std::string sum, name;
