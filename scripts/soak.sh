@@ -85,7 +85,7 @@ if runs sharing; then
   report sharing "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/sharing.log")"
 fi
 if runs faults; then
-  run faults tests/faults/sweep.py build/bin/aveffect build/tests/libfaults.so || true
+  run faults python3 tests/faults/sweep.py build/bin/aveffect build/tests/libfaults.so || true
   report faults "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/faults.log" | tail -n 1)"
 fi
 if runs formats; then

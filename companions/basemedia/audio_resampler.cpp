@@ -143,12 +143,14 @@ private:
         // As many channels as there are stay as they are, whatever speakers they are for.
         AVChannelLayout to = shape.channels == m_target.channels ? from : SpeakersFor(0, m_target.channels);
         SwrContext* made = nullptr;
-        const int result = swr_alloc_set_opts2(&made, &to, m_layout.LibraryFormat(m_target.interleaved),
-                                               static_cast<int>(m_target.rate), &from,
-                                               layout.LibraryFormat(shape.interleaved),
-                                               static_cast<int>(shape.rate), mediabridge::kSilent, nullptr);
+        int result = swr_alloc_set_opts2(&made, &to, m_layout.LibraryFormat(m_target.interleaved),
+                                         static_cast<int>(m_target.rate), &from,
+                                         layout.LibraryFormat(shape.interleaved),
+                                         static_cast<int>(shape.rate), mediabridge::kSilent, nullptr);
         mediabridge::SwrContextPtr context(made);
-        if (result < 0 || swr_init(context.get()) < 0)
+        if (result >= 0) result = swr_init(context.get());
+        RequireMemory(result);
+        if (result < 0)
             throw Failure(AVBased::kUnknownException,
                           "Can't convert " + DescribeShape(shape) + " to " + DescribeShape(m_target));
         m_context = std::move(context);
@@ -181,6 +183,7 @@ private:
         }
         const int count =
             swr_convert(m_context.get(), to.data(), room, input ? from.data() : nullptr, samples);
+        RequireMemory(count);
         if (count < 0)
             throw Failure(AVBased::kUnknownException, "Converting " + DescribeShape(m_source) + " failed");
         m_target.samples += static_cast<unsigned>(count);

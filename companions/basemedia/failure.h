@@ -1,8 +1,13 @@
 #pragma once
 /// How the library fails inside, and the boundary where failures become entries of the error record.
+#include <cerrno>
 #include <new>
 #include <stdexcept>
 #include <string>
+
+extern "C" {
+#include <libavutil/error.h>
+}
 
 #include "mediabridge/record_error.h"
 
@@ -29,6 +34,11 @@ private:
 inline void RequirePointer(const void* pointer, int line = __builtin_LINE(),
                            const char* file = __builtin_FILE()) {
     if (!pointer) throw Failure(AVBased::kBadPointer, "Bad pointer", line, file);
+}
+
+/// Throws std::bad_alloc where the media libraries' code says that memory was short.
+inline void RequireMemory(int code) {
+    if (code == AVERROR(ENOMEM)) throw std::bad_alloc();
 }
 
 /// Runs the body; on failure records it and returns null.
