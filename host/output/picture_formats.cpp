@@ -19,10 +19,9 @@ const PictureHolding kHolds[] = {
     {{"mpegts"},
      {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264, AV_CODEC_ID_HEVC,
       AV_CODEC_ID_DIRAC, AV_CODEC_ID_CAVS}},
-    // Program streams number the same kinds as transport streams do; discs know the two that players play.
-    {{"mpeg"},
-     {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264, AV_CODEC_ID_HEVC}},
-    {{"vcd", "svcd", "dvd", "vob"}, {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO}},
+    // What the standard numbers beside these is written without the map that has the numbers: readers guess,
+    // and fail with small clips.
+    {{"mpeg", "vcd", "svcd", "dvd", "vob"}, {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO}},
     {{"ogg", "ogv"}, {AV_CODEC_ID_THEORA, AV_CODEC_ID_VP8}},
     {{"mxf", "mxf_opatom"},
      {AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_H264, AV_CODEC_ID_JPEG2000, AV_CODEC_ID_DNXHD, AV_CODEC_ID_DVVIDEO,
