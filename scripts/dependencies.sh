@@ -22,7 +22,7 @@ if [ "${1:-}" != program ]; then
   # What makes the manual, and the browser that tries it.
   packages+=(cmark-gfm chromium chromium-driver python3-selenium)
   # Programs that try the adapters, and the headers that they are held to.
-  packages+=(ladspa-sdk lv2-dev lilv-utils sordi frei0r-plugins-dev sox melt mpv gstreamer1.0-tools gstreamer1.0-plugins-{base,good,bad})
+  packages+=(ladspa-sdk lv2-dev lilv-utils sordi frei0r-plugins-dev sox melt libmlt-dev mpv gstreamer1.0-tools gstreamer1.0-plugins-{base,good,bad})
 fi
 
 missing=()

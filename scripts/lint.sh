@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # clang-tidy over all sources.
-#   scripts/lint.sh [--deep]     deep: every path through every function, and the tests' too; expects a release build, and a clang build that is configured
+#   scripts/lint.sh [--deep]     deep: every path through every function, and the tests' too; expects a clang build that is configured
 set -euo pipefail
 cd "$(dirname "$0")/.."
 paths='-*,clang-analyzer-*,-clang-analyzer-valist.Uninitialized'
@@ -15,13 +15,14 @@ find build-clang -name 'unity_*.cxx' ! -path '*/tests/*' | tidy 2 -p build-clang
 find build-clang/tests -name 'unity_*.cxx' | tidy 2 -p build-clang/units \
   --checks="$units,-performance-inefficient-vector-operation,-performance-inefficient-string-concatenation"
 
-# Paths are followed in a unit's own source alone. What holds the contract compiles or does not, and is no program.
+# Paths are followed in a unit's own source alone, as a build of each source alone has it. What holds the contract compiles or does not, and is no program.
+cmake --preset release -B build-clang/sources -DCMAKE_UNITY_BUILD=OFF >/dev/null
 sources=$(git ls-files '*.cpp' ':!tests/packages')
 if [ "${1:-}" = --deep ]; then
-  tidy 4 -p build --checks="$paths" <<<"$sources"
+  tidy 4 -p build-clang/sources --checks="$paths" <<<"$sources"
 else
   # Destructors aren't looked into then; the sanitizers see what leaks.
   paths+=',-clang-analyzer-cplusplus.NewDeleteLeaks'
-  grep -vE '^(tests|fuzz|bench)/' <<<"$sources" | tidy 4 -p build --checks="$paths" \
+  grep -vE '^(tests|fuzz|bench)/' <<<"$sources" | tidy 4 -p build-clang/sources --checks="$paths" \
     --extra-arg=-Xclang --extra-arg=-analyzer-config --extra-arg=-Xclang --extra-arg=mode=shallow
 fi

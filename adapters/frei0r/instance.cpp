@@ -8,11 +8,14 @@
 #include <stdexcept>
 
 #include "adapters/frei0r/notices.h"
-#include "adapters/frei0r/shown_pictures.h"
+#include "adapters/support/shown_pictures.h"
 #include "aveffect/catalogue.h"
 #include "aveffect/pixel_format.h"
 
 namespace aveffect::frei0r {
+
+using adapters::ShownPictures;
+
 namespace {
 
 /// The length that progress is counted in. Fades count 256 levels of it in 32 bits.
@@ -88,7 +91,7 @@ VideoProcPtr Instance::Make(AVBased::IAVManager* manager, const Settings& settin
 }
 
 void Instance::Run(AVBased::IVideoProc& proc, uint32_t* picture) const {
-    AVBased::MemoryFrame frame(AVBased::BGRA, m_width, m_height, PlanesOf(picture, m_width, m_height));
+    AVBased::MemoryFrame frame = adapters::Bgra(picture, m_width, m_height).Frame();
     AVBased::ImagePostion position{};
     IBaseException& record = EffectPlugin::Get()->Record();
     record.Clear();
@@ -115,7 +118,11 @@ void Instance::Mix(const uint32_t* first, const uint32_t* second, uint32_t* out)
         std::copy_n(first, Count(), out);
         second = replaced.data();
     }
-    ShownPictures pictures(first, second, out, m_width, m_height);
+    // Nobody writes into pictures that are shown.
+    const auto shown = [this](const uint32_t* picture) {
+        return adapters::Bgra(const_cast<uint32_t*>(picture), m_width, m_height);
+    };
+    ShownPictures pictures(shown(first), shown(second), out);
     // A transition reads its pictures once in its life, so each moment has its own.
     const VideoProcPtr proc = Make(&pictures, {{"EffectPropVFPath1", ShownPictures::kFirst},
                                                {"EffectPropVFPath2", ShownPictures::kSecond},

@@ -1,21 +1,14 @@
 #include "adapters/frei0r/module.h"
 
-#include <algorithm>
 #include <limits>
 #include <memory>
 
 #include "adapters/frei0r/instance.h"
 #include "adapters/frei0r/notices.h"
+#include "adapters/support/bytes_alike.h"
 
 namespace aveffect::frei0r::module {
 namespace {
-
-/// Effects that do the same to all four bytes of a pixel, which hosts may have in the order that is theirs
-/// then. The tests work out which effects these are.
-constexpr std::string_view kBytesAlike[] = {
-    "atomize",       "blur",     "broken-boxes", "close-door",   "magnifier", "mirage",
-    "mirror-invert", "mosaic",   "push",         "reverse",      "rotate",    "sharpen",
-    "shutter",       "spherize", "tensile",      "tile-reflect", "turn-over", "video-wall"};
 
 /// What the host's call gives; the failure value without memory.
 template <typename Result, typename Body>
@@ -47,8 +40,9 @@ void Describe(const char* effect, f0r_plugin_info_t* info) noexcept {
         info->name = face.name.c_str();
         info->author = "AVEffect";
         info->plugin_type = IsTransition(face.effect) ? F0R_PLUGIN_TYPE_MIXER2 : F0R_PLUGIN_TYPE_FILTER;
-        info->color_model = std::ranges::count(kBytesAlike, face.effect.shortName) ? F0R_COLOR_MODEL_PACKED32
-                                                                                   : F0R_COLOR_MODEL_BGRA8888;
+        // Those that do the same to all bytes get them in the order that is the host's.
+        info->color_model = adapters::TreatsBytesAlike(face.effect.shortName) ? F0R_COLOR_MODEL_PACKED32
+                                                                              : F0R_COLOR_MODEL_BGRA8888;
         info->frei0r_version = FREI0R_MAJOR_VERSION;
         info->major_version = AVEFFECT_VERSION_MAJOR;
         info->minor_version = AVEFFECT_VERSION_MINOR;

@@ -5,10 +5,19 @@
 #include "aveffect/media.h"
 #include "aveffect/memory_frame.h"
 
-namespace aveffect::frei0r {
+namespace aveffect::adapters {
 
-/// The one plane of a BGRA picture in the host's memory.
-std::vector<AVBased::MemoryFrame::Plane> PlanesOf(uint32_t* pixels, unsigned width, unsigned height);
+/// A picture in the host's memory.
+struct HostPicture {
+    unsigned format; ///< see pixel_format.h
+    unsigned width, height;
+    std::vector<AVBased::MemoryFrame::Plane> planes;
+
+    AVBased::MemoryFrame Frame() const { return {format, width, height, planes}; }
+};
+
+/// Pixels of four bytes without padding.
+HostPicture Bgra(uint32_t* pixels, unsigned width, unsigned height);
 
 /// Answers two names with the two pictures. They are lent, not copied: who opened them must be gone when the
 /// host has its pictures back. Used by one thread at a time.
@@ -17,17 +26,15 @@ public:
     static constexpr const char* kFirst = "memory://first";
     static constexpr const char* kSecond = "memory://second";
 
-    /// The picture that is drawn may take the place of one that is read.
-    ShownPictures(const uint32_t* first, const uint32_t* second, const uint32_t* drawn, unsigned width,
-                  unsigned height);
+    /// Drawn: the memory that is drawn into, which may be that of one that is read.
+    ShownPictures(HostPicture first, HostPicture second, const void* drawn);
 
     AVBased::IAVReader* OpenSource(const char* url, const char* options, unsigned* streams, unsigned* width,
                                    unsigned* height, unsigned* duration) override;
 
 private:
-    std::array<const uint32_t*, 2> m_pictures;
-    const uint32_t* m_drawn;
-    unsigned m_width, m_height;
+    std::array<HostPicture, 2> m_pictures;
+    const void* m_drawn;
 };
 
-} // namespace aveffect::frei0r
+} // namespace aveffect::adapters

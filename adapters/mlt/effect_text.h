@@ -1,0 +1,18 @@
+#pragma once
+/// Settings as the host has them, written as people write effects.
+#include <string>
+
+#include <framework/mlt.h>
+
+#include "aveffect/effect_info.h"
+
+namespace aveffect::mlt {
+
+inline constexpr char kPreset[] = "preset";
+
+/// "NAME[/PRESET][:property=value...]" of an effect's properties that are set, those that move as they are at
+/// a position of so many. What is wrong in it is found by who reads it.
+std::string EffectText(const AVBased::EffectInfo& effect, mlt_properties properties, int position,
+                       int length);
+
+} // namespace aveffect::mlt

@@ -1,0 +1,136 @@
+#include "adapters/mlt/image_filter.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "adapters/mlt/complaints.h"
+#include "adapters/mlt/effect_text.h"
+#include "adapters/mlt/picture.h"
+#include "adapters/mlt/the_plugin.h"
+#include "adapters/support/bytes_alike.h"
+#include "host/effects/effect_chain.h"
+
+namespace aveffect::mlt {
+
+namespace {
+
+constexpr size_t kIdleChains = 16; // at most
+
+/// What a chain was made for.
+struct ChainTerms {
+    std::string text;
+    int64_t lengthMs;
+    mlt_image_format format;
+    int width, height;
+
+    bool operator==(const ChainTerms&) const = default;
+};
+
+class ImageFilter {
+public:
+    ImageFilter(const AVBased::EffectInfo& effect, mlt_filter filter)
+        : m_effect(effect)
+        , m_filter(filter)
+        , m_complaints(MLT_FILTER_SERVICE(filter)) {}
+
+    int GetImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* width,
+                 int* height) noexcept {
+        *format =
+            m_effect.traits & AVBased::kChangesAlpha ? mlt_image_rgba : FormatFor(frame, *width, *height);
+        const int failed = mlt_frame_get_image(frame, image, format, width, height, 1);
+        const bool served = *format == mlt_image_rgba || *format == mlt_image_yuv420p;
+        if (failed || !*image || !served) return failed;
+        const bool swaps = *format == mlt_image_rgba && !adapters::TreatsBytesAlike(m_effect.shortName);
+        if (swaps) SwapRedAndBlue(*image, *width, *height);
+        try {
+            Draw(frame, *image, *format, *width, *height);
+        } catch (const std::exception& failure) {
+            m_complaints.Say(failure);
+        }
+        if (swaps) SwapRedAndBlue(*image, *width, *height);
+        return 0;
+    }
+
+private:
+    using ChainPtr = std::unique_ptr<EffectChain>;
+
+    void Draw(mlt_frame frame, uint8_t* image, mlt_image_format format, int width, int height) {
+        const mlt_service service = MLT_FILTER_SERVICE(m_filter);
+        const mlt_position position = mlt_filter_get_position(m_filter, frame);
+        const mlt_position length = mlt_filter_get_length2(m_filter, frame);
+        ChainTerms terms{EffectText(m_effect, MLT_FILTER_PROPERTIES(m_filter), position, length),
+                         Milliseconds(length, service), format, width, height};
+        // The process has one generator, which settings seed too.
+        static std::mutex drawing;
+        std::unique_lock drawn(drawing, std::defer_lock);
+        if (m_effect.traits & AVBased::kDrawsRandom) drawn.lock();
+        // What an effect does on its first frame alone belongs to the first picture.
+        ChainPtr chain = position > 0 ? Take(terms) : nullptr;
+        if (!chain) chain = Make(terms);
+        AVBased::MemoryFrame picture = PictureOf(image, format, width, height).Frame();
+        chain->Process(&picture, static_cast<int>(Milliseconds(position, service)));
+        Keep(std::move(terms), std::move(chain));
+    }
+
+    ChainPtr Make(const ChainTerms& terms) const {
+        const std::vector<EffectSpec> effects = {ParseEffect(terms.text, false)};
+        return std::make_unique<EffectChain>(ThePlugin(), nullptr, effects, TimeSpan{0, terms.lengthMs});
+    }
+
+    ChainPtr Take(const ChainTerms& terms) {
+        const std::scoped_lock lock(m_mutex);
+        for (auto& [known, chain] : m_idle)
+            if (chain && known == terms) return std::move(chain);
+        return nullptr;
+    }
+
+    void Keep(ChainTerms terms, ChainPtr chain) {
+        const std::scoped_lock lock(m_mutex);
+        std::erase_if(m_idle, [](const auto& idle) { return !idle.second; });
+        if (m_idle.size() == kIdleChains) m_idle.erase(m_idle.begin());
+        m_idle.emplace_back(std::move(terms), std::move(chain));
+    }
+
+    const AVBased::EffectInfo& m_effect;
+    mlt_filter m_filter;
+    Complaints m_complaints;
+    std::mutex m_mutex;
+    std::vector<std::pair<ChainTerms, ChainPtr>> m_idle;
+};
+
+ImageFilter* From(mlt_filter filter) { return static_cast<ImageFilter*>(filter->child); }
+
+int GetImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* width, int* height,
+             int /*writable*/) {
+    return From(static_cast<mlt_filter>(mlt_frame_pop_service(frame)))
+        ->GetImage(frame, image, format, width, height);
+}
+
+mlt_frame Process(mlt_filter filter, mlt_frame frame) {
+    mlt_frame_push_service(frame, filter);
+    mlt_frame_push_get_image(frame, GetImage);
+    return frame;
+}
+
+void Close(mlt_filter filter) {
+    delete From(filter);
+    filter->child = nullptr;
+    filter->close = nullptr;
+    filter->parent.close = nullptr;
+    mlt_service_close(&filter->parent);
+}
+
+} // namespace
+
+mlt_filter MakeImageFilter(const AVBased::EffectInfo& effect) {
+    const mlt_filter filter = mlt_filter_new();
+    if (!filter) return nullptr;
+    auto own = std::make_unique<ImageFilter>(effect, filter);
+    filter->child = own.release();
+    filter->process = Process;
+    filter->close = Close;
+    return filter;
+}
+
+} // namespace aveffect::mlt

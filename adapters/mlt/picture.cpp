@@ -1,0 +1,53 @@
+#include "adapters/mlt/picture.h"
+
+#include <utility>
+
+extern "C" {
+#include <libavutil/mathematics.h>
+}
+
+#include "aveffect/pixel_format.h"
+
+namespace aveffect::mlt {
+
+std::string_view ClipFact(mlt_frame frame, const std::string& kind, const std::string& fact) {
+    const mlt_producer producer = mlt_frame_get_original_producer(frame);
+    if (!producer) return {};
+    const mlt_properties properties = MLT_PRODUCER_PROPERTIES(mlt_producer_cut_parent(producer));
+    const std::string stream = std::to_string(mlt_properties_get_int(properties, (kind + "_index").c_str()));
+    const char* const name =
+        mlt_properties_get(properties, ("meta.media." + stream + ".codec." + fact).c_str());
+    return name ? name : std::string_view();
+}
+
+mlt_image_format FormatFor(mlt_frame frame, int width, int height) {
+    const std::string_view clip = ClipFact(frame, "video", "pix_fmt");
+    const bool planar = clip == "yuv420p" || clip == "yuvj420p" || clip == "nv12";
+    return planar && width % 2 == 0 && height % 2 == 0 ? mlt_image_yuv420p : mlt_image_rgba;
+}
+
+int64_t Milliseconds(mlt_position position, mlt_service service) {
+    constexpr int64_t kSecond = 1000;
+    const mlt_profile profile = mlt_service_profile(service);
+    return av_rescale(position, kSecond * profile->frame_rate_den, profile->frame_rate_num);
+}
+
+adapters::HostPicture PictureOf(uint8_t* image, mlt_image_format format, int width, int height) {
+    const auto w = static_cast<unsigned>(width), h = static_cast<unsigned>(height);
+    if (format == mlt_image_rgba) return {AVBased::BGRA, w, h, {{image, w * 4, w * 4, h}}};
+    const unsigned chromaWidth = w / 2, chromaRows = h / 2;
+    uint8_t* const u = image + size_t{w} * h;
+    return {AVBased::YUV420P,
+            w,
+            h,
+            {{image, w, w, h},
+             {u, chromaWidth, chromaWidth, chromaRows},
+             {u + size_t{chromaWidth} * chromaRows, chromaWidth, chromaWidth, chromaRows}}};
+}
+
+void SwapRedAndBlue(uint8_t* image, int width, int height) {
+    const size_t bytes = size_t{4} * static_cast<unsigned>(width) * static_cast<unsigned>(height);
+    for (size_t at = 0; at < bytes; at += 4) std::swap(image[at], image[at + 2]);
+}
+
+} // namespace aveffect::mlt

@@ -1,0 +1,176 @@
+#!/usr/bin/env python3
+"""Runs the module's services in melt, and holds what comes out against the program's own renders.
+
+mlt_test.py MODULE TAP PROGRAM
+Pictures are compared by what the tap behind the effect saw, so that melt's own conversions and encoders don't count.
+"""
+import hashlib
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+SECONDS = 60  # a run may take; melt stands still for ever once in some hundred runs
+FRAMES = 5
+MEDIA = """
+-f lavfi -i testsrc2=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra rgb.mkv
+-f lavfi -i testsrc2=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt yuv420p yuv.mkv
+-f lavfi -i testsrc=s=63x47:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra odd.mkv
+-f lavfi -i mandelbrot=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra other.mkv
+-f lavfi -i mandelbrot=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt yuv420p otheryuv.mkv
+-f lavfi -i testsrc2=s=256x96:r=25 -f lavfi -i aevalsrc=sin(2000*t)|cos(3000*t):s=48000 -t 1 -c:v ffv1 -pix_fmt bgra -c:a pcm_s16le sound.mkv
+"""
+
+
+def run(*words, env=None):
+    for _ in range(3):
+        try:
+            done = subprocess.run([str(word) for word in words], capture_output=True, text=True, env=env, timeout=SECONDS)
+        except subprocess.TimeoutExpired:
+            continue
+        if done.returncode:
+            raise SystemExit(f"{words}: {done.returncode}\n{done.stderr}")
+        return done
+    raise SystemExit(f"{words}: no end")
+
+
+class Hosts:
+    def __init__(self, module, tap, program):
+        self.program = program
+        repository = pathlib.Path("repository")
+        repository.mkdir()
+        system = next(pathlib.Path("/usr/lib").glob("*/mlt-7"))
+        for path in [*system.glob("*.so"), pathlib.Path(module), pathlib.Path(tap)]:
+            (repository / path.name).symlink_to(path)
+        self.env = dict(os.environ, MLT_REPOSITORY=str(repository), QT_QPA_PLATFORM="offscreen")
+
+    def melt(self, *words):
+        done = run("melt", "-silent", *words, env=self.env)
+        if "aveffect" in done.stderr:
+            raise SystemExit(f"{words}: {done.stderr}")
+
+    def taps(self, kind, labels, *words, threads=1):
+        """The pictures behind each label's tap, as melt has them in memory."""
+        for old in pathlib.Path().glob("tapped*"):
+            old.unlink()
+        self.melt(*words, "-consumer", "null", f"real_time=-{threads}", "terminate_on_pause=1")
+        return {label: [self.tapped(kind, f"tapped{label}.{at}") for at in range(FRAMES)] for label in labels}
+
+    def tapped(self, kind, name):
+        data = bytearray(pathlib.Path(name).read_bytes())
+        if kind == "rgb24":  # of which melt has none: without alpha, in which transitions leave nothing of use
+            del data[3::4]
+        return hashlib.md5(data).hexdigest()
+
+    def rendered(self, kind, *words):
+        """The program's pictures, laid out as melt has them."""
+        run(self.program, *words[:-1], "whole.mkv", *words[-1], "--codec", "ffv1", "--no-sound", "--progress", "none", "--overwrite")
+        return hashes(kind, "whole.mkv")
+
+
+def tap(kind, label):
+    return ["tap", "format=" + kind.replace("rgb24", "rgba"), f"label=tapped{label}"]
+
+
+def hashes(kind, name):
+    lines = run("ffmpeg", "-v", "error", "-i", name, "-map", "0:v", "-pix_fmt", kind, "-f", "framemd5", "-").stdout.splitlines()
+    return [line.split(",")[-1].strip() for line in lines if not line.startswith("#")]
+
+
+def samples(name):
+    return run("ffmpeg", "-v", "error", "-i", name, "-map", "0:a", "-c:a", "pcm_s16le", "-f", "md5", "-").stdout
+
+
+def written(effect):
+    """The effect's settings for melt and for the program, so that it does something."""
+    if effect["name"] == "addnoise":
+        return ["addnoise_level=-10"], effect["shortName"] + ":addnoise_level=-10"
+    if effect["presets"]:
+        return ["preset=" + effect["presets"][0]["name"]], effect["shortName"] + "/" + effect["presets"][0]["name"]
+    return [], effect["shortName"]
+
+
+def check(what, found, expected):
+    if found != expected:
+        differing = [key for key in expected if found.get(key) != expected[key]] if isinstance(expected, dict) else [found, expected]
+        raise SystemExit(f"{what}: {differing}")
+
+
+def filters(hosts, effects, clip, kind):
+    """Every effect on a clip of its own, in one film."""
+    words = []
+    for effect in effects:
+        words += ["avformat:" + clip, "-attach-cut", "aveffect." + effect["shortName"], *written(effect)[0], "-attach-cut", *tap(kind, effect["shortName"])]
+    labels = [effect["shortName"] for effect in effects]
+    found = hosts.taps(kind, labels, *words)
+    check("threads", hosts.taps(kind, labels, *words, threads=4), found)
+    untouched = hashes(kind, clip)
+    for effect in effects:
+        name = effect["shortName"]
+        check(f"{name} on {clip}", found[name], hosts.rendered(kind, "render", clip, ["-e", written(effect)[1], "--pixel-format", kind.replace("rgba", "bgra")]))
+        if found[name] == untouched and not effect["changesAlpha"]:
+            raise SystemExit(f"{name} changes nothing on {clip}")
+
+
+def moving(hosts):
+    frames = ["spherize_r=0=10%;4=60%", "spherize_x=50%", "spherize_y=50%", "spherize_scale=1.5"]
+    seconds = "spherize:spherize_r=0=10%;0.16=60%:spherize_x=50%:spherize_y=50%:spherize_scale=1.5"
+    film = ["avformat:rgb.mkv", "-attach", "aveffect.spherize", *frames, "-attach", "aveffect.invert", "-attach", *tap("rgba", "film")]
+    expected = {"film": hosts.rendered("rgba", "render", "rgb.mkv", ["-e", seconds, "-e", "invert"])}
+    for threads in (1, 4):
+        check("a setting that moves", hosts.taps("rgba", ["film"], *film, threads=threads), expected)
+    # A film that is saved and played again.
+    hosts.melt(*film, "-consumer", "xml:film.mlt")
+    check("a saved film", hosts.taps("rgba", ["film"], "film.mlt"), expected)
+
+
+def transitions(hosts, effects):
+    for effect in effects:
+        name, label = "aveffect." + effect["shortName"], effect["shortName"]
+
+        def mixed(kind, first, second, *settings):
+            words = [first, "in=0", "out=4", second, "in=0", "out=4", "-mix", "5", "-mixer", name, *settings, "-filter", *tap(kind, label)]
+            return hosts.taps(kind, [label], *words)[label]
+        expected = hosts.rendered("rgb24", "join", "rgb.mkv", "other.mkv", ["-e", label, "--duration", "0.2"])
+        found = mixed("rgb24", "rgb.mkv", "other.mkv")
+        check(name, found, expected)
+        there, back = (mixed("yuv420p", "yuv.mkv", "otheryuv.mkv", *settings) for settings in ((), ("progress=0=1;4=0",)))
+        check(name + " moves", len({*there, *back}) > 2 and there != back, True)
+
+
+def sound(hosts):
+    for words, effect in [(["audio_volume=30"], "volume:audio_volume=30"),
+                          (["fader_start_scale=0", "fader_end_scale=1", "fader_duration=800"],
+                           "fade-sound:fader_start_scale=0:fader_end_scale=1:fader_duration=800"),
+                          (["audio_replace_path=sound.mkv", "audio_replace_loop=1"],
+                           "replace-sound:audio_replace_path=sound.mkv:audio_replace_loop=1")]:
+        name = "aveffect." + effect.split(":")[0]
+        hosts.melt("sound.mkv", "-attach", name, *words, "-consumer", "avformat:heard.wav", "acodec=pcm_s16le", "vn=1", "real_time=-1")
+        run(hosts.program, "render", "sound.mkv", "wav.wav", "-a", effect, "--overwrite", "--progress", "none")
+        check(name, samples("heard.wav"), samples("wav.wav"))
+
+
+def main():
+    module, tap_module, program = (os.path.abspath(path) for path in sys.argv[1:4])
+    effects = json.loads(run(program, "list", "--json").stdout)["effects"]
+    kinds = lambda *names: [effect for effect in effects if effect["kind"] in names]
+    with tempfile.TemporaryDirectory() as folder:
+        os.chdir(folder)
+        for line in MEDIA.strip().splitlines():
+            run("ffmpeg", "-v", "error", *line.split())
+        hosts = Hosts(module, tap_module, program)
+        pictures = [effect for effect in effects if effect["kind"] not in ("transition", "audio")]
+        filters(hosts, pictures, "rgb.mkv", "rgba")
+        # atomize takes what lies behind a row's end, which is the next row's here and padding in the program.
+        planar = [effect for effect in pictures if not effect["changesAlpha"] and effect["name"] != "atomize"]
+        filters(hosts, planar, "yuv.mkv", "yuv420p")
+        filters(hosts, pictures[::5], "odd.mkv", "rgba")
+        moving(hosts)
+        transitions(hosts, kinds("transition"))
+        sound(hosts)
+        print(f"{len(effects)} services")
+
+
+main()
