@@ -152,10 +152,25 @@ def sound(hosts):
         check(name, samples("heard.wav"), samples("wav.wav"))
 
 
+def guide(hosts, text):
+    """The commands of the guide for users, as they stand there."""
+    commands = text.split("\n## Pictures and sound: MLT")[1].split("```sh\n")[1].split("```")[0]
+    pathlib.Path("build").symlink_to(pathlib.Path(hosts.program).parent.parent)
+    for name, source in (("a.mp4", "testsrc2"), ("b.mp4", "mandelbrot")):
+        run("ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"{source}=s=128x96:r=25", "-t", "4", "-pix_fmt", "yuv420p", name)
+    pathlib.Path("in.mp4").symlink_to("a.mp4")
+    for command in commands.replace("out.mp4\n", "warped.mp4\n", 1).splitlines()[2:]:
+        run("bash", "-euc", commands.split("export")[0] + "export MLT_REPOSITORY=~/mlt\n" + command,
+            env=dict(os.environ, HOME=os.getcwd(), QT_QPA_PLATFORM="offscreen"))
+    plain, warped, mixed = (hashes("yuv420p", name) for name in ("a.mp4", "warped.mp4", "out.mp4"))
+    check("the guide's films", warped[:50] != plain[:50] and len(mixed) >= 74 + 100 - 25, True)
+
+
 def main():
     module, tap_module, program = (os.path.abspath(path) for path in sys.argv[1:4])
     effects = json.loads(run(program, "list", "--json").stdout)["effects"]
     kinds = lambda *names: [effect for effect in effects if effect["kind"] in names]
+    here = os.path.abspath(__file__)
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
         for line in MEDIA.strip().splitlines():
@@ -170,6 +185,7 @@ def main():
         moving(hosts)
         transitions(hosts, kinds("transition"))
         sound(hosts)
+        guide(hosts, (pathlib.Path(here).parents[2] / "docs/in-other-programs.md").read_text())
         print(f"{len(effects)} services")
 
 
