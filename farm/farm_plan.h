@@ -9,7 +9,7 @@ extern "C" {
 #include <libavutil/rational.h>
 }
 
-#include "host/media/clip_scan.h"
+#include "host/media/moment.h"
 
 namespace aveffect {
 

@@ -81,10 +81,11 @@ int64_t BytesAt(const files::path& path) {
     int64_t bytes = 0;
     if (files::is_directory(path, wrong)) {
         for (const auto& file : files::directory_iterator(path, wrong)) bytes += BytesAt(file.path());
-    } else {
-        const uintmax_t size = files::file_size(path, wrong);
-        if (!wrong) bytes = static_cast<int64_t>(size);
+    } else if (!wrong) {
+        bytes = static_cast<int64_t>(files::file_size(path, wrong));
     }
+    if (wrong == std::errc::no_such_file_or_directory) return 0;
+    if (wrong) throw Error(ErrorKind::Input, path.string() + " can't be looked at: " + wrong.message());
     return bytes;
 }
 

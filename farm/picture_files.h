@@ -16,7 +16,7 @@ std::string PicturePattern(const std::filesystem::path& directory, const std::st
 PacketSum::Result SealPictures(const std::filesystem::path& directory, const std::string& extension,
                                const std::atomic<bool>& cancel);
 
-/// Of a file, or of all that lies in a directory; 0 where there is none.
+/// Of a file, or of all that lies in a directory; 0 where there is none. Throws Error (Input).
 int64_t BytesAt(const std::filesystem::path& path);
 
 /// Copies the pictures to the output's names, from that number on; each is read once, and appears when it is

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/jobs/render.h"
-#include "host/media/clip_scan.h"
+#include "host/media/moment.h"
 
 namespace aveffect {
 

@@ -19,12 +19,6 @@ struct SoundShape {
 /// The layout's text, a usual layout of as many channels where it has none.
 std::string LayoutText(const AVChannelLayout& layout);
 
-/// What takes reading a clip to its end.
-struct ClipEnd {
-    Moment end;         ///< of the pictures, from the clip's start
-    bool still = false; ///< one picture alone
-};
-
 struct ClipScan : ClipEnd {
     SourceRequest request;
     AVRational rate{25, 1};                 ///< pictures a second

@@ -7,20 +7,10 @@
 #include <vector>
 
 #include "host/media/input.h"
+#include "host/media/moment.h"
 #include "host/media/source_request.h"
 
 namespace aveffect {
-
-/// A moment in some time base.
-struct Moment {
-    int64_t ticks = 0;
-    AVRational base{1, 1000};
-
-    friend bool operator<(const Moment& a, const Moment& b) {
-        return av_compare_ts(a.ticks, a.base, b.ticks, b.base) < 0;
-    }
-    friend bool operator>=(const Moment& a, const Moment& b) { return !(a < b); }
-};
 
 /// Where a clip's own time is 0, in the file's times: at its first picture, or earlier where something else
 /// of it is. Of sound alone, without pictures, at its first sample.
