@@ -7,7 +7,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include "host/output/unfinished.h"
+#include "host/support/unfinished.h"
 
 namespace aveffect {
 

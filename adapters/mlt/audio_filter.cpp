@@ -7,6 +7,7 @@
 
 #include "adapters/mlt/complaints.h"
 #include "adapters/mlt/effect_text.h"
+#include "adapters/mlt/filter_worker.h"
 #include "adapters/mlt/picture.h"
 #include "adapters/mlt/the_plugin.h"
 #include "host/effects/audio_effect_chain.h"
@@ -125,37 +126,22 @@ private:
     int64_t m_next = 0; ///< sample behind those that the stage has had
 };
 
-AudioFilter* From(mlt_filter filter) { return static_cast<AudioFilter*>(filter->child); }
-
-int GetAudio(mlt_frame frame, void** buffer, mlt_audio_format* format, int* rate, int* channels, int* count) {
-    return From(static_cast<mlt_filter>(mlt_frame_pop_audio(frame)))
+int PullAudio(mlt_frame frame, void** buffer, mlt_audio_format* format, int* rate, int* channels,
+              int* count) {
+    return WorkerIn<AudioFilter>(static_cast<mlt_filter>(mlt_frame_pop_audio(frame)))
         ->GetAudio(frame, buffer, format, rate, channels, count);
 }
 
-mlt_frame Process(mlt_filter filter, mlt_frame frame) {
+mlt_frame PushAudio(mlt_filter filter, mlt_frame frame) {
     mlt_frame_push_audio(frame, filter);
-    mlt_frame_push_audio(frame, reinterpret_cast<void*>(GetAudio));
+    mlt_frame_push_audio(frame, reinterpret_cast<void*>(PullAudio));
     return frame;
-}
-
-void Close(mlt_filter filter) {
-    delete From(filter);
-    filter->child = nullptr;
-    filter->close = nullptr;
-    filter->parent.close = nullptr;
-    mlt_service_close(&filter->parent);
 }
 
 } // namespace
 
 mlt_filter MakeAudioFilter(const AVBased::EffectInfo& effect) {
-    const mlt_filter filter = mlt_filter_new();
-    if (!filter) return nullptr;
-    auto own = std::make_unique<AudioFilter>(effect, filter);
-    filter->child = own.release();
-    filter->process = Process;
-    filter->close = Close;
-    return filter;
+    return MakeFilter<AudioFilter>(effect, PushAudio);
 }
 
 } // namespace aveffect::mlt

@@ -6,6 +6,7 @@
 
 #include "adapters/mlt/complaints.h"
 #include "adapters/mlt/effect_text.h"
+#include "adapters/mlt/filter_worker.h"
 #include "adapters/mlt/picture.h"
 #include "adapters/mlt/the_plugin.h"
 #include "adapters/support/bytes_alike.h"
@@ -99,38 +100,22 @@ private:
     std::vector<std::pair<ChainTerms, ChainPtr>> m_idle;
 };
 
-ImageFilter* From(mlt_filter filter) { return static_cast<ImageFilter*>(filter->child); }
-
-int GetImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* width, int* height,
-             int /*writable*/) {
-    return From(static_cast<mlt_filter>(mlt_frame_pop_service(frame)))
+int PullImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* width, int* height,
+              int /*writable*/) {
+    return WorkerIn<ImageFilter>(static_cast<mlt_filter>(mlt_frame_pop_service(frame)))
         ->GetImage(frame, image, format, width, height);
 }
 
-mlt_frame Process(mlt_filter filter, mlt_frame frame) {
+mlt_frame PushImage(mlt_filter filter, mlt_frame frame) {
     mlt_frame_push_service(frame, filter);
-    mlt_frame_push_get_image(frame, GetImage);
+    mlt_frame_push_get_image(frame, PullImage);
     return frame;
-}
-
-void Close(mlt_filter filter) {
-    delete From(filter);
-    filter->child = nullptr;
-    filter->close = nullptr;
-    filter->parent.close = nullptr;
-    mlt_service_close(&filter->parent);
 }
 
 } // namespace
 
 mlt_filter MakeImageFilter(const AVBased::EffectInfo& effect) {
-    const mlt_filter filter = mlt_filter_new();
-    if (!filter) return nullptr;
-    auto own = std::make_unique<ImageFilter>(effect, filter);
-    filter->child = own.release();
-    filter->process = Process;
-    filter->close = Close;
-    return filter;
+    return MakeFilter<ImageFilter>(effect, PushImage);
 }
 
 } // namespace aveffect::mlt

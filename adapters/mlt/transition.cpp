@@ -106,24 +106,24 @@ private:
     Complaints m_complaints;
 };
 
-Transition* From(mlt_transition transition) { return static_cast<Transition*>(transition->child); }
+Transition* WorkerIn(mlt_transition transition) { return static_cast<Transition*>(transition->child); }
 
-int GetImage(mlt_frame first, uint8_t** image, mlt_image_format* format, int* width, int* height,
-             int /*writable*/) {
+int PullCrossed(mlt_frame first, uint8_t** image, mlt_image_format* format, int* width, int* height,
+                int /*writable*/) {
     const mlt_frame second = mlt_frame_pop_frame(first);
     const auto transition = static_cast<mlt_transition>(mlt_frame_pop_service(first));
-    return From(transition)->GetImage(first, second, image, format, width, height);
+    return WorkerIn(transition)->GetImage(first, second, image, format, width, height);
 }
 
-mlt_frame Process(mlt_transition transition, mlt_frame first, mlt_frame second) {
+mlt_frame PushCrossed(mlt_transition transition, mlt_frame first, mlt_frame second) {
     mlt_frame_push_service(first, transition);
     mlt_frame_push_frame(first, second);
-    mlt_frame_push_get_image(first, GetImage);
+    mlt_frame_push_get_image(first, PullCrossed);
     return first;
 }
 
 void Close(mlt_transition transition) {
-    delete From(transition);
+    delete WorkerIn(transition);
     transition->child = nullptr;
     transition->close = nullptr;
     mlt_transition_close(transition);
@@ -136,7 +136,7 @@ mlt_transition MakeTransition(const AVBased::EffectInfo& effect) {
     if (!transition) return nullptr;
     auto own = std::make_unique<Transition>(effect, transition);
     transition->child = own.release();
-    transition->process = Process;
+    transition->process = PushCrossed;
     transition->close = Close;
     mlt_properties_set_int(MLT_TRANSITION_PROPERTIES(transition), "_transition_type", 1); // of pictures
     return transition;

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "host/output/unfinished.h"
 #include "host/support/av_owner.h"
+#include "host/support/unfinished.h"
 
 namespace aveffect {
 

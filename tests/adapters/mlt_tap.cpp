@@ -1,5 +1,5 @@
-// A module for tests: the filter "tap" asks for pictures in the format that it is told and writes each, as it is, to
-// LABEL.POSITION.
+// A module for tests: the filter "tap" asks for pictures in the format that it is told and writes each, as it
+// is, to LABEL.POSITION.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -8,7 +8,8 @@
 
 namespace {
 
-int GetImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* width, int* height, int writable) {
+int GetImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* width, int* height,
+             int writable) {
     const auto filter = static_cast<mlt_filter>(mlt_frame_pop_service(frame));
     const mlt_properties properties = MLT_FILTER_PROPERTIES(filter);
     *format = mlt_image_format_id(mlt_properties_get(properties, "format"));
@@ -20,7 +21,8 @@ int GetImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* wi
     // The library's own count has bytes behind the picture.
     const size_t pixels = static_cast<size_t>(*width) * static_cast<size_t>(*height);
     const size_t count = *format == mlt_image_rgba ? pixels * 4 : pixels * 3 / 2;
-    if (!file || bytes < static_cast<int>(count) || std::fwrite(*image, 1, count, file) != count) std::abort();
+    if (!file || bytes < static_cast<int>(count) || std::fwrite(*image, 1, count, file) != count)
+        std::abort();
     std::fclose(file);
     return 0;
 }

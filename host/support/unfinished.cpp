@@ -1,4 +1,4 @@
-#include "host/output/unfinished.h"
+#include "host/support/unfinished.h"
 
 #include <unistd.h>
 
