@@ -92,22 +92,13 @@ void ChunkStore::Keep(int64_t part, const std::string& temporary, ChunkReceipt r
             throw Error(ErrorKind::Output,
                         temporary + " can't be named " + receipt.file + ": " + wrong.message());
     }
-    // A receipt whose file is gone or cut off counts for nothing.
-    const files::path name = NameOf(part, ".json");
-    if (!Find(part)) WriteTextFile(name.string(), receipt.Text(), true, kNever);
-    Tidy(part, receipt);
-}
-
-// The part counts, so that nothing may fail any more; what is left over does no harm.
-void ChunkStore::Tidy(int64_t part, const ChunkReceipt& receipt) const noexcept {
-    try {
-        std::error_code wrong;
-        if (const std::optional<ChunkReceipt> kept = Find(part); kept && kept->file != receipt.file)
-            files::remove_all(FileOf(receipt), wrong);
-        files::remove(NameOf(part, ".failed"), wrong);
-    } catch (const std::exception&) {
-        return;
-    }
+    const files::path own = FileOf(receipt), failure = NameOf(part, ".failed");
+    // A receipt whose file is gone or cut off counts for nothing. Once there is one, nothing may fail.
+    if (const std::optional<ChunkReceipt> kept = Find(part); !kept)
+        WriteTextFile(NameOf(part, ".json").string(), receipt.Text(), true, kNever);
+    else if (kept->file != receipt.file)
+        files::remove_all(own, wrong);
+    files::remove(failure, wrong);
 }
 
 void ChunkStore::SetFailure(int64_t part, const std::string& message) const {

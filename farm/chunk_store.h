@@ -48,7 +48,6 @@ public:
 private:
     std::filesystem::path Chunks() const { return m_folder / "chunks"; }
     std::filesystem::path NameOf(int64_t part, const std::string& ending) const;
-    void Tidy(int64_t part, const ChunkReceipt& receipt) const noexcept;
 
     std::filesystem::path m_folder;
     std::string m_extension;

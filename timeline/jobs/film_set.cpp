@@ -83,7 +83,7 @@ std::string ChangedText(const FilmSetOptions& options) {
     OtioJson& object = ObjectAt(document, options.place);
     RequireOurs(object, options.place);
     for (const std::string& setting : options.settings) SetOne(object, setting);
-    const std::string text = DocumentText(document);
+    std::string text = DocumentText(document);
     object["enabled"] = true; // what is switched off would not be looked at
     OtioTerms terms = options.terms;
     terms.media.folder = std::filesystem::path(options.film).parent_path();
