@@ -36,6 +36,15 @@ share one_by_one join steady.mp4 vary.mkv OUT -e clock --duration 0.5 "${lossles
 aveffect timeline new film.otio steady.mp4 vary.mkv steady.mp4 -e crossfade --duration 0.5
 share by_make timeline render film.otio OUT "${lossless[@]}"
 
+# Encoders that lose: the same chunks make the same file, in whatever order.
+for order in "0 1 2 3" "3 1 2 0"; do
+  rm -rf plan
+  aveffect plan plan --chunks 3 render steady.mp4 "lossy${order%% *}.mp4" -e noise/coarse >/dev/null
+  for part in $order; do aveffect work plan "$part" --progress none; done
+  aveffect finish plan
+done
+cmp lossy0.mp4 lossy3.mp4 || fail "chunks in another order make another film"
+
 # Numbered pictures, read and written; a mask is read on all machines too.
 aveffect render steady.mp4 in%03d.png --frames 20 --no-sound --progress none
 aveffect frame steady.mp4 mask.png -e gray
