@@ -20,6 +20,7 @@ using Json = nlohmann::ordered_json;
 namespace {
 
 const std::atomic<bool> kNever = false;
+
 } // namespace
 
 std::string ChunkReceipt::Text() const {
@@ -86,7 +87,7 @@ void ChunkStore::Keep(int64_t part, const std::string& temporary, ChunkReceipt r
         constexpr size_t kDigits = 16;
         receipt.file = NameOf(part, "." + receipt.packets.sum.substr(0, kDigits) + m_extension).filename();
         // A directory does not replace another one, which is spoilt or another worker's of this moment.
-        if (files::is_directory(temporary)) files::remove_all(FileOf(receipt), wrong);
+        if (files::is_directory(temporary, wrong)) files::remove_all(FileOf(receipt), wrong);
         files::rename(temporary, FileOf(receipt), wrong);
         if (wrong)
             throw Error(ErrorKind::Output,

@@ -10,7 +10,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kLayout = 1; ///< of the file
+constexpr int kLayout = 2; ///< of the file
 
 void Put(Json& object, const char* name, const std::optional<int64_t>& number) {
     if (number) object[name] = *number;

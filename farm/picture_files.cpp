@@ -20,12 +20,6 @@ namespace {
 
 constexpr char kList[] = "SHA256SUMS";
 
-std::string SumOfText(const std::string& text) {
-    Digest digest;
-    digest.Add(text.data(), text.size());
-    return digest.Text();
-}
-
 using TakeBytes = std::function<void(const char*, size_t)>;
 
 /// The checksum of a file, whose bytes may be taken along.
@@ -72,7 +66,7 @@ PacketSum::Result SealPictures(const files::path& directory, const std::string& 
         list.append(SumOfFile(directory / name, cancel, {})).append("  ").append(name).append("\n");
     }
     WriteTextFile((directory / kList).string(), list, true, cancel);
-    result.sum = SumOfText(list);
+    result.sum = DigestOf(list);
     return result;
 }
 
@@ -92,7 +86,7 @@ int64_t BytesAt(const files::path& path) {
 void CopyPictures(const files::path& directory, const PacketSum::Result& expected, const OutputPlan& output,
                   int64_t first, bool overwrite, const std::atomic<bool>& cancel) {
     const std::string list = WholeFile(directory / kList).value_or("");
-    if (SumOfText(list) != expected.sum) ThrowSpoilt(directory / kList);
+    if (DigestOf(list) != expected.sum) ThrowSpoilt(directory / kList);
     std::istringstream lines(list);
     std::string sum, name;
     for (int64_t number = first; lines >> sum >> name; ++number) {

@@ -56,18 +56,18 @@ public:
     AudioFilter(const AVBased::EffectInfo& effect, mlt_filter filter)
         : m_effect(effect)
         , m_filter(filter)
-        , m_complaints(MLT_FILTER_SERVICE(filter)) {}
+        , m_complaints(MLT_FILTER_SERVICE(filter))
+        , m_finest(SoundFormatFor({{effect.name, {}}}, AV_SAMPLE_FMT_FLT)) {}
 
     int GetAudio(mlt_frame frame, void** buffer, mlt_audio_format* format, int* rate, int* channels,
                  int* count) noexcept {
         const std::string_view clip = ClipFact(frame, "audio", "sample_fmt");
         const bool coarse = clip == "s16" || clip == "s16p" || clip == "u8" || clip == "u8p";
-        const AVSampleFormat wanted =
-            SoundFormatFor({{m_effect.name, {}}}, coarse ? AV_SAMPLE_FMT_S16 : AV_SAMPLE_FMT_FLT);
-        *format = wanted == AV_SAMPLE_FMT_S16 ? mlt_audio_s16 : mlt_audio_f32le;
+        const AVSampleFormat wanted = coarse ? AV_SAMPLE_FMT_S16 : m_finest;
+        const mlt_audio_format asked = wanted == AV_SAMPLE_FMT_S16 ? mlt_audio_s16 : mlt_audio_f32le;
+        *format = asked;
         const int failed = mlt_frame_get_audio(frame, buffer, format, rate, channels, count);
-        const bool served = *format == (wanted == AV_SAMPLE_FMT_S16 ? mlt_audio_s16 : mlt_audio_f32le);
-        if (failed || !*buffer || !served || *count < 1) return failed;
+        if (failed || !*buffer || *format != asked || *count < 1) return failed;
         const std::scoped_lock lock(m_mutex);
         try {
             Work(frame, {static_cast<uint8_t*>(*buffer), wanted, *rate, *channels, *count});
@@ -119,6 +119,7 @@ private:
     const AVBased::EffectInfo& m_effect;
     mlt_filter m_filter;
     Complaints m_complaints;
+    const AVSampleFormat m_finest; ///< that the effect takes
     std::mutex m_mutex;
     MediaManager m_media;
     StageTerms m_terms{};

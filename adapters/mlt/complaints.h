@@ -8,7 +8,7 @@
 
 namespace aveffect::mlt {
 
-/// Writes to the host's log, each failure once. Safe from any thread.
+/// Writes to the host's log, no failure twice in a row. Safe from any thread.
 class Complaints {
 public:
     explicit Complaints(mlt_service service)

@@ -16,7 +16,7 @@ namespace aveffect::mlt {
 
 namespace {
 
-constexpr size_t kIdleChains = 16; // at most
+constexpr size_t kIdleChains = 16; // at most: as many threads work at a time
 
 /// What a chain was made for.
 struct ChainTerms {
@@ -81,23 +81,26 @@ private:
 
     ChainPtr Take(const ChainTerms& terms) {
         const std::scoped_lock lock(m_mutex);
-        for (auto& [known, chain] : m_idle)
-            if (chain && known == terms) return std::move(chain);
-        return nullptr;
+        if (m_idle.empty() || terms != m_terms) return nullptr;
+        ChainPtr chain = std::move(m_idle.back());
+        m_idle.pop_back();
+        return chain;
     }
 
+    // Settings that were left don't come back as a rule, and maps take memory.
     void Keep(ChainTerms terms, ChainPtr chain) {
         const std::scoped_lock lock(m_mutex);
-        std::erase_if(m_idle, [](const auto& idle) { return !idle.second; });
-        if (m_idle.size() == kIdleChains) m_idle.erase(m_idle.begin());
-        m_idle.emplace_back(std::move(terms), std::move(chain));
+        if (terms != m_terms) m_idle.clear();
+        m_terms = std::move(terms);
+        if (m_idle.size() < kIdleChains) m_idle.push_back(std::move(chain));
     }
 
     const AVBased::EffectInfo& m_effect;
     mlt_filter m_filter;
     Complaints m_complaints;
     std::mutex m_mutex;
-    std::vector<std::pair<ChainTerms, ChainPtr>> m_idle;
+    ChainTerms m_terms{}; ///< of the chains that no thread has now
+    std::vector<ChainPtr> m_idle;
 };
 
 int PullImage(mlt_frame frame, uint8_t** image, mlt_image_format* format, int* width, int* height,

@@ -1,5 +1,6 @@
 #include "adapters/mlt/picture.h"
 
+#include <cstdio>
 #include <utility>
 
 extern "C" {
@@ -10,23 +11,25 @@ extern "C" {
 
 namespace aveffect::mlt {
 
-std::string_view ClipFact(mlt_frame frame, const std::string& kind, const std::string& fact) {
+std::string_view ClipFact(mlt_frame frame, const char* kind, const char* fact) noexcept {
     const mlt_producer producer = mlt_frame_get_original_producer(frame);
     if (!producer) return {};
     const mlt_properties properties = MLT_PRODUCER_PROPERTIES(mlt_producer_cut_parent(producer));
-    const std::string stream = std::to_string(mlt_properties_get_int(properties, (kind + "_index").c_str()));
-    const char* const name =
-        mlt_properties_get(properties, ("meta.media." + stream + ".codec." + fact).c_str());
-    return name ? name : std::string_view();
+    char name[64];
+    std::snprintf(name, sizeof name, "%s_index", kind);
+    const int stream = mlt_properties_get_int(properties, name);
+    std::snprintf(name, sizeof name, "meta.media.%d.codec.%s", stream, fact);
+    const char* const text = mlt_properties_get(properties, name);
+    return text ? text : std::string_view();
 }
 
-mlt_image_format FormatFor(mlt_frame frame, int width, int height) {
+mlt_image_format FormatFor(mlt_frame frame, int width, int height) noexcept {
     const std::string_view clip = ClipFact(frame, "video", "pix_fmt");
     const bool planar = clip == "yuv420p" || clip == "yuvj420p" || clip == "nv12";
     return planar && width % 2 == 0 && height % 2 == 0 ? mlt_image_yuv420p : mlt_image_rgba;
 }
 
-int64_t Milliseconds(mlt_position position, mlt_service service) {
+int64_t Milliseconds(mlt_position position, mlt_service service) noexcept {
     constexpr int64_t kSecond = 1000;
     const mlt_profile profile = mlt_service_profile(service);
     return av_rescale(position, kSecond * profile->frame_rate_den, profile->frame_rate_num);
@@ -45,7 +48,7 @@ adapters::HostPicture PictureOf(uint8_t* image, mlt_image_format format, int wid
              {u + size_t{chromaWidth} * chromaRows, chromaWidth, chromaWidth, chromaRows}}};
 }
 
-void SwapRedAndBlue(uint8_t* image, int width, int height) {
+void SwapRedAndBlue(uint8_t* image, int width, int height) noexcept {
     const size_t bytes = size_t{4} * static_cast<unsigned>(width) * static_cast<unsigned>(height);
     for (size_t at = 0; at < bytes; at += 4) std::swap(image[at], image[at + 2]);
 }

@@ -32,6 +32,7 @@ struct Image {
     bool GoesWith(const Image& other) const {
         return format == other.format && width == other.width && height == other.height;
     }
+    void Swap() const noexcept { SwapRedAndBlue(data, width, height); }
     adapters::HostPicture Picture() const { return PictureOf(data, format, width, height); }
 };
 
@@ -60,22 +61,20 @@ public:
                             from.width, from.height, to.width, to.height);
             return 0;
         }
+        const bool swaps = from.format == mlt_image_rgba && !adapters::TreatsBytesAlike(m_effect.shortName);
+        if (swaps) from.Swap();
+        if (swaps) to.Swap(); // lent to nobody else
         try {
             Draw(first, from, to);
         } catch (const std::exception& failure) {
             m_complaints.Say(failure);
         }
+        if (swaps) from.Swap();
         return 0;
     }
 
 private:
     void Draw(mlt_frame frame, const Image& from, const Image& to) const {
-        const bool swaps = from.format == mlt_image_rgba && !adapters::TreatsBytesAlike(m_effect.shortName);
-        const auto swap = [swaps](const Image& image) {
-            if (swaps) SwapRedAndBlue(image.data, image.width, image.height);
-        };
-        swap(from);
-        swap(to); // lent to nobody else
         ShownPictures pictures(from.Picture(), to.Picture(), from.data);
         const auto [time, length] = PlaceOf(frame);
         // A transition reads its pictures once in its life, so each moment has its own.
@@ -84,7 +83,6 @@ private:
         EffectChain chain(ThePlugin(), &pictures, {spec}, {0, length});
         AVBased::MemoryFrame picture = from.Picture().Frame();
         chain.Process(&picture, time);
-        swap(from);
     }
 
     /// How far it has come, of how much.

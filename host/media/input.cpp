@@ -204,7 +204,8 @@ std::optional<int64_t> BytesOf(const std::string& path) {
     std::optional<int64_t> bytes;
     if (IsNumbered(path)) {
         EachNumbered(path, [&](const std::filesystem::directory_entry& file, int) {
-            bytes = bytes.value_or(0) + static_cast<int64_t>(file.file_size(failed));
+            const uintmax_t size = file.file_size(failed);
+            if (!failed) bytes = bytes.value_or(0) + static_cast<int64_t>(size);
         });
     } else {
         const uintmax_t size = std::filesystem::file_size(path, failed);

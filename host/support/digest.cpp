@@ -30,4 +30,10 @@ std::string Digest::Text() {
     return text;
 }
 
+std::string DigestOf(std::string_view text) {
+    Digest digest;
+    digest.Add(text.data(), text.size());
+    return digest.Text();
+}
+
 } // namespace aveffect

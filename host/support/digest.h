@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 extern "C" {
 #include <libavutil/mem.h>
@@ -24,5 +25,8 @@ public:
 private:
     std::unique_ptr<AVSHA, decltype(&av_free)> m_sha;
 };
+
+/// Of a whole text.
+std::string DigestOf(std::string_view text);
 
 } // namespace aveffect

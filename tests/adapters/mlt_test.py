@@ -126,6 +126,15 @@ def moving(hosts):
     check("a saved film", hosts.taps("rgba", ["film"], "film.mlt"), expected)
 
 
+def refused(hosts):
+    """A setting that is wrong: it is said, and pictures are passed on as they are."""
+    done = run("melt", "-silent", "avformat:rgb.mkv", "-attach", "aveffect.gray", "-attach", "aveffect.spherize", "spherize_r=-7",
+               "-attach", *tap("rgba", "refused"), "-consumer", "null", "real_time=-1", "terminate_on_pause=1", env=hosts.env)
+    check("a wrong setting is named", "spherize_r" in done.stderr and "-7" in done.stderr, True)
+    check("passed on", [hosts.tapped("rgba", f"tappedrefused.{at}") for at in range(FRAMES)],
+          hosts.rendered("rgba", "render", "rgb.mkv", ["-e", "gray"]))
+
+
 def transitions(hosts, effects):
     for effect in effects:
         name, label = "aveffect." + effect["shortName"], effect["shortName"]
@@ -169,7 +178,6 @@ def guide(hosts, text):
 def main():
     module, tap_module, program = (os.path.abspath(path) for path in sys.argv[1:4])
     effects = json.loads(run(program, "list", "--json").stdout)["effects"]
-    kinds = lambda *names: [effect for effect in effects if effect["kind"] in names]
     here = os.path.abspath(__file__)
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
@@ -183,7 +191,8 @@ def main():
         filters(hosts, planar, "yuv.mkv", "yuv420p")
         filters(hosts, pictures[::5], "odd.mkv", "rgba")
         moving(hosts)
-        transitions(hosts, kinds("transition"))
+        refused(hosts)
+        transitions(hosts, [effect for effect in effects if effect["kind"] == "transition"])
         sound(hosts)
         guide(hosts, (pathlib.Path(here).parents[2] / "docs/in-other-programs.md").read_text())
         print(f"{len(effects)} services")

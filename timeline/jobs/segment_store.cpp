@@ -23,11 +23,7 @@ SegmentStore::SegmentStore(files::path directory, std::string extension, uint64_
                                            (wrong ? ": " + wrong.message() : ""));
 }
 
-std::string SegmentStore::KeyOf(const std::string& text) {
-    Digest digest;
-    digest.Add(text.data(), text.size());
-    return digest.Text();
-}
+std::string SegmentStore::KeyOf(const std::string& text) { return DigestOf(text); }
 
 std::string SegmentStore::PathOf(const std::string& key) const {
     return (m_directory / (key + m_extension)).string();
