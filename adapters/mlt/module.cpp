@@ -1,4 +1,4 @@
-// What the host's repository calls when it loads the module.
+// What tells the host's repository of the effects.
 #include <algorithm>
 #include <exception>
 #include <string_view>
@@ -65,7 +65,7 @@ void Register(mlt_repository repository, const EffectInfo& effect) {
 
 } // namespace aveffect::mlt
 
-extern "C" __attribute__((visibility("default"))) MLT_REPOSITORY {
+extern "C" __attribute__((visibility("default"))) void aveffect_mlt_register(mlt_repository repository) {
     using namespace aveffect;
     try {
         mlt::ThePlugin();

@@ -21,6 +21,10 @@ g++ -std=c++20 -fsyntax-only -I"$work/prefix/include/aveffect-host" "$work/all.c
 words=$(FREI0R_PATH=$(echo "$work"/prefix/lib*/frei0r-1 "$work"/prefix/lib/*/frei0r-1 | tr ' ' :) \
   ffmpeg -v error -f lavfi -i testsrc=s=64x48 -frames:v 1 -vf frei0r=aveffect_invert -f null - 2>&1)
 [ -z "$words" ] || { echo "the installed modules don't work: $words"; exit 1; }
+mkdir "$work/mlt"
+ln -s /usr/lib/*/mlt-7/*.so "$(find "$work/prefix" -name libmltaveffect.so)" "$work/mlt"
+MLT_REPOSITORY=$work/mlt melt -query filters >"$work/services" 2>&1
+grep -q aveffect.invert "$work/services" || { echo "melt finds no effects: $(grep -m1 -i aveffect "$work/services")"; exit 1; }
 # The whole list is read: a program whose reader goes away fails.
 # Found through a link in bin/, the program still finds the libraries beside it.
 "$work/prefix/bin/aveffect" list | grep simple_gauss_blur >/dev/null || { echo "the installed program lists no effects"; exit 1; }
