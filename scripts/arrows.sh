@@ -29,9 +29,10 @@ cli/confinement:
 farm:               include mediabridge host/support host/settings host/media host/effects host/output host/jobs timeline/film timeline/jobs
 cli:                include cli/confinement mediabridge host/support host/settings host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs farm
 manual:             include host/support host/settings host/effects host/jobs cli
-adapters/support:   include host/effects
+adapters/support:   include mediabridge host/settings host/media host/effects
 adapters/frei0r:    include host/settings host/effects adapters/support
 adapters/mlt:       include mediabridge host/support host/settings host/media host/effects adapters/support
+adapters/gstreamer: include host/settings host/effects adapters/support
 adapters/sound:     include kernels
 adapters/ladspa:    include adapters/sound
 adapters/lv2:       include adapters/sound

@@ -1,0 +1,13 @@
+#pragma once
+/// Effects on sound as elements.
+#include <gst/gst.h>
+
+#include "aveffect/effect_info.h"
+
+namespace aveffect::gst {
+
+/// A filter of interleaved sound, which works in place. Settings that are controlled move from buffer to
+/// buffer. Where something is wrong sound is passed on.
+void RegisterAudioFilter(GstPlugin* plugin, const AVBased::EffectInfo& effect);
+
+} // namespace aveffect::gst

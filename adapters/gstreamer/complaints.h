@@ -1,0 +1,27 @@
+#pragma once
+/// What goes wrong while an element works.
+#include <mutex>
+#include <string>
+
+#include <gst/gst.h>
+
+namespace aveffect::gst {
+
+/// Posts warnings on the bus, none twice in a row. Safe from any thread that does not hold the element's
+/// lock.
+class Complaints {
+public:
+    /// The element outlives it.
+    explicit Complaints(GstElement* element)
+        : m_element(element) {}
+
+    /// What has happened, as a sentence without its end.
+    void Say(const char* text) noexcept;
+
+private:
+    GstElement* m_element;
+    std::mutex m_mutex;
+    std::string m_said;
+};
+
+} // namespace aveffect::gst
