@@ -22,7 +22,9 @@ if [ "${1:-}" != program ]; then
   # What makes the manual, and the browser that tries it.
   packages+=(cmark-gfm chromium chromium-driver python3-selenium)
   # Programs that try the adapters, and the headers that they are held to.
-  packages+=(ladspa-sdk lv2-dev lilv-utils sordi frei0r-plugins-dev sox melt libmlt-dev mpv gstreamer1.0-tools gstreamer1.0-plugins-{base,good,bad})
+  packages+=(ladspa-sdk lv2-dev lilv-utils sordi frei0r-plugins-dev sox melt libmlt-dev mpv)
+  packages+=(gstreamer1.0-tools gstreamer1.0-plugins-{base,good,bad} libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev ges1.0-tools)
+  packages+=(python3-gi gir1.2-gstreamer-1.0 gir1.2-gst-plugins-base-1.0)
 fi
 
 missing=()

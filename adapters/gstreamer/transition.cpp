@@ -13,6 +13,7 @@
 #include "adapters/gstreamer/element.h"
 #include "adapters/gstreamer/picture.h"
 #include "adapters/gstreamer/the_plugin.h"
+#include "aveffect/catalogue/transitions.h"
 #include "host/effects/transition_frame.h"
 
 namespace aveffect::gst {
@@ -36,11 +37,24 @@ public:
     OutPicture(const OutPicture&) = delete;
     OutPicture& operator=(const OutPicture&) = delete;
 
-    GstVideoFrame& Frame() { return m_frame; }
+    const GstVideoFrame& Frame() const { return m_frame; }
 
 private:
     GstVideoFrame m_frame{};
 };
+
+/// Alpha, and in its place what nobody looks at, which transitions leave as it is.
+void MakeOpaque(const GstVideoFrame& picture) {
+    constexpr guint kAlphaPlane = 3, kBytes = 4;
+    const bool packed = GST_VIDEO_FRAME_N_PLANES(&picture) == 1;
+    if (!packed && !GST_VIDEO_INFO_HAS_ALPHA(&picture.info)) return;
+    const guint plane = packed ? 0 : kAlphaPlane, step = packed ? kBytes : 1;
+    for (int row = 0; row < GST_VIDEO_FRAME_HEIGHT(&picture); ++row) {
+        guint8* alpha = static_cast<guint8*>(GST_VIDEO_FRAME_PLANE_DATA(&picture, plane)) +
+                        ptrdiff_t{row} * GST_VIDEO_FRAME_PLANE_STRIDE(&picture, plane) + (step - 1);
+        for (int column = 0; column < GST_VIDEO_FRAME_WIDTH(&picture); ++column, alpha += step) *alpha = 255;
+    }
+}
 
 class Transition {
 public:
@@ -87,17 +101,16 @@ private:
     GstFlowReturn Draw(GstBuffer* out) noexcept {
         try {
             Sync(out);
-            OutPicture picture(&m_aggregator->info, out);
+            const OutPicture picture(&m_aggregator->info, out);
             const auto [first, second] = Pictures();
-            GstVideoFrame* const one = first ? first : second;
-            if (!one) return GST_FLOW_OK;
-            Pass(*one, picture.Frame());
-            if (first && second) Draw(*first, *second, picture.Frame(), PlaceOf());
-            return GST_FLOW_OK;
+            if (first && second)
+                Cross(*first, *second, picture.Frame());
+            else if (first || second)
+                Pass(first ? *first : *second, picture.Frame());
         } catch (const std::exception& failure) {
             m_complaints.Say(failure.what());
-            return GST_FLOW_OK;
         }
+        return GST_FLOW_OK;
     }
 
     /// Settings that are controlled are brought to the picture's time.
@@ -122,31 +135,47 @@ private:
         return {found[0], found[1]};
     }
 
-    /// A picture as it is, fitted where it has another size.
-    void Pass(GstVideoFrame& picture, GstVideoFrame& out) const {
-        if (!gst_video_frame_copy(&out, &picture)) Draw(picture, picture, out, {0, kSpan});
+    /// Before it begins and once it is over there is one picture alone, whatever the effect draws then.
+    void Cross(const GstVideoFrame& first, const GstVideoFrame& second, const GstVideoFrame& out) {
+        const auto [time, length] = PlaceOf();
+        if (time < 0 || time >= length) return Pass(time < 0 ? first : second, out);
+        try {
+            Draw(m_effect.name, first, second, out, time, length);
+        } catch (const std::exception& failure) {
+            m_complaints.Say(failure.what());
+            Pass(first, out);
+        }
     }
 
-    void Draw(const GstVideoFrame& from, const GstVideoFrame& to, const GstVideoFrame& out,
-              std::pair<int, int64_t> place) const {
-        ShownPictures pictures(PictureOf(m_effect, from), PictureOf(m_effect, to), nullptr);
-        const auto [time, length] = place;
+    /// A picture as it is, fitted where it has another size.
+    void Pass(const GstVideoFrame& picture, const GstVideoFrame& out) const {
+        const bool fits = GST_VIDEO_FRAME_WIDTH(&picture) == GST_VIDEO_FRAME_WIDTH(&out) &&
+                          GST_VIDEO_FRAME_HEIGHT(&picture) == GST_VIDEO_FRAME_HEIGHT(&out);
+        GstVideoFrame to = out;
+        if (!fits || !gst_video_frame_copy(&to, &picture))
+            Draw(AVBased::effectNameMkFade, picture, picture, out, 0, kSpan);
+    }
+
+    void Draw(const char* effect, const GstVideoFrame& first, const GstVideoFrame& second,
+              const GstVideoFrame& out, int time, int length) const {
+        ShownPictures pictures(PictureOf(m_effect, first), PictureOf(m_effect, second), nullptr);
         // A transition reads its pictures once in its life, so each moment has its own.
         const EffectSpec spec =
-            TransitionSpec(m_effect.name, ShownPictures::kFirst, ShownPictures::kSecond, 0, length);
+            TransitionSpec(effect, ShownPictures::kFirst, ShownPictures::kSecond, 0, length);
         EffectChain chain(ThePlugin(), &pictures, {spec}, {0, length});
         AVBased::MemoryFrame picture = PictureOf(m_effect, out).Frame();
         chain.Process(&picture, time);
+        MakeOpaque(out);
     }
 
-    /// How far it has come, of how much.
-    std::pair<int, int64_t> PlaceOf() const {
+    /// How far it has come, of how much: below 0 before it begins.
+    std::pair<int, int> PlaceOf() const {
         const std::optional<GstClockTime> duration = settings.Duration();
-        if (!duration)
-            return {static_cast<int>(std::lround(std::clamp(settings.Progress(), 0.0, 1.0) * kSpan)), kSpan};
+        if (!duration) return {static_cast<int>(std::lround(settings.Progress() * kSpan)), kSpan};
+        const GstClockTime start = settings.Start();
         const int length = std::max(1, Milliseconds(*duration));
-        if (!GST_CLOCK_TIME_IS_VALID(m_time) || m_time <= settings.Start()) return {0, length};
-        return {std::min(Milliseconds(m_time - settings.Start()), length), length};
+        if (!GST_CLOCK_TIME_IS_VALID(m_time) || m_time < start) return {-1, length};
+        return {Milliseconds(m_time - start), length};
     }
 
     const AVBased::EffectInfo& m_effect;
