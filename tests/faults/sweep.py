@@ -16,7 +16,7 @@ import subprocess
 import sys
 import tempfile
 
-SECONDS = 30  # a run may take
+SECONDS = 30  # a run may take; one that takes longer is given ten times as many, for the machine may be busy
 MEMORY = "nmta"  # kinds of failures.txt that say so
 CALLS = 12  # of a function in a command that are made to fail, the first ones, and as many between them and the last
 # What is kept under other names until it counts.
@@ -102,7 +102,7 @@ class Sweep:
             for step in steps:
                 subprocess.run([self.program, *step.split()], cwd=self.folder / folder, check=True, stdout=subprocess.DEVNULL)
 
-    def run(self, command, **fault):
+    def run(self, command, seconds=SECONDS, **fault):
         """One run, as a dictionary of what came of it."""
         out = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
         name, *words = command.split()
@@ -113,7 +113,7 @@ class Sweep:
         words = [word.format(**{"in": self.media, "out": out}) for word in words]
         try:
             done = subprocess.run([self.program, *words], env=dict(self.env, LD_PRELOAD=self.layer, **fault), capture_output=True,
-                                  timeout=SECONDS, cwd=out)
+                                  timeout=seconds, cwd=out)
             code, said, told = done.returncode, done.stderr.decode(errors="replace"), done.stdout
         except subprocess.TimeoutExpired:
             code, said, told = "no end", "", b""
@@ -191,6 +191,9 @@ class Sweep:
     def try_one(self, task):
         command, function, at = task
         result = self.run(command, FAULT=function, FAULT_AT=str(at))
+        if result["code"] == "no end":
+            shutil.rmtree(result["out"])
+            result = self.run(command, 10 * SECONDS, FAULT=function, FAULT_AT=str(at))
         wrong = self.judge(command, self.kinds[function], result)
         shutil.rmtree(result["out"])
         return wrong and f"{command.split()[0]}: {function} {at}: {wrong}: {result['code']} {' | '.join(result['said'])[:200]}"
