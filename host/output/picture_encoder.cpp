@@ -72,11 +72,13 @@ PictureEncoder::PictureEncoder(const OutputPlan& plan, const AVFrame& sample, co
     TellProfile();
 }
 
-// RoQ of other sizes is coded all the same, and can't be read.
+// Of other sizes these are coded all the same, and can't be read.
 void PictureEncoder::RequireSize() const {
     const auto isPower = [](int side) { return (side & (side - 1)) == 0; };
     if (Codec().id == AV_CODEC_ID_ROQ && !(isPower(Context().width) && isPower(Context().height)))
         Fail("can't start", AVERROR(EINVAL), "both sides must be powers of two, such as --size 256x128");
+    if (Codec().id == AV_CODEC_ID_SPEEDHQ && Context().width % 16 != 0)
+        Fail("can't start", AVERROR(EINVAL), "the width must be a multiple of 16, such as --size 640x360");
 }
 
 // prores_ks tells its profile by the tag alone; MXF wants the number.
