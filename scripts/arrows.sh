@@ -36,6 +36,7 @@ adapters/gstreamer: include host/settings host/effects adapters/support
 adapters/sound:     include kernels
 adapters/ladspa:    include adapters/sound
 adapters/lv2:       include adapters/sound
+python/core:        include mediabridge host/support host/settings host/media host/effects host/sound host/jobs adapters/support cli timeline/jobs
 examples:           include host/jobs
 tests:              *
 fuzz:               *
