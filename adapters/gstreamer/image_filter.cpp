@@ -94,8 +94,8 @@ private:
     std::pair<int, std::optional<int64_t>> PlaceOf() {
         if (!(m_effect.traits & AVBased::kFollowsTime)) return {Milliseconds(m_time), {}};
         const GstClockTime start = settings.Start();
-        if (!m_length) m_length = PlayedLength();
         std::optional<GstClockTime> length = settings.Duration();
+        if (!length && !m_length) m_length = PlayedLength();
         if (!length && m_length && *m_length > start) length = *m_length - start;
         if (!length) throw std::runtime_error("what plays does not tell its length: set duration");
         const GstClockTime time = GST_CLOCK_TIME_IS_VALID(m_time) ? m_time - std::min(start, m_time) : 0;

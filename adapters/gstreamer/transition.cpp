@@ -43,17 +43,33 @@ private:
     GstVideoFrame m_frame{};
 };
 
-/// Alpha, and in its place what nobody looks at, which transitions leave as it is.
-void MakeOpaque(const GstVideoFrame& picture) {
-    constexpr guint kAlphaPlane = 3, kBytes = 4;
-    const bool packed = GST_VIDEO_FRAME_N_PLANES(&picture) == 1;
-    if (!packed && !GST_VIDEO_INFO_HAS_ALPHA(&picture.info)) return;
-    const guint plane = packed ? 0 : kAlphaPlane, step = packed ? kBytes : 1;
-    for (int row = 0; row < GST_VIDEO_FRAME_HEIGHT(&picture); ++row) {
-        guint8* alpha = static_cast<guint8*>(GST_VIDEO_FRAME_PLANE_DATA(&picture, plane)) +
-                        ptrdiff_t{row} * GST_VIDEO_FRAME_PLANE_STRIDE(&picture, plane) + (step - 1);
-        for (int column = 0; column < GST_VIDEO_FRAME_WIDTH(&picture); ++column, alpha += step) *alpha = 255;
+/// Every sample of a component.
+void Fill(const GstVideoFrame& picture, guint component, guint8 value) {
+    const int step = GST_VIDEO_FRAME_COMP_PSTRIDE(&picture, component);
+    for (int row = 0; row < GST_VIDEO_FRAME_COMP_HEIGHT(&picture, component); ++row) {
+        guint8* sample = GST_VIDEO_FRAME_COMP_DATA(&picture, component) +
+                         ptrdiff_t{row} * GST_VIDEO_FRAME_COMP_STRIDE(&picture, component);
+        for (int column = 0; column < GST_VIDEO_FRAME_COMP_WIDTH(&picture, component);
+             ++column, sample += step)
+            *sample = value;
     }
+}
+
+constexpr guint kAlpha = 3;
+
+// Transitions leave alpha as it is. BGRx is BGRA of which nobody looks at the last byte.
+void MakeOpaque(GstVideoFrame picture) {
+    if (GST_VIDEO_FRAME_FORMAT(&picture) == GST_VIDEO_FORMAT_BGRx)
+        picture.info.finfo = gst_video_format_get_info(GST_VIDEO_FORMAT_BGRA);
+    if (GST_VIDEO_INFO_HAS_ALPHA(&picture.info)) Fill(picture, kAlpha, 0xFF);
+}
+
+void MakeBlack(const GstVideoFrame& picture) {
+    constexpr guint8 kBlack = 16, kGrey = 128;
+    const bool yuv = GST_VIDEO_INFO_IS_YUV(&picture.info);
+    for (guint component = 0; component < kAlpha; ++component)
+        Fill(picture, component, !yuv ? 0 : component ? kGrey : kBlack);
+    MakeOpaque(picture);
 }
 
 class Transition {
@@ -107,6 +123,8 @@ private:
                 Cross(*first, *second, picture.Frame());
             else if (first || second)
                 Pass(first ? *first : *second, picture.Frame());
+            else
+                MakeBlack(picture.Frame());
         } catch (const std::exception& failure) {
             m_complaints.Say(failure.what());
         }

@@ -43,11 +43,10 @@ class Clip:
         if not os.path.exists(self.name):
             run("ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"{source}{':' if '=' in source else '='}s={size[0] * 2}x{size[1] * 2}:r={RATE}", "-frames:v", FRAMES, "-vf",
                 f"scale={size[0]}:{size[1]}:flags=neighbor,format={kind}", "-c:v", "ffv1", *flags, self.name)
-        self.frames = pictures(self.name, kind, size)
+        self.frames = cut(run("ffmpeg", "-v", "error", "-i", self.name, "-f", "rawvideo", "-").stdout)
 
 
-def pictures(name, kind, size):
-    data = run("ffmpeg", "-v", "error", "-i", name, "-map", "0:v", "-pix_fmt", kind, "-f", "rawvideo", "-").stdout
+def cut(data):
     step = len(data) // FRAMES
     return [data[at:at + step] for at in range(0, len(data), step)]
 
@@ -57,10 +56,14 @@ class Program:
         self.path = path
 
     def render(self, clip, *effects, pixel_format=None):
-        with tempfile.NamedTemporaryFile(suffix=".mkv") as out:
-            words = [word for effect in effects for word in ("-e", effect)]
-            run(self.path, "render", clip.name, out.name, *words, "--pixel-format", pixel_format or clip.kind, "--codec", "ffv1", "--no-sound", "--progress", "none", "--overwrite")
-            return pictures(out.name, clip.kind, clip.size)
+        words = [word for effect in effects for word in ("-e", effect)]
+        return self.raw(pixel_format or clip.kind, "render", clip.name, *words, "--pixel-format", pixel_format or clip.kind)
+
+    def raw(self, pixel_format, *words):
+        """Bytes of pictures without rows' padding."""
+        with tempfile.NamedTemporaryFile(suffix=".yuv") as out:
+            run(self.path, *words, out.name, "--output-format", pixel_format, "--codec", "rawvideo", "--no-sound", "--progress", "none", "--overwrite")
+            return cut(pathlib.Path(out.name).read_bytes())
 
 
 class Layout:
@@ -258,9 +261,8 @@ def transitions(program, effects):
         return (pipeline.control("t", "progress", *progress) if progress else pipeline).pictures()
     for effect in effects:
         name = effect["shortName"]
-        with tempfile.NamedTemporaryFile(suffix=".mkv") as out:
-            run(program.path, "join", first.name, second.name, "-e", name, "--duration", LENGTH / SECOND, out.name, "--codec", "ffv1", "--no-sound", "--progress", "none", "--overwrite")
-            check(name, hashes(mixed(name, f"duration={LENGTH}", first, second)), hashes(pictures(out.name, "bgra", size)))
+        joined = program.raw("bgra", "join", first.name, second.name, "-e", name, "--duration", LENGTH / SECOND)
+        check(name, hashes(mixed(name, f"duration={LENGTH}", first, second)), hashes(joined))
         by_time = mixed(name, f"start={SECOND // RATE} duration={2 * SECOND // RATE}", first, second)
         check(name + " by progress", hashes(mixed(name, "", first, second, (0, 0, 0.5, 1, 1)))[1:], hashes(by_time)[1:])
         check(name + " before and behind", [by_time[0], by_time[4]] == [first.frames[0], second.frames[4]], True)
