@@ -16,22 +16,22 @@ namespace aveffect::gst {
 
 namespace {
 
-struct Format {
+struct SoundFormat {
     GstAudioFormat name;
     AVSampleFormat id;
 };
 
-constexpr Format kFormats[] = {
+constexpr SoundFormat kSoundFormats[] = {
     {GST_AUDIO_FORMAT_S16, AV_SAMPLE_FMT_S16},
     {GST_AUDIO_FORMAT_S32, AV_SAMPLE_FMT_S32},
     {GST_AUDIO_FORMAT_F32, AV_SAMPLE_FMT_FLT},
     {GST_AUDIO_FORMAT_F64, AV_SAMPLE_FMT_DBL},
 };
 
-GstCaps* CapsFor(const AVBased::EffectInfo& effect) {
+GstCaps* SoundCapsFor(const AVBased::EffectInfo& effect) {
     GValue names = G_VALUE_INIT;
     g_value_init(&names, GST_TYPE_LIST);
-    for (const Format& format : kFormats) {
+    for (const SoundFormat& format : kSoundFormats) {
         if (SoundFormatFor({{effect.name, {}}}, format.id) != format.id) continue;
         GValue name = G_VALUE_INIT;
         g_value_init(&name, G_TYPE_STRING);
@@ -78,7 +78,7 @@ public:
 
     static void SetUp(GstAudioFilterClass* of, const AVBased::EffectInfo& effect) {
         Describe(reinterpret_cast<GstElementClass*>(of), effect, "Filter/Effect/Audio");
-        GstCaps* const caps = CapsFor(effect);
+        GstCaps* const caps = SoundCapsFor(effect);
         gst_audio_filter_class_add_pad_templates(of, caps);
         gst_caps_unref(caps);
         auto* const base = reinterpret_cast<GstBaseTransformClass*>(of);
@@ -106,7 +106,7 @@ private:
             const MappedSound mapped(buffer);
             const GstAudioInfo& info = m_filter->info;
             const auto* const format =
-                std::ranges::find(kFormats, GST_AUDIO_INFO_FORMAT(&info), &Format::name);
+                std::ranges::find(kSoundFormats, GST_AUDIO_INFO_FORMAT(&info), &SoundFormat::name);
             const adapters::Sound sound{mapped.Samples(), format->id, GST_AUDIO_INFO_RATE(&info),
                                         GST_AUDIO_INFO_CHANNELS(&info),
                                         static_cast<int>(mapped.Bytes() / static_cast<size_t>(info.bpf))};

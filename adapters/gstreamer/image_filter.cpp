@@ -40,7 +40,7 @@ public:
     static void SetUp(GstVideoFilterClass* of, const AVBased::EffectInfo& effect) {
         auto* const element = reinterpret_cast<GstElementClass*>(of);
         Describe(element, effect, "Filter/Effect/Video");
-        GstCaps* const caps = CapsFor(effect);
+        GstCaps* const caps = PictureCapsFor(effect);
         AddPad(element, "sink", GST_PAD_SINK, caps);
         AddPad(element, "src", GST_PAD_SRC, caps);
         gst_caps_unref(caps);

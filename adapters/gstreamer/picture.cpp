@@ -14,13 +14,13 @@ using AVBased::EffectKind;
 
 namespace {
 
-struct Format {
+struct PictureFormat {
     GstVideoFormat name;
     unsigned id;
     unsigned fullRange; ///< the id where samples take all values
 };
 
-constexpr Format kFormats[] = {
+constexpr PictureFormat kPictureFormats[] = {
     {GST_VIDEO_FORMAT_BGRA, AVBased::BGRA, AVBased::BGRA},
     {GST_VIDEO_FORMAT_A420, AVBased::YUVA420P, AVBased::YUVA420P},
     {GST_VIDEO_FORMAT_BGRx, AVBased::BGRA, AVBased::BGRA},
@@ -39,9 +39,9 @@ constexpr Format kFormats[] = {
     {GST_VIDEO_FORMAT_xBGR, AVBased::BGRA, AVBased::BGRA},
 };
 
-bool IsPacked(const Format& format) { return format.id == AVBased::BGRA; }
+bool IsPacked(const PictureFormat& format) { return format.id == AVBased::BGRA; }
 
-bool HasOwnOrder(const Format& format) {
+bool HasOwnOrder(const PictureFormat& format) {
     return IsPacked(format) && format.name != GST_VIDEO_FORMAT_BGRA && format.name != GST_VIDEO_FORMAT_BGRx;
 }
 
@@ -50,7 +50,7 @@ bool ServesFew(const EffectInfo& effect) {
     return (effect.traits & AVBased::kFewFormats) || effect.kind == EffectKind::Stereo;
 }
 
-bool Serves(const EffectInfo& effect, const Format& format) {
+bool Serves(const EffectInfo& effect, const PictureFormat& format) {
     if ((effect.traits & AVBased::kChangesAlpha) && format.name != GST_VIDEO_FORMAT_BGRA &&
         format.name != GST_VIDEO_FORMAT_A420)
         return false;
@@ -62,10 +62,10 @@ bool Serves(const EffectInfo& effect, const Format& format) {
 
 } // namespace
 
-GstCaps* CapsFor(const EffectInfo& effect) {
+GstCaps* PictureCapsFor(const EffectInfo& effect) {
     GValue names = G_VALUE_INIT;
     g_value_init(&names, GST_TYPE_LIST);
-    for (const Format& format : kFormats) {
+    for (const PictureFormat& format : kPictureFormats) {
         if (!Serves(effect, format)) continue;
         GValue name = G_VALUE_INIT;
         g_value_init(&name, G_TYPE_STRING);
@@ -81,7 +81,8 @@ GstCaps* CapsFor(const EffectInfo& effect) {
 }
 
 adapters::HostPicture PictureOf(const EffectInfo& effect, const GstVideoFrame& frame) {
-    const auto* const format = std::ranges::find(kFormats, GST_VIDEO_FRAME_FORMAT(&frame), &Format::name);
+    const auto* const format =
+        std::ranges::find(kPictureFormats, GST_VIDEO_FRAME_FORMAT(&frame), &PictureFormat::name);
     const auto count = [](int number) {
         if (number < 0) throw std::runtime_error("pictures with their last row first are not served");
         return static_cast<unsigned>(number);

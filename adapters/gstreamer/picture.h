@@ -8,7 +8,7 @@
 namespace aveffect::gst {
 
 /// The formats that an effect serves, as caps. The caller's.
-GstCaps* CapsFor(const AVBased::EffectInfo& effect);
+GstCaps* PictureCapsFor(const AVBased::EffectInfo& effect);
 
 /// The planes of a mapped picture in one of them, chroma of odd sizes rounded up. It is lent.
 adapters::HostPicture PictureOf(const AVBased::EffectInfo& effect, const GstVideoFrame& frame);

@@ -87,7 +87,7 @@ public:
     static void SetUp(GstVideoAggregatorClass* of, const AVBased::EffectInfo& effect) {
         auto* const element = reinterpret_cast<GstElementClass*>(of);
         Describe(element, effect, "Filter/Editor/Video");
-        GstCaps* const caps = CapsFor(effect);
+        GstCaps* const caps = PictureCapsFor(effect);
         const auto add = [&](const char* name, GstPadDirection direction, GstPadPresence presence,
                              GType type) {
             gst_element_class_add_pad_template(
