@@ -40,6 +40,7 @@ void RegisterKernelBenchmarks();
 void RegisterMaskBenchmarks();
 void RegisterEffectBenchmarks();
 void RegisterModuleBenchmarks();
+void RegisterGStreamerBenchmarks(); ///< where GStreamer's headers are
 void RegisterSoundBenchmarks();
 
 } // namespace bench

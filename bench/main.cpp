@@ -41,6 +41,9 @@ int main(int argc, char** argv) {
     bench::RegisterConversionBenchmarks();
     bench::RegisterMaskBenchmarks();
     bench::RegisterModuleBenchmarks();
+#ifdef AVEFFECT_GSTREAMER_PLUGIN
+    bench::RegisterGStreamerBenchmarks();
+#endif
     bench::RegisterSoundBenchmarks();
     bench::RegisterKernelBenchmarks();
     Table table;
