@@ -236,9 +236,15 @@ def negotiation():
         raise SystemExit(f"{words}: linked")
 
 
-def moving(program):
-    """Settings that GStreamer moves, pictures that change their size, and settings that are wrong."""
+def settings(program):
+    """Settings of every type, those that GStreamer moves, pictures that change their size, and settings that are wrong."""
     clip, other = Clip("bgra"), Clip("yuv420p", (128, 97))
+    # An angle of 0 is none of its own accord.
+    check("types", hashes(Pipeline("appsrc name=src0 ! aveffect-reverse mirror=true preset=flip ! aveffect-tile-reflect tilereflect_angle=0 tilereflect-size=30 "
+                                   "! aveffect-quarter-turns Rotate90XDerection=1 ! aveffect-anaglyph render-3d-mode=red-cyan ! aveffect-pop-style popstyle-color=0x40ff80",
+                                   [(clip.layout, clip.frames)]).pictures()),
+          hashes(program.render(clip, "reverse/flip:mirror=on", "tile-reflect:tilereflect_angle=0:tilereflect_size=30", "quarter-turns:Rotate90XDerection=1",
+                                "anaglyph:render_3d_mode=red-cyan", "pop-style:popstyle_color=#40ff80")))
     pipeline = Pipeline("appsrc name=src0 ! aveffect-spherize name=a spherize-x=80 spherize-y=40 spherize-scale=1.5 ! aveffect-brightness-contrast name=b ! aveffect-color-filter name=c filter-scope=90",
                         [(clip.layout, clip.frames)])
     pipeline.control("a", "spherize_r", 10, 20, 30, 40, 50).control("b", "brightness", -50, -25, 0, 25, 50).control("c", "filter-color", *[0xff0000] * 5)
@@ -317,7 +323,7 @@ def main():
             filters(program, reaching, Clip(kind, (128, 97)), workers)
     formats(program)
     negotiation()
-    moving(program)
+    settings(program)
     transitions(program, [effect for effect in effects if effect["kind"] == "transition"])
     sound(program)
     programs(effects, (pathlib.Path(here).parents[2] / "docs/in-other-programs.md").read_text())
