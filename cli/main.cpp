@@ -19,10 +19,12 @@
 #include "cli/option_values.h"
 #include "cli/player.h"
 #include "cli/progress.h"
+#include "cli/refused_calls.h"
 #include "cli/shared_command.h"
 #include "host/effects/plugin.h"
 #include "host/settings/catalogue_lookup.h"
 #include "host/support/durability.h"
+#include "host/support/refusals.h"
 #include "timeline/jobs/film_new.h"
 #include "timeline/jobs/film_page.h"
 #include "timeline/jobs/film_words.h"
@@ -74,6 +76,7 @@ Failure CurrentFailure() noexcept {
         // Whatever fails behind a signal may do so because of it: reading that was given up looks like
         // damage.
         const int signal = InterruptingSignal();
+        if (signal == 0 && TakeRefusal()) return {std::string("out of memory: ") + error.what(), kUnexpected};
         return {EndedAfter() > 0 ? TimedOut(error.what()) : error.what(),
                 ExitCodeFor(signal != 0 ? ErrorKind::Interrupted : error.Kind(), signal), error.Picture()};
     } catch (const NoMemory& shortage) {
@@ -130,6 +133,8 @@ int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& ou
         const auto options = make();
         Confine(run, fence(options), observer);
         const RenderResult result = work(options, observer);
+        // Files that were published are whole.
+        if (output.empty() || output == "-") RequireNothingRefused("the answer");
         const int exitCode = result.inputDamage ? kDamagedInput : kDone;
         progress->Done(result, exitCode);
         if (result.inputDamage) PrintLines(*result.inputDamage + afterDamage);
@@ -272,6 +277,7 @@ int Check(const FilmCheckCommand& command) {
     report.check = CheckFilm(report.read.film, headers);
     if (Interrupted()) throw Error(ErrorKind::Interrupted, "interrupted");
     report.faults = AllFaults(report.read, report.check, command.source.strict);
+    RequireNothingRefused("the report");
     PrintLines(ReportMessages(report, command.source.strict));
     if (command.json)
         PrintText(ReportJson(report));
@@ -462,6 +468,7 @@ constexpr int kFirstOfAll = 101; ///< the lowest priority that the compiler leav
 } // namespace aveffect
 
 int main(int count, char** arguments) {
+    aveffect::SeesRefusals();
     setenv("SVT_LOG", "0", 0); // libsvtav1 prints on its own unless told not to
     try {
         const aveffect::Command command = aveffect::ParseCommandLine(count, arguments);

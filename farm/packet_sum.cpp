@@ -23,13 +23,14 @@ PacketSum::Result SumOf(const std::string& path, bool pictures, const std::atomi
         Source source({path}, Source::Others::WithPictures, 1, cancel);
         while (const std::optional<SourceItem> item = source.Next())
             if (item->packet->stream_index == source.Pictures().index) sum.Add(*item->packet);
+        source.RequireRead();
         return sum.Finish();
     }
     ReadInterrupt interrupt{&cancel, std::nullopt};
     const InputContextPtr input = OpenInput({path}, interrupt);
     const mediabridge::AVPacketPtr packet(av_packet_alloc());
     if (!packet) throw std::bad_alloc();
-    for (; ReadPacket(input, *packet) >= 0; av_packet_unref(packet.get())) sum.Add(*packet);
+    for (; NextPacket(input, *packet); av_packet_unref(packet.get())) sum.Add(*packet);
     return sum.Finish();
 }
 
@@ -41,7 +42,7 @@ int64_t FirstUs(const std::string& path, const std::atomic<bool>& cancel) {
     const mediabridge::AVPacketPtr packet(av_packet_alloc());
     if (!packet) throw std::bad_alloc();
     int64_t first = INT64_MAX;
-    for (int index = 0; index < kPackets && ReadPacket(input, *packet) >= 0; ++index) {
+    for (int index = 0; index < kPackets && NextPacket(input, *packet); ++index) {
         if (packet->pts != AV_NOPTS_VALUE)
             first = std::min(first, av_rescale_q(packet->pts, input->streams[packet->stream_index]->time_base,
                                                  kMicroseconds));

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "host/support/ordered_workers.h"
+#include "host/support/refusals.h"
 
 namespace aveffect {
 namespace {
@@ -58,8 +59,11 @@ bool TakeFailure(BatchOutcome& outcome) {
         throw;
     } catch (const Error& error) {
         if (error.Kind() == ErrorKind::Interrupted) return false;
-        outcome.kind = error.Kind();
         outcome.message = error.what();
+        if (TakeRefusal())
+            outcome.message = "out of memory: " + outcome.message;
+        else
+            outcome.kind = error.Kind();
     } catch (const NoMemory& shortage) {
         outcome.message = shortage.what();
     } catch (const std::bad_alloc&) {

@@ -162,6 +162,15 @@ const AVCodec* FindDecoder(const AVStream& stream) {
     return avcodec_find_decoder(id);
 }
 
+// Whether pictures or sound are not known well enough to be told of.
+bool LacksKinds(const AVFormatContext& context) {
+    return std::any_of(context.streams, context.streams + context.nb_streams, [](const AVStream* stream) {
+        const AVCodecParameters& kind = *stream->codecpar;
+        return (kind.codec_type == AVMEDIA_TYPE_VIDEO && kind.width == 0) ||
+               (kind.codec_type == AVMEDIA_TYPE_AUDIO && kind.sample_rate == 0);
+    });
+}
+
 } // namespace
 
 bool ReadInterrupt::Due() const noexcept {
@@ -210,6 +219,8 @@ std::optional<int64_t> BytesOf(const std::string& path) {
     } else {
         const uintmax_t size = std::filesystem::file_size(path, failed);
         if (!failed) bytes = static_cast<int64_t>(size);
+        if (failed == std::errc::io_error)
+            throw Error(ErrorKind::Input, path + " can't be looked at: " + failed.message());
     }
     return bytes;
 }
@@ -254,6 +265,9 @@ InputContextPtr OpenInput(const SourceRequest& request, ReadInterrupt& interrupt
     const std::string line = TakeLibraryError();
     RequireBelievable(path, *context, line);
     if (code < 0) ThrowNoMedia(path, code, line);
+    // What it could not read it takes for the file's end.
+    if (context->pb && context->pb->error < 0 && LacksKinds(*context))
+        ThrowNoMedia(path, context->pb->error, line);
     if (local) SayPhotoOrientation(path, *context);
     return input;
 }
@@ -272,6 +286,14 @@ int ReadPacket(const InputContextPtr& input, AVPacket& packet) {
         damage.NoteEnd(code);
     }
     return code;
+}
+
+bool NextPacket(const InputContextPtr& input, AVPacket& packet) {
+    const int code = ReadPacket(input, packet);
+    if (code < 0 && code != AVERROR_EOF)
+        ThrowFailure(ErrorKind::Input, input.get_deleter().damage->Path() + " can't be read to its end",
+                     code);
+    return code >= 0;
 }
 
 Decoder::Decoder(const InputContextPtr& input, const AVStream& stream, unsigned threads)

@@ -36,6 +36,7 @@ void RequireRereadable(const std::string& path);
 bool IsNumbered(const std::string& path);
 
 /// How many bytes a file has, or all pictures that a pattern names have together; absent where there is none.
+/// Throws Error (Input) where that can't be found out.
 std::optional<int64_t> BytesOf(const std::string& path);
 
 /// Opens a file (or a protocol URL) and finds out its streams. Its claims are believed within limits
@@ -45,6 +46,9 @@ InputContextPtr OpenInput(const SourceRequest& request, ReadInterrupt& interrupt
 
 /// As av_read_frame, noting damage.
 int ReadPacket(const InputContextPtr& input, AVPacket& packet);
+
+/// The same of a file whose every packet counts: false at its end, Error (Input) where reading fails.
+bool NextPacket(const InputContextPtr& input, AVPacket& packet);
 
 /// One stream's decoder. Used by one thread at a time.
 class Decoder {

@@ -17,6 +17,7 @@
 #include "host/media/device.h"
 #include "host/support/durability.h"
 #include "host/support/error.h"
+#include "host/support/refusals.h"
 
 namespace aveffect {
 namespace {
@@ -241,6 +242,7 @@ void OutputFile::Require(int code, const char* doing) {
 void OutputFile::Publish() {
     avio_flush(m_io.get());
     Require(m_io->error, "can't be written");
+    RequireNothingRefused(m_target);
     Settle();
     std::optional<OutputFolder> folder;
     if (IsRegular() && g_durableOutputs) folder.emplace(m_resolved);

@@ -5,11 +5,13 @@
 #include "tests/faults/layer.h"
 
 #include <dlfcn.h>
+#include <execinfo.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -34,13 +36,23 @@ bool LiesIn(const void* caller, std::initializer_list<const char*> objects) {
     return false;
 }
 
+// The program sees some of the libraries' calls first, and hands them on: the next return address on the
+// stack that is not its own is theirs.
+const void* CallerBehindProgram(const void* const* stack) {
+    constexpr int kDeep = 16;
+    for (int i = 1; i < kDeep; ++i)
+        if (LiesIn(stack[i], {"lib"}) && !LiesIn(stack[i], {"libfaults", "libc.", "libAV"})) return stack[i];
+    return stack[0];
+}
+
 /// Whether a call counts, by failures.txt's WHOSE.
-bool Counts(char whose, const void* caller) {
+bool Counts(char whose, const void* const* stack) {
+    const void* const caller = stack[0];
     switch (whose) {
     case '*':
         return true;
     case 'm':
-        return LiesIn(caller, {"libav", "libsw"});
+        return LiesIn(LiesIn(caller, {"aveffect"}) ? CallerBehindProgram(stack) : caller, {"libav", "libsw"});
     case 'd':
         return LiesIn(caller, {"aveffect", "libAVE", "libAVB"});
     default:
@@ -129,9 +141,38 @@ private:
     std::FILE* m_file = nullptr;
 } counts;
 
+// Says where in FFmpeg's libraries a crash is; of functions that have no names outside, which one lies
+// before.
+class CrashTeller {
+public:
+    CrashTeller() {
+        void* first[1];
+        backtrace(first, 1); // loads what it needs
+        struct sigaction action = {};
+        action.sa_handler = Tell;
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        for (const int signal : {SIGABRT, SIGSEGV}) sigaction(signal, &action, nullptr);
+    }
+
+private:
+    static void Tell(int signal) {
+        void* frames[32];
+        const int count = backtrace(frames, 32);
+        for (int i = 0; i < count; ++i) {
+            Dl_info found;
+            if (!LiesIn(frames[i], {"libav", "libsw"}) || dladdr(frames[i], &found) == 0 || !found.dli_sname)
+                continue;
+            dprintf(STDERR_FILENO, "crash in %s\n", found.dli_sname);
+            break;
+        }
+        raise(signal);
+    }
+} crashTeller;
+
 } // namespace
 
-extern "C" void* FaultDecide(int function, const void* caller) {
+/// Stack: the place of the return address.
+extern "C" void* FaultDecide(int function, const void* const* stack) {
     void*& real = g_real[function];
     if (!real) real = Real(kLayerNames[function]);
     if (t_inside) return real;
@@ -139,7 +180,7 @@ extern "C" void* FaultDecide(int function, const void* caller) {
     const int error = errno;
     const Chosen& chosen = TheChosen();
     void* next = real;
-    if ((chosen.counts || chosen.function == function) && Counts(kLayerKinds[function][1], caller) &&
+    if ((chosen.counts || chosen.function == function) && Counts(kLayerKinds[function][1], stack) &&
         ++g_calls[function] == chosen.at && chosen.function == function)
         next = reinterpret_cast<void*>(FailureOf(kLayerKinds[function][0]));
     errno = error;

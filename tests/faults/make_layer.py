@@ -25,7 +25,7 @@ DECIDE = "\n".join(
     + [f"    pushq %{name}" for name in SAVED]
     + ["    subq $128, %rsp"]
     + [f"    movups %xmm{n}, {n * 16}(%rsp)" for n in range(8)]
-    + ["    movl %r11d, %edi", "    movq 8(%rbp), %rsi", "    call FaultDecide", "    movq %rax, %r11"]
+    + ["    movl %r11d, %edi", "    leaq 8(%rbp), %rsi", "    call FaultDecide", "    movq %rax, %r11"]
     + [f"    movups {n * 16}(%rsp), %xmm{n}" for n in range(8)]
     + ["    addq $128, %rsp"]
     + [f"    popq %{name}" for name in reversed(SAVED)]

@@ -30,6 +30,7 @@ bool IsAlike(const AVCodecParameters& a, const AVCodecParameters& b) {
 AVPacketPtr NextOf(Source& source) {
     while (std::optional<SourceItem> item = source.Next())
         if (item->packet->stream_index == source.Pictures().index) return std::move(item->packet);
+    source.RequireRead();
     return nullptr;
 }
 
@@ -77,7 +78,7 @@ private:
     void Read() {
         do {
             av_packet_unref(m_packet.get());
-            m_ended = ReadPacket(m_input, *m_packet) < 0;
+            m_ended = !NextPacket(m_input, *m_packet);
             if (m_ended) return;
         } while (m_input->streams[m_packet->stream_index]->discard == AVDISCARD_ALL);
         const int64_t shift =
