@@ -12,7 +12,7 @@ packages=(
 if [ "${1:-}" != program ]; then
   packages+=(libgtest-dev libbenchmark-dev libyuv-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)
   # What packs, what judges packages, and what makes the system that they are tried in.
-  packages+=(dpkg-dev debhelper lintian mmdebstrap doxygen)
+  packages+=(dpkg-dev debhelper dh-python lintian mmdebstrap doxygen)
   # The shells that complete, and what reads man pages.
   packages+=(zsh fish man-db groff-base mandoc bsdutils)
   # What runs renders that are shared out.
@@ -20,7 +20,7 @@ if [ "${1:-}" != program ]; then
   # What holds films to their schema.
   packages+=(python3-jsonschema)
   # What the package for Python is built with, and what its tests need.
-  packages+=(python3-dev pybind11-dev python3-numpy python3-pytest python3-av python3-pil)
+  packages+=(python3-dev pybind11-dev python3-numpy python3-pytest python3-av python3-pil python3-pip python3-opencv python3-nbconvert python3-ipykernel)
   # What makes the manual, and the browser that tries it.
   packages+=(cmark-gfm chromium chromium-driver python3-selenium)
   # Programs that try the adapters, and the headers that they are held to.

@@ -8,8 +8,7 @@ import numpy
 
 from . import _core, _foreign
 from ._catalogue import effects
-from ._errors import UsageError
-from ._settings import REACH, Value, effect_text, milliseconds, require_duration
+from ._settings import Value, effect_text, lacks_duration, milliseconds
 
 _WIDE = {numpy.ndarray, tuple, list}
 
@@ -33,9 +32,8 @@ class Chain:
         for text in texts:
             if not isinstance(text, str):
                 raise TypeError(f"an effect is an Effect or a text, not {text!r}")
-        require_duration(texts, duration)
         self._duration = duration
-        self._core = _core.Chain(texts, milliseconds(duration))
+        self._core = _core.Chain(texts, milliseconds(duration), lacks_duration(texts, duration))
 
     @property
     def texts(self) -> list[str]:

@@ -66,12 +66,13 @@ def milliseconds(duration: Optional[float]) -> Optional[int]:
     return max(1, round(duration * 1000))
 
 
-def require_duration(texts: list[str], duration: Optional[float]) -> None:
-    """Times from the end, and shares of the whole, mean nothing as long as nobody knows the whole."""
+def lacks_duration(texts: list[str], duration: Optional[float]) -> str:
+    """What means nothing as long as nobody knows the whole: times from its end, and shares of it; empty where nothing does."""
     if duration is not None:
-        return
+        return ""
     for text in texts:
         for part in re.split(r"(?<!\\):(?!\d)", text)[1:]:
             name, _, value = part.partition("=")
             if FROM_THE_END.search(value) or name in ("@from", "@to") and value.startswith("-") or name == "@fade-out":
-                raise UsageError(f"{part} counts from the end: give duration, the seconds that the whole lasts")
+                return f"{part} counts from the end: give duration, the seconds that the whole lasts"
+    return ""

@@ -60,29 +60,28 @@ InUse::InUse(std::atomic<bool>& flag)
         throw std::runtime_error("two threads use one object at a time; each thread takes one of its own");
 }
 
-Chain::Chain(std::vector<std::string> effects, std::optional<int64_t> lengthMs)
+Chain::Chain(std::vector<std::string> effects, std::optional<int64_t> lengthMs, std::string lacksLength)
     : m_texts(std::move(effects))
-    , m_lengthMs(lengthMs) {
+    , m_lengthMs(lengthMs)
+    , m_lacksLength(std::move(lacksLength)) {
     for (const std::string& text : m_texts) {
         m_effects.push_back(ParseEffect(text, false));
         const AVBased::EffectInfo& effect = RequireEffect(m_effects.back().name);
+        const std::string name(effect.shortName);
         if (effect.kind == AVBased::EffectKind::Transition)
-            throw Wrong(std::string(effect.shortName) +
-                        " is a transition between two pictures: use Transition");
+            throw Wrong(name + " is a transition between two pictures: use Transition");
         if ((effect.traits & AVBased::kFollowsTime) && !lengthMs)
-            throw Wrong(std::string(effect.shortName) +
-                        " follows the time: give duration, the seconds that the whole lasts");
+            m_lacksLength = name + " follows the time: give duration, the seconds that the whole lasts";
         m_traits |= effect.traits;
         m_anyOrder =
             m_anyOrder && adapters::TreatsBytesAlike(effect.shortName) && m_effects.back().reach.empty();
     }
-    m_stereo = static_cast<size_t>(std::ranges::find_if(m_effects,
-                                                        [](const EffectSpec& spec) {
-                                                            return RequireEffect(spec.name).kind ==
-                                                                   AVBased::EffectKind::Stereo;
-                                                        }) -
-                                   m_effects.begin());
-    EffectChain(ThePlugin(), &m_media, m_effects, {0, m_lengthMs}); // what is wrong is said now
+    const auto isStereo = [](const EffectSpec& spec) {
+        return RequireEffect(spec.name).kind == AVBased::EffectKind::Stereo;
+    };
+    m_stereo = static_cast<size_t>(std::ranges::find_if(m_effects, isStereo) - m_effects.begin());
+    if (m_lacksLength.empty()) // what is wrong is said now
+        EffectChain(ThePlugin(), &m_media, m_effects, {0, m_lengthMs});
 }
 
 void Chain::Require(const ArrayPicture& picture, bool twoViews) {
@@ -121,6 +120,7 @@ void Chain::Run(const adapters::HostPicture& picture, const adapters::HostPictur
 
 py::object Chain::Process(const py::object& frame, double time, const std::string& order,
                           const py::object& out, bool inplace, const py::object& right) {
+    if (!m_lacksLength.empty()) throw Wrong(m_lacksLength);
     const int timeMs = MillisecondsOf(time);
     const ArrayPicture source = TakePicture(frame, order, "the frame");
     if (inplace && !out.is_none()) throw Wrong("inplace and out exclude each other");

@@ -31,9 +31,9 @@ private:
 /// Effects that frames pass in order.
 class Chain {
 public:
-    /// Effects as people write them. Length: of the clip, in milliseconds; absent while nobody knows. Throws
-    /// Error (Usage).
-    Chain(std::vector<std::string> effects, std::optional<int64_t> lengthMs);
+    /// Effects as people write them. Length: of the clip, in milliseconds; absent while nobody knows, and
+    /// then why it has to be known before a picture comes, if so. Throws Error (Usage).
+    Chain(std::vector<std::string> effects, std::optional<int64_t> lengthMs, std::string lacksLength);
 
     /// Works on a picture and returns where the result is: out, the frame itself where it is in place, else
     /// new arrays. Time in seconds. Right: the second view, for stereo effects. Lets other threads of
@@ -57,14 +57,15 @@ private:
 
     std::vector<std::string> m_texts;
     std::optional<int64_t> m_lengthMs;
+    std::string m_lacksLength; ///< why it can't work; empty where it can
     std::vector<EffectSpec> m_effects;
     unsigned m_traits = 0;  ///< AVBased::EffectTraits of all together
     bool m_anyOrder = true; ///< of a pixel's bytes
     size_t m_stereo;        ///< the first stereo effect; behind the last effect where there is none
     MediaManager m_media;
     std::optional<Terms> m_terms;
-    std::unique_ptr<EffectChain> m_chain,
-        m_before; ///< for the right view: what stands before the stereo effect
+    std::unique_ptr<EffectChain> m_chain;
+    std::unique_ptr<EffectChain> m_before; ///< for the right view: what stands before the stereo effect
     std::atomic<bool> m_inUse = false;
 };
 

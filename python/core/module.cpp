@@ -26,8 +26,8 @@ PYBIND11_MODULE(_core, module) {
     module.def("run", &RunJob, py::arg("arguments"), py::arg("progress"), py::arg("warning"));
 
     py::class_<python::Chain>(module, "Chain")
-        .def(py::init<std::vector<std::string>, std::optional<int64_t>>(), py::arg("effects"),
-             py::arg("length"))
+        .def(py::init<std::vector<std::string>, std::optional<int64_t>, std::string>(), py::arg("effects"),
+             py::arg("length"), py::arg("lacks_length"))
         .def("process", &python::Chain::Process, py::arg("frame"), py::arg("time"), py::arg("order"),
              py::arg("out"), py::arg("inplace"), py::arg("right"))
         .def_property_readonly("texts", &python::Chain::Texts)

@@ -12,7 +12,7 @@ files() { find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /opt 
 files >before
 apt-get install -y -qq ./in/*.deb >install.log 2>&1 || { cat install.log; exit 1; }
 mapfile -t packages < <(dpkg-query -W -f '${binary:Package}\n' '*aveffect*')
-[ ${#packages[@]} -eq 5 ] || fail "installed: ${packages[*]}"
+[ ${#packages[@]} -eq 8 ] || fail "installed: ${packages[*]}"
 
 # B, G and R of a file's first pixel; what inverts 10, 60, 200 makes 245, 195, 55, give or take what goes through YUV.
 pixel() { ffmpeg -v error -i "$1" -frames:v 1 -f rawvideo -pix_fmt bgr24 - | od -An -tu1 -N3; }
@@ -30,6 +30,14 @@ ffmpeg -v error -i clip.mkv -vf frei0r=aveffect_invert -c:v ffv1 module.mkv
 inverted ffmpeg module.mkv 0
 melt -silent clip.mkv -filter frei0r.aveffect_invert -consumer avformat:melt.mkv vcodec=ffv1 an=1 >/dev/null 2>&1 || fail "melt fails"
 inverted melt melt.mkv 4
+
+melt -silent clip.mkv -filter aveffect.invert -consumer avformat:module.mkv vcodec=ffv1 an=1 >/dev/null 2>&1 || fail "melt fails with MLT's module"
+inverted "MLT's module" module.mkv 4
+gst-inspect-1.0 aveffect-invert | grep -q Invert || fail "GStreamer finds no elements"
+python3 -c 'import aveffect, numpy
+assert aveffect.Effect("invert")(numpy.zeros((4, 4, 3), numpy.uint8)).all()
+assert aveffect.render("clip.mkv", "python.mkv", "invert", codec="ffv1").frames == 10' || fail "Python fails"
+inverted Python python.mkv 0
 
 # Half as loud: the loudest sample halves.
 peak() { ffmpeg -v error -i clip.mkv -af "$1" -f s16le -ac 1 - | od -An -v -w2 -td2 | awk '$1 > m {m = $1} END {print m + 0}'; }

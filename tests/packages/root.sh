@@ -9,7 +9,7 @@ command -v mmdebstrap >/dev/null || { echo "skipped: mmdebstrap is not installed
 # What our packages ask for, less themselves.
 needs=$(for package in "$packages"/*.deb; do dpkg-deb -f "$package" Depends | tr ',' '\n'; done |
   awk '$1 != "" && $1 !~ /aveffect/ {print $1}' | sort -u | paste -sd,)
-tools=ffmpeg,melt,lilv-utils,man-db,g++,cmake,ninja-build
+tools=ffmpeg,melt,gstreamer1.0-tools,lilv-utils,man-db,g++,cmake,ninja-build
 # The places that this system has its packages from; those of Debian are of the same version.
 apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' 'Origin: Debian' | grep bookworm | sort -u >"$work/sources.list" || true
 [ -s "$work/sources.list" ] && from=("$work/sources.list") || from=()

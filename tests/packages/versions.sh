@@ -16,5 +16,6 @@ changes=$(sed -n "s/^## \\([0-9][^ ]*\\).*/\\1/p" "$source/CHANGELOG.md" | head 
 same "CHANGELOG.md" "${changes:-$version}" "$version" # until a version has a chapter there
 same "aveffect.pc" "$(sed -n 's/^Version: //p' "$build/aveffect.pc.in")" "$version"
 same "the CMake package" "$(sed -n 's/^set(PACKAGE_VERSION "\(.*\)")$/\1/p' "$build/aveffectConfigVersion.cmake")" "$version"
+same "the package for Python" "$(sed -n 's/^version = "\(.*\)"$/\1/p' "$source/pyproject.toml")" "$version"
 same "the manual" "$(sed -n '/^\.TH/s/.*"aveffect \([^"]*\)".*/\1/p' "$build/share/man/man1/aveffect.1")" "$version"
 exit $failed
