@@ -4,7 +4,9 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <string_view>
+#include <utility>
 
 #include "host/settings/value_text.h"
 
@@ -47,9 +49,9 @@ GType EnumType(const EffectInfo& effect, const char* property, std::vector<GEnum
     const GType known = g_type_from_name(name.c_str());
     if (known) return known;
     values.push_back({0, nullptr, nullptr});
-    GEnumValue* const kept = g_new(GEnumValue, values.size());
-    std::ranges::copy(values, kept);
-    return g_enum_register_static(name.c_str(), kept);
+    // GLib makes one class at a time.
+    static auto* const kept = new std::deque<std::vector<GEnumValue>>;
+    return g_enum_register_static(name.c_str(), kept->emplace_back(std::move(values)).data());
 }
 
 GParamSpec* ChoiceSpec(const EffectInfo& effect, const PropertyInfo& property, const Words& words,
