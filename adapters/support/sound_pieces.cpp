@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "host/effects/media_check.h"
+
 namespace aveffect::adapters {
 
 mediabridge::AVFramePtr Sound::Part(int begin, int end) const {
@@ -22,8 +24,9 @@ void SoundPieces::Work(const Plugin& plugin, const std::string& effect, std::opt
                        const Sound& sound, int64_t first) {
     Terms terms{effect, lengthMs, sound.format, sound.rate, sound.channels};
     if (!m_stage || terms != m_terms || (m_stage->NeedsAll() && first != m_next)) {
-        m_stage.emplace(plugin, &m_media, ParseEffect(effect, false, Medium::Audio), TimeSpan{0, lengthMs},
-                        sound.rate);
+        const EffectSpec spec = ParseEffect(effect, false, Medium::Audio);
+        RequireSounds(m_media, {spec});
+        m_stage.emplace(plugin, &m_media, spec, TimeSpan{0, lengthMs}, sound.rate);
         m_terms = std::move(terms);
         if (m_stage->NeedsAll()) Skip(first, sound);
     }

@@ -278,15 +278,26 @@ def transitions(program, effects):
         check(name + " planar", len(halfway) == len(planar.frames[0]) and halfway not in (planar.frames[0], black.frames[0]), True)
 
 
+def heard(words):
+    return run("gst-launch-1.0", *f"filesrc location=in.wav ! wavparse ! queue ! aveffect-{words} ! wavenc ! filesink location=heard.wav".split()).stderr.decode()
+
+
+def samples(name):
+    return run("ffmpeg", "-v", "error", "-i", name, "-f", "md5", "-").stdout
+
+
 def sound(program):
     run("ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"aevalsrc=sin(2000*t)|cos(3000*t):s={SOUND_RATE}:d=1", "-c:a", "pcm_s16le", "in.wav")
     run("ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"aevalsrc=sin(500*t)|cos(700*t):s={SOUND_RATE}:d=0.3", "-c:a", "pcm_s16le", "other.wav")
     for words, effect in [("volume audio-volume=30", "volume:audio_volume=30"),
                           ("fade-sound fader-start-scale=0 fader-end-scale=1 fader-duration=800", "fade-sound:fader_start_scale=0:fader_end_scale=1:fader_duration=800"),
                           ("replace-sound audio-replace-path=other.wav audio-replace-loop=true", "replace-sound:audio_replace_path=other.wav:audio_replace_loop=1")]:
-        run("gst-launch-1.0", "-q", *f"filesrc location=in.wav ! wavparse ! queue ! aveffect-{words} ! wavenc ! filesink location=heard.wav".split())
+        heard(words)
         run(program.path, "render", "in.wav", "out.wav", "-a", effect, "--overwrite", "--progress", "none")
-        check(words, *(run("ffmpeg", "-v", "error", "-i", name, "-f", "md5", "-").stdout for name in ("heard.wav", "out.wav")))
+        check(words, samples("heard.wav"), samples("out.wav"))
+    silent = Clip("bgra").name
+    said = heard("replace-sound audio-replace-path=" + silent)
+    check("no sound", (said.count("WARNING"), silent in said, samples("heard.wav")), (1, True, samples("in.wav")))
 
 
 def programs(effects, guide):
