@@ -279,7 +279,7 @@ def transitions(program, effects):
 
 
 def heard(words):
-    return run("gst-launch-1.0", *f"filesrc location=in.wav ! wavparse ! queue ! aveffect-{words} ! wavenc ! filesink location=heard.wav".split()).stderr.decode()
+    return run("gst-launch-1.0", *f"filesrc location=in.wav ! wavparse ! queue ! aveffect-{words} ! wavenc ! filesink location=heard.wav".split()).stdout.decode()
 
 
 def samples(name):
