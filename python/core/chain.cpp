@@ -21,12 +21,12 @@ namespace py = pybind11;
 
 namespace {
 
-constexpr double kSecond = 1000; // milliseconds
+constexpr double kMsASecond = 1000;
 
 int MillisecondsOf(double seconds) {
-    if (!(std::abs(seconds) * kSecond <= INT_MAX))
+    if (!(std::abs(seconds) * kMsASecond <= INT_MAX))
         throw Wrong("time must be a number of seconds, not " + std::to_string(seconds));
-    return static_cast<int>(std::lround(seconds * kSecond));
+    return static_cast<int>(std::lround(seconds * kMsASecond));
 }
 
 /// A frame with a second view.

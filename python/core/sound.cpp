@@ -25,7 +25,7 @@ constexpr double kMostSeconds = 1e7;
 constexpr int64_t kSecond = 1000; // milliseconds
 
 /// Interleaved samples.
-struct Samples {
+struct SoundSamples {
     uint8_t* data;
     AVSampleFormat format;
     AVChannelLayout layout; ///< without memory of its own
@@ -41,7 +41,7 @@ struct Samples {
 /// Gives them out, as copies.
 class SamplesInMemory final : public SampleSource {
 public:
-    explicit SamplesInMemory(const Samples& samples)
+    explicit SamplesInMemory(const SoundSamples& samples)
         : m_samples(samples) {}
 
     int64_t Available(int64_t wanted) override { return std::min(wanted, m_samples.count - m_at); }
@@ -59,11 +59,11 @@ public:
     }
 
 private:
-    Samples m_samples;
+    SoundSamples m_samples;
     int64_t m_at = 0;
 };
 
-void Hear(const EffectSpec& effect, const TimeSpan& span, double start, const Samples& samples) {
+void Hear(const EffectSpec& effect, const TimeSpan& span, double start, const SoundSamples& samples) {
     MediaManager media;
     RequireSounds(media, {effect});
     AudioStage stage(ThePlugin(), &media, effect, span, samples.rate);
@@ -121,7 +121,8 @@ py::object Sound::Process(const py::object& samples, int rate, double start, boo
         throw Wrong("the samples can only be read; leave inplace out, and a copy is made");
     const bool direct = inplace && (given.flags() & py::array::c_style);
     py::array made = direct ? given : py::array(given.attr("copy")("C"));
-    Samples work = {static_cast<uint8_t*>(made.mutable_data()), AV_SAMPLE_FMT_S16, {}, rate, given.shape(0)};
+    SoundSamples work = {
+        static_cast<uint8_t*>(made.mutable_data()), AV_SAMPLE_FMT_S16, {}, rate, given.shape(0)};
     av_channel_layout_default(&work.layout, given.ndim() == 2 ? static_cast<int>(given.shape(1)) : 1);
     const bool fine = given.dtype().equal(py::dtype::of<float>());
     if (fine) work.format = SoundFormatFor({m_effect}, AV_SAMPLE_FMT_FLT);

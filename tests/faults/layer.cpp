@@ -98,6 +98,12 @@ void* Real(const char* name) {
     return lookUp(RTLD_NEXT, name);
 }
 
+// What the C library has is found behind the program.
+bool FindsNext(int function, const void* const* stack) {
+    const void* const firstArgument = stack[-3]; // saved by the functions' common part
+    return std::strcmp(kLayerNames[function], "dlsym") == 0 && firstArgument == RTLD_NEXT;
+}
+
 /// The function that fails, and at which call; -1 when none does.
 struct Chosen {
     int function = -1;
@@ -175,7 +181,7 @@ private:
 extern "C" void* FaultDecide(int function, const void* const* stack) {
     void*& real = g_real[function];
     if (!real) real = Real(kLayerNames[function]);
-    if (t_inside) return real;
+    if (t_inside || FindsNext(function, stack)) return real;
     t_inside = true;
     const int error = errno;
     const Chosen& chosen = TheChosen();
