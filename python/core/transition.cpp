@@ -43,6 +43,17 @@ Transition::Transition(const std::string& name, const py::object& first, const p
     m_first = NewLike(m_first); // its shapes count, not the caller's memory
 }
 
+void Transition::DrawMiddle(const adapters::HostPicture& drawn, double progress) const {
+    using adapters::ShownPictures;
+    ShownPictures pictures(m_from.Picture(), m_to.Picture(), nullptr);
+    // A transition reads its pictures once in its life, so each moment has its own.
+    const EffectSpec spec =
+        TransitionSpec(RequireEffect(m_name).name, ShownPictures::kFirst, ShownPictures::kSecond, 0, kSpan);
+    EffectChain chain(ThePlugin(), &pictures, {spec}, {0, kSpan});
+    AVBased::MemoryFrame frame = drawn.Frame();
+    chain.Process(&frame, static_cast<int>(std::lround(progress * kSpan)));
+}
+
 py::object Transition::Draw(double progress, const py::object& out) const {
     if (!(progress >= 0 && progress <= 1))
         throw Wrong("progress must be from 0 to 1, not " + std::to_string(progress));
@@ -53,17 +64,13 @@ py::object Transition::Draw(double progress, const py::object& out) const {
     {
         const Unlocked unlocked;
         const adapters::HostPicture& drawn = work.Picture();
-        for (size_t i = 0; i < drawn.planes.size(); ++i) // what it leaves is the first picture's
-            std::memcpy(drawn.planes[i].data, m_from.Picture().planes[i].data,
+        // What it leaves is the first picture's; at the very end some would show that again.
+        const bool ended = progress == 1;
+        const adapters::HostPicture& left = (ended ? m_to : m_from).Picture();
+        for (size_t i = 0; i < drawn.planes.size(); ++i)
+            std::memcpy(drawn.planes[i].data, left.planes[i].data,
                         size_t{drawn.planes[i].pitch} * drawn.planes[i].rows);
-        using adapters::ShownPictures;
-        ShownPictures pictures(m_from.Picture(), m_to.Picture(), nullptr);
-        // A transition reads its pictures once in its life, so each moment has its own.
-        const EffectSpec spec = TransitionSpec(RequireEffect(m_name).name, ShownPictures::kFirst,
-                                               ShownPictures::kSecond, 0, kSpan);
-        EffectChain chain(ThePlugin(), &pictures, {spec}, {0, kSpan});
-        AVBased::MemoryFrame frame = drawn.Frame();
-        chain.Process(&frame, static_cast<int>(std::lround(progress * kSpan)));
+        if (!ended) DrawMiddle(drawn, progress);
     }
     work.Finish(false);
     return out.is_none() ? AsObject(target) : out;

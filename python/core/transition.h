@@ -17,6 +17,8 @@ public:
     pybind11::object Draw(double progress, const pybind11::object& out) const;
 
 private:
+    void DrawMiddle(const adapters::HostPicture& drawn, double progress) const;
+
     std::string m_name, m_order;
     ArrayPicture m_first;
     bool m_anyOrder; ///< of a pixel's bytes

@@ -75,6 +75,7 @@ def test_transitions(effect, picture, planes, program, tmp_path):
     made = [Transition(effect.name, picture, other)(i / 4) for i in range(4)]
     assert all((a[..., :3] == b).all() for a, b in zip(made, wanted, strict=True))
     middle = made[2]
+    assert (Transition(effect.name, picture, other)(1) == other).all()
     red_first = Transition(effect.name, picture[..., [2, 1, 0, 3]], other[..., [2, 1, 0, 3]], order="RGBA")(0.5)
     assert (red_first[..., [2, 1, 0, 3]] == middle).all()
     assert (Transition(effect.name, picture[..., :3], other[..., :3])(0.5) == middle[..., :3]).all()
