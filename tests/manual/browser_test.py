@@ -147,7 +147,10 @@ class Manual(unittest.TestCase):
         self.assertAlmostEqual(float(self.script(edge)[:-1]), 25, delta=2)
 
     def test_what_moves_stands_still_when_it_is_asked_to(self):
-        current = "return document.querySelector('.moving img').currentSrc"
+        # Pictures are loaded when they come into sight.
+        current = """return new Promise(done => {
+            const look = () => { const source = document.querySelector('.moving img').currentSrc; source ? done(source) : setTimeout(look, 50); };
+            look(); })"""
         self.show(1000)
         self.open("effects/clock.html")
         self.assertTrue(self.script(current).endswith("clock-moving.webp"))
