@@ -143,7 +143,8 @@ py::object Chain::Process(const py::object& frame, double time, const std::strin
             Require(source, second.has_value());
             Run(work.Picture(), second ? &second->Picture() : nullptr, timeMs);
         } catch (...) {
-            m_chain.reset(); // its effects may be half prepared
+            m_chain.reset(); // effects may be half prepared
+            m_before.reset();
             throw;
         }
     }

@@ -98,12 +98,12 @@ def test_callbacks_and_signals_end_jobs(clip, tmp_path):
     def stop(*_):
         raise LookupError("enough")
     with pytest.raises(LookupError, match="enough"):
-        aveffect.render(clip, tmp_path / "a.mkv", ["oil-painting"] * 40, codec="ffv1", progress=stop)
+        aveffect.render(clip, tmp_path / "a.mkv", ["oil-painting"] * 300, codec="ffv1", progress=stop)
     timer = threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGINT))
     timer.start()
     begun = time.monotonic()
     with pytest.raises(KeyboardInterrupt):
-        aveffect.render(clip, tmp_path / "a.mkv", ["oil-painting"] * 40, codec="ffv1")
+        aveffect.render(clip, tmp_path / "a.mkv", ["oil-painting"] * 300, codec="ffv1")
     assert time.monotonic() - begun < 20 and not os.listdir(tmp_path)
 
 
@@ -185,7 +185,7 @@ def test_nothing_leaks():
     frozen.flags.writeable = False
     effect, transition, sound = Effect("invert"), Transition("push", picture, picture), Sound("volume/half")
     samples = np.zeros(64, np.float32)
-    calls = int(os.environ.get("AVEFFECT_CALLS", 10000))
+    calls = int(os.environ.get("AVEFFECT_CALLS", 100000))
 
     def round_of_calls():
         effect(picture, inplace=True)
