@@ -1,55 +1,18 @@
 #include "adapters/mlt/audio_filter.h"
 
-#include <algorithm>
 #include <memory>
-#include <optional>
-#include <vector>
 
 #include "adapters/mlt/complaints.h"
 #include "adapters/mlt/effect_text.h"
 #include "adapters/mlt/filter_worker.h"
 #include "adapters/mlt/picture.h"
 #include "adapters/mlt/the_plugin.h"
+#include "adapters/support/sound_pieces.h"
 #include "host/effects/audio_effect_chain.h"
-#include "host/effects/audio_stage.h"
-#include "host/media/media_manager.h"
 
 namespace aveffect::mlt {
 
 namespace {
-
-/// Interleaved sound of the host's.
-struct Sound {
-    uint8_t* samples;
-    AVSampleFormat format;
-    int rate, channels, count;
-
-    size_t SampleBytes() const {
-        return static_cast<size_t>(av_get_bytes_per_sample(format)) * static_cast<size_t>(channels);
-    }
-    /// A part of it, as its own memory.
-    mediabridge::AVFramePtr Part(int begin, int end) const {
-        mediabridge::AVFramePtr part(av_frame_alloc());
-        if (!part) throw std::bad_alloc();
-        part->format = format;
-        part->sample_rate = rate;
-        part->nb_samples = end - begin;
-        av_channel_layout_default(&part->ch_layout, channels);
-        part->data[0] = samples + static_cast<size_t>(begin) * SampleBytes();
-        part->linesize[0] = static_cast<int>(static_cast<size_t>(end - begin) * SampleBytes());
-        return part;
-    }
-};
-
-/// What a stage was made for.
-struct StageTerms {
-    std::string text;
-    int64_t lengthMs;
-    AVSampleFormat format;
-    int rate, channels;
-
-    bool operator==(const StageTerms&) const = default;
-};
 
 class AudioFilter {
 public:
@@ -78,42 +41,14 @@ public:
     }
 
 private:
-    void Work(mlt_frame frame, const Sound& sound) {
+    void Work(mlt_frame frame, const adapters::Sound& sound) {
         const mlt_service service = MLT_FILTER_SERVICE(m_filter);
         const mlt_position position = mlt_filter_get_position(m_filter, frame);
         const mlt_position length = mlt_filter_get_length2(m_filter, frame);
         const auto fps = static_cast<float>(mlt_profile_fps(mlt_service_profile(service)));
-        const int64_t first = mlt_audio_calculate_samples_to_position(fps, sound.rate, position);
-        StageTerms terms{EffectText(m_effect, MLT_FILTER_PROPERTIES(m_filter), position, length),
-                         Milliseconds(length, service), sound.format, sound.rate, sound.channels};
-        if (!m_stage || terms != m_terms || (m_stage->NeedsAll() && first != m_next)) {
-            m_stage.emplace(ThePlugin(), &m_media, ParseEffect(terms.text, false, Medium::Audio),
-                            TimeSpan{0, terms.lengthMs}, sound.rate);
-            m_terms = std::move(terms);
-            if (m_stage->NeedsAll()) Skip(first, sound);
-        }
-        Hear(sound, first);
-        m_next = first + sound.count;
-    }
-
-    // Pieces begin where those of the effect's own time do.
-    void Hear(const Sound& sound, int64_t first) {
-        const int64_t piece = sound.rate / m_stage->PiecesASecond();
-        for (int begin = 0, end = 0; begin < sound.count; begin = end) {
-            const int64_t next = ((first + begin) / piece + 1) * piece;
-            end = static_cast<int>(std::min<int64_t>(sound.count, next - first));
-            m_stage->Process(*sound.Part(begin, end), first + begin);
-        }
-    }
-
-    void Skip(int64_t samples, const Sound& like) {
-        Sound silence = like;
-        std::vector<uint8_t> memory(static_cast<size_t>(like.rate) * like.SampleBytes());
-        silence.samples = memory.data();
-        for (int64_t at = 0; at < samples; at += silence.count) {
-            silence.count = static_cast<int>(std::min<int64_t>(like.rate, samples - at));
-            Hear(silence, at);
-        }
+        m_pieces.Work(ThePlugin(), EffectText(m_effect, MLT_FILTER_PROPERTIES(m_filter), position, length),
+                      Milliseconds(length, service), sound,
+                      mlt_audio_calculate_samples_to_position(fps, sound.rate, position));
     }
 
     const AVBased::EffectInfo& m_effect;
@@ -121,10 +56,7 @@ private:
     Complaints m_complaints;
     const AVSampleFormat m_finest; ///< that the effect takes
     std::mutex m_mutex;
-    MediaManager m_media;
-    StageTerms m_terms{};
-    std::optional<AudioStage> m_stage;
-    int64_t m_next = 0; ///< sample behind those that the stage has had
+    adapters::SoundPieces m_pieces;
 };
 
 int PullAudio(mlt_frame frame, void** buffer, mlt_audio_format* format, int* rate, int* channels,
