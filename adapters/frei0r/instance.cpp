@@ -112,6 +112,10 @@ void Instance::Filter(uint32_t* picture) {
 }
 
 void Instance::Mix(const uint32_t* first, const uint32_t* second, uint32_t* out) const {
+    if (Time() == kSpan) { // it is over; some transitions would show the first picture again
+        if (second != out) std::copy_n(second, Count(), out);
+        return;
+    }
     std::vector<uint32_t> replaced; // by the first picture, which the transition draws over
     if (second == out) {
         replaced.assign(second, second + Count());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -31,6 +32,11 @@ struct Image {
     }
     bool GoesWith(const Image& other) const {
         return format == other.format && width == other.width && height == other.height;
+    }
+    /// Both go with each other.
+    void CopyTo(const Image& other) const noexcept {
+        std::memcpy(other.data, data,
+                    static_cast<size_t>(mlt_image_format_size(format, width, height, nullptr)));
     }
     void Swap() const noexcept { SwapRedAndBlue(data, width, height); }
     adapters::HostPicture Picture() const { return PictureOf(data, format, width, height); }
@@ -75,8 +81,9 @@ public:
 
 private:
     void Draw(mlt_frame frame, const Image& from, const Image& to) const {
-        ShownPictures pictures(from.Picture(), to.Picture(), from.data);
         const auto [time, length] = PlaceOf(frame);
+        if (time >= length) return to.CopyTo(from); // some transitions would show the first picture again
+        ShownPictures pictures(from.Picture(), to.Picture(), from.data);
         // A transition reads its pictures once in its life, so each moment has its own.
         const EffectSpec spec =
             TransitionSpec(m_effect.name, ShownPictures::kFirst, ShownPictures::kSecond, 0, length);

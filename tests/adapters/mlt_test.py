@@ -147,6 +147,8 @@ def transitions(hosts, effects):
         check(name, found, expected)
         there, back = (mixed("yuv420p", "yuv.mkv", "otheryuv.mkv", *settings) for settings in ((), ("progress=0=1;4=0",)))
         check(name + " moves", len({*there, *back}) > 2 and there != back, True)
+        # Once it is over, the second picture is left.
+        check(name + " ends", there[-1] != back[-1] and back[0] == mixed("yuv420p", "otheryuv.mkv", "otheryuv.mkv", "progress=1")[0], True)
 
 
 def sound(hosts):
