@@ -8,7 +8,8 @@ import numpy
 
 from ._errors import UsageError
 
-_PLANAR = {"yuv420p", "yuv422p", "yuv411p", "yuv410p", "yuva420p", "yuva444p", "yuvj420p", "yuvj422p"}
+# Planes alone don't say that their samples take all values, so that the "yuvj" ones go by way of pixels.
+_PLANAR = {"yuv420p", "yuv422p", "yuv411p", "yuv410p", "yuva420p", "yuva444p"}
 
 
 def arrays(picture: Any) -> Any:
@@ -36,6 +37,7 @@ def process(chain: Any, frame: Any, time: Optional[float], order: str, out: Any,
 
 
 def _planes(frame: Any) -> tuple:
+    """In the frame's own memory."""
     rows = []
     for plane in frame.planes:
         samples = numpy.frombuffer(plane, numpy.uint8).reshape(plane.height, plane.line_size)
@@ -57,20 +59,12 @@ def _of_pyav(chain: Any, frame: Any, time: Optional[float], right: Any) -> Any:
     result = chain._core.process(seen(frame), time, "", None, False, None if right is None else seen(right))
     if planar:
         made = type(frame)(frame.width, frame.height, frame.format.name)
-        for plane, samples in zip(_writeable(made), result):
+        for plane, samples in zip(_planes(made), result):
             plane[:] = samples
     else:
         made = type(frame).from_ndarray(result, format="bgra")
     made.pts, made.time_base = frame.pts, frame.time_base
     return made
-
-
-def _writeable(frame: Any) -> list:
-    planes = []
-    for plane in frame.planes:
-        samples = numpy.frombuffer(memoryview(plane), numpy.uint8).reshape(plane.height, plane.line_size)
-        planes.append(samples[:, :plane.width])
-    return planes
 
 
 def _of_pillow(chain: Any, image: Any, time: Optional[float], right: Any) -> Any:

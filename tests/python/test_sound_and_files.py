@@ -117,6 +117,8 @@ def test_pictures_of_pyav(clip):
     assert (made.to_ndarray()[:180] == 255 - frame.to_ndarray()[:180]).all()
     rgb = Effect("invert")(frame.reformat(format="rgb24"))
     assert rgb.format.name == "bgra" and rgb.width == frame.width
+    full = frame.reformat(format="yuvj420p")
+    assert Effect("invert")(full).format.name == "bgra", "full range is not taken for the usual one"
     moving = Effect("brightness-contrast", brightness={0: 0, frame.time: 50})
     assert moving(frame).to_ndarray()[:180].sum() > moving(frames[0]).to_ndarray()[:180].sum()
 
