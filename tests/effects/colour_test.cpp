@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 
 namespace {
@@ -18,9 +19,15 @@ long long FloorShift8(long long value) {
     return static_cast<long long>(std::floor(static_cast<double>(value) / 256));
 }
 
+// Without settings, and as the ledger has it.
+void ExpectAlways(const char* effect, const Plain& packed, const Plain& planar) {
+    ExpectComputes({effect}, packed, planar);
+    ledger::ExpectInLedger(effect, packed, planar);
+}
+
 TEST(Gray, TakesTheMeanOrFillsChroma) {
-    ExpectComputes(
-        {"gray"},
+    ExpectAlways(
+        "gray",
         [](HostFrame& frame) {
             ForPixels(frame,
                       [](Byte* p) { p[0] = p[1] = p[2] = static_cast<Byte>((p[0] + p[1] + p[2]) / 3); });
@@ -32,8 +39,8 @@ TEST(Gray, TakesTheMeanOrFillsChroma) {
 }
 
 TEST(FlipColor, SwapsBlueAndRedOrThePlanes) {
-    ExpectComputes(
-        {"flip_color"}, [](HostFrame& frame) { ForPixels(frame, [](Byte* p) { std::swap(p[0], p[2]); }); },
+    ExpectAlways(
+        "flip_color", [](HostFrame& frame) { ForPixels(frame, [](Byte* p) { std::swap(p[0], p[2]); }); },
         [](HostFrame& frame) {
             for (unsigned y = 0; y < frame.planes[1].rows; ++y)
                 for (unsigned x = 0; x < frame.planes[1].width; ++x)
@@ -43,8 +50,8 @@ TEST(FlipColor, SwapsBlueAndRedOrThePlanes) {
 
 TEST(Invert, ComplementsAllButAlpha) {
     const auto invert = [](Byte& x) { x = static_cast<Byte>(255 - x); };
-    ExpectComputes(
-        {"invert"},
+    ExpectAlways(
+        "invert",
         [=](HostFrame& frame) { ForPixels(frame, [=](Byte* p) { std::for_each(p, p + 3, invert); }); },
         [=](HostFrame& frame) {
             for (size_t i = 0; i < 3; ++i) ForSamples(frame.planes[i], invert);
@@ -52,8 +59,8 @@ TEST(Invert, ComplementsAllButAlpha) {
 }
 
 TEST(AgedFilm, TintsAndLiftsTheDark) {
-    ExpectComputes(
-        {"aged_film"},
+    ExpectAlways(
+        "aged_film",
         [](HostFrame& frame) {
             ForPixels(frame, [](Byte* p) {
                 int mean = (p[0] + p[1] + p[2]) / 3;
@@ -117,6 +124,9 @@ TEST(BrightnessContrastEffect, ComputesItsFormulas) {
                                {"saturation", std::to_string(c.saturation)}}};
         ASSERT_NO_FATAL_FAILURE(ExpectComputes(setting, c));
     }
+    ledger::ExpectInLedger("brightness_contrast", [](const auto& of, HostFrame& frame) {
+        BrightnessContrast{of.Number("brightness"), of.Number("contrast"), of.Number("saturation")}(frame);
+    });
 }
 
 TEST(BrightnessContrastEffect, ClampsWhatItStoresAndKeepsTheText) {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/picture.h"
 
@@ -136,6 +137,21 @@ TEST(Rotate, TwistsTheCircle) {
             ASSERT_NO_FATAL_FAILURE(ExpectSame(*frame, original, std::to_string(r)));
         }
     }
+}
+
+Circle CircleOf(const ledger::PictureCase& of, const std::string& effect) {
+    return {of.Int(effect + "_r"), of.Int(effect + "_x"), of.Int(effect + "_y"),
+            of.Number(effect + "_scale")};
+}
+
+// The first picture, and one that is made by the map that there is.
+TEST(CircleMaps, AreAsInTheLedger) {
+    ledger::ExpectInLedger("spherize", [](const auto& of, HostFrame& frame) {
+        SpherizeMap(CircleOf(of, "spherize"), of.width, of.height).Apply(frame, false, !of.again);
+    });
+    ledger::ExpectInLedger("rotate", [](const auto& of, HostFrame& frame) {
+        RotateMap(CircleOf(of, "rotate"), of.width, of.height).Apply(frame, true, !of.again);
+    });
 }
 
 // With exponent 1 a pixel of radius 20 at distance 10 comes from distance 10 * 10 / 20 = 5.
@@ -306,6 +322,10 @@ TEST(Magnifier, EnlargesTheCircle) {
                     Magnify(frame, radius, cx, cy, z);
                 }));
         }
+    ledger::ExpectInLedger("magnifier", [](const auto& of, HostFrame& frame) {
+        const Circle circle = CircleOf(of, "magnifier");
+        Magnify(frame, circle.r, circle.x, circle.y, circle.scale);
+    });
 }
 
 // Tensile
@@ -412,6 +432,13 @@ TEST(Tensile, StretchesTheBandAndSqueezesTheRest) {
                              {true, true, 1, 3, 1.5, 15, 8, 1.9}}) {
         ASSERT_NO_FATAL_FAILURE(ExpectComputes({"tensile", t.Settings()}, t));
     }
+    ledger::ExpectInLedger("tensile", [](const auto& of, HostFrame& frame) {
+        const auto place = [&](const char* name) { return static_cast<unsigned>(of.Int(name)); };
+        Tensile{of.Int("tensile_vertical") == 1,     of.Int("tensile_horizontal") == 1,
+                place("tensile_vertical_y1"),        place("tensile_vertical_y2"),
+                of.Number("tensile_vertical_scale"), place("tensile_horizontal_x1"),
+                place("tensile_horizontal_x2"),      of.Number("tensile_horizontal_scale")}(frame);
+    });
 }
 
 // 300 to 400 by 1.5 on 480 rows: rows 0 to 249 show 0 to 298, 250 to 399 the band, the rest stays.
@@ -478,6 +505,15 @@ TEST(Atomize, ScattersAndRepeatsTheScatter) {
                                                            std::to_string(format)));
                 }
             }
+}
+
+TEST(Atomize, IsAsInTheLedger) {
+    ledger::ExpectInLedger("atomize", [](const auto& of, HostFrame& frame) {
+        const Atomize plain{of.Int("atomize_ishorizontal") == 1, of.Int("atomize_isvertical") == 1,
+                            static_cast<unsigned>(of.Int("atomize_level"))};
+        std::srand(ledger::kSeed);
+        if (plain.level > 1) plain.Draw(frame);
+    });
 }
 
 TEST(Atomize, ChangesWithItsPropertiesOnly) {

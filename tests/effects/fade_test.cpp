@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 
 namespace {
@@ -103,6 +104,33 @@ TEST(DirectFades, MixTowardsTheColour) {
     for (const auto& [text, level] : {std::pair{"65280", 65280LL}, {"65536", 65536LL}, {"-1", 4294967295LL}})
         expect({"directfadeout", {{"duration", "100"}, {"fadeout_min", text}, {"fadeout_color", "8533078"}}},
                bgr, yuv, level, 50);
+}
+
+// The rise and the fall, in 256ths, within their bounds.
+long long LevelOf(const ledger::PictureCase& of, int level, const char* least, const char* most) {
+    return std::max(std::min(level, of.Int(most)), of.Int(least));
+}
+
+TEST(Fades, AreAsInTheLedger) {
+    using ledger::ExpectInLedger, ledger::PictureCase, ledger::kSpanMs;
+    const auto alpha = [](const PictureCase& of, HostFrame& frame, int elapsed) {
+        if (of.format != BGRA && frame.planes.size() < 4) return;
+        ScaleAlpha(frame, LevelOf(of, elapsed * 256 / kSpanMs, "FadeMin", "FadeMax"));
+    };
+    const auto mix = [](const PictureCase& of, HostFrame& frame, const char* name, long long level) {
+        const int colour = of.Int(name);
+        const auto yuv = ledger::CutYuv(colour);
+        Mix({{colour & 255, colour >> 8 & 255, colour >> 16}}, {{yuv[0], yuv[1], yuv[2]}}, level)(frame);
+    };
+    ExpectInLedger("fadein", [=](const auto& of, HostFrame& frame) { alpha(of, frame, of.time); });
+    ExpectInLedger("fadeout", [=](const auto& of, HostFrame& frame) { alpha(of, frame, kSpanMs - of.time); });
+    ExpectInLedger("directfadein", [=](const auto& of, HostFrame& frame) {
+        mix(of, frame, "fadein_color", LevelOf(of, 15360 / kSpanMs, "fadein_min", "fadein_max"));
+    });
+    ExpectInLedger("directfadeout", [=](const auto& of, HostFrame& frame) {
+        const int level = (kSpanMs - of.time) * 256 / kSpanMs;
+        mix(of, frame, "fadeout_color", LevelOf(of, level, "fadeout_min", "fadeout_max"));
+    });
 }
 
 TEST(DirectFades, EndAtTheColour) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 
 namespace {
@@ -54,6 +55,12 @@ TEST(Filters, ComputeTheTextbookResultInEveryPlane) {
         ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(blur, Passes(count, Blur)));
         ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(sharpen, Passes(count, Sharpen)));
     }
+    ledger::ExpectInLedger("simple_gauss_blur", [](const auto& of, HostFrame& frame) {
+        Passes(of.Int("blur_count"), Blur)(frame);
+    });
+    ledger::ExpectInLedger("simple_laplacian_sharpen", [](const auto& of, HostFrame& frame) {
+        Passes(of.Int("sharpen_count"), Sharpen)(frame);
+    });
 }
 
 // Counts beyond all use: a settled picture ends early, an absurd one is refused.

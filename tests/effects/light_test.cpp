@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "aveffect/errors.h"
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/light.h"
 
@@ -10,15 +11,17 @@ namespace {
 using namespace AVBased;
 using namespace test;
 
+std::vector<Plane8> PlanesOf(HostFrame& frame) {
+    std::vector<Plane8> planes;
+    for (HostFrame::Plane& p : frame.planes) planes.push_back({p.Data(), p.width, p.pitch, p.rows});
+    planes.resize(std::min<size_t>(planes.size(), 3));
+    return planes;
+}
+
 // The plain computation gets the first three planes, and the format's layout.
 void ExpectComputes(const Setting& setting, bool packed,
                     const std::function<void(const std::vector<Plane8>&, Layout)>& plain) {
-    const auto compute = [&](HostFrame& frame) {
-        std::vector<Plane8> planes;
-        for (HostFrame::Plane& p : frame.planes) planes.push_back({p.Data(), p.width, p.pitch, p.rows});
-        planes.resize(std::min<size_t>(planes.size(), 3));
-        plain(planes, LayoutOf(frame.GetPixelFormat()));
-    };
+    const auto compute = [&](HostFrame& frame) { plain(PlanesOf(frame), LayoutOf(frame.GetPixelFormat())); };
     if (packed)
         ExpectComputes(setting, kPacked, compute);
     else
@@ -96,6 +99,40 @@ TEST(Radiate, AddsWhatLiesOnTheWayToTheCentre) {
     ExpectComputes({"radiate"}, true, [](const auto& planes, Layout) {
         const PlainRays rays = {300, 300, 300};
         rays.Radiate(planes[0], 4, planes[0].width / 4, planes[0].rows, 0, 0, rays.MmxTone());
+    });
+}
+
+TEST(Light, IsAsInTheLedger) {
+    using ledger::ExpectInLedger;
+    ExpectInLedger("edgelight", [](const auto& of, HostFrame& frame) {
+        const Layout layout = LayoutOf(of.format);
+        const auto planes = PlanesOf(frame);
+        for (size_t i = 0; i < planes.size(); ++i)
+            PlainEdgeLight(planes[i], layout.pixelBytes, of.Int("edgelight_level"), i ? 128 : 0);
+    });
+    ExpectInLedger("spotlight", [](const auto& of, HostFrame& frame) {
+        const Layout layout = LayoutOf(of.format);
+        const int colour = of.Int("spotlight_color");
+        const auto yuv = ledger::CutYuv(colour);
+        const std::vector<int> bgr = {colour & 255, colour >> 8 & 255, colour >> 16 & 255};
+        PlainSpotlight{of.Int("spotlight_x"),
+                       of.Int("spotlight_y"),
+                       of.Int("spotlight_r"),
+                       of.Int("spotlight_brightness") * 256 / 100,
+                       of.Int("spotlight_density"),
+                       of.format == BGRA ? bgr : std::vector<int>(yuv.begin(), yuv.end()),
+                       layout.hShift,
+                       layout.vShift}(PlanesOf(frame));
+    });
+    ExpectInLedger("radiate", [](const auto& of, HostFrame& frame) {
+        const PlainRays rays = {of.Int("radiate_x"), of.Int("radiate_y"), of.Int("radiate_level")};
+        const Layout layout = LayoutOf(of.format);
+        const auto planes = PlanesOf(frame);
+        const size_t w = of.width, h = of.height;
+        if (of.format == BGRA) return rays.Radiate(planes[0], 4, w, h, 0, 0, rays.MmxTone());
+        rays.Radiate(planes[0], 1, w, h, 0, 0, rays.PlainTone());
+        for (const size_t i : {1u, 2u})
+            rays.Radiate(planes[i], 1, w, h, layout.hShift, layout.vShift, PlainRays::ChromaTone);
     });
 }
 

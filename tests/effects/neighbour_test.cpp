@@ -1,6 +1,10 @@
 // Dilate, erode and relief.
 #include "tests/support/neighbours.h"
 
+#include <cmath>
+#include <numbers>
+
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 
 namespace {
@@ -9,19 +13,27 @@ using namespace AVBased;
 using test::HostFrame;
 
 // change(plane, bytes from a sample to the next) on the pixels, or on luma and chroma each by itself.
-void ExpectChanges(const test::Setting& setting, const std::function<void(test::Plane8, size_t)>& change) {
-    const auto plain = [&](HostFrame& frame) {
-        const bool packed = frame.GetPixelFormat() == BGRA;
-        for (size_t i = 0; i < (packed ? 1 : 3); ++i)
-            if (auto& plane = frame.planes[i]; plane.width > 0 && plane.rows > 0)
-                change({plane.Data(), plane.width, plane.pitch, plane.rows}, packed ? 4 : 1);
-    };
-    test::ExpectComputes(setting, plain);
+using Change = std::function<void(test::Plane8, size_t)>;
+
+void ForPlanes(HostFrame& frame, const Change& change) {
+    const bool packed = frame.GetPixelFormat() == BGRA;
+    for (size_t i = 0; i < (packed ? 1 : 3); ++i)
+        if (auto& plane = frame.planes[i]; plane.width > 0 && plane.rows > 0)
+            change({plane.Data(), plane.width, plane.pitch, plane.rows}, packed ? 4 : 1);
+}
+
+void ExpectChanges(const test::Setting& setting, const Change& change) {
+    test::ExpectComputes(setting, [&](HostFrame& frame) { ForPlanes(frame, change); });
 }
 
 TEST(Morphology, TakesExtremesOfBlocksThatEndOrBeginAtTheSample) {
-    ExpectChanges({"dilate"}, test::TakeExtreme<true>);
-    ExpectChanges({"erode"}, test::TakeExtreme<false>);
+    const auto expect = [](const char* effect, const Change& change) {
+        ExpectChanges({effect}, change);
+        const auto plain = [&](HostFrame& frame) { ForPlanes(frame, change); };
+        ledger::ExpectInLedger(effect, plain, plain);
+    };
+    expect("dilate", test::TakeExtreme<true>);
+    expect("erode", test::TakeExtreme<false>);
 }
 
 TEST(Relief, WeighsNeighboursByTheLightsAngle) {
@@ -35,6 +47,19 @@ TEST(Relief, WeighsNeighboursByTheLightsAngle) {
         // Other properties leave the weights as they are.
         ExpectChanges({"relief", {{"relief_angle", angle}, {"duration", "7"}}},
                       [&, of = weights](auto plane, size_t step) { test::Relief(plane, step, of); });
+}
+
+// Each neighbour's weight is how far it lies away from the light, which its angle turns against the clock.
+TEST(Relief, IsAsInTheLedger) {
+    constexpr int kDirections[] = {135, 90, 45, 180, -1, 0, 225, 270, 315};
+    ledger::ExpectInLedger("relief", [&](const auto& of, HostFrame& frame) {
+        int16_t weights[9];
+        for (size_t i = 0; i < 9; ++i) {
+            const double away = (kDirections[i] - of.Int("relief_angle")) * std::numbers::pi / 180;
+            weights[i] = static_cast<int16_t>(i == 4 ? 256 : -std::cos(away) * 256);
+        }
+        ForPlanes(frame, [&](auto plane, size_t step) { test::Relief(plane, step, weights); });
+    });
 }
 
 // What is flat loses the fractions of the negative terms, and at the border what is not there.

@@ -1,6 +1,7 @@
 // Strokes, portrait frames and oil paint.
 #include <gtest/gtest.h>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/painted.h"
 
@@ -24,6 +25,14 @@ std::array<Channel, 3> ChannelsOf(HostFrame& frame) {
             {View(frame, 2), 1, 0, layout.hShift, layout.vShift}};
 }
 
+void DrawStrokes(HostFrame& frame, uint32_t threshold) {
+    if (frame.GetPixelFormat() == YUV410P) return; // not drawn
+    if (frame.GetPixelFormat() == BGRA) return StrokedPixels(View(frame, 0), threshold);
+    FillPitch(frame.planes[1], 117);
+    FillPitch(frame.planes[2], 136);
+    StrokedSamples(View(frame, 0), threshold);
+}
+
 TEST(Stroke, DrawsWhatDiffersByMoreThanThePressureAllows) {
     struct Case {
         Setting setting;
@@ -39,28 +48,32 @@ TEST(Stroke, DrawsWhatDiffersByMoreThanThePressureAllows) {
                           {{"stroke", {{"stroke_pressure", "-409"}}}, 509},
                           {{"stroke", {{"stroke_pressure", "-410"}}}, 510},
                           {{"stroke", {{"stroke_pressure", "-919"}}}, 1019}})
-        ExpectComputes(c.setting, [&](HostFrame& frame) {
-            if (frame.GetPixelFormat() == YUV410P) return; // not drawn
-            if (frame.GetPixelFormat() == BGRA) {
-                StrokedPixels(View(frame, 0), c.threshold);
-                return;
-            }
-            FillPitch(frame.planes[1], 117);
-            FillPitch(frame.planes[2], 136);
-            StrokedSamples(View(frame, 0), c.threshold);
-        });
+        ExpectComputes(c.setting, [&](HostFrame& frame) { DrawStrokes(frame, c.threshold); });
+    ledger::ExpectInLedger("stroke", [](const auto& of, HostFrame& frame) {
+        DrawStrokes(frame, of.settings.empty() ? 32 : static_cast<uint32_t>(100 - of.Int("stroke_pressure")));
+    });
 }
 
+struct Frame {
+    Setting setting;
+    long band;
+    uint8_t pixel[4]; // B, G, R, A
+    uint8_t samples[3];
+
+    void operator()(HostFrame& frame) const {
+        const auto channels = ChannelsOf(frame);
+        const bool packed = frame.GetPixelFormat() == BGRA;
+        const size_t width = channels[0].Width(), height = channels[0].plane.rows;
+        for (size_t i = 0; i < 3; ++i)
+            Portrait(channels[i], width, height, band, packed ? pixel[i] : samples[i]);
+        if (packed) Portrait({View(frame, 0), 4, 3}, width, height, band, pixel[3], true);
+    }
+};
+
 TEST(Portrait, FadesFromTheFrameIntoThePicture) {
-    struct Case {
-        Setting setting;
-        long band;
-        uint8_t pixel[4]; // B, G, R, A
-        uint8_t samples[3];
-    };
     const uint8_t y = 84, u = 131, v = 159; // of 0x823456
-    for (const Case& c :
-         {Case{{"portrait"}, 200, {0, 0, 0, 0}, {16, 128, 128}}, // only colours that were set are opaque
+    for (const Frame& c :
+         {Frame{{"portrait"}, 200, {0, 0, 0, 0}, {16, 128, 128}}, // only colours that were set are opaque
           {{"portrait", {{"portrait_fillcolor", "8533078"}, {"portrait_width", "30"}}},
            30,
            {0x56, 0x34, 0x82, 255},
@@ -71,14 +84,22 @@ TEST(Portrait, FadesFromTheFrameIntoThePicture) {
            {y, u, v}},
           {{"portrait", {{"portrait_width", "64"}}}, 64, {0, 0, 0, 0}, {16, 128, 128}},
           {{"portrait", {{"portrait_width", "2147483647"}}}, 2147483647, {0, 0, 0, 0}, {16, 128, 128}}})
-        ExpectComputes(c.setting, [&](HostFrame& frame) {
-            const auto channels = ChannelsOf(frame);
-            const bool packed = frame.GetPixelFormat() == BGRA;
-            const size_t width = channels[0].Width(), height = channels[0].plane.rows;
-            for (size_t i = 0; i < 3; ++i)
-                Portrait(channels[i], width, height, c.band, packed ? c.pixel[i] : c.samples[i]);
-            if (packed) Portrait({View(frame, 0), 4, 3}, width, height, c.band, c.pixel[3], true);
-        });
+        ExpectComputes(c.setting, c);
+    ledger::ExpectInLedger("portrait", [](const auto& of, HostFrame& frame) {
+        const int colour = of.Int("portrait_fillcolor");
+        const auto byte = [](int value) { return static_cast<uint8_t>(value); };
+        const auto yuv = ledger::CutYuv(colour);
+        Frame{{},
+              of.Int("portrait_width"),
+              {byte(colour), byte(colour >> 8), byte(colour >> 16), byte(of.settings.empty() ? 0 : 255)},
+              {byte(yuv[0]), byte(yuv[1]), byte(yuv[2])}}(frame);
+    });
+}
+
+void PaintInOil(HostFrame& frame, size_t radius, size_t levels) {
+    const bool packed = frame.GetPixelFormat() == BGRA;
+    Oil(ChannelsOf(frame), packed ? 1 : 0, radius, levels);
+    if (packed) ForPixels(frame, [](unsigned char* p) { p[3] = 0; });
 }
 
 TEST(OilPainting, TakesTheMeanOfTheMostFrequentBrightness) {
@@ -98,12 +119,12 @@ TEST(OilPainting, TakesTheMeanOfTheMostFrequentBrightness) {
         Setting setting = {"oilpainting", {}, c.r < 100};
         if (c.radius)
             setting.properties = {{"oilpainting_brushsize", c.radius}, {"oilpainting_coarseness", c.levels}};
-        ExpectComputes(setting, [&](HostFrame& frame) {
-            const bool packed = frame.GetPixelFormat() == BGRA;
-            Oil(ChannelsOf(frame), packed ? 1 : 0, c.r, c.l);
-            if (packed) ForPixels(frame, [](unsigned char* p) { p[3] = 0; });
-        });
+        ExpectComputes(setting, [&](HostFrame& frame) { PaintInOil(frame, c.r, c.l); });
     }
+    ledger::ExpectInLedger("oilpainting", [](const auto& of, HostFrame& frame) {
+        PaintInOil(frame, static_cast<size_t>(of.Int("oilpainting_brushsize")),
+                   static_cast<size_t>(of.Int("oilpainting_coarseness")));
+    });
 }
 
 TEST(Paint, LeavesTheFrameWhereNothingCanBePainted) {

@@ -1,6 +1,7 @@
 // Reverse, which leaves the middle of odd sizes alone.
 #include <gtest/gtest.h>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 
 namespace {
@@ -38,6 +39,9 @@ TEST(Reverse, MirrorsFlipsOrBoth) {
         ASSERT_NO_FATAL_FAILURE(test::ExpectComputes(setting, plain));
     }
     test::ExpectComputes({"reverse"}, test::kPacked, [](HostFrame&) {});
+    ledger::ExpectInLedger("reverse", [](const auto& of, HostFrame& frame) {
+        Origin{of.Int("mirror") == 1, of.Int("vertical") == 1}(frame);
+    });
 }
 
 } // namespace

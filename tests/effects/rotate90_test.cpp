@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "aveffect/base_property.h"
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/turned.h"
 
@@ -50,22 +51,28 @@ void QuarterTurn(HostFrame& frame, bool clockwise) {
     }
 }
 
+void HalfTurn(HostFrame& frame) {
+    const unsigned unit = frame.GetPixelFormat() == BGRA ? 4 : 1;
+    for (HostFrame::Plane& plane : frame.planes) {
+        HostFrame::Plane old = plane;
+        for (unsigned y = 0; y < plane.rows; ++y)
+            for (unsigned x = 0; x < plane.width; ++x)
+                plane.At(x, y) = old.At(plane.width - unit - x / unit * unit + x % unit, plane.rows - 1 - y);
+    }
+}
+
 TEST(Rotate90X, TurnsByQuarters) {
     for (const auto& [text, clockwise] : {std::pair{"1", true}, {"3", false}, {"-1", false}, {"5", true}})
         ASSERT_NO_FATAL_FAILURE(ExpectComputes(
             Direction(text), kServed, [turn = clockwise](HostFrame& frame) { QuarterTurn(frame, turn); }));
     for (const char* text : {"0", "4", "-4"})
         ASSERT_NO_FATAL_FAILURE(ExpectComputes(Direction(text), kServed, [](HostFrame&) {}));
-    ASSERT_NO_FATAL_FAILURE(ExpectComputes(Direction("-2"), kServed, [](HostFrame& frame) {
-        const unsigned unit = frame.GetPixelFormat() == BGRA ? 4 : 1;
-        for (HostFrame::Plane& plane : frame.planes) {
-            HostFrame::Plane old = plane;
-            for (unsigned y = 0; y < plane.rows; ++y)
-                for (unsigned x = 0; x < plane.width; ++x)
-                    plane.At(x, y) =
-                        old.At(plane.width - unit - x / unit * unit + x % unit, plane.rows - 1 - y);
-        }
-    }));
+    ASSERT_NO_FATAL_FAILURE(ExpectComputes(Direction("-2"), kServed, HalfTurn));
+    ledger::ExpectInLedger("EffectNameRotate90X", [](const auto& of, HostFrame& frame) {
+        const int quarters = of.Int("Rotate90XDerection") & 3;
+        if (quarters == 2) return HalfTurn(frame);
+        if (quarters) QuarterTurn(frame, quarters == 1);
+    });
 }
 
 TEST(Rotate90X, TurnsTallFrames) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 
 namespace {
@@ -39,6 +40,13 @@ TEST(Transparency, ScalesAlpha) {
                        [&](HostFrame& frame) { ForSamples(frame.planes[3], scale); });
         ExpectComputes(c.setting, kPlanarWithoutAlpha, kUnchanged);
     }
+    ledger::ExpectInLedger("transparency", [](const auto& of, HostFrame& frame) {
+        const auto scale = [factor = of.Int("transparency_scale") * 256 / 100](Byte& a) {
+            if (factor) a = static_cast<Byte>(std::min(a * factor / 256, 255));
+        };
+        if (of.format == BGRA) return ForPixels(frame, [&](Byte* p) { scale(p[3]); });
+        if (frame.planes.size() == 4) ForSamples(frame.planes[3], scale);
+    });
     ExpectComputes({"transparency"}, kPacked, kUnchanged);
     ExpectComputes({"transparency", {{"transparency_scale", "0"}}}, kPlanarWithAlpha, kUnchanged);
 }
@@ -116,6 +124,19 @@ TEST(ColorFilter, MakesPlanarColoursTransparent) {
     ExpectComputes({"colorfilter", {{"filter_scope", "255"}}}, kPlanarWithoutAlpha, kUnchanged);
 }
 
+TEST(ColorFilter, IsAsInTheLedger) {
+    ledger::ExpectInLedger("colorfilter", [](const auto& of, HostFrame& frame) {
+        const int colour = of.Int("filter_color"), scope = of.Int("filter_scope");
+        if (of.format == BGRA)
+            return ForPixels(frame, [=](Byte* p) {
+                const int pixel = p[0] + p[1] * 256 + p[2] * 65536;
+                if (std::abs(pixel - colour) <= scope * 0x010101) p[3] = 0;
+            });
+        const auto yuv = ledger::CutYuv(colour);
+        if (frame.planes.size() == 4) PlanarKey{yuv[0], yuv[1], yuv[2], scope}(frame);
+    });
+}
+
 // The C library's generator, replayed: the plug-in draws from it in a known order.
 std::vector<int> Draws(unsigned seed, size_t count, int shift) {
     std::srand(seed);
@@ -161,6 +182,15 @@ TEST(AddNoise, AddsTheGeneratorsNumbersInTheirOrder) {
                         EXPECT_TRUE(first || std::rand() >> shift == noise[0]) << "more is drawn";
                     }
                 }
+    });
+}
+
+TEST(AddNoise, IsAsInTheLedger) {
+    ledger::ExpectInLedger("addnoise", [](const auto& of, HostFrame& frame) {
+        const int shift = 12 - of.Int("addnoise_level");
+        const size_t perPixel = of.format == BGRA ? 3 : 1;
+        const auto noise = Draws(ledger::kSeed, perPixel * of.width * of.height, shift);
+        (of.format == BGRA ? AddToPixels : AddToLuma)(frame, shift, noise);
     });
 }
 

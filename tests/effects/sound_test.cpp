@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "aveffect/base_media.h"
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/host_sound.h"
 #include "tests/support/plain_sound.h"
@@ -158,6 +159,30 @@ void ExpectFades(const SoundShape& shape, PlainFader plain, std::initializer_lis
         }
     }
     if (last) last->Release();
+}
+
+TEST(Sound, IsAsInTheLedger) {
+    ledger::ExpectSoundInLedger("audio_volume", [](const auto& of, std::vector<HostSound>& pieces) {
+        const auto gain = static_cast<int16_t>(of.Int("audio_volume") * 256 / 100);
+        for (HostSound& piece : pieces)
+            for (size_t i = 0; i < piece.buffers[0].size(); i += 2) {
+                int16_t sample;
+                std::memcpy(&sample, &piece.buffers[0][i], 2);
+                sample = static_cast<int16_t>(std::clamp((sample * gain) >> 8, -32768, 32767));
+                std::memcpy(&piece.buffers[0][i], &sample, 2);
+            }
+    });
+    ledger::ExpectSoundInLedger("audio_fader", [](const auto& of, std::vector<HostSound>& pieces) {
+        if (of.Number("fader_start_scale") < 0) return;
+        const auto duration = static_cast<unsigned>(of.Int("fader_duration"));
+        PlainFader plain{of.Number("fader_start_scale"), of.Number("fader_end_scale"), duration};
+        for (HostSound& piece : pieces)
+            if (piece.time <= duration) plain.Fade(piece);
+    });
+    // As much of it as there is, again and again.
+    ledger::ExpectSoundInLedger("audio_replace", [](const auto& of, std::vector<HostSound>& pieces) {
+        for (unsigned i = 0; i < pieces.size(); ++i) pieces[i].buffers = ledger::Input(of, 7 + i % 2).buffers;
+    });
 }
 
 TEST(Fader, ScalesEveryFormatLayoutAndByteOrder) {

@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/stereo.h"
 
@@ -250,6 +251,23 @@ TEST(Stereo, AnaglyphsCopyRowsOfEqualPitchWhole) {
         test::Run(*MakeVideo(Mode(1)), *frame);
         EXPECT_EQ(padding() == before, more != 0) << more;
     }
+}
+
+// Anaglyphs by the converter that hosts bring.
+TEST(Stereo, IsAsInTheLedger) {
+    ledger::ExpectInLedger(kName, [](const auto& of, HostFrame& frame) {
+        const int mode = of.Int("render_3d_mode");
+        if (mode == 1 || mode == 2) return Take(frame, Anaglyph(frame, mode, 80, of.format));
+        const bool swap = of.Int("render_3d_swtich");
+        HostFrame left = frame, right = frame;
+        if (of.right) {
+            right = *ledger::MakePicture(of.format, of.width, of.height, 2);
+        } else {
+            left = ViewOf(frame, false);
+            right = ViewOf(frame, true);
+        }
+        Draw(frame, swap ? right : left, swap ? left : right, mode);
+    });
 }
 
 // One way back for the process: that of the first such frame.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/picture.h"
 
@@ -261,6 +262,27 @@ TEST(StyleMaps, AreReplayedOnFramesOfOtherSizesAndFormats) {
                 for (const auto& [w, h] : {std::pair{30u, 40u}, {80u, 9u}, {43u, 27u}, {3u, 3u}, {50u, 50u}})
                     ASSERT_NO_FATAL_FAILURE(ExpectFrame(*proc, {format, w, h, 2}, map, "replayed"));
         }
+}
+
+TEST(Style, IsAsInTheLedger) {
+    using ledger::ExpectInLedger;
+    ExpectInLedger("popstyle", [](const auto& of, HostFrame& frame) {
+        const int colour = of.Int("popstyle_color");
+        const auto yuv = ledger::CutYuv(colour);
+        Poster{static_cast<unsigned>(of.Int("popstyle_threshold")), static_cast<unsigned>(colour),
+               static_cast<Byte>(yuv[0]), static_cast<Byte>(yuv[1]), static_cast<Byte>(yuv[2])}(frame);
+    });
+    ExpectInLedger("videowall", [](const auto& of, HostFrame& frame) {
+        Wall{of.Number("videowall_horiTiles"), of.Number("videowall_verTiles")}(frame);
+    });
+    ExpectInLedger("tilereflect", [](const auto& of, HostFrame& frame) {
+        if (of.settings.empty()) return TileReflect::MapOf(of.width, of.height, {11743, 25466}, 1, 8)(frame);
+        TileReflect{of.Int("tilereflect_angle"), of.Int("tilereflect_size"), of.Int("tilereflect_curvature")}
+            .MapOf(of.width, of.height)(frame);
+    });
+    ExpectInLedger("mirrorinvert", [](const auto& of, HostFrame& frame) {
+        MirrorInvert{of.Int("mirrorinvert_amount")}.MapOf(of.width, of.height)(frame);
+    });
 }
 
 // A map of a small picture is still used for a larger one exactly as long as nothing changes.

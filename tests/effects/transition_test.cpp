@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/host_manager.h"
 
@@ -293,6 +294,23 @@ TEST(Transitions, DrawWhatIsDefined) {
                 ASSERT_NO_FATAL_FAILURE(ExpectDrawn(transition, size, paddings, 40, 2040));
                 ASSERT_NO_FATAL_FAILURE(ExpectDrawn(transition, size, paddings, -100, 1));
             }
+}
+
+// Of pixels: what converts planes is not this plug-in.
+TEST(Transitions, AreAsInTheLedger) {
+    for (const Transition& transition : kTransitions)
+        ledger::ExpectInLedger(
+            transition.effect,
+            [&](const auto& of, HostFrame& frame) {
+                const auto second = ledger::MakePicture(of.format, of.width, of.height, 2);
+                const long pitch = frame.planes[0].pitch;
+                auto& bytes = frame.planes[0].bytes;
+                Drawing drawing = {bytes, bytes, second->planes[0].bytes, of.width, of.height, pitch, pitch,
+                                   pitch, 0,     ledger::kSpanMs,         of.time};
+                transition.draw(drawing);
+                bytes = drawing.out;
+            },
+            [](const ledger::PictureCase& of) { return of.format == BGRA; });
 }
 
 TEST(Transitions, SpansWithoutLengthAreCuts) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "tests/ledger/confirm.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/light.h"
 
@@ -198,6 +199,22 @@ TEST(Variants, Mirage) {
         ASSERT_NO_FATAL_FAILURE(ExpectVariant(setting, reference, reference));
     }
 }
+
+#ifndef TEST_PLAIN_VARIANTS
+TEST(Variants, AreAsInTheLedger) {
+    ledger::ExpectInLedger("emboss",
+                           [](const auto& of, HostFrame& frame) { Emboss(of.Int("emboss_level"))(frame); });
+    ledger::ExpectInLedger("mosaic", [](const auto& of, HostFrame& frame) {
+        const auto at = [&](const char* name) { return static_cast<unsigned>(of.Int(name)); };
+        const Rectangle r = {at("mosaic_x1"), at("mosaic_y1"), at("mosaic_x2"), at("mosaic_y2")};
+        if (at("mosaic_step") > 1) Mosaic(r, at("mosaic_step"), of.format == BGRA)(frame);
+    });
+    ledger::ExpectInLedger("mirage", [](const auto& of, HostFrame& frame) {
+        Mirage(static_cast<unsigned>(of.Int("mirage_width")),
+               static_cast<unsigned>(of.Int("mirage_alpha")))(frame);
+    });
+}
+#endif
 
 // Radiate
 
