@@ -12,8 +12,9 @@ using namespace AVBased;
 
 namespace {
 
-// One whose rows are whole registers and cache lines, and one that is odd in every way.
-constexpr std::pair<unsigned, unsigned> kSizes[] = {{96, 64}, {97, 61}};
+// One whose rows, chroma too, are whole registers and cache lines: programs have them without padding, behind
+// which some effects look. And one that is odd in every way.
+constexpr std::pair<unsigned, unsigned> kSizes[] = {{256, 64}, {97, 61}};
 
 // The plug-in's texts of settings that people write.
 Settings Resolved(const std::string& spoken, aveffect::Medium medium, unsigned width, unsigned height) {
