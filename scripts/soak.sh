@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The long run: every fuzz target, the sweep over all effects, the program in bad company, films killed and
-# resumed, lint to the end of every path.
-#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|sharing|faults|formats|lint]
+# resumed, the same pictures on other processors, lint to the end of every path.
+#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|sharing|faults|formats|processors|lint]
 # N: processor minutes of each fuzz target, 10 if not given; of whole renders three times as many. Logs and what is found stay in build-fuzz/soak/ until the
 # next run.
 set -euo pipefail
@@ -65,7 +65,7 @@ if runs fuzz; then
   scripts/build.sh fuzz
   ls fuzz/corpus | parallel fuzz
 fi
-if runs sweep || runs program || runs films || runs sharing || runs faults || runs formats || runs lint; then scripts/build.sh release; fi
+if runs sweep || runs program || runs films || runs sharing || runs faults || runs formats || runs processors || runs lint; then scripts/build.sh release; fi
 if runs sweep; then
   seq 0 $(($(nproc) - 1)) | GTEST_TOTAL_SHARDS=$(nproc) parallel sweep
   report sweep $(($(grep -c '^\[       OK \] Every/' "$work/sweep.log") * sweep_cases))
@@ -92,6 +92,16 @@ if runs formats; then
   cp docs/formats.md "$work/formats.md"
   run formats tests/formats/pairs.py build/bin/aveffect --full --table "$work/formats.md" --results "$work/formats.json" || true
   report formats "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/formats.log" | tail -n 1)"
+fi
+if runs processors; then
+  # Emulated ones: SSE4.2 alone, AVX2 with FMA, AVX2 without; and what no optimiser has touched.
+  cmake --preset debug >/dev/null
+  cmake --build --preset debug --target picture_ledger
+  for processor in Nehalem Haswell Haswell,-fma; do
+    run processors qemu-x86_64 -cpu "$processor" build/tests/picture_ledger check tests/ledger/ledger.txt || true
+  done
+  run processors build-debug/tests/picture_ledger check tests/ledger/ledger.txt || true
+  report processors "$(awk '/ hashes, / { s += $1 } END { print s }' "$work/processors.log")"
 fi
 if runs lint; then
   cmake --preset clang >/dev/null

@@ -114,23 +114,25 @@ void Write(const std::string& path, const std::map<std::string, std::string>& ma
     if (!file.flush()) throw std::runtime_error(path + ": cannot be written");
 }
 
-// Picture 1 of every format and size, as raw bytes, for other programs.
+// Both pictures of every format and size, as raw bytes, for other programs.
 void WriteInputs(const std::string& folder) {
     std::map<std::string, PictureCase> shapes;
     for (const PictureCase& of : PictureCases()) {
         const std::string key = of.Key();
         shapes.emplace(key.substr(key.find(' ') + 1), of);
     }
-    for (const auto& [shape, of] : shapes) {
-        std::string name = shape;
-        std::ranges::replace(name, ' ', '-');
-        std::ofstream file(folder + "/" + name + ".raw", std::ios::binary);
-        const auto picture = Input(of);
-        for (auto& plane : picture->planes)
-            file.write(reinterpret_cast<const char*>(plane.Data()),
-                       static_cast<std::streamsize>(plane.bytes.size()));
-        if (!file.flush()) throw std::runtime_error(folder + ": cannot be written to");
-    }
+    for (const auto& [shape, of] : shapes)
+        for (const unsigned number : {1u, 2u}) {
+            std::string name = shape;
+            std::ranges::replace(name, ' ', '-');
+            std::ofstream file(folder + "/" + name + (number == 1 ? ".raw" : "-second.raw"),
+                               std::ios::binary);
+            const auto picture = MakePicture(of.format, of.width, of.height, number);
+            for (auto& plane : picture->planes)
+                file.write(reinterpret_cast<const char*>(plane.Data()),
+                           static_cast<std::streamsize>(plane.bytes.size()));
+            if (!file.flush()) throw std::runtime_error(folder + ": cannot be written to");
+        }
 }
 
 } // namespace
