@@ -2,17 +2,17 @@
 # The long run: every fuzz target, the sweep over all effects, the program in bad company, films killed and
 # resumed, the same pictures on other processors, lint to the end of every path.
 #   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|sharing|faults|formats|processors|lint]
-# N: processor minutes of each fuzz target, 10 if not given; of whole renders three times as many. Logs and what is found stay in build-fuzz/soak/ until the
-# next run.
+# N: processor minutes of each fuzz target, 3 if not given; of whole renders ten times as many. Logs and what is found stay in
+# build-fuzz/soak/ until the next run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-minutes=10 only=all
+minutes=3 only=all
 while [ $# -gt 0 ]; do
   case $1 in
     --minutes) minutes=$2 ;;
     --only) only=$2 ;;
-    *) sed -n '2,6s/^# //p' "$0" >&2; exit 2 ;;
+    *) sed -n '2,7s/^# //p' "$0" >&2; exit 2 ;;
   esac
   shift 2
 done
@@ -44,7 +44,7 @@ fuzz() {
   mkdir -p "$dir/corpus" "$dir/found"
   cp "fuzz/corpus/$1/"* "$dir/corpus/"
   if [ "$1" = render ]; then
-    goal=$((3 * cpu_goal))
+    goal=$((10 * cpu_goal))
     fuzz/render_corpus.sh "$dir/corpus"
   fi
   while [ "$used" -lt "$goal" ]; do
@@ -55,8 +55,10 @@ fuzz() {
   report "$1" "$(awk '/number_of_executed_units/ { s += $2 } END { print s }' "$work/$1.log")"
 }
 
+# Of the program's tests, every processor takes its share.
+program() { GTEST_SHARD_INDEX=$1 AVEFFECT_SOAK=1 run program build/tests/program_robustness_test || true; }
 sweep() { GTEST_SHARD_INDEX=$1 AVEFFECT_SWEEP_CASES=$sweep_cases run sweep build/tests/robustness_test || true; }
-export -f run seconds report fuzz sweep
+export -f run seconds report fuzz program sweep
 
 # A function for each line, as many at a time as there are processors.
 parallel() { xargs -P "$(nproc)" -I{} bash -euc "$1 {}"; }
@@ -71,7 +73,7 @@ if runs sweep; then
   report sweep $(($(grep -c '^\[       OK \] Every/' "$work/sweep.log") * sweep_cases))
 fi
 if runs program; then
-  AVEFFECT_SOAK=1 run program build/tests/program_robustness_test || true
+  seq 0 $(($(nproc) - 1)) | GTEST_TOTAL_SHARDS=$(nproc) parallel program
   report program "$(grep -c '^\[       OK \]' "$work/program.log")"
   AVEFFECT_SOAK=1 run walls tests/cli/confinement/walls.sh build/bin/aveffect build/tests/libstranger.so || true
   report walls 1
@@ -87,6 +89,9 @@ fi
 if runs faults; then
   run faults python3 tests/faults/sweep.py build/bin/aveffect build/tests/libfaults.so || true
   report faults "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/faults.log" | tail -n 1)"
+  scripts/build.sh sanitize
+  run leaks python3 tests/faults/sweep.py build-sanitize/bin/aveffect build/tests/libfaults.so --sanitizer --calls 2 || true
+  report leaks "$(sed -n 's/^\([0-9]*\) runs.*/\1/p' "$work/leaks.log" | tail -n 1)"
 fi
 if runs formats; then
   cp docs/formats.md "$work/formats.md"

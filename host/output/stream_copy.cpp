@@ -69,12 +69,12 @@ void CopyChapters(Container& output, const AVFormatContext& input, const SpanLim
         if (begin >= to || end <= from) continue;
         auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
         if (!chapter) throw NoMemory("no memory for a chapter");
+        chapters[output.Format().nb_chapters++] = chapter; // which frees it, whatever comes
         chapter->id = source.id;
         chapter->time_base = kMilliseconds;
         chapter->start = std::max<int64_t>(0, begin - from);
         chapter->end = end - from;
         CopyTags(&chapter->metadata, source.metadata);
-        chapters[output.Format().nb_chapters++] = chapter;
     }
 }
 
