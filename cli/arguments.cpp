@@ -229,6 +229,7 @@ std::unique_ptr<CLI::App> MakeApp(AllCommands& commands) {
     AddPlay(app, commands.play);
     AddTimeline(app, commands.timeline);
     AddFarm(app, commands.farm);
+    AddStudio(app, commands.studio);
     return made;
 }
 
@@ -248,7 +249,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (app.get_subcommands().empty())
         throw Error(ErrorKind::Usage,
                     "no command given: list, describe, render, frame, batch, transition, join, sheet, "
-                    "compare, play, timeline, plan, work, finish or status (see `aveffect --help`)");
+                    "compare, play, studio, timeline, plan, work, finish or status (see `aveffect --help`)");
     if (app.got_subcommand("list")) return commands.list;
     if (app.got_subcommand("describe")) return commands.describe;
     if (app.got_subcommand("render")) return commands.render;
@@ -260,6 +261,7 @@ Command ParseCommandLine(int count, const char* const* arguments) {
     if (app.got_subcommand("batch")) return commands.batch;
     if (app.got_subcommand("play")) return commands.play;
     if (app.got_subcommand("timeline")) return ChosenTimeline(app, commands.timeline);
+    if (app.got_subcommand("studio")) return commands.studio;
     if (app.got_subcommand("work")) return commands.farm.work;
     if (app.got_subcommand("finish")) return commands.farm.finish;
     if (app.got_subcommand("status")) return commands.farm.status;

@@ -10,6 +10,7 @@
 #include "cli/output_arguments.h"
 #include "cli/progress.h"
 #include "cli/run_arguments.h"
+#include "cli/studio_arguments.h"
 #include "cli/timeline_arguments.h"
 #include "host/jobs/batch.h"
 #include "host/jobs/render.h"
@@ -85,7 +86,7 @@ struct PlayCommand {
 using Command =
     std::variant<TextCommand, ListCommand, DescribeCommand, RenderCommand, FrameCommand, TransitionCommand,
                  JoinCommand, SheetCommand, CompareCommand, BatchCommand, PlayCommand, TimelineCommand,
-                 PlanCommand, WorkCommand, FinishCommand, StatusCommand>;
+                 PlanCommand, WorkCommand, FinishCommand, StatusCommand, StudioCommand>;
 
 /// Throws Error (Usage) with one line that says what is wrong.
 Command ParseCommandLine(int count, const char* const* arguments);

@@ -23,6 +23,7 @@ struct AllCommands {
     PlayCommand play;
     TimelineCommands timeline;
     FarmCommands farm;
+    StudioCommand studio;
 };
 
 /// The App refers to the commands, which have to live longer.

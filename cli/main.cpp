@@ -444,6 +444,23 @@ int Run(const StatusCommand& command) {
     return PrintText(command.json ? StatusJson(status, plan) : StatusText(status, plan));
 }
 
+int Run(const StudioCommand& command) {
+    return RunMedia(
+        command.run, ProgressStyle::None, "",
+        [&command] {
+            auto session = OpenStudio(command);
+            const std::string address = session->studio->Address();
+            PrintText(address + "\n");
+            if (!command.noBrowser) ShowInBrowser(address);
+            return session;
+        },
+        [](const std::unique_ptr<StudioSession>& session) { return ReachOf(*session); },
+        [](const std::unique_ptr<StudioSession>& session, const RenderObserver&) {
+            session->studio->Serve(Plugin(), Interrupted());
+            return RenderResult{};
+        });
+}
+
 // Before anything is made that lives as long as the program, and where nothing may throw, nobody catches.
 [[noreturn]] void EndUncaught() {
     if (const std::exception_ptr thrown = std::current_exception()) {

@@ -27,7 +27,8 @@ timeline/playout:   include kernels mediabridge host/support host/settings host/
 timeline/jobs:      include mediabridge host/support host/settings host/picture host/media host/effects host/sound host/output host/jobs timeline/film timeline/otio timeline/playout
 cli/confinement:
 farm:               include mediabridge host/support host/settings host/media host/effects host/output host/jobs timeline/film timeline/jobs
-cli:                include cli/confinement mediabridge host/support host/settings host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs farm
+studio:             mediabridge host/support host/settings host/picture host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs include
+cli:                include studio cli/confinement mediabridge host/support host/settings host/media host/effects host/jobs timeline/film timeline/otio timeline/jobs farm
 manual:             include host/support host/settings host/effects host/jobs cli
 adapters/support:   include mediabridge host/settings host/media host/effects
 adapters/frei0r:    include host/settings host/effects adapters/support

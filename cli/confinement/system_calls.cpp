@@ -67,6 +67,11 @@ constexpr const char* kPlayersCalls[] = {"shmget",           "shmat",         "s
 /// Of files and terminals. Others steer devices, or type on a terminal as if its user did.
 constexpr unsigned long kControls[] = {TCGETS, TIOCGWINSZ, TIOCGPGRP, FIONREAD, FIONBIO, FIOCLEX, FIONCLEX};
 
+/// Of a socket that listens already, and of those that connect to it.
+constexpr const char* kServersCalls[] = {"accept",   "accept4", "getsockname", "getpeername",
+                                         "recvfrom", "sendto",  "getsockopt",  "setsockopt",
+                                         "shutdown", "recvmsg", "sendmsg"};
+
 class Filter {
 public:
     Filter()
@@ -136,6 +141,8 @@ std::string RestrictCalls(const Reach& reach) {
     } else {
         for (const unsigned long control : kControls) filter.Allow("ioctl", Is(1, control));
     }
+    if (reach.server)
+        for (const char* call : kServersCalls) filter.Allow(call);
     if (reach.network)
         AllowTalk(filter, {AF_UNIX, AF_INET, AF_INET6, AF_NETLINK});
     else if (reach.player)

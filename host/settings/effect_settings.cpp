@@ -183,6 +183,32 @@ EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium) {
     return spec;
 }
 
+EffectWording SplitEffect(const std::string& text) {
+    const auto parts = SplitAtColons(text);
+    const size_t slash = parts.front().find('/');
+    EffectWording effect{parts.front().substr(0, slash), {}, {}};
+    if (slash != std::string::npos) effect.preset = parts.front().substr(slash + 1);
+    for (size_t index = 1; index < parts.size(); ++index) {
+        const size_t equals = std::min(parts[index].find('='), parts[index].size());
+        effect.settings.emplace_back(
+            parts[index].substr(0, equals),
+            Unescape(parts[index].substr(std::min(equals + 1, parts[index].size()))));
+    }
+    return effect;
+}
+
+std::string EffectWording::Text() const {
+    std::string text = name + (preset.empty() ? "" : "/" + preset);
+    for (const auto& [setting, value] : settings) {
+        text += ":" + setting + "=";
+        for (const char letter : value) {
+            if (letter == ':' || letter == '\\') text += '\\';
+            text += letter;
+        }
+    }
+    return text;
+}
+
 std::vector<std::string> FilesOf(const EffectSpec& effect) {
     std::vector<std::string> names;
     for (const PropertySetting& setting : effect.reach)

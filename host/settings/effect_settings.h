@@ -2,6 +2,7 @@
 /// Effects as people write them.
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "aveffect/effect_info.h"
@@ -42,6 +43,16 @@ struct EffectSpec {
 /// keyframes too. Throws Error (Usage) that names the effect, property and value, and says what would be
 /// right (the nearest name, the range), and for an effect of the other medium.
 EffectSpec ParseEffect(const std::string& text, bool lenient, Medium medium = Medium::Video);
+
+/// An effect's text taken apart: nothing is checked or translated but for the escapes, which are undone.
+struct EffectWording {
+    std::string name, preset; ///< without one, empty
+    std::vector<std::pair<std::string, std::string>> settings;
+
+    /// What ParseEffect() takes.
+    std::string Text() const;
+};
+EffectWording SplitEffect(const std::string& text);
 
 /// Source URLs of the files that an effect reads: those of its own properties, and its mask.
 std::vector<std::string> FilesOf(const EffectSpec& effect);

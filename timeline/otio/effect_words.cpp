@@ -19,20 +19,6 @@ namespace {
 using AVBased::EffectInfo;
 using AVBased::PropertyInfo;
 
-/// A setting as the command line has it.
-struct SettingText {
-    std::string name, value;
-
-    std::string Text() const {
-        std::string text = name + "=";
-        for (const char letter : value) {
-            if (letter == ':' || letter == '\\') text += '\\';
-            text += letter;
-        }
-        return text;
-    }
-};
-
 enum class Form { Time, Share, File, Plain };
 
 /// A member of metadata.aveffect that is a setting which every effect has.
@@ -132,17 +118,24 @@ public:
             ParseEach(name);
             return {};
         }
-        std::string text = name;
-        for (const SettingText& setting : m_settings) text += ":" + setting.Text();
         try {
-            return ParseEffect(text, false, MediumOf());
+            return ParseEffect(Written(name).Text(), false, MediumOf());
         } catch (const Error& wrong) {
             if (!ParseEach(name)) m_findings.Fault(m_place, wrong.what(), wrong.Kind());
         }
         return {};
     }
 
+    /// As the command line has it.
+    EffectWording Written(const std::string& name) const {
+        EffectWording text = SplitEffect(name);
+        text.settings = m_settings;
+        return text;
+    }
+
 private:
+    using Setting = std::pair<std::string, std::string>; ///< name and value
+
     Medium MediumOf() const {
         return m_effect.kind == AVBased::EffectKind::Audio ? Medium::Audio : Medium::Video;
     }
@@ -176,9 +169,9 @@ private:
     }
 
     void Add(const std::string& name, const std::string& value) {
-        if (std::ranges::find(m_settings, name, &SettingText::name) != m_settings.end())
+        if (std::ranges::find(m_settings, name, &Setting::first) != m_settings.end())
             Refuse(name + " is set twice: among settings, keyframes and the members beside them");
-        m_settings.push_back({name, value});
+        m_settings.emplace_back(name, value);
     }
 
     std::string KeyframesText(const std::string& name, const OtioJson& keys) const {
@@ -216,10 +209,12 @@ private:
     /// Whether settings are wrong for themselves, each of which is a fault then.
     bool ParseEach(const std::string& name) {
         bool wrong = false;
-        for (const SettingText& setting : m_settings) {
-            if (setting.name == reach::kMaskInvert || setting.name == reach::kMaskFeather) continue;
+        for (const Setting& setting : m_settings) {
+            if (setting.first == reach::kMaskInvert || setting.first == reach::kMaskFeather) continue;
+            EffectWording alone = SplitEffect(name);
+            alone.settings = {setting};
             try {
-                ParseEffect(name + ":" + setting.Text(), false, MediumOf());
+                ParseEffect(alone.Text(), false, MediumOf());
             } catch (const Error& fault) {
                 m_findings.Fault(m_place, fault.what(), fault.Kind());
                 wrong = true;
@@ -232,7 +227,7 @@ private:
     const MediaTerms& m_terms;
     const std::string& m_place;
     Findings& m_findings;
-    std::vector<SettingText> m_settings;
+    std::vector<Setting> m_settings;
     bool m_wrong = false;
 };
 
@@ -256,7 +251,7 @@ bool IsEffectMember(const std::string& name) {
 
 std::optional<EffectSpec> ReadEffectWords(const std::string& name, const OtioJson& words,
                                           const MediaTerms& terms, const std::string& place,
-                                          Findings& findings) {
+                                          Findings& findings, EffectWording* written) {
     const EffectInfo* const effect = FindEffect(name.substr(0, name.find('/')), place, findings);
     if (!effect) return {};
     const std::string reason = effect->kind == AVBased::EffectKind::Transition
@@ -279,7 +274,9 @@ std::optional<EffectSpec> ReadEffectWords(const std::string& name, const OtioJso
         const std::string preset = TextOf(words, "preset", named);
         std::string whole(effect->shortName);
         if (!preset.empty()) whole.append("/").append(RequirePreset(*effect, preset).name);
-        spec = EffectWords(*effect, words, terms, place, findings).Parse(whole);
+        EffectWords read(*effect, words, terms, place, findings);
+        spec = read.Parse(whole);
+        if (written) *written = read.Written(whole);
     });
     return spec;
 }

@@ -18,10 +18,10 @@ std::string OwnEffectName(const std::string& effectName);
 bool IsEffectMember(const std::string& name);
 
 /// The effect of that name (or NAME/PRESET, as a start) with what metadata.aveffect says; absent when
-/// anything is wrong, all of which is among the findings.
+/// anything is wrong, all of which is among the findings. Written becomes what the command line would say.
 std::optional<EffectSpec> ReadEffectWords(const std::string& name, const OtioJson& words,
                                           const MediaTerms& terms, const std::string& place,
-                                          Findings& findings);
+                                          Findings& findings, EffectWording* written = nullptr);
 
 /// The same for a transition: {"effect": "clock", "settings": {...}}.
 std::optional<EffectSpec> ReadTransitionWords(const OtioJson& words, const MediaTerms& terms,
