@@ -155,9 +155,9 @@ void OutputFile::TakePermissions(int file) const {
 }
 
 void OutputFile::OpenIo() {
-    auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
     const bool seekable = !IsStandardOutput(m_target) && lseek(m_file, 0, SEEK_CUR) >= 0;
     if (!seekable && m_temporary.size() + m_nameless > 0) Fail("can't be written", errno);
+    auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
     AVIOContext* io =
         buffer ? avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, Write, seekable ? Seek : nullptr)
                : nullptr;

@@ -100,8 +100,7 @@ private:
 class PacketTimes {
 public:
     PacketTimes(const SegmentRow& row, AVRational base, int64_t delay)
-        : m_row(row)
-        , m_interval(av_inv_q(row.rate))
+        : m_interval(av_inv_q(row.rate))
         , m_base(base)
         , m_delay(delay)
         , m_first(av_rescale_q(row.first.ticks, row.first.base, base)) {}
@@ -131,7 +130,6 @@ private:
         m_end = std::max(m_end, Moment{packet.pts + packet.duration, m_base});
     }
 
-    const SegmentRow& m_row;
     AVRational m_interval, m_base;
     int64_t m_delay, m_first;
     int64_t m_begin = 0, m_number = 0;
