@@ -146,8 +146,8 @@ private:
 
     /// Handlers throw what everything else does.
     template <typename Handle>
-    httplib::Server::Handler Guarded(Handle handle) {
-        return [this, handle](const Request& request, Response& response) {
+    static httplib::Server::Handler Guarded(Handle handle) {
+        return [handle](const Request& request, Response& response) {
             try {
                 handle(request, response);
             } catch (const Error& error) {
