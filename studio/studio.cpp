@@ -221,8 +221,7 @@ private:
                           std::optional<MadeMedia> media =
                               m_workshop->Frame(ReadFrameWish(ParseBody(request.body)));
                           if (media) return SendMedia(response, std::move(*media));
-                          response.status = 409;
-                          SendJson(response, {{"stale", true}});
+                          response.status = 204; // a newer one is on its way
                       }));
         m_server.Post("/api/sound", Guarded([this](const Request& request, Response& response) {
                           SendMedia(response, m_workshop->Sound(ReadSoundWish(ParseBody(request.body))));

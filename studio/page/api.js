@@ -31,9 +31,10 @@ export const remove = async (path) => (await ask(path, { method: 'DELETE' })).js
 export async function media(path, body, signal) {
   try {
     const response = await post(path, body, signal);
+    if (response.status === 204) return null;
     return { blob: await response.blob(), time: Number(response.headers.get('X-Picture-Time') ?? 0) / 1000 };
   } catch (error) {
-    if (error.name === 'AbortError' || (error.status === 409 && path === '/api/frame')) return null;
+    if (error.name === 'AbortError') return null;
     throw error;
   }
 }

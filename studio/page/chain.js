@@ -2,6 +2,7 @@
 import { button, h } from './dom.js';
 import { areas, propertyRow, reachProperties } from './controls.js';
 import { media } from './api.js';
+import { moves } from './wording.js';
 import { canRedo, canUndo, change, chainWords, infoOf, isSound, on, newCard, redo, select, selectedCard, setValue, state, undo } from './state.js';
 
 const list = document.getElementById('cards');
@@ -52,7 +53,7 @@ function startDrag(event, card) {
   event.currentTarget.setPointerCapture(event.pointerId);
   item.classList.add('dragged');
   const over = (y) => [...list.children].findIndex((other) => {
-    const box = other.getBoundingClientRect();
+    const box = other.querySelector('.head').getBoundingClientRect();
     return y < box.top + box.height / 2;
   });
   const stop = (end) => {
@@ -65,10 +66,13 @@ function startDrag(event, card) {
   event.target.addEventListener('pointerup', stop);
 }
 
+/** Whether a card is what a preset says, and nothing else. */
+const isPlain = (card, preset) => card.preset === preset && Object.keys(card.values).every((name) => name.startsWith('@'));
+
 function presetButtons(card) {
   const info = infoOf(card);
   if (info.presets.length === 0) return null;
-  const one = (preset, help) => h('button', { type: 'button', class: 'preset', title: help, 'aria-pressed': String(card.preset === preset && Object.keys(card.values).every((name) => name.startsWith('@'))),
+  const one = (preset, help) => h('button', { type: 'button', class: 'preset', title: help, 'aria-pressed': String(isPlain(card, preset)),
     dataset: { preset }, on: { click: () => change(`preset ${card.key}`, () => {
       const current = state.chain[indexOf(card)];
       current.preset = preset;
@@ -131,21 +135,25 @@ function cardElement(card) {
   };
   return h('li', { class: `card${selected ? ' selected' : ''}${card.on ? '' : ' off'}`, dataset: { card: card.key } },
     h('div', { class: 'head' },
-      h('span', { class: 'grip', title: 'Drag to move; Alt and an arrow key do so too', on: { pointerdown: (event) => startDrag(event, card) } }, '⠿'),
+      h('span', { class: 'grip', title: 'Drag to move; Alt and an arrow key do so too', on: { pointerdown: (event) => startDrag(event, card) } }, '≡'),
       h('button', { type: 'button', class: 'name', 'aria-expanded': String(selected), on: { click: () => select(selected ? null : card.key), keydown: keys } },
         info.title, card.preset && h('small', {}, card.preset)),
       button('▲', `Move ${info.title} up`, () => move(card, -1), { disabled: indexOf(card) === 0 }),
       button('▼', `Move ${info.title} down`, () => move(card, 1), { disabled: indexOf(card) === state.chain.length - 1 }),
       h('input', { type: 'checkbox', class: 'switch', checked: card.on, 'aria-label': `${info.title} is on`, title: card.on ? 'Switch off' : 'Switch on',
         on: { change: () => change(`switch ${card.key}`, () => { state.chain[indexOf(card)].on = !card.on; }) } }),
-      button('⧉', `Duplicate ${info.title}`, () => duplicate(card)),
+      button('+', `Duplicate ${info.title}`, () => duplicate(card)),
       button('✕', `Remove ${info.title}`, () => removeCard(card))),
     selected && settings(card));
 }
 
 // A knob that is being turned must stay in its place: cards are built anew only when their form changes.
+const formOf = (card, [name, value]) => {
+  const pixels = infoOf(card).properties.find((property) => property.name === name)?.percentOf && !value.endsWith('%');
+  return moves(value) ? `${name} moves` : pixels ? `${name} pixels` : '';
+};
 const shapeOf = () => JSON.stringify([state.selected, state.clip?.id, state.chain.map((card) =>
-  [card.key, card.effect, card.preset, card.on, Object.entries(card.values).map(([name, value]) => [name, value.includes('='), value.endsWith('%')])])]);
+  [card.key, card.effect, card.preset, card.on, Object.entries(card.values).map((entry) => formOf(card, entry)).filter(Boolean)])]);
 
 function show() {
   const now = shapeOf();
@@ -163,6 +171,7 @@ function show() {
     if (card) showShots(card);
   } else {
     for (const row of rows) row.refresh();
+    for (const preset of list.querySelectorAll('.preset')) preset.setAttribute('aria-pressed', String(isPlain(selectedCard(), preset.dataset.preset)));
   }
 }
 

@@ -108,8 +108,8 @@ const makers = { number: numberControl, switch: switchControl, choice: choiceCon
 function moveButton(card, property) {
   const isMoving = () => moves(valueOf(card, property));
   return button('◆', isMoving() ? `Let ${property.title} stand still` : `Let ${property.title} move: a keyframe at this moment`, () => {
-    if (isMoving()) setValue(card, property.name, nowOf(card, property));
-    else setValue(card, property.name, writeKeys([{ time: state.time, motion: '=', value: nowOf(card, property) || '0' }]));
+    if (isMoving()) setValue(card, property.name, nowOf(card, property), 'stand still');
+    else setValue(card, property.name, writeKeys([{ time: state.time, motion: '=', value: nowOf(card, property) || '0' }]), 'move');
   }, { class: 'key', 'aria-pressed': String(isMoving()) });
 }
 
@@ -118,11 +118,13 @@ export function propertyRow(card, property) {
   const id = `p${nextId++}`;
   const { element, refresh } = (makers[property.kind] ?? textControl)(card, property, id);
   const animates = !['text', 'path'].includes(property.kind) && state.clip && !state.clip.still;
-  const reset = property.name in card.values && button('↺', `Set ${property.title} back`, () => setValue(card, property.name, null), { class: 'reset' });
+  const reset = button('↺', `Set ${property.title} back`, () => setValue(card, property.name, null), { class: 'reset' });
+  const showReset = () => { reset.style.visibility = property.name in card.values ? '' : 'hidden'; };
+  showReset();
   return {
     element: h('div', { class: 'row', dataset: { property: property.name } },
       h('label', { for: id, title: property.help }, property.title), element, h('span', { class: 'ends' }, animates && moveButton(card, property), reset)),
-    refresh,
+    refresh: () => { refresh(); showReset(); },
   };
 }
 

@@ -52,7 +52,7 @@ export function startFiles() {
     const up = found.path !== '' && h('li', {}, button('↑ up', 'The folder above', () => show(found.parent ?? '')));
     list.replaceChildren(...[up, ...found.entries.filter((entry) => entry.folder || entry.kind !== 'other').map((entry) => h('li', {},
       h('button', { type: 'button', on: { click: () => (entry.folder ? show(entry.path) : tryTo(async () => { await open(entry); dialog.close(); })) } },
-        `${entry.folder ? '📁' : entry.kind === 'film' ? '🎞' : '🎬'} ${entry.name}`)))].filter(Boolean));
+        entry.name + (entry.folder ? '/' : ''))))].filter(Boolean));
   });
   document.getElementById('file-tools').append(button('Open…', 'Open…', () => {
     dialog.showModal();

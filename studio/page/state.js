@@ -88,8 +88,8 @@ export function valueOf(card, property) {
   return typeof property.default === 'boolean' ? (property.default ? 'on' : 'off') : String(property.default);
 }
 
-export function setValue(card, name, value) {
-  change(`${card.key} ${name}`, () => {
+export function setValue(card, name, value, label = `${card.key} ${name}`) {
+  change(label, () => {
     const current = state.chain.find((one) => one.key === card.key);
     if (value === null) delete current.values[name];
     else current.values[name] = value;

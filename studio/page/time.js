@@ -37,7 +37,7 @@ async function hear(from) {
 async function start() {
   const own = { from: state.time, audio: null };
   play = own;
-  playButton.textContent = '❚❚';
+  playButton.textContent = '■';
   try {
     own.audio = await hear(own.from).catch(() => null);
     const begin = performance.now();
@@ -92,7 +92,7 @@ function build() {
     } } });
   label = h('output', { class: 'clock', htmlFor: 'bar' });
   thumbnails = h('div', { class: 'thumbnails', 'aria-hidden': 'true' });
-  place.append(h('div', { class: 'transport' }, button('⏮', 'To the beginning', () => goTo(0)), button('◂', 'Picture before', step(-1)), playButton,
+  place.append(h('div', { class: 'transport' }, button('|◂', 'To the beginning', () => goTo(0)), button('◂', 'Picture before', step(-1)), playButton,
     button('▸', 'Next picture', step(1)), label), h('div', { class: 'track' }, clip.pictures && thumbnails, bar));
   showTime();
   if (clip.pictures) showThumbnails();

@@ -11,7 +11,7 @@ const zooms = [['fit', 'Fit'], ['0.5', '50%'], ['1', '100%'], ['2', '200%'], ['4
 const after = h('canvas', { class: 'after', role: 'img', 'aria-label': 'The picture with the effects' });
 const before = h('canvas', { class: 'before', role: 'img', 'aria-label': 'The picture as it was' });
 const handles = h('div', { class: 'handles' });
-const wipe = h('div', { class: 'wipe', role: 'slider', tabIndex: 0, 'aria-label': 'Where before and after meet', 'aria-valuemin': 0, 'aria-valuemax': 100 });
+const wipe = h('div', { class: 'divider', role: 'slider', tabIndex: 0, 'aria-label': 'Where before and after meet', 'aria-valuemin': 0, 'aria-valuemax': 100 });
 const paper = h('div', { class: 'paper' }, after, before, handles, wipe);
 const pane = h('div', { class: 'pane', tabIndex: 0, 'aria-label': 'Picture; scroll when it is larger than its place' }, paper);
 
@@ -137,7 +137,7 @@ export function startView() {
     refresh();
   } } }, choices.map(([value, title]) => h('option', { value }, title))));
   document.getElementById('view-tools').append(choose('Compare ', 'mode', modes, 'compare'), choose('Zoom ', 'zoom', zooms, 'zoom'),
-    button('⛶', 'The picture alone, full screen', () => pane.requestFullscreen?.()));
+    button('Full screen', 'Full screen', () => pane.requestFullscreen?.()));
   wipe.addEventListener('pointerdown', (event) => drag(event, (moved) => {
     const box = paper.getBoundingClientRect();
     setWipe((100 * (moved.clientX - box.left)) / box.width);
