@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(
   git g++ cmake ninja-build pkg-config
   libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev libswresample-dev
-  libcli11-dev zlib1g-dev nlohmann-json3-dev libsdl2-dev libseccomp-dev ffmpeg
+  libcli11-dev libcpp-httplib-dev zlib1g-dev nlohmann-json3-dev libsdl2-dev libseccomp-dev ffmpeg
 )
 if [ "${1:-}" != program ]; then
   packages+=(libgtest-dev libbenchmark-dev libyuv-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)

@@ -35,3 +35,8 @@ for clip in clip $(sed -n 's/.*pictures\/recipe-\([a-z]*\)\.png.*/\1/p' docs/rec
   ffmpeg -v error -y -i "$work/$clip.mp4" -vf "select='eq(n,0)+eq(n,24)+eq(n,49)+eq(n,74)+eq(n,99)',scale=160:-1:flags=area,tile=5x1:padding=4:color=white" \
     -fps_mode vfr -frames:v 1 "docs/pictures/recipe-$clip.png"
 done
+
+# The studio's page with such a clip.
+ffmpeg -v error -loop 1 -i "$work/dusk.png" -loop 1 -i "$work/face.png" -filter_complex "[0][1]overlay=x=4+57*t:y=92,scale=1280:960:flags=lanczos,crop=1280:720" \
+  -t 4 -r 25 -c:v libx264 -crf 16 -pix_fmt yuv420p "$work/holiday.mp4"
+scripts/studio_picture.py build/bin/aveffect "$work/holiday.mp4" docs/pictures/studio.png

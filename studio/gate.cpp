@@ -26,6 +26,16 @@ void Answer(httplib::Response& response, int status, const char* text) {
     response.set_content(text, "text/plain; charset=utf-8");
 }
 
+// The library would read others to their end, which need not come.
+bool SaysLength(const httplib::Request& request) {
+    constexpr size_t kLongestNumber = 7;
+    const std::string length = request.get_header_value("Content-Length");
+    const bool number = !length.empty() && length.size() <= kLongestNumber &&
+                        length.find_first_not_of("0123456789") == std::string::npos;
+    return number && std::stoul(length) <= kLargestBody && !request.has_header("Transfer-Encoding") &&
+           request.get_header_value_count("Content-Length") == 1;
+}
+
 } // namespace
 
 std::string MakeToken() {
@@ -88,6 +98,8 @@ bool Gate::Refuses(const httplib::Request& request, httplib::Response& response)
         Answer(response, 405, "There are GET, POST and DELETE.\n");
     } else if (request.method == "POST" && request.get_header_value("Content-Type") != "application/json") {
         Answer(response, 415, "Bodies are application/json.\n");
+    } else if (request.method == "POST" && !SaysLength(request)) {
+        Answer(response, 411, "Bodies say their length, which is at most 2097152 bytes.\n");
     } else {
         return false;
     }

@@ -6,6 +6,9 @@
 
 namespace aveffect {
 
+/// Bytes of what a request may bring.
+inline constexpr size_t kLargestBody = 2 << 20;
+
 /// 128 random bits in hexadecimal digits. Throws Error (Output) where the system has none.
 std::string MakeToken();
 

@@ -26,7 +26,6 @@ namespace {
 
 constexpr size_t kThreads = 16;   // that answer
 constexpr int kMostListeners = 6; // pages that are told of renders: each takes a thread
-constexpr size_t kLargestBody = 2 << 20;
 constexpr auto kTick = std::chrono::milliseconds(100);
 constexpr auto kAwayFor = std::chrono::seconds(3); // no page; it may only be loading anew
 
@@ -100,8 +99,9 @@ public:
             const int yes = 1;
             setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
         });
+        m_server.set_tcp_nodelay(true); // else small answers wait for the ones before to be confirmed
         m_server.set_payload_max_length(kLargestBody);
-        m_server.set_keep_alive_max_count(1000);
+        m_server.set_keep_alive_max_count(100);
         m_port = m_options.port;
         if (m_port == 0)
             m_port = m_server.bind_to_any_port("127.0.0.1");
