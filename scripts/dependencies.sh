@@ -20,7 +20,7 @@ if [ "${1:-}" != program ]; then
   # What holds films to their schema.
   packages+=(python3-jsonschema)
   # What the package for Python is built with, and what its tests need.
-  packages+=(python3-dev pybind11-dev python3-numpy python3-pytest python3-av python3-pil python3-pip python3-opencv python3-nbconvert python3-ipykernel)
+  packages+=(python3-dev pybind11-dev python3-numpy python3-pytest python3-av python3-pil python3-pip python3-opencv python3-nbconvert python3-ipykernel mypy)
   # Processors of other kinds.
   packages+=(qemu-user)
   # What makes the manual, and the browser that tries it.

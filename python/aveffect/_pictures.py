@@ -2,12 +2,14 @@
 
 from __future__ import annotations
 
+import os
 from typing import Any, Iterable, Optional, Union
 
 import numpy
 
 from . import _core, _foreign
 from ._catalogue import effects
+from ._masks import Mask, mask_of, renamed
 from ._settings import Value, effect_text, lacks_duration, milliseconds
 
 _WIDE = {numpy.ndarray, tuple, list}
@@ -28,11 +30,13 @@ class Chain:
     def __init__(self, effects: Iterable[Union["Effect", str]], *, duration: Optional[float] = None):
         if isinstance(effects, str):
             raise TypeError("a chain is made of a list of effects, not of one text")
+        effects = list(effects)
         texts = [text for each in effects for text in (each.texts if isinstance(each, Chain) else [each])]
         for text in texts:
             if not isinstance(text, str):
                 raise TypeError(f"an effect is an Effect or a text, not {text!r}")
         self._duration = duration
+        self._masks: list[Mask] = [mask for each in effects if isinstance(each, Chain) for mask in each._masks]
         self._core = _core.Chain(texts, milliseconds(duration), lacks_duration(texts, duration))
 
     @property
@@ -69,11 +73,13 @@ class Chain:
         return f"Chain({self.texts!r})"
 
     def __reduce__(self):
-        return _chain, (self.texts, self._duration)
+        return _chain, (self.texts, self._duration, [mask.path for mask in self._masks], self._masks)
 
 
-def _chain(texts: list[str], duration: Optional[float]) -> Chain:
-    return Chain(texts, duration=duration)
+def _chain(texts: list[str], duration: Optional[float], paths: list[str], masks: list[Mask]) -> Chain:
+    chain = Chain(renamed(texts, paths, masks), duration=duration)
+    chain._masks = masks
+    return chain
 
 
 class Effect(Chain):
@@ -93,14 +99,20 @@ class Effect(Chain):
 
     >>> swell = Effect("blur", blur_count={0: 0, 2: 20})
 
-    begin, end, fade_in, fade_out (seconds), mix ("50%"), mask (a picture's file), area (("ellipse", 30, 20, 40, 60) in
+    begin, end, fade_in, fade_out (seconds), mix ("50%"), mask (a picture's or clip's file, or an array, which is stretched over
+    the picture: of shape (H, W) bool, uint8, uint16 or floats from 0 to 1, or pixels), area (("ellipse", 30, 20, 40, 60) in
     percent), mask_invert and mask_feather say when, where and how strongly it works. duration: as in Chain.
     Wrong names and values raise UsageError, which names what would be right.
     """
 
-    def __init__(self, name: str, /, *, duration: Optional[float] = None, **settings: Value):
+    def __init__(self, name: str, /, *, duration: Optional[float] = None, **settings: Any):
+        mask = settings.get("mask")
+        masks = [] if mask is None or isinstance(mask, (str, os.PathLike)) else [mask_of(mask)]
+        if masks:
+            settings["mask"] = masks[0].path
         text = effect_text(name, settings)
         super().__init__([text], duration=duration)
+        self._masks = masks
 
     @property
     def text(self) -> str:
@@ -136,6 +148,6 @@ class Transition:
 
 Chain.__module__ = Effect.__module__ = Transition.__module__ = "aveffect"
 _NAMES = "\n".join(f"    {each.name:<18} {each.title}" for each in effects() if each.kind not in ("transition", "audio"))
-Effect.__doc__ += f"\n    There are:\n\n{_NAMES}\n"
+Effect.__doc__ = f"{Effect.__doc__}\n    There are:\n\n{_NAMES}\n"
 _ENDS = "\n".join(f"    {each.name:<18} {each.title}" for each in effects() if each.kind == "transition")
-Transition.__doc__ += f"\n    There are:\n\n{_ENDS}\n"
+Transition.__doc__ = f"{Transition.__doc__}\n    There are:\n\n{_ENDS}\n"

@@ -8,6 +8,7 @@
 #include "python/core/chain.h"
 #include "python/core/failures.h"
 #include "python/core/job.h"
+#include "python/core/made.h"
 #include "python/core/sound.h"
 #include "python/core/transition.h"
 #include "python/core/unlocked.h"
@@ -28,18 +29,18 @@ PYBIND11_MODULE(_core, module) {
     py::class_<python::Chain>(module, "Chain")
         .def(py::init<std::vector<std::string>, std::optional<int64_t>, std::string>(), py::arg("effects"),
              py::arg("length"), py::arg("lacks_length"))
-        .def("process", &python::Chain::Process, py::arg("frame"), py::arg("time"), py::arg("order"),
+        .def("process", Method(&python::Chain::Process), py::arg("frame"), py::arg("time"), py::arg("order"),
              py::arg("out"), py::arg("inplace"), py::arg("right"))
-        .def_property_readonly("texts", &python::Chain::Texts)
-        .def_property_readonly("length", &python::Chain::Length);
+        .def_property_readonly("texts", Method(&python::Chain::Texts))
+        .def_property_readonly("length", Method(&python::Chain::Length));
     py::class_<python::Transition>(module, "Transition")
         .def(py::init<const std::string&, const py::object&, const py::object&, const std::string&>(),
              py::arg("name"), py::arg("first"), py::arg("second"), py::arg("order"))
-        .def("draw", &python::Transition::Draw, py::arg("progress"), py::arg("out"));
+        .def("draw", Method(&python::Transition::Draw), py::arg("progress"), py::arg("out"));
     py::class_<python::Sound>(module, "Sound")
         .def(py::init<const std::string&, std::optional<int64_t>>(), py::arg("effect"), py::arg("length"))
-        .def("process", &python::Sound::Process, py::arg("samples"), py::arg("rate"), py::arg("start"),
-             py::arg("inplace"))
-        .def_property_readonly("text", &python::Sound::Text)
-        .def_property_readonly("length", &python::Sound::Length);
+        .def("process", Method(&python::Sound::Process), py::arg("samples"), py::arg("rate"),
+             py::arg("start"), py::arg("inplace"))
+        .def_property_readonly("text", Method(&python::Sound::Text))
+        .def_property_readonly("length", Method(&python::Sound::Length));
 }

@@ -19,6 +19,12 @@ ffmpeg -v error -i clip.mkv -frames:v 1 photo.png
 "$python" "$examples/clip.py" clip.mkv made.mkv && [ "$(frames made.mkv)" = 25 ] || fail "PyAV"
 [ "$(distance clip.mkv made.mkv)" -lt 30 ] || fail "PyAV: no effect is seen"
 
+if "$python" -c 'import moviepy' 2>/dev/null; then
+  "$python" "$examples/moviepy_clip.py" clip.mkv movie.mp4 && [ "$(frames movie.mp4)" = 25 ] && [ "$(distance clip.mkv movie.mp4)" -lt 30 ] || fail "MoviePy"
+else
+  echo "MoviePy is not there: its example is not tried"
+fi
+
 "$python" "$examples/make_gallery.py" gallery.ipynb
 IPYTHONDIR=$work JUPYTER_PLATFORM_DIRS=0 HOME=$work "$python" -m nbconvert --to notebook --execute --output seen.ipynb gallery.ipynb >log 2>&1 || { cat log; fail "the gallery"; }
 "$python" - <<'END' || failed=1

@@ -1,6 +1,8 @@
 """Effects on arrays: every way to lay a picture out gives what the program gives for the same picture."""
 import doctest
+import os
 import pathlib
+import pickle
 import subprocess
 import threading
 
@@ -180,6 +182,40 @@ def test_time_area_mix_and_stereo(picture, tmp_path):
     assert (pair[:, :half, :3] == picture[:, ::2, :3]).all() and (pair[:, half:, :3] == 255 - picture[:, ::2, :3]).all()
 
 
+def test_masks_that_are_arrays(picture, tmp_path):
+    grey = np.zeros((HEIGHT, WIDTH), np.uint8)
+    grey[:, WIDTH // 2:] = 255
+    wanted = np.where(grey[..., None] * np.uint8([1, 1, 1, 0]) > 0, 255 - picture, picture)
+    opaque = np.dstack([grey, grey, grey, np.full_like(grey, 255)])
+    for mask in (grey, grey > 0, grey / 255, grey * np.uint16(257), opaque[..., :3], opaque, np.dstack([opaque[..., :3] // 2, grey]), np.asfortranarray(grey)):
+        assert (Effect("invert", mask=mask)(picture) == wanted).all(), mask.shape
+    shades = np.random.default_rng(5).integers(0, 256, (9, 7), np.uint8)
+    (tmp_path / "shades.pgm").write_bytes(b"P5\n7 9\n255\n" + shades.tobytes())
+    for more in ({}, {"mask_invert": True, "mask_feather": 5}):
+        by_file = Effect("invert", mask=tmp_path / "shades.pgm", **more)(picture)
+        assert (Effect("invert", mask=shades, **more)(picture) == by_file).all()
+    # They stay as long as anything uses them, in a copy too, and no longer.
+    before = len(os.listdir("/proc/self/fd"))
+    chain = pickle.loads(pickle.dumps(Chain([Effect("invert", mask=grey), Effect("flip-color", mask=255 - grey)])))
+    assert (chain(picture)[:, WIDTH // 2:] == wanted[:, WIDTH // 2:]).all() and (chain(picture)[:, 0, 0] == picture[:, 0, 2]).all()
+    del chain
+    assert len(os.listdir("/proc/self/fd")) == before
+
+
+@pytest.mark.parametrize("go_past", [
+    lambda: aveffect._core.Chain.__new__(aveffect._core.Chain).process(np.zeros((4, 4, 4), np.uint8), 0.0, "", None, False, None),
+    lambda: aveffect._core.Chain.__new__(aveffect._core.Chain).texts,
+    lambda: aveffect._core.Transition.__new__(aveffect._core.Transition).draw(0.5, None),
+    lambda: aveffect._core.Sound.__new__(aveffect._core.Sound).process(np.zeros(4, np.int16), 48000, 0.0, False),
+    lambda: aveffect._core.Sound.__new__(aveffect._core.Sound).length,
+    lambda: aveffect._core.Chain.process(3, np.zeros((4, 4, 4), np.uint8), 0.0, "", None, False, None),
+    lambda: Effect.__new__(Effect)(np.zeros((4, 4, 4), np.uint8)),
+])
+def test_objects_that_were_never_made(go_past):
+    with pytest.raises((TypeError, AttributeError)):
+        go_past()
+
+
 @pytest.mark.parametrize("call,error,words", [
     (lambda p: Effect("blurr"), UsageError, "did you mean 'blur'"),
     (lambda p: Effect("blur", blur_cout=1), UsageError, "blur_count"),
@@ -206,6 +242,11 @@ def test_time_area_mix_and_stereo(picture, tmp_path):
     (lambda p: Effect("gray")(p, out=p, inplace=True), UsageError, "exclude"),
     (lambda p: Effect("gray")(p, float("nan")), UsageError, "time"),
     (lambda p: Effect("gray")(p, right=p), UsageError, "stereo"),
+    (lambda p: Effect("gray", mask=p[..., :2]), UsageError, "shape"),
+    (lambda p: Effect("gray", mask=p[:0, :, 0]), UsageError, "shape"),
+    (lambda p: Effect("gray", mask=p[..., 0].astype(np.int32)), UsageError, "int32"),
+    (lambda p: Effect("gray", mask=np.full((2, 2), np.nan)), UsageError, "from 0 to 1"),
+    (lambda p: Effect("gray", mask=3), TypeError, "int"),
     (lambda p: Transition("crossfade", p, p[:5]), UsageError, "one shape"),
     (lambda p: Transition("gray", p, p), UsageError, "crossfade"),
     (lambda p: Transition("crossfade", p, p)(1.5), UsageError, "from 0 to 1"),
