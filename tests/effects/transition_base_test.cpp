@@ -1,7 +1,7 @@
 // How transitions read, fit and convert their pictures, and what they make of hosts that fail.
 #include <gtest/gtest.h>
 
-#include "aveffect/base_media.h"
+#include "tests/support/converted.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/host_manager.h"
 
@@ -9,32 +9,6 @@ namespace {
 
 using namespace AVBased;
 using namespace test;
-
-struct Release {
-    void operator()(IRawVideoFrame* frame) const { frame->Free(); }
-    template <class Object>
-    void operator()(Object* object) const {
-        object->Release();
-    }
-};
-using FramePtr = std::unique_ptr<IRawVideoFrame, Release>;
-
-FramePtr Converted(IRawVideoFrame& frame, unsigned format, unsigned width = 0, unsigned height = 0) {
-    const std::unique_ptr<IImageConverter, Release> converter(
-        CreateImageConverterEx(format, width, height, 4));
-    return FramePtr(converter->Convert(&frame));
-}
-
-// The rows of as much of a picture as both frames have become those of the other.
-void CopyPicture(HostFrame& to, IRawVideoFrame& from) {
-    for (unsigned i = 0; i < std::min<size_t>(to.planes.size(), from.GetBufferCount()); ++i) {
-        unsigned width = 0, pitch = 0, rows = 0;
-        const unsigned char* data = from.GetBuffer(i, &width, &pitch, &rows);
-        for (unsigned y = 0; y < std::min(rows, to.planes[i].rows); ++y)
-            std::copy_n(data + size_t{y} * pitch, std::min(width, to.planes[i].width),
-                        &to.planes[i].At(0, y));
-    }
-}
 
 // A transition between two pictures that begins at 100, so that before it shows the first one as it is.
 class TransitionBase : public testing::Test {
@@ -86,7 +60,7 @@ TEST_F(TransitionBase, FitsPicturesInsideMargins) {
             Show(picture.get(), second.get());
             auto frame = MakeFrame({BGRA, fit.outWidth, fit.outHeight, 4}, 5);
             HostFrame expected = *frame;
-            const FramePtr scaled = Converted(*picture, BGRA, fit.fittedWidth, fit.fittedHeight);
+            const ConvertedFrame scaled = Converted(*picture, BGRA, fit.fittedWidth, fit.fittedHeight);
             HostFrame inner({BGRA, fit.fittedWidth, fit.fittedHeight});
             CopyPicture(inner, *scaled);
             ForPixels(expected, [](unsigned char* p) { std::copy_n("\0\0\0\xFF", 4, p); });
@@ -122,7 +96,7 @@ TEST_F(TransitionBase, FitsAnewForFramesOfAnotherSizeAndReadsOnce) {
 TEST_F(TransitionBase, ConvertsOtherFormatsThereAndBack) {
     auto first = MakeFrame({BGRA, 33, 17}, 1), second = MakeFrame({BGRA, 33, 17}, 2);
     Show(first.get(), second.get());
-    const FramePtr back = Converted(*first, YUV420P);
+    const ConvertedFrame back = Converted(*first, YUV420P);
     const VideoProc proc = Make(&manager);
     // The way back stays that of the first frame's format; only as much as both have is written.
     for (const unsigned format : {YUV420P, YUV444P, YUVA420P, RGB24})

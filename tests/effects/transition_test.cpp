@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "tests/ledger/confirm.h"
+#include "tests/support/converted.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/host_manager.h"
 
@@ -296,21 +297,52 @@ TEST(Transitions, DrawWhatIsDefined) {
             }
 }
 
-// Of pixels: what converts planes is not this plug-in.
+// A picture's whole memory.
+std::pair<unsigned char*, size_t> MemoryOf(IRawVideoFrame& frame, unsigned& pitch) {
+    unsigned width = 0, rows = 0;
+    unsigned char* const data = frame.GetBuffer(0, &width, &pitch, &rows);
+    return {data, size_t{pitch} * rows};
+}
+
+void DrawPixels(void (*draw)(Drawing&), const ledger::PictureCase& of, IRawVideoFrame& out,
+                IRawVideoFrame& first, IRawVideoFrame& second) {
+    unsigned pitches[3] = {};
+    const auto bytes = [&](IRawVideoFrame& frame, unsigned& pitch) {
+        const auto [data, size] = MemoryOf(frame, pitch);
+        test::GuardedBytes copy(size);
+        std::copy_n(data, size, copy.data());
+        return copy;
+    };
+    Drawing drawing = {bytes(out, pitches[0]),
+                       bytes(first, pitches[1]),
+                       bytes(second, pitches[2]),
+                       of.width,
+                       of.height,
+                       0,
+                       0,
+                       0,
+                       0,
+                       ledger::kSpanMs,
+                       of.time};
+    drawing.pitch = pitches[0];
+    drawing.pitch1 = pitches[1];
+    drawing.pitch2 = pitches[2];
+    draw(drawing);
+    std::copy(drawing.out.begin(), drawing.out.end(), MemoryOf(out, pitches[0]).first);
+}
+
+// Planes are drawn as pixels, between two conversions by what hosts bring.
 TEST(Transitions, AreAsInTheLedger) {
     for (const Transition& transition : kTransitions)
-        ledger::ExpectInLedger(
-            transition.effect,
-            [&](const auto& of, HostFrame& frame) {
-                const auto second = ledger::MakePicture(of.format, of.width, of.height, 2);
-                const long pitch = frame.planes[0].pitch;
-                auto& bytes = frame.planes[0].bytes;
-                Drawing drawing = {bytes, bytes, second->planes[0].bytes, of.width, of.height, pitch, pitch,
-                                   pitch, 0,     ledger::kSpanMs,         of.time};
-                transition.draw(drawing);
-                bytes = drawing.out;
-            },
-            [](const ledger::PictureCase& of) { return of.format == BGRA; });
+        ledger::ExpectInLedger(transition.effect, [&](const auto& of, HostFrame& frame) {
+            const auto second = ledger::MakePicture(of.format, of.width, of.height, 2);
+            HostFrame first = frame;
+            if (of.format == BGRA) return DrawPixels(transition.draw, of, frame, first, *second);
+            const auto out = test::Converted(frame, BGRA);
+            DrawPixels(transition.draw, of, *out, *test::Converted(first, BGRA, of.width, of.height),
+                       *test::Converted(*second, BGRA, of.width, of.height));
+            test::CopyPicture(frame, *test::Converted(*out, of.format));
+        });
 }
 
 TEST(Transitions, SpansWithoutLengthAreCuts) {
