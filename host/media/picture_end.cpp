@@ -22,6 +22,7 @@ int64_t GifColours(uint8_t flags) { return flags & 0x80 ? int64_t{3} << ((flags 
 struct TiffFile {
     FileBytes& bytes;
     bool big;
+    int64_t listed = 0; ///< numbers in the lists looked at, of which a file has fewer than bytes
 
     int64_t Number(int64_t position, int length) const {
         return big ? bytes.Big(position, length) : bytes.Little(position, length);
@@ -34,7 +35,7 @@ int64_t TiffSize(int64_t type) {
 }
 
 /// The end of what a directory points at.
-int64_t TiffDirectoryEnd(const TiffFile& tiff, int64_t directory) {
+int64_t TiffDirectoryEnd(TiffFile& tiff, int64_t directory) {
     constexpr int64_t kStripOffsets = 273, kStripBytes = 279, kTileOffsets = 324, kTileBytes = 325;
     struct List {
         int64_t at = 0, count = 0, size = 0;
@@ -52,6 +53,9 @@ int64_t TiffDirectoryEnd(const TiffFile& tiff, int64_t directory) {
         if (tag == kStripBytes || tag == kTileBytes) lengths = {at, count, size};
     }
     if (end > tiff.bytes.Size() || offsets.count != lengths.count) return end;
+    // Types that are not known have no size, and directories may lead back: both would be looked at for long.
+    tiff.listed += offsets.count;
+    if (offsets.size == 0 || lengths.size == 0 || tiff.listed > tiff.bytes.Size()) return end;
     for (int64_t index = 0; index < offsets.count; ++index)
         end =
             std::max(end, tiff.Number(offsets.at + index * offsets.size, static_cast<int>(offsets.size)) +
@@ -129,7 +133,7 @@ int64_t JpegEnd(FileBytes& file) {
 
 int64_t TiffEnd(FileBytes& file) {
     constexpr int kMostDirectories = 10000;
-    const TiffFile tiff{file, file.At(0) == 'M'};
+    TiffFile tiff{file, file.At(0) == 'M'};
     int64_t end = 8;
     int64_t directory = tiff.Number(4, 4);
     for (int count = 0; directory != 0 && count < kMostDirectories; ++count) {
