@@ -22,7 +22,8 @@ int64_t GifColours(uint8_t flags) { return flags & 0x80 ? int64_t{3} << ((flags 
 struct TiffFile {
     FileBytes& bytes;
     bool big;
-    int64_t listed = 0; ///< numbers in the lists looked at, of which a file has fewer than bytes
+    int64_t listed =
+        0; ///< in directories and lists that were looked at, which are fewer than a file has bytes
 
     int64_t Number(int64_t position, int length) const {
         return big ? bytes.Big(position, length) : bytes.Little(position, length);
@@ -41,9 +42,10 @@ int64_t TiffDirectoryEnd(TiffFile& tiff, int64_t directory) {
         int64_t at = 0, count = 0, size = 0;
     } offsets, lengths;
     const int64_t entries = tiff.Number(directory, 2);
-    int64_t end = directory + 2 + 12 * entries + 4;
+    const int64_t last = directory + 2 + 12 * entries;
+    int64_t end = last + 4;
     if (end > tiff.bytes.Size()) return end;
-    for (int64_t entry = directory + 2; entry < end - 4; entry += 12) {
+    for (int64_t entry = directory + 2; entry < last; entry += 12) {
         const int64_t tag = tiff.Number(entry, 2), size = TiffSize(tiff.Number(entry + 2, 2));
         const int64_t count = tiff.Number(entry + 4, 4);
         const bool inside = size * count <= 4;
@@ -54,7 +56,7 @@ int64_t TiffDirectoryEnd(TiffFile& tiff, int64_t directory) {
     }
     if (end > tiff.bytes.Size() || offsets.count != lengths.count) return end;
     // Types that are not known have no size, and directories may lead back: both would be looked at for long.
-    tiff.listed += offsets.count;
+    tiff.listed += entries + offsets.count;
     if (offsets.size == 0 || lengths.size == 0 || tiff.listed > tiff.bytes.Size()) return end;
     for (int64_t index = 0; index < offsets.count; ++index)
         end =
@@ -138,7 +140,7 @@ int64_t TiffEnd(FileBytes& file) {
     int64_t directory = tiff.Number(4, 4);
     for (int count = 0; directory != 0 && count < kMostDirectories; ++count) {
         end = std::max(end, TiffDirectoryEnd(tiff, directory));
-        if (end > file.Size()) break;
+        if (end > file.Size() || tiff.listed > file.Size()) break;
         directory = tiff.Number(directory + 2 + 12 * tiff.Number(directory, 2), 4);
     }
     return end;
