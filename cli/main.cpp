@@ -451,7 +451,7 @@ int Run(const StudioCommand& command) {
             auto session = OpenStudio(command);
             const std::string address = session->studio->Address();
             PrintText(address + "\n");
-            if (command.noBrowser || !ShowInBrowser(address))
+            if (command.noBrowser || !ShowInBrowser(*session))
                 PrintMessage("open this address in a browser of this machine; Ctrl-C ends the studio");
             return session;
         },

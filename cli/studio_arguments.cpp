@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
+#include <fstream>
 #include <spawn.h>
 
 #include "cli/arguments.h"
@@ -79,9 +80,14 @@ Reach ReachOf(const StudioSession& session) {
     return reach;
 }
 
-bool ShowInBrowser(const std::string& address) {
+// Everybody on the machine sees programs' arguments, so that the address with the token lies in a file that
+// only this user reads.
+bool ShowInBrowser(const StudioSession& session) {
     if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) return false;
-    std::string program = "xdg-open", text = address;
+    std::string program = "xdg-open", text = session.scratch.Path() + "/studio.html";
+    std::ofstream(text)
+        << "<!doctype html><title>AVEffect Studio</title><meta http-equiv=\"refresh\" content=\"0;url="
+        << session.studio->Address() << "\">\n";
     char* const arguments[] = {program.data(), text.data(), nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);

@@ -38,7 +38,7 @@ std::unique_ptr<StudioSession> OpenStudio(const StudioCommand& command);
 /// What it may reach.
 Reach ReachOf(const StudioSession& session);
 
-/// Has the desktop show an address, in whatever it shows such in. False when there is nobody to ask.
-bool ShowInBrowser(const std::string& address);
+/// Has the desktop show its page. False when there is nobody to ask.
+bool ShowInBrowser(const StudioSession& session);
 
 } // namespace aveffect

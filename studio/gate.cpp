@@ -80,14 +80,17 @@ bool Gate::IsOurs(const httplib::Request& request) const {
            (site.empty() || site == "same-origin" || site == "none");
 }
 
-bool Gate::Refuses(const httplib::Request& request, httplib::Response& response) const {
+bool Gate::Answers(const httplib::Request& request, httplib::Response& response) const {
     AddHeaders(response);
     if (!IsHere(request.get_header_value("Host"))) {
         Answer(response, 421, "This server answers to 127.0.0.1 and localhost alone.\n");
     } else if (request.method == "GET" && request.path == "/" && request.has_param("token") &&
                Same(request.get_param_value("token"), m_token)) {
         response.set_header("Set-Cookie", m_cookie + "=" + m_token + "; Path=/; HttpOnly; SameSite=Strict");
-        response.set_redirect("/", 303);
+        // A redirect would go on as asked by whoever has led here, and cookies don't go along with strangers.
+        response.set_content("<!doctype html><title>AVEffect Studio</title><link rel=\"icon\" "
+                             "href=\"data:,\"><meta http-equiv=\"refresh\" content=\"0;url=/\">",
+                             "text/html; charset=utf-8");
     } else if (!HasToken(request)) {
         Answer(response, 403,
                "Open the address that aveffect studio has printed: it holds the token without which nobody "

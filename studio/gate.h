@@ -17,9 +17,10 @@ class Gate {
 public:
     Gate(std::string token, int port);
 
-    /// Whether a request is refused; then the response says why. A request for the page that brings the token
-    /// in its address gets a cookie instead, and is sent on to where the address shows nothing.
-    bool Refuses(const httplib::Request& request, httplib::Response& response) const;
+    /// Whether there is nothing more to answer: a request is refused, and the response says why, or it has
+    /// brought the token in its address, which becomes a cookie, and is sent on to where the address shows
+    /// nothing.
+    bool Answers(const httplib::Request& request, httplib::Response& response) const;
 
     std::string Address() const { return m_origin + "/?token=" + m_token; }
 

@@ -74,6 +74,11 @@ std::string JobQueue::OutputOf(const std::string& id) const {
     return entry.output;
 }
 
+bool JobQueue::Busy() const {
+    const std::scoped_lock lock(m_mutex);
+    return std::ranges::any_of(m_entries, [](const auto& entry) { return entry->state <= State::Running; });
+}
+
 nlohmann::json JobQueue::Words() const {
     constexpr const char* kStates[] = {"waiting", "running", "done", "failed", "cancelled"};
     const std::scoped_lock lock(m_mutex);

@@ -33,6 +33,8 @@ public:
     void Cancel(const std::string& id);
     /// Where a job that is done has written. Throws Error (Usage) for others.
     std::string OutputOf(const std::string& id) const;
+    /// Whether any waits or runs.
+    bool Busy() const;
     /// All jobs, the oldest first, as the page is told.
     nlohmann::json Words() const;
     /// Changes whenever Words() does.

@@ -137,7 +137,7 @@ public:
 private:
     bool IsDeserted() {
         const auto now = std::chrono::steady_clock::now();
-        if (!m_options.endsWithPage || m_listeners > 0 || !m_seen) {
+        if (!m_options.endsWithPage || m_listeners > 0 || !m_seen || m_workshop->Jobs().Busy()) {
             m_lastSeen = now;
             return false;
         }
@@ -180,7 +180,7 @@ private:
 
     void AddRoutes() {
         m_server.set_pre_routing_handler([this](const Request& request, Response& response) {
-            return m_gate->Refuses(request, response) ? httplib::Server::HandlerResponse::Handled
+            return m_gate->Answers(request, response) ? httplib::Server::HandlerResponse::Handled
                                                       : httplib::Server::HandlerResponse::Unhandled;
         });
         for (const PageFile& file : PageFiles()) {

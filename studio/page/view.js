@@ -18,8 +18,11 @@ const pane = h('div', { class: 'pane', tabIndex: 0, 'aria-label': 'Picture; scro
 const view = { mode: 'after', zoom: 'fit', wipe: 50 };
 const message = document.getElementById('message');
 
+let drawingFailed = false; // and the message says so
+
 export function say(text) {
   message.textContent = text;
+  drawingFailed = false;
 }
 
 /** Draws a picture as it is: the canvas has its pixels. */
@@ -69,19 +72,21 @@ class Shown {
       const made = await media('/api/frame', request, signal);
       if (!made || !still()) return false;
       await draw(this.canvas, made.blob);
-      say('');
+      if (drawingFailed) say('');
       layOut();
       return true;
     } catch (error) {
       say(error.message);
+      drawingFailed = true;
       return false;
     }
   }
 }
 
 let playing = false;
-const shownAfter = new Shown(after, 'after', () => chainWords({ of: state.chain.filter((card) => !isSound(card)) }));
-const shownBefore = new Shown(before, 'before', () => ({ e: [] }));
+const page = Math.random().toString(36).slice(2, 10); // several may be open, each with lanes of its own
+const shownAfter = new Shown(after, `${page} after`, () => chainWords({ of: state.chain.filter((card) => !isSound(card)) }));
+const shownBefore = new Shown(before, `${page} before`, () => ({ e: [] }));
 
 function previewWidth() {
   const place = Math.max(320, pane.clientWidth) * Math.min(2, devicePixelRatio);
@@ -98,8 +103,8 @@ function refresh() {
 export async function playTo(time) {
   playing = true;
   state.time = time;
-  await shownAfter.show({ ...shownAfter.request(), width: previewWidth(), lane: 'after' });
-  if (view.mode !== 'after') await shownBefore.show({ ...shownBefore.request(), width: previewWidth(), lane: 'before' });
+  await shownAfter.show({ ...shownAfter.request(), width: previewWidth(), lane: shownAfter.lane });
+  if (view.mode !== 'after') await shownBefore.show({ ...shownBefore.request(), width: previewWidth(), lane: shownBefore.lane });
 }
 export function stopPlaying() {
   playing = false;

@@ -83,7 +83,7 @@ class Server(unittest.TestCase):
             for path, body in (("/api/start", None), ("/api/command", {"clip": self.clip})):
                 self.assertEqual(self.studio.ask(path, body, **headers)[0], status, headers)
         self.assertEqual(self.studio.ask("/?token=" + "0" * 32, Cookie="")[0], 403)
-        self.assertEqual(self.studio.ask("/?token=" + self.studio.token, Cookie="")[0], 303)
+        self.assertIn(b"refresh", self.studio.ask("/?token=" + self.studio.token, Cookie="", Sec_Fetch_Site="cross-site")[1])
         self.assertEqual(self.studio.ask("/api/jobs", "{}", Content_Type="text/plain")[0], 415)
         self.assertEqual(self.studio.ask("/api/jobs", method="PUT")[0], 405)
         with socket.socket() as elsewhere:  # the loopback address alone
