@@ -18,7 +18,8 @@ public:
 
     int64_t Size() const noexcept { return m_size; }
     uint8_t At(int64_t position);
-    /// So many bytes, 8 at most, as one number; what a signed 64-bit number can't hold becomes its largest.
+    /// So many bytes, 8 at most, as one number; larger ones than 2^61 become that, so that some may be added
+    /// up.
     int64_t Big(int64_t position, int bytes);
     int64_t Little(int64_t position, int bytes);
     bool Says(int64_t position, std::string_view text);

@@ -173,6 +173,7 @@ int64_t ExrEnd(FileBytes& file) {
         first = std::min(first, part);
         last = std::max(last, part);
     }
+    if (last > file.Size()) return last;
     const int64_t head = flags & kTiled ? 16 : 4;
     return last + head + 4 + (last + head + 4 <= file.Size() ? file.Little(last + head, 4) : 0);
 }
