@@ -9,7 +9,7 @@ namespace aveffect {
 
 namespace {
 
-constexpr uint64_t kLargest = uint64_t{1} << 61;
+constexpr uint64_t kLargestNumber = uint64_t{1} << 61;
 
 } // namespace
 
@@ -38,13 +38,13 @@ uint8_t FileBytes::At(int64_t position) {
 int64_t FileBytes::Big(int64_t position, int bytes) {
     uint64_t number = 0;
     for (int index = 0; index < bytes; ++index) number = number << 8 | At(position + index);
-    return static_cast<int64_t>(std::min<uint64_t>(number, kLargest));
+    return static_cast<int64_t>(std::min<uint64_t>(number, kLargestNumber));
 }
 
 int64_t FileBytes::Little(int64_t position, int bytes) {
     uint64_t number = 0;
     for (int index = bytes - 1; index >= 0; --index) number = number << 8 | At(position + index);
-    return static_cast<int64_t>(std::min<uint64_t>(number, kLargest));
+    return static_cast<int64_t>(std::min<uint64_t>(number, kLargestNumber));
 }
 
 bool FileBytes::Says(int64_t position, std::string_view text) {
