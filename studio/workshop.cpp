@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "host/jobs/shown_frame.h"
 #include "host/settings/effect_settings.h"
 #include "host/support/error.h"
 #include "host/support/whole_file.h"

@@ -1,4 +1,4 @@
-#include "host/jobs/render.h"
+#include "host/jobs/shown_frame.h"
 
 #include <utility>
 

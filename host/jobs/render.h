@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "host/effects/effect_chain.h"
-#include "host/media/source.h"
 #include "host/media/source_request.h"
 #include "host/output/output_options.h"
 #include "host/support/error.h"
@@ -83,17 +82,5 @@ struct FrameOptions : OutputOptions {
 /// in the clip. Throws Error.
 RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, const RenderObserver& observer,
                          const std::atomic<bool>& cancel);
-
-/// What an open clip shows at a moment.
-struct ShownPicture {
-    const Source& source;
-    mediabridge::AVFramePtr picture; ///< as decoded
-    DamageReport damage;             ///< on the way there
-};
-
-/// The same of a picture that is at hand; the options' moment is the picture's. Several threads may have
-/// pictures of one clip.
-RenderResult RenderFrame(const Plugin& plugin, const FrameOptions& options, ShownPicture shown,
-                         const RenderObserver& observer, const std::atomic<bool>& cancel);
 
 } // namespace aveffect
