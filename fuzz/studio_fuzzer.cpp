@@ -1,5 +1,5 @@
-// What a page may send: bodies of requests, read as each of the requests, and the words of the command line that are made
-// of them.
+// What a page may send: bodies of requests, read as each of the requests, and the words of the command line
+// that are made of them.
 #include <cstdlib>
 #include <filesystem>
 #include <string>
