@@ -5,23 +5,16 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/support/shell_word.h"
+
 namespace aveffect {
 
 namespace {
 
-/// As a shell takes it for one word.
-std::string Quoted(const std::string& word) {
-    constexpr char kPlain[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_./:=@%+-,";
-    if (!word.empty() && word.find_first_not_of(kPlain) == std::string::npos) return word;
-    std::string quoted = "'";
-    for (const char letter : word) quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
-    return quoted + "'";
-}
-
 std::string Command(const EngineWords& words, const std::string& verb, const std::string& part) {
-    std::string text = Quoted(words.program) + " " + verb + " " + Quoted(words.folder);
+    std::string text = ShellWord(words.program) + " " + verb + " " + ShellWord(words.folder);
     if (!part.empty()) text += " " + part;
-    if (!words.mediaRoot.empty()) text += " --media-root " + Quoted(words.mediaRoot);
+    if (!words.mediaRoot.empty()) text += " --media-root " + ShellWord(words.mediaRoot);
     return text;
 }
 
@@ -55,10 +48,10 @@ std::string Slurm(const EngineWords& words) {
         const int64_t last = std::min(begin + kArray, words.parts) - begin - 1;
         const std::string part = "$((" + std::to_string(begin) + " + SLURM_ARRAY_TASK_ID))";
         text += "work=$work:$(sbatch --parsable --requeue --array=0-" + std::to_string(last) + " --wrap " +
-                Quoted("exec " + Command(words, "work", part)) + ")\n";
+                ShellWord("exec " + Command(words, "work", part)) + ")\n";
     }
     return text + "sbatch --dependency=\"afterok$work\" --wrap " +
-           Quoted("exec " + Command(words, "finish", "")) + "\n";
+           ShellWord("exec " + Command(words, "finish", "")) + "\n";
 }
 
 nlohmann::ordered_json Container(const std::string& command) {

@@ -1,6 +1,7 @@
 #include "studio/words.h"
 
 #include "host/settings/value_text.h"
+#include "host/support/shell_word.h"
 
 namespace aveffect {
 
@@ -13,21 +14,6 @@ void AddEffects(std::vector<std::string>& words, const StudioChain& chain, bool 
     if (!sound) return;
     for (const StudioEffect& effect : chain.audioEffects)
         if (effect.on) words.push_back("--audio-effect=" + effect.text);
-}
-
-bool IsPlain(char letter) {
-    const bool alphanumeric = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-                              (letter >= '0' && letter <= '9');
-    return alphanumeric || std::string_view("-_./:=@%+,").find(letter) != std::string_view::npos;
-}
-
-std::string Quoted(const std::string& word) {
-    bool plain = !word.empty();
-    for (const char letter : word) plain = plain && IsPlain(letter);
-    if (plain) return word;
-    std::string quoted = "'";
-    for (const char letter : word) quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
-    return quoted + "'";
 }
 
 } // namespace
@@ -54,11 +40,11 @@ std::string ShellText(const std::string& command, const std::vector<std::string>
     std::string text = "aveffect " + command;
     for (const std::string& word : words) {
         if (word.starts_with(kEffect))
-            text += " -e " + Quoted(word.substr(kEffect.size()));
+            text += " -e " + ShellWord(word.substr(kEffect.size()));
         else if (word.starts_with(kAudioEffect))
-            text += " -a " + Quoted(word.substr(kAudioEffect.size()));
+            text += " -a " + ShellWord(word.substr(kAudioEffect.size()));
         else
-            text += " " + Quoted(word);
+            text += " " + ShellWord(word);
     }
     return text;
 }
