@@ -35,6 +35,7 @@ for file in ladspa/aveffect.so lv2/aveffect.lv2/aveffect.so lv2/aveffect.lv2/man
   [ -e "$work/prefix/lib/$file" ] || { echo "lib/$file is not installed"; exit 1; }
 done
 for file in man/man1/aveffect-render.1 man/man7/aveffect-effects.7 bash-completion/completions/aveffect zsh/site-functions/_aveffect \
-  fish/vendor_completions.d/aveffect.fish aveffect/metadata.schema.json; do
+  fish/vendor_completions.d/aveffect.fish aveffect/metadata.schema.json \
+  kdenlive/effects/aveffect_blur.xml kdenlive/transitions/aveffect_push.xml; do
   [ -e "$work/prefix/share/$file" ] || { echo "share/$file is not installed"; exit 1; }
 done
