@@ -49,6 +49,12 @@ install(CODE "
     \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${AVEFFECT_PKGCONFIG_DIR}/aveffect.pc\" @ONLY)
 " COMPONENT development)
 
+if(TARGET aveffect_mlt)
+  install(FILES ${PROJECT_BINARY_DIR}/share/man/man7/aveffect-mlt.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT mlt)
+endif()
+if(TARGET aveffect_gst)
+  install(FILES ${PROJECT_BINARY_DIR}/share/man/man7/aveffect-gstreamer.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT gstreamer)
+endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
   FILES_MATCHING PATTERN "*.md" PATTERN "pictures/*" PATTERN "api" EXCLUDE)

@@ -76,7 +76,7 @@ std::string MaximumOf(const PropertyInfo& property, const char* inForce) {
     return property.pixels == PixelAxis::Height ? "%height" : "%width";
 }
 
-// Only a number that does not move can be left unset.
+// Only a number that does not move can be left unset, and not by every version: 22.12 makes it 0.
 std::vector<Attribute> NumberOf(const PropertyInfo& property) {
     const char* const inForce = property.InForceAtFirst();
     std::vector<Attribute> attributes = {{"type", inForce ? "animated" : "constant"}};

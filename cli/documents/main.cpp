@@ -1,7 +1,8 @@
-// Writes man pages, shells' completion and the schema of films' metadata: write_documents SCRIPTS FOLDER
-// VERSION DATE
+// Writes man pages, shells' completion and the schema of films' metadata: write_documents SCRIPTS GUIDE
+// FOLDER VERSION DATE
 //
-// SCRIPTS is the folder with the shells' scripts, FOLDER what share/ is to be under the install prefix.
+// SCRIPTS is the folder with the shells' scripts, GUIDE the one to the effects in other programs, FOLDER what
+// share/ is to be under the install prefix.
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -32,10 +33,16 @@ void Write(const path& file, const std::string& text) {
     if (!stream) throw std::runtime_error("can't write " + file.string());
 }
 
-void WriteManuals(const path& folder, const std::vector<CommandWords>& commands, const Edition& edition) {
+const Door kDoors[] = {{"aveffect-mlt", "MLT", "aveffect.", false, "melt"},
+                       {"aveffect-gstreamer", "GStreamer", "aveffect-", true, "gst-inspect-1.0"}};
+
+void WriteManuals(const path& folder, const std::string& guide, const std::vector<CommandWords>& commands,
+                  const Edition& edition) {
     for (const CommandWords& command : commands)
         Write(folder / "man1" / (PageName(command) + ".1"), CommandManual(commands, command, edition).Text());
     Write(folder / "man7" / "aveffect-effects.7", EffectsManual(edition).Text());
+    for (const Door& door : kDoors)
+        Write(folder / "man7" / (door.page + ".7"), DoorManual(door, guide, edition).Text());
 }
 
 void WriteScript(const path& script, const std::string& tables, const path& file) {
@@ -49,12 +56,12 @@ void WriteScript(const path& script, const std::string& tables, const path& file
 } // namespace
 
 int main(int count, char** arguments) try {
-    constexpr int kArguments = 4;
+    constexpr int kArguments = 5;
     if (count != kArguments + 1)
-        throw std::runtime_error("usage: write_documents SCRIPTS FOLDER VERSION DATE");
-    const path scripts = arguments[1], folder = arguments[2];
+        throw std::runtime_error("usage: write_documents SCRIPTS GUIDE FOLDER VERSION DATE");
+    const path scripts = arguments[1], folder = arguments[3];
     const std::vector<CommandWords> commands = AllCommandWords();
-    WriteManuals(folder / "man", commands, {arguments[3], arguments[4]});
+    WriteManuals(folder / "man", Read(arguments[2]), commands, {arguments[4], arguments[5]});
     WriteScript(scripts / "aveffect.bash", BashTables(commands),
                 folder / "bash-completion/completions/aveffect");
     WriteScript(scripts / "aveffect.zsh", ZshTables(commands), folder / "zsh/site-functions/_aveffect");

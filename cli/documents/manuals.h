@@ -1,5 +1,6 @@
 #pragma once
-/// The manual's pages: one of the program, one of each command, one of all effects.
+/// The manual's pages: one of the program, one of each command, one of all effects, one for each other
+/// program that has them as its own.
 #include <string>
 #include <vector>
 
@@ -16,5 +17,18 @@ ManPage CommandManual(const std::vector<CommandWords>& commands, const CommandWo
                       const Edition& edition);
 
 ManPage EffectsManual(const Edition& edition);
+
+/// How another program has the effects.
+struct Door {
+    std::string page;    ///< "aveffect-mlt"
+    std::string program; ///< "MLT", as in the guide's headings
+    std::string prefix;  ///< of the effects' short names
+    bool dashes;         ///< properties have dashes where they have underscores elsewhere
+    std::string tool;    ///< whose page tells more
+};
+
+/// What the guide to the effects in other programs says of one, and what it has. Throws std::runtime_error
+/// when the guide says nothing.
+ManPage DoorManual(const Door& door, std::string_view guide, const Edition& edition);
 
 } // namespace aveffect::documents

@@ -34,7 +34,7 @@ GST_PLUGIN_PATH=$work/gst GST_REGISTRY=$work/registry gst-inspect-1.0 aveffect-i
 for file in ladspa/aveffect.so lv2/aveffect.lv2/aveffect.so lv2/aveffect.lv2/manifest.ttl lv2/aveffect.lv2/aveffect.ttl; do
   [ -e "$work/prefix/lib/$file" ] || { echo "lib/$file is not installed"; exit 1; }
 done
-for file in man/man1/aveffect-render.1 man/man7/aveffect-effects.7 bash-completion/completions/aveffect zsh/site-functions/_aveffect \
+for file in man/man1/aveffect-render.1 man/man7/aveffect-{effects,mlt,gstreamer}.7 bash-completion/completions/aveffect zsh/site-functions/_aveffect \
   fish/vendor_completions.d/aveffect.fish aveffect/metadata.schema.json \
   kdenlive/effects/aveffect_blur.xml kdenlive/transitions/aveffect_push.xml; do
   [ -e "$work/prefix/share/$file" ] || { echo "share/$file is not installed"; exit 1; }

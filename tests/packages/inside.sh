@@ -45,7 +45,7 @@ loud=$(peak anull) soft=$(peak ladspa=file=aveffect:plugin=audio_volume:c=c0=50)
 [ "$loud" -gt 100 ] && [ $((2 * soft - loud)) -ge -3 ] && [ $((2 * soft - loud)) -le 3 ] || fail "LADSPA: $loud becomes $soft"
 lv2ls | grep -qx urn:aveffect:audio_volume || fail "LV2 hosts don't find the plug-ins"
 
-for page in aveffect aveffect-render aveffect-effects; do
+for page in aveffect aveffect-{render,effects,mlt,gstreamer}; do
   man "$page" | grep -q NAME || fail "man finds no $page"
 done
 aveffect timeline schema | cmp -s - /usr/share/aveffect/metadata.schema.json || fail "the schema of films is not that of the program"
