@@ -1,25 +1,23 @@
 #include "adapters/frei0r/instance.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <map>
 #include <mutex>
 #include <stdexcept>
 
 #include "adapters/frei0r/notices.h"
+#include "adapters/support/progress.h"
 #include "adapters/support/shown_pictures.h"
 #include "aveffect/catalogue.h"
 #include "aveffect/pixel_format.h"
 
 namespace aveffect::frei0r {
 
+using adapters::kWhole;
 using adapters::ShownPictures;
 
 namespace {
-
-/// The length that progress is counted in. Fades count 256 levels of it in 32 bits.
-constexpr int kSpan = 1 << 20;
 
 const AVBased::EffectInfo& EffectOf(std::string_view shortName) {
     return *std::ranges::find(AVBased::kVideoEffects, shortName, &AVBased::EffectInfo::shortName);
@@ -78,14 +76,14 @@ void Instance::GetParameter(void* value, int index) const {
 
 int Instance::Time() const {
     if (m_values.empty() || m_face.parameters.front().name != kProgress) return 0;
-    return static_cast<int>(std::lround(m_values.front().number * kSpan));
+    return adapters::PartOfWhole(m_values.front().number);
 }
 
 VideoProcPtr Instance::Make(AVBased::IAVManager* manager, const Settings& settings) const {
     const EffectPlugin& plugin = *EffectPlugin::Get();
     VideoProcPtr proc = plugin.Make(manager, m_face.effect.name);
     if (!proc) throw std::runtime_error("the plug-in can't make it: " + WordsOf(plugin.Record()));
-    Set(*proc, AVBased::PROP_NAME_DURATION, std::to_string(kSpan));
+    Set(*proc, AVBased::PROP_NAME_DURATION, std::to_string(kWhole));
     for (const auto& [property, value] : settings) Set(*proc, property, value);
     return proc;
 }
@@ -112,7 +110,7 @@ void Instance::Filter(uint32_t* picture) {
 }
 
 void Instance::Mix(const uint32_t* first, const uint32_t* second, uint32_t* out) const {
-    if (Time() == kSpan) { // it is over; some transitions would show the first picture again
+    if (Time() == kWhole) { // it is over; some transitions would show the first picture again
         if (second != out) std::copy_n(second, Count(), out);
         return;
     }
@@ -130,7 +128,7 @@ void Instance::Mix(const uint32_t* first, const uint32_t* second, uint32_t* out)
     // A transition reads its pictures once in its life, so each moment has its own.
     const VideoProcPtr proc = Make(&pictures, {{"EffectPropVFPath1", ShownPictures::kFirst},
                                                {"EffectPropVFPath2", ShownPictures::kSecond},
-                                               {"EffectPropSourceDur", std::to_string(kSpan)}});
+                                               {"EffectPropSourceDur", std::to_string(kWhole)}});
     Run(*proc, out);
 }
 

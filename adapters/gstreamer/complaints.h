@@ -1,9 +1,8 @@
 #pragma once
 /// What goes wrong while an element works.
-#include <mutex>
-#include <string>
-
 #include <gst/gst.h>
+
+#include "adapters/support/last_words.h"
 
 namespace aveffect::gst {
 
@@ -20,8 +19,7 @@ public:
 
 private:
     GstElement* m_element;
-    std::mutex m_mutex;
-    std::string m_said;
+    adapters::LastWords m_said;
 };
 
 } // namespace aveffect::gst

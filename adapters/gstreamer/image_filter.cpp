@@ -1,7 +1,6 @@
 #include "adapters/gstreamer/image_filter.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 #include <gst/video/gstvideofilter.h>
@@ -10,20 +9,11 @@
 #include "adapters/gstreamer/element.h"
 #include "adapters/gstreamer/picture.h"
 #include "adapters/gstreamer/the_plugin.h"
-#include "host/effects/effect_chain.h"
+#include "adapters/support/picture_chains.h"
 
 namespace aveffect::gst {
 
 namespace {
-
-/// What a chain was made for.
-struct ChainTerms {
-    std::string text;
-    std::optional<int64_t> lengthMs;
-    unsigned format, width, height;
-
-    bool operator==(const ChainTerms&) const = default;
-};
 
 class ImageFilter {
 public:
@@ -35,7 +25,8 @@ public:
         : settings(table)
         , m_effect(table.effect)
         , m_base(reinterpret_cast<GstBaseTransform*>(element))
-        , m_complaints(element) {}
+        , m_complaints(element)
+        , m_chains(table.effect) {}
 
     static void SetUp(GstVideoFilterClass* of, const AVBased::EffectInfo& effect) {
         auto* const element = reinterpret_cast<GstElementClass*>(of);
@@ -74,20 +65,7 @@ private:
 
     void Draw(const adapters::HostPicture& shown) {
         const auto [time, lengthMs] = PlaceOf();
-        ChainTerms terms{settings.EffectText(), lengthMs, shown.format, shown.width, shown.height};
-        // The process has one generator, which settings seed too.
-        static std::mutex drawing;
-        std::unique_lock drawn(drawing, std::defer_lock);
-        if (m_effect.traits & AVBased::kDrawsRandom) drawn.lock();
-        // What an effect does on its first frame alone belongs to the first picture.
-        if (!m_chain || time == 0 || terms != m_terms) {
-            m_chain.reset();
-            m_chain = std::make_unique<EffectChain>(
-                ThePlugin(), nullptr, std::vector{ParseEffect(terms.text, false)}, TimeSpan{0, lengthMs});
-            m_terms = std::move(terms);
-        }
-        AVBased::MemoryFrame picture = shown.Frame();
-        m_chain->Process(&picture, time);
+        m_chains.Draw(ThePlugin(), settings.EffectText(), lengthMs, shown, time);
     }
 
     /// The picture's time and what the whole lasts, in milliseconds.
@@ -115,8 +93,7 @@ private:
     Complaints m_complaints;
     GstClockTime m_time = 0; ///< of the picture, in the stream
     std::optional<GstClockTime> m_length;
-    ChainTerms m_terms{};
-    std::unique_ptr<EffectChain> m_chain;
+    adapters::PictureChains m_chains;
 };
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -13,17 +12,16 @@
 #include "adapters/gstreamer/element.h"
 #include "adapters/gstreamer/picture.h"
 #include "adapters/gstreamer/the_plugin.h"
+#include "adapters/support/crossing.h"
+#include "adapters/support/progress.h"
 #include "aveffect/catalogue/transitions.h"
-#include "host/effects/transition_frame.h"
 
 namespace aveffect::gst {
 
 namespace {
 
-using adapters::ShownPictures;
+using adapters::Moment;
 
-/// The length that progress is counted in. Fades count 256 levels of it in 32 bits.
-constexpr int kSpan = 1 << 20;
 constexpr std::array<std::string_view, 2> kPads = {"sink_0", "sink_1"};
 
 /// The picture that is drawn, mapped.
@@ -155,10 +153,10 @@ private:
 
     /// Before it begins and once it is over there is one picture alone, whatever the effect draws then.
     void Cross(const GstVideoFrame& first, const GstVideoFrame& second, const GstVideoFrame& out) {
-        const auto [time, length] = PlaceOf();
-        if (time < 0 || time >= length) return Pass(time < 0 ? first : second, out);
+        const Moment moment = MomentOf();
+        if (moment.time < 0 || moment.Over()) return Pass(moment.time < 0 ? first : second, out);
         try {
-            Draw(m_effect.name, first, second, out, time, length);
+            Draw(m_effect.name, first, second, out, moment);
         } catch (const std::exception& failure) {
             m_complaints.Say(failure.what());
             Pass(first, out);
@@ -171,25 +169,20 @@ private:
                           GST_VIDEO_FRAME_HEIGHT(&picture) == GST_VIDEO_FRAME_HEIGHT(&out);
         GstVideoFrame to = out;
         if (!fits || !gst_video_frame_copy(&to, &picture))
-            Draw(AVBased::effectNameMkFade, picture, picture, out, 0, kSpan);
+            Draw(AVBased::effectNameMkFade, picture, picture, out, {0, adapters::kWhole});
     }
 
     void Draw(const char* effect, const GstVideoFrame& first, const GstVideoFrame& second,
-              const GstVideoFrame& out, int time, int length) const {
-        ShownPictures pictures(PictureOf(m_effect, first), PictureOf(m_effect, second), nullptr);
-        // A transition reads its pictures once in its life, so each moment has its own.
-        const EffectSpec spec =
-            TransitionSpec(effect, ShownPictures::kFirst, ShownPictures::kSecond, 0, length);
-        EffectChain chain(ThePlugin(), &pictures, {spec}, {0, length});
-        AVBased::MemoryFrame picture = PictureOf(m_effect, out).Frame();
-        chain.Process(&picture, time);
+              const GstVideoFrame& out, const Moment& moment) const {
+        DrawMoment(ThePlugin(), effect, PictureOf(m_effect, first), PictureOf(m_effect, second),
+                   PictureOf(m_effect, out), moment);
         MakeOpaque(out);
     }
 
-    /// How far it has come, of how much: below 0 before it begins.
-    std::pair<int, int> PlaceOf() const {
+    /// Its time is below 0 before it begins.
+    Moment MomentOf() const {
         const std::optional<GstClockTime> duration = settings.Duration();
-        if (!duration) return {static_cast<int>(std::lround(settings.Progress() * kSpan)), kSpan};
+        if (!duration) return {adapters::PartOfWhole(settings.Progress()), adapters::kWhole};
         const GstClockTime start = settings.Start();
         const int length = std::max(1, Milliseconds(*duration));
         if (!GST_CLOCK_TIME_IS_VALID(m_time) || m_time < start) return {-1, length};

@@ -1,10 +1,10 @@
 #pragma once
 /// What goes wrong while a service works.
 #include <exception>
-#include <mutex>
-#include <string>
 
 #include <framework/mlt.h>
+
+#include "adapters/support/last_words.h"
 
 namespace aveffect::mlt {
 
@@ -15,20 +15,13 @@ public:
         : m_service(service) {}
 
     void Say(const std::exception& failure) noexcept {
-        const std::scoped_lock lock(m_mutex);
-        try {
-            if (m_said == failure.what()) return;
-            m_said = failure.what();
-        } catch (const std::exception&) {
-            return; // there is no memory to remember it
-        }
-        mlt_log_error(m_service, "aveffect: %s; pictures and sound are passed on\n", m_said.c_str());
+        if (m_said.AreNew(failure.what()))
+            mlt_log_error(m_service, "aveffect: %s; pictures and sound are passed on\n", failure.what());
     }
 
 private:
     mlt_service m_service;
-    std::mutex m_mutex;
-    std::string m_said;
+    adapters::LastWords m_said;
 };
 
 } // namespace aveffect::mlt

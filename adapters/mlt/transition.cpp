@@ -1,25 +1,19 @@
 #include "adapters/mlt/transition.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <memory>
-#include <utility>
 
 #include "adapters/mlt/complaints.h"
 #include "adapters/mlt/picture.h"
 #include "adapters/mlt/the_plugin.h"
 #include "adapters/support/bytes_alike.h"
-#include "host/effects/transition_frame.h"
+#include "adapters/support/crossing.h"
+#include "adapters/support/progress.h"
 
 namespace aveffect::mlt {
 
 namespace {
-
-using adapters::ShownPictures;
-
-/// The length that a progress which is set is counted in. Fades count 256 levels of it in 32 bits.
-constexpr int kSpan = 1 << 20;
 
 /// One of the host's pictures, in a format that is asked for.
 struct Image {
@@ -81,29 +75,21 @@ public:
 
 private:
     void Draw(mlt_frame frame, const Image& from, const Image& to) const {
-        const auto [time, length] = PlaceOf(frame);
-        if (time >= length) return to.CopyTo(from); // some transitions would show the first picture again
-        ShownPictures pictures(from.Picture(), to.Picture(), from.data);
-        // A transition reads its pictures once in its life, so each moment has its own.
-        const EffectSpec spec =
-            TransitionSpec(m_effect.name, ShownPictures::kFirst, ShownPictures::kSecond, 0, length);
-        EffectChain chain(ThePlugin(), &pictures, {spec}, {0, length});
-        AVBased::MemoryFrame picture = from.Picture().Frame();
-        chain.Process(&picture, time);
+        const adapters::Moment moment = MomentOf(frame);
+        if (moment.Over()) return to.CopyTo(from);
+        DrawMoment(ThePlugin(), m_effect.name, from.Picture(), to.Picture(), from.Picture(), moment);
     }
 
-    /// How far it has come, of how much.
-    std::pair<int, int64_t> PlaceOf(mlt_frame frame) const {
+    adapters::Moment MomentOf(mlt_frame frame) const {
         const mlt_service service = MLT_TRANSITION_SERVICE(m_transition);
         const mlt_properties properties = MLT_TRANSITION_PROPERTIES(m_transition);
         const mlt_position position = mlt_transition_get_position(m_transition, frame);
         const mlt_position length = mlt_transition_get_length(m_transition);
         const char* const said = mlt_properties_get(properties, kProgress);
         if (!said || !*said)
-            return {static_cast<int>(Milliseconds(position, service)),
-                    std::max<int64_t>(1, Milliseconds(length, service))};
+            return {Milliseconds(position, service), std::max<int64_t>(1, Milliseconds(length, service))};
         const double progress = mlt_properties_anim_get_double(properties, kProgress, position, length);
-        return {static_cast<int>(std::lround(std::clamp(progress, 0.0, 1.0) * kSpan)), kSpan};
+        return {adapters::PartOfWhole(progress), adapters::kWhole};
     }
 
     const AVBased::EffectInfo& m_effect;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/effects/media_check.h"
+#include "host/sound/sample_source.h"
 
 namespace aveffect::adapters {
 
@@ -36,9 +37,8 @@ void SoundPieces::Work(const Plugin& plugin, const std::string& effect, std::opt
 
 // Pieces begin where those of the effect's own time do.
 void SoundPieces::Hear(const Sound& sound, int64_t first) {
-    const int64_t piece = std::max(1, sound.rate / m_stage->PiecesASecond());
     for (int begin = 0, end = 0; begin < sound.count; begin = end) {
-        const int64_t next = ((first + begin) / piece + 1) * piece;
+        const int64_t next = PieceAt(first + begin, sound.rate, m_stage->PiecesASecond()).end;
         end = static_cast<int>(std::min<int64_t>(sound.count, next - first));
         m_stage->Process(*sound.Part(begin, end), first + begin);
     }

@@ -67,13 +67,17 @@ class Doors:
     def __init__(self, ledger, build):
         self.ledger, self.build, self.program = ledger, build, build / "bin/aveffect"
         run(build / "tests/picture_ledger", "inputs", ".")
-        self.raw = {name: pathlib.Path(f"{name}-{SIZE}.raw").read_bytes() for name in FORMATS}
-        for name, raw in self.raw.items():
-            pathlib.Path(name + ".raw").write_bytes(raw * FRAMES)
-            run("ffmpeg", "-v", "error", "-f", "rawvideo", "-pixel_format", name, "-video_size", SIZE, "-framerate", RATE, "-i", name + ".raw",
-                "-c:v", "ffv1", name + ".mkv")
+        self.picture_bytes = {}
+        for name in FORMATS:
+            for second in ("", "-second"):
+                raw = pathlib.Path(f"{name}-{SIZE}{second}.raw").read_bytes()
+                self.picture_bytes[name] = len(raw)
+                pathlib.Path(f"{name}{second}.raw").write_bytes(raw * FRAMES)
+                run("ffmpeg", "-v", "error", "-f", "rawvideo", "-pixel_format", name, "-video_size", SIZE, "-framerate", RATE, "-i", f"{name}{second}.raw",
+                    "-c:v", "ffv1", f"{name}{second}.mkv")
         effects = json.loads(run(self.program, "list", "--json"))["effects"]
         self.effects = [effect for effect in effects if effect["kind"] not in ("transition", "audio", "stereo")]
+        self.transitions = [effect["shortName"] for effect in effects if effect["kind"] == "transition"]
 
     def cases(self, each=1):
         """Effects as they start, with each of their presets."""
@@ -152,6 +156,16 @@ def melt(doors):
         for picture in pictures:
             picture[0::4], picture[2::4] = picture[2::4], picture[0::4]
         doors.ledger.check(f"melt, {door.split('.')[0]}", spoken(effect, preset), "bgra", hashes(b"".join(pictures), 2))
+    # Transitions of a second each, one behind the other.
+    for kind, tapped in (("bgra", "rgba"), ("yuv420p", "yuv420p")):
+        words = [word for name in doors.transitions for word in (f"{kind}.mkv", f"in=0 out={FRAMES - 1}", f"{kind}-second.mkv", f"in=0 out={FRAMES - 1}", f"-mix {FRAMES}", f"-mixer aveffect.{name}")]
+        words = [part for word in words for part in word.split()]
+        run("melt", "-silent", *words, "-filter", "tap", f"format={tapped}", "label=mixed", "-consumer", "null", "real_time=-1", "terminate_on_pause=1", env=env)
+        for number, name in enumerate(doors.transitions):
+            pictures = [bytearray(pathlib.Path(f"mixed.{number * FRAMES + at}").read_bytes()) for at in range(FRAMES)]
+            for picture in pictures if kind == "bgra" else []:
+                picture[0::4], picture[2::4] = picture[2::4], picture[0::4]
+            doors.ledger.check("melt, aveffect", name, kind, hashes(b"".join(pictures)))
 
 
 def gstreamer(doors):
@@ -161,10 +175,15 @@ def gstreamer(doors):
     width, height = SIZE.split("x")
     together = 12
     cases = doors.cases()
+    names = {"bgra": "bgra", "yuv420p": "i420", "yuv422p": "y42b", "yuv411p": "y41b", "yuv410p": "yuv9"}
+
+    def source(kind, second=""):
+        return (f"filesrc location={kind}{second}.raw blocksize={doors.picture_bytes[kind]} ! "
+                f"rawvideoparse format={names[kind]} framerate={RATE}/1 width={width} height={height}")
 
     def play(task):
         kind, number = task
-        words = f"filesrc location={kind}.raw blocksize={len(doors.raw[kind])} ! rawvideoparse format={'i420' if kind != 'bgra' else kind} framerate={RATE}/1 width={width} height={height} ! tee name=all"
+        words = source(kind) + " ! tee name=all"
         some = cases[number::together]
         for at, (effect, preset) in enumerate(some):
             settings = f" preset={preset}" if preset else ""
@@ -176,6 +195,19 @@ def gstreamer(doors):
     for (kind, number), made in doors.all_at_once(play, [("bgra", number) for number in range(together)]):
         for (effect, preset), found in zip(cases[number::together], made):
             doors.ledger.check("GStreamer", spoken(effect, preset), kind, found)
+
+    # On planes alone: what comes out of a transition is opaque there.
+    def mix(kind):
+        words = source(kind) + " ! tee name=first " + source(kind, "-second") + " ! tee name=second"
+        for name in doors.transitions:
+            words += (f" first. ! queue ! {name}.sink_0 second. ! queue ! {name}.sink_1"
+                      f" aveffect-{name} name={name} duration=1000000000 ! filesink location=mixed{kind}.{name}")
+        run("gst-launch-1.0", "-q", *words.split(), env=env)
+
+    planar = [kind for kind in names if kind != "bgra"]
+    for kind, _ in doors.all_at_once(mix, planar):
+        for name in doors.transitions:
+            doors.ledger.check("GStreamer", name, kind, hashes(pathlib.Path(f"mixed{kind}.{name}").read_bytes()))
 
 
 def main():
