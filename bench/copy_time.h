@@ -41,6 +41,7 @@ void RegisterMaskBenchmarks();
 void RegisterEffectBenchmarks();
 void RegisterModuleBenchmarks();
 void RegisterGStreamerBenchmarks(); ///< where GStreamer's headers are
+void RegisterMltBenchmarks();       ///< where MLT's are
 void RegisterSoundBenchmarks();
 
 } // namespace bench

@@ -1,57 +1,25 @@
-// GStreamer's elements beside the plain effect, in place at 1080p.
-// pushed through it.
-#include <array>
+// GStreamer's elements beside the plain effect.
 #include <cstdlib>
+#include <memory>
 
 #include <gst/check/gstharness.h>
 
-#include "aveffect/memory_frame.h"
 #include "aveffect/pixel_format.h"
-#include "bench/copy_time.h"
-#include "tests/support/plugin.h"
+#include "bench/door_benchmarks.h"
 
 namespace bench {
 namespace {
 
-constexpr unsigned kWidth = 1920, kHeight = 1080;
-
-struct Kind {
-    const char* name;
-    unsigned format;
-    size_t bytes;
-};
-constexpr std::array kKinds = {Kind{"BGRA", AVBased::BGRA, size_t{kWidth} * kHeight * 4},
-                               Kind{"I420", AVBased::YUV420P, size_t{kWidth} * kHeight * 3 / 2}};
-
-// GStreamer lays planes out without padding at this size.
-AVBased::MemoryFrame FrameOf(const Kind& kind, unsigned char* data) {
-    if (kind.format == AVBased::BGRA)
-        return {kind.format, kWidth, kHeight, {{data, kWidth * 4, kWidth * 4, kHeight}}};
-    unsigned char* const chroma = data + size_t{kWidth} * kHeight;
-    constexpr unsigned kHalfWidth = kWidth / 2, kHalfHeight = kHeight / 2;
-    return {kind.format,
-            kWidth,
-            kHeight,
-            {{data, kWidth, kWidth, kHeight},
-             {chroma, kHalfWidth, kHalfWidth, kHalfHeight},
-             {chroma + size_t{kHalfWidth} * kHalfHeight, kHalfWidth, kHalfWidth, kHalfHeight}}};
-}
-
-struct ElementPair {
-    const char *element, *effect;
-    test::Settings settings; ///< of both
-};
-
 /// An element between pads of ours.
 class Harness {
 public:
-    Harness(const ElementPair& pair, const Kind& kind, unsigned char* memory)
-        : m_harness(gst_harness_new(pair.element)) {
+    Harness(const DoorPair& pair, const DoorKind& kind, unsigned char* memory)
+        : m_harness(gst_harness_new(("aveffect-" + std::string(pair.shortName)).c_str())) {
         for (const auto& [property, value] : pair.settings)
             gst_util_set_object_arg(G_OBJECT(m_harness->element), property, value);
+        const std::string format = kind.format == AVBased::BGRA ? "BGRA" : "I420";
         gst_harness_set_src_caps_str(
-            m_harness,
-            ("video/x-raw,width=1920,height=1080,framerate=25/1,format=" + std::string(kind.name)).c_str());
+            m_harness, ("video/x-raw,width=1920,height=1080,framerate=25/1,format=" + format).c_str());
         m_buffer = gst_buffer_new_wrapped_full(GstMemoryFlags{}, memory, kind.bytes, 0, kind.bytes, nullptr,
                                                nullptr);
         GST_BUFFER_PTS(m_buffer) = 50 * GST_MSECOND;
@@ -70,19 +38,8 @@ private:
     GstBuffer* m_buffer;
 };
 
-// In turn, so that what else the machine does befalls both.
-void RunBoth(benchmark::State& state, const ElementPair& pair, const Kind& kind) {
-    const Memory pushed = MakeMemory(kind.bytes), memory = MakeMemory(kind.bytes);
-    Harness harness(pair, kind, pushed.get());
-    AVBased::MemoryFrame frame = FrameOf(kind, memory.get());
-    const test::VideoProc proc = test::MakeVideo(pair.effect, pair.settings);
-    harness.Push();
-    test::Run(*proc, frame, 50);
-    std::vector<double> withElement, plainly;
-    TimeAgainstCopy(
-        state, kind.bytes, [&] { withElement.push_back(Seconds([&] { harness.Push(); })); },
-        [&] { plainly.push_back(Seconds([&] { test::Run(*proc, frame, 50); })); });
-    state.counters[kToPlain] = Median(withElement) / Median(plainly);
+Push MakeHarness(const DoorPair& pair, const DoorKind& kind, unsigned char* picture) {
+    return [harness = std::make_shared<Harness>(pair, kind, picture)] { harness->Push(); };
 }
 
 } // namespace
@@ -90,23 +47,8 @@ void RunBoth(benchmark::State& state, const ElementPair& pair, const Kind& kind)
 void RegisterGStreamerBenchmarks() {
     setenv("GST_REGISTRY_DISABLE", "yes", 1);
     gst_init(nullptr, nullptr);
-    if (!gst_plugin_load_file(AVEFFECT_GSTREAMER_PLUGIN, nullptr)) return;
-    static const ElementPair kPairs[] = {
-        {"aveffect-gray", "gray", {}},
-        {"aveffect-edge-light", "edgelight", {{"edgelight_level", "51"}}},
-        {"aveffect-brightness-contrast",
-         "brightness_contrast",
-         {{"brightness", "20"}, {"contrast", "10"}, {"saturation", "-60"}}},
-        {"aveffect-spherize",
-         "spherize",
-         {{"spherize_r", "486"}, {"spherize_x", "960"}, {"spherize_y", "540"}, {"spherize_scale", "1"}}},
-    };
-    for (const ElementPair& pair : kPairs)
-        for (const Kind& kind : kKinds)
-            benchmark::RegisterBenchmark(
-                (std::string(pair.element) + ", " + kind.name + ", GStreamer").c_str(),
-                [&pair, &kind](benchmark::State& state) { RunBoth(state, pair, kind); })
-                ->UseManualTime();
+    if (gst_plugin_load_file(AVEFFECT_GSTREAMER_PLUGIN, nullptr))
+        RegisterDoorBenchmarks("GStreamer", MakeHarness);
 }
 
 } // namespace bench

@@ -44,6 +44,9 @@ int main(int argc, char** argv) {
 #ifdef AVEFFECT_GSTREAMER_PLUGIN
     bench::RegisterGStreamerBenchmarks();
 #endif
+#ifdef AVEFFECT_MLT_MODULES
+    bench::RegisterMltBenchmarks();
+#endif
     bench::RegisterSoundBenchmarks();
     bench::RegisterKernelBenchmarks();
     Table table;

@@ -24,12 +24,19 @@ void Try(Work work) {
     }
 }
 
-// An effect's text comes back from its parts, and what is parsed can be scaled.
+// What is parsed can be scaled, and its text comes back from its parts.
 void Look(const StudioChain& chain) {
     for (const StudioEffect& effect : chain.effects) {
         const std::string again = SplitEffect(effect.text).Text();
-        if (SplitEffect(again).Text() != again) std::abort();
-        Try([&] { ScaleEffects({ParseEffect(effect.text, false)}, 0.25); });
+        Try([&] {
+            ScaleEffects({ParseEffect(effect.text, false)}, 0.25);
+            if (SplitEffect(again).Text() != again) std::abort();
+            try {
+                ParseEffect(again, false);
+            } catch (const Error&) {
+                std::abort();
+            }
+        });
     }
 }
 

@@ -49,7 +49,7 @@ struct EffectWording {
     std::string name, preset; ///< without one, empty
     std::vector<std::pair<std::string, std::string>> settings;
 
-    /// What ParseEffect() takes.
+    /// What ParseEffect() takes, if it took the text that was taken apart.
     std::string Text() const;
 };
 EffectWording SplitEffect(const std::string& text);
