@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Whole programs side by side: renders of 1080p30 H.264 by aveffect and by ffmpeg's filter of the same kind (and melt's, where
 # the program is installed), same encoder and settings, in turn, in one run. Prints medians of wall seconds and our ratio to
-# each: below 1 we are faster.
+# each: below 1 we are faster. Then, in melt and without an encoder, effects by the module for MLT and by those for frei0r: frames a second.
 #   bench/peers.sh [RUNS [SECONDS]]     5 runs and 6 s unless told; expects a release build
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -46,17 +46,35 @@ timed() { # wall seconds; empty where the program isn't there
 }
 median() { sort -n | awk 'NF { v[++n] = $1 } END { if (n) print (v[int((n + 1) / 2)] + v[int(n / 2) + 1]) / 2; else print "-" }'; }
 
+# Runs what the variables of these names say by turns, and keeps their seconds but for the first's, which warms the caches.
+in_turn() {
+  local run who
+  for ((run = 0; run <= runs; ++run)); do
+    for who in "$@"; do
+      [ "$run" -gt 1 ] || : >"$work/$who"
+      timed "${!who}" >>"$work/$who"
+    done
+  done
+}
+
 awk -F': ' -v n="$(nproc)" '/model name/ { print n " processors: " $2; exit }' /proc/cpuinfo
 printf '%-16s %9s %9s %7s %9s %7s\n' work aveffect ffmpeg ratio melt ratio
 for line in "${work_list[@]}"; do
   IFS='|' read -r name mine theirs melts <<<"$line"
-  for ((run = 0; run <= runs; ++run)); do # the first warms the caches
-    for who in mine theirs melts; do
-      seconds_taken=$(timed "${!who}")
-      [ "$run" = 0 ] || echo "$seconds_taken" >>"$work/$who"
-    done
-  done
+  in_turn mine theirs melts
   awk -v name="$name" -v m="$(median <"$work/mine")" -v t="$(median <"$work/theirs")" -v e="$(median <"$work/melts")" 'BEGIN {
     printf "%-16s %9.2f %9.2f %7.2f %9s %7s\n", name, m, t, m / t, e, e == "-" ? "-" : sprintf("%.2f", m / e) }'
-  rm -f "$work/mine" "$work/theirs" "$work/melts"
+done
+
+command -v melt >/dev/null && [ -e build/lib/mlt-7/libmltaveffect.so ] || exit 0
+mkdir "$work/modules"
+ln -s /usr/lib/*/mlt-7/*.so "$PWD"/build/lib/mlt-7/libmltaveffect.so "$work/modules"
+export MLT_REPOSITORY=$work/modules FREI0R_PATH=$PWD/build/lib/frei0r-1 QT_QPA_PLATFORM=offscreen
+shown() { melt -silent "$a" -filter "$@" -consumer null real_time=-1 terminate_on_pause=1; }
+printf '\n%-20s %9s %9s %7s\n' 'in melt' module frei0r ratio
+for effect in gray invert 'brightness-contrast preset=faded' 'blur preset=soft'; do
+  own="shown aveffect.$effect" other="shown frei0r.aveffect_${effect//-/_}"
+  in_turn own other
+  awk -v name="${effect% *}" -v n=$((seconds * 30)) -v o="$(median <"$work/own")" -v t="$(median <"$work/other")" 'BEGIN {
+    printf "%-20s %9.0f %9.0f %7.2f\n", name, n / o, n / t, t / o }'
 done
