@@ -175,8 +175,9 @@ mediabridge::AVFramePtr ViewPicture(AVBased::IRawVideoFrame* source) {
     for (unsigned index = 0; index < mediabridge::TablePlaneCount(format); ++index) {
         const TargetPlane target = DescribeTarget(format, picture.get(), index);
         const SourcePlane plane = DescribeSource(source, format, picture.get(), index, target);
-        if (plane.bytes < target.bytes || plane.rows < target.rows || plane.step < 0 || plane.step > INT_MAX)
-            return nullptr;
+        // The libraries end the process where rows overlap.
+        const bool apart = plane.step >= static_cast<std::ptrdiff_t>(target.bytes) && plane.step <= INT_MAX;
+        if (plane.bytes < target.bytes || plane.rows < target.rows || !apart) return nullptr;
         picture->data[index] = const_cast<std::uint8_t*>(plane.top);
         picture->linesize[index] = static_cast<int>(plane.step);
     }

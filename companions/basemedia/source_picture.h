@@ -19,7 +19,7 @@ namespace basemedia {
 mediabridge::AVFramePtr ReadPicture(AVBased::IRawVideoFrame* source);
 
 /// The same pixels where they lie, for as long as the frame has them; not to be written. Null where the frame
-/// lacks some or has its rows bottom-up. Throws Failure as ReadPicture does.
+/// lacks some, or has its rows bottom-up or overlapping. Throws Failure as ReadPicture does.
 mediabridge::AVFramePtr ViewPicture(AVBased::IRawVideoFrame* source);
 
 /// A frame over the picture with the source's time stamp, duration and view id (the field flags are the

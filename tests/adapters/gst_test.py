@@ -115,6 +115,14 @@ class Layout:
         return b"".join(data[place:place + length] for place, length in rows)
 
 
+def control(element, setting, values):
+    """Values by time, by way of GStreamer's own controller."""
+    source = GstController.InterpolationControlSource(mode=GstController.InterpolationMode.LINEAR)
+    element.add_control_binding(GstController.DirectControlBinding.new_absolute(element, setting, source))
+    for at, value in values.items():
+        source.set(at, value)
+
+
 class Pipeline:
     """Pictures go in at the elements src0 and src1, and come out at sink."""
 
@@ -136,12 +144,8 @@ class Pipeline:
         return self.pipeline.get_by_name(name)
 
     def control(self, name, setting, *values):
-        """A value for each picture, by way of GStreamer's own controller."""
-        source = GstController.InterpolationControlSource(mode=GstController.InterpolationMode.LINEAR)
-        element = self.element(name)
-        element.add_control_binding(GstController.DirectControlBinding.new_absolute(element, setting, source))
-        for at, value in enumerate(values):
-            source.set(at * SECOND // RATE, value)
+        """A value for each picture."""
+        control(self.element(name), setting, {at * SECOND // RATE: value for at, value in enumerate(values)})
         return self
 
     def start(self):
@@ -295,6 +299,19 @@ def sound(program):
         heard(words)
         run(program.path, "render", "in.wav", "out.wav", "-a", effect, "--overwrite", "--progress", "none")
         check(words, samples("heard.wav"), samples("out.wav"))
+    # A volume that is controlled is that of each buffer.
+    moving = Gst.parse_launch("filesrc location=in.wav ! wavparse ! aveffect-volume name=v ! appsink name=sink sync=false")
+    control(moving.get_by_name("v"), "audio-volume", {0: 100, SECOND: 0})
+    moving.set_state(Gst.State.PLAYING)
+    buffers = []
+    while sample := moving.get_by_name("sink").pull_sample():
+        buffers.append(sample.get_buffer())
+    moving.set_state(Gst.State.NULL)
+    check("pieces", len(buffers), RATE)
+    for number in (0, 5, 24):
+        run(program.path, "render", "in.wav", "out.wav", "-a", f"volume:audio_volume={100 - 100 * number // RATE}", "--overwrite", "--progress", "none")
+        data, piece = run("ffmpeg", "-v", "error", "-i", "out.wav", "-f", "s16le", "-").stdout, 4 * SOUND_RATE // RATE
+        check(f"volume of piece {number}", buffers[number].extract_dup(0, piece) == data[number * piece:(number + 1) * piece], True)
     silent = Clip("bgra").name
     said = heard("replace-sound audio-replace-path=" + silent)
     check("no sound", (said.count("WARNING"), silent in said, samples("heard.wav")), (1, True, samples("in.wav")))

@@ -1,6 +1,7 @@
 /// Image converters on any host's frames.
 #include <cmath>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -133,6 +134,17 @@ TEST_F(ConverterTest, ReadsNothingOutsideAndAllInside) {
                 EXPECT_EQ(results.back(), results.front()) << "variant " << variant;
             }
         }
+}
+
+/// Rows that begin within those before them are read as they are, into the same format too.
+TEST_F(ConverterTest, RowsThatOverlap) {
+    std::vector<unsigned char> memory(20);
+    std::iota(memory.begin(), memory.end(), static_cast<unsigned char>(1));
+    AVBased::MemoryFrame frame(BGRA, 4, 2, {{memory.data(), 16, 4, 2}});
+    const ResultPtr copy = ConvertTo(BGRA, frame);
+    for (const unsigned row : {0u, 1u})
+        EXPECT_EQ(Row(*copy, 0, row),
+                  std::vector<unsigned>(memory.begin() + 4 * row, memory.begin() + 4 * row + 16));
 }
 
 TEST_F(ConverterTest, EveryFormatFromSmallPicturesOnEveryWay) {
