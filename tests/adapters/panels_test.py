@@ -3,6 +3,7 @@
 
 panels_test.py MODULE FOLDER
 """
+import concurrent.futures
 import os
 import pathlib
 import re
@@ -115,8 +116,8 @@ def same_default(what, parameter, said):
     check(what + " begins with", default, said.get("default"))
 
 
-def compare(melt, kind, panel):
-    said, presets = melt.parameters(kind, panel.get("tag")), panel.get("id").endswith(".presets")
+def compare(said, kind, panel):
+    presets = panel.get("id").endswith(".presets")
     shown = {parameter.get("name"): parameter for parameter in panel.iter("parameter") if parameter.get("name") not in ("in", "out")}
     expected = set() if kind == "transition" else {name for name in said if (name == "preset") == presets}
     check(panel.get("id"), set(shown), expected)
@@ -149,9 +150,12 @@ def main():
         melt = Melt(module)
         panels = {kind: [panel for file in files for panel in xml.parse(file).iter(kind)] for kind in ("effect", "transition")}
         for kind, service in (("effect", "filter"), ("transition", "transition")):
-            check("services with panels", {panel.get("tag") for panel in panels[kind]}, melt.services(service + "s"))
+            services = sorted(melt.services(service + "s"))
+            check("services with panels", sorted({panel.get("tag") for panel in panels[kind]}), services)
+            with concurrent.futures.ThreadPoolExecutor() as pool:
+                said = dict(zip(services, pool.map(lambda name: melt.parameters(service, name), services)))
             for panel in panels[kind]:
-                compare(melt, service, panel)
+                compare(said[panel.get("tag")], service, panel)
         ids = [panel.get("id") for kind in panels for panel in panels[kind]]
         check("names of panels", len(set(ids)), len(ids))
         # What is shown at first is what the service does without being set, and the rest is taken without a word.
