@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "host/effects/media_check.h"
-#include "host/sound/sample_source.h"
+#include "host/effects/sound_piece.h"
 
 namespace aveffect::adapters {
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/effects/audio_effect_chain.h"
+#include "host/effects/sound_piece.h"
 #include "host/support/error.h"
 
 namespace aveffect {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/effects/sound_piece.h"
+
 namespace aveffect {
 
 using mediabridge::AVFramePtr;

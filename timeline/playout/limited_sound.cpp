@@ -1,5 +1,7 @@
 #include "timeline/playout/limited_sound.h"
 
+#include "host/effects/sound_piece.h"
+
 namespace aveffect {
 
 namespace {
