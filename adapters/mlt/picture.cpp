@@ -1,5 +1,6 @@
 #include "adapters/mlt/picture.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -23,10 +24,28 @@ std::string_view ClipFact(mlt_frame frame, const char* kind, const char* fact) n
     return text ? text : std::string_view();
 }
 
+namespace {
+
+/// Whether the clip's pictures are of that size, uncut, with pixels of the film's shape.
+bool AsStored(mlt_frame frame, int width, int height) noexcept {
+    constexpr double kAlike = 1e-4;
+    const mlt_properties properties = MLT_FRAME_PROPERTIES(frame);
+    const mlt_producer producer = mlt_frame_get_original_producer(frame);
+    const mlt_profile profile = producer ? mlt_service_profile(MLT_PRODUCER_SERVICE(producer)) : nullptr;
+    for (const char* const edge : {"crop.left", "crop.right", "crop.top", "crop.bottom"})
+        if (mlt_properties_get_int(properties, edge) != 0) return false;
+    return profile && mlt_properties_get_int(properties, "meta.media.width") == width &&
+           mlt_properties_get_int(properties, "meta.media.height") == height &&
+           std::abs(mlt_frame_get_aspect_ratio(frame) - mlt_profile_sar(profile)) < kAlike;
+}
+
+} // namespace
+
 mlt_image_format FormatFor(mlt_frame frame, int width, int height) noexcept {
     const std::string_view clip = ClipFact(frame, "video", "pix_fmt");
     const bool planar = clip == "yuv420p" || clip == "yuvj420p" || clip == "nv12";
-    return planar && width % 2 == 0 && height % 2 == 0 ? mlt_image_yuv420p : mlt_image_rgba;
+    const bool even = width % 2 == 0 && height % 2 == 0;
+    return planar && even && AsStored(frame, width, height) ? mlt_image_yuv420p : mlt_image_rgba;
 }
 
 int64_t Milliseconds(mlt_position position, mlt_service service) noexcept {

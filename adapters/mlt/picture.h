@@ -14,8 +14,9 @@ namespace aveffect::mlt {
 std::string_view ClipFact(mlt_frame frame, const char* kind, const char* fact) noexcept;
 
 /// Of the two formats that effects are given, the one in which a frame's pictures are asked for: planar 4:2:0
-/// where its clip has nothing else and a picture's chroma covers it, which is not so with odd sides; rgba
-/// otherwise.
+/// where its clip has nothing else, of that size, and a picture's chroma covers it, which is not so with odd
+/// sides; rgba otherwise. The host scales and cuts packed pictures alone: planar ones would come in another
+/// size.
 mlt_image_format FormatFor(mlt_frame frame, int width, int height) noexcept;
 
 /// A place in what a service works on; the service has a profile.

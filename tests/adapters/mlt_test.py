@@ -17,6 +17,9 @@ FRAMES = 5
 MEDIA = """
 -f lavfi -i testsrc2=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra rgb.mkv
 -f lavfi -i testsrc2=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt yuv420p yuv.mkv
+-f lavfi -i testsrc2=s=512x192:r=25 -frames:v 5 -c:v ffv1 -pix_fmt yuv420p large.mkv
+-f lavfi -i testsrc2=s=128x48:r=25 -frames:v 5 -c:v ffv1 -pix_fmt yuv420p small.mkv
+-f lavfi -i testsrc2=s=256x96:r=25 -vf setsar=2 -frames:v 5 -c:v ffv1 -pix_fmt yuv420p wide.mkv
 -f lavfi -i testsrc=s=63x47:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra odd.mkv
 -f lavfi -i mandelbrot=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra other.mkv
 -f lavfi -i mandelbrot=s=63x47:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra otherodd.mkv
@@ -135,6 +138,18 @@ def moving(hosts):
     check("a saved film", hosts.taps("rgba", ["film"], "film.mlt"), expected)
 
 
+def scaled(hosts):
+    """Clips that are scaled or cut: an effect that changes nothing leaves them as they are without it."""
+    for words in (["large.mkv"], ["small.mkv"], ["wide.mkv"], ["yuv.mkv", "-attach-cut", "crop", "left=40", "top=20"]):
+        found, expected = (hosts.taps("rgba", ["scaled"], "yuv.mkv", *words, *effect, "-attach-cut", *tap("rgba", "scaled"))
+                           for effect in (["-attach-cut", "aveffect.spherize"], []))
+        check(f"{words} in a film of another size", found, expected)
+    # The film is as large as its first clip.
+    found, expected = (hosts.taps("rgba", ["cut"], "yuv.mkv", "-attach", "crop", "left=40", "top=20", *effect, "-attach", *tap("rgba", "cut"))
+                       for effect in (["-attach", "aveffect.spherize"], []))
+    check("a film that is cut", found, expected)
+
+
 def refused(hosts):
     """A setting that is wrong: it is said, and pictures are passed on as they are."""
     done = run("melt", "-silent", "avformat:rgb.mkv", "-attach", "aveffect.gray", "-attach", "aveffect.spherize", "spherize_r=-7",
@@ -212,6 +227,7 @@ def main():
         filters(hosts, planar, "yuv.mkv", "yuv420p")
         filters(hosts, pictures[::5], "odd.mkv", "rgba")
         moving(hosts)
+        scaled(hosts)
         refused(hosts)
         transitions(hosts, [effect for effect in effects if effect["kind"] == "transition"][::each])
         sound(hosts)
