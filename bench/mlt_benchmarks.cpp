@@ -44,6 +44,10 @@ public:
         mlt_properties_set_int(properties, "format", m_packed ? mlt_image_rgba : mlt_image_yuv420p);
         mlt_properties_set_int(properties, "width", kDoorWidth);
         mlt_properties_set_int(properties, "height", kDoorHeight);
+        // As a file's reader says of its pictures.
+        mlt_properties_set_int(properties, "meta.media.width", kDoorWidth);
+        mlt_properties_set_int(properties, "meta.media.height", kDoorHeight);
+        mlt_frame_set_aspect_ratio(frame.get(), 1);
         mlt_frame_set_image(frame.get(), m_picture, 0, nullptr);
         mlt_filter_process(m_filter.get(), frame.get());
         uint8_t* image = nullptr;

@@ -1,6 +1,8 @@
 #include "adapters/mlt/effect_text.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <string_view>
@@ -16,7 +18,14 @@ struct Place {
     mlt_properties properties;
     const char* name;
     int position, length;
+    Scale scale;
 };
+
+double ScaleOf(AVBased::PixelAxis axis, const Scale& scale) {
+    using enum AVBased::PixelAxis;
+    if (axis == None) return 1;
+    return axis == Width ? scale.across : axis == Height ? scale.down : std::min(scale.across, scale.down);
+}
 
 std::string ColourText(const Place& place) {
     const mlt_color colour =
@@ -32,7 +41,9 @@ std::string NumberAt(const Place& place, const AVBased::PropertyInfo& property, 
     const double number =
         mlt_properties_anim_get_double(place.properties, place.name, place.position, place.length);
     if (percentage) return NumberText(number * kWhole) + "%";
-    return NumberText(property.type == AVBased::kDouble ? number : std::round(number));
+    const double factor = ScaleOf(property.pixels, place.scale);
+    const double drawn = factor == 1 ? number : std::max(property.minimum, number * factor);
+    return NumberText(property.type == AVBased::kDouble ? drawn : std::round(drawn));
 }
 
 /// A colon or backslash is the value's own.
@@ -45,27 +56,35 @@ std::string Escaped(std::string_view text) {
     return escaped;
 }
 
+bool IsNumber(std::string_view text) {
+    double number = 0;
+    return std::from_chars(text.data(), text.data() + text.size(), number).ptr == text.data() + text.size();
+}
+
 std::string ValueText(const Place& place, const AVBased::PropertyInfo& property, std::string_view text) {
     using enum AVBased::ValueKind;
     if (property.kind == Colour) return ColourText(place);
-    const bool moves =
-        property.kind != Path && property.kind != Text && text.find('=') != std::string_view::npos;
-    if (!moves) return Escaped(text);
-    return NumberAt(place, property, text.find('%') != std::string_view::npos);
+    if (property.kind == Path || property.kind == Text) return Escaped(text);
+    const auto has = [&](char letter) { return text.find(letter) != std::string_view::npos; };
+    // What editors have computed may be written as 2.1e+06.
+    const bool computed =
+        property.kind == Number && IsNumber(text) && (ScaleOf(property.pixels, place.scale) != 1 || has('e'));
+    return has('=') || computed ? NumberAt(place, property, has('%')) : Escaped(text);
 }
 
 } // namespace
 
-std::string EffectText(const AVBased::EffectInfo& effect, mlt_properties properties, int position,
-                       int length) {
+std::string EffectText(const AVBased::EffectInfo& effect, mlt_properties properties, int position, int length,
+                       const Scale& scale) {
     std::string text(effect.shortName);
     const char* const preset = mlt_properties_get(properties, kPreset);
     if (preset && *preset) text.append("/").append(preset);
     for (const AVBased::PropertyInfo& property : effect.properties) {
         const char* const value = mlt_properties_get(properties, property.name);
-        if (!value || !*value) continue;
+        // A key without a value is an editor's way of leaving it open.
+        if (!value || !*value || std::string_view(value).ends_with('=')) continue;
         text.append(":").append(property.name).append("=");
-        text.append(ValueText({properties, property.name, position, length}, property, value));
+        text.append(ValueText({properties, property.name, position, length, scale}, property, value));
     }
     return text;
 }

@@ -10,9 +10,15 @@ namespace aveffect::mlt {
 
 inline constexpr char kPreset[] = "preset";
 
+/// What lengths in pixels of the film are multiplied by, where pictures are drawn in another size: editors
+/// show small ones.
+struct Scale {
+    double across = 1, down = 1;
+};
+
 /// "NAME[/PRESET][:property=value...]" of an effect's properties that are set, those that move as they are at
 /// a position of so many. What is wrong in it is found by who reads it.
-std::string EffectText(const AVBased::EffectInfo& effect, mlt_properties properties, int position,
-                       int length);
+std::string EffectText(const AVBased::EffectInfo& effect, mlt_properties properties, int position, int length,
+                       const Scale& scale = {});
 
 } // namespace aveffect::mlt

@@ -43,9 +43,12 @@ private:
         const mlt_service service = MLT_FILTER_SERVICE(m_filter);
         const mlt_position position = mlt_filter_get_position(m_filter, frame);
         const mlt_position length = mlt_filter_get_length2(m_filter, frame);
-        m_chains.Draw(ThePlugin(), EffectText(m_effect, MLT_FILTER_PROPERTIES(m_filter), position, length),
-                      Milliseconds(length, service), picture,
-                      static_cast<int>(Milliseconds(position, service)));
+        const mlt_profile profile = mlt_service_profile(service);
+        const Scale scale{mlt_profile_scale_width(profile, static_cast<int>(picture.width)),
+                          mlt_profile_scale_height(profile, static_cast<int>(picture.height))};
+        m_chains.Draw(
+            ThePlugin(), EffectText(m_effect, MLT_FILTER_PROPERTIES(m_filter), position, length, scale),
+            Milliseconds(length, service), picture, static_cast<int>(Milliseconds(position, service)));
     }
 
     const AVBased::EffectInfo& m_effect;

@@ -55,11 +55,11 @@ class Hosts:
         if "aveffect" in done.stderr:
             raise SystemExit(f"{words}: {done.stderr}")
 
-    def taps(self, kind, labels, *words, threads=1, **more):
+    def taps(self, kind, labels, *words, threads=1, consumer=(), **more):
         """The pictures behind each label's tap, as melt has them in memory."""
         for old in pathlib.Path().glob("tapped*"):
             old.unlink()
-        self.melt(*words, "-consumer", "null", f"real_time=-{threads}", "terminate_on_pause=1", **more)
+        self.melt(*words, "-consumer", "null", f"real_time=-{threads}", "terminate_on_pause=1", *consumer, **more)
         return {label: [self.tapped(kind, f"tapped{label}.{at}") for at in range(FRAMES)] for label in labels}
 
     def tapped(self, kind, name):
@@ -144,6 +144,10 @@ def scaled(hosts):
         found, expected = (hosts.taps("rgba", ["scaled"], "yuv.mkv", *words, *effect, "-attach-cut", *tap("rgba", "scaled"))
                            for effect in (["-attach-cut", "aveffect.spherize"], []))
         check(f"{words} in a film of another size", found, expected)
+    # A film that is shown at half its size: lengths in its pixels are halved, whatever writes them.
+    found, expected = (hosts.taps("rgba", ["half"], "yuv.mkv", "-attach", "aveffect.spherize", f"spherize_r={r}", f"spherize_x={x}", f"spherize_y={y}", "spherize_scale=1.5",
+                                  "-attach", *tap("rgba", "half"), consumer=["scale=0.5"]) for r, x, y in (("48", "1.28e+02", "0=48"), ("50%", "50%", "50%")))
+    check("a preview", found, expected)
     # The film is as large as its first clip.
     found, expected = (hosts.taps("rgba", ["cut"], "yuv.mkv", "-attach", "crop", "left=40", "top=20", *effect, "-attach", *tap("rgba", "cut"))
                        for effect in (["-attach", "aveffect.spherize"], []))
