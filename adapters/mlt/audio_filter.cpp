@@ -46,7 +46,9 @@ private:
         const mlt_position position = mlt_filter_get_position(m_filter, frame);
         const mlt_position length = mlt_filter_get_length2(m_filter, frame);
         const auto fps = static_cast<float>(mlt_profile_fps(mlt_service_profile(service)));
-        m_pieces.Work(ThePlugin(), EffectText(m_effect, MLT_FILTER_PROPERTIES(m_filter), position, length),
+        m_pieces.Work(ThePlugin(),
+                      SoundText(m_effect, MLT_FILTER_PROPERTIES(m_filter), position, length,
+                                Milliseconds(position, service), Milliseconds(position + 1, service)),
                       Milliseconds(length, service), sound,
                       mlt_audio_calculate_samples_to_position(fps, sound.rate, position));
     }

@@ -6,8 +6,8 @@
 
 namespace aveffect::mlt {
 
-/// A filter of that effect; null without memory. Settings that move do so from one picture's sound to the
-/// next. Where something is wrong sound is passed on.
+/// A filter of that effect; null without memory. Settings that move go evenly from one picture to the next.
+/// Where something is wrong sound is passed on.
 mlt_filter MakeAudioFilter(const AVBased::EffectInfo& effect);
 
 } // namespace aveffect::mlt

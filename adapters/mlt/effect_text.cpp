@@ -18,7 +18,8 @@ struct Place {
     mlt_properties properties;
     const char* name;
     int position, length;
-    Scale scale;
+    Scale scale = {};
+    int64_t beginMs = 0, endMs = 0; ///< of its sound; the same for a picture
 };
 
 double ScaleOf(AVBased::PixelAxis axis, const Scale& scale) {
@@ -56,6 +57,17 @@ std::string Escaped(std::string_view text) {
     return escaped;
 }
 
+std::string MovingText(const Place& place, const AVBased::PropertyInfo& property, bool percentage) {
+    const std::string now = NumberAt(place, property, percentage);
+    if (place.beginMs >= place.endMs) return now;
+    Place next = place;
+    ++next.position;
+    const std::string then = NumberAt(next, property, percentage);
+    if (then == now) return now;
+    const auto at = [](int64_t ms) { return NumberText(static_cast<double>(ms) / 1000) + "="; };
+    return at(place.beginMs) + now + ";" + at(place.endMs) + then;
+}
+
 bool IsNumber(std::string_view text) {
     double number = 0;
     return std::from_chars(text.data(), text.data() + text.size(), number).ptr == text.data() + text.size();
@@ -69,24 +81,34 @@ std::string ValueText(const Place& place, const AVBased::PropertyInfo& property,
     // What editors have computed may be written as 2.1e+06.
     const bool computed =
         property.kind == Number && IsNumber(text) && (ScaleOf(property.pixels, place.scale) != 1 || has('e'));
-    return has('=') || computed ? NumberAt(place, property, has('%')) : Escaped(text);
+    return has('=') || computed ? MovingText(place, property, has('%')) : Escaped(text);
+}
+
+/// The place has no name yet.
+std::string TextAt(const AVBased::EffectInfo& effect, Place place) {
+    std::string text(effect.shortName);
+    const char* const preset = mlt_properties_get(place.properties, kPreset);
+    if (preset && *preset) text.append("/").append(preset);
+    for (const AVBased::PropertyInfo& property : effect.properties) {
+        const char* const value = mlt_properties_get(place.properties, property.name);
+        // A key without a value is an editor's way of leaving it open.
+        if (!value || !*value || std::string_view(value).ends_with('=')) continue;
+        place.name = property.name;
+        text.append(":").append(property.name).append("=").append(ValueText(place, property, value));
+    }
+    return text;
 }
 
 } // namespace
 
 std::string EffectText(const AVBased::EffectInfo& effect, mlt_properties properties, int position, int length,
                        const Scale& scale) {
-    std::string text(effect.shortName);
-    const char* const preset = mlt_properties_get(properties, kPreset);
-    if (preset && *preset) text.append("/").append(preset);
-    for (const AVBased::PropertyInfo& property : effect.properties) {
-        const char* const value = mlt_properties_get(properties, property.name);
-        // A key without a value is an editor's way of leaving it open.
-        if (!value || !*value || std::string_view(value).ends_with('=')) continue;
-        text.append(":").append(property.name).append("=");
-        text.append(ValueText({properties, property.name, position, length, scale}, property, value));
-    }
-    return text;
+    return TextAt(effect, {properties, nullptr, position, length, scale});
+}
+
+std::string SoundText(const AVBased::EffectInfo& effect, mlt_properties properties, int position, int length,
+                      int64_t beginMs, int64_t endMs) {
+    return TextAt(effect, {properties, nullptr, position, length, {}, beginMs, endMs});
 }
 
 } // namespace aveffect::mlt
