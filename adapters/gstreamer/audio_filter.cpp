@@ -111,8 +111,15 @@ private:
                                         GST_AUDIO_INFO_CHANNELS(&info),
                                         static_cast<int>(mapped.Bytes() / static_cast<size_t>(info.bpf))};
             const int64_t first = PlaceOf(*buffer, sound.rate);
-            m_pieces.Work(ThePlugin(), settings.EffectText(), {}, sound, first);
             m_next = first + sound.count;
+            const bool timed = GST_CLOCK_TIME_IS_VALID(m_time); // else nothing moves
+            const auto ms = [&](int64_t sample) { return timed ? av_rescale(sample, 1000, sound.rate) : 0; };
+            const GstClockTime lasts = gst_util_uint64_scale_int(static_cast<guint64>(sound.count),
+                                                                 static_cast<int>(GST_SECOND), sound.rate);
+            m_pieces.Work(
+                ThePlugin(),
+                settings.SoundText(GST_OBJECT_CAST(m_filter), m_time + lasts, ms(first), ms(m_next)), {},
+                sound, first);
         } catch (const std::exception& failure) {
             m_complaints.Say(failure.what());
         }

@@ -6,8 +6,8 @@
 
 namespace aveffect::gst {
 
-/// A filter of interleaved sound, which works in place. Settings that are controlled move from buffer to
-/// buffer. Where something is wrong sound is passed on.
+/// A filter of interleaved sound, which works in place. Settings that are controlled move evenly from
+/// one buffer to the next. Where something is wrong sound is passed on.
 void RegisterAudioFilter(GstPlugin* plugin, const AVBased::EffectInfo& effect);
 
 } // namespace aveffect::gst

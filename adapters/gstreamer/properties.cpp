@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "host/settings/keyframes.h"
 #include "host/settings/value_text.h"
 
 namespace aveffect::gst {
@@ -195,6 +196,25 @@ void Settings::Get(guint id, GValue& value) const {
 }
 
 std::string Settings::EffectText() const {
+    return TextWith([](GParamSpec*, const GValue& value) { return TextOf(value); });
+}
+
+std::string Settings::SoundText(GstObject* element, GstClockTime end, int64_t beginMs, int64_t endMs) const {
+    const auto at = [](int64_t ms) { return NumberText(static_cast<double>(ms) / 1000) + "="; };
+    return TextWith([&](GParamSpec* spec, const GValue& value) {
+        std::string now = TextOf(value);
+        GValue* const later =
+            beginMs < endMs ? gst_object_get_value(element, g_param_spec_get_name(spec), end) : nullptr;
+        if (!later) return now; // nothing moves it
+        const std::string then = TextOf(*later);
+        g_value_unset(later);
+        g_free(later);
+        return then == now ? now : at(beginMs) + now + ";" + at(endMs) + then;
+    });
+}
+
+template <typename ValueText>
+std::string Settings::TextWith(const ValueText& valueText) const {
     const std::scoped_lock lock(m_mutex);
     const EffectInfo& effect = m_table.effect;
     std::string text(effect.shortName);
@@ -206,8 +226,9 @@ std::string Settings::EffectText() const {
         const PropertyInfo& property = effect.properties[index];
         const Slot& slot = m_slots[index];
         const bool said = slot.set && !property.InForceAtFirst();
-        if (said || !g_param_value_defaults(m_table.specs[index], &slot.value))
-            text.append(":").append(property.name).append("=").append(TextOf(slot.value));
+        const std::string value = valueText(m_table.specs[index], slot.value);
+        if (said || IsAnimated(value) || !g_param_value_defaults(m_table.specs[index], &slot.value))
+            text.append(":").append(property.name).append("=").append(value);
     }
     return text;
 }

@@ -36,6 +36,10 @@ public:
     /// the effect and to the preset.
     std::string EffectText() const;
 
+    /// The same for a buffer of sound, which begins and ends at these milliseconds of the effect: what the
+    /// element's controller moves goes evenly from what it is now to what it is at a stream time.
+    std::string SoundText(GstObject* element, GstClockTime end, int64_t beginMs, int64_t endMs) const;
+
     GstClockTime Start() const;
     /// Of the whole; absent where it is not set.
     std::optional<GstClockTime> Duration() const;
@@ -49,6 +53,8 @@ private:
     };
 
     const GValue& ValueOf(const char* name) const;
+    template <typename ValueText>
+    std::string TextWith(const ValueText& valueText) const;
 
     const PropertyTable& m_table;
     mutable std::mutex m_mutex;
