@@ -58,7 +58,7 @@ std::string Escaped(std::string_view text) {
 }
 
 std::string MovingText(const Place& place, const AVBased::PropertyInfo& property, bool percentage) {
-    const std::string now = NumberAt(place, property, percentage);
+    std::string now = NumberAt(place, property, percentage);
     if (place.beginMs >= place.endMs) return now;
     Place next = place;
     ++next.position;
