@@ -12,8 +12,8 @@ target_compile_options(aveffect_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
   # Assertions are part of the contract and stay active in every build type.
   -UNDEBUG
-  # Results are the same on every processor: no fused multiply-add behind the formulas' back.
-  -ffp-contract=off
+  # Results are the same on every processor: no fused multiply-add behind the formulas' back, and one kind of char.
+  -ffp-contract=off -fsigned-char
   # Error records and assertions name files relative to the source tree, not one machine's paths.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
@@ -25,8 +25,13 @@ endif()
 include(CheckPIESupported)
 check_pie_supported()
 if(NOT AVEFFECT_SANITIZE)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+    set(marked_jumps -mbranch-protection=standard)
+  elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+    set(marked_jumps -fcf-protection=full)
+  endif()
   target_compile_options(aveffect_options INTERFACE
-    -fstack-protector-strong -fstack-clash-protection -fcf-protection=full
+    -fstack-protector-strong -fstack-clash-protection ${marked_jumps}
     # The library's checks of sizes need an optimised build.
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=3>)
   target_link_options(aveffect_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)

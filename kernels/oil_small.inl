@@ -42,9 +42,9 @@ AVEFFECT_INLINE void Divide(U8 (&means)[3], const ByteSums (&sums)[Count], U8 co
 AVEFFECT_INLINE uint64_t TopBits(const uint8_t* bytes) {
     uint64_t bits = 0;
     for (unsigned i = 0; i < 4; ++i) {
-        __m128i part;
+        Register16 part;
         std::memcpy(&part, bytes + 16 * i, sizeof part);
-        bits |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(part))} << (16 * i);
+        bits |= uint64_t{static_cast<uint16_t>(AVEFFECT_OP16(movemask_epi8)(part))} << (16 * i);
     }
     return bits;
 }

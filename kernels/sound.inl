@@ -20,15 +20,20 @@ AVEFFECT_INLINE I16 PackSaturated(I32 low, I32 high) {
 // The two halves of a register as doubles, and back: to integers towards zero (what does not fit becomes the
 // lowest integer), or to floats.
 #if AVEFFECT_LANE_BYTES == 16
-AVEFFECT_INLINE F64 LowerDoubles(I32 x) { return (F64)_mm_cvtepi32_pd((__m128i)x); }
-AVEFFECT_INLINE F64 UpperDoubles(I32 x) { return (F64)_mm_cvtepi32_pd(_mm_shuffle_epi32((__m128i)x, 0xEE)); }
-AVEFFECT_INLINE F64 LowerDoubles(F32 x) { return (F64)_mm_cvtps_pd((__m128)x); }
-AVEFFECT_INLINE F64 UpperDoubles(F32 x) { return (F64)_mm_cvtps_pd(_mm_movehl_ps((__m128)x, (__m128)x)); }
+AVEFFECT_INLINE F64 LowerDoubles(I32 x) { return (F64)AVEFFECT_OP16(cvtepi32_pd)((Register16)x); }
+AVEFFECT_INLINE F64 UpperDoubles(I32 x) {
+    return (F64)AVEFFECT_OP16(cvtepi32_pd)(AVEFFECT_OP16(shuffle_epi32)((Register16)x, 0xEE));
+}
+AVEFFECT_INLINE F64 LowerDoubles(F32 x) { return (F64)AVEFFECT_OP16(cvtps_pd)(x); }
+AVEFFECT_INLINE F64 UpperDoubles(F32 x) {
+    return (F64)AVEFFECT_OP16(cvtps_pd)(AVEFFECT_OP16(movehl_ps)(x, x));
+}
 AVEFFECT_INLINE I32 TruncToInts(F64 lower, F64 upper) {
-    return (I32)_mm_unpacklo_epi64(_mm_cvttpd_epi32((__m128d)lower), _mm_cvttpd_epi32((__m128d)upper));
+    return (I32)AVEFFECT_OP16(unpacklo_epi64)(AVEFFECT_OP16(cvttpd_epi32)(lower),
+                                              AVEFFECT_OP16(cvttpd_epi32)(upper));
 }
 AVEFFECT_INLINE F32 RoundToFloats(F64 lower, F64 upper) {
-    return (F32)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)lower), _mm_cvtpd_ps((__m128d)upper));
+    return (F32)AVEFFECT_OP16(movelh_ps)(AVEFFECT_OP16(cvtpd_ps)(lower), AVEFFECT_OP16(cvtpd_ps)(upper));
 }
 #elif AVEFFECT_LANE_BYTES == 32
 AVEFFECT_INLINE F64 LowerDoubles(I32 x) {
@@ -73,8 +78,8 @@ AVEFFECT_INLINE F32 RoundToFloats(F64 lower, F64 upper) {
 
 // The lower and the greater of two numbers; the second one when either has no value.
 #if AVEFFECT_LANE_BYTES == 16
-AVEFFECT_INLINE F64 Lower(F64 a, F64 b) { return (F64)_mm_min_pd((__m128d)a, (__m128d)b); }
-AVEFFECT_INLINE F64 Greater(F64 a, F64 b) { return (F64)_mm_max_pd((__m128d)a, (__m128d)b); }
+AVEFFECT_INLINE F64 Lower(F64 a, F64 b) { return (F64)AVEFFECT_OP16(min_pd)(a, b); }
+AVEFFECT_INLINE F64 Greater(F64 a, F64 b) { return (F64)AVEFFECT_OP16(max_pd)(a, b); }
 #elif AVEFFECT_LANE_BYTES == 32
 AVEFFECT_INLINE F64 Lower(F64 a, F64 b) { return (F64)_mm256_min_pd((__m256d)a, (__m256d)b); }
 AVEFFECT_INLINE F64 Greater(F64 a, F64 b) { return (F64)_mm256_max_pd((__m256d)a, (__m256d)b); }

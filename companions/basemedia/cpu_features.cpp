@@ -8,6 +8,7 @@ namespace {
 
 std::atomic<unsigned> g_mask{~0u};
 
+#if defined(__x86_64__)
 /// A feature counts only when the operating system saves its registers too; the compiler's test includes
 /// that.
 unsigned Detect() {
@@ -31,6 +32,10 @@ unsigned Detect() {
     add(__builtin_cpu_supports("avx512vbmi"), AVBased::kCpuAVX512VBMI);
     return features;
 }
+#else
+/// Some effects choose between formulas by what every x86-64 has, and pictures are to be the same everywhere.
+unsigned Detect() { return AVBased::kCpuMMX | AVBased::kCpuSSE | AVBased::kCpuSSE2; }
+#endif
 
 } // namespace
 

@@ -2,10 +2,13 @@
 // AVEFFECT_KERNEL_BODY as the name of its body and includes this once.
 //
 // The body stands in namespace sse2, avx2, avx512 and avx512vbmi in turn, compiled for that level alone, with
-// the vector layer of lanes.inl for registers of 16, 32, 64 and 64 bytes. Bodies hold no lambdas and call no
+// the vector layer of lanes.inl for registers of 16, 32, 64 and 64 bytes; or in namespace plain, the one level
+// of other processors, with registers of 16 bytes (AVEFFECT_PLAIN). Bodies hold no lambdas and call no
 // library templates: a lambda does not take the level's target with every compiler, and a library template
 // compiled above the baseline could replace the baseline's copy at link time.
+#ifndef AVEFFECT_PLAIN
 #include <immintrin.h>
+#endif
 
 #include <cstddef>
 #include <cstdint>
@@ -31,6 +34,15 @@
 #define AVEFFECT_END_TARGET AVEFFECT_PRAGMA(GCC pop_options)
 #define AVEFFECT_UNROLL AVEFFECT_PRAGMA(GCC unroll 16)
 #endif
+
+#ifdef AVEFFECT_PLAIN
+#define AVEFFECT_LANE_BYTES 16
+namespace AVBased::kernels::plain {
+#include "kernels/lanes/lanes.inl"
+#include AVEFFECT_KERNEL_BODY
+} // namespace AVBased::kernels::plain
+#undef AVEFFECT_LANE_BYTES
+#else
 
 #define AVEFFECT_LANE_BYTES 16
 AVEFFECT_BEGIN_TARGET("sse2")
@@ -67,3 +79,4 @@ namespace AVBased::kernels::avx512vbmi {
 AVEFFECT_END_TARGET
 #undef AVEFFECT_HAS_TABLES
 #undef AVEFFECT_LANE_BYTES
+#endif

@@ -13,8 +13,19 @@ typedef uint32_t U32 __attribute__((vector_size(kLanes)));
 typedef int32_t I32 __attribute__((vector_size(kLanes)));
 typedef double F64 __attribute__((vector_size(kLanes)));
 typedef float F32 __attribute__((vector_size(kLanes)));
+typedef uint8_t HalfU8 __attribute__((vector_size(kLanes / 2)));
+typedef uint16_t HalfU16 __attribute__((vector_size(kLanes / 2)));
 
+// The instructions of a register, and those of 16 bytes at every level.
 #undef AVEFFECT_OP
+#undef AVEFFECT_OP16
+#ifdef AVEFFECT_PLAIN
+#include "kernels/lanes/plain.inl"
+#define AVEFFECT_OP(name) plain_##name
+#define AVEFFECT_OP16(name) plain_##name
+#else
+typedef __m128i Register16;
+#define AVEFFECT_OP16(name) _mm_##name
 #if AVEFFECT_LANE_BYTES == 16
 typedef __m128i Register;
 #define AVEFFECT_OP(name) _mm_##name
@@ -24,6 +35,7 @@ typedef __m256i Register;
 #else
 typedef __m512i Register;
 #define AVEFFECT_OP(name) _mm512_##name
+#endif
 #endif
 
 template <class Vector>
@@ -152,8 +164,6 @@ AVEFFECT_INLINE I16 MultiplyAddPairs(U8 a, U8 b) {
 #endif
 
 // Half a register, widened in order to a whole one, and back; Narrowed keeps the low bytes.
-typedef uint8_t HalfU8 __attribute__((vector_size(kLanes / 2)));
-typedef uint16_t HalfU16 __attribute__((vector_size(kLanes / 2)));
 AVEFFECT_INLINE U16 Widened(HalfU8 x) { return __builtin_convertvector(x, U16); }
 AVEFFECT_INLINE U32 Widened(HalfU16 x) { return __builtin_convertvector(x, U32); }
 AVEFFECT_INLINE HalfU8 Narrowed(U16 x) { return __builtin_convertvector(x, HalfU8); }
@@ -240,7 +250,7 @@ AVEFFECT_INLINE U8 Join(U16 even, U16 odd) { return (U8)(even | (odd << 8)); }
 AVEFFECT_INLINE U8 JoinLimited(I16 even, I16 odd) {
     const U8 packed = Pack(even, odd);
 #if AVEFFECT_LANE_BYTES == 16
-    return InterleaveLow(packed, (U8)_mm_srli_si128((Register)packed, 8));
+    return InterleaveLow(packed, (U8)AVEFFECT_OP16(srli_si128)((Register)packed, 8));
 #else
     return PickBytes(packed, InEach128Bits(kHalvesInTurns));
 #endif
@@ -304,7 +314,7 @@ AVEFFECT_INLINE U32 LoadQuarter(const uint8_t* from) {
 #else
     int bytes = 0;
     std::memcpy(&bytes, from, 4);
-    const U16 words = (U16)InterleaveLow((U8)_mm_cvtsi32_si128(bytes), U8{});
+    const U16 words = (U16)InterleaveLow((U8)AVEFFECT_OP16(cvtsi32_si128)(bytes), U8{});
     return (U32)InterleaveLow(words, U16{});
 #endif
 }
@@ -316,8 +326,10 @@ AVEFFECT_INLINE F64 LoadDoubles(const uint8_t* from) {
 #else
     uint32_t bytes = 0;
     std::memcpy(&bytes, from, kLanes / 8);
-    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(bytes)), _mm_setzero_si128());
-    return (F64)AVEFFECT_OP(cvtepi32_pd)(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
+    const Register16 words = AVEFFECT_OP16(unpacklo_epi8)(
+        AVEFFECT_OP16(cvtsi32_si128)(static_cast<int>(bytes)), AVEFFECT_OP16(setzero_si128)());
+    return (F64)AVEFFECT_OP(cvtepi32_pd)(
+        AVEFFECT_OP16(unpacklo_epi16)(words, AVEFFECT_OP16(setzero_si128)()));
 #endif
 }
 // Cut to whole numbers and limited to bytes.
@@ -331,8 +343,9 @@ AVEFFECT_INLINE void StoreCut(uint8_t* to, F64 values) {
     // Beyond a byte, but not beyond what the conversions can take.
     values = (F64)AVEFFECT_OP(max_pd)(values, F64{} - 1);
     values = (F64)AVEFFECT_OP(min_pd)(values, F64{} + 256);
-    const __m128i words = _mm_packs_epi32(AVEFFECT_OP(cvttpd_epi32)(values), _mm_setzero_si128());
-    const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    const Register16 words =
+        AVEFFECT_OP16(packs_epi32)(AVEFFECT_OP(cvttpd_epi32)(values), AVEFFECT_OP16(setzero_si128)());
+    const int bytes = AVEFFECT_OP16(cvtsi128_si32)(AVEFFECT_OP16(packus_epi16)(words, words));
     std::memcpy(to, &bytes, kLanes / 8);
 #endif
 }
@@ -370,8 +383,9 @@ AVEFFECT_INLINE U8 ReverseBytes(U8 x) {
 #elif AVEFFECT_LANE_BYTES == 32
     return (U8)_mm256_permute4x64_epi64((__m256i)PickBytes(x, Load<U8>(kDownwards)), 0x4E);
 #else
-    const __m128i swapped = (__m128i)((U16)x << 8 | (U16)x >> 8);
-    return (U8)_mm_shuffle_epi32(_mm_shufflehi_epi16(_mm_shufflelo_epi16(swapped, 0x1B), 0x1B), 0x4E);
+    const Register16 swapped = (Register16)((U16)x << 8 | (U16)x >> 8);
+    return (U8)AVEFFECT_OP16(shuffle_epi32)(
+        AVEFFECT_OP16(shufflehi_epi16)(AVEFFECT_OP16(shufflelo_epi16)(swapped, 0x1B), 0x1B), 0x4E);
 #endif
 }
 
@@ -380,7 +394,7 @@ AVEFFECT_INLINE U8 ReversePixels(U8 x) {
 #if AVEFFECT_LANE_BYTES > 16
     return PickPixels(x, Load<U32>(kPixelsDownwards));
 #else
-    return (U8)_mm_shuffle_epi32((__m128i)x, 0x1B);
+    return (U8)AVEFFECT_OP16(shuffle_epi32)((Register16)x, 0x1B);
 #endif
 }
 
@@ -411,12 +425,12 @@ AVEFFECT_INLINE U8 EvenUnits(U8 a, U8 b) {
 
 // Units of 1 or 4 bytes of a and b in turns, from the low or the high half.
 template <size_t UnitBytes>
-AVEFFECT_INLINE __m128i Interleave16Low(__m128i a, __m128i b) {
-    return UnitBytes == 4 ? _mm_unpacklo_epi32(a, b) : _mm_unpacklo_epi8(a, b);
+AVEFFECT_INLINE Register16 Interleave16Low(Register16 a, Register16 b) {
+    return UnitBytes == 4 ? AVEFFECT_OP16(unpacklo_epi32)(a, b) : AVEFFECT_OP16(unpacklo_epi8)(a, b);
 }
 template <size_t UnitBytes>
-AVEFFECT_INLINE __m128i Interleave16High(__m128i a, __m128i b) {
-    return UnitBytes == 4 ? _mm_unpackhi_epi32(a, b) : _mm_unpackhi_epi8(a, b);
+AVEFFECT_INLINE Register16 Interleave16High(Register16 a, Register16 b) {
+    return UnitBytes == 4 ? AVEFFECT_OP16(unpackhi_epi32)(a, b) : AVEFFECT_OP16(unpackhi_epi8)(a, b);
 }
 
 // Writes a square of units, 16 bytes wide, with rows and columns exchanged. Each pass interleaves the rows of
@@ -424,7 +438,7 @@ AVEFFECT_INLINE __m128i Interleave16High(__m128i a, __m128i b) {
 template <size_t UnitBytes>
 AVEFFECT_INLINE void TransposeSquare(const uint8_t* from, size_t fromPitch, uint8_t* to, size_t toPitch) {
     constexpr size_t kSide = 16 / UnitBytes;
-    __m128i rows[kSide], mixed[kSide];
+    Register16 rows[kSide], mixed[kSide];
     AVEFFECT_UNROLL
     for (size_t y = 0; y < kSide; ++y) std::memcpy(&rows[y], from + y * fromPitch, 16);
     AVEFFECT_UNROLL
@@ -447,7 +461,7 @@ AVEFFECT_INLINE bool IsZero(U8 x) {
 #elif AVEFFECT_LANE_BYTES == 32
     return _mm256_testz_si256((Register)x, (Register)x) != 0;
 #else
-    return _mm_movemask_epi8((Register)(x == 0)) == 0xFFFF;
+    return AVEFFECT_OP16(movemask_epi8)((Register)(x == 0)) == 0xFFFF;
 #endif
 }
 
