@@ -12,10 +12,13 @@ target_compile_options(aveffect_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
   # Assertions are part of the contract and stay active in every build type.
   -UNDEBUG
-  # Results are the same on every processor: no fused multiply-add behind the formulas' back, and one kind of char.
-  -ffp-contract=off -fsigned-char
+  # Results are the same on every processor: no fused multiply-add behind the formulas' back.
+  -ffp-contract=off
   # Error records and assertions name files relative to the source tree, not one machine's paths.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+  target_compile_options(aveffect_options INTERFACE -fsigned-char) # as on that one
+endif()
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # A source's own types count as a header's where several sources are one unit.
   target_compile_options(aveffect_options INTERFACE -Wno-subobject-linkage)

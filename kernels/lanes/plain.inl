@@ -7,7 +7,6 @@ typedef U8 Register16;
 // Twice a register, for what needs room on its way.
 typedef uint32_t WideU32 __attribute__((vector_size(2 * kLanes)));
 typedef int32_t WideI32 __attribute__((vector_size(2 * kLanes)));
-typedef float HalfF32 __attribute__((vector_size(kLanes / 2)));
 
 // Where a mask's lanes are all ones a, elsewhere b.
 template <class Mask, class Vector>
@@ -154,23 +153,17 @@ AVEFFECT_INLINE F64 plain_min_pd(F64 a, F64 b) { return plain_min(a, b); }
 
 // Between doubles and the lower half of a register.
 AVEFFECT_INLINE F64 plain_cvtepi32_pd(Register x) {
-    return __builtin_convertvector(__builtin_shufflevector((I32)x, (I32)x, 0, 1), F64);
+    const I32 whole = (I32)x;
+    return F64{static_cast<double>(whole[0]), static_cast<double>(whole[1])};
 }
-AVEFFECT_INLINE F64 plain_cvtps_pd(F32 x) {
-    return __builtin_convertvector(__builtin_shufflevector(x, x, 0, 1), F64);
-}
+AVEFFECT_INLINE F64 plain_cvtps_pd(F32 x) { return F64{double{x[0]}, double{x[1]}}; }
 AVEFFECT_INLINE F32 plain_movehl_ps(F32 a, F32 b) { return __builtin_shufflevector(a, b, 6, 7, 2, 3); }
 AVEFFECT_INLINE F32 plain_movelh_ps(F32 a, F32 b) { return __builtin_shufflevector(a, b, 0, 1, 4, 5); }
-AVEFFECT_INLINE F32 plain_cvtpd_ps(F64 x) {
-    const HalfF32 narrow = __builtin_convertvector(x, HalfF32);
-    return __builtin_shufflevector(narrow, HalfF32{}, 0, 1, 2, 3);
-}
+AVEFFECT_INLINE F32 plain_cvtpd_ps(F64 x) { return F32{static_cast<float>(x[0]), static_cast<float>(x[1])}; }
 // Towards 0; what does not fit becomes the lowest integer.
+AVEFFECT_INLINE int32_t plain_whole(double x) {
+    return x > -2147483649.0 && x < 2147483648.0 ? static_cast<int32_t>(x) : INT32_MIN;
+}
 AVEFFECT_INLINE Register plain_cvttpd_epi32(F64 x) {
-    I32 whole{};
-    for (unsigned i = 0; i < 2; ++i) {
-        const bool fits = x[i] > -2147483649.0 && x[i] < 2147483648.0;
-        whole[i] = fits ? static_cast<int32_t>(x[i]) : INT32_MIN;
-    }
-    return (Register)whole;
+    return (Register)I32{plain_whole(x[0]), plain_whole(x[1])};
 }
