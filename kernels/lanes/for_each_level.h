@@ -2,8 +2,8 @@
 // AVEFFECT_KERNEL_BODY as the name of its body and includes this once.
 //
 // The body stands in namespace sse2, avx2, avx512 and avx512vbmi in turn, compiled for that level alone, with
-// the vector layer of lanes.inl for registers of 16, 32, 64 and 64 bytes; or in namespace plain, the one level
-// of other processors, with registers of 16 bytes (AVEFFECT_PLAIN). Bodies hold no lambdas and call no
+// the vector layer of lanes.inl for registers of 16, 32, 64 and 64 bytes; or in namespace plain, the one
+// level of other processors, with registers of 16 bytes (AVEFFECT_PLAIN). Bodies hold no lambdas and call no
 // library templates: a lambda does not take the level's target with every compiler, and a library template
 // compiled above the baseline could replace the baseline's copy at link time.
 #ifndef AVEFFECT_PLAIN
