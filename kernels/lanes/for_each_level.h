@@ -2,11 +2,13 @@
 // AVEFFECT_KERNEL_BODY as the name of its body and includes this once.
 //
 // The body stands in namespace sse2, avx2, avx512 and avx512vbmi in turn, compiled for that level alone, with
-// the vector layer of lanes.inl for registers of 16, 32, 64 and 64 bytes; or in namespace plain, the one
-// level of other processors, with registers of 16 bytes (AVEFFECT_PLAIN). Bodies hold no lambdas and call no
-// library templates: a lambda does not take the level's target with every compiler, and a library template
-// compiled above the baseline could replace the baseline's copy at link time.
-#ifndef AVEFFECT_PLAIN
+// the vector layer of lanes.inl for registers of 16, 32, 64 and 64 bytes; or in one namespace, neon
+// or plain, for other processors, with registers of 16 bytes (AVEFFECT_ONE_LEVEL names it). Bodies hold no
+// lambdas and call no library templates: a lambda does not take the level's target with every compiler, and a
+// library template compiled above the baseline could replace the baseline's copy at link time.
+#if defined(AVEFFECT_NEON)
+#include <arm_neon.h>
+#elif !defined(AVEFFECT_ONE_LEVEL)
 #include <immintrin.h>
 #endif
 
@@ -35,12 +37,12 @@
 #define AVEFFECT_UNROLL AVEFFECT_PRAGMA(GCC unroll 16)
 #endif
 
-#ifdef AVEFFECT_PLAIN
+#ifdef AVEFFECT_ONE_LEVEL
 #define AVEFFECT_LANE_BYTES 16
-namespace AVBased::kernels::plain {
+namespace AVBased::kernels::AVEFFECT_ONE_LEVEL {
 #include "kernels/lanes/lanes.inl"
 #include AVEFFECT_KERNEL_BODY
-} // namespace AVBased::kernels::plain
+} // namespace AVBased::kernels::AVEFFECT_ONE_LEVEL
 #undef AVEFFECT_LANE_BYTES
 #else
 

@@ -19,10 +19,13 @@ typedef uint16_t HalfU16 __attribute__((vector_size(kLanes / 2)));
 // The instructions of a register, and those of 16 bytes at every level.
 #undef AVEFFECT_OP
 #undef AVEFFECT_OP16
-#ifdef AVEFFECT_PLAIN
+#ifdef AVEFFECT_ONE_LEVEL
 #include "kernels/lanes/plain.inl"
-#define AVEFFECT_OP(name) plain_##name
-#define AVEFFECT_OP16(name) plain_##name
+#ifdef AVEFFECT_NEON
+#include "kernels/lanes/neon.inl"
+#endif
+#define AVEFFECT_OP(name) op_##name
+#define AVEFFECT_OP16(name) op_##name
 #else
 typedef __m128i Register16;
 #define AVEFFECT_OP16(name) _mm_##name
