@@ -55,16 +55,20 @@ bool IsTooSmallForFastest(AVPixelFormat target, int width) {
 
 /// Between pictures of one size, the fastest way from these to RGB complains where it has no instructions of
 /// the processor's for the target, and leaves out the last columns of a row of bytes in threes that has no
-/// room for eight pixels more.
-bool FailsOnFastestWay(AVPixelFormat source, AVPixelFormat target, int width) {
-    constexpr AVPixelFormat kThere[] = {AV_PIX_FMT_BGRA, AV_PIX_FMT_RGBA,     AV_PIX_FMT_BGR0,
-                                        AV_PIX_FMT_RGB0, AV_PIX_FMT_RGB565LE, AV_PIX_FMT_RGB555LE};
-    constexpr int kColumns = 8;
+/// room for eight pixels more. Which targets other processors have instructions for was not looked into.
+bool FailsOnFastestWay(AVPixelFormat source, AVPixelFormat target, [[maybe_unused]] int width) {
     const bool has =
         source == AV_PIX_FMT_YUV420P || source == AV_PIX_FMT_YUV422P || source == AV_PIX_FMT_YUVA420P;
     if (!has || !CountsAsRgb(target)) return false;
+#ifdef __x86_64__
+    constexpr AVPixelFormat kThere[] = {AV_PIX_FMT_BGRA, AV_PIX_FMT_RGBA,     AV_PIX_FMT_BGR0,
+                                        AV_PIX_FMT_RGB0, AV_PIX_FMT_RGB565LE, AV_PIX_FMT_RGB555LE};
+    constexpr int kColumns = 8;
     if (target == AV_PIX_FMT_BGR24 || target == AV_PIX_FMT_RGB24) return width % kColumns != 0;
     return std::ranges::find(kThere, target) == std::end(kThere);
+#else
+    return true;
+#endif
 }
 
 /// libswscale complains of rows with an odd number of these pixels.

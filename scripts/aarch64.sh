@@ -31,7 +31,7 @@ END
   apt-get -qq -c "$apt/conf" update
   apt-get -qq -c "$apt/conf" install -y --download-only libc6-dev libstdc++-12-dev \
     lib{avformat,avcodec,avfilter,avutil,swscale,swresample}-dev libcli11-dev libcpp-httplib-dev zlib1g-dev nlohmann-json3-dev \
-    libsdl2-dev libseccomp-dev libgtest-dev >/dev/null
+    libsdl2-dev libseccomp-dev libgtest-dev libbenchmark-dev >/dev/null
   for package in "$apt"/archives/*.deb; do dpkg-deb --fsys-tarfile "$package" | tar -x -C "$sysroot" --keep-directory-symlink --no-same-owner; done
   # Which of several is meant would be settled when packages are installed.
   for library in blas lapack; do ln -sf "$library/lib$library.so.3" "$sysroot/usr/lib/aarch64-linux-gnu/lib$library.so.3"; done
@@ -41,7 +41,7 @@ END
 
 [ -e "$sysroot/whole" ] || { rm -rf "$sysroot"; unpack_sysroot; }
 [ -e "$build/build.ninja" ] ||
-  cmake -G Ninja -S . -B "$build" --toolchain cmake/Aarch64Toolchain.cmake -DCMAKE_BUILD_TYPE=Release -DCMAKE_UNITY_BUILD=ON >/dev/null
+  cmake -G Ninja -S . -B "$build" --toolchain cmake/Aarch64Toolchain.cmake -DCMAKE_BUILD_TYPE=Release -DCMAKE_UNITY_BUILD=ON -DAVEFFECT_BUILD_BENCH=ON >/dev/null
 tests=() targets=()
 if [ "${1:-}" != ledger ]; then
   tests=(kernels_test effects_test effects_plain_test framework_test tools_test companions_test)

@@ -28,7 +28,10 @@ std::set<std::string> SystemFlags() {
 }
 
 TEST(CPUFeatures, AreTheSystemsLessTheMask) {
-    const std::set<std::string> flags = SystemFlags();
+    std::set<std::string> flags = SystemFlags();
+#ifndef __x86_64__
+    flags = {"mmx", "sse", "sse2"}; // formulas are chosen by these, and pictures are the same everywhere
+#endif
     if (flags.empty()) GTEST_SKIP() << "the system does not list the processor's features";
     // The bits in order; the tenth wants four of the system's flags.
     const std::vector<std::string> wanted[] = {
