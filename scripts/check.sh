@@ -17,6 +17,9 @@ scripts/build.sh clang
 scripts/hardening.sh build-clang
 ctest --preset clang -R '^ledger\.' # the same pictures as the other compiler's
 
+echo "== AArch64"
+scripts/aarch64.sh ledger
+
 echo "== lint"
 scripts/lint.sh
 

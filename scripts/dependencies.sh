@@ -22,7 +22,7 @@ if [ "${1:-}" != program ]; then
   # What the package for Python is built with, and what its tests need.
   packages+=(python3-dev pybind11-dev python3-numpy python3-pytest python3-av python3-pil python3-pip python3-opencv python3-nbconvert python3-ipykernel mypy)
   # Processors of other kinds.
-  packages+=(qemu-user)
+  packages+=(qemu-user g++-aarch64-linux-gnu)
   # What makes the manual, and the browser that tries it.
   packages+=(cmark-gfm chromium chromium-driver python3-selenium)
   # Programs that try the adapters, and the headers that they are held to.

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The long run: every fuzz target, the sweep over all effects, the program in bad company, films killed and
 # resumed, the same pictures on other processors, lint to the end of every path.
-#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|sharing|faults|formats|processors|lint]
+#   scripts/soak.sh [--minutes N] [--only fuzz|sweep|program|films|sharing|faults|formats|processors|aarch64|lint]
 # N: processor minutes of each fuzz target, 3 if not given; of whole renders ten times as many. Logs and what is found stay in
 # build-fuzz/soak/ until the next run.
 set -euo pipefail
@@ -107,6 +107,10 @@ if runs processors; then
   done
   run processors build-debug/tests/picture_ledger check tests/ledger/ledger.txt || true
   report processors "$(awk '/ hashes, / { s += $1 } END { print s }' "$work/processors.log")"
+fi
+if runs aarch64; then
+  run aarch64 scripts/aarch64.sh || true
+  report aarch64 "$(awk '/ hashes, / { s += $1 } /tests from/ { s += $2 } END { print s }' "$work/aarch64.log")"
 fi
 if runs lint; then
   cmake --preset clang >/dev/null
