@@ -129,6 +129,10 @@ def moving(hosts):
     # Beside a filter whose pictures the host cuts up for its threads.
     sliced = [*film[:-4], "-attach", "lift_gamma_gain", "-attach", "aveffect.invert", "-attach", "aveffect.invert", *film[-4:]]
     check("slices", hosts.taps("rgba", ["film"], *sliced, threads=4, MLT_SLICES_COUNT="4"), expected)
+    # Filters that begin and end within the clip count their time from there.
+    part = ["avformat:rgb.mkv", "-filter", "aveffect.fade-in-color", "in=1", "out=3", "-filter", "aveffect.gray", "in=2", "out=4", "-filter", *tap("rgba", "part")]
+    check("in and out points", hosts.taps("rgba", ["part"], *part),
+          {"part": hosts.rendered("rgba", "render", "rgb.mkv", ["-e", "fade-in-color:@from=0.04:@to=0.16", "-e", "gray:@from=0.08"])})
     # A film that is saved and played again.
     hosts.melt(*film, "-consumer", "xml:film.mlt")
     check("a saved film", hosts.taps("rgba", ["film"], "film.mlt"), expected)
