@@ -13,7 +13,8 @@ import subprocess
 import sys
 import tempfile
 
-SECONDS = 60  # a run may take; melt stands still for ever once in some hundred runs
+from melt_runs import SECONDS, environment, run
+
 FRAMES = 5
 MEDIA = """
 -f lavfi -i testsrc2=s=256x96:r=25 -frames:v 5 -c:v ffv1 -pix_fmt bgra rgb.mkv
@@ -29,27 +30,10 @@ MEDIA = """
 """
 
 
-def run(*words, env=None):
-    for _ in range(3):
-        try:
-            done = subprocess.run([str(word) for word in words], capture_output=True, text=True, env=env, timeout=SECONDS)
-        except subprocess.TimeoutExpired:
-            continue
-        if done.returncode:
-            raise SystemExit(f"{words}: {done.returncode}\n{done.stderr}")
-        return done
-    raise SystemExit(f"{words}: no end")
-
-
 class Hosts:
     def __init__(self, module, tap, program):
         self.program = program
-        repository = pathlib.Path("repository")
-        repository.mkdir()
-        system = next(pathlib.Path("/usr/lib").glob("*/mlt-7"))
-        for path in [*system.glob("*.so"), pathlib.Path(module), pathlib.Path(tap)]:
-            (repository / path.name).symlink_to(path)
-        self.env = dict(os.environ, MLT_REPOSITORY=str(repository), QT_QPA_PLATFORM="offscreen")
+        self.env = environment(module, tap)
 
     def melt(self, *words, **more):
         done = run("melt", "-silent", *words, env=dict(self.env, **more))

@@ -7,12 +7,12 @@ import concurrent.futures
 import os
 import pathlib
 import re
-import subprocess
 import sys
 import tempfile
 import xml.etree.ElementTree as xml
 
-SECONDS = 60  # a run may take; melt stands still for ever once in some hundred runs
+from melt_runs import environment, run
+
 UNLIKE = {"aveffect.noise", "aveffect.atomize", "aveffect.replace-sound"}  # never the same twice, or useless until set
 # What Kdenlive's own descriptions have: its elements with their attributes, and the types of parameters that we use.
 KNOWN = {"group": set(), "effect": {"tag", "id", "type"}, "transition": {"tag", "id", "type"}, "name": set(), "description": set(),
@@ -20,18 +20,6 @@ KNOWN = {"group": set(), "effect": {"tag", "id", "type"}, "transition": {"tag", 
          "paramlistdisplay": set(), "comment": set()}
 TYPES = {"animated", "constant", "bool", "color", "list", "url", "position", "fixed"}
 ITS_OWN = pathlib.Path("/usr/share/kdenlive")
-
-
-def run(*words, env=None):
-    for _ in range(3):
-        try:
-            done = subprocess.run([str(word) for word in words], capture_output=True, text=True, env=env, timeout=SECONDS)
-        except subprocess.TimeoutExpired:
-            continue
-        if done.returncode:
-            raise SystemExit(f"{words}: {done.returncode}\n{done.stderr}")
-        return done
-    raise SystemExit(f"{words}: no end")
 
 
 def check(what, found, expected):
@@ -56,11 +44,7 @@ def fits(ours, known):
 
 class Melt:
     def __init__(self, module):
-        repository = pathlib.Path("repository")
-        repository.mkdir()
-        for path in [*next(pathlib.Path("/usr/lib").glob("*/mlt-7")).glob("*.so"), pathlib.Path(module)]:
-            (repository / path.name).symlink_to(path)
-        self.env = dict(os.environ, MLT_REPOSITORY=str(repository), QT_QPA_PLATFORM="offscreen")
+        self.env = environment(module)
 
     def run(self, *words):
         done = run("melt", "-silent", *words, env=self.env)
