@@ -20,8 +20,15 @@ constexpr long long kUnitsPerMillisecond = 10000; // of 100 ns
 // sound has.
 constexpr uint64_t kMostHeldBack = 1u << 12;
 constexpr unsigned kMostBarrenItems = 1u << 24;
+// Each new kind of sound makes the resampler's filter anew, which can take a tenth of a second.
+constexpr unsigned kMostBarrenChanges = 32;
 
 } // namespace
+
+CAudioReplace::Kind CAudioReplace::Kind::Of(IRawAudioFrame* sound) {
+    return {static_cast<unsigned>(sound->GetSampleFormat()), static_cast<unsigned>(sound->GetChannels()),
+            sound->GetSampleRate(), sound->IsInterleaved()};
+}
 
 CAudioReplace::CAudioReplace(IAVManager* manager)
     : CBasedAudioEffect(catalogue::kReplaceSound)
@@ -69,7 +76,7 @@ bool CAudioReplace::Seek(long long position) {
     });
 }
 
-void CAudioReplace::BuildAudioResampler(const Target& target) {
+void CAudioReplace::BuildAudioResampler(const Kind& target) {
     m_pResampler.reset();
     m_Target = target;
     m_pResampler.reset(CreateAudioResampler(static_cast<int>(target.format), target.rate,
@@ -119,6 +126,10 @@ CAudioReplace::Conversion CAudioReplace::Convert(IRawAudioFrame* sound) {
 /// False when the converted sound has no bytes to take: for now the file counts as ended. A resampler that
 /// has nothing yet is no such case.
 bool CAudioReplace::QueueSound(IRawAudioFrame* sound) {
+    if (const Kind kind = Kind::Of(sound); kind != m_SourceKind) {
+        m_SourceKind = kind;
+        m_nBarrenItems += kMostBarrenItems / kMostBarrenChanges;
+    }
     const auto [converted, refused] = Convert(sound);
     if (!refused) {
         const unsigned samples = sound->GetSampleCount();
@@ -137,7 +148,7 @@ bool CAudioReplace::QueueSound(IRawAudioFrame* sound) {
 void CAudioReplace::FillQueue(unsigned size) {
     while (m_Queue.GetDataSize() < size) {
         AVItem item;
-        bool ended = m_nBarrenItems == kMostBarrenItems || !ReadNextOrStartAgain(item);
+        bool ended = m_nBarrenItems >= kMostBarrenItems || !ReadNextOrStartAgain(item);
         if (!ended) {
             ++m_nBarrenItems;
             if (item.kind == kAudioItem && item.object)
@@ -148,9 +159,7 @@ void CAudioReplace::FillQueue(unsigned size) {
 }
 
 void CAudioReplace::InnerProcFrame(IRawAudioFrame* frame) {
-    const Target target = {static_cast<unsigned>(frame->GetSampleFormat()),
-                           static_cast<unsigned>(frame->GetChannels()), frame->GetSampleRate(),
-                           frame->IsInterleaved()};
+    const Kind target = Kind::Of(frame);
     if (!m_pResampler || target != m_Target) BuildAudioResampler(target);
     unsigned size = 0;
     unsigned char* const buffer = frame->GetBuffer(0, &size);

@@ -23,17 +23,19 @@ public:
     void InnerProcFrame(IRawAudioFrame* frame) override;
 
 private:
-    /// What the sound is converted to: that of the frames.
-    struct Target {
+    /// What sound is converted from and to.
+    struct Kind {
+        static Kind Of(IRawAudioFrame* sound);
+
         unsigned format = 0;
         unsigned channels = 0;
         unsigned rate = 0;
         bool interleaved = false;
 
-        bool operator==(const Target&) const = default;
+        bool operator==(const Kind&) const = default;
     };
     void OpenSource(const std::string& path);
-    void BuildAudioResampler(const Target& target);
+    void BuildAudioResampler(const Kind& target);
     bool ReadNext(AVItem& item);
     bool ReadNextOrStartAgain(AVItem& item);
     bool BeginsAgain() const;
@@ -55,10 +57,11 @@ private:
     BaseTool::MallocAllocator m_Silence;
     unsigned m_nFileDuration = 0; // milliseconds, 0 when not known
     Owned<IAudioResampler> m_pResampler;
-    Target m_Target;
+    Kind m_Target;               // that of the frames
+    Kind m_SourceKind;           // that of the file's last sound
     bool m_bHeard = false;       // the file gave samples since its beginning, or may have
     uint64_t m_nHeldBack = 0;    // samples of the file since the resampler last gave any
-    unsigned m_nBarrenItems = 0; // items since then
+    unsigned m_nBarrenItems = 0; // items since then; a new kind of sound counts as many
 };
 
 } // namespace AVBased

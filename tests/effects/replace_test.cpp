@@ -153,6 +153,10 @@ TEST_F(Replace, EndsWhereReadingFailsOrGivesNoSound) {
     GetBaseException()->Clear();
     EXPECT_EQ(Take(*barren, 10), std::vector<uint16_t>(20));
     EXPECT_EQ(Take(*barren, 10), std::vector<uint16_t>(20)) << "without another such search";
+    // Nor does sound come of pieces shorter than the filter that each makes the resampler build.
+    m_File = {.items = {{.samples = 1, .rate = 44100}, {.samples = 1, .rate = 8000}}, .endless = true};
+    EXPECT_EQ(Take(*Open("0"), 10), std::vector<uint16_t>(20));
+    EXPECT_LT(m_Sample, 100u);
     EXPECT_EQ(Code(), 0);
 }
 
