@@ -7,10 +7,10 @@ set -euo pipefail
 packages=(
   git g++ cmake ninja-build pkg-config
   libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev libswresample-dev
-  libcli11-dev libcpp-httplib-dev zlib1g-dev nlohmann-json3-dev libsdl2-dev libseccomp-dev ffmpeg
+  libcli11-dev libcpp-httplib-dev zlib1g-dev nlohmann-json3-dev libsdl2-dev libseccomp-dev libsleef-dev ffmpeg
 )
 if [ "${1:-}" != program ]; then
-  packages+=(libgtest-dev libbenchmark-dev libyuv-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)
+  packages+=(libgtest-dev libbenchmark-dev libyuv-dev libmpfr-dev libimage-exiftool-perl time xvfb clang-14 clang-format-14 clang-tidy-14)
   # What packs, what judges packages, and what makes the system that they are tried in.
   packages+=(dpkg-dev debhelper dh-python lintian mmdebstrap doxygen)
   # The shells that complete, and what reads man pages.
