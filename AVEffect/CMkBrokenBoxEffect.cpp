@@ -1,14 +1,15 @@
 #include "AVEffect/CMkBrokenBoxEffect.h"
 
 #include <algorithm>
-#include <cmath>
+
+#include "AVEffect/support/elementary.h"
 
 namespace AVBased {
 
 bool CMkBrokenBoxEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, IRawVideoFrame* second,
                                         int time) {
     return DrawFromStart(out, first, second, time, [&](const Canvas& canvas) {
-        const double shrunk = std::cos(Progress(time) * 1.570796325);
+        const double shrunk = Cosine(Progress(time) * 1.570796325);
         const auto side = [&](size_t size) {
             return static_cast<ptrdiff_t>(static_cast<double>(size >> 2) * shrunk);
         };

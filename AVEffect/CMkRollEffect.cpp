@@ -1,8 +1,8 @@
 #include "AVEffect/CMkRollEffect.h"
 
 #include <algorithm>
-#include <cmath>
 
+#include "AVEffect/support/elementary.h"
 #include "aveffect/base_media.h"
 
 namespace AVBased {
@@ -36,7 +36,7 @@ kernels::ColumnGains CMkRollEffect::Gains(size_t width) {
     if (m_nGainsWidth != width)
         for (size_t k = 0; k <= half; ++k) {
             const double place = static_cast<double>(k) / static_cast<double>(Band(width));
-            const double gain = 2 * std::sin(place * 3.14159265) + 1.0;
+            const double gain = 2 * Sine(place * 3.14159265) + 1.0;
             whole[k] = whole[2 * half - k] = InBothHalves(static_cast<unsigned>(gain));
             fraction[k] = fraction[2 * half - k] = InBothHalves(FractionOf(gain));
         }

@@ -1,8 +1,8 @@
 #include "AVEffect/CMkTurnEffect.h"
 
-#include <cmath>
 #include <cstring>
 
+#include "AVEffect/support/elementary.h"
 #include "aveffect/base_media.h"
 
 namespace AVBased {
@@ -22,7 +22,7 @@ bool CMkTurnEffect::BaseTransition(IRawVideoFrame* out, IRawVideoFrame* first, I
         const Plane8& shown = turned ? canvas.second : canvas.first;
         const size_t height = canvas.height, half = height / 2;
         const auto top =
-            half - static_cast<size_t>(static_cast<ptrdiff_t>(std::cos(angle) * static_cast<double>(half)));
+            half - static_cast<size_t>(static_cast<ptrdiff_t>(Cosine(angle) * static_cast<double>(half)));
         const size_t shownRows = top < height - top ? height - 2 * top : 0;
         const size_t bytes = shown.pitch == canvas.out.pitch ? shown.pitch : canvas.RowBytes();
         for (size_t y = 0; y < canvas.out.rows; ++y) {

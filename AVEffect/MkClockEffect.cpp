@@ -1,7 +1,8 @@
 #include "AVEffect/MkClockEffect.h"
 
 #include <algorithm>
-#include <cmath>
+
+#include "AVEffect/support/elementary.h"
 
 namespace AVBased {
 
@@ -19,7 +20,7 @@ Run RightHalf(const Canvas& canvas, const Layers& layers) {
 
 void CMkClockEffect::DrawFirstQuarter(const Canvas& canvas, const Layers& layers, double angle) {
     const size_t middle = canvas.height / 2, begin = canvas.width * 2;
-    const double slope = std::tan(angle);
+    const double slope = Tangent(angle);
     const auto most = static_cast<double>(canvas.out.pitch >> 1);
     for (size_t y = 0; y < middle; ++y) {
         // Bytes are counted, not pixels: the last one can be drawn in part.
@@ -37,7 +38,7 @@ void CMkClockEffect::DrawMiddleQuarters(const Canvas& canvas, const Layers& laye
     const bool straightDown = MkEq(angle, kHalf), swept = !MkEq(past, 0) && !MkEq(past, kQuarter);
     layers.Draw(0, straightDown ? height : middle, {&rightHalf, 1});
     const size_t centre = canvas.width / 2;
-    const double slope = std::tan(past);
+    const double slope = Tangent(past);
     const auto most = static_cast<double>(centre);
     for (size_t y = middle; y < height && swept && !straightDown; ++y) {
         // The hand's column, counted from the centre.
@@ -57,7 +58,7 @@ void CMkClockEffect::DrawLastQuarter(const Canvas& canvas, const Layers& layers,
         return;
     }
     const bool swept = !MkEq(past, 0);
-    const double slope = std::tan(past);
+    const double slope = Tangent(past);
     const auto half = static_cast<double>(canvas.width >> 1);
     Run runs[2] = {{}, RightHalf(canvas, layers)};
     for (size_t y = 0; y < middle; ++y) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cmath>
 #include <numbers>
 
+#include "AVEffect/support/elementary.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/catalogue/filters.h"
 #include "aveffect/catalogue/looks.h"
@@ -113,7 +113,7 @@ namespace {
 kernels::ReliefWeights WeightsOf(int angle) {
     using std::numbers::pi;
     const double x = angle * pi / 180;
-    const auto weight = [](double difference) { return static_cast<int16_t>(std::cos(difference) * 256); };
+    const auto weight = [](double difference) { return static_cast<int16_t>(Cosine(difference) * 256); };
     return {{weight(x + pi / 4), weight(x + pi / 2), weight(x + 3 * pi / 4), weight(x), 256, weight(x + pi),
              weight(x - pi / 4), weight(x - pi / 2), weight(x - 3 * pi / 4)}};
 }

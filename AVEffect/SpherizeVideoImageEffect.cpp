@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "aveffect/base_media.h"
+#include "AVEffect/support/elementary.h"
 #include "aveffect/catalogue/distortions.h"
 
 namespace AVBased {
@@ -82,7 +82,7 @@ void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyN
 
 int32_t CSpherizeVideoImageEffect::FactorOf(uint32_t squares) const {
     const double share = std::sqrt(static_cast<double>(squares)) / m_Map.radius;
-    return Truncate(std::pow(share, m_Map.scale) * kWhole);
+    return Truncate(Power(share, m_Map.scale) * kWhole);
 }
 
 // Powers are costly, and few: they are cut to 256ths.
@@ -185,26 +185,27 @@ float CRotateVideoImageEffect::AngleOf(int64_t dx, int64_t dy) const {
 // what an angle of 0 turns: computed, it might be off by one.
 void CRotateVideoImageEffect::Prepare(const Reach& reach) {
     m_nTurnsAcross = static_cast<size_t>(reach.columns) + 1;
-    const size_t count = m_nTurnsAcross * (static_cast<size_t>(reach.rows) + 1);
-    m_Sines.resize(count + kernels::kTablePadding);
+    const size_t rows = static_cast<size_t>(reach.rows) + 1, count = m_nTurnsAcross * rows;
+    m_Sines.assign(count + kernels::kTablePadding, 0);
     m_Cosines.resize(count + kernels::kTablePadding);
-    const auto at = [this](int64_t dx, int64_t dy) {
-        return static_cast<size_t>(dy) * m_nTurnsAcross + static_cast<size_t>(dx);
-    };
-    for (int64_t dy = 0; dy <= reach.rows; ++dy)
-        for (int64_t dx = 0; dx <= reach.columns; ++dx) {
-            const size_t place = at(dx, dy);
-            if (dx < dy && dy <= reach.columns) {
-                m_Sines[place] = m_Sines[at(dy, dx)];
-                m_Cosines[place] = m_Cosines[at(dy, dx)];
-            } else if (Inside(dx, dy)) {
-                const float angle = AngleOf(dx, dy);
-                m_Sines[place] = std::sin(angle);
-                m_Cosines[place] = std::cos(angle);
-            } else {
-                m_Sines[place] = 0;
-            }
+    for (std::vector<double>* const row : {&m_Angles, &m_RowSines, &m_RowCosines})
+        row->resize(m_nTurnsAcross);
+    for (size_t dy = 0; dy < rows; ++dy) {
+        const size_t row = dy * m_nTurnsAcross, known = dy < m_nTurnsAcross ? dy : 0;
+        for (size_t dx = 0; dx < known; ++dx) {
+            m_Sines[row + dx] = m_Sines[dx * m_nTurnsAcross + dy];
+            m_Cosines[row + dx] = m_Cosines[dx * m_nTurnsAcross + dy];
         }
+        size_t end = known;
+        for (; end < m_nTurnsAcross && Inside(static_cast<int64_t>(end), static_cast<int64_t>(dy)); ++end)
+            m_Angles[end] = AngleOf(static_cast<int64_t>(end), static_cast<int64_t>(dy));
+        SinesAndCosines(&m_Angles[known], &m_RowSines[known], &m_RowCosines[known], end - known);
+        // Rounded once more, to the nearest single numbers.
+        for (size_t dx = known; dx < end; ++dx) {
+            m_Sines[row + dx] = static_cast<float>(m_RowSines[dx]);
+            m_Cosines[row + dx] = static_cast<float>(m_RowCosines[dx]);
+        }
+    }
 }
 
 void CRotateVideoImageEffect::FindRow(int64_t dx, int64_t dy, size_t count, uint32_t* columns,

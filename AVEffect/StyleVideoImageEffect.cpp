@@ -7,6 +7,7 @@
 #include <numbers>
 #include <numeric>
 
+#include "AVEffect/support/elementary.h"
 #include "AVEffect/support/places.h"
 #include "BaseTools/guarded.h"
 #include "aveffect/base_media.h"
@@ -171,14 +172,14 @@ namespace {
 
 constexpr int kRightAngle = 90;
 
-int32_t Sine(int degrees) {
-    return static_cast<int32_t>(std::lround(std::sin(degrees * std::numbers::pi / 180) * 32768));
+int32_t SineQ15(int degrees) {
+    return static_cast<int32_t>(std::lround(Sine(degrees * std::numbers::pi / 180) * 32768));
 }
 
 // 0 where the tangent runs away.
-int32_t Tangent(int degrees) {
+int32_t TangentQ15(int degrees) {
     if (std::abs(degrees) >= 89) return 0;
-    return static_cast<int32_t>(std::lround(std::tan(degrees * std::numbers::pi / 180) * 32768));
+    return static_cast<int32_t>(std::lround(Tangent(degrees * std::numbers::pi / 180) * 32768));
 }
 
 } // namespace
@@ -188,10 +189,10 @@ CTileReflectVideoImageEffect::Turn CTileReflectVideoImageEffect::Turn::Of(int de
     degrees %= 360;
     if (degrees > 180) degrees -= 360;
     if (degrees < -180) degrees += 360;
-    if (degrees > kRightAngle) return {Sine(180 - degrees), -Sine(degrees - kRightAngle)};
-    if (degrees > 0) return {Sine(degrees), -Sine(kRightAngle - degrees)};
-    if (degrees >= -kRightAngle) return {-Sine(-degrees), Sine(kRightAngle + degrees)};
-    return {-Sine(180 + degrees), -Sine(-kRightAngle - degrees)};
+    if (degrees > kRightAngle) return {SineQ15(180 - degrees), -SineQ15(degrees - kRightAngle)};
+    if (degrees > 0) return {SineQ15(degrees), -SineQ15(kRightAngle - degrees)};
+    if (degrees >= -kRightAngle) return {-SineQ15(-degrees), SineQ15(kRightAngle + degrees)};
+    return {-SineQ15(180 + degrees), -SineQ15(-kRightAngle - degrees)};
 }
 
 CTileReflectVideoImageEffect::CTileReflectVideoImageEffect()
@@ -224,7 +225,7 @@ void CTileReflectVideoImageEffect::FindBends() {
     const auto curvature = static_cast<uint32_t>(m_nCurvature);
     int degrees = -kRightAngle;
     for (int32_t& bend : m_Bends) {
-        bend = static_cast<int32_t>(static_cast<uint32_t>(Tangent(degrees)) * curvature * curvature);
+        bend = static_cast<int32_t>(static_cast<uint32_t>(TangentQ15(degrees)) * curvature * curvature);
         ++degrees;
     }
 }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <numbers>
 
+#include "aveffect/base_media.h"
 #include "host/support/error.h"
 #include "kernels/area.h"
 #include "mediabridge/picture_blend.h"
@@ -41,7 +42,7 @@ double HalfChord(double halfWidth, double halfHeight, double height) {
 }
 
 /// What a line cuts off the unit disc on its right, at -1 to 1.
-double Cap(double at) { return std::acos(at) - at * std::sqrt(1 - at * at); }
+double Cap(double at) { return AVBasedArcCosine(at) - at * std::sqrt(1 - at * at); }
 
 /// The area of the unit disc left of x and above y.
 double CornerArea(double x, double y) {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "aveffect/base_media.h"
 #include "host/settings/catalogue_lookup.h"
 #include "host/settings/reach.h"
 #include "host/settings/value_text.h"
@@ -21,7 +22,7 @@ namespace {
 /// Light of an sRGB value 0 to 255, 0 to 1 (IEC 61966-2-1).
 double Light(double value) {
     const double share = value / 255;
-    return share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+    return share <= 0.04045 ? share / 12.92 : AVBasedPower((share + 0.055) / 1.055, 2.4);
 }
 
 /// The value whose light is nearest to that, measured in values.
