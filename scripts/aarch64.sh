@@ -32,7 +32,7 @@ END
   apt-get -qq -c "$apt/conf" -o APT::Update::Error-Mode=any update || { echo "Debian's arm64 packages can't be had here: AArch64 was not tried"; exit "$not_tried"; }
   apt-get -qq -c "$apt/conf" install -y --download-only libc6-dev libstdc++-12-dev \
     lib{avformat,avcodec,avfilter,avutil,swscale,swresample}-dev libcli11-dev libcpp-httplib-dev zlib1g-dev nlohmann-json3-dev \
-    libsdl2-dev libseccomp-dev libgtest-dev libbenchmark-dev >/dev/null
+    libsdl2-dev libseccomp-dev libsleef-dev libgtest-dev libbenchmark-dev >/dev/null
   for package in "$apt"/archives/*.deb; do dpkg-deb --fsys-tarfile "$package" | tar -x -C "$sysroot" --keep-directory-symlink --no-same-owner; done
   # Which of several is meant would be settled when packages are installed.
   for library in blas lapack; do ln -sf "$library/lib$library.so.3" "$sysroot/usr/lib/aarch64-linux-gnu/lib$library.so.3"; done
@@ -49,7 +49,7 @@ fi
 tests=() targets=()
 if [ "${1:-}" != ledger ]; then
   tests=(kernels_test effects_test effects_plain_test framework_test tools_test companions_test)
-  targets=(aveffect "${tests[@]}")
+  targets=(aveffect elementary_errors "${tests[@]}")
 fi
 cmake --build "$build" --target picture_ledger AVEffect "${targets[@]}"
 
@@ -61,10 +61,16 @@ for test in "${tests[@]}"; do
 done
 [ "${1:-}" = ledger ] && exit
 
-# The same clip here and there, by an effect of each kind and with sound.
-[ -x build/bin/aveffect ] || scripts/build.sh program
+# Functions that effects compute places with, bit for bit.
+cmake --preset release >/dev/null
+cmake --build --preset release --target elementary_errors aveffect
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+build/bench/elementary_errors --bits >"$work/bits"
+emulated "$build/bench/elementary_errors" --bits | cmp - "$work/bits"
+echo "Sines, tangents and powers are the same."
+
+# The same clip here and there, by an effect of each kind and with sound.
 ffmpeg -v error -f lavfi -i testsrc2=s=320x180:r=25 -f lavfi -i "aevalsrc=sin(2000*t)|cos(3000*t):s=48000" -t 1 -c:v ffv1 -c:a pcm_s16le "$work/in.mkv"
 words=(render "$work/in.mkv" -e spherize/bulge -e radiate -e fade-in -a volume/half --codec ffv1 --audio-codec pcm_s16le --progress none)
 build/bin/aveffect "${words[@]}" "$work/here.mkv"

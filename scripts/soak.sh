@@ -102,8 +102,11 @@ if runs processors; then
   # Emulated ones: SSE4.2 alone, AVX2 with FMA, AVX2 without; and what no optimiser has touched.
   cmake --preset debug >/dev/null
   cmake --build --preset debug --target picture_ledger
+  cmake --build --preset release --target elementary_errors
+  build/bench/elementary_errors --bits >"$work/bits"
   for processor in Nehalem Haswell Haswell,-fma; do
     run processors qemu-x86_64 -cpu "$processor" build/tests/picture_ledger check tests/ledger/ledger.txt || true
+    run processors bash -euo pipefail -c 'qemu-x86_64 -cpu "$0" build/bench/elementary_errors --bits | cmp - "$work/bits"' "$processor" || true
   done
   run processors build-debug/tests/picture_ledger check tests/ledger/ledger.txt || true
   report processors "$(awk '/ hashes, / { s += $1 } END { print s }' "$work/processors.log")"
