@@ -122,16 +122,6 @@ void AddTimes(std::vector<GParamSpec*>& specs, bool transition) {
                                             1, 0, kControlled));
 }
 
-/// A colon or backslash is the value's own.
-std::string Escaped(const char* text) {
-    std::string escaped;
-    for (; text && *text; ++text) {
-        if (*text == ':' || *text == '\\') escaped += '\\';
-        escaped += *text;
-    }
-    return escaped;
-}
-
 std::string ColourText(guint colour) {
     std::array<char, sizeof "#rrggbb"> text{};
     std::snprintf(text.data(), text.size(), "#%06x", colour & 0xFFFFFFU);
@@ -151,7 +141,8 @@ std::string TextOf(const GValue& value) {
     if (G_VALUE_HOLDS_BOOLEAN(&value)) return g_value_get_boolean(&value) ? "on" : "off";
     if (G_VALUE_HOLDS_UINT(&value)) return ColourText(g_value_get_uint(&value));
     if (G_VALUE_HOLDS_ENUM(&value)) return NickOf(value);
-    return Escaped(g_value_get_string(&value));
+    const char* const text = g_value_get_string(&value);
+    return text ? EscapedValue(text) : "";
 }
 
 } // namespace

@@ -47,16 +47,6 @@ std::string NumberAt(const Place& place, const AVBased::PropertyInfo& property, 
     return NumberText(property.type == AVBased::kDouble ? drawn : std::round(drawn));
 }
 
-/// A colon or backslash is the value's own.
-std::string Escaped(std::string_view text) {
-    std::string escaped;
-    for (const char letter : text) {
-        if (letter == ':' || letter == '\\') escaped += '\\';
-        escaped += letter;
-    }
-    return escaped;
-}
-
 std::string MovingText(const Place& place, const AVBased::PropertyInfo& property, bool percentage) {
     std::string now = NumberAt(place, property, percentage);
     if (place.beginMs >= place.endMs) return now;
@@ -76,12 +66,12 @@ bool IsNumber(std::string_view text) {
 std::string ValueText(const Place& place, const AVBased::PropertyInfo& property, std::string_view text) {
     using enum AVBased::ValueKind;
     if (property.kind == Colour) return ColourText(place);
-    if (property.kind == Path || property.kind == Text) return Escaped(text);
+    if (property.kind == Path || property.kind == Text) return EscapedValue(text);
     const auto has = [&](char letter) { return text.find(letter) != std::string_view::npos; };
     // What editors have computed may be written as 2.1e+06.
     const bool computed =
         property.kind == Number && IsNumber(text) && (ScaleOf(property.pixels, place.scale) != 1 || has('e'));
-    return has('=') || computed ? MovingText(place, property, has('%')) : Escaped(text);
+    return has('=') || computed ? MovingText(place, property, has('%')) : EscapedValue(text);
 }
 
 /// The place has no name yet.

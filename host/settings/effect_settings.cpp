@@ -199,13 +199,7 @@ EffectWording SplitEffect(const std::string& text) {
 
 std::string EffectWording::Text() const {
     std::string text = name + (preset.empty() ? "" : "/" + preset);
-    for (const auto& [setting, value] : settings) {
-        text += ":" + setting + "=";
-        for (const char letter : value) {
-            if (letter == ':' || letter == '\\') text += '\\';
-            text += letter;
-        }
-    }
+    for (const auto& [setting, value] : settings) text += ":" + setting + "=" + EscapedValue(value);
     return text;
 }
 

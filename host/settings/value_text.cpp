@@ -247,6 +247,15 @@ std::string SettingsText(const EffectInfo& effect, const AVBased::EffectPreset& 
     return text;
 }
 
+std::string EscapedValue(std::string_view value) {
+    std::string escaped;
+    for (const char letter : value) {
+        if (letter == ':' || letter == '\\') escaped += '\\';
+        escaped += letter;
+    }
+    return escaped;
+}
+
 std::string ValueRule(const PropertyInfo& property) {
     switch (property.kind) {
     case ValueKind::Number:

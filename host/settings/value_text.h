@@ -56,6 +56,9 @@ std::string PresetName(const AVBased::EffectInfo& effect, const AVBased::EffectP
 /// What the preset sets, as people would write it: "spherize_r=45%:spherize_scale=1".
 std::string SettingsText(const AVBased::EffectInfo& effect, const AVBased::EffectPreset& preset);
 
+/// A value as it stands in an effect's text: a colon or backslash is its own.
+std::string EscapedValue(std::string_view value);
+
 /// What values the property takes, as part of a sentence: "a whole number from 0 to 65535", "on or off".
 std::string ValueRule(const AVBased::PropertyInfo& property);
 
