@@ -100,13 +100,19 @@ void CSpherizeVideoImageEffect::Prepare(const Reach& reach) {
     uint32_t square = 0;
     for (int32_t factor = 1; factor <= kWhole; ++factor) {
         uint32_t end = rim + 1; // the first of which it is known
-        while (square < end) {
-            const uint32_t middle = square + (end - square) / 2;
-            if (FactorOf(middle) >= factor)
-                end = middle;
+        const auto narrow = [&](uint32_t at) {
+            if (at < square || at >= end) return;
+            if (FactorOf(at) >= factor)
+                end = at;
             else
-                square = middle + 1;
-        }
+                square = at + 1;
+        };
+        // It lies next to the place where numbers that are not rounded would reach it.
+        const double share = Power(static_cast<double>(factor) / kWhole, 2 / m_Map.scale);
+        const auto near = static_cast<uint32_t>(std::min(share, 1.0) * rim);
+        narrow(near + 1);
+        narrow(near - 1);
+        while (square < end) narrow(square + (end - square) / 2);
         m_Steps.push_back(square);
     }
 }
@@ -188,8 +194,7 @@ void CRotateVideoImageEffect::Prepare(const Reach& reach) {
     const size_t rows = static_cast<size_t>(reach.rows) + 1, count = m_nTurnsAcross * rows;
     m_Sines.assign(count + kernels::kTablePadding, 0);
     m_Cosines.resize(count + kernels::kTablePadding);
-    for (std::vector<double>* const row : {&m_Angles, &m_RowSines, &m_RowCosines})
-        row->resize(m_nTurnsAcross);
+    m_Angles.resize(m_nTurnsAcross);
     for (size_t dy = 0; dy < rows; ++dy) {
         const size_t row = dy * m_nTurnsAcross, known = dy < m_nTurnsAcross ? dy : 0;
         for (size_t dx = 0; dx < known; ++dx) {
@@ -199,12 +204,7 @@ void CRotateVideoImageEffect::Prepare(const Reach& reach) {
         size_t end = known;
         for (; end < m_nTurnsAcross && Inside(static_cast<int64_t>(end), static_cast<int64_t>(dy)); ++end)
             m_Angles[end] = AngleOf(static_cast<int64_t>(end), static_cast<int64_t>(dy));
-        SinesAndCosines(&m_Angles[known], &m_RowSines[known], &m_RowCosines[known], end - known);
-        // Rounded once more, to the nearest single numbers.
-        for (size_t dx = known; dx < end; ++dx) {
-            m_Sines[row + dx] = static_cast<float>(m_RowSines[dx]);
-            m_Cosines[row + dx] = static_cast<float>(m_RowCosines[dx]);
-        }
+        SinesAndCosines(&m_Angles[known], &m_Sines[row + known], &m_Cosines[row + known], end - known);
     }
 }
 

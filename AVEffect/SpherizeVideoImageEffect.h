@@ -99,7 +99,7 @@ private:
 
     std::vector<float> m_Sines, m_Cosines; // of a quarter of the circle, m_nTurnsAcross to a row, and padding
     size_t m_nTurnsAcross = 0;
-    std::vector<double> m_Angles, m_RowSines, m_RowCosines; // of a row, while it is computed
+    std::vector<float> m_Angles; // of a row, while it is computed
 };
 
 } // namespace AVBased

@@ -95,9 +95,10 @@ Function PowerTo(double exponent) {
 /// In single precision, as a kernel turns places by them.
 Function SingleOf(bool sine) {
     const auto ours = [sine](double x) {
-        double sines = 0, cosines = 0;
-        AVBasedSinesAndCosines(&x, &sines, &cosines, 1);
-        return double{static_cast<float>(sine ? sines : cosines)};
+        const auto angle = static_cast<float>(x);
+        float of[2] = {};
+        AVBasedSinesAndCosines(&angle, &of[0], &of[1], 1);
+        return double{of[sine ? 0 : 1]};
     };
     const auto library = [sine](double x) {
         const auto angle = static_cast<float>(x);

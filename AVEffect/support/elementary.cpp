@@ -10,7 +10,7 @@ extern "C" {
 [[gnu::weak]] double AVBasedCosine(double);
 [[gnu::weak]] double AVBasedTangent(double);
 [[gnu::weak]] double AVBasedPower(double, double);
-[[gnu::weak]] void AVBasedSinesAndCosines(const double*, double*, double*, size_t);
+[[gnu::weak]] void AVBasedSinesAndCosines(const float*, float*, float*, size_t);
 }
 
 namespace AVBased {
@@ -25,7 +25,7 @@ double Power(double base, double exponent) {
     return AVBasedPower ? AVBasedPower(base, exponent) : std::pow(base, exponent);
 }
 
-void SinesAndCosines(const double* angles, double* sines, double* cosines, size_t count) {
+void SinesAndCosines(const float* angles, float* sines, float* cosines, size_t count) {
     if (AVBasedSinesAndCosines) return AVBasedSinesAndCosines(angles, sines, cosines, count);
     for (size_t i = 0; i < count; ++i) {
         sines[i] = std::sin(angles[i]);

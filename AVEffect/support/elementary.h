@@ -12,7 +12,7 @@ double Cosine(double angle);
 double Tangent(double angle);
 double Power(double base, double exponent);
 
-/// Of each angle, in a third of the time; the ranges hold `count` numbers each and do not overlap.
-void SinesAndCosines(const double* angles, double* sines, double* cosines, size_t count);
+/// Of each angle, in single precision; the ranges hold `count` numbers each and do not overlap.
+void SinesAndCosines(const float* angles, float* sines, float* cosines, size_t count);
 
 } // namespace AVBased

@@ -86,9 +86,9 @@ double AVBasedTangent(double radians);
 double AVBasedArcCosine(double cosine);
 double AVBasedPower(double base, double exponent);
 
-/// AVBasedSine and AVBasedCosine of each of `count` angles, in a third of the time; the three ranges hold so
-/// many numbers each and do not overlap.
-void AVBasedSinesAndCosines(const double* radians, double* sines, double* cosines, size_t count);
+/// Sine and cosine of each of `count` angles in single precision: the nearest numbers but for one in
+/// millions. The three ranges hold so many numbers each and do not overlap.
+void AVBasedSinesAndCosines(const float* radians, float* sines, float* cosines, size_t count);
 
 /// As CreateImageConverterEx with quality 0.
 AVBased::IImageConverter* CreateImageConverter(unsigned format, unsigned width, unsigned height);

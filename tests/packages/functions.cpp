@@ -24,7 +24,7 @@ static_assert(kHolds<&AVBasedCosine, double(double)>);
 static_assert(kHolds<&AVBasedTangent, double(double)>);
 static_assert(kHolds<&AVBasedArcCosine, double(double)>);
 static_assert(kHolds<&AVBasedPower, double(double, double)>);
-static_assert(kHolds<&AVBasedSinesAndCosines, void(const double*, double*, double*, size_t)>);
+static_assert(kHolds<&AVBasedSinesAndCosines, void(const float*, float*, float*, size_t)>);
 static_assert(kHolds<&CreateImageConverter, IImageConverter*(unsigned, unsigned, unsigned)>);
 static_assert(kHolds<&CreateImageConverterEx, IImageConverter*(unsigned, unsigned, unsigned, unsigned)>);
 static_assert(kHolds<&CreateRawVideoFrameCropPan, IRawVideoFrameCropPan*()>);
