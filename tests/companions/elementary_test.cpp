@@ -51,7 +51,7 @@ TEST(Elementary, GiveWhatTheCLibraryGivesAtTheEnds) {
 }
 
 TEST(Elementary, AreTheNearestSingleNumbersForMany) {
-    for (const size_t count : {0, 1, 2, 3, 7, 10000}) {
+    for (const size_t count : {0u, 1u, 2u, 3u, 7u, 10000u}) {
         std::vector<float> angles(count), sines(count + 1, 9), cosines(count + 1, 9);
         for (size_t i = 0; i < count; ++i) angles[i] = static_cast<float>(i * i) / 70000 - 20;
         AVBasedSinesAndCosines(angles.data(), sines.data(), cosines.data(), count);
