@@ -95,9 +95,11 @@ public:
         : m_options(std::move(options))
         , m_roots(m_options.folders, m_options.files) {
         m_server.new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
-        m_server.set_socket_options([](socket_t socket) {
+        socket_t listening = INVALID_SOCKET;
+        m_server.set_socket_options([&listening](socket_t socket) {
             const int yes = 1;
             setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+            listening = socket;
         });
         m_server.set_tcp_nodelay(true); // else small answers wait for the ones before to be confirmed
         m_server.set_payload_max_length(kLargestBody);
@@ -110,6 +112,9 @@ public:
         if (m_port <= 0)
             throw Error(ErrorKind::Output, "port " + std::to_string(m_options.port) +
                                                " can't be listened at; another one is chosen without --port");
+        m_server.set_socket_options([](socket_t) {});
+        // The library lets five wait; who comes when these do would be heard seconds or minutes later.
+        ::listen(listening, SOMAXCONN);
         m_gate = std::make_unique<Gate>(MakeToken(), m_port);
     }
 
