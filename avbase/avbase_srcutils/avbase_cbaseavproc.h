@@ -1,6 +1,7 @@
 #pragma once
 /// The base of every processor: its name and type, its interfaces by name, its properties by name.
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <variant>
@@ -74,10 +75,11 @@ private:
     unsigned m_nType;
     unsigned m_nSubType;
     std::string m_strName;
-    std::map<std::string, PropertyNode> m_Properties;
+    // Looked up by texts as they are: reading a property takes no memory, and so can't fail for want of it.
+    std::map<std::string, PropertyNode, std::less<>> m_Properties;
     std::map<std::string, PropertyNode>
         m_Starts; // of properties whose registered text is not in force at first
-    std::map<std::string, void*> m_InterfaceMap;
+    std::map<std::string, void*, std::less<>> m_InterfaceMap;
     std::map<std::string, Member> m_Members;
 };
 

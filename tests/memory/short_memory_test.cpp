@@ -167,6 +167,8 @@ TEST(ShortMemory, AnyBlockMayBeRefused) {
                         if (!proc) return Bytes();
                         test::SetBusy(*proc, effect);
                         proc->SetProperty("render_3d_mode", mode); // if it has one
+                        for (const PropertyInfo& property : effect.properties)
+                            EXPECT_TRUE(proc->GetProperty(property.name, nullptr));
                         ImagePostion position{};
                         proc->ProcFrameInPlace(&position, 50, &picture.Frame());
                         const bool copied = proc->ProcFrame(&position, 50, &picture.Frame());
