@@ -48,7 +48,7 @@ fuzz() {
     fuzz/render_corpus.sh "$dir/corpus"
   fi
   while [ "$used" -lt "$goal" ]; do
-    run "$1" "build-fuzz/fuzz/$1_fuzzer" -max_total_time=$((goal - used + 5)) -timeout=20 -rss_limit_mb=4096 -print_final_stats=1 \
+    run "$1" "build-fuzz/fuzz/$1_fuzzer" -max_total_time=$((goal - used + 5)) -timeout=20 -rss_limit_mb=8192 -print_final_stats=1 \
       -artifact_prefix="$dir/found/" "$dir/corpus" || break
     used=$(seconds "$1")
   done
