@@ -4,6 +4,7 @@
 //   elementary_errors          a table
 //   elementary_errors --bits   every result, for a comparison between processors
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <chrono>
 #include <cinttypes>
@@ -14,6 +15,7 @@
 #include <numbers>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #ifdef AVEFFECT_HAS_MPFR
@@ -36,7 +38,7 @@ struct Function {
 };
 
 struct Use {
-    const char* name;
+    std::string name;
     Function function;
     Arguments arguments;
     std::function<long long(double)> cut; // as the effect does, in 1920x1080
@@ -95,10 +97,10 @@ Function PowerTo(double exponent) {
 /// In single precision, as a kernel turns places by them.
 Function SingleOf(bool sine) {
     const auto ours = [sine](double x) {
-        const auto angle = static_cast<float>(x);
-        float of[2] = {};
-        AVBasedSinesAndCosines(&angle, &of[0], &of[1], 1);
-        return double{of[sine ? 0 : 1]};
+        const float angles[2] = {static_cast<float>(x), static_cast<float>(x)}; // as vectors take them
+        float sines[2] = {}, cosines[2] = {};
+        AVBasedSinesAndCosines(angles, sines, cosines, 2);
+        return double{sine ? sines[1] : cosines[1]};
     };
     const auto library = [sine](double x) {
         const auto angle = static_cast<float>(x);
@@ -168,15 +170,11 @@ std::vector<Use> Uses() {
         {"tangent, tile-reflect", TangentOf(), Degrees(88, std::to_array({0.})), rounded},
         {"sine, rotate", SingleOf(true), Twists(), times(540), true},
         {"cosine, rotate", SingleOf(false), Twists(), times(540), true}};
-    static std::vector<std::string> names;
     for (const double exponent : {0.1, 0.5, 0.75, 1.5, 2., 2.5, 3., 4., 8.}) {
         char name[40];
         std::snprintf(name, sizeof name, "power %g, spherize", exponent);
-        names.emplace_back(name);
+        uses.push_back({name, PowerTo(exponent), Shares(), times(256)});
     }
-    size_t at = 0;
-    for (const double exponent : {0.1, 0.5, 0.75, 1.5, 2., 2.5, 3., 4., 8.})
-        uses.push_back({names[at++].c_str(), PowerTo(exponent), Shares(), times(256)});
     return uses;
 }
 
@@ -203,8 +201,8 @@ void PrintRow(const Use& use) {
         furthest = std::max(furthest, std::abs(ours - nearest) / unit);
 #endif
     }
-    std::printf("%-24s %9zu %9zu %9zu %9zu %9.0f %9zu %8.1f %8.1f\n", use.name, use.arguments.size(), other,
-                unlike, library, furthest, cut, Nanoseconds(use.function.ours, use.arguments),
+    std::printf("%-24s %9zu %9zu %9zu %9zu %9.0f %9zu %8.1f %8.1f\n", use.name.c_str(), use.arguments.size(),
+                other, unlike, library, furthest, cut, Nanoseconds(use.function.ours, use.arguments),
                 Nanoseconds(use.function.library, use.arguments));
 }
 
