@@ -2,10 +2,10 @@
 # Renders 1080p30 H.264 with four chains on 1 to N threads and prints pictures a second, to raw video and to x264
 # (ultrafast), the medians of runs made in turn. Then, for each chain on one thread, what share of the processor's time
 # goes to decoder, conversion, effects and encoder: the difference between runs that leave the part out and runs that have it.
-#   bench/scaling.sh [RUNS [THREADS [SECONDS]]]     3 runs, one thread a processor and 4 s unless told; expects a release build
+#   bench/scaling.sh [RUNS [THREADS [SECONDS]]]     3 runs, one thread a processor and 12 s unless told; expects a release build
 set -euo pipefail
 cd "$(dirname "$0")/.."
-runs=${1:-3} threads=${2:-$(nproc)} seconds=${3:-4}
+runs=${1:-3} threads=${2:-$(nproc)} seconds=${3:-12}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 clip=$work/clip.mp4

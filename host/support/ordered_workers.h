@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
 #include "host/support/stages.h"
 
 namespace aveffect {
@@ -27,6 +29,11 @@ struct ItemSize {
     unsigned weight = kPictureWeight;
     size_t bytes = 0;
 };
+
+/// How far workers stand behind where all want a processor, as nice() counts: whoever feeds them and whoever
+/// takes from them go first. With equal shares for all, a decoder that needs more than its share falls
+/// behind, the workers run out of pictures, and processors wait for it alone.
+inline constexpr int kNicenessOfWorkers = 3;
 
 /// One thread pushes, one pops; any may stop it. No more than two pictures for each worker, and no more than
 /// a number of bytes, are between the two; an item larger than that passes alone. A worker is made when more
@@ -140,6 +147,7 @@ private:
     }
 
     void Run(unsigned worker) {
+        [[maybe_unused]] const int niceness = nice(kNicenessOfWorkers); // of this thread alone
         std::unique_lock lock(m_mutex);
         for (;;) {
             ++m_idle;

@@ -2,6 +2,7 @@
 /// How many threads of a render work at a time.
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 namespace aveffect {
 
@@ -9,9 +10,10 @@ namespace aveffect {
 /// are no more of them than the limit has.
 class WorkLimit {
 public:
-    /// 0: none.
+    /// 0: none. Neither is there one where no fewer may work than there are processors: the system keeps to
+    /// those anyway, and who only waits for the decoder's or the encoder's own threads holds up nobody.
     explicit WorkLimit(unsigned most)
-        : m_limited(most > 0)
+        : m_limited(most > 0 && most < std::thread::hardware_concurrency())
         , m_free(most) {}
 
     /// What the work returns; what it throws comes through.
