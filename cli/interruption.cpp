@@ -4,9 +4,12 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <sys/time.h>
 #include <unistd.h>
 
+#include "cli/exit_code.h"
+#include "host/support/refusals.h"
 #include "host/support/unfinished.h"
 
 namespace aveffect {
@@ -22,19 +25,40 @@ static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_alw
 char g_lastLine[160]; ///< of a run that does not end
 std::atomic<bool> g_late{false};
 
-// The second alarm of the timer: whoever was to end the run hangs in somebody's call.
-[[noreturn]] void EndNow() {
+constexpr time_t kGraceSeconds = 2; ///< for the orderly way
+
+std::atomic<bool> g_refusalDooms{false};
+std::atomic<bool> g_wasRefused{false}; ///< something, at any time
+std::atomic<bool> g_doomedByRefusal{false};
+
+constexpr int kCrashes[] = {SIGSEGV, SIGBUS, SIGFPE, SIGABRT};
+struct sigaction g_onCrash[std::size(kCrashes)]; ///< before CatchCrashesBehindRefusals()
+
+// For handlers, where whoever was to end the run hangs in somebody's call, or has fallen.
+[[noreturn]] void EndNow(const char* line, int exitCode) {
     RemoveUnfinished();
-    const ssize_t written = write(STDERR_FILENO, g_lastLine, std::strlen(g_lastLine));
+    const ssize_t written = write(STDERR_FILENO, line, std::strlen(line));
     static_cast<void>(written);
-    _exit(128 + SIGALRM);
+    _exit(exitCode);
+}
+
+[[noreturn]] void EndShortOfMemory() {
+    EndNow("aveffect: out of memory; what was unfinished is removed\n", kUnexpected);
 }
 
 void Note(int signal) {
-    if (signal == SIGALRM && g_deadline > 0 && g_late.exchange(true)) EndNow();
+    if (signal == SIGALRM && g_doomedByRefusal) EndShortOfMemory();
+    if (signal == SIGALRM && g_deadline > 0 && g_late.exchange(true)) EndNow(g_lastLine, 128 + SIGALRM);
     int none = 0;
     g_signal.compare_exchange_strong(none, signal);
     g_interrupted = true;
+}
+
+void NoteCrash(int signal) {
+    if (g_wasRefused) EndShortOfMemory();
+    for (size_t i = 0; i < std::size(kCrashes); ++i)
+        if (kCrashes[i] == signal) sigaction(signal, &g_onCrash[i], nullptr);
+    raise(signal);
 }
 
 } // namespace
@@ -61,7 +85,6 @@ const std::atomic<bool>& Interrupted() { return g_interrupted; }
 
 void InterruptAfter(int64_t milliseconds) {
     constexpr int64_t kASecond = 1000;
-    constexpr time_t kGraceSeconds = 2; ///< for the orderly way
     g_deadline = milliseconds;
     std::snprintf(g_lastLine, sizeof g_lastLine,
                   "aveffect: --timeout: the run took longer than %" PRId64
@@ -70,6 +93,22 @@ void InterruptAfter(int64_t milliseconds) {
     const itimerval twice = {{kGraceSeconds, 0},
                              {milliseconds / kASecond, milliseconds % kASecond * kASecond}};
     setitimer(ITIMER_REAL, &twice, nullptr);
+}
+
+void CatchCrashesBehindRefusals() {
+    struct sigaction action {};
+    action.sa_handler = NoteCrash;
+    for (size_t i = 0; i < std::size(kCrashes); ++i) sigaction(kCrashes[i], &action, &g_onCrash[i]);
+}
+
+void RefusalsDoom() { g_refusalDooms = true; }
+
+void NoteRefusal() noexcept {
+    g_refused = true;
+    if (g_wasRefused.exchange(true) || !g_refusalDooms) return;
+    g_doomedByRefusal = true;
+    constexpr itimerval kOnce = {{}, {kGraceSeconds, 0}};
+    setitimer(ITIMER_REAL, &kOnce, nullptr);
 }
 
 int64_t EndedAfter() { return g_signal == SIGALRM ? g_deadline : 0; }

@@ -20,6 +20,18 @@ const std::atomic<bool>& Interrupted();
 /// once, after CatchInterruptions().
 void InterruptAfter(int64_t milliseconds);
 
+/// From now on a crash of the process ends it with 1 where memory or a thread was refused to anybody in it
+/// before (refused_calls.h), for libraries may fall then: it removes its unfinished outputs, and says so.
+/// Other crashes stay what they are. Call once, as CatchInterruptions().
+void CatchCrashesBehindRefusals();
+
+/// From now on a refusal dooms the run: has it not ended two seconds later, because libraries may wait for
+/// ever then, the process ends in that same way. Call once, after CatchInterruptions().
+void RefusalsDoom();
+
+/// Sets g_refused. At any moment, from any thread.
+void NoteRefusal() noexcept;
+
 /// The time that was given, when it is what ended the run; else 0.
 int64_t EndedAfter();
 

@@ -121,6 +121,8 @@ int RunMedia(const RunArguments& run, ProgressStyle style, const std::string& ou
              Work work, const char* afterDamage = kOutputHolds) {
     RequireOwnOutput(style, output);
     CatchInterruptions();
+    if (SeesRefusals()) CatchCrashesBehindRefusals();
+    if (!output.empty()) RefusalsDoom(); // what is one run; others may go on with the next
     const auto progress = MakeProgress(style);
     try {
         if (run.verbosity > 1) AVBasedSetLogLevel(0);

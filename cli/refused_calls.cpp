@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cstdlib>
 
-#include "host/support/refusals.h"
+#include "cli/interruption.h"
 
 namespace aveffect {
 
@@ -45,20 +45,20 @@ extern "C" {
 __attribute__((visibility("default"))) int posix_memalign(void** memory, size_t alignment,
                                                           size_t bytes) noexcept {
     const int code = aveffect::nextAligned.Call("posix_memalign", memory, alignment, bytes);
-    if (code != 0) aveffect::g_refused = true;
+    if (code != 0) aveffect::NoteRefusal();
     return code;
 }
 
 __attribute__((visibility("default"))) void* realloc(void* memory, size_t bytes) noexcept {
     void* const moved = aveffect::nextMoved.Call("realloc", memory, bytes);
-    if (!moved && bytes != 0) aveffect::g_refused = true;
+    if (!moved && bytes != 0) aveffect::NoteRefusal();
     return moved;
 }
 
 __attribute__((visibility("default"))) int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                                                           void* (*start)(void*), void* argument) noexcept {
     const int code = aveffect::nextThread.Call("pthread_create", thread, attributes, start, argument);
-    if (code != 0) aveffect::g_refused = true;
+    if (code != 0) aveffect::NoteRefusal();
     return code;
 }
 }

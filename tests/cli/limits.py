@@ -3,6 +3,7 @@
 limits.py AVEFFECT STRANGER
 """
 import os
+import signal
 import struct
 import subprocess
 import sys
@@ -132,5 +133,10 @@ with tempfile.TemporaryDirectory() as folder:
             filler.kill()
     hanging = ["render", "slow.y4m", "out.mkv", "--timeout", "1"]  # in a call that never returns
     faults += judge(hanging, run(hanging, LD_PRELOAD=STRANGER, STRANGER_HANGS="1"), 142, "did not end", honest)
+    broken = ["render", "slow.y4m", "out.mkv", "--frames", "9"]  # by a library that waits or falls
+    for what in () if SANITIZED else ("short-waits", "short-falls", "short-aborts"):
+        faults += judge(broken, run(broken, LD_PRELOAD=STRANGER, STRANGER_BREAKS=what), 1, "out of memory", honest)
+    if not SANITIZED and run(broken, LD_PRELOAD=STRANGER, STRANGER_BREAKS="falls")[0] != -signal.SIGSEGV:
+        faults.append("a crash for no want of memory is hidden")
     print("\n".join(faults))
     sys.exit(1 if faults else 0)

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -12,6 +13,7 @@
 #include <linux/bpf.h>
 #include <sched.h>
 #include <spawn.h>
+#include <string>
 #include <sys/mount.h>
 #include <sys/ptrace.h>
 #include <sys/socket.h>
@@ -110,11 +112,22 @@ int avformat_find_stream_info(AVFormatContext* input, AVDictionary** options) {
     return real(input, options);
 }
 
-// With STRANGER_HANGS an encoder that never answers, on a file system without nameless files.
+// What libraries may do that are refused memory: wait for ever, or fall. With "falls" there was enough.
+void BeShort(const std::string& what) {
+    void* memory = nullptr;
+    if (what != "falls" && posix_memalign(&memory, 64, SIZE_MAX / 2) == 0) _exit(9);
+    while (what == "short-waits") pause();
+    if (what == "short-aborts") abort();
+    raise(SIGSEGV);
+}
+
+// With STRANGER_HANGS an encoder that never answers, on a file system without nameless files; with
+// STRANGER_BREAKS one of the above on such a one.
 int avcodec_send_frame(AVCodecContext* encoder, const AVFrame* frame) {
     static auto* const real =
         reinterpret_cast<int (*)(AVCodecContext*, const AVFrame*)>(dlsym(RTLD_NEXT, "avcodec_send_frame"));
     while (getenv("STRANGER_HANGS")) pause();
+    if (const char* const what = getenv("STRANGER_BREAKS")) BeShort(what);
     return real(encoder, frame);
 }
 
@@ -123,7 +136,7 @@ int open(const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = va_arg(arguments, mode_t);
     va_end(arguments);
-    if ((flags & O_TMPFILE) != O_TMPFILE || !getenv("STRANGER_HANGS"))
+    if ((flags & O_TMPFILE) != O_TMPFILE || (!getenv("STRANGER_HANGS") && !getenv("STRANGER_BREAKS")))
         return openat(AT_FDCWD, path, flags, mode);
     errno = EOPNOTSUPP;
     return -1;
