@@ -33,6 +33,11 @@ struct AVFrame;
 
 namespace {
 
+const char* Setting(const char* name) {
+    const char* const value = getenv(name);
+    return value ? value : "";
+}
+
 void Tell(const char* what, long result) {
     char line[64];
     const bool refused = result < 0 && (errno == EPERM || errno == EACCES);
@@ -45,7 +50,7 @@ long Connect() {
     if (file < 0) return -1;
     sockaddr_in address = {};
     address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(std::atoi(getenv("STRANGER_PORT"))));
+    address.sin_port = htons(static_cast<uint16_t>(std::atoi(Setting("STRANGER_PORT"))));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     const long result = connect(file, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     close(file);
@@ -70,8 +75,8 @@ long Spawn() {
 }
 
 void TryEverything() {
-    const char* const key = getenv("STRANGER_KEY");
-    const char* const place = getenv("STRANGER_PLACE");
+    const char* const key = Setting("STRANGER_KEY");
+    const char* const place = Setting("STRANGER_PLACE");
     char bytes[8];
     iovec mine{bytes, sizeof bytes}, theirs{&mine, sizeof bytes};
     Tell("read-key", open(key, O_RDONLY));
