@@ -103,7 +103,8 @@ Outcome RunningProgram::Wait() {
 }
 
 void FindFirstIn(const std::string& directory) {
-    const std::string path = getenv("PATH");
+    const char* const known = getenv("PATH");
+    const std::string path = known ? known : "";
     if (!path.starts_with(directory)) setenv("PATH", (directory + ":" + path).c_str(), 1);
 }
 

@@ -158,9 +158,12 @@ double EllipseShare(const Area& area, double feather, double x, double y) {
         return count / static_cast<double>(kFine * kFine);
     }
     double nearest = 1e9;
-    for (double angle = 0; angle < std::numbers::pi / 2; angle += 0.002) // one quarter is as all
+    constexpr int kSteps = 800; // of one quarter, which is as all
+    for (int i = 0; i < kSteps; ++i) {
+        const double angle = i * std::numbers::pi / 2 / kSteps;
         nearest = std::min(nearest, std::hypot(a * std::cos(angle) - std::abs(x - middleX),
                                                b * std::sin(angle) - std::abs(y - middleY)));
+    }
     return std::clamp(0.5 + (inside(x, y) ? nearest : -nearest) / feather, 0.0, 1.0);
 }
 
